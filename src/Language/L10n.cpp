@@ -1,0 +1,111 @@
+#include "Language/L10n.h"
+
+#include "Platform/UserDefaults.h"
+
+#include <fmt/format.h>
+
+namespace slatewise {
+
+L10n L10n::current() {
+    return L10n(Language::load(UserDefaults::standard()));
+}
+
+std::string L10n::copying(int done, int total, Text file, Text speed) const {
+    return fmt::format("{} {} / {}  ·  {}  ·  {}", text("Copying", "Kopyalanıyor"), done, total,
+                       file, speed);
+}
+
+std::string L10n::verifying(int done, int total, Text file) const {
+    return fmt::format("{} {} / {}  ·  {}", text("Verifying", "Doğrulanıyor"), done, total, file);
+}
+
+std::string L10n::verified(int files, Text size) const {
+    return fmt::format("{} — {} {}, {}", text("Verified", "Doğrulandı"), files,
+                       text("files", "dosya"), size);
+}
+
+std::string L10n::hashed(int files) const {
+    return isTurkish() ? fmt::format("Hash alındı — {} dosya (kopyalanmadı)", files)
+                       : fmt::format("Hashed — {} files (not copied)", files);
+}
+
+std::string L10n::failed(Text message) const {
+    return fmt::format("{}: {}", text("Failed", "Başarısız"), message);
+}
+
+std::string L10n::extraCards(int count) const {
+    return fmt::format("+{} {}", count, text("cards", "kart"));
+}
+
+std::string L10n::extraDestinations(int count) const {
+    return fmt::format("+{} {}", count, text("destinations", "hedef"));
+}
+
+std::string L10n::batchCard(int number, int count) const {
+    return fmt::format("{} {}/{}", text("Card", "Kart"), number, count);
+}
+
+std::string L10n::batchDestination(int number, int count) const {
+    return fmt::format("{} {}/{}", text("Destination", "Hedef"), number, count);
+}
+
+std::string L10n::verifyIncomplete(Text card, Text destination) const {
+    return isTurkish()
+               ? fmt::format("Doğrulama tamamlanamadı ({} → {}). Kart yerinde bırakıldı.", card,
+                             destination)
+               : fmt::format("Verification did not finish ({} → {}). Card was left mounted.", card,
+                             destination);
+}
+
+std::string L10n::whichNamedCard(Text card) const {
+    return isTurkish() ? fmt::format("{} hangisine ait?", card)
+                       : fmt::format("Which unit does {} belong to?", card);
+}
+
+std::string L10n::markCardAs(Text unit) const {
+    return isTurkish() ? fmt::format("Bu kart {} olarak işaretlensin", unit)
+                       : fmt::format("Label this card as {}", unit);
+}
+
+std::string L10n::sizeMismatch(Text source, Text copy) const {
+    return isTurkish() ? fmt::format("Boyut uyuşmadı (kaynak {}, kopya {}).", source, copy)
+                       : fmt::format("Size mismatch (source {}, copy {}).", source, copy);
+}
+
+std::string L10n::hashMismatch(Text file) const {
+    return fmt::format("{}: {}", text("Hash mismatch", "Hash uyuşmadı"), file);
+}
+
+std::string L10n::insufficientSpace(Text needed, Text free) const {
+    return isTurkish() ? fmt::format("Hedefte yer yok (gerekli {}, boş {}).", needed, free)
+                       : fmt::format("Not enough space on the destination (need {}, {} free).",
+                                     needed, free);
+}
+
+std::string L10n::ejectFailed(Text name) const {
+    return isTurkish() ? fmt::format("Çıkarma başarısız: {}", name)
+                       : fmt::format("Could not eject {}.", name);
+}
+
+std::string L10n::fileCount(int count) const {
+    return fmt::format("{} {}", count, text("files", "dosya"));
+}
+
+std::string L10n::folderCount(int count) const {
+    return fmt::format("{} {}", count, text("folders", "klasör"));
+}
+
+std::string L10n::reportCounts(int copied, int skipped, int failed) const {
+    return fmt::format("{} {}, {} {}, {} {}", copied, text("copied", "kopyalandı"), skipped,
+                       text("skipped", "atlandı"), failed, text("failed", "hata"));
+}
+
+std::string L10n::reportCountsLine(int copied, int skipped, int failed) const {
+    return fmt::format("{}: {} · ", text("Files", "Dosya"), reportCounts(copied, skipped, failed));
+}
+
+std::string L10n::cameraChip(Text unit) const {
+    return std::string(unit.empty() ? "—" : unit);
+}
+
+} // namespace slatewise

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Offload/OffloadPhase.h"
+#include "Offload/OffloadRows.h"
+#include "Offload/OffloadSettings.h"
+#include "Platform/Clock.h"
+#include "Platform/Uuid.h"
+#include "Volumes/VolumeRecords.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <stop_token>
+#include <string>
+
+/// One offload of one card to one destination, from the first look at the card to the last proved
+/// byte. Without state; knows nothing of reports, of the database or of other destinations.
+namespace slatewise::CopyEngine {
+
+/// What a run is to do. Only mount point and name of the two volumes are looked at.
+struct Request {
+    ClassifiedVolume card;
+    ClassifiedVolume destination;
+    OffloadSettings settings;
+    std::string camera;
+    std::string ekip;
+    Uuid sessionID;
+    /// Fills the date and time in the session's path, and becomes `startedAt`.
+    Instant now{};
+};
+
+/// Who watches a run. Callbacks are called on the run's thread, must not block, and may be empty.
+struct Observer {
+    /// Up to once per chunk of 1 MiB.
+    std::function<void(const OffloadPhase&)> progress;
+    /// One line for the log: what the outcome has no place for, such as why a file failed.
+    std::function<void(const std::string&)> log;
+    /// Once, before the first file: where the run leaves everything, whatever becomes of it.
+    std::function<void(const std::filesystem::path&)> sessionRootCreated;
+};
+
+/// Does the whole run and blocks until it is done.
+///
+/// Copies every file in the inventory's order, makes the volume durable, then reads every copy back
+/// from the disk. A file that fails to copy ends the run with an outcome "failed"; a copy that
+/// proves wrong is a row of such an outcome, and the other files are still proved. Nothing that was
+/// written is ever removed.
+///
+/// Fails with `CancellationError` when asked to stop between files, with
+/// `OffloadError::InsufficientSpace` before anything is written, and with `PosixError` when the
+/// card cannot be walked, the session's folder cannot be made, the volume cannot be synced or, when
+/// only hashing, a file cannot be read.
+OffloadOutcome run(const Request& request, const Observer& observer, std::stop_token stop);
+
+/// What must be free beyond the bytes to copy: 1%, at least 8 MiB.
+std::int64_t spaceMargin(std::int64_t totalBytes);
+
+} // namespace slatewise::CopyEngine

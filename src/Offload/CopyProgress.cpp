@@ -1,0 +1,63 @@
+#include "Offload/CopyProgress.h"
+
+#include <algorithm>
+
+namespace slatewise {
+
+namespace {
+
+constexpr double kCopyShare = 0.85;
+constexpr double kVerificationShare = 0.15;
+constexpr std::chrono::seconds kSpeedWindow{2};
+constexpr std::chrono::seconds kSampleLifetime{3};
+constexpr std::size_t kSamplesBeforePruning = 128;
+
+double share(std::int64_t part, std::int64_t whole) {
+    return std::min(static_cast<double>(part) / static_cast<double>(whole), 1.0);
+}
+
+} // namespace
+
+void SpeedMeter::add(std::int64_t bytes, Time at) {
+    const bool isCrowded = samples_.size() >= kSamplesBeforePruning;
+    samples_.push_back({at, bytes});
+    if (!isCrowded)
+        return;
+    while (samples_.front().at < at - kSampleLifetime)
+        samples_.pop_front();
+}
+
+double SpeedMeter::bytesPerSecond(Time now) const {
+    std::int64_t bytes = 0;
+    // Newest first: how many samples lie in the window does not depend on how long the run is.
+    for (auto sample = samples_.rbegin();
+         sample != samples_.rend() && sample->at >= now - kSpeedWindow; ++sample)
+        bytes += sample->bytes;
+    return static_cast<double>(bytes) / static_cast<double>(kSpeedWindow.count());
+}
+
+void CopyProgress::addCopied(std::int64_t bytes, Time at) {
+    bytesDone_ += bytes;
+    speed_.add(bytes, at);
+}
+
+Phase::Copying CopyProgress::copying(const std::string& file, int index, Time now) const {
+    return {file, std::min(fileCount_, index + 1), fileCount_, kCopyShare * copiedShare(index),
+            speed_.bytesPerSecond(now)};
+}
+
+double CopyProgress::copiedShare(int index) const {
+    if (totalBytes_ >= 1)
+        return share(bytesDone_, totalBytes_);
+    return fileCount_ > 0 ? share(index, fileCount_) : 1.0;
+}
+
+Phase::Verifying CopyProgress::verifying(const std::string& file, int position, int count,
+                                         std::int64_t bytesRead, std::int64_t size) {
+    const double within = size < 1 ? 0.0 : share(bytesRead, size);
+    const double fraction =
+        kCopyShare + kVerificationShare * (position + within) / std::max(count, 1);
+    return {file, position, count, fraction};
+}
+
+} // namespace slatewise

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Offload/OffloadPhase.h"
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <string>
+
+namespace slatewise {
+
+/// Bytes per second over the last two seconds.
+class SpeedMeter {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    void add(std::int64_t bytes, Time at);
+
+    /// Every chunk of the last two seconds counts, so the figure climbs during the first two.
+    double bytesPerSecond(Time now) const;
+
+private:
+    struct Sample {
+        Time at;
+        std::int64_t bytes;
+    };
+    std::deque<Sample> samples_;
+};
+
+/// The figures of a run's progress: how far copying and verifying move the one bar.
+class CopyProgress {
+public:
+    using Time = SpeedMeter::Time;
+
+    CopyProgress(int fileCount, std::int64_t totalBytes)
+        : fileCount_(fileCount), totalBytes_(totalBytes) {}
+
+    void addCopied(std::int64_t bytes, Time at);
+    std::int64_t bytesDone() const { return bytesDone_; }
+
+    /// While the file at `index`, from 0, is copied.
+    Phase::Copying copying(const std::string& file, int index, Time now) const;
+
+    /// While the copy at `position`, from 0, of `count` is read back.
+    static Phase::Verifying verifying(const std::string& file, int position, int count,
+                                      std::int64_t bytesRead, std::int64_t size);
+
+private:
+    double copiedShare(int index) const;
+
+    int fileCount_;
+    std::int64_t totalBytes_;
+    std::int64_t bytesDone_ = 0;
+    SpeedMeter speed_;
+};
+
+} // namespace slatewise

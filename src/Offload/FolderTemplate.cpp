@@ -1,0 +1,79 @@
+#include "Offload/FolderTemplate.h"
+
+#include "Offload/OffloadSettings.h"
+#include "Platform/FileSystem.h"
+#include "Platform/Text.h"
+#include "Platform/Uuid.h"
+
+#include <utility>
+
+namespace slatewise::FolderTemplate {
+
+namespace {
+
+std::string withoutSlashes(std::string_view name) {
+    return Text::replaced(name, "/", "-");
+}
+
+/// Last component, also of a path that ends in a slash; "/" for the root.
+std::string lastComponent(const std::filesystem::path& path) {
+    const auto normal = path.lexically_normal();
+    const auto name = normal.has_filename() ? normal.filename() : normal.parent_path().filename();
+    return name.empty() ? normal.native() : name.native();
+}
+
+std::string orElse(std::string text, std::string_view fallback) {
+    return text.empty() ? std::string(fallback) : text;
+}
+
+std::filesystem::path withEnding(const std::filesystem::path& path, const std::string& ending) {
+    return path.parent_path() / (path.filename().native() + "_" + ending);
+}
+
+} // namespace
+
+std::filesystem::path expand(std::string_view pathTemplate, const Values& values) {
+    const std::array<std::pair<std::string_view, std::string>, 9> replacements = {{
+        {"{DestName}", withoutSlashes(lastComponent(values.destination))},
+        {"{Dest}", values.destination.native()},
+        {"{YYYY-MM-DD}", Clock::localText(values.now, "yyyy-MM-dd")},
+        {"{YYYYMMDD}", Clock::localText(values.now, "yyyyMMdd")},
+        {"{Project}", orElse(Text::pathSafeLabel(values.project), "PROJECT")},
+        {"{Ekip}", orElse(Text::pathSafeLabel(values.ekip), "EKIP")},
+        {"{Cam}", orElse(Text::pathSafeLabel(values.camera), "CAM")},
+        {"{CardName}", withoutSlashes(values.cardName)},
+        {"{HHmmss}", Clock::localText(values.now, "HHmmss")},
+    }};
+    std::string path = normalize(pathTemplate);
+    for (const auto& [token, value] : replacements)
+        path = Text::replaced(path, token, value);
+    while (path.size() > 1 && path.ends_with('/'))
+        path.pop_back();
+    // Appending an absolute path gives that path.
+    return values.destination / path;
+}
+
+std::filesystem::path uniqueExisting(const std::filesystem::path& path) {
+    constexpr int kLastNumber = 99;
+    constexpr std::size_t kRandomDigits = 8;
+    if (!FileSystem::exists(path))
+        return path;
+    for (int number = 2; number <= kLastNumber; ++number) {
+        auto candidate = withEnding(path, std::to_string(number));
+        if (!FileSystem::exists(candidate))
+            return candidate;
+    }
+    return withEnding(path, Uuid::random().text().substr(0, kRandomDigits));
+}
+
+std::string normalize(std::string_view pathTemplate) {
+    auto text = Text::trimmed(pathTemplate);
+    return text.empty() ? std::string(defaultTemplate) : text;
+}
+
+std::filesystem::path sessionRoot(const OffloadSettings& settings, Values values) {
+    values.project = settings.projectName;
+    return expand(settings.folderTemplate, values);
+}
+
+} // namespace slatewise::FolderTemplate

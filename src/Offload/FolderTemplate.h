@@ -1,0 +1,90 @@
+#pragma once
+
+#include "Platform/Clock.h"
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace slatewise {
+
+struct OffloadSettings;
+
+/// A ready-made template. Known by its name.
+struct FolderTemplateChoice {
+    std::string_view name;
+    std::string_view pathTemplate;
+    std::string_view blurb;
+};
+
+/// Turns a short path template into the folder of one session, and sees to it that a session never
+/// lands in the folder of an older one.
+namespace FolderTemplate {
+
+inline constexpr std::string_view defaultTemplate = "{Dest}/{YYYY-MM-DD}/{Ekip}/{Cam}/{CardName}";
+/// The same without its two leading levels.
+inline constexpr std::string_view defaultSuffix = "{Ekip}/{Cam}/{CardName}";
+
+/// A piece of a template and its Turkish label.
+struct Token {
+    std::string_view token;
+    std::string_view label;
+};
+
+inline constexpr std::array<Token, 9> tokens = {{
+    {"{Dest}", "Hedef kök"},
+    {"{YYYY-MM-DD}", "Tarih"},
+    {"{Ekip}", "Ekip"},
+    {"{Cam}", "Kamera / birim"},
+    {"{Project}", "Proje adı"},
+    {"{CardName}", "Kart adı"},
+    {"{HHmmss}", "Saat"},
+    {"{DestName}", "Hedef disk adı"},
+    {"{YYYYMMDD}", "Sıkışık tarih"},
+}};
+
+inline constexpr std::array<Token, 3> separators = {{
+    {"/", "Klasör ayırıcı"},
+    {"-", "Tire"},
+    {"_", "Alt çizgi"},
+}};
+
+inline constexpr std::array<FolderTemplateChoice, 6> choices = {{
+    {"Ekip klasörü", "{Dest}/{YYYY-MM-DD}/{Ekip}/{Cam}/{CardName}", "Ekip1 / CamA / A001"},
+    {"Düz satır", "{Dest}/{YYYY-MM-DD}/{Cam}_{CardName}_{HHmmss}", "Tek klasör adı"},
+    {"Saatsiz klasör", "{Dest}/{YYYY-MM-DD}/{Cam}/{CardName}", "Aynı gün aynı karta üzerine yazar"},
+    {"Saatsiz düz", "{Dest}/{YYYY-MM-DD}/{Cam}_{CardName}", "Tarih altında tek isim"},
+    {"Kart klasörü", "{Dest}/{YYYY-MM-DD}/{CardName}/{Cam}_{HHmmss}", "Önce kart adı"},
+    {"Kompakt tarih", "{Dest}/{YYYY-MM-DD}/{Cam}/{YYYYMMDD}_{CardName}_{HHmmss}",
+     "Klasör içinde 20260902"},
+}};
+
+/// What the tokens of a template stand for. Names may hold anything; "/" in them becomes "-".
+struct Values {
+    std::filesystem::path destination;
+    std::string cardName;
+    std::string camera;
+    std::string ekip;
+    std::string project;
+    Instant now{};
+};
+
+/// The folder a template names, absolute if the destination is. A template that does not begin with
+/// the destination stays inside it. Text in braces that is no token stays as it is.
+std::filesystem::path expand(std::string_view pathTemplate, const Values& values);
+
+/// The path itself if nothing is there, else the first free of "<path>_2" to "<path>_99", else one
+/// with a random ending. A dangling link counts as something.
+std::filesystem::path uniqueExisting(const std::filesystem::path& path);
+
+/// Without blanks around it; the default template when nothing is left.
+std::string normalize(std::string_view pathTemplate);
+
+/// The folder of a session by the user's template and project name; `values.project` is not looked
+/// at.
+std::filesystem::path sessionRoot(const OffloadSettings& settings, Values values);
+
+} // namespace FolderTemplate
+
+} // namespace slatewise

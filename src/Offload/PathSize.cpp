@@ -1,0 +1,25 @@
+#include "Offload/PathSize.h"
+
+#include "Language/L10n.h"
+#include "Platform/Numbers.h"
+
+namespace slatewise::PathSize {
+
+FileSystem::Capacity volumeBytes(const std::filesystem::path& path) {
+    return FileSystem::volumeCapacity(path);
+}
+
+std::string format(std::int64_t bytes, AppLanguage) {
+    return Numbers::byteCount(bytes);
+}
+
+std::string report(std::int64_t bytes, AppLanguage language) {
+    return format(bytes, language) + " (" + grouped(bytes, language) + " " +
+           std::string(L10n(language).bytesUnit()) + ")";
+}
+
+std::string grouped(std::int64_t bytes, AppLanguage language) {
+    return Numbers::grouped(bytes, Language::locale(language));
+}
+
+} // namespace slatewise::PathSize

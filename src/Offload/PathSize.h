@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Language/AppLanguage.h"
+#include "Platform/FileSystem.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+/// Sizes of volumes, and byte counts as text.
+namespace slatewise::PathSize {
+
+/// Total and free bytes of the volume that holds `path`; 0 stands for unknown. Never fails.
+FileSystem::Capacity volumeBytes(const std::filesystem::path& path);
+
+/// "1.2 MB". The language makes no difference: the decimal sign is the machine's.
+std::string format(std::int64_t bytes, AppLanguage language);
+
+/// "1.2 MB (1,234,567 bytes)".
+std::string report(std::int64_t bytes, AppLanguage language);
+
+/// "1,234,567", grouped as the language does.
+std::string grouped(std::int64_t bytes, AppLanguage language);
+
+} // namespace slatewise::PathSize

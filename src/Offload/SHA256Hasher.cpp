@@ -1,0 +1,119 @@
+#include "Offload/SHA256Hasher.h"
+
+#include "Offload/OffloadError.h"
+#include "Platform/FileSystem.h"
+#include "Platform/Sha256.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+
+namespace slatewise {
+
+namespace SHA256Hasher {
+
+namespace {
+
+void throwIfCancelled(const std::stop_token& stop) {
+    if (stop.stop_requested())
+        throw CancellationError();
+}
+
+std::string hex(const Sha256::Digest& digest) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * digest.size());
+    for (const auto byte : digest) {
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 0x0f];
+    }
+    return text;
+}
+
+/// Hands the file to `each` chunk by chunk.
+template <typename Each>
+void readUncached(UncachedFile& file, std::size_t size, const std::stop_token& stop, Each&& each) {
+    TransferBuffer buffer(std::max(size, smallestBufferSize));
+    throwIfCancelled(stop);
+    while (const auto count = file.read(buffer.bytes())) {
+        each(std::span<const std::byte>(buffer.bytes().first(count)));
+        throwIfCancelled(stop);
+    }
+}
+
+void tellBytes(const TransferWatch& watch, std::size_t count) {
+    if (watch.onBytes)
+        watch.onBytes(count);
+}
+
+void tellAccess(const TransferWatch& watch, const std::filesystem::path& path,
+                const UncachedFile& file) {
+    if (watch.onAccess)
+        watch.onAccess(path, file.access());
+}
+
+/// Copies the bytes and sees them onto the disk. Both files are closed on every way out.
+CopyResult transfer(const std::filesystem::path& from, const std::filesystem::path& to,
+                    std::size_t size, const TransferWatch& watch) {
+    Sha256 hash;
+    CopyResult result;
+    auto source = UncachedFile::openForReading(from);
+    auto destination = UncachedFile::createForWriting(to);
+    readUncached(source, size, watch.stop, [&](std::span<const std::byte> chunk) {
+        hash.update(chunk);
+        destination.write(chunk);
+        result.bytes += static_cast<std::int64_t>(chunk.size());
+        tellBytes(watch, chunk.size());
+    });
+    destination.sync();
+    tellAccess(watch, from, source);
+    tellAccess(watch, to, destination);
+    result.sha256 = hex(hash.finish());
+    return result;
+}
+
+} // namespace
+
+std::string hashFile(const std::filesystem::path& path, std::size_t size,
+                     const TransferWatch& watch) {
+    Sha256 hash;
+    auto file = UncachedFile::openForReading(path);
+    readUncached(file, size, watch.stop, [&](std::span<const std::byte> chunk) {
+        hash.update(chunk);
+        tellBytes(watch, chunk.size());
+    });
+    tellAccess(watch, path, file);
+    return hex(hash.finish());
+}
+
+CopyResult copyAndHash(const std::filesystem::path& from, const std::filesystem::path& to,
+                       std::size_t size, const TransferWatch& watch) {
+    FileSystem::createFolders(to.parent_path());
+    if (FileSystem::exists(to))
+        FileSystem::remove(to);
+    const auto result = transfer(from, to, size, watch);
+
+    // A camera or a sync client may still be writing: what grew or shrank is no copy.
+    const auto source = FileSystem::attributes(from);
+    if (source.sizeBytes != result.bytes)
+        throw OffloadError(OffloadError::SizeMismatch{source.sizeBytes, result.bytes});
+    if (source.modified)
+        FileSystem::setModified(to, source.exactModified);
+    return result;
+}
+
+} // namespace SHA256Hasher
+
+namespace Verifier {
+
+std::string hashDestination(const std::filesystem::path& file, const TransferWatch& watch) {
+    return SHA256Hasher::hashFile(file, SHA256Hasher::bufferSize, watch);
+}
+
+bool matches(std::string_view sourceHash, std::string_view destHash) {
+    return !sourceHash.empty() &&
+           Text::asciiLowercased(sourceHash) == Text::asciiLowercased(destHash);
+}
+
+} // namespace Verifier
+
+} // namespace slatewise

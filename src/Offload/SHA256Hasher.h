@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Platform/UncachedFile.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <stop_token>
+#include <string>
+#include <string_view>
+
+namespace slatewise {
+
+/// What someone may want to know of a file's transfer while it goes on. Callbacks are called on the
+/// transfer's own thread and may be empty.
+struct TransferWatch {
+    /// With the byte count of each chunk, once it is read and, in a copy, written.
+    std::function<void(std::size_t)> onBytes;
+    /// Once per file read or written, at its end, with the way its bytes went.
+    std::function<void(const std::filesystem::path&, FileAccess)> onAccess;
+    /// Looked at before the first chunk and between chunks.
+    std::stop_token stop;
+};
+
+/// The byte mover: reads a file past the system's cache, hashes it as it goes, and either throws
+/// the bytes away or writes them to a new file. Synchronous and without state; fails with
+/// `PosixError`, `OffloadError` or, when asked to stop, `CancellationError`.
+namespace SHA256Hasher {
+
+/// Bytes moved at a time.
+inline constexpr std::size_t bufferSize = 1'048'576;
+/// A smaller size asked for is raised to this.
+inline constexpr std::size_t smallestBufferSize = 65'536;
+
+struct CopyResult {
+    std::int64_t bytes = 0;
+    /// 64 lower-case hexadecimal digits of what was read from the source.
+    std::string sha256;
+};
+
+/// The file's digest: 64 lower-case hexadecimal digits.
+std::string hashFile(const std::filesystem::path& file, std::size_t size = bufferSize,
+                     const TransferWatch& watch = {});
+
+/// Copies a file to a new one, replacing whatever bears that name, with all folders on the way and
+/// the source's modification date.
+///
+/// The bytes are hashed before they are written, and are on the disk when this returns. A failed
+/// copy leaves at `to` what was written until then.
+CopyResult copyAndHash(const std::filesystem::path& from, const std::filesystem::path& to,
+                       std::size_t size = bufferSize, const TransferWatch& watch = {});
+
+} // namespace SHA256Hasher
+
+/// Proves a copy.
+namespace Verifier {
+
+/// Digest of what the destination disk holds.
+std::string hashDestination(const std::filesystem::path& file, const TransferWatch& watch = {});
+
+/// Whether two digests are the same, in whatever case. An empty one never matches.
+bool matches(std::string_view sourceHash, std::string_view destHash);
+
+} // namespace Verifier
+
+} // namespace slatewise

@@ -1,0 +1,134 @@
+#include "Platform/Clock.h"
+
+#include <fmt/format.h>
+#include <unicode/smpdtfmt.h>
+
+#include <charconv>
+
+namespace slatewise::Clock {
+
+using namespace std::chrono;
+
+namespace {
+
+struct CivilTime {
+    year_month_day date;
+    hh_mm_ss<microseconds> time;
+};
+
+CivilTime civil(Instant moment) {
+    const auto midnight = floor<days>(moment);
+    return {year_month_day(midnight), hh_mm_ss<microseconds>(moment - midnight)};
+}
+
+/// The decimal digits of `text`, all of them, or nothing.
+std::optional<int> digits(std::string_view text) {
+    int value = 0;
+    const char* const end = text.data() + text.size();
+    for (const char character : text) {
+        if (character < '0' || character > '9')
+            return std::nullopt;
+    }
+    const auto [stop, failure] = std::from_chars(text.data(), end, value);
+    if (failure != std::errc() || stop != end)
+        return std::nullopt;
+    return value;
+}
+
+/// "Z", "+03:00" or "+0300" as an offset to subtract. Empty when it is none of these.
+std::optional<minutes> offset(std::string_view text) {
+    if (text == "Z")
+        return minutes(0);
+    if ((text.size() != 6 || text[3] != ':') && text.size() != 5)
+        return std::nullopt;
+    if (text[0] != '+' && text[0] != '-')
+        return std::nullopt;
+    const auto wholeHours = digits(text.substr(1, 2));
+    const auto restMinutes = digits(text.substr(text.size() - 2));
+    if (!wholeHours || !restMinutes)
+        return std::nullopt;
+    const minutes size = hours(*wholeHours) + minutes(*restMinutes);
+    return text[0] == '+' ? size : -size;
+}
+
+} // namespace
+
+Instant now() {
+    return floor<microseconds>(system_clock::now());
+}
+
+std::string iso8601(Instant moment) {
+    const auto [date, time] = civil(moment);
+    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", int(date.year()),
+                       unsigned(date.month()), unsigned(date.day()), time.hours().count(),
+                       time.minutes().count(), time.seconds().count());
+}
+
+std::optional<Instant> fromIso8601(std::string_view text) {
+    constexpr std::size_t kDateLength = 10;
+    constexpr std::size_t kDateTimeLength = 19;
+    if (text.size() <= kDateTimeLength || text[10] != 'T' || text[13] != ':' || text[16] != ':')
+        return std::nullopt;
+    const auto day = utcDay(text.substr(0, kDateLength));
+    const auto hour = digits(text.substr(11, 2));
+    const auto minute = digits(text.substr(14, 2));
+    const auto second = digits(text.substr(17, 2));
+    const auto zone = offset(text.substr(kDateTimeLength));
+    if (!day || !hour || !minute || !second || !zone)
+        return std::nullopt;
+    if (*hour > 23 || *minute > 59 || *second > 60)
+        return std::nullopt;
+    return *day + hours(*hour) + minutes(*minute) + seconds(*second) - *zone;
+}
+
+std::string databaseText(Instant moment) {
+    const auto [date, time] = civil(moment);
+    return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}.{:03}", int(date.year()),
+                       unsigned(date.month()), unsigned(date.day()), time.hours().count(),
+                       time.minutes().count(), time.seconds().count(),
+                       duration_cast<milliseconds>(time.subseconds()).count());
+}
+
+std::optional<Instant> fromDatabaseText(std::string_view text) {
+    constexpr std::size_t kLength = 23;
+    if (text.size() != kLength || text[10] != ' ' || text[19] != '.')
+        return std::nullopt;
+    auto wholeSeconds = std::string(text.substr(0, 19)) + "Z";
+    wholeSeconds[10] = 'T';
+    const auto moment = fromIso8601(wholeSeconds);
+    const auto fraction = digits(text.substr(20));
+    if (!moment || !fraction)
+        return std::nullopt;
+    return *moment + milliseconds(*fraction);
+}
+
+std::string localText(Instant moment, std::string_view pattern) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::SimpleDateFormat format(
+        icu::UnicodeString::fromUTF8(
+            icu::StringPiece(pattern.data(), static_cast<std::int32_t>(pattern.size()))),
+        icu::Locale("en_US_POSIX"), status);
+    icu::UnicodeString formatted;
+    format.format(
+        static_cast<UDate>(duration_cast<milliseconds>(moment.time_since_epoch()).count()),
+        formatted);
+    std::string text;
+    return formatted.toUTF8String(text);
+}
+
+std::optional<Instant> utcDay(std::string_view text) {
+    if (text.size() != 10 || text[4] != '-' || text[7] != '-')
+        return std::nullopt;
+    const auto yearNumber = digits(text.substr(0, 4));
+    const auto monthNumber = digits(text.substr(5, 2));
+    const auto dayNumber = digits(text.substr(8, 2));
+    if (!yearNumber || !monthNumber || !dayNumber)
+        return std::nullopt;
+    const year_month_day date(year(*yearNumber), month(static_cast<unsigned>(*monthNumber)),
+                              day(static_cast<unsigned>(*dayNumber)));
+    if (!date.ok())
+        return std::nullopt;
+    return Instant(sys_days(date));
+}
+
+} // namespace slatewise::Clock

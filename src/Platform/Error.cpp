@@ -1,0 +1,20 @@
+#include "Platform/Error.h"
+
+#include "Platform/Text.h"
+
+#include <system_error>
+
+namespace slatewise {
+
+PosixError::PosixError(const std::string& operation, const std::filesystem::path& path, int code)
+    : Error(operation + " " + Text::displayable(path.native()) + ": " +
+            std::generic_category().message(code)),
+      code_(code) {}
+
+std::string describe(const std::exception& failure) {
+    if (const auto* ours = dynamic_cast<const Error*>(&failure))
+        return ours->localizedDescription();
+    return failure.what();
+}
+
+} // namespace slatewise

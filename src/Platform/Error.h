@@ -1,0 +1,41 @@
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace slatewise {
+
+/// Base of every failure this program raises itself. `what()` is for a debugger; what a person
+/// reads is `localizedDescription()`.
+class Error : public std::runtime_error {
+public:
+    explicit Error(const std::string& description) : std::runtime_error(description) {}
+
+    /// One sentence in the user's words. May be asked on any thread.
+    virtual std::string localizedDescription() const { return what(); }
+};
+
+/// A system call that failed. Described as "<operation> <path>: <reason>",
+/// for instance "write /media/X/A001.MOV: No space left on device".
+class PosixError : public Error {
+public:
+    /// `code` is an errno value. The path may be any bytes; the description is valid UTF-8.
+    PosixError(const std::string& operation, const std::filesystem::path& path, int code);
+
+    int code() const noexcept { return code_; }
+
+private:
+    int code_;
+};
+
+/// The work was asked to stop. Never a sign that something is broken.
+class CancellationError : public Error {
+public:
+    CancellationError() : Error("cancelled") {}
+};
+
+/// What a person should read about any exception, ours or a library's.
+std::string describe(const std::exception& failure);
+
+} // namespace slatewise

@@ -1,0 +1,185 @@
+#include "Platform/FileSystem.h"
+
+#include "Platform/Error.h"
+#include "Platform/FileDescriptor.h"
+#include "Platform/Uuid.h"
+
+#include <fcntl.h>
+#include <sys/statvfs.h>
+
+#include <array>
+#include <cerrno>
+
+namespace slatewise::FileSystem {
+
+namespace {
+
+constexpr unsigned kWantedAttributes = STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_BTIME;
+
+Instant toInstant(const statx_timestamp& moment) {
+    return Instant(std::chrono::seconds(moment.tv_sec)) +
+           std::chrono::microseconds(moment.tv_nsec / 1000);
+}
+
+ItemType typeOf(unsigned mode) {
+    if (S_ISREG(mode))
+        return ItemType::RegularFile;
+    if (S_ISDIR(mode))
+        return ItemType::Folder;
+    return S_ISLNK(mode) ? ItemType::SymbolicLink : ItemType::Special;
+}
+
+/// Gives an errno value, 0 for success.
+int readAttributes(int folder, const char* name, int flags, Attributes& result) noexcept {
+    struct statx facts {};
+    if (::statx(folder, name, flags | AT_NO_AUTOMOUNT, kWantedAttributes, &facts) != 0)
+        return errno;
+    result.type = typeOf(facts.stx_mode);
+    result.sizeBytes =
+        (facts.stx_mask & STATX_SIZE) ? static_cast<std::int64_t>(facts.stx_size) : 0;
+    if (facts.stx_mask & STATX_MTIME) {
+        result.modified = toInstant(facts.stx_mtime);
+        result.exactModified = {facts.stx_mtime.tv_sec, facts.stx_mtime.tv_nsec};
+    }
+    if (facts.stx_mask & STATX_BTIME)
+        result.created = toInstant(facts.stx_btime);
+    return 0;
+}
+
+FileDescriptor open(const std::filesystem::path& path, int flags) {
+    constexpr mode_t kReadableByAll = 0644;
+    FileDescriptor file(::open(path.c_str(), flags | O_CLOEXEC, kReadableByAll));
+    if (!file)
+        throw PosixError("open", path, errno);
+    return file;
+}
+
+void writeAll(const FileDescriptor& file, std::string_view content,
+              const std::filesystem::path& path) {
+    while (!content.empty()) {
+        const auto written = ::write(file.get(), content.data(), content.size());
+        if (written < 1)
+            throw PosixError("write", path, errno);
+        content.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void sync(const FileDescriptor& file, const std::filesystem::path& path) {
+    if (::fsync(file.get()) != 0)
+        throw PosixError("fsync", path, errno);
+}
+
+} // namespace
+
+std::optional<Attributes> attributesIn(int folderDescriptor, const char* name) noexcept {
+    Attributes result;
+    if (readAttributes(folderDescriptor, name, AT_SYMLINK_NOFOLLOW, result) != 0)
+        return std::nullopt;
+    return result;
+}
+
+Attributes attributes(const std::filesystem::path& path) {
+    Attributes result;
+    if (const int code = readAttributes(AT_FDCWD, path.c_str(), 0, result))
+        throw PosixError("stat", path, code);
+    return result;
+}
+
+std::optional<Attributes> attributesIfAny(const std::filesystem::path& path) noexcept {
+    Attributes result;
+    if (readAttributes(AT_FDCWD, path.c_str(), 0, result) != 0)
+        return std::nullopt;
+    return result;
+}
+
+bool exists(const std::filesystem::path& path) noexcept {
+    struct stat facts {};
+    return ::lstat(path.c_str(), &facts) == 0;
+}
+
+void createFolders(const std::filesystem::path& folder) {
+    std::error_code failure;
+    std::filesystem::create_directories(folder, failure);
+    if (failure)
+        throw PosixError("mkdir", folder, failure.value());
+}
+
+bool createNewFolder(const std::filesystem::path& folder) {
+    constexpr mode_t kByUmask = 0777;
+    if (::mkdir(folder.c_str(), kByUmask) == 0)
+        return true;
+    if (errno != EEXIST)
+        throw PosixError("mkdir", folder, errno);
+    return false;
+}
+
+void remove(const std::filesystem::path& path) {
+    std::error_code failure;
+    std::filesystem::remove_all(path, failure);
+    if (failure)
+        throw PosixError("remove", path, failure.value());
+}
+
+void setModified(const std::filesystem::path& path, timespec moment) {
+    const std::array<timespec, 2> moments = {timespec{0, UTIME_OMIT}, moment};
+    if (::utimensat(AT_FDCWD, path.c_str(), moments.data(), 0) != 0)
+        throw PosixError("utimensat", path, errno);
+}
+
+void write(const std::filesystem::path& path, std::string_view content) {
+    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC);
+    writeAll(file, content, path);
+    sync(file, path);
+}
+
+void writeAtomically(const std::filesystem::path& path, std::string_view content) {
+    auto temporary = path;
+    temporary += "." + Uuid::random().text() + ".tmp";
+    try {
+        write(temporary, content);
+        if (::rename(temporary.c_str(), path.c_str()) != 0)
+            throw PosixError("rename", path, errno);
+    } catch (...) {
+        ::unlink(temporary.c_str());
+        throw;
+    }
+}
+
+std::string read(const std::filesystem::path& path) {
+    const auto file = open(path, O_RDONLY);
+    std::string content;
+    std::array<char, 65536> buffer;
+    for (;;) {
+        const auto count = ::read(file.get(), buffer.data(), buffer.size());
+        if (count < 0)
+            throw PosixError("read", path, errno);
+        if (count == 0)
+            return content;
+        content.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+void copy(const std::filesystem::path& from, const std::filesystem::path& to) {
+    write(to, read(from));
+}
+
+void append(const std::filesystem::path& path, std::string_view content) {
+    writeAll(open(path, O_WRONLY | O_CREAT | O_APPEND), content, path);
+}
+
+void syncVolume(const std::filesystem::path& path) {
+    const auto anyFolder = open(path, O_RDONLY);
+    if (::syncfs(anyFolder.get()) != 0)
+        throw PosixError("syncfs", path, errno);
+}
+
+Capacity volumeCapacity(const std::filesystem::path& path) noexcept {
+    struct statvfs facts {};
+    if (::statvfs(path.c_str(), &facts) != 0)
+        return {};
+    const auto blockSize = static_cast<std::int64_t>(facts.f_frsize);
+    return {static_cast<std::int64_t>(facts.f_blocks) * blockSize,
+            static_cast<std::int64_t>(facts.f_bavail) * blockSize};
+}
+
+} // namespace slatewise::FileSystem

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "Platform/Clock.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+
+/// What we ask of a file system beyond reading and writing footage. Paths are bytes. Every function
+/// blocks its caller and, unless it says otherwise, fails with `PosixError`.
+namespace slatewise::FileSystem {
+
+enum class ItemType {
+    RegularFile,
+    Folder,
+    SymbolicLink,
+    /// A FIFO, a socket or a device: something that must never be opened as data.
+    Special,
+};
+
+struct Attributes {
+    ItemType type = ItemType::RegularFile;
+    std::int64_t sizeBytes = 0;
+    std::optional<Instant> modified;
+    std::optional<Instant> created;
+    /// The modification date as the system keeps it, to the nanosecond.
+    timespec exactModified{};
+};
+
+/// Attributes of the item itself; a symbolic link is not followed. `name` is taken relative to the
+/// open folder. Empty, with the reason in `errno`, when they cannot be had.
+std::optional<Attributes> attributesIn(int folderDescriptor, const char* name) noexcept;
+
+/// Attributes of the item, of the target if it is a symbolic link.
+Attributes attributes(const std::filesystem::path& path);
+
+/// As `attributes`, empty when they cannot be had for whatever reason.
+std::optional<Attributes> attributesIfAny(const std::filesystem::path& path) noexcept;
+
+/// Whether anything bears that name, a dangling link included.
+bool exists(const std::filesystem::path& path) noexcept;
+
+/// Makes a folder with all its parents. A folder that is there already is no failure.
+void createFolders(const std::filesystem::path& folder);
+
+/// Makes one folder whose parent exists. False when something bears that name already.
+bool createNewFolder(const std::filesystem::path& folder);
+
+/// Removes a file, a link or a whole folder.
+void remove(const std::filesystem::path& path);
+
+/// Sets the modification date and nothing else.
+void setModified(const std::filesystem::path& path, timespec moment);
+
+/// Writes a file and waits until it is on the disk.
+void write(const std::filesystem::path& path, std::string_view content);
+
+/// As `write`, but under another name first and then renamed: whoever opens `path` sees the old
+/// content or the new one, never a part.
+void writeAtomically(const std::filesystem::path& path, std::string_view content);
+
+/// The whole content of a file.
+std::string read(const std::filesystem::path& path);
+
+/// Copies one regular file's bytes and waits until they are on the disk. For small files of ours;
+/// footage goes another way.
+void copy(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Appends a line's bytes in one write, creating the file if need be.
+void append(const std::filesystem::path& path, std::string_view content);
+
+/// Waits until everything written to the volume that holds `path`, folder entries included, would
+/// survive a power cut.
+void syncVolume(const std::filesystem::path& path);
+
+struct Capacity {
+    std::int64_t total = 0;
+    std::int64_t free = 0;
+};
+
+/// Size of the volume that holds `path` and what an ordinary user may still write, in bytes; both 0
+/// when that cannot be learnt. Never fails.
+Capacity volumeCapacity(const std::filesystem::path& path) noexcept;
+
+} // namespace slatewise::FileSystem

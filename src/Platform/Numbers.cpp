@@ -1,0 +1,79 @@
+#include "Platform/Numbers.h"
+
+#include <unicode/numberformatter.h>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+
+namespace slatewise::Numbers {
+
+namespace {
+
+struct ByteUnit {
+    const char* name;
+    double size;
+    int maximumFractionDigits;
+};
+
+constexpr std::array<ByteUnit, 4> kByteUnits = {{
+    {"KB", 1e3, 0},
+    {"MB", 1e6, 1},
+    {"GB", 1e9, 2},
+    {"TB", 1e12, 2},
+}};
+
+std::string formatted(const icu::number::LocalizedNumberFormatter& formatter, double value) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::string text;
+    const auto number = formatter.formatDouble(value, status);
+    number.toString(status).toUTF8String(text);
+    return text;
+}
+
+double roundedTo(double value, int fractionDigits) {
+    const double scale = std::pow(10.0, fractionDigits);
+    return std::round(value * scale) / scale;
+}
+
+} // namespace
+
+std::string byteCount(std::int64_t bytes) {
+    const double size = std::abs(static_cast<double>(bytes));
+    if (size < 1000)
+        return std::to_string(bytes) + (size == 1 ? " byte" : " bytes");
+
+    // A value that rounds up to a full 1000 belongs to the next unit: 999,999 bytes are 1 MB.
+    std::size_t unit = 0;
+    while (unit + 1 < kByteUnits.size() &&
+           roundedTo(size / kByteUnits[unit].size, kByteUnits[unit].maximumFractionDigits) >= 1000)
+        ++unit;
+
+    const auto& chosen = kByteUnits[unit];
+    const auto formatter =
+        icu::number::NumberFormatter::withLocale(icu::Locale::getDefault())
+            .precision(icu::number::Precision::maxFraction(chosen.maximumFractionDigits))
+            .roundingMode(UNUM_ROUND_HALFUP);
+    return formatted(formatter, static_cast<double>(bytes) / chosen.size) + " " + chosen.name;
+}
+
+std::string grouped(std::int64_t count, const char* locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::string text;
+    const auto number =
+        icu::number::NumberFormatter::withLocale(icu::Locale(locale)).formatInt(count, status);
+    number.toString(status).toUTF8String(text);
+    return U_SUCCESS(status) ? text : std::to_string(count);
+}
+
+std::string shortest(double value) {
+    std::array<char, 32> buffer;
+    const auto [end, failure] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    std::string text(buffer.data(), failure == std::errc() ? end : buffer.data());
+    if (text.find_first_not_of("-0123456789") == std::string::npos)
+        text += ".0";
+    return text;
+}
+
+} // namespace slatewise::Numbers

@@ -1,0 +1,148 @@
+#include "Platform/Text.h"
+
+#include <unicode/brkiter.h>
+#include <unicode/coll.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+#include <unicode/utf8.h>
+
+#include <memory>
+
+namespace slatewise::Text {
+
+namespace {
+
+icu::UnicodeString toUnicode(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+}
+
+// The library's macros narrow on purpose.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+
+/// The character at `at`, which moves behind it; negative where the bytes are malformed.
+UChar32 nextCharacter(std::string_view text, std::int32_t& at) {
+    UChar32 character;
+    U8_NEXT(text.data(), at, static_cast<std::int32_t>(text.size()), character);
+    return character;
+}
+
+/// The character before `at`, which moves to its start.
+UChar32 previousCharacter(std::string_view text, std::int32_t& at) {
+    UChar32 character;
+    U8_PREV(text.data(), 0, at, character);
+    return character;
+}
+
+#pragma GCC diagnostic pop
+
+bool isBlank(UChar32 character) {
+    return character >= 0 && u_isUWhiteSpace(character);
+}
+
+bool isValidUtf8(std::string_view text) {
+    const auto length = static_cast<std::int32_t>(text.size());
+    for (std::int32_t at = 0; at < length;) {
+        if (nextCharacter(text, at) < 0)
+            return false;
+    }
+    return true;
+}
+
+std::unique_ptr<icu::Collator> makeNumericCollator() {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::Collator> collator(
+        icu::Collator::createInstance(icu::Locale::getDefault(), status));
+    if (U_FAILURE(status))
+        return nullptr;
+    collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    return collator;
+}
+
+} // namespace
+
+std::string displayable(std::string_view bytes) {
+    if (isValidUtf8(bytes))
+        return std::string(bytes);
+    std::string text;
+    toUnicode(bytes).toUTF8String(text);
+    return text;
+}
+
+std::string trimmed(std::string_view text) {
+    const auto length = static_cast<std::int32_t>(text.size());
+    std::int32_t start = 0;
+    for (std::int32_t at = start; at < length && isBlank(nextCharacter(text, at));)
+        start = at;
+    std::int32_t end = length;
+    for (std::int32_t at = end; at > start && isBlank(previousCharacter(text, at));)
+        end = at;
+    return std::string(
+        text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)));
+}
+
+std::string replaced(std::string_view text, std::string_view from, std::string_view to) {
+    std::string result;
+    result.reserve(text.size());
+    std::size_t at = 0;
+    for (std::size_t hit; (hit = text.find(from, at)) != std::string_view::npos;
+         at = hit + from.size()) {
+        result.append(text.substr(at, hit - at)).append(to);
+    }
+    return result.append(text.substr(at));
+}
+
+std::string pathSafeLabel(std::string_view text) {
+    return replaced(trimmed(text), "/", "-");
+}
+
+std::vector<std::string_view> pieces(std::string_view text, char separator) {
+    std::vector<std::string_view> result;
+    while (!text.empty()) {
+        const auto end = std::min(text.find(separator), text.size());
+        if (end > 0)
+            result.push_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return result;
+}
+
+std::string prefix(std::string_view text, std::size_t limit) {
+    if (text.size() <= limit)
+        return std::string(text);
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::UnicodeString characters = toUnicode(text);
+    std::unique_ptr<icu::BreakIterator> graphemes(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (U_FAILURE(status))
+        return std::string(text.substr(0, limit));
+    graphemes->setText(characters);
+    const std::int32_t end = graphemes->next(static_cast<std::int32_t>(limit));
+    if (end == icu::BreakIterator::DONE)
+        return std::string(text);
+    std::string result;
+    characters.tempSubString(0, end).toUTF8String(result);
+    return result;
+}
+
+std::string asciiLowercased(std::string_view text) {
+    std::string result(text);
+    for (char& character : result) {
+        if (character >= 'A' && character <= 'Z')
+            character = static_cast<char>(character - 'A' + 'a');
+    }
+    return result;
+}
+
+int localizedStandardCompare(std::string_view left, std::string_view right) {
+    thread_local const std::unique_ptr<icu::Collator> collator = makeNumericCollator();
+    if (!collator)
+        return left.compare(right);
+    UErrorCode status = U_ZERO_ERROR;
+    return collator->compareUTF8(
+        icu::StringPiece(left.data(), static_cast<std::int32_t>(left.size())),
+        icu::StringPiece(right.data(), static_cast<std::int32_t>(right.size())), status);
+}
+
+} // namespace slatewise::Text

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Operations on UTF-8 text. Input may hold bytes that are no UTF-8 (file names do); only
+/// `displayable` changes such bytes, every other operation passes them through.
+namespace slatewise::Text {
+
+/// The text with every malformed sequence replaced by U+FFFD, fit for JSON, SQL and a screen.
+std::string displayable(std::string_view bytes);
+
+/// Without white space and line ends (as Unicode defines them) at both ends.
+std::string trimmed(std::string_view text);
+
+/// Every occurrence of `from` (not empty) replaced by `to`.
+std::string replaced(std::string_view text, std::string_view from, std::string_view to);
+
+/// A camera label as it is stored and as it becomes part of a path: trimmed, "/" replaced by "-".
+std::string pathSafeLabel(std::string_view text);
+
+/// The pieces between `separator`, empty ones left out. Views into `text`.
+std::vector<std::string_view> pieces(std::string_view text, char separator);
+
+/// At most the first `limit` user-perceived characters.
+std::string prefix(std::string_view text, std::size_t limit);
+
+/// Lower-cased, ASCII letters only: for hexadecimal digits and other fixed vocabulary.
+std::string asciiLowercased(std::string_view text);
+
+/// Order in which a person expects names: locale-aware, case-insensitive at first, numbers by
+/// value. Negative, zero or positive.
+int localizedStandardCompare(std::string_view left, std::string_view right);
+
+} // namespace slatewise::Text

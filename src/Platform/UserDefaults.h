@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace slatewise {
+
+/// The user's stored settings: texts under keys, in one INI file. May be used from any thread.
+///
+/// A value can be overridden for this process alone, for a program whose arguments outrank what is
+/// stored; an override is never written.
+class UserDefaults {
+public:
+    /// Settings in the given file, which need not exist yet.
+    explicit UserDefaults(const std::filesystem::path& file);
+    ~UserDefaults();
+    UserDefaults(const UserDefaults&) = delete;
+    UserDefaults& operator=(const UserDefaults&) = delete;
+
+    /// The settings of this user, below the XDG configuration folder. Opened at the first call.
+    static UserDefaults& standard();
+
+    /// The override, else the stored value, else nothing.
+    std::optional<std::string> value(std::string_view key) const;
+
+    /// Stores a value at once. A file that cannot be written costs the value and is not reported.
+    void setValue(std::string_view key, std::string_view value);
+
+    /// Outranks whatever is stored until the process ends.
+    void overrideForThisProcess(std::string_view key, std::string_view value);
+
+private:
+    struct Storage;
+    std::unique_ptr<Storage> storage_;
+};
+
+} // namespace slatewise

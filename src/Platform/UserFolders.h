@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+
+/// Where a user's files of each kind live, by the XDG variables. Nothing is created here.
+namespace slatewise::UserFolders {
+
+/// `XDG_DATA_HOME`, else `~/.local/share`.
+std::filesystem::path applicationSupport();
+
+/// `XDG_STATE_HOME`, else `~/.local/state`: what an application leaves besides its data, such as
+/// logs.
+std::filesystem::path library();
+
+/// `XDG_CONFIG_HOME`, else `~/.config`.
+std::filesystem::path configuration();
+
+/// The environment's `XDG_DOCUMENTS_DIR`, else the folder set in `user-dirs.dirs`, else
+/// `~/Documents`.
+std::filesystem::path documents();
+
+} // namespace slatewise::UserFolders

@@ -1,0 +1,133 @@
+#include "Offload/OffloadRowsJSON.h"
+#include "Platform/Json.h"
+#include "Reports/ReportWriter.h"
+
+namespace slatewise {
+
+namespace {
+
+using Json::get;
+using Json::getIfPresent;
+using Json::put;
+
+Json::Value toJson(const ManifestVolume& card) {
+    Json::Value object = Json::Value::object();
+    put(object, "name", card.name);
+    put(object, "volume_uuid", card.volumeUUID);
+    put(object, "device_identifier", card.deviceIdentifier);
+    put(object, "file_system", card.fileSystem);
+    put(object, "protocol", card.protocolName);
+    put(object, "total_bytes", card.totalBytes);
+    put(object, "mount_point", card.mountPoint);
+    put(object, "camera", card.camera);
+    put(object, "ekip", card.ekip);
+    return object;
+}
+
+/// Only the name was ever always there.
+ManifestVolume cardFrom(const Json::Value& object) {
+    ManifestVolume card;
+    get(object, "name", card.name);
+    getIfPresent(object, "volume_uuid", card.volumeUUID);
+    getIfPresent(object, "device_identifier", card.deviceIdentifier);
+    getIfPresent(object, "file_system", card.fileSystem);
+    getIfPresent(object, "protocol", card.protocolName);
+    getIfPresent(object, "total_bytes", card.totalBytes);
+    getIfPresent(object, "mount_point", card.mountPoint);
+    getIfPresent(object, "camera", card.camera);
+    getIfPresent(object, "ekip", card.ekip);
+    card.camera = Text::pathSafeLabel(card.camera);
+    card.ekip = Text::trimmed(card.ekip);
+    return card;
+}
+
+Json::Value toJson(const ManifestDestination& destination) {
+    Json::Value object = Json::Value::object();
+    put(object, "name", destination.name);
+    put(object, "volume_uuid", destination.volumeUUID);
+    put(object, "mount_point", destination.mountPoint);
+    put(object, "session_root", destination.sessionRoot);
+    return object;
+}
+
+ManifestDestination destinationFrom(const Json::Value& object) {
+    ManifestDestination destination;
+    get(object, "name", destination.name);
+    getIfPresent(object, "volume_uuid", destination.volumeUUID);
+    get(object, "mount_point", destination.mountPoint);
+    get(object, "session_root", destination.sessionRoot);
+    return destination;
+}
+
+Json::Value toJson(const ManifestCounts& counts) {
+    Json::Value object = Json::Value::object();
+    put(object, "folders", counts.folders);
+    put(object, "files_copied", counts.filesCopied);
+    put(object, "files_skipped_system", counts.filesSkippedSystem);
+    put(object, "files_failed", counts.filesFailed);
+    put(object, "bytes_copied", counts.bytesCopied);
+    return object;
+}
+
+ManifestCounts countsFrom(const Json::Value& object) {
+    ManifestCounts counts;
+    getIfPresent(object, "folders", counts.folders);
+    get(object, "files_copied", counts.filesCopied);
+    get(object, "files_skipped_system", counts.filesSkippedSystem);
+    get(object, "files_failed", counts.filesFailed);
+    get(object, "bytes_copied", counts.bytesCopied);
+    return counts;
+}
+
+SessionManifest manifestFrom(const Json::Value& object) {
+    SessionManifest manifest;
+    get(object, "schema_version", manifest.schemaVersion);
+    get(object, "app", manifest.app);
+    get(object, "app_version", manifest.appVersion);
+    get(object, "session_id", manifest.sessionID);
+    get(object, "started_at", manifest.startedAt);
+    get(object, "finished_at", manifest.finishedAt);
+    get(object, "status", manifest.status);
+    get(object, "hash_algorithm", manifest.hashAlgorithm);
+    manifest.card = cardFrom(object.at("card"));
+    manifest.destination = destinationFrom(object.at("destination"));
+    manifest.counts = countsFrom(object.at("counts"));
+    for (const auto& file : object.at("files").get_ref<const Json::Value::array_t&>())
+        readRow(file, RowKeys::Manifest, manifest.files.emplace_back());
+    return manifest;
+}
+
+} // namespace
+
+namespace ReportWriter {
+
+std::string isoEncode(const SessionManifest& manifest) {
+    Json::Value object = Json::Value::object();
+    put(object, "schema_version", manifest.schemaVersion);
+    put(object, "app", manifest.app);
+    put(object, "app_version", manifest.appVersion);
+    put(object, "session_id", manifest.sessionID);
+    put(object, "started_at", manifest.startedAt);
+    put(object, "finished_at", manifest.finishedAt);
+    put(object, "status", manifest.status);
+    put(object, "hash_algorithm", manifest.hashAlgorithm);
+    object["card"] = toJson(manifest.card);
+    object["destination"] = toJson(manifest.destination);
+    object["counts"] = toJson(manifest.counts);
+    auto& files = object["files"] = Json::Value::array();
+    for (const auto& file : manifest.files)
+        files.push_back(writeRow(file, RowKeys::Manifest));
+    return Json::prettyText(object);
+}
+
+SessionManifest isoDecode(std::string_view text) {
+    try {
+        return manifestFrom(Json::Value::parse(text));
+    } catch (const Json::Value::exception& failure) {
+        throw Error(std::string("not a session manifest: ") + failure.what());
+    }
+}
+
+} // namespace ReportWriter
+
+} // namespace slatewise

@@ -1,0 +1,84 @@
+#include "Language/L10n.h"
+#include "Offload/PathSize.h"
+#include "Platform/Numbers.h"
+#include "Platform/Text.h"
+#include "Reports/ReportWriter.h"
+
+namespace slatewise::ReportWriter {
+
+namespace {
+
+constexpr std::string_view kInventoryHeader =
+    "path,size,size_human,mtime,sha256,action,verify_status,timecode_start,timecode_end,"
+    "duration_tc,duration_seconds,capture_fps,timecode_rate,timecode_drop_frame\n";
+
+std::string escaped(const std::string& value) {
+    if (value.find_first_of(",\"\n") == std::string::npos)
+        return value;
+    return "\"" + Text::replaced(value, "\"", "\"\"") + "\"";
+}
+
+std::string number(const std::optional<double>& value) {
+    return value ? Numbers::shortest(*value) : "";
+}
+
+std::string flag(const std::optional<bool>& value) {
+    if (!value)
+        return "";
+    return *value ? "true" : "false";
+}
+
+void appendRow(std::string& text, const ManifestFile& file, AppLanguage language) {
+    const std::array<std::string, 14> columns = {
+        escaped(Text::displayable(file.relativePath)),
+        std::to_string(file.sizeBytes),
+        escaped(PathSize::report(file.sizeBytes, language)),
+        escaped(file.mtime ? Clock::iso8601(*file.mtime) : ""),
+        file.sourceSHA256.value_or(""),
+        file.action,
+        file.verifyStatus,
+        escaped(file.timecodeStart.value_or("")),
+        escaped(file.timecodeEnd.value_or("")),
+        escaped(file.durationTC.value_or("")),
+        number(file.durationSeconds),
+        number(file.captureFps),
+        number(file.timecodeRate),
+        flag(file.timecodeDropFrame),
+    };
+    for (std::size_t column = 0; column < columns.size(); ++column) {
+        if (column > 0)
+            text += ',';
+        text += columns[column];
+    }
+    text += '\n';
+}
+
+/// A name with a line end in it would tear its line in two. Checking tools know a form for just
+/// these names: a backslash at the line's start, and escapes in the name.
+std::string checksumLine(const std::string& hash, const std::string& path) {
+    if (path.find('\n') == std::string::npos)
+        return hash + "  " + path + "\n";
+    const auto name = Text::replaced(Text::replaced(path, "\\", "\\\\"), "\n", "\\n");
+    return "\\" + hash + "  " + name + "\n";
+}
+
+} // namespace
+
+std::string inventoryCSV(const SessionManifest& manifest, AppLanguage language) {
+    std::string text(kInventoryHeader);
+    for (const auto& file : manifest.files)
+        appendRow(text, file, language);
+    return text;
+}
+
+std::string checksumList(const SessionManifest& manifest) {
+    std::string text;
+    for (const auto& file : manifest.files) {
+        if (file.action == RowAction::copy && file.verifyStatus == VerifyStatus::verified &&
+            file.sourceSHA256)
+            text += checksumLine(*file.sourceSHA256, file.relativePath);
+    }
+    return text;
+}
+
+} // namespace slatewise::ReportWriter

@@ -1,0 +1,101 @@
+#include "Reports/ReportWriter.h"
+
+#include "Platform/FileSystem.h"
+#include "Platform/Text.h"
+#include "Storage/AppInfo.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace slatewise::ReportWriter {
+
+namespace {
+
+ManifestVolume describeCard(const VolumeFacts& card, const std::string& camera,
+                            const std::string& ekip) {
+    return {.name = card.volumeName,
+            .volumeUUID = card.volumeUUID,
+            .deviceIdentifier = card.deviceIdentifier,
+            .fileSystem = card.fileSystem,
+            .protocolName = card.protocolName,
+            .totalBytes = card.totalBytes,
+            .mountPoint = card.mountPoint.native(),
+            .camera = Text::pathSafeLabel(camera),
+            .ekip = Text::trimmed(ekip)};
+}
+
+ManifestCounts count(std::span<const ManifestFile> files, std::int64_t bytesCopied) {
+    const auto number = [&](auto&& isOne) {
+        return static_cast<int>(std::count_if(files.begin(), files.end(), isOne));
+    };
+    return {.folders = folderCount(files),
+            .filesCopied = number([](const ManifestFile& file) {
+                return file.action == RowAction::copy &&
+                       file.verifyStatus == VerifyStatus::verified;
+            }),
+            .filesSkippedSystem =
+                number([](const ManifestFile& file) { return file.action == RowAction::skip; }),
+            .filesFailed =
+                number([](const ManifestFile& file) { return file.action == RowAction::fail; }),
+            .bytesCopied = bytesCopied};
+}
+
+} // namespace
+
+SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& card,
+                              const VolumeFacts& destination, const std::string& camera,
+                              const std::string& ekip) {
+    SessionManifest manifest;
+    manifest.schemaVersion = AppInfo::schemaVersion;
+    manifest.app = AppInfo::manifestApp;
+    manifest.appVersion = AppInfo::version;
+    manifest.sessionID = outcome.sessionID.text();
+    manifest.startedAt = outcome.startedAt;
+    manifest.finishedAt = outcome.finishedAt;
+    manifest.status = outcome.status;
+    manifest.hashAlgorithm = "sha256";
+    manifest.card = describeCard(card, camera, ekip);
+    manifest.destination = {.name = destination.volumeName,
+                            .volumeUUID = destination.volumeUUID,
+                            .mountPoint = destination.mountPoint.native(),
+                            .sessionRoot = outcome.sessionRoot.native()};
+    manifest.files = std::vector<ManifestFile>(outcome.files.begin(), outcome.files.end());
+    manifest.counts = count(manifest.files, outcome.bytesCopied);
+    return manifest;
+}
+
+void write(const SessionManifest& manifest, const std::filesystem::path& folder,
+           AppLanguage language) {
+    FileSystem::createFolders(folder);
+    FileSystem::writeAtomically(folder / "manifest.json", isoEncode(manifest));
+    FileSystem::write(folder / "inventory.csv", inventoryCSV(manifest, language));
+    FileSystem::write(folder / "checksums.sha256", checksumList(manifest));
+}
+
+void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to) {
+    FileSystem::createFolders(to);
+    for (const auto name : fileNames) {
+        if (!FileSystem::exists(from / name))
+            continue;
+        if (FileSystem::exists(to / name))
+            FileSystem::remove(to / name);
+        FileSystem::copy(from / name, to / name);
+    }
+}
+
+int folderCount(std::span<const ManifestFile> files) {
+    std::unordered_set<std::string> folders;
+    for (const auto& file : files) {
+        std::string folder;
+        const auto parts = Text::pieces(file.relativePath, '/');
+        for (std::size_t part = 0; part + 1 < parts.size(); ++part) {
+            if (part > 0)
+                folder += '/';
+            folder += parts[part];
+            folders.insert(folder);
+        }
+    }
+    return static_cast<int>(folders.size());
+}
+
+} // namespace slatewise::ReportWriter

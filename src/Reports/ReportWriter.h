@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Language/AppLanguage.h"
+#include "Reports/SessionManifest.h"
+#include "Volumes/VolumeRecords.h"
+
+#include <array>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <string_view>
+
+/// Makes the report set that travels with the footage. Without state; synchronous. What touches the
+/// disk fails with `PosixError`.
+namespace slatewise::ReportWriter {
+
+/// The files of a set, in the order in which they are written and copied.
+inline constexpr std::array<std::string_view, 7> fileNames = {
+    "manifest.json",         "inventory.csv",        "checksums.sha256",
+    "Reports_Standart.html", "Reports_Standart.pdf", "Reports_Detailed.html",
+    "Reports_Detailed.pdf",
+};
+
+SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& card,
+                              const VolumeFacts& destination, const std::string& camera,
+                              const std::string& ekip);
+
+/// Writes the set into a folder, which is made with its parents. The first failure ends it; what is
+/// written by then stays, the manifest first.
+void write(const SessionManifest& manifest, const std::filesystem::path& folder,
+           AppLanguage language);
+
+/// Copies those files of a set that `from` holds, replacing what `to` holds under these names.
+void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// How many distinct folders the files' paths imply.
+int folderCount(std::span<const ManifestFile> files);
+
+/// The text of "manifest.json": pretty-printed JSON with sorted keys and dates in UTC.
+std::string isoEncode(const SessionManifest& manifest);
+
+/// Reads what `isoEncode` or an older version wrote. Fails with `Error` when it is no manifest.
+SessionManifest isoDecode(std::string_view text);
+
+/// The text of "inventory.csv": a header and one row per file. The language shows in the words of
+/// the human size only.
+std::string inventoryCSV(const SessionManifest& manifest, AppLanguage language);
+
+/// The text of "checksums.sha256": one line per proved file, as `sha256sum --check` reads it from
+/// inside the session's folder.
+std::string checksumList(const SessionManifest& manifest);
+
+} // namespace slatewise::ReportWriter

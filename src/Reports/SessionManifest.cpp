@@ -1,0 +1,21 @@
+#include "Reports/SessionManifest.h"
+
+#include "Platform/Text.h"
+
+namespace slatewise {
+
+std::string ManifestFile::displayDuration() const {
+    const auto text = Text::trimmed(durationTC.value_or(""));
+    return text.empty() ? "—" : text;
+}
+
+ClipEssence SessionManifest::cardEssence() const {
+    std::vector<ClipEssence> essences;
+    for (const auto& file : files) {
+        if (file.essence)
+            essences.push_back(*file.essence);
+    }
+    return ClipEssence::common(essences);
+}
+
+} // namespace slatewise

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Offload/OffloadRows.h"
+#include "Platform/Clock.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace slatewise {
+
+/// The card of a session.
+struct ManifestVolume {
+    std::string name;
+    std::optional<std::string> volumeUUID;
+    std::string deviceIdentifier;
+    std::string fileSystem;
+    std::string protocolName;
+    std::int64_t totalBytes = 0;
+    std::string mountPoint;
+    /// Trimmed, "/" replaced by "-".
+    std::string camera;
+    /// Trimmed.
+    std::string ekip;
+
+    friend bool operator==(const ManifestVolume&, const ManifestVolume&) = default;
+};
+
+/// The destination of a session.
+struct ManifestDestination {
+    std::string name;
+    std::optional<std::string> volumeUUID;
+    std::string mountPoint;
+    std::string sessionRoot;
+
+    friend bool operator==(const ManifestDestination&, const ManifestDestination&) = default;
+};
+
+/// Totals. A file that was copied and not proved counts in none of the three file counts.
+struct ManifestCounts {
+    /// Folders that the files' paths imply.
+    int folders = 0;
+    int filesCopied = 0;
+    int filesSkippedSystem = 0;
+    int filesFailed = 0;
+    std::int64_t bytesCopied = 0;
+
+    friend bool operator==(const ManifestCounts&, const ManifestCounts&) = default;
+};
+
+/// One file of a session: its row, and what reports derive from it.
+struct ManifestFile : FileCopyResult {
+    ManifestFile() = default;
+    explicit ManifestFile(const FileCopyResult& row) : FileCopyResult(row) {}
+
+    /// The duration as timecode, a dash when there is none.
+    std::string displayDuration() const;
+
+    friend bool operator==(const ManifestFile&, const ManifestFile&) = default;
+};
+
+/// The record of one session, from which every report is made.
+struct SessionManifest {
+    int schemaVersion = 0;
+    std::string app;
+    std::string appVersion;
+    std::string sessionID;
+    Instant startedAt{};
+    Instant finishedAt{};
+    std::string status;
+    std::string hashAlgorithm;
+    ManifestVolume card;
+    ManifestDestination destination;
+    ManifestCounts counts;
+    /// In the outcome's order.
+    std::vector<ManifestFile> files;
+
+    /// The facts that all files with facts share.
+    ClipEssence cardEssence() const;
+
+    friend bool operator==(const SessionManifest&, const SessionManifest&) = default;
+};
+
+} // namespace slatewise

@@ -1,0 +1,233 @@
+#include "Storage/AppDatabase.h"
+
+#include "Platform/Text.h"
+#include "Storage/Migrations.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <mutex>
+
+namespace slatewise {
+
+namespace {
+
+/// How long to wait for another process that holds the file.
+constexpr int kBusyTimeoutMilliseconds = 5000;
+
+/// Binds what a record holds by position, from 1 on, each type in the form the store keeps.
+class Binder {
+public:
+    explicit Binder(SQLite::Statement& statement) : statement_(statement) {}
+
+    Binder& operator<<(const std::string& text) {
+        statement_.bind(++position_, Text::displayable(text));
+        return *this;
+    }
+    Binder& operator<<(std::int64_t number) {
+        statement_.bind(++position_, number);
+        return *this;
+    }
+    Binder& operator<<(double number) {
+        statement_.bind(++position_, number);
+        return *this;
+    }
+    Binder& operator<<(bool flag) {
+        statement_.bind(++position_, flag ? 1 : 0);
+        return *this;
+    }
+    Binder& operator<<(Instant moment) {
+        statement_.bind(++position_, Clock::databaseText(moment));
+        return *this;
+    }
+    template <typename T>
+    Binder& operator<<(const std::optional<T>& value) {
+        if (value)
+            return *this << *value;
+        statement_.bind(++position_);
+        return *this;
+    }
+
+private:
+    SQLite::Statement& statement_;
+    int position_ = 0;
+};
+
+std::optional<Instant> moment(const SQLite::Column& column) {
+    if (column.isNull())
+        return std::nullopt;
+    return Clock::fromDatabaseText(column.getString());
+}
+
+void insertSession(SQLite::Database& database, const OffloadOutcome& outcome,
+                   const std::string& cardName, const std::string& destName,
+                   const std::string& camera) {
+    SQLite::Statement insert(
+        database, "INSERT INTO sessions (id, cardName, destName, cameraLabel, sessionRoot, status, "
+                  "bytesCopied, startedAt, finishedAt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    Binder(insert) << outcome.sessionID.text() << cardName << destName
+                   << Text::pathSafeLabel(camera) << outcome.sessionRoot.native() << outcome.status
+                   << outcome.bytesCopied << outcome.startedAt << outcome.finishedAt;
+    insert.exec();
+}
+
+void insertFiles(SQLite::Database& database, const std::string& sessionID,
+                 const std::vector<FileCopyResult>& files) {
+    SQLite::Statement insert(
+        database, "INSERT INTO files (sessionID, relativePath, sizeBytes, mtime, created, action, "
+                  "sourceSHA256, destSHA256, verifyStatus, timecodeStart, timecodeEnd, durationTC, "
+                  "durationSeconds, captureFps, timecodeRate, timecodeDropFrame) "
+                  "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    for (const auto& file : files) {
+        Binder(insert) << sessionID << file.relativePath << file.sizeBytes << file.mtime
+                       << file.created << file.action << file.sourceSHA256 << file.destSHA256
+                       << file.verifyStatus << file.timecodeStart << file.timecodeEnd
+                       << file.durationTC << file.durationSeconds << file.captureFps
+                       << file.timecodeRate << file.timecodeDropFrame;
+        insert.exec();
+        insert.reset();
+    }
+}
+
+void insertActivity(SQLite::Database& database, const std::optional<std::string>& sessionID,
+                    const std::string& event, const std::string& detail) {
+    SQLite::Statement insert(database, "INSERT INTO activity_events (sessionID, event, detail, "
+                                       "createdAt) VALUES (?, ?, ?, ?)");
+    Binder(insert) << sessionID << event << detail << Clock::now();
+    insert.exec();
+}
+
+} // namespace
+
+struct AppDatabase::Queue {
+    explicit Queue(const std::string& path)
+        : database(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kBusyTimeoutMilliseconds) {
+        database.exec("PRAGMA foreign_keys = ON");
+        Migrations::apply(database);
+    }
+
+    /// Runs `work` alone and as one transaction.
+    template <typename Work>
+    auto write(Work&& work) {
+        const std::lock_guard guard(lock);
+        SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+        work(database);
+        transaction.commit();
+    }
+
+    template <typename Work>
+    auto read(Work&& work) {
+        const std::lock_guard guard(lock);
+        SQLite::Transaction transaction(database);
+        auto result = work(database);
+        transaction.commit();
+        return result;
+    }
+
+    std::mutex lock;
+    SQLite::Database database;
+};
+
+AppDatabase::AppDatabase(const std::filesystem::path& file)
+    : queue_(std::make_unique<Queue>(file.native())) {}
+
+AppDatabase::AppDatabase(std::unique_ptr<Queue> queue) : queue_(std::move(queue)) {}
+AppDatabase::~AppDatabase() = default;
+AppDatabase::AppDatabase(AppDatabase&&) noexcept = default;
+AppDatabase& AppDatabase::operator=(AppDatabase&&) noexcept = default;
+
+AppDatabase AppDatabase::inMemory() {
+    return AppDatabase(std::make_unique<Queue>(":memory:"));
+}
+
+void AppDatabase::save(const OffloadOutcome& outcome, const std::string& cardName,
+                       const std::string& destName, const std::string& camera) {
+    const auto sessionID = outcome.sessionID.text();
+    const std::string event =
+        outcome.status == OutcomeStatus::verified ? "offload_verified" : "offload_failed";
+    const auto detail = std::to_string(outcome.files.size()) + " dosya, " +
+                        std::to_string(outcome.bytesCopied) + " byte";
+    queue_->write([&](SQLite::Database& database) {
+        insertSession(database, outcome, cardName, destName, camera);
+        insertFiles(database, sessionID, outcome.files);
+        insertActivity(database, sessionID, event, detail);
+    });
+}
+
+void AppDatabase::recordActivity(const std::optional<std::string>& sessionID,
+                                 const std::string& event, const std::string& detail) {
+    queue_->write(
+        [&](SQLite::Database& database) { insertActivity(database, sessionID, event, detail); });
+}
+
+void AppDatabase::enqueueOutbox(const std::string& kind, const std::string& payload) {
+    queue_->write([&](SQLite::Database& database) {
+        SQLite::Statement insert(
+            database,
+            "INSERT INTO outbox (kind, payload, attempts, createdAt) VALUES (?, ?, 0, ?)");
+        Binder(insert) << kind << payload << Clock::now();
+        insert.exec();
+    });
+}
+
+std::vector<OutboxRecord> AppDatabase::pendingOutbox() const {
+    return queue_->read([](SQLite::Database& database) {
+        SQLite::Statement query(database,
+                                "SELECT id, kind, payload, attempts, lastError, createdAt "
+                                "FROM outbox ORDER BY id ASC");
+        std::vector<OutboxRecord> rows;
+        while (query.executeStep()) {
+            OutboxRecord row;
+            row.id = query.getColumn("id").getInt64();
+            row.kind = query.getColumn("kind").getString();
+            row.payload = query.getColumn("payload").getString();
+            row.attempts = query.getColumn("attempts").getInt();
+            if (const auto error = query.getColumn("lastError"); !error.isNull())
+                row.lastError = error.getString();
+            row.createdAt = moment(query.getColumn("createdAt")).value_or(Instant());
+            rows.push_back(std::move(row));
+        }
+        return rows;
+    });
+}
+
+void AppDatabase::bumpOutbox(std::int64_t id, const std::string& error) {
+    queue_->write([&](SQLite::Database& database) {
+        SQLite::Statement update(
+            database, "UPDATE outbox SET attempts = attempts + 1, lastError = ? WHERE id = ?");
+        Binder(update) << error << id;
+        update.exec();
+    });
+}
+
+void AppDatabase::deleteOutbox(std::int64_t id) {
+    queue_->write([&](SQLite::Database& database) {
+        SQLite::Statement remove(database, "DELETE FROM outbox WHERE id = ?");
+        Binder(remove) << id;
+        remove.exec();
+    });
+}
+
+std::vector<SessionRecord> AppDatabase::recentSessions(int limit) const {
+    return queue_->read([&](SQLite::Database& database) {
+        SQLite::Statement query(database,
+                                "SELECT id, cardName, destName, cameraLabel, sessionRoot, status, "
+                                "bytesCopied, startedAt, finishedAt FROM sessions "
+                                "ORDER BY startedAt DESC LIMIT ?");
+        query.bind(1, limit);
+        std::vector<SessionRecord> rows;
+        while (query.executeStep()) {
+            rows.push_back({.id = query.getColumn("id").getString(),
+                            .cardName = query.getColumn("cardName").getString(),
+                            .destName = query.getColumn("destName").getString(),
+                            .cameraLabel = query.getColumn("cameraLabel").getString(),
+                            .sessionRoot = query.getColumn("sessionRoot").getString(),
+                            .status = query.getColumn("status").getString(),
+                            .bytesCopied = query.getColumn("bytesCopied").getInt64(),
+                            .startedAt = moment(query.getColumn("startedAt")).value_or(Instant()),
+                            .finishedAt = moment(query.getColumn("finishedAt"))});
+        }
+        return rows;
+    });
+}
+
+} // namespace slatewise

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Offload/OffloadRows.h"
+#include "Storage/StoreRecords.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace slatewise {
+
+/// The local store: finished sessions with their files, an activity log, and the outbox. A record
+/// of what happened; no offload depends on it.
+///
+/// One SQLite connection, used by one caller at a time: every operation waits for its turn, runs as
+/// one transaction, and fails with an exception of the SQLite wrapper. Any thread.
+class AppDatabase {
+public:
+    /// Opens or creates the file and brings its tables up to date.
+    explicit AppDatabase(const std::filesystem::path& file);
+    ~AppDatabase();
+    AppDatabase(AppDatabase&&) noexcept;
+    AppDatabase& operator=(AppDatabase&&) noexcept;
+
+    /// A store that ends with the process.
+    static AppDatabase inMemory();
+
+    /// Stores the session, its files and an activity row, all or nothing. A session that is stored
+    /// already is a failure.
+    void save(const OffloadOutcome& outcome, const std::string& cardName,
+              const std::string& destName, const std::string& camera);
+
+    /// `sessionID` may be empty.
+    void recordActivity(const std::optional<std::string>& sessionID, const std::string& event,
+                        const std::string& detail);
+
+    void enqueueOutbox(const std::string& kind, const std::string& payload);
+
+    /// Oldest first.
+    std::vector<OutboxRecord> pendingOutbox() const;
+
+    /// Counts a failed delivery. A row that is gone is no failure; nor is it below.
+    void bumpOutbox(std::int64_t id, const std::string& error);
+    void deleteOutbox(std::int64_t id);
+
+    /// The latest sessions, latest first.
+    std::vector<SessionRecord> recentSessions(int limit) const;
+
+private:
+    struct Queue;
+    explicit AppDatabase(std::unique_ptr<Queue> queue);
+
+    std::unique_ptr<Queue> queue_;
+};
+
+} // namespace slatewise

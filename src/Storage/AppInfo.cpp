@@ -1,0 +1,7 @@
+#include "Storage/AppInfo.h"
+
+namespace slatewise::AppInfo {
+
+const std::string_view websiteURL = SLATEWISE_WEBSITE_URL;
+
+} // namespace slatewise::AppInfo

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string_view>
+
+/// What this program is called, in reports, in the log and towards others.
+namespace slatewise::AppInfo {
+
+inline constexpr std::string_view name = "Slatewise DIT";
+inline constexpr std::string_view version = "0.1.42.0";
+inline constexpr std::string_view bundleID = "com.slatewise.dit";
+/// The application's name in a session manifest.
+inline constexpr std::string_view manifestApp = "slw-dit";
+/// Schema number of the session manifest.
+inline constexpr int schemaVersion = 2;
+inline constexpr std::string_view websiteLabel = "Slatewise Tools";
+/// Where the label leads; settled when the program is built.
+extern const std::string_view websiteURL;
+
+} // namespace slatewise::AppInfo

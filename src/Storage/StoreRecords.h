@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Platform/Clock.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace slatewise {
+
+/// One offload of one card to one destination.
+struct SessionRecord {
+    /// The session's UUID in lower case.
+    std::string id;
+    std::string cardName;
+    std::string destName;
+    std::string cameraLabel;
+    std::string sessionRoot;
+    std::string status;
+    std::int64_t bytesCopied = 0;
+    Instant startedAt{};
+    std::optional<Instant> finishedAt;
+
+    friend bool operator==(const SessionRecord&, const SessionRecord&) = default;
+};
+
+/// One report that waits for the service.
+struct OutboxRecord {
+    std::int64_t id = 0;
+    std::string kind;
+    /// JSON text.
+    std::string payload;
+    /// Failed deliveries so far.
+    int attempts = 0;
+    std::optional<std::string> lastError;
+    Instant createdAt{};
+
+    friend bool operator==(const OutboxRecord&, const OutboxRecord&) = default;
+};
+
+} // namespace slatewise

@@ -1,0 +1,40 @@
+#include "Storage/SupportPaths.h"
+
+#include "Offload/OffloadSettings.h"
+#include "Platform/Text.h"
+#include "Platform/UserFolders.h"
+
+namespace slatewise::SupportPaths {
+
+namespace {
+
+std::filesystem::path made(std::filesystem::path folder) {
+    std::error_code ignored;
+    std::filesystem::create_directories(folder, ignored);
+    return folder;
+}
+
+} // namespace
+
+std::filesystem::path applicationSupport() {
+    return made(UserFolders::applicationSupport() / "Slatewise DIT");
+}
+
+std::filesystem::path logsDirectory() {
+    return made(UserFolders::library() / "Logs" / "Slatewise DIT");
+}
+
+std::filesystem::path databaseURL(std::string_view fileName) {
+    return applicationSupport() / fileName;
+}
+
+std::filesystem::path defaultReportsDirectory() {
+    return UserFolders::documents() / "SlatewiseDIT";
+}
+
+std::filesystem::path reportsArchive(const OffloadSettings& settings) {
+    const std::filesystem::path chosen = Text::trimmed(settings.outputFolderPath);
+    return made(chosen.empty() ? defaultReportsDirectory() : chosen);
+}
+
+} // namespace slatewise::SupportPaths

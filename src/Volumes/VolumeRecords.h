@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace slatewise {
+
+/// Everything known about one mounted volume or picked folder.
+struct VolumeFacts {
+    /// The mount point, or the folder for a picked folder.
+    std::filesystem::path mountPoint;
+    std::string volumeName;
+    /// Name of the device as the system gives it; empty when unknown.
+    std::string deviceIdentifier;
+    /// Carried for the records, never part of the identity.
+    std::optional<std::string> volumeUUID;
+    std::string fileSystem;
+    std::string protocolName;
+    /// Bytes; 0 when unknown.
+    std::int64_t totalBytes = 0;
+    std::int64_t freeBytes = 0;
+    bool isInternal = false;
+    bool isRemovable = false;
+    bool isExternal = false;
+    bool isWritable = false;
+    /// Tags of the camera folders found at the root, in the order of the signature table.
+    std::vector<std::string> signatures;
+
+    /// By which every set and map knows the volume: the device, or the mount point without one.
+    std::string id() const {
+        return deviceIdentifier.empty() ? mountPoint.native() : deviceIdentifier;
+    }
+
+    friend bool operator==(const VolumeFacts&, const VolumeFacts&) = default;
+};
+
+enum class VolumeKind { CameraCard, Destination, System, Unknown };
+
+constexpr std::string_view rawValue(VolumeKind kind) {
+    switch (kind) {
+    case VolumeKind::CameraCard:
+        return "cameraCard";
+    case VolumeKind::Destination:
+        return "destination";
+    case VolumeKind::System:
+        return "system";
+    case VolumeKind::Unknown:
+        break;
+    }
+    return "unknown";
+}
+
+/// Facts together with the verdict on them.
+struct ClassifiedVolume {
+    VolumeFacts facts;
+    VolumeKind kind = VolumeKind::Unknown;
+    /// Sum of the weights that fired; 0 for a picked folder.
+    int score = 0;
+    /// One entry per weight that fired, in firing order.
+    std::vector<std::string> reasons;
+
+    std::string id() const { return facts.id(); }
+    const std::string& name() const { return facts.volumeName; }
+
+    friend bool operator==(const ClassifiedVolume&, const ClassifiedVolume&) = default;
+};
+
+} // namespace slatewise
