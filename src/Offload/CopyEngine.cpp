@@ -73,12 +73,13 @@ private:
     }
 
     void takeInventory() {
-        entries_ = TreeWalker::walk(cardRoot_, request_.settings.skipNames(), {},
-                                    [this](const std::filesystem::path& folder, int code) {
-                                        log("Folder not read, its content is not copied: " +
-                                            Text::displayable(folder.native()) + ": " +
-                                            std::generic_category().message(code));
-                                    });
+        entries_ =
+            TreeWalker::walk(cardRoot_, request_.settings.skipNames(), {},
+                             [this](const std::filesystem::path& folder, int code) {
+                                 reportProblem("Folder not read, its content is not copied: " +
+                                               Text::displayable(folder.native()) + ": " +
+                                               std::generic_category().message(code));
+                             });
         for (const auto& entry : entries_) {
             if (!entry.shouldCopy)
                 continue;
@@ -169,7 +170,8 @@ private:
 
     OffloadOutcome stopAt(const InventoryEntry& entry, const std::exception& failure,
                           const CopyProgress& progress) {
-        log("Copy stopped at " + Text::displayable(entry.relativePath) + ": " + describe(failure));
+        reportProblem("Copy stopped at " + Text::displayable(entry.relativePath) + ": " +
+                      describe(failure));
         results_.push_back(makeRow(entry, RowAction::fail, VerifyStatus::failed));
         appendSkippedRemainder();
         return outcome(OutcomeStatus::failed, progress.bytesDone());
@@ -206,8 +208,8 @@ private:
             try {
                 readBack(row, position, count);
             } catch (const std::exception& failure) {
-                log("Read-back failed: " + Text::displayable(row.relativePath) + ": " +
-                    describe(failure));
+                reportProblem("Read-back failed: " + Text::displayable(row.relativePath) + ": " +
+                              describe(failure));
                 markFailed(row, VerifyStatus::failed);
             }
             allProved = allProved && row.verifyStatus == VerifyStatus::verified;
@@ -233,8 +235,8 @@ private:
             row.verifyStatus = VerifyStatus::verified;
             return;
         }
-        log("Mismatch: " + Text::displayable(row.relativePath) + " source " +
-            row.sourceSHA256.value_or("") + " destination " + *row.destSHA256);
+        reportProblem("Mismatch: " + Text::displayable(row.relativePath) + " source " +
+                      row.sourceSHA256.value_or("") + " destination " + *row.destSHA256);
         markFailed(row, VerifyStatus::mismatch);
     }
 
@@ -276,6 +278,11 @@ private:
     void log(const std::string& line) const {
         if (observer_.log)
             observer_.log(line);
+    }
+
+    void reportProblem(const std::string& line) const {
+        if (observer_.problem)
+            observer_.problem(line);
     }
 
     void throwIfCancelled() const {

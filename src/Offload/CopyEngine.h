@@ -33,8 +33,11 @@ struct Request {
 struct Observer {
     /// Up to once per chunk of 1 MiB.
     std::function<void(const OffloadPhase&)> progress;
-    /// One line for the log: what the outcome has no place for, such as why a file failed.
+    /// One line for the log.
     std::function<void(const std::string&)> log;
+    /// One line for the log and for the user's eyes, for which an outcome has no place: why a file
+    /// failed, or which folder could not be read.
+    std::function<void(const std::string&)> problem;
     /// Once, before the first file: where the run leaves everything, whatever becomes of it.
     std::function<void(const std::filesystem::path&)> sessionRootCreated;
 };

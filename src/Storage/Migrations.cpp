@@ -18,7 +18,7 @@ struct Migration {
 constexpr std::array<Migration, 3> kMigrations = {{
     {"v1", R"sql(
         CREATE TABLE sessions (
-            id TEXT PRIMARY KEY NOT NULL,
+            id TEXT PRIMARY KEY,
             cardName TEXT NOT NULL,
             destName TEXT NOT NULL,
             sessionRoot TEXT NOT NULL,

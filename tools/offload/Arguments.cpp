@@ -1,0 +1,106 @@
+#include "Arguments.h"
+
+#include "ExitCodes.h"
+#include "Platform/Text.h"
+#include "Storage/AppInfo.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <map>
+#include <set>
+
+namespace slatewise::tool {
+
+namespace {
+
+constexpr const char* kDescription =
+    "Copies camera cards to one or more destinations, proves every file by reading the copy back\n"
+    "from the disk, and leaves a report set beside the footage. Every card goes to every\n"
+    "destination, one pair at a time. What no option settles is taken from your settings.";
+
+constexpr const char* kFooter =
+    "Standard output gets one line per pair: STATUS<TAB>SESSION_ROOT<TAB>REPORT_FOLDER.\n"
+    "Exit status: 0 all verified or hashed, 1 an offload failed, 2 wrong usage, 130 interrupted.";
+
+/// An existing folder, absolute, without links, dots or a slash at its end: its last part is the
+/// name that reports show.
+std::filesystem::path existingFolder(const std::string& given) {
+    std::error_code failure;
+    const auto folder = std::filesystem::canonical(given, failure);
+    if (failure)
+        throw CLI::ValidationError(Text::displayable(given), failure.message());
+    if (!std::filesystem::is_directory(folder))
+        throw CLI::ValidationError(Text::displayable(given), "Not a folder");
+    return folder;
+}
+
+std::vector<std::filesystem::path> existingFolders(const std::vector<std::string>& given) {
+    std::vector<std::filesystem::path> folders;
+    for (const auto& path : given) {
+        folders.push_back(existingFolder(path));
+        if (std::count(folders.begin(), folders.end(), folders.back()) > 1)
+            throw CLI::ValidationError(Text::displayable(path), "Given twice");
+    }
+    return folders;
+}
+
+/// The command line as typed, before folders are looked at.
+struct Typed {
+    std::vector<std::string> destinations;
+    std::vector<std::string> cards;
+    bool quiet = false;
+};
+
+void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
+    program.set_version_flag("--version",
+                             std::string("slatewise-offload ") + std::string(AppInfo::version));
+    program.add_option("--camera", arguments.camera, "Camera unit of the cards")->type_name("NAME");
+    program.add_option("--crew", arguments.crew, "Crew of the cards")->type_name("NAME");
+    program.add_option("--project", arguments.project, "Project name")->type_name("NAME");
+    program
+        .add_option("--template", arguments.folderTemplate,
+                    "Path of a session, such as {Dest}/{YYYY-MM-DD}/{Cam}/{CardName}")
+        ->type_name("TEXT");
+    program.add_flag("--hash-only", arguments.hashOnly, "Hash the cards and copy nothing");
+    program
+        .add_option("--exclude", arguments.excludes,
+                    "Name of files or folders not to copy (again for more)")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
+    const std::map<std::string, AppLanguage> languages = {{"en", AppLanguage::English},
+                                                          {"tr", AppLanguage::Turkish}};
+    program.add_option("--language", arguments.language, "Language of progress and reports")
+        ->type_name("en|tr")
+        ->transform(CLI::Transformer(languages).description(""));
+    program.add_flag("--quiet", typed.quiet, "No progress, errors only");
+    program.add_option("--to", typed.destinations, "Destination folder or disk (again for more)")
+        ->type_name("DEST")
+        ->required()
+        ->allow_extra_args(false);
+    program.add_option("CARD", typed.cards, "Mounted card or folder")
+        ->required()
+        ->option_text("CARD ...");
+}
+
+} // namespace
+
+std::variant<Arguments, ExitCode> parseArguments(int count, const char* const* words) {
+    CLI::App program(kDescription, "slatewise-offload");
+    program.footer(kFooter);
+    Arguments arguments;
+    Typed typed;
+    declareOptions(program, arguments, typed);
+    try {
+        program.parse(count, words);
+        arguments.output = typed.quiet ? Output::ErrorsOnly : Output::Progress;
+        arguments.destinations = existingFolders(typed.destinations);
+        arguments.cards = existingFolders(typed.cards);
+        return arguments;
+    } catch (const CLI::ParseError& failure) {
+        // Asking for help ends here too, with success.
+        return ExitCode{program.exit(failure) == 0 ? kExitSuccess : kExitWrongUsage};
+    }
+}
+
+} // namespace slatewise::tool

@@ -1,0 +1,30 @@
+#include "Texts.h"
+
+#include <fmt/format.h>
+
+namespace slatewise::tool {
+
+std::string Texts::timeLeft(std::string_view time) const {
+    return shared.isTurkish() ? fmt::format("{} kaldı", time) : fmt::format("{} left", time);
+}
+
+std::string Texts::leftOnDestination(std::string_view sessionRoot) const {
+    return shared.isTurkish()
+               ? fmt::format("O ana kadar kopyalananlar duruyor, ama doğrulanmadı: {}", sessionRoot)
+               : fmt::format("What was copied until then stays, but is not verified: {}",
+                             sessionRoot);
+}
+
+std::string Texts::reportsNotWritten(std::string_view reason) const {
+    return shared.isTurkish()
+               ? fmt::format("Kopya bitti, ama raporlar yazılamadı: {}", reason)
+               : fmt::format("The copy is complete, but its reports could not be written: {}",
+                             reason);
+}
+
+std::string Texts::storeNotUsed(std::string_view reason) const {
+    return shared.isTurkish() ? fmt::format("Geçmiş kaydedilmedi: {}", reason)
+                              : fmt::format("The history was not recorded: {}", reason);
+}
+
+} // namespace slatewise::tool

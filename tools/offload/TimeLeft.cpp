@@ -1,0 +1,59 @@
+#include "TimeLeft.h"
+
+#include <fmt/format.h>
+
+namespace slatewise::tool {
+
+namespace {
+
+/// Where on the one bar copying ends.
+constexpr double kCopyShare = 0.85;
+constexpr double kReadBackCost = 0.5;
+/// Below this much of a phase an estimate would only jump about.
+constexpr double kLeastEvidence = 0.01;
+
+std::chrono::seconds rounded(std::chrono::duration<double> duration) {
+    return std::chrono::duration_cast<std::chrono::seconds>(duration +
+                                                            std::chrono::milliseconds(500));
+}
+
+} // namespace
+
+std::optional<std::chrono::seconds> TimeLeft::update(const OffloadPhase& phase, Time now) {
+    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
+        return whileCopying(copying->fraction, now);
+    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase))
+        return whileVerifying(verifying->fraction, now);
+    copyStart_.reset();
+    verificationStart_.reset();
+    return std::nullopt;
+}
+
+std::optional<std::chrono::seconds> TimeLeft::whileCopying(double fraction, Time now) {
+    if (!copyStart_)
+        copyStart_ = now;
+    const double done = fraction / kCopyShare;
+    if (done < kLeastEvidence)
+        return std::nullopt;
+    const std::chrono::duration<double> whole = (now - *copyStart_) / done;
+    return rounded(whole * (1 - done) + whole * kReadBackCost);
+}
+
+std::optional<std::chrono::seconds> TimeLeft::whileVerifying(double fraction, Time now) {
+    if (!verificationStart_)
+        verificationStart_ = now;
+    const double done = (fraction - kCopyShare) / (1 - kCopyShare);
+    if (done < kLeastEvidence)
+        return std::nullopt;
+    const std::chrono::duration<double> whole = (now - *verificationStart_) / done;
+    return rounded(whole * (1 - done));
+}
+
+std::string clockText(std::chrono::seconds duration) {
+    const auto seconds = duration.count();
+    if (seconds < 3600)
+        return fmt::format("{}:{:02}", seconds / 60, seconds % 60);
+    return fmt::format("{}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
+}
+
+} // namespace slatewise::tool
