@@ -1,0 +1,60 @@
+#include "support/Files.h"
+
+#include "support/Process.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <random>
+#include <stdexcept>
+
+namespace slatewise::test {
+
+TemporaryFolder::TemporaryFolder() {
+    std::filesystem::create_directories(SLATEWISE_TEST_SCRATCH);
+    std::string pattern = std::string(SLATEWISE_TEST_SCRATCH) + "/XXXXXX";
+    if (!::mkdtemp(pattern.data()))
+        throw std::runtime_error("no temporary folder: " + pattern);
+    path_ = pattern;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+void writeFile(const std::filesystem::path& path, std::string_view content) {
+    std::filesystem::create_directories(path.parent_path());
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    file.close();
+    if (!file)
+        throw std::runtime_error("not written: " + path.native());
+}
+
+std::string readFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file)
+        throw std::runtime_error("not readable: " + path.native());
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string bytesOf(std::size_t size, std::uint32_t seed) {
+    std::mt19937 numbers(seed);
+    std::string bytes(size, '\0');
+    for (std::size_t at = 0; at < size; at += sizeof(std::uint32_t)) {
+        const auto number = static_cast<std::uint32_t>(numbers());
+        bytes.replace(at, std::min(sizeof number, size - at),
+                      reinterpret_cast<const char*>(&number), std::min(sizeof number, size - at));
+    }
+    return bytes;
+}
+
+std::string independentSha256(const std::filesystem::path& file) {
+    constexpr std::size_t kDigestLength = 64;
+    const auto result = run({"sha256sum", "--zero", file.native()});
+    if (result.exitCode != 0)
+        throw std::runtime_error(result.standardError);
+    return result.standardOutput.substr(0, kDigestLength);
+}
+
+} // namespace slatewise::test

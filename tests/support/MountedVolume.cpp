@@ -1,0 +1,91 @@
+#include "support/MountedVolume.h"
+
+#include "support/Process.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <iostream>
+#include <stdexcept>
+
+namespace slatewise::test {
+
+namespace {
+
+std::vector<std::string> formatCommand(MountedVolume::FileSystem fileSystem) {
+    switch (fileSystem) {
+    case MountedVolume::FileSystem::Ext4:
+        return {"mkfs.ext4", "-q", "-F", "-m", "0"};
+    case MountedVolume::FileSystem::Xfs:
+        return {"mkfs.xfs", "-q", "-f"};
+    case MountedVolume::FileSystem::Btrfs:
+        return {"mkfs.btrfs", "-q", "-f"};
+    case MountedVolume::FileSystem::ExFat:
+        break;
+    }
+    return {"mkfs.exfat"};
+}
+
+void makeImage(const std::filesystem::path& image, std::int64_t sizeBytes) {
+    const int file = ::open(image.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    if (file < 0 || ::ftruncate(file, sizeBytes) != 0)
+        throw std::runtime_error("no image " + image.native());
+    ::close(file);
+}
+
+} // namespace
+
+MountedVolume::MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
+                             const std::string& mountOptions)
+    : fileSystem_(fileSystem), options_(mountOptions), image_(folder_ / "volume.img"),
+      mountPoint_(folder_ / "volume") {
+    makeImage(image_, sizeBytes);
+    auto format = formatCommand(fileSystem_);
+    format.push_back(image_.native());
+    runPrivileged(format);
+    std::filesystem::create_directory(mountPoint_);
+    mount();
+    const auto owner = std::to_string(::geteuid()) + ":" + std::to_string(::getegid());
+    if (fileSystem_ != FileSystem::ExFat)
+        runPrivileged({"chown", owner, mountPoint_.native()});
+}
+
+MountedVolume::~MountedVolume() {
+    try {
+        if (isMounted_)
+            pull();
+    } catch (const std::exception& failure) {
+        std::cerr << "volume left mounted: " << failure.what() << "\n";
+    }
+}
+
+void MountedVolume::pull() {
+    runPrivileged({"umount", "--lazy", mountPoint_.native()});
+    isMounted_ = false;
+}
+
+void MountedVolume::remount() {
+    unmount();
+    mount();
+}
+
+void MountedVolume::mount() {
+    std::string options = "loop";
+    if (!options_.empty())
+        options += "," + options_;
+    if (fileSystem_ == FileSystem::ExFat) {
+        options += ",uid=" + std::to_string(::geteuid()) + ",gid=" + std::to_string(::getegid());
+        runPrivileged(
+            {"mount", "-t", "exfat-fuse", "-o", options, image_.native(), mountPoint_.native()});
+    } else {
+        runPrivileged({"mount", "-o", options, image_.native(), mountPoint_.native()});
+    }
+    isMounted_ = true;
+}
+
+void MountedVolume::unmount() {
+    runPrivileged({"umount", mountPoint_.native()});
+    isMounted_ = false;
+}
+
+} // namespace slatewise::test

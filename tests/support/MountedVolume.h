@@ -1,0 +1,50 @@
+#pragma once
+
+#include "support/Files.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+namespace slatewise::test {
+
+/// A real file system in an image file, mounted over a loop device. Unmounted at the end of its
+/// life. The test's user may write at its root.
+class MountedVolume {
+public:
+    enum class FileSystem { Ext4, Xfs, Btrfs, ExFat };
+
+    MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
+                  const std::string& mountOptions = "");
+    ~MountedVolume();
+    MountedVolume(const MountedVolume&) = delete;
+    MountedVolume& operator=(const MountedVolume&) = delete;
+
+    const std::filesystem::path& path() const { return mountPoint_; }
+    std::filesystem::path operator/(const std::filesystem::path& name) const {
+        return mountPoint_ / name;
+    }
+
+    /// The file that stands for the device.
+    const std::filesystem::path& image() const { return image_; }
+
+    /// Takes the file system away from under whoever uses it, as a pulled card does: open files go
+    /// on, but no path leads there any more.
+    void pull();
+
+    /// Unmounts properly and mounts again.
+    void remount();
+
+private:
+    void mount();
+    void unmount();
+
+    TemporaryFolder folder_;
+    FileSystem fileSystem_;
+    std::string options_;
+    std::filesystem::path image_;
+    std::filesystem::path mountPoint_;
+    bool isMounted_ = false;
+};
+
+} // namespace slatewise::test
