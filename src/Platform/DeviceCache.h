@@ -17,7 +17,7 @@ enum class Drop {
 };
 
 /// Empties the cache of the device under the volume that holds `path`, once all of it is written.
-/// Never fails.
-Drop drop(const std::filesystem::path& path) noexcept;
+/// Reports no failure but in what it gives.
+Drop drop(const std::filesystem::path& path);
 
 } // namespace slatewise::DeviceCache
