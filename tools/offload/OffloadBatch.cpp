@@ -171,9 +171,10 @@ void OffloadBatch::tellOutcome(const CopyEngine::Request& request, const Offload
     } else if (outcome.status == OutcomeStatus::hashed) {
         display_.finish(shared.hashed(countRows(outcome, VerifyStatus::hashed)));
     } else {
-        display_.note(
-            shared.failed(shared.verifyIncomplete(Text::displayable(request.card.name()),
-                                                  Text::displayable(request.destination.name()))));
+        display_.note(stop_.stop_requested() ? std::string(shared.cancelled())
+                                             : shared.failed(shared.verifyIncomplete(
+                                                   Text::displayable(request.card.name()),
+                                                   Text::displayable(request.destination.name()))));
         display_.note(texts_.leftOnDestination(Text::displayable(outcome.sessionRoot.native())));
     }
 }

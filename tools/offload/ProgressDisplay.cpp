@@ -20,7 +20,12 @@ using namespace std::chrono_literals;
 
 constexpr auto kBarInterval = 100ms;
 constexpr auto kLineInterval = 2s;
-constexpr std::size_t kBarWidth = 24;
+/// A bar this wide needs a terminal that wide, else the words lose their place.
+constexpr std::size_t kWideBar = 24;
+constexpr std::size_t kNarrowBar = 10;
+constexpr std::size_t kColumnsForWideBar = 120;
+/// A file name is not shortened further than to this many columns.
+constexpr std::size_t kShortestName = 12;
 
 double fractionOf(const OffloadPhase& phase) {
     if (const auto* copying = std::get_if<Phase::Copying>(&phase))
@@ -30,13 +35,37 @@ double fractionOf(const OffloadPhase& phase) {
     return 0;
 }
 
-std::string bar(double fraction) {
+std::string bar(double fraction, std::size_t width) {
     const auto filled =
-        static_cast<std::size_t>(std::lround(fraction * static_cast<double>(kBarWidth)));
+        static_cast<std::size_t>(std::lround(fraction * static_cast<double>(width)));
     std::string text = "[";
-    for (std::size_t cell = 0; cell < kBarWidth; ++cell)
+    for (std::size_t cell = 0; cell < width; ++cell)
         text += cell < filled ? "█" : "░";
     return text + "]";
+}
+
+bool startsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xc0) != 0x80;
+}
+
+/// Columns a text takes, as near as counting characters comes to it.
+std::size_t columnsOf(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), startsCharacter));
+}
+
+/// The end of a path says more than its beginning.
+std::string shortenedBy(const std::string& name, std::size_t columns) {
+    const auto length = columnsOf(name);
+    if (columns == 0 || length <= kShortestName)
+        return name;
+    auto drop = std::min(columns + 1, length - kShortestName + 1);
+    auto at = name.begin();
+    while (at != name.end() && (drop > 0 || !startsCharacter(*at))) {
+        if (startsCharacter(*at))
+            --drop;
+        ++at;
+    }
+    return "…" + std::string(at, name.end());
 }
 
 std::size_t terminalColumns() {
@@ -83,30 +112,36 @@ void ProgressDisplay::show(const OffloadPhase& phase) {
 
 std::string ProgressDisplay::line(const OffloadPhase& phase,
                                   std::chrono::steady_clock::time_point now) {
+    const double fraction = fractionOf(phase);
+    auto prefix = fmt::format("{:3.0f}%  ", std::floor(100 * fraction));
+    if (const auto left = timeLeft_.update(phase, now))
+        prefix += texts_.timeLeft(clockText(*left)) + "  ·  ";
+    if (!label_.empty())
+        prefix += label_ + "  ·  ";
+    if (!isTerminal_)
+        return prefix + words(phase, 0);
+
+    const auto columns = terminalColumns();
+    prefix = bar(fraction, columns < kColumnsForWideBar ? kNarrowBar : kWideBar) + " " + prefix;
+    const auto needed = columnsOf(prefix) + columnsOf(words(phase, 0));
+    return prefix + words(phase, needed < columns ? 0 : needed - columns + 1);
+}
+
+std::string ProgressDisplay::words(const OffloadPhase& phase, std::size_t columnsTooMany) const {
     const auto& shared = texts_.shared;
-    const auto left = timeLeft_.update(phase, now);
-    std::string text;
     if (const auto* copying = std::get_if<Phase::Copying>(&phase)) {
         const auto speed = PathSize::format(static_cast<std::int64_t>(copying->bytesPerSecond),
                                             shared.language()) +
                            "/s";
-        text = shared.copying(copying->done, copying->total, onOneLine(copying->file), speed);
-    } else if (const auto* verifying = std::get_if<Phase::Verifying>(&phase)) {
-        // People count files from one.
-        text = shared.verifying(std::min(verifying->done + 1, verifying->total), verifying->total,
-                                onOneLine(verifying->file));
-    } else {
-        text = shared.scanning();
+        return shared.copying(copying->done, copying->total,
+                              shortenedBy(onOneLine(copying->file), columnsTooMany), speed);
     }
-    const double fraction = fractionOf(phase);
-    auto prefix = fmt::format("{:3.0f}%  ", std::floor(100 * fraction));
-    if (isTerminal_)
-        prefix = bar(fraction) + " " + prefix;
-    if (left)
-        prefix += texts_.timeLeft(clockText(*left)) + "  ·  ";
-    if (!label_.empty())
-        prefix += label_ + "  ·  ";
-    return prefix + text;
+    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase)) {
+        // People count files from one.
+        return shared.verifying(std::min(verifying->done + 1, verifying->total), verifying->total,
+                                shortenedBy(onOneLine(verifying->file), columnsTooMany));
+    }
+    return std::string(shared.scanning());
 }
 
 void ProgressDisplay::draw(const std::string& text) {

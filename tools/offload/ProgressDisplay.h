@@ -33,6 +33,8 @@ public:
 
 private:
     std::string line(const OffloadPhase& phase, std::chrono::steady_clock::time_point now);
+    /// What is being done, with the file's name shortened where that many columns are too many.
+    std::string words(const OffloadPhase& phase, std::size_t columnsTooMany) const;
     void draw(const std::string& text);
     void clearBar();
 
