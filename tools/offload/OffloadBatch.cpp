@@ -180,14 +180,13 @@ void OffloadBatch::tellOutcome(const CopyEngine::Request& request, const Offload
 }
 
 std::string OffloadBatch::label(std::size_t card, std::size_t destination) const {
-    if (cards_.size() * destinations_.size() == 1)
+    const auto pairs = cards_.size() * destinations_.size();
+    if (pairs == 1)
         return "";
-    auto text =
-        texts_.shared.batchCard(static_cast<int>(card + 1), static_cast<int>(cards_.size()));
-    if (destinations_.size() > 1)
-        text += " · " + texts_.shared.batchDestination(static_cast<int>(destination + 1),
-                                                       static_cast<int>(destinations_.size()));
-    return text;
+    const auto pair = card * destinations_.size() + destination + 1;
+    return std::to_string(pair) + "/" + std::to_string(pairs) + "  " +
+           Text::displayable(cards_[card].name()) + " → " +
+           Text::displayable(destinations_[destination].name());
 }
 
 } // namespace slatewise::tool
