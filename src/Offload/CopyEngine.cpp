@@ -282,7 +282,7 @@ private:
                                                     : ": cached I/O, dropped from the cache"));
     }
 
-    void publish(OffloadPhase phase) const {
+    void publish(const OffloadPhase& phase) const {
         if (observer_.progress)
             observer_.progress(phase);
     }

@@ -22,7 +22,7 @@ std::string lastComponent(const std::filesystem::path& path) {
     return name.empty() ? normal.native() : name.native();
 }
 
-std::string orElse(std::string text, std::string_view fallback) {
+std::string orElse(const std::string& text, std::string_view fallback) {
     return text.empty() ? std::string(fallback) : text;
 }
 

@@ -90,7 +90,7 @@ CopyResult copyAndHash(const std::filesystem::path& from, const std::filesystem:
     FileSystem::createFolders(to.parent_path());
     if (FileSystem::exists(to))
         FileSystem::remove(to);
-    const auto result = transfer(from, to, size, watch);
+    auto result = transfer(from, to, size, watch);
 
     // A camera or a sync client may still be writing: what grew or shrank is no copy.
     const auto source = FileSystem::attributes(from);

@@ -80,7 +80,7 @@ private:
         }
     }
 
-    void visit(int parent, const char* name, std::string relative) {
+    void visit(int parent, const char* name, const std::string& relative) {
         auto attributes = FileSystem::attributesIn(parent, name);
         if (!attributes)
             throw PosixError("stat", root_ / relative, errno);

@@ -45,8 +45,7 @@ std::string uniqueName(const std::string& name, const std::string& sessionID,
         return name;
     if (besides && besides->lexically_normal() == candidate.lexically_normal())
         return name;
-    const auto withShortID =
-        name + "_" + Text::replaced(sessionID, "-", "").substr(0, kSessionIDLimit);
+    auto withShortID = name + "_" + Text::replaced(sessionID, "-", "").substr(0, kSessionIDLimit);
     if (!FileSystem::exists(root / withShortID))
         return withShortID;
     return name + "_" + sanitize(sessionID, kSessionIDLimit);

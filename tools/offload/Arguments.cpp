@@ -25,7 +25,7 @@ constexpr const char* kFooter =
 /// name that reports show.
 std::filesystem::path existingFolder(const std::string& given) {
     std::error_code failure;
-    const auto folder = std::filesystem::canonical(given, failure);
+    auto folder = std::filesystem::canonical(given, failure);
     if (failure)
         throw CLI::ValidationError(Text::displayable(given), failure.message());
     if (!std::filesystem::is_directory(folder))

@@ -9,7 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <iostream>
 #include <variant>
 
 namespace slatewise::tool {
@@ -147,17 +147,16 @@ std::string ProgressDisplay::words(const OffloadPhase& phase, std::size_t column
 void ProgressDisplay::draw(const std::string& text) {
     if (isTerminal_) {
         const auto shown = Text::prefix(text, terminalColumns() - 1);
-        std::fputs(("\r\x1b[K" + shown).c_str(), stderr);
+        std::cerr << "\r\x1b[K" << shown;
         hasBar_ = true;
     } else {
-        std::fputs((text + "\n").c_str(), stderr);
+        std::cerr << text << '\n';
     }
-    std::fflush(stderr);
 }
 
 void ProgressDisplay::clearBar() {
     if (hasBar_)
-        std::fputs("\r\x1b[K", stderr);
+        std::cerr << "\r\x1b[K";
     hasBar_ = false;
 }
 
@@ -168,8 +167,7 @@ void ProgressDisplay::finish(std::string_view sentence) {
 
 void ProgressDisplay::note(std::string_view sentence) {
     clearBar();
-    std::fputs((std::string(sentence) + "\n").c_str(), stderr);
-    std::fflush(stderr);
+    std::cerr << sentence << '\n';
 }
 
 } // namespace slatewise::tool

@@ -9,7 +9,8 @@
 
 #include <algorithm>
 #include <clocale>
-#include <cstdio>
+#include <csignal>
+#include <iostream>
 
 namespace {
 
@@ -34,11 +35,13 @@ std::string fieldText(const std::filesystem::path& path) {
     return Text::replaced(Text::replaced(path.native(), "\t", "?"), "\n", "?");
 }
 
-void print(const std::vector<tool::PairResult>& results) {
+/// Gives whether whoever reads the results has got them.
+bool print(const std::vector<tool::PairResult>& results) {
     for (const auto& result : results) {
-        std::printf("%s\t%s\t%s\n", result.status.c_str(), fieldText(result.sessionRoot).c_str(),
-                    fieldText(result.reportFolder).c_str());
+        std::cout << result.status << '\t' << fieldText(result.sessionRoot) << '\t'
+                  << fieldText(result.reportFolder) << '\n';
     }
+    return static_cast<bool>(std::cout.flush());
 }
 
 int exitCode(const std::vector<tool::PairResult>& results) {
@@ -58,8 +61,7 @@ int offload(const tool::Arguments& arguments) {
     tool::OffloadBatch batch(arguments, settingsFor(arguments, defaults), texts, display,
                              interruption.token());
     const auto results = batch.run();
-    print(results);
-    const int code = exitCode(results);
+    const int code = print(results) ? exitCode(results) : tool::kExitOffloadFailed;
     return code != tool::kExitSuccess && interruption.happened() ? tool::kExitInterrupted : code;
 }
 
@@ -67,6 +69,8 @@ int offload(const tool::Arguments& arguments) {
 
 int main(int count, char** words) {
     std::setlocale(LC_ALL, "");
+    // Whoever watched the progress may go; the copy goes on.
+    std::signal(SIGPIPE, SIG_IGN);
     const auto parsed = tool::parseArguments(count, words);
     if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
         return code->value;
