@@ -6,6 +6,7 @@
 #include "Offload/PathSize.h"
 #include "Offload/SHA256Hasher.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/DeviceCache.h"
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
 
@@ -143,11 +144,22 @@ private:
             if (isSkippedFile(entry))
                 results_.push_back(makeRow(entry, RowAction::skip, VerifyStatus::skipped));
         }
-        // What is proved below must also outlive a power cut, folder entries and dates included.
-        FileSystem::syncVolume(sessionRoot_);
+        settleOnDevice();
         const bool allProved = verifyCopies();
         return outcome(allProved ? OutcomeStatus::verified : OutcomeStatus::failed,
                        progress.bytesDone());
+    }
+
+    /// What is proved must also outlive a power cut, folder entries and dates included, and the
+    /// proof must come from the device.
+    void settleOnDevice() {
+        FileSystem::syncVolume(sessionRoot_);
+        if (DeviceCache::drop(sessionRoot_) == DeviceCache::Drop::NotPossible) {
+            reportProblem(
+                "This disk's file system keeps copies in memory that we may not empty; the "
+                "read-back may come from there: " +
+                Text::displayable(destinationRoot_.native()));
+        }
     }
 
     void copyFile(const InventoryEntry& entry, int index, CopyProgress& progress) {

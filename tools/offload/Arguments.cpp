@@ -6,9 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include <iostream>
-#include <map>
-#include <set>
+#include <algorithm>
 
 namespace slatewise::tool {
 
@@ -49,8 +47,24 @@ std::vector<std::filesystem::path> existingFolders(const std::vector<std::string
 struct Typed {
     std::vector<std::string> destinations;
     std::vector<std::string> cards;
+    std::string language;
     bool quiet = false;
 };
+
+std::vector<std::string> rawLanguages() {
+    std::vector<std::string> values;
+    for (const auto language : Language::allCases)
+        values.emplace_back(Language::rawValue(language));
+    return values;
+}
+
+std::optional<AppLanguage> languageNamed(std::string_view rawValue) {
+    for (const auto language : Language::allCases) {
+        if (Language::rawValue(language) == rawValue)
+            return language;
+    }
+    return std::nullopt;
+}
 
 void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
     program.set_version_flag("--version",
@@ -68,11 +82,9 @@ void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
                     "Name of files or folders not to copy (again for more)")
         ->type_name("NAME")
         ->allow_extra_args(false);
-    const std::map<std::string, AppLanguage> languages = {{"en", AppLanguage::English},
-                                                          {"tr", AppLanguage::Turkish}};
-    program.add_option("--language", arguments.language, "Language of progress and reports")
+    program.add_option("--language", typed.language, "Language of progress and reports")
         ->type_name("en|tr")
-        ->transform(CLI::Transformer(languages).description(""));
+        ->check(CLI::IsMember(rawLanguages()).description(""));
     program.add_flag("--quiet", typed.quiet, "No progress, errors only");
     program.add_option("--to", typed.destinations, "Destination folder or disk (again for more)")
         ->type_name("DEST")
@@ -80,7 +92,7 @@ void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
         ->allow_extra_args(false);
     program.add_option("CARD", typed.cards, "Mounted card or folder")
         ->required()
-        ->option_text("CARD ...");
+        ->option_text("...");
 }
 
 } // namespace
@@ -94,6 +106,7 @@ std::variant<Arguments, ExitCode> parseArguments(int count, const char* const* w
     try {
         program.parse(count, words);
         arguments.output = typed.quiet ? Output::ErrorsOnly : Output::Progress;
+        arguments.language = languageNamed(typed.language);
         arguments.destinations = existingFolders(typed.destinations);
         arguments.cards = existingFolders(typed.cards);
         return arguments;

@@ -1,0 +1,276 @@
+#include "Offload/CopyEngine.h"
+
+#include "Offload/SHA256Hasher.h"
+#include "Platform/Error.h"
+#include "support/Files.h"
+#include "support/Offloads.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+namespace {
+
+constexpr std::int64_t kMiB = 1'048'576;
+
+using Verdicts = std::map<std::string, std::string>;
+
+/// A card and a destination folder, and what one run between them told.
+class CopyEngineTest : public ::testing::Test {
+protected:
+    OffloadOutcome run(const std::function<void(const OffloadPhase&)>& onPhase = {}) {
+        return CopyEngine::run(request, record.observer(onPhase), stop.get_token());
+    }
+
+    TemporaryFolder card;
+    TemporaryFolder destination;
+    CopyEngine::Request request = requestFor(card.path(), destination.path());
+    RunRecord record;
+    std::stop_source stop;
+};
+
+template <typename P>
+std::vector<P> only(const std::vector<OffloadPhase>& phases) {
+    std::vector<P> result;
+    for (const auto& phase : phases) {
+        if (const auto* match = std::get_if<P>(&phase))
+            result.push_back(*match);
+    }
+    return result;
+}
+
+} // namespace
+
+TEST_F(CopyEngineTest, CopiesProvesAndSkips) {
+    writeFile(card / "DCIM/A001.mov", bytesOf(2 * kMiB + 17));
+    writeFile(card / "DCIM/._A001.mov", "companion");
+    writeFile(card / "empty", "");
+    writeFile(card / ".Trashes/old.mov", "gone");
+    writeFile(card / "new\nline \xff", "x");
+    std::filesystem::create_directory(card / "bare folder");
+
+    const auto outcome = run();
+
+    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(outcome.bytesCopied, 2 * kMiB + 18);
+    EXPECT_EQ(outcome.sessionRoot, destination / "session");
+    EXPECT_EQ(outcome.startedAt, request.now);
+    EXPECT_GE(outcome.finishedAt, outcome.startedAt);
+    EXPECT_EQ(outcome.sessionID, request.sessionID);
+    EXPECT_EQ(verdicts(outcome), (Verdicts{{"DCIM/A001.mov", "COPY/verified"},
+                                           {"DCIM/._A001.mov", "SKIP/skipped"},
+                                           {"empty", "COPY/verified"},
+                                           {"new\nline \xff", "COPY/verified"}}));
+    for (const auto& row : outcome.files) {
+        if (row.action != RowAction::copy)
+            continue;
+        EXPECT_EQ(row.sourceSHA256, independentSha256(outcome.sessionRoot / row.relativePath));
+        EXPECT_EQ(row.destSHA256, row.sourceSHA256);
+        EXPECT_TRUE(row.mtime);
+    }
+    EXPECT_FALSE(std::filesystem::exists(destination / "session/bare folder"));
+    EXPECT_THAT(record.problems, IsEmpty());
+}
+
+TEST_F(CopyEngineTest, PublishesScanningCopyingVerifyingInThatOrder) {
+    writeFile(card / "a", bytesOf(3 * kMiB));
+    writeFile(card / "b", "1");
+    run();
+
+    ASSERT_TRUE(std::holds_alternative<Phase::Scanning>(record.phases.front()));
+    std::size_t kind = 0;
+    double fraction = 0;
+    for (const auto& phase : record.phases) {
+        EXPECT_GE(phase.index(), kind);
+        kind = phase.index();
+        if (const auto* copying = std::get_if<Phase::Copying>(&phase)) {
+            EXPECT_GE(copying->fraction, fraction);
+            fraction = copying->fraction;
+        } else if (const auto* verifying = std::get_if<Phase::Verifying>(&phase)) {
+            EXPECT_GE(verifying->fraction, fraction);
+            fraction = verifying->fraction;
+        }
+    }
+    EXPECT_DOUBLE_EQ(fraction, 1.0);
+    // Once before each file, once after each chunk.
+    EXPECT_THAT(only<Phase::Copying>(record.phases), SizeIs(2 + 3 + 1));
+    EXPECT_THAT(only<Phase::Verifying>(record.phases), SizeIs(2 + 3 + 1));
+    EXPECT_GT(only<Phase::Copying>(record.phases).back().bytesPerSecond, 0);
+}
+
+TEST_F(CopyEngineTest, NothingToCopyIsVerified) {
+    EXPECT_EQ(run().status, "verified");
+    EXPECT_TRUE(std::filesystem::is_directory(destination / "session"));
+    writeFile(card / ".DS_Store", "1");
+    const auto outcome = run();
+    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(verdicts(outcome), (Verdicts{{".DS_Store", "SKIP/skipped"}}));
+    EXPECT_EQ(outcome.sessionRoot, destination / "session_2");
+}
+
+TEST_F(CopyEngineTest, HashingOnlyTouchesNoDestination) {
+    writeFile(card / "a", bytesOf(5000));
+    writeFile(card / ".DS_Store", "1");
+    request.settings.verifyOnly = true;
+    const auto outcome = run();
+
+    EXPECT_EQ(outcome.status, "hashed");
+    EXPECT_EQ(outcome.bytesCopied, 0);
+    EXPECT_EQ(verdicts(outcome), (Verdicts{{"a", "HASH/hashed"}, {".DS_Store", "SKIP/skipped"}}));
+    EXPECT_TRUE(std::filesystem::is_empty(destination.path()));
+    EXPECT_EQ(outcome.files[1].sourceSHA256, independentSha256(card / "a"));
+    EXPECT_FALSE(outcome.files[1].destSHA256);
+    EXPECT_THAT(record.phases, SizeIs(1)) << "hashing stays in the scanning phase";
+
+    ASSERT_EQ(::mkfifo((card / "fifo").c_str(), 0600), 0);
+    EXPECT_THROW(run(), Error) << "a source that cannot be read fails the whole run";
+}
+
+TEST_F(CopyEngineTest, AFailingFileStopsTheRunAndEveryFileHasARow) {
+    writeFile(card / "1", "1");
+    writeFile(card / "2", "2");
+    ASSERT_EQ(::mkfifo((card / "3").c_str(), 0600), 0);
+    writeFile(card / "4", "4");
+    writeFile(card / ".DS_Store", "s");
+    writeFile(card / "5", "5");
+    const auto outcome = run();
+
+    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(outcome.bytesCopied, 2);
+    EXPECT_EQ(verdicts(outcome), (Verdicts{{"1", "COPY/copied_unverified"},
+                                           {"2", "COPY/copied_unverified"},
+                                           {"3", "FAIL/failed"},
+                                           {"4", "FAIL/failed"},
+                                           {".DS_Store", "SKIP/skipped"},
+                                           {"5", "FAIL/failed"}}));
+    EXPECT_THAT(outcome.files, SizeIs(6));
+    EXPECT_THAT(record.problems, ElementsAre(::testing::HasSubstr("3: open")));
+    EXPECT_EQ(readFile(destination / "session/2"), "2") << "what was copied stays";
+}
+
+TEST_F(CopyEngineTest, LinksAreOffloadedHonestly) {
+    const TemporaryFolder elsewhere;
+    writeFile(elsewhere / "film.mov", "the bytes");
+    std::filesystem::create_symlink(elsewhere / "film.mov", card / "film.mov");
+    std::filesystem::create_symlink("nowhere", card / "dangling");
+    const auto outcome = run();
+
+    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(verdicts(outcome),
+              (Verdicts{{"film.mov", "COPY/verified"}, {"dangling", "SKIP/skipped"}}));
+    EXPECT_TRUE(std::filesystem::is_regular_file(
+        std::filesystem::symlink_status(destination / "session/film.mov")));
+    EXPECT_EQ(readFile(destination / "session/film.mov"), "the bytes");
+}
+
+TEST_F(CopyEngineTest, CancellingBeforeBetweenAndInFiles) {
+    for (const auto* name : {"1", "2", "3"})
+        writeFile(card / name, bytesOf(2 * kMiB));
+
+    stop.request_stop();
+    EXPECT_THROW(run(), CancellationError);
+    EXPECT_TRUE(std::filesystem::is_empty(destination.path())) << "cancelled before the walk";
+
+    // After the last chunk of a file: the check inside the file comes first.
+    stop = {};
+    int chunks = 0;
+    const auto inFile = run([&](const OffloadPhase& phase) {
+        if (std::holds_alternative<Phase::Copying>(phase) && ++chunks == 5)
+            stop.request_stop();
+    });
+    EXPECT_EQ(inFile.status, "failed");
+    EXPECT_EQ(
+        verdicts(inFile),
+        (Verdicts{{"1", "COPY/copied_unverified"}, {"2", "FAIL/failed"}, {"3", "FAIL/failed"}}));
+    EXPECT_EQ(std::filesystem::file_size(inFile.sessionRoot / "2"), kMiB);
+    EXPECT_FALSE(std::filesystem::exists(inFile.sessionRoot / "3"));
+
+    // An empty file has no chunks, so that the next check is the one between files.
+    writeFile(card / "0", "");
+    stop = {};
+    EXPECT_THROW(run([&](const OffloadPhase& phase) {
+                     const auto* copying = std::get_if<Phase::Copying>(&phase);
+                     if (copying && copying->file == "1")
+                         return;
+                     if (std::holds_alternative<Phase::Verifying>(phase))
+                         stop.request_stop();
+                 }),
+                 CancellationError)
+        << "cancelled in the read-back of a file that is not the last";
+}
+
+TEST_F(CopyEngineTest, CancellingInTheLastReadBackFailsThatRowAlone) {
+    writeFile(card / "1", bytesOf(kMiB));
+    writeFile(card / "2", bytesOf(3 * kMiB));
+    const auto outcome = run([&](const OffloadPhase& phase) {
+        const auto* verifying = std::get_if<Phase::Verifying>(&phase);
+        if (verifying && verifying->file == "2" && verifying->fraction > 0.93)
+            stop.request_stop();
+    });
+    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(verdicts(outcome), (Verdicts{{"1", "COPY/verified"}, {"2", "FAIL/failed"}}));
+}
+
+TEST_F(CopyEngineTest, ACopyThatVanishesBeforeTheProofFails) {
+    for (const auto* name : {"1", "2", "3"})
+        writeFile(card / name, "content");
+    const auto outcome = run([&](const OffloadPhase& phase) {
+        if (std::holds_alternative<Phase::Verifying>(phase))
+            std::filesystem::remove(destination / "session/2");
+    });
+    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(verdicts(outcome),
+              (Verdicts{{"1", "COPY/verified"}, {"2", "FAIL/failed"}, {"3", "COPY/verified"}}));
+}
+
+TEST_F(CopyEngineTest, TheSessionFolderIsAlwaysOneOfItsOwn) {
+    writeFile(card / "a", "new");
+    writeFile(destination / "session/a", "old");
+    // Another run takes the next name between this run's choice of it and its first file.
+    bool isTaken = false;
+    const auto outcome = run([&](const OffloadPhase& phase) {
+        if (!isTaken && std::holds_alternative<Phase::Scanning>(phase)) {
+            isTaken = true;
+            std::filesystem::create_directory(destination / "session_2");
+        }
+    });
+    EXPECT_EQ(outcome.sessionRoot, destination / "session_3");
+    EXPECT_EQ(readFile(destination / "session/a"), "old");
+}
+
+TEST_F(CopyEngineTest, TenThousandSmallFiles) {
+    constexpr int kFolders = 100;
+    for (int folder = 0; folder < kFolders; ++folder) {
+        for (int file = 0; file < 100; ++file) {
+            const auto name = std::to_string(folder) + "/" + std::to_string(file);
+            writeFile(card / name, "content of " + name);
+        }
+    }
+    const auto outcome = run();
+    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_THAT(outcome.files, SizeIs(10'000));
+    EXPECT_EQ(readFile(destination / "session/99/98"), "content of 99/98");
+}
+
+TEST_F(CopyEngineTest, LongNamesDeepTreesAndTooDeepOnes) {
+    const std::string longest(255, 'n');
+    writeFile(card / longest, "1");
+    std::filesystem::path deep;
+    while (deep.native().size() < 3000)
+        deep /= std::string(50, 'd');
+    writeFile(card / deep / "clip.mov", "deep");
+    const auto outcome = run();
+    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(readFile(destination / "session" / deep / "clip.mov"), "deep");
+}
+
+TEST(CopyEngine, SpaceMarginIsOnePercentFromEightHundredMebibytes) {
+    EXPECT_EQ(CopyEngine::spaceMargin(799 * kMiB), 8'388'608);
+    EXPECT_EQ(CopyEngine::spaceMargin(800 * kMiB), 8'388'608);
+    EXPECT_EQ(CopyEngine::spaceMargin(1'000'000'000), 10'000'000);
+}

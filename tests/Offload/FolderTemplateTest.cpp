@@ -1,0 +1,80 @@
+#include "Offload/FolderTemplate.h"
+
+#include "Offload/OffloadSettings.h"
+#include "support/Files.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using namespace slatewise;
+using namespace slatewise::test;
+
+namespace {
+
+FolderTemplate::Values values() {
+    return {.destination = "/media/u/SSD 1",
+            .cardName = "A001",
+            .camera = "CamA",
+            .ekip = "Ekip1",
+            .project = "Film",
+            .now = *Clock::fromIso8601("2026-09-02T13:05:09Z")};
+}
+
+} // namespace
+
+TEST(FolderTemplate, ExpandsTokens) {
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+    const std::map<std::string, std::string> cases = {
+        {"", "/media/u/SSD 1/2026-09-02/Ekip1/CamA/A001"},
+        {"  \n", "/media/u/SSD 1/2026-09-02/Ekip1/CamA/A001"},
+        {"Offload/{CardName}", "/media/u/SSD 1/Offload/A001"},
+        {"{DestName}/{YYYYMMDD}_{HHmmss}", "/media/u/SSD 1/SSD 1/20260902_130509"},
+        {"{Dest}/{Project}/{Cam}{Cam}/", "/media/u/SSD 1/Film/CamACamA"},
+        {"/elsewhere/{CardName}", "/elsewhere/A001"},
+        {"{Unknown}/{cardname}", "/media/u/SSD 1/{Unknown}/{cardname}"},
+    };
+    for (const auto& [pathTemplate, path] : cases)
+        EXPECT_EQ(FolderTemplate::expand(pathTemplate, values()), path) << pathTemplate;
+}
+
+TEST(FolderTemplate, NamesBecomeOnePathComponentEach) {
+    auto named = values();
+    named.cardName = " A/B ";
+    named.camera = "\t";
+    named.ekip = " C/D ";
+    named.project = "";
+    EXPECT_EQ(FolderTemplate::expand("{Ekip}|{Cam}|{Project}|{CardName}", named),
+              "/media/u/SSD 1/C-D|CAM|PROJECT| A-B ");
+    named.ekip = "";
+    named.destination = "/";
+    EXPECT_EQ(FolderTemplate::expand("{Ekip}{DestName}", named), "/EKIP-");
+}
+
+TEST(FolderTemplate, SettingsGiveTemplateAndProject) {
+    OffloadSettings settings;
+    settings.folderTemplate = "{Project}/{CardName}";
+    settings.projectName = "Own";
+    EXPECT_EQ(FolderTemplate::sessionRoot(settings, values()), "/media/u/SSD 1/Own/A001");
+}
+
+TEST(FolderTemplate, NeverLandsOnSomethingThatExists) {
+    const TemporaryFolder folder;
+    const auto wanted = folder / "A001";
+    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), wanted);
+
+    std::filesystem::create_directory(wanted);
+    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_2");
+    writeFile(folder / "A001_2", "a file of that name");
+    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_3");
+    std::filesystem::create_symlink("nowhere", folder / "A001_3");
+    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_4");
+
+    for (int number = 4; number <= 99; ++number)
+        std::filesystem::create_directory(folder / ("A001_" + std::to_string(number)));
+    const auto last = FolderTemplate::uniqueExisting(wanted).filename().native();
+    EXPECT_EQ(last.size(), std::string("A001_12345678").size());
+    EXPECT_EQ(last.rfind("A001_", 0), 0u);
+    EXPECT_NE(last, FolderTemplate::uniqueExisting(wanted).filename().native());
+}

@@ -1,0 +1,155 @@
+#include "Offload/SHA256Hasher.h"
+
+#include "Offload/OffloadError.h"
+#include "Platform/Error.h"
+#include "support/Files.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <fstream>
+
+using namespace slatewise;
+using namespace slatewise::test;
+
+namespace {
+
+constexpr auto kBuffer = SHA256Hasher::bufferSize;
+
+} // namespace
+
+TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
+    const TemporaryFolder folder;
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4096}, kBuffer - 1,
+                                   kBuffer, kBuffer + 1, 3 * kBuffer + 4096 + 7}) {
+        SCOPED_TRACE(size);
+        const auto content = bytesOf(size, 7);
+        writeFile(folder / "source", content);
+        std::filesystem::last_write_time(
+            folder / "source",
+            std::filesystem::file_time_type(std::chrono::nanoseconds(123'456'789'012'345'678)));
+        std::vector<std::size_t> chunks;
+        const auto result = SHA256Hasher::copyAndHash(
+            folder / "source", folder / "new/folders/copy", kBuffer,
+            {.onBytes = [&](std::size_t count) { chunks.push_back(count); },
+             .onAccess = {},
+             .stop = {}});
+
+        EXPECT_EQ(result.bytes, static_cast<std::int64_t>(size));
+        EXPECT_EQ(result.sha256, independentSha256(folder / "source"));
+        EXPECT_EQ(readFile(folder / "new/folders/copy"), content);
+        EXPECT_EQ(std::filesystem::last_write_time(folder / "new/folders/copy"),
+                  std::filesystem::last_write_time(folder / "source"));
+        EXPECT_EQ(chunks.size(), (size + kBuffer - 1) / kBuffer);
+        EXPECT_EQ(SHA256Hasher::hashFile(folder / "new/folders/copy"), result.sha256);
+    }
+}
+
+TEST(SHA256Hasher, RaisesASmallBufferAndTakesAnOddOne) {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", bytesOf(200'000));
+    const auto expected = independentSha256(folder / "file");
+    for (const std::size_t size : {std::size_t{1}, std::size_t{65'536}, std::size_t{100'001}}) {
+        std::size_t largest = 0;
+        EXPECT_EQ(SHA256Hasher::hashFile(
+                      folder / "file", size,
+                      {.onBytes = [&](std::size_t count) { largest = std::max(largest, count); },
+                       .onAccess = {},
+                       .stop = {}}),
+                  expected);
+        EXPECT_EQ(largest, std::max(size, SHA256Hasher::smallestBufferSize));
+    }
+}
+
+TEST(SHA256Hasher, ReplacesWhateverBearsTheName) {
+    const TemporaryFolder folder;
+    writeFile(folder / "source", "new");
+    writeFile(folder / "precious", "must not be written through a link");
+    writeFile(folder / "file", "older and longer");
+    std::filesystem::create_symlink(folder / "precious", folder / "link");
+    std::filesystem::create_symlink("nowhere", folder / "dangling");
+    std::filesystem::create_directories(folder / "tree/with/folders");
+    for (const auto* name : {"file", "link", "dangling", "tree"}) {
+        SHA256Hasher::copyAndHash(folder / "source", folder / name);
+        EXPECT_TRUE(
+            std::filesystem::is_regular_file(std::filesystem::symlink_status(folder / name)))
+            << name;
+        EXPECT_EQ(readFile(folder / name), "new");
+    }
+    EXPECT_EQ(readFile(folder / "precious"), "must not be written through a link");
+}
+
+TEST(SHA256Hasher, CancellingLeavesAShorterFile) {
+    const TemporaryFolder folder;
+    writeFile(folder / "source", bytesOf(4 * kBuffer));
+    std::stop_source stop;
+    EXPECT_THROW(SHA256Hasher::copyAndHash(folder / "source", folder / "copy", kBuffer,
+                                           {.onBytes = [&](std::size_t) { stop.request_stop(); },
+                                            .onAccess = {},
+                                            .stop = stop.get_token()}),
+                 CancellationError);
+    EXPECT_EQ(std::filesystem::file_size(folder / "copy"), kBuffer);
+    EXPECT_THROW(SHA256Hasher::hashFile(folder / "source", kBuffer,
+                                        {.onBytes = {}, .onAccess = {}, .stop = stop.get_token()}),
+                 CancellationError);
+}
+
+TEST(SHA256Hasher, ASourceThatGrowsOrShrinksIsNoCopy) {
+    const TemporaryFolder folder;
+    constexpr std::int64_t kSize = 2 * kBuffer;
+    for (const std::int64_t change : {1, -4096}) {
+        writeFile(folder / "source", bytesOf(kSize));
+        // Told once all is read and written: too late to be copied, soon enough to be seen.
+        const auto resize = [&](const auto& path, FileAccess) {
+            if (path == folder / "source")
+                std::filesystem::resize_file(path, static_cast<std::uintmax_t>(kSize + change));
+        };
+        try {
+            SHA256Hasher::copyAndHash(folder / "source", folder / "copy", kBuffer,
+                                      {.onBytes = {}, .onAccess = resize, .stop = {}});
+            FAIL() << "a source that changed by " << change << " was taken";
+        } catch (const OffloadError& failure) {
+            const auto& sizes = std::get<OffloadError::SizeMismatch>(failure.reason());
+            EXPECT_EQ(sizes.source, kSize + change);
+            EXPECT_EQ(sizes.copied, kSize);
+        }
+    }
+}
+
+TEST(SHA256Hasher, WhatIsNoFileFailsAtOnceInClearWords) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
+    const int server = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    const auto socketPath = std::filesystem::relative(folder / "socket").native();
+    ASSERT_LT(socketPath.size(), sizeof address.sun_path);
+    socketPath.copy(address.sun_path, socketPath.size());
+    ASSERT_EQ(::bind(server, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    std::filesystem::create_directory(folder / "folder");
+
+    const std::map<std::string, std::string> cases = {{folder / "fifo", "no file"},
+                                                      {folder / "socket", "no file"},
+                                                      {"/dev/zero", "no file"},
+                                                      {folder / "folder", "Is a directory"},
+                                                      {folder / "missing", "No such file"}};
+    for (const auto& [path, words] : cases) {
+        try {
+            SHA256Hasher::copyAndHash(path, folder / "copy");
+            FAIL() << path;
+        } catch (const Error& failure) {
+            const auto description = failure.localizedDescription();
+            EXPECT_EQ(description.rfind("open " + path + ": ", 0), 0u) << description;
+            EXPECT_NE(description.find(words), std::string::npos) << description;
+        }
+    }
+    ::close(server);
+}
+
+TEST(Verifier, MatchesInEitherCaseButNeverNothing) {
+    EXPECT_TRUE(Verifier::matches("ABC", "abc"));
+    EXPECT_FALSE(Verifier::matches("abc", "abd"));
+    EXPECT_FALSE(Verifier::matches("", ""));
+    EXPECT_FALSE(Verifier::matches("", "abc"));
+}

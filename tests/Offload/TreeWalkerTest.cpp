@@ -1,0 +1,194 @@
+#include "Offload/TreeWalker.h"
+
+#include "Platform/Error.h"
+#include "support/Files.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <map>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+/// One letter for each entry: "c" will be copied, "s" will not, "d" is a folder.
+std::map<std::string, char> listing(const std::vector<InventoryEntry>& entries) {
+    std::map<std::string, char> result;
+    for (const auto& entry : entries)
+        result[entry.relativePath] = entry.isDirectory ? 'd' : entry.shouldCopy ? 'c' : 's';
+    return result;
+}
+
+using Listing = std::map<std::string, char>;
+
+} // namespace
+
+TEST(TreeWalker, ListsEverythingInByteOrderWithFacts) {
+    const TemporaryFolder card;
+    writeFile(card / "a", "12345");
+    writeFile(card / "B", "");
+    writeFile(card / "DCIM/clip.mov", "123");
+    writeFile(card / "DCIM-notes", "");
+    writeFile(card / ".hidden", "1");
+    const auto entries = TreeWalker::walk(card.path(), {});
+
+    std::vector<std::string> names;
+    for (const auto& entry : entries)
+        names.push_back(entry.relativePath);
+    EXPECT_THAT(names, ElementsAre(".hidden", "B", "DCIM", "DCIM-notes", "DCIM/clip.mov", "a"));
+
+    EXPECT_EQ(entries[2].sizeBytes, 0);
+    EXPECT_EQ(entries[4].sizeBytes, 3);
+    struct stat facts {};
+    ASSERT_EQ(::stat((card / "a").c_str(), &facts), 0);
+    EXPECT_EQ(entries[5].mtime, Instant(std::chrono::seconds(facts.st_mtim.tv_sec)) +
+                                    std::chrono::microseconds(facts.st_mtim.tv_nsec / 1000));
+}
+
+TEST(TreeWalker, SkipRulesDecideByName) {
+    const TemporaryFolder card;
+    for (const auto* name : {"._A.mov", "deep/er/._B.mov", ".DS_Store", "x.DS_Store", ".ds_store",
+                             ".Trashes/gone.mov", "A/CACHE/x.bin", "A/cache/y.bin"})
+        writeFile(card / name, "1");
+
+    EXPECT_EQ(listing(TreeWalker::walk(card.path(), TreeWalker::defaultSkipNames(),
+                                       std::vector<std::string>{"CACHE"})),
+              (Listing{{"._A.mov", 's'},
+                       {"deep", 'd'},
+                       {"deep/er", 'd'},
+                       {"deep/er/._B.mov", 's'},
+                       {".DS_Store", 's'},
+                       {"x.DS_Store", 'c'},
+                       {".ds_store", 'c'},
+                       {".Trashes", 'd'},
+                       {"A", 'd'},
+                       {"A/CACHE", 'd'},
+                       {"A/cache", 'd'},
+                       {"A/cache/y.bin", 'c'}}));
+
+    const auto bare = listing(TreeWalker::walk(card.path(), {}));
+    EXPECT_EQ(bare.at("._A.mov"), 's') << "companion files are skipped whatever the set says";
+    EXPECT_EQ(bare.at(".DS_Store"), 'c');
+    EXPECT_EQ(bare.at(".Trashes/gone.mov"), 'c');
+
+    EXPECT_TRUE(TreeWalker::shouldSkip("A/CACHE/x.bin", "x.bin", {"CACHE"}));
+    EXPECT_FALSE(TreeWalker::shouldSkip("A/CACHES/x.bin", "x.bin", {"CACHE"}));
+}
+
+TEST(TreeWalker, LinksAreListedAndNeverWalkedInto) {
+    const TemporaryFolder card;
+    const TemporaryFolder elsewhere;
+    writeFile(elsewhere / "outside/film.mov", "1234567");
+    writeFile(card / "clip.mov", "12");
+    std::filesystem::create_symlink(elsewhere / "outside/film.mov", card / "to-file");
+    std::filesystem::create_symlink(elsewhere / "outside", card / "to-folder");
+    std::filesystem::create_symlink("nowhere", card / "dangling");
+    std::filesystem::create_symlink("loop", card / "loop");
+    std::filesystem::create_symlink(".", card / "self");
+    ASSERT_EQ(::mkfifo((card / "fifo").c_str(), 0600), 0);
+    std::filesystem::create_symlink("fifo", card / "to-fifo");
+
+    const auto entries = TreeWalker::walk(card.path(), {});
+    EXPECT_EQ(listing(entries), (Listing{{"clip.mov", 'c'},
+                                         {"dangling", 's'},
+                                         {"fifo", 'c'},
+                                         {"loop", 's'},
+                                         {"self", 's'},
+                                         {"to-fifo", 'c'},
+                                         {"to-file", 'c'},
+                                         {"to-folder", 's'}}));
+    for (const auto& entry : entries) {
+        if (entry.relativePath == "to-file") {
+            EXPECT_EQ(entry.sizeBytes, 7) << "the size of what will be copied";
+        }
+    }
+    EXPECT_EQ(TreeWalker::copyableBytes(card.path(), {}), 9);
+}
+
+TEST(TreeWalker, WhatCannotBeListedIsEmptyOrPassedOver) {
+    EXPECT_THAT(TreeWalker::walk("/no/such/folder", {}), IsEmpty());
+    EXPECT_EQ(TreeWalker::copyableBytes("/no/such/folder", {}), 0);
+    const TemporaryFolder card;
+    writeFile(card / "file", "1");
+    EXPECT_THAT(TreeWalker::walk(card / "file", {}), IsEmpty());
+}
+
+TEST(TreeWalker, AnUnreadableFolderIsReported) {
+    const TemporaryFolder card;
+    writeFile(card / "locked/lost.mov", "1");
+    writeFile(card / "open.mov", "1");
+    std::filesystem::permissions(card / "locked", std::filesystem::perms::none);
+    std::filesystem::permissions(card.path(), std::filesystem::perms::all);
+
+    // Root reads every folder: look through the eyes of somebody else.
+    const pid_t child = ::fork();
+    if (child == 0) {
+        constexpr uid_t kNobody = 65534;
+        if (::geteuid() == 0 && ::seteuid(kNobody) != 0)
+            ::_exit(10);
+        std::vector<std::string> passedOver;
+        const auto entries =
+            TreeWalker::walk(card.path(), {}, {}, [&](const auto& folder, int code) {
+                if (code == EACCES)
+                    passedOver.push_back(folder.filename().native());
+            });
+        const bool isRight = passedOver == std::vector<std::string>{"locked"} &&
+                             listing(entries) == Listing{{"locked", 'd'}, {"open.mov", 'c'}};
+        ::_exit(isRight ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    std::filesystem::permissions(card / "locked", std::filesystem::perms::owner_all);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(TreeWalker, NamesAreBytesAndTreesMayBeDeep) {
+    const TemporaryFolder card;
+    const std::string longest(255, 'n');
+    writeFile(card / longest, "1");
+    writeFile(card / "line\nend \"quoted\", <b>", "1");
+    writeFile(card / "not utf-8 \xff\xfe", "1");
+    // Deeper than a path can be long: only names relative to an open folder lead there.
+    constexpr int kLevels = 30;
+    int folder = ::open(card.path().c_str(), O_RDONLY | O_DIRECTORY);
+    for (int level = 0; level < kLevels; ++level) {
+        ASSERT_EQ(::mkdirat(folder, longest.c_str() + 20, 0700), 0);
+        const int next = ::openat(folder, longest.c_str() + 20, O_RDONLY | O_DIRECTORY);
+        ::close(folder);
+        folder = next;
+    }
+    ::close(::openat(folder, "bottom", O_WRONLY | O_CREAT, 0600));
+    ::close(folder);
+
+    const auto listed = listing(TreeWalker::walk(card.path(), {}));
+    EXPECT_EQ(listed.size(), 3u + kLevels + 1u);
+    EXPECT_TRUE(listed.contains("line\nend \"quoted\", <b>"));
+    EXPECT_TRUE(listed.contains("not utf-8 \xff\xfe"));
+}
+
+TEST(TreeWalker, NormalizesWhatAUserTypes) {
+    const std::map<std::string, std::optional<std::string>> cases = {
+        {"  Foo\\Bar\\  ", "Bar"}, {"/Volumes/CARD/CACHE/", "CACHE"},
+        {"plain", "plain"},        {"two words", "two words"},
+        {"/", std::nullopt},       {" .. ", std::nullopt},
+        {"a/.", std::nullopt},     {"", std::nullopt},
+        {"\n\t", std::nullopt},    {"…/Ünal///", "Ünal"},
+    };
+    for (const auto& [typed, name] : cases)
+        EXPECT_EQ(TreeWalker::normalizeSkipName(typed), name) << typed;
+}
+
+TEST(TreeWalker, RelativePathOfAnItem) {
+    using Case = std::tuple<const char*, const char*, const char*>;
+    for (const auto& [item, base, expected] :
+         {Case{"/a/b/c", "/a", "b/c"}, Case{"/a/b/c", "/a/", "b/c"}, Case{"/a", "/a/", ""},
+          Case{"/a/./b/../c", "/a", "c"}, Case{"/ab/c", "/a", "c"}, Case{"/a/b", "/", "a/b"}})
+        EXPECT_EQ(TreeWalker::relativePath(item, base), expected) << item << " under " << base;
+}

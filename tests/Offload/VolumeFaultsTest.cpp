@@ -1,0 +1,245 @@
+#include "Offload/CopyEngine.h"
+
+#include "Offload/OffloadError.h"
+#include "support/Files.h"
+#include "support/MountedVolume.h"
+#include "support/Offloads.h"
+#include "support/Process.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+
+// What disks do to people, tried on real file systems.
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::HasSubstr;
+using ::testing::SizeIs;
+using Volume = MountedVolume::FileSystem;
+
+namespace {
+
+constexpr std::int64_t kMiB = 1'048'576;
+
+/// Where in the image the content stands, byte for byte.
+std::int64_t offsetInImage(const std::filesystem::path& image, const std::string& content) {
+    const auto bytes = readFile(image);
+    const auto at = bytes.find(content);
+    return at == std::string::npos ? -1 : static_cast<std::int64_t>(at);
+}
+
+void flipByte(const std::filesystem::path& image, std::int64_t offset) {
+    const int file = ::open(image.c_str(), O_RDWR | O_CLOEXEC);
+    char byte = 0;
+    ASSERT_EQ(::pread(file, &byte, 1, offset), 1);
+    byte = static_cast<char>(byte ^ 0x01);
+    ASSERT_EQ(::pwrite(file, &byte, 1, offset), 1);
+    ::close(file);
+}
+
+/// Fills a file until the disk has about `left` bytes left.
+void fillUp(const std::filesystem::path& folder, std::int64_t left) {
+    const auto space = std::filesystem::space(folder);
+    const auto size = static_cast<std::int64_t>(space.available) - left;
+    const int file = ::open((folder / "filler").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_EQ(::posix_fallocate(file, 0, size), 0);
+    ::close(file);
+}
+
+struct Medium {
+    const char* name;
+    Volume fileSystem;
+    std::int64_t sizeBytes;
+    const char* options;
+};
+
+void PrintTo(const Medium& medium, std::ostream* out) {
+    *out << medium.name;
+}
+
+class EveryFileSystem : public ::testing::TestWithParam<Medium> {
+protected:
+    MountedVolume disk{GetParam().fileSystem, GetParam().sizeBytes, GetParam().options};
+    TemporaryFolder card;
+    RunRecord record;
+};
+
+} // namespace
+
+TEST_P(EveryFileSystem, AFlippedBitOnTheDiskIsFound) {
+    for (int file = 0; file < 3; ++file)
+        writeFile(card / std::to_string(file),
+                  bytesOf(2 * kMiB + 5, 100u + static_cast<std::uint32_t>(file)));
+    const auto marker = bytesOf(4096, 101);
+    bool isFlipped = false;
+    const auto flipOnce = [&](const OffloadPhase& phase) {
+        if (isFlipped || !std::holds_alternative<Phase::Verifying>(phase))
+            return;
+        isFlipped = true;
+        const auto offset = offsetInImage(disk.image(), marker);
+        ASSERT_GE(offset, 0) << "everything written is on the disk before the proof begins";
+        flipByte(disk.image(), offset + 100);
+    };
+    const auto outcome =
+        CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(flipOnce), {});
+
+    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(verdicts(outcome),
+              (std::map<std::string, std::string>{
+                  {"0", "COPY/verified"}, {"1", "FAIL/mismatch"}, {"2", "COPY/verified"}}));
+    const auto& bad = outcome.files[1];
+    EXPECT_TRUE(bad.destSHA256);
+    EXPECT_NE(bad.sourceSHA256, bad.destSHA256);
+    EXPECT_EQ(bad.sourceSHA256, independentSha256(card / "1"));
+    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("Mismatch: 1 ")));
+}
+
+TEST_P(EveryFileSystem, WhatIsVerifiedIsThereAfterRemounting) {
+    writeFile(card / "folder/big", bytesOf(5 * kMiB + 1));
+    writeFile(card / "folder/small", "1");
+    writeFile(card / "empty", "");
+    const auto outcome =
+        CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
+    EXPECT_EQ(outcome.status, "verified");
+    disk.remount();
+    for (const auto& row : outcome.files) {
+        EXPECT_EQ(row.sourceSHA256, independentSha256(outcome.sessionRoot / row.relativePath));
+        EXPECT_EQ(std::filesystem::last_write_time(card / row.relativePath) -
+                          std::filesystem::last_write_time(outcome.sessionRoot / row.relativePath) <
+                      std::chrono::seconds(2),
+                  true);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Media, EveryFileSystem,
+    ::testing::Values(Medium{"Ext4", Volume::Ext4, 64 * kMiB, ""},
+                      // Journalled data refuses direct I/O, so everything goes through the cache.
+                      Medium{"Ext4Cached", Volume::Ext4, 64 * kMiB, "data=journal"},
+                      Medium{"Xfs", Volume::Xfs, 320 * kMiB, ""},
+                      // Without checksums: with them the disk itself would refuse the bad block.
+                      Medium{"Btrfs", Volume::Btrfs, 256 * kMiB, "nodatacow"},
+                      Medium{"ExFat", Volume::ExFat, 64 * kMiB, ""}),
+    [](const auto& medium) { return std::string(medium.param.name); });
+
+TEST(FullDisk, IsFoundBeforeAnythingIsWritten) {
+    const MountedVolume disk(Volume::Ext4, 64 * kMiB);
+    const TemporaryFolder card;
+    writeFile(card / "clip.mov", bytesOf(20 * kMiB));
+    fillUp(disk.path(), 24 * kMiB);
+    RunRecord record;
+    try {
+        CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
+        FAIL();
+    } catch (const OffloadError& failure) {
+        const auto& space = std::get<OffloadError::InsufficientSpace>(failure.reason());
+        EXPECT_EQ(space.needed, 28 * kMiB);
+        EXPECT_LE(space.free, 24 * kMiB);
+    }
+    EXPECT_FALSE(std::filesystem::exists(disk / "session"));
+}
+
+TEST(FullDisk, InMidRunStopsWithAClearReasonAndHonestRows) {
+    const MountedVolume disk(Volume::Ext4, 64 * kMiB);
+    const TemporaryFolder card;
+    for (const auto* name : {"1", "2", "3"})
+        writeFile(card / name, bytesOf(8 * kMiB));
+    RunRecord record;
+    bool isFilled = false;
+    const auto outcome = CopyEngine::run(
+        requestFor(card.path(), disk.path()), record.observer([&](const OffloadPhase& phase) {
+            const auto* copying = std::get_if<Phase::Copying>(&phase);
+            if (copying && copying->file == "2" && !isFilled) {
+                isFilled = true;
+                fillUp(disk.path(), 3 * kMiB);
+            }
+        }),
+        {});
+    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(verdicts(outcome),
+              (std::map<std::string, std::string>{
+                  {"1", "COPY/copied_unverified"}, {"2", "FAIL/failed"}, {"3", "FAIL/failed"}}));
+    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("No space left on device")));
+    EXPECT_LT(std::filesystem::file_size(outcome.sessionRoot / "2"), 8 * kMiB);
+}
+
+TEST(PulledCard, InMidCopyEndsAsAFailure) {
+    MountedVolume card(Volume::Ext4, 64 * kMiB);
+    const TemporaryFolder destination;
+    for (const auto* name : {"1", "2", "3"})
+        writeFile(card / name, bytesOf(4 * kMiB));
+    RunRecord record;
+    bool isPulled = false;
+    const auto outcome = CopyEngine::run(requestFor(card.path(), destination.path()),
+                                         record.observer([&](const OffloadPhase& phase) {
+                                             const auto* copying =
+                                                 std::get_if<Phase::Copying>(&phase);
+                                             if (copying && copying->file == "2" && !isPulled) {
+                                                 isPulled = true;
+                                                 card.pull();
+                                             }
+                                         }),
+                                         {});
+    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(verdicts(outcome),
+              (std::map<std::string, std::string>{
+                  {"1", "COPY/copied_unverified"}, {"2", "FAIL/failed"}, {"3", "FAIL/failed"}}));
+    EXPECT_THAT(record.problems, SizeIs(1));
+}
+
+TEST(PulledDisk, BeforeTheProofLeavesNothingVerified) {
+    MountedVolume disk(Volume::Ext4, 64 * kMiB);
+    const TemporaryFolder card;
+    for (const auto* name : {"1", "2"})
+        writeFile(card / name, bytesOf(kMiB));
+    RunRecord record;
+    const auto outcome = CopyEngine::run(
+        requestFor(card.path(), disk.path()), record.observer([&](const OffloadPhase& phase) {
+            const auto* verifying = std::get_if<Phase::Verifying>(&phase);
+            if (verifying && record.problems.empty() && verifying->done == 0 &&
+                std::filesystem::exists(disk / "session"))
+                disk.pull();
+        }),
+        {});
+    EXPECT_EQ(outcome.status, "failed");
+    for (const auto& [path, verdict] : verdicts(outcome))
+        EXPECT_EQ(verdict, "FAIL/failed") << path;
+}
+
+TEST(BadCard, AReadErrorStopsTheRunWithTheDevicesReason) {
+    MountedVolume card(Volume::Ext4, 64 * kMiB);
+    const TemporaryFolder destination;
+    writeFile(card / "1", bytesOf(kMiB, 1));
+    writeFile(card / "2", bytesOf(4 * kMiB, 2));
+    card.remount();
+    // A device that ends in the middle of a file answers like one with bad sectors.
+    const auto offset = offsetInImage(card.image(), bytesOf(4 * kMiB, 2).substr(2 * kMiB, 4096));
+    ASSERT_GT(offset, 0);
+    std::filesystem::resize_file(card.image(), static_cast<std::uintmax_t>(offset));
+    RunRecord record;
+    const auto outcome =
+        CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(), {});
+    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_THAT(verdicts(outcome)["2"], "FAIL/failed");
+    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("Input/output error")));
+}
+
+TEST(LargeFile, SixGibibytesAreCopiedWithoutTruncation) {
+    constexpr std::int64_t kSize = 6'442'450'944;
+    const TemporaryFolder card;
+    const TemporaryFolder destination;
+    writeFile(card / "long.mov", "start");
+    std::filesystem::resize_file(card / "long.mov", kSize);
+    RunRecord record;
+    const auto outcome =
+        CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(), {});
+    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(outcome.bytesCopied, kSize);
+    EXPECT_EQ(std::filesystem::file_size(outcome.sessionRoot / "long.mov"),
+              static_cast<std::uintmax_t>(kSize));
+}

@@ -1,0 +1,43 @@
+#include "support/Offloads.h"
+
+namespace slatewise::test {
+
+ClassifiedVolume volumeAt(const std::filesystem::path& folder, const std::string& name) {
+    ClassifiedVolume volume;
+    volume.facts.mountPoint = folder;
+    volume.facts.volumeName = name;
+    volume.facts.isWritable = true;
+    return volume;
+}
+
+CopyEngine::Request requestFor(const std::filesystem::path& card,
+                               const std::filesystem::path& destination) {
+    CopyEngine::Request request;
+    request.card = volumeAt(card);
+    request.destination = volumeAt(destination, "DISK");
+    request.settings.folderTemplate = "session";
+    request.sessionID = Uuid::random();
+    request.now = Clock::now();
+    return request;
+}
+
+CopyEngine::Observer RunRecord::observer(std::function<void(const OffloadPhase&)> onPhase) {
+    return {.progress =
+                [this, onPhase = std::move(onPhase)](const OffloadPhase& phase) {
+                    phases.push_back(phase);
+                    if (onPhase)
+                        onPhase(phase);
+                },
+            .log = [this](const std::string& line) { log.push_back(line); },
+            .problem = [this](const std::string& line) { problems.push_back(line); },
+            .sessionRootCreated = {}};
+}
+
+std::map<std::string, std::string> verdicts(const OffloadOutcome& outcome) {
+    std::map<std::string, std::string> result;
+    for (const auto& row : outcome.files)
+        result[row.relativePath] = row.action + "/" + row.verifyStatus;
+    return result;
+}
+
+} // namespace slatewise::test

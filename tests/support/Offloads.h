@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Offload/CopyEngine.h"
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace slatewise::test {
+
+/// A folder in the form in which cards and destinations travel.
+ClassifiedVolume volumeAt(const std::filesystem::path& folder, const std::string& name = "A001");
+
+/// A run of a card folder to a destination folder that lands in `<destination>/session`.
+CopyEngine::Request requestFor(const std::filesystem::path& card,
+                               const std::filesystem::path& destination);
+
+/// Everything that one run told.
+struct RunRecord {
+    std::vector<OffloadPhase> phases;
+    std::vector<std::string> log;
+    std::vector<std::string> problems;
+
+    /// Notes everything and calls `onPhase` for each phase.
+    CopyEngine::Observer observer(std::function<void(const OffloadPhase&)> onPhase = {});
+};
+
+/// "COPY/verified" and so on for every row, by its path.
+std::map<std::string, std::string> verdicts(const OffloadOutcome& outcome);
+
+} // namespace slatewise::test
