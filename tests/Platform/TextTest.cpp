@@ -1,0 +1,103 @@
+#include "Platform/Text.h"
+
+#include "Platform/Clock.h"
+#include "Platform/Numbers.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <map>
+
+using namespace slatewise;
+using ::testing::ElementsAre;
+
+TEST(Text, TrimsUnicodeBlanksAndKeepsForeignBytes) {
+    EXPECT_EQ(Text::trimmed("\t\n  a b \r\n"), "a b");
+    EXPECT_EQ(Text::trimmed("\xc2\xa0\xe2\x80\x83Kamera\xe3\x80\x80"), "Kamera");
+    EXPECT_EQ(Text::trimmed(" \xff "), "\xff");
+    EXPECT_EQ(Text::trimmed("\xff \x80"), "\xff \x80");
+    EXPECT_EQ(Text::trimmed(" \n"), "");
+}
+
+TEST(Text, ShowsMalformedBytesAsReplacement) {
+    EXPECT_EQ(Text::displayable("Çekim→"), "Çekim→");
+    EXPECT_EQ(Text::displayable("a\xff"
+                                "b"),
+              "a\xef\xbf\xbd"
+              "b");
+    EXPECT_EQ(Text::displayable("\xc3"), "\xef\xbf\xbd");
+}
+
+TEST(Text, CutsAtCharactersAPersonSees) {
+    EXPECT_EQ(Text::prefix("çğü", 2), "çğ");
+    EXPECT_EQ(Text::prefix("e\xcc\x81x", 1), "e\xcc\x81");
+    EXPECT_EQ(Text::prefix("short", 24), "short");
+    EXPECT_EQ(Text::prefix("ab", 0), "");
+}
+
+TEST(Text, SplitsReplacesAndOrders) {
+    EXPECT_THAT(Text::pieces("/a//b/", '/'), ElementsAre("a", "b"));
+    EXPECT_EQ(Text::replaced("aaa", "aa", "b"), "ba");
+    EXPECT_EQ(Text::pathSafeLabel(" A/B\n"), "A-B");
+    EXPECT_LT(Text::localizedStandardCompare("Clip 9", "clip 10"), 0);
+}
+
+TEST(Clock, TextsOfMomentsDoNotDependOnTheMachine) {
+    ::setenv("TZ", "America/New_York", 1);
+    ::tzset();
+    const auto moment = Clock::fromIso8601("2026-03-01T02:30:15Z");
+    ASSERT_TRUE(moment);
+    EXPECT_EQ(Clock::iso8601(*moment + std::chrono::milliseconds(999)), "2026-03-01T02:30:15Z");
+    EXPECT_EQ(Clock::databaseText(*moment + std::chrono::microseconds(7999)),
+              "2026-03-01 02:30:15.007");
+    EXPECT_EQ(Clock::fromDatabaseText("2026-03-01 02:30:15.007"),
+              *moment + std::chrono::milliseconds(7));
+    EXPECT_EQ(Clock::localText(*moment, "yyyy-MM-dd HHmmss"), "2026-02-28 213015");
+    const Instant beforeTheEpoch = Instant() - std::chrono::microseconds(1);
+    EXPECT_EQ(Clock::iso8601(beforeTheEpoch), "1969-12-31T23:59:59Z");
+    ::unsetenv("TZ");
+    ::tzset();
+}
+
+TEST(Clock, ReadsDatesStrictly) {
+    EXPECT_EQ(Clock::fromIso8601("2026-03-01T05:30:15+03:00"),
+              Clock::fromIso8601("2026-03-01T02:30:15Z"));
+    EXPECT_EQ(Clock::fromIso8601("2026-02-28T21:30:15-0500"),
+              Clock::fromIso8601("2026-03-01T02:30:15Z"));
+    for (const auto* text :
+         {"", "2026-03-01", "2026-02-30T00:00:00Z", "2026-03-01T24:00:00Z", "2026-03-01T02:30:15",
+          "2026-03-01T02:30:15.5Z", "x026-03-01T02:30:15Z", "2026-03-01 02:30:15Z",
+          "2026-03-01T-2:30:15Z"})
+        EXPECT_FALSE(Clock::fromIso8601(text)) << text;
+    for (const auto* text : {"2026-1-01", "2026-13-01", "2026-01-01x", "notes"})
+        EXPECT_FALSE(Clock::utcDay(text)) << text;
+}
+
+TEST(Numbers, ByteCountsChooseTheirUnit) {
+    const std::map<std::int64_t, std::string> cases = {
+        {0, "0 bytes"},
+        {1, "1 byte"},
+        {999, "999 bytes"},
+        {1000, "1 KB"},
+        {1500, "2 KB"},
+        {999'499, "999 KB"},
+        {999'500, "1 MB"},
+        {1'234'567, "1.2 MB"},
+        {999'949'999, "999.9 MB"},
+        {999'950'000, "1 GB"},
+        {1'234'567'890, "1.23 GB"},
+        {5'000'000'000'000, "5 TB"},
+        {-1'234'567, "-1.2 MB"},
+    };
+    for (const auto& [bytes, text] : cases)
+        EXPECT_EQ(Numbers::byteCount(bytes), text) << bytes;
+}
+
+TEST(Numbers, GroupsByLocaleAndWritesDoublesShortest) {
+    EXPECT_EQ(Numbers::grouped(1'234'567, "en_US"), "1,234,567");
+    EXPECT_EQ(Numbers::grouped(1'234'567, "tr_TR"), "1.234.567");
+    EXPECT_EQ(Numbers::shortest(24), "24.0");
+    EXPECT_EQ(Numbers::shortest(23.976), "23.976");
+    EXPECT_EQ(Numbers::shortest(0.1), "0.1");
+    EXPECT_EQ(Numbers::shortest(-3), "-3.0");
+}

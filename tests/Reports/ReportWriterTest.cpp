@@ -1,0 +1,290 @@
+#include "Reports/ReportWriter.h"
+
+#include "Platform/Error.h"
+#include "Platform/Json.h"
+#include "Reports/ReportFolder.h"
+#include "support/Files.h"
+#include "support/Process.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::HasSubstr;
+
+namespace {
+
+const std::string kHash(64, 'a');
+
+FileCopyResult row(const std::string& path, std::string_view action, std::string_view status) {
+    FileCopyResult result;
+    result.relativePath = path;
+    result.sizeBytes = 1'234'567;
+    result.action = action;
+    result.verifyStatus = status;
+    return result;
+}
+
+/// A session with one file of each fate.
+SessionManifest session() {
+    OffloadOutcome outcome;
+    outcome.sessionRoot = "/media/SSD/A001";
+    outcome.status = OutcomeStatus::failed;
+    outcome.bytesCopied = 2'469'134;
+    outcome.startedAt = *Clock::fromIso8601("2026-03-01T09:30:15Z");
+    outcome.finishedAt = outcome.startedAt + std::chrono::seconds(60);
+
+    auto proved = row("DCIM/a, \"b\".mov", RowAction::copy, VerifyStatus::verified);
+    proved.mtime = outcome.startedAt;
+    proved.sourceSHA256 = proved.destSHA256 = kHash;
+    proved.timecodeStart = "01:00:00:00";
+    proved.durationSeconds = 24;
+    proved.captureFps = 23.976;
+    proved.timecodeDropFrame = false;
+    proved.essence.emplace().width = 3840;
+    proved.essence->shutterDegrees = 180;
+    auto unproved = row("DCIM/sub/c.mov", RowAction::copy, VerifyStatus::copiedUnverified);
+    unproved.sourceSHA256 = kHash;
+    outcome.files = {proved, unproved, row("d.mov", RowAction::fail, VerifyStatus::failed),
+                     row(".DS_Store", RowAction::skip, VerifyStatus::skipped)};
+
+    VolumeFacts card;
+    card.mountPoint = "/media/A001";
+    card.volumeName = "A001";
+    card.volumeUUID = "1234-ABCD";
+    card.totalBytes = 64'000'000'000;
+    VolumeFacts disk;
+    disk.mountPoint = "/media/SSD";
+    disk.volumeName = "SSD";
+    return ReportWriter::buildManifest(outcome, card, disk, " A/B \n", " Ünal ");
+}
+
+} // namespace
+
+TEST(Manifest, IsExactlyThisText) {
+    EXPECT_EQ(ReportWriter::isoEncode(session()), R"json({
+  "app": "slw-dit",
+  "app_version": "0.1.42.0",
+  "card": {
+    "camera": "A-B",
+    "device_identifier": "",
+    "ekip": "Ünal",
+    "file_system": "",
+    "mount_point": "\/media\/A001",
+    "name": "A001",
+    "protocol": "",
+    "total_bytes": 64000000000,
+    "volume_uuid": "1234-ABCD"
+  },
+  "counts": {
+    "bytes_copied": 2469134,
+    "files_copied": 1,
+    "files_failed": 1,
+    "files_skipped_system": 1,
+    "folders": 2
+  },
+  "destination": {
+    "mount_point": "\/media\/SSD",
+    "name": "SSD",
+    "session_root": "\/media\/SSD\/A001"
+  },
+  "files": [
+    {
+      "action": "COPY",
+      "capture_fps": 23.976,
+      "dest_sha256": "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",
+      "duration_seconds": 24.0,
+      "essence": {
+        "shutterDegrees": 180.0,
+        "width": 3840
+      },
+      "mtime": "2026-03-01T09:30:15Z",
+      "relative_path": "DCIM\/a, \"b\".mov",
+      "size_bytes": 1234567,
+      "source_sha256": "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",
+      "timecode_drop_frame": false,
+      "timecode_start": "01:00:00:00",
+      "verify_status": "verified"
+    },
+    {
+      "action": "COPY",
+      "relative_path": "DCIM\/sub\/c.mov",
+      "size_bytes": 1234567,
+      "source_sha256": "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",
+      "verify_status": "copied_unverified"
+    },
+    {
+      "action": "FAIL",
+      "relative_path": "d.mov",
+      "size_bytes": 1234567,
+      "verify_status": "failed"
+    },
+    {
+      "action": "SKIP",
+      "relative_path": ".DS_Store",
+      "size_bytes": 1234567,
+      "verify_status": "skipped"
+    }
+  ],
+  "finished_at": "2026-03-01T09:31:15Z",
+  "hash_algorithm": "sha256",
+  "schema_version": 2,
+  "session_id": "00000000-0000-0000-0000-000000000000",
+  "started_at": "2026-03-01T09:30:15Z",
+  "status": "failed"
+})json");
+}
+
+TEST(Manifest, ReadsWhatItWroteAndWhatOlderVersionsWrote) {
+    EXPECT_EQ(ReportWriter::isoDecode(ReportWriter::isoEncode(session())), session());
+
+    auto old = Json::Value::parse(ReportWriter::isoEncode(session()));
+    old["schema_version"] = 1;
+    old["card"] = {{"name", "A001"}, {"camera", " X/Y "}};
+    old["counts"].erase("folders");
+    old["files"][1] = {{"relative_path", "x"},
+                       {"size_bytes", 1},
+                       {"action", "COPY"},
+                       {"verify_status", "verified"},
+                       {"mtime", nullptr}};
+    const auto manifest = ReportWriter::isoDecode(old.dump());
+    EXPECT_EQ(manifest.schemaVersion, 1);
+    EXPECT_EQ(manifest.card.camera, "X-Y");
+    EXPECT_EQ(manifest.card.mountPoint, "");
+    EXPECT_EQ(manifest.card.totalBytes, 0);
+    EXPECT_EQ(manifest.counts.folders, 0);
+    EXPECT_FALSE(manifest.files[1].mtime);
+}
+
+TEST(Manifest, RefusesWhatIsNone) {
+    const auto whole = Json::Value::parse(ReportWriter::isoEncode(session()));
+    for (const auto& [key, value] : whole.items()) {
+        auto without = whole;
+        without.erase(key);
+        EXPECT_THROW(ReportWriter::isoDecode(without.dump()), Error) << key;
+    }
+    for (const auto* key : {"relative_path", "size_bytes", "action", "verify_status"}) {
+        auto without = whole;
+        without["files"][0].erase(key);
+        EXPECT_THROW(ReportWriter::isoDecode(without.dump()), Error) << key;
+    }
+    auto wrong = whole;
+    wrong["started_at"] = "yesterday";
+    EXPECT_THROW(ReportWriter::isoDecode(wrong.dump()), Error);
+    for (const auto* text : {"", "{", "[]", "null", "\"text\"", "{\"files\": 3}", "\xff\xfe"})
+        EXPECT_THROW(ReportWriter::isoDecode(text), Error) << text;
+}
+
+TEST(InventoryCSV, QuotesWhatNeedsItAndSpeaksBothLanguages) {
+    ::setenv("LC_ALL", "C", 1);
+    const std::string header =
+        "path,size,size_human,mtime,sha256,action,verify_status,timecode_start,timecode_end,"
+        "duration_tc,duration_seconds,capture_fps,timecode_rate,timecode_drop_frame\n";
+    auto manifest = session();
+    manifest.files[2].relativePath = "new\nline\rcr";
+    EXPECT_EQ(ReportWriter::inventoryCSV(manifest, AppLanguage::English),
+              header + "\"DCIM/a, \"\"b\"\".mov\",1234567,\"1.2 MB (1,234,567 bytes)\"," +
+                  "2026-03-01T09:30:15Z," + kHash +
+                  ",COPY,verified,01:00:00:00,,,24.0,23.976,,false\n" +
+                  "DCIM/sub/c.mov,1234567,\"1.2 MB (1,234,567 bytes)\",," + kHash +
+                  ",COPY,copied_unverified,,,,,,,\n" +
+                  "\"new\nline\rcr\",1234567,\"1.2 MB (1,234,567 bytes)\",,,FAIL,failed,,,,,,,\n" +
+                  ".DS_Store,1234567,\"1.2 MB (1,234,567 bytes)\",,,SKIP,skipped,,,,,,,\n");
+    EXPECT_THAT(ReportWriter::inventoryCSV(manifest, AppLanguage::Turkish),
+                HasSubstr("1.2 MB (1.234.567 bayt)"));
+    manifest.files.clear();
+    EXPECT_EQ(ReportWriter::inventoryCSV(manifest, AppLanguage::English), header);
+}
+
+TEST(ChecksumList, IsAcceptedByTheToolThatPeopleUse) {
+    const TemporaryFolder folder;
+    SessionManifest manifest;
+    for (const auto* name : {" leading", "*star", "back\\slash", "new\nline", "both\\\n", "bad\xff",
+                             "trailing ", "DCIM/Çekim 1, \"x\".mov"}) {
+        writeFile(folder / name, name);
+        auto& file =
+            manifest.files.emplace_back(row(name, RowAction::copy, VerifyStatus::verified));
+        file.sourceSHA256 = independentSha256(folder / name);
+    }
+    auto& unproved = manifest.files.emplace_back(
+        row("missing", RowAction::copy, VerifyStatus::copiedUnverified));
+    unproved.sourceSHA256 = kHash;
+    writeFile(folder / "list", ReportWriter::checksumList(manifest));
+
+    const auto result = run({"sh", "-c", "cd \"$0\" && sha256sum --strict -c list", folder.path()});
+    EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
+    EXPECT_EQ(std::count(result.standardOutput.begin(), result.standardOutput.end(), '\n'), 8);
+    EXPECT_EQ(ReportWriter::checksumList(SessionManifest()), "");
+}
+
+TEST(ReportWriter, WritesASetThatOthersCanRead) {
+    const TemporaryFolder folder;
+    ReportWriter::write(session(), folder / "new/set", AppLanguage::English);
+    EXPECT_EQ(run({"python3", "-m", "json.tool", folder / "new/set/manifest.json"}).exitCode, 0);
+    for (const auto& entry : std::filesystem::directory_iterator(folder / "new/set"))
+        EXPECT_NE(entry.path().extension(), ".tmp");
+    EXPECT_EQ(readFile(folder / "new/set/checksums.sha256"), kHash + "  DCIM/a, \"b\".mov\n");
+
+    writeFile(folder / "blocked/inventory.csv/x", "a folder in the file's place");
+    EXPECT_THROW(ReportWriter::write(session(), folder / "blocked", AppLanguage::English), Error);
+    EXPECT_EQ(readFile(folder / "blocked/manifest.json"), ReportWriter::isoEncode(session()))
+        << "the manifest comes first and stays";
+}
+
+TEST(ReportWriter, CopiesThoseFilesOfASetThatAreThere) {
+    const TemporaryFolder folder;
+    writeFile(folder / "from/manifest.json", "new");
+    writeFile(folder / "from/Reports_Detailed.pdf", "pdf");
+    writeFile(folder / "from/private.txt", "no part of a set");
+    writeFile(folder / "to/manifest.json", "old and longer");
+    ReportWriter::copySidecars(folder / "from", folder / "to");
+    EXPECT_EQ(readFile(folder / "to/manifest.json"), "new");
+    EXPECT_EQ(readFile(folder / "to/Reports_Detailed.pdf"), "pdf");
+    EXPECT_FALSE(std::filesystem::exists(folder / "to/private.txt"));
+
+    std::filesystem::create_directory(folder / "from/inventory.csv");
+    writeFile(folder / "from/checksums.sha256", "x");
+    EXPECT_THROW(ReportWriter::copySidecars(folder / "from", folder / "to"), Error);
+    EXPECT_FALSE(std::filesystem::exists(folder / "to/checksums.sha256"))
+        << "the first failure ends it";
+}
+
+TEST(ReportWriter, CountsFoldersThatPathsImply) {
+    const auto count = [](std::initializer_list<const char*> paths) {
+        std::vector<ManifestFile> files;
+        for (const auto* path : paths)
+            files.emplace_back(row(path, RowAction::skip, VerifyStatus::skipped));
+        return ReportWriter::folderCount(files);
+    };
+    EXPECT_EQ(count({}), 0);
+    EXPECT_EQ(count({"root.mov"}), 0);
+    EXPECT_EQ(count({"a/b/c.mov", "a//b/d.mov", "/a/e.mov", "b/a/f.mov", "ab/x"}), 5);
+}
+
+TEST(ReportFolder, NamesAreReadableAndFitForAnyDisk) {
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+    const auto started = *Clock::fromIso8601("2026-03-14T09:15:02Z");
+    const auto name = [&](const char* ekip, const char* camera, const std::string& card) {
+        return ReportFolder::displayName(started, ekip, camera, card);
+    };
+    EXPECT_EQ(name("A  Unit", "ALEXA 35", "A001C002"),
+              "2026-03-14-091502-A_Unit-ALEXA_35-A001C002");
+    EXPECT_EQ(name("", " A/B ", "x"), "2026-03-14-091502-unknown-A-B-x");
+    EXPECT_EQ(name(" ... ", "a:b*c", "_.-"), "2026-03-14-091502-unknown-a-b-c-unknown");
+    EXPECT_EQ(name("ççççççççççççççççççççççççç", "c", std::string(50, 'n')),
+              "2026-03-14-091502-çççççççççççççççççççççççç-c-" + std::string(40, 'n'));
+}
+
+TEST(ReportFolder, EachSessionGetsANameOfItsOwn) {
+    const TemporaryFolder root;
+    const std::string id = "12345678-9abc-def0-1234-56789abcdef0";
+    EXPECT_EQ(ReportFolder::uniqueName("name", id, root.path()), "name");
+    std::filesystem::create_directory(root / "name");
+    EXPECT_EQ(ReportFolder::uniqueName("name", id, root.path()), "name_12345678");
+    EXPECT_EQ(ReportFolder::uniqueName("name", id, root.path(), root / "./name"), "name");
+    writeFile(root / "name_12345678", "");
+    EXPECT_EQ(ReportFolder::uniqueName("name", id, root.path()), "name_12345678");
+}

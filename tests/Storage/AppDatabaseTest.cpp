@@ -1,0 +1,210 @@
+#include "Storage/AppDatabase.h"
+
+#include "support/Files.h"
+#include "support/Process.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <ctime>
+#include <thread>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::SizeIs;
+
+namespace {
+
+/// The answer of another program, the sqlite3 shell: one line per row, "|" between values.
+std::string ask(const std::filesystem::path& file, const std::string& query) {
+    const auto result = run({"sqlite3", file.native(), query});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    return result.standardOutput;
+}
+
+OffloadOutcome outcomeAt(const char* startedAt, std::size_t files = 0) {
+    OffloadOutcome outcome;
+    outcome.sessionID = Uuid::random();
+    outcome.sessionRoot = "/media/SSD/2026-03-01/A001";
+    outcome.status = OutcomeStatus::verified;
+    outcome.startedAt = *Clock::fromIso8601(startedAt);
+    outcome.finishedAt = outcome.startedAt + std::chrono::milliseconds(61'250);
+    for (std::size_t number = 0; number < files; ++number) {
+        FileCopyResult row;
+        row.relativePath = "DCIM/" + std::to_string(number) + ".mov";
+        row.sizeBytes = 1'000'000;
+        row.mtime = outcome.startedAt;
+        row.action = RowAction::copy;
+        row.verifyStatus = VerifyStatus::verified;
+        row.sourceSHA256 = row.destSHA256 = std::string(64, 'a');
+        outcome.files.push_back(std::move(row));
+    }
+    return outcome;
+}
+
+class StoreFile : public ::testing::Test {
+protected:
+    TemporaryFolder folder;
+    std::filesystem::path file = folder / "dit.sqlite";
+};
+
+/// The store as its first version left it, with one session.
+constexpr const char* kFirstVersion = R"sql(
+    CREATE TABLE grdb_migrations (identifier TEXT NOT NULL PRIMARY KEY);
+    INSERT INTO grdb_migrations VALUES ('v1');
+    CREATE TABLE sessions (id TEXT PRIMARY KEY, cardName TEXT NOT NULL, destName TEXT NOT NULL,
+        sessionRoot TEXT NOT NULL, status TEXT NOT NULL, bytesCopied INTEGER NOT NULL DEFAULT 0,
+        startedAt DATETIME NOT NULL, finishedAt DATETIME);
+    CREATE TABLE files (id INTEGER PRIMARY KEY AUTOINCREMENT,
+        sessionID TEXT NOT NULL REFERENCES sessions(id) ON DELETE CASCADE,
+        relativePath TEXT NOT NULL, sizeBytes INTEGER NOT NULL, mtime DATETIME, created DATETIME,
+        action TEXT NOT NULL, sourceSHA256 TEXT, destSHA256 TEXT, verifyStatus TEXT NOT NULL);
+    CREATE INDEX index_files_on_sessionID ON files(sessionID);
+    CREATE TABLE activity_events (id INTEGER PRIMARY KEY AUTOINCREMENT, sessionID TEXT,
+        event TEXT NOT NULL, detail TEXT NOT NULL DEFAULT '', createdAt DATETIME NOT NULL);
+    CREATE TABLE outbox (id INTEGER PRIMARY KEY AUTOINCREMENT, kind TEXT NOT NULL,
+        payload TEXT NOT NULL, attempts INTEGER NOT NULL DEFAULT 0, lastError TEXT,
+        createdAt DATETIME NOT NULL);
+    INSERT INTO sessions VALUES ('old', 'A001', 'SSD', '/s', 'verified', 7,
+        '2025-01-02 03:04:05.678', NULL);
+    INSERT INTO files (sessionID, relativePath, sizeBytes, action, verifyStatus)
+        VALUES ('old', 'a.mov', 7, 'COPY', 'verified');
+)sql";
+
+} // namespace
+
+TEST_F(StoreFile, HasTheSchemaThatOtherVersionsRead) {
+    { const AppDatabase database(file); }
+    EXPECT_EQ(ask(file, "SELECT identifier FROM grdb_migrations ORDER BY rowid"),
+              "v1\nv2-camera-label\nv3-timecode\n");
+    EXPECT_EQ(ask(file, "SELECT name, type, \"notnull\", dflt_value, pk "
+                        "FROM pragma_table_info('sessions')"),
+              "id|TEXT|0||1\ncardName|TEXT|1||0\ndestName|TEXT|1||0\nsessionRoot|TEXT|1||0\n"
+              "status|TEXT|1||0\nbytesCopied|INTEGER|1|0|0\nstartedAt|DATETIME|1||0\n"
+              "finishedAt|DATETIME|0||0\ncameraLabel|TEXT|1|''|0\n");
+    EXPECT_EQ(ask(file, "SELECT name || ' ' || type || ' ' || \"notnull\" "
+                        "FROM pragma_table_info('files')"),
+              "id INTEGER 0\nsessionID TEXT 1\nrelativePath TEXT 1\nsizeBytes INTEGER 1\n"
+              "mtime DATETIME 0\ncreated DATETIME 0\naction TEXT 1\nsourceSHA256 TEXT 0\n"
+              "destSHA256 TEXT 0\nverifyStatus TEXT 1\ntimecodeStart TEXT 0\ntimecodeEnd TEXT 0\n"
+              "durationTC TEXT 0\ndurationSeconds DOUBLE 0\ncaptureFps DOUBLE 0\n"
+              "timecodeRate DOUBLE 0\ntimecodeDropFrame BOOLEAN 0\n");
+    EXPECT_EQ(ask(file, "SELECT \"table\", on_delete FROM pragma_foreign_key_list('files')"),
+              "sessions|CASCADE\n");
+    EXPECT_EQ(ask(file, "SELECT tbl_name FROM sqlite_master "
+                        "WHERE name = 'index_files_on_sessionID'"),
+              "files\n");
+}
+
+TEST_F(StoreFile, AnOldStoreIsBroughtUpToDateWithItsRows) {
+    ask(file, kFirstVersion);
+    AppDatabase database(file);
+    const auto sessions = database.recentSessions(20);
+    ASSERT_THAT(sessions, SizeIs(1));
+    EXPECT_EQ(sessions[0].cameraLabel, "");
+    EXPECT_EQ(sessions[0].startedAt,
+              *Clock::fromIso8601("2025-01-02T03:04:05Z") + std::chrono::milliseconds(678));
+    EXPECT_FALSE(sessions[0].finishedAt);
+    database.save(outcomeAt("2026-03-01T09:30:15Z", 1), "B001", "SSD", " A/B\n");
+    EXPECT_EQ(ask(file, "SELECT count(*), sum(timecodeStart IS NULL) FROM files"), "2|2\n");
+    EXPECT_EQ(ask(file, "SELECT cameraLabel FROM sessions WHERE cardName = 'B001'"), "A-B\n");
+}
+
+TEST_F(StoreFile, TwoAtOnceOpenAFreshFile) {
+    for (int round = 0; round < 10; ++round) {
+        std::filesystem::remove(file);
+        std::vector<std::jthread> openers;
+        std::atomic<int> opened = 0;
+        for (int opener = 0; opener < 4; ++opener) {
+            openers.emplace_back([&] {
+                const AppDatabase database(file);
+                ++opened;
+            });
+        }
+        openers.clear();
+        EXPECT_EQ(opened, 4);
+        EXPECT_EQ(ask(file, "SELECT count(*) FROM grdb_migrations"), "3\n");
+    }
+}
+
+TEST_F(StoreFile, SavesAllOfASessionOrNothing) {
+    AppDatabase database(file);
+    auto outcome = outcomeAt("2026-03-01T09:30:15Z", 2);
+    outcome.files[1].relativePath = "bad \xff name";
+    outcome.files[1].timecodeDropFrame = true;
+    outcome.files[1].durationSeconds = 2.5;
+    outcome.bytesCopied = 12;
+    database.save(outcome, "A001", "SSD", "CamA");
+    EXPECT_ANY_THROW(database.save(outcome, "again", "SSD", "CamA"));
+
+    EXPECT_EQ(ask(file, "SELECT cardName, destName, cameraLabel, sessionRoot, status, bytesCopied, "
+                        "startedAt, finishedAt FROM sessions"),
+              "A001|SSD|CamA|/media/SSD/2026-03-01/A001|verified|12|2026-03-01 09:30:15.000|"
+              "2026-03-01 09:31:16.250\n");
+    EXPECT_EQ(ask(file, "SELECT id, relativePath, mtime, created, timecodeDropFrame, "
+                        "durationSeconds FROM files"),
+              "1|DCIM/0.mov|2026-03-01 09:30:15.000|||\n"
+              "2|bad \xef\xbf\xbd name|2026-03-01 09:30:15.000||1|2.5\n");
+    EXPECT_EQ(ask(file, "SELECT sessionID = (SELECT id FROM sessions), event, detail "
+                        "FROM activity_events"),
+              "1|offload_verified|2 dosya, 12 byte\n");
+
+    outcome = outcomeAt("2026-03-01T09:30:15Z");
+    outcome.status = OutcomeStatus::hashed;
+    database.save(outcome, "A001", "SSD", "");
+    EXPECT_EQ(ask(file, "SELECT event, detail FROM activity_events WHERE id = 2"),
+              "offload_failed|0 dosya, 0 byte\n");
+}
+
+TEST_F(StoreFile, OutboxKeepsItsOrderAndCountsFailures) {
+    AppDatabase database(file);
+    for (const auto* payload : {"1", "2", "3"})
+        database.enqueueOutbox("session", payload);
+    database.bumpOutbox(1, "no route");
+    database.bumpOutbox(1, "time-out");
+    database.deleteOutbox(2);
+    database.bumpOutbox(2, "gone");
+    database.deleteOutbox(99);
+    const auto rows = database.pendingOutbox();
+    ASSERT_THAT(rows, SizeIs(2));
+    EXPECT_EQ(rows[0].payload, "1");
+    EXPECT_EQ(rows[0].attempts, 2);
+    EXPECT_EQ(rows[0].lastError, "time-out");
+    EXPECT_EQ(rows[1].payload, "3");
+    EXPECT_EQ(rows[1].kind, "session");
+    EXPECT_FALSE(rows[1].lastError);
+}
+
+TEST(AppDatabase, GivesTheLatestSessionsLatestFirst) {
+    auto database = AppDatabase::inMemory();
+    for (int day = 1; day <= 25; ++day) {
+        const auto text = "2026-03-" + std::string(day < 10 ? "0" : "") + std::to_string(day);
+        database.save(outcomeAt((text + "T00:00:00Z").c_str()), text, "SSD", "");
+    }
+    const auto sessions = database.recentSessions(20);
+    ASSERT_THAT(sessions, SizeIs(20));
+    EXPECT_EQ(sessions.front().cardName, "2026-03-25");
+    EXPECT_EQ(sessions.back().cardName, "2026-03-06");
+}
+
+TEST_F(StoreFile, WhatIsNoStoreIsRefusedAndKept) {
+    writeFile(file, std::string(8192, 'x'));
+    EXPECT_ANY_THROW(AppDatabase{file});
+    EXPECT_EQ(readFile(file), std::string(8192, 'x'));
+    EXPECT_ANY_THROW(AppDatabase{folder / "missing/dit.sqlite"});
+
+    std::filesystem::remove(file);
+    ask(file, "CREATE TABLE sessions (something TEXT)");
+    EXPECT_ANY_THROW(AppDatabase{file}) << "a table of that name that is not ours";
+    EXPECT_EQ(ask(file, "SELECT count(*) FROM grdb_migrations"), "0\n");
+}
+
+TEST_F(StoreFile, AHundredThousandFilesCostLittle) {
+    AppDatabase database(file);
+    const auto outcome = outcomeAt("2026-03-01T09:30:15Z", 100'000);
+    const auto before = std::clock();
+    database.save(outcome, "A001", "SSD", "CamA");
+    const double seconds = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+    EXPECT_LT(seconds, 3.0) << "sanitizers included";
+    EXPECT_EQ(ask(file, "SELECT count(*) FROM files"), "100000\n");
+}

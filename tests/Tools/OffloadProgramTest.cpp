@@ -1,0 +1,246 @@
+#include "Platform/Text.h"
+#include "support/Files.h"
+#include "support/Process.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <sys/stat.h>
+#include <thread>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+
+namespace {
+
+struct Line {
+    std::string status;
+    std::filesystem::path sessionRoot;
+    std::filesystem::path reportFolder;
+};
+
+/// The program with two cards, two disks and a user of its own.
+class OffloadProgram : public ::testing::Test {
+protected:
+    OffloadProgram() {
+        for (const auto* name : {"A001", "B002", "Disk1", "Disk2"})
+            std::filesystem::create_directory(folder / name);
+        writeFile(folder / "A001/DCIM/clip 1.mov", bytesOf(3'000'001));
+        writeFile(folder / "A001/.DS_Store", "junk");
+        writeFile(folder / "A001/bad \xff name", "x");
+        writeFile(folder / "B002/new\nline.wav", "y");
+        writeFile(folder / "B002/MISC/notes.txt", "z");
+    }
+
+    ProcessResult offload(const std::vector<std::string>& words,
+                          const std::function<void(pid_t)>& whileRunning = {}) {
+        std::vector<std::string> command = {SLATEWISE_PROGRAMS "/slatewise-offload"};
+        command.insert(command.end(), words.begin(), words.end());
+        return run(command,
+                   {{"XDG_DATA_HOME", folder / "user/data"},
+                    {"XDG_STATE_HOME", folder / "user/state"},
+                    {"XDG_CONFIG_HOME", folder / "user/config"},
+                    {"XDG_DOCUMENTS_DIR", folder / "user/documents"},
+                    {"LC_ALL", "C.UTF-8"}},
+                   whileRunning);
+    }
+
+    static std::vector<Line> lines(const ProcessResult& result) {
+        std::vector<Line> parsed;
+        for (const auto text : Text::pieces(result.standardOutput, '\n')) {
+            const auto first = text.find('\t');
+            const auto second = text.find('\t', first + 1);
+            parsed.push_back({std::string(text.substr(0, first)),
+                              text.substr(first + 1, second - first - 1), text.substr(second + 1)});
+        }
+        return parsed;
+    }
+
+    /// Whether sha256sum and cmp agree with a line that says "verified".
+    static void expectProved(const Line& line, const std::filesystem::path& card) {
+        EXPECT_EQ(line.status, "verified");
+        const auto check = run({"sh", "-c", "cd \"$0\" && sha256sum --strict --quiet -c \"$1\"",
+                                line.sessionRoot, line.reportFolder / "checksums.sha256"});
+        EXPECT_EQ(check.exitCode, 0) << check.standardOutput << check.standardError;
+        const auto compare = run({"diff", "-r", "--exclude=.DS_Store", card, line.sessionRoot});
+        EXPECT_EQ(compare.exitCode, 0) << compare.standardOutput;
+    }
+
+    std::filesystem::path store() const { return folder / "user/data/Slatewise DIT/dit.sqlite"; }
+
+    TemporaryFolder folder;
+};
+
+} // namespace
+
+TEST_F(OffloadProgram, TakesEveryCardToEveryDiskAndLeavesItsTraces) {
+    const auto result = offload({"--camera", "CamA", "--crew", "Unit 1", "--to", folder / "Disk1",
+                                 "--to", folder / "Disk2", folder / "A001", folder / "B002"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    const auto pairs = lines(result);
+    ASSERT_THAT(pairs, SizeIs(4));
+    for (std::size_t pair = 0; pair < pairs.size(); ++pair) {
+        const auto* const card = pair < 2 ? "A001" : "B002";
+        const auto* const disk = pair % 2 == 0 ? "Disk1" : "Disk2";
+        expectProved(pairs[pair], folder / card);
+        EXPECT_THAT(pairs[pair].sessionRoot.native(),
+                    AllOf(HasSubstr(folder / disk), HasSubstr("/Unit 1/CamA/"), HasSubstr(card)));
+        EXPECT_EQ(pairs[pair].reportFolder.parent_path(), folder / disk / "reports");
+        const auto archived =
+            folder / "user/documents/SlatewiseDIT" / pairs[pair].reportFolder.filename();
+        EXPECT_EQ(readFile(archived / "manifest.json"),
+                  readFile(pairs[pair].reportFolder / "manifest.json"));
+    }
+    // Row by row, as other programs read them.
+    const auto agree = run({"python3", "-c", R"python(
+import json, sqlite3, sys
+store = sqlite3.connect(sys.argv[1])
+for folder in sys.argv[2:]:
+    manifest = json.load(open(folder + "/manifest.json"))
+    rows = store.execute("SELECT relativePath, sizeBytes, action, sourceSHA256, destSHA256, "
+                         "verifyStatus FROM files WHERE sessionID = ? ORDER BY id",
+                         [manifest["session_id"]]).fetchall()
+    files = [(f["relative_path"], f["size_bytes"], f["action"], f.get("source_sha256"),
+              f.get("dest_sha256"), f["verify_status"]) for f in manifest["files"]]
+    assert rows == files and files, (rows, files)
+)python",
+                            store(), pairs[0].reportFolder, pairs[3].reportFolder});
+    EXPECT_EQ(agree.exitCode, 0) << agree.standardError;
+    EXPECT_THAT(result.standardError, HasSubstr("4/4  B002 → Disk2"));
+}
+
+TEST_F(OffloadProgram, TheFirstFailureEndsTheBatch) {
+    ASSERT_EQ(::mkfifo((folder / "B002/fifo").c_str(), 0600), 0);
+    const auto result = offload({"--quiet", "--to", folder / "Disk1", "--to", folder / "Disk2",
+                                 folder / "B002", folder / "A001"});
+    EXPECT_EQ(result.exitCode, 1);
+    const auto pairs = lines(result);
+    ASSERT_THAT(pairs, SizeIs(4));
+    EXPECT_EQ(pairs[0].status, "failed");
+    EXPECT_TRUE(std::filesystem::exists(pairs[0].reportFolder / "manifest.json"))
+        << "what failed is reported too";
+    for (std::size_t pair = 1; pair < pairs.size(); ++pair) {
+        EXPECT_EQ(pairs[pair].status, "failed");
+        EXPECT_TRUE(pairs[pair].sessionRoot.empty());
+    }
+    EXPECT_THAT(result.standardError,
+                AllOf(HasSubstr("fifo: open"), HasSubstr("Verification did not finish"),
+                      HasSubstr("not verified: " + pairs[0].sessionRoot.native())));
+}
+
+TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
+    const std::string card = folder / "A001";
+    const std::string disk = folder / "Disk1";
+    const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
+        {{}, "--to is required"},
+        {{card}, "--to is required"},
+        {{"--to", disk}, "CARD is required"},
+        {{"--to", disk, card, "--unknown"}, "--unknown"},
+        {{"--to", disk, "--language", "de", card}, "de not in {en,tr}"},
+        {{"--to", disk, folder / "missing"}, "missing: No such file"},
+        {{"--to", disk, folder / "A001/.DS_Store"}, ".DS_Store: Not a folder"},
+        {{"--to", folder / "missing", card}, "missing: No such file"},
+        {{"--to", disk, card, card + "/"}, "Given twice"},
+        {{"--to", disk, "--camera"}, "--camera"},
+    };
+    for (const auto& [words, complaint] : cases) {
+        const auto result = offload(words);
+        EXPECT_EQ(result.exitCode, 2) << complaint;
+        EXPECT_THAT(result.standardError, HasSubstr(complaint));
+        EXPECT_THAT(result.standardOutput, IsEmpty());
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder / "user"));
+    EXPECT_EQ(offload({"--help"}).exitCode, 0);
+}
+
+TEST_F(OffloadProgram, HashingLeavesReportsAlone) {
+    const auto result =
+        offload({"--hash-only", "--quiet", "--to", folder / "Disk1", folder / "A001"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.standardError, IsEmpty()) << "quiet";
+    const auto pairs = lines(result);
+    ASSERT_THAT(pairs, SizeIs(1));
+    EXPECT_EQ(pairs[0].status, "hashed");
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder / "Disk1"))
+        names.push_back(entry.path().filename());
+    EXPECT_THAT(names, ::testing::ElementsAre("reports"));
+    EXPECT_THAT(readFile(pairs[0].reportFolder / "inventory.csv"), HasSubstr(",HASH,hashed,"));
+}
+
+TEST_F(OffloadProgram, FollowsItsOptions) {
+    const auto result =
+        offload({"--template", "Film/{Project}/{Cam}_{CardName}", "--project", "Kış", "--camera",
+                 " C/1 ", "--exclude", "MISC", "--exclude", "other", "--language", "tr", "--to",
+                 folder / "Disk1", folder / "B002"});
+    EXPECT_EQ(result.exitCode, 0);
+    const auto pairs = lines(result);
+    ASSERT_THAT(pairs, SizeIs(1));
+    EXPECT_EQ(pairs[0].sessionRoot, folder / "Disk1/Film/Kış/C-1_B002");
+    EXPECT_FALSE(std::filesystem::exists(pairs[0].sessionRoot / "MISC"));
+    EXPECT_THAT(result.standardError, HasSubstr("Doğrulandı — 1 dosya"));
+    EXPECT_THAT(readFile(pairs[0].reportFolder / "inventory.csv"), HasSubstr("bayt"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "user/config/Slatewise DIT/settings.ini"))
+        << "options are for one run";
+}
+
+TEST_F(OffloadProgram, AStoreThatCannotBeOpenedCostsTheHistoryAlone) {
+    std::filesystem::create_directories(store());
+    const auto result = offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    expectProved(lines(result).at(0), folder / "A001");
+}
+
+TEST_F(OffloadProgram, AnInterruptStopsCleanlyAndSaysWhatStays) {
+    writeFile(folder / "A001/DCIM/long.mov", "");
+    std::filesystem::resize_file(folder / "A001/DCIM/long.mov", 20'000'000'000);
+    const auto copy = folder / "Disk1/session/DCIM/long.mov";
+    const auto result = offload({"--template", "session", "--to", folder / "Disk1", "--to",
+                                 folder / "Disk2", folder / "A001"},
+                                [&](pid_t process) {
+                                    while (!std::filesystem::exists(copy))
+                                        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+                                    ::kill(process, SIGINT);
+                                });
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_THAT(result.standardError,
+                AllOf(HasSubstr("Cancelled."), HasSubstr(folder / "Disk1/session"),
+                      Not(HasSubstr("Verification did not finish"))));
+    const auto pairs = lines(result);
+    ASSERT_THAT(pairs, SizeIs(2));
+    EXPECT_EQ(pairs[0].status, "failed");
+    EXPECT_LT(std::filesystem::file_size(copy), 20'000'000'000u);
+    EXPECT_THAT(readFile(pairs[0].reportFolder / "inventory.csv"),
+                AllOf(HasSubstr("clip 1.mov"), HasSubstr("COPY,copied_unverified"),
+                      HasSubstr("FAIL,failed")));
+    EXPECT_EQ(readFile(pairs[0].reportFolder / "checksums.sha256"), "");
+}
+
+TEST_F(OffloadProgram, AKilledRunIsNeverContinuedOrOverwritten) {
+    writeFile(folder / "A001/DCIM/long.mov", "");
+    std::filesystem::resize_file(folder / "A001/DCIM/long.mov", 20'000'000'000);
+    const std::vector<std::string> words = {"--quiet", "--template",     "session",
+                                            "--to",    folder / "Disk1", folder / "A001"};
+    const auto copy = folder / "Disk1/session/DCIM/long.mov";
+    const auto killed = offload(words, [&](pid_t process) {
+        while (!std::filesystem::exists(copy) || std::filesystem::file_size(copy) == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        ::kill(process, SIGKILL);
+    });
+    EXPECT_EQ(killed.exitCode, 128 + SIGKILL);
+    EXPECT_EQ(killed.standardOutput, "");
+    const auto left = std::filesystem::file_size(copy);
+
+    std::filesystem::remove(folder / "A001/DCIM/long.mov");
+    const auto next = offload(words);
+    EXPECT_EQ(next.exitCode, 0) << next.standardError;
+    const auto pairs = lines(next);
+    EXPECT_EQ(pairs.at(0).sessionRoot, folder / "Disk1/session_2");
+    expectProved(pairs.at(0), folder / "A001");
+    EXPECT_EQ(std::filesystem::file_size(copy), left);
+}
