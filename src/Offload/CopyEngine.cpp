@@ -182,8 +182,7 @@ private:
 
     OffloadOutcome stopAt(const InventoryEntry& entry, const std::exception& failure,
                           const CopyProgress& progress) {
-        reportProblem("Copy stopped at " + Text::displayable(entry.relativePath) + ": " +
-                      describe(failure));
+        reportFailure("Copy stopped at ", entry.relativePath, failure);
         results_.push_back(makeRow(entry, RowAction::fail, VerifyStatus::failed));
         appendSkippedRemainder();
         return outcome(OutcomeStatus::failed, progress.bytesDone());
@@ -220,8 +219,7 @@ private:
             try {
                 readBack(row, position, count);
             } catch (const std::exception& failure) {
-                reportProblem("Read-back failed: " + Text::displayable(row.relativePath) + ": " +
-                              describe(failure));
+                reportFailure("Read-back failed: ", row.relativePath, failure);
                 markFailed(row, VerifyStatus::failed);
             }
             allProved = allProved && row.verifyStatus == VerifyStatus::verified;
@@ -295,6 +293,16 @@ private:
     void reportProblem(const std::string& line) const {
         if (observer_.problem)
             observer_.problem(line);
+    }
+
+    /// Whoever asked a run to stop need not be told that it did.
+    void reportFailure(const std::string& what, const std::string& file,
+                       const std::exception& failure) const {
+        const auto line = what + Text::displayable(file) + ": " + describe(failure);
+        if (dynamic_cast<const CancellationError*>(&failure))
+            log(line);
+        else
+            reportProblem(line);
     }
 
     void throwIfCancelled() const {

@@ -67,6 +67,11 @@ protected:
     MountedVolume disk{GetParam().fileSystem, GetParam().sizeBytes, GetParam().options};
     TemporaryFolder card;
     RunRecord record;
+
+    /// A file system outside the kernel, whose device this user may not open.
+    bool mayKeepCopiesInMemory() const {
+        return GetParam().fileSystem == Volume::ExFat && ::geteuid() != 0;
+    }
 };
 
 } // namespace
@@ -88,6 +93,12 @@ TEST_P(EveryFileSystem, AFlippedBitOnTheDiskIsFound) {
     const auto outcome =
         CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(flipOnce), {});
 
+    if (mayKeepCopiesInMemory()) {
+        EXPECT_THAT(record.problems,
+                    ::testing::ElementsAre(HasSubstr("the read-back may come from there")))
+            << "what cannot be proved is said";
+        return;
+    }
     EXPECT_EQ(outcome.status, "failed");
     EXPECT_EQ(verdicts(outcome),
               (std::map<std::string, std::string>{

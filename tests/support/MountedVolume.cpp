@@ -46,8 +46,12 @@ MountedVolume::MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
     std::filesystem::create_directory(mountPoint_);
     mount();
     const auto owner = std::to_string(::geteuid()) + ":" + std::to_string(::getegid());
-    if (fileSystem_ != FileSystem::ExFat)
-        runPrivileged({"chown", owner, mountPoint_.native()});
+    if (fileSystem_ == FileSystem::ExFat)
+        return;
+    runPrivileged({"chown", owner, mountPoint_.native()});
+    // Root's own, and unreadable for the test's user.
+    if (fileSystem_ == FileSystem::Ext4)
+        runPrivileged({"rmdir", mountPoint_ / "lost+found"});
 }
 
 MountedVolume::~MountedVolume() {

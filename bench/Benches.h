@@ -1,0 +1,14 @@
+#pragma once
+
+#include <filesystem>
+
+namespace slatewise::bench {
+
+/// Each prints its table on standard output and removes what it made below the folder.
+
+void benchCopy(const std::filesystem::path& folder);
+void benchMemory(const std::filesystem::path& folder);
+void benchWalk(const std::filesystem::path& folder);
+void benchStore(const std::filesystem::path& folder);
+
+} // namespace slatewise::bench

@@ -1,0 +1,134 @@
+#include "Benches.h"
+#include "Floor.h"
+#include "Scratch.h"
+
+#include "Offload/CopyEngine.h"
+
+#include <fmt/format.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <map>
+#include <stdexcept>
+
+namespace slatewise::bench {
+
+namespace {
+
+constexpr int kRounds = 3;
+
+struct Case {
+    const char* name;
+    int files;
+    std::int64_t fileBytes;
+    int filesPerFolder;
+};
+
+void copyWithTheProgram(const std::filesystem::path& from, const std::filesystem::path& to) {
+    CopyEngine::Request request;
+    request.card.facts.mountPoint = from;
+    request.card.facts.volumeName = "card";
+    request.destination.facts.mountPoint = to.parent_path();
+    request.settings.folderTemplate = to.filename();
+    request.now = Clock::now();
+    // A watcher as light as a window's: whoever shows progress throws most of it away.
+    const CopyEngine::Observer observer = {
+        .progress = [](const OffloadPhase&) {}, .log = {}, .problem = {}, .sessionRootCreated = {}};
+    if (CopyEngine::run(request, observer, {}).status != OutcomeStatus::verified)
+        throw std::runtime_error("not verified");
+}
+
+/// As careful people do it: copy, then read both sides anew and compare.
+void copyAndSum(const std::filesystem::path& from, const std::filesystem::path& to) {
+    shell(fmt::format("rsync -a {}/ {}/ && sync -f {}", shellQuoted(from), shellQuoted(to),
+                      shellQuoted(to)));
+    dropCaches({from, to});
+    const std::string sum = "find . -type f -print0 | sort -z | xargs -0 sha256sum > ";
+    shell(
+        fmt::format("cd {} && {} {}", shellQuoted(from), sum, shellQuoted(to.native() + ".from")));
+    shell(fmt::format("cd {} && {} {}", shellQuoted(to), sum, shellQuoted(to.native() + ".to")));
+    shell(fmt::format("cmp {0}.from {0}.to && rm {0}.from {0}.to", shellQuoted(to)));
+}
+
+using Way = std::function<void(const std::filesystem::path&, const std::filesystem::path&)>;
+
+void measureCase(const std::filesystem::path& folder, const Case& example) {
+    const std::vector<std::pair<std::string, Way>> ways = {{"floor", copyAtTheFloor},
+                                                           {"slatewise", copyWithTheProgram},
+                                                           {"rsync + sha256sum", copyAndSum}};
+    const auto card = folder / "card";
+    makeFiles(card, example.files, example.fileBytes, example.filesPerFolder);
+    std::map<std::string, std::vector<double>> seconds;
+    for (int round = 0; round < kRounds; ++round) {
+        for (const auto& [name, way] : ways) {
+            const auto copy = folder / "copy";
+            dropCaches({card});
+            seconds[name].push_back(wallSeconds([&] { way(card, copy); }));
+            std::filesystem::remove_all(copy);
+        }
+    }
+    const double megabytes =
+        static_cast<double>(example.files) * static_cast<double>(example.fileBytes) / 1e6;
+    const double floor = median(seconds["floor"]);
+    fmt::print("{}\n", example.name);
+    for (const auto& [name, way] : ways) {
+        const double typical = median(seconds[name]);
+        fmt::print("  {:<20}{:8.2f} s  {:8.0f} MB/s  {:6.2f} x floor\n", name, typical,
+                   megabytes / typical, typical / floor);
+    }
+    std::filesystem::remove_all(card);
+}
+
+/// The most memory that the program held while it offloaded one file of that size.
+long peakKilobytes(const std::filesystem::path& folder, std::int64_t sizeBytes) {
+    const auto card = folder / "card";
+    std::filesystem::create_directories(card);
+    std::filesystem::create_directories(folder / "disk");
+    makeFiles(card, 1, 1, 1);
+    std::filesystem::resize_file(card / "00000/00000.bin", static_cast<std::uintmax_t>(sizeBytes));
+    const auto program =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path() / "slatewise-offload";
+    const auto user = folder / "user";
+    const pid_t child = ::fork();
+    if (child == 0) {
+        for (const auto* variable :
+             {"XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CONFIG_HOME", "XDG_DOCUMENTS_DIR"})
+            ::setenv(variable, (user / variable).c_str(), 1);
+        std::freopen("/dev/null", "w", stdout);
+        ::execl(program.c_str(), program.c_str(), "--quiet", "--to", (folder / "disk").c_str(),
+                card.c_str(), nullptr);
+        ::_exit(127);
+    }
+    int status = 0;
+    rusage usage{};
+    ::wait4(child, &status, 0, &usage);
+    if (status != 0)
+        throw std::runtime_error("the program failed");
+    for (const auto* name : {"card", "disk", "user"})
+        std::filesystem::remove_all(folder / name);
+    return usage.ru_maxrss;
+}
+
+} // namespace
+
+void benchCopy(const std::filesystem::path& folder) {
+    constexpr std::int64_t kMebibyte = 1 << 20;
+    fmt::print("Copy and proof, median of {} rounds, cold caches\n", kRounds);
+    for (const auto& example : {Case{"4 files of 512 MiB", 4, 512 * kMebibyte, 4},
+                                Case{"5,000 files of 64 KiB", 5000, kMebibyte / 16, 100}})
+        measureCase(folder, example);
+    fmt::print("\n");
+}
+
+void benchMemory(const std::filesystem::path& folder) {
+    constexpr std::int64_t kMebibyte = 1 << 20;
+    fmt::print("Most memory held for one file\n");
+    for (const std::int64_t mebibytes : {1, 256, 2048}) {
+        fmt::print("  {:>5} MiB {:>16.1f} MB\n", mebibytes,
+                   static_cast<double>(peakKilobytes(folder, mebibytes * kMebibyte)) / 1e3);
+    }
+    fmt::print("\n");
+}
+
+} // namespace slatewise::bench

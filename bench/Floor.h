@@ -1,0 +1,12 @@
+#pragma once
+
+#include <filesystem>
+
+namespace slatewise::bench {
+
+/// The least a proved copy can cost in one stream: the same system calls as the program's, and
+/// nothing around them. For each file direct read, hash, direct write, sync, the source's date;
+/// then one sync of the volume; then for each copy direct read and hash.
+void copyAtTheFloor(const std::filesystem::path& from, const std::filesystem::path& to);
+
+} // namespace slatewise::bench
