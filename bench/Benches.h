@@ -6,7 +6,8 @@ namespace slatewise::bench {
 
 /// Each prints its table on standard output and removes what it made below the folder.
 
-void benchCopy(const std::filesystem::path& folder);
+void benchLarge(const std::filesystem::path& folder);
+void benchSmall(const std::filesystem::path& folder);
 void benchMemory(const std::filesystem::path& folder);
 void benchWalk(const std::filesystem::path& folder);
 void benchStore(const std::filesystem::path& folder);

@@ -16,7 +16,8 @@ namespace slatewise::bench {
 
 namespace {
 
-constexpr int kRounds = 3;
+constexpr int kRounds = 5;
+constexpr std::int64_t kMebibyte = 1 << 20;
 
 struct Case {
     const char* name;
@@ -71,12 +72,13 @@ void measureCase(const std::filesystem::path& folder, const Case& example) {
     const double megabytes =
         static_cast<double>(example.files) * static_cast<double>(example.fileBytes) / 1e6;
     const double floor = median(seconds["floor"]);
-    fmt::print("{}\n", example.name);
+    fmt::print("Copy and proof of {}, median of {} rounds, cold caches\n", example.name, kRounds);
     for (const auto& [name, way] : ways) {
         const double typical = median(seconds[name]);
         fmt::print("  {:<20}{:8.2f} s  {:8.0f} MB/s  {:6.2f} x floor\n", name, typical,
                    megabytes / typical, typical / floor);
     }
+    fmt::print("\n");
     std::filesystem::remove_all(card);
 }
 
@@ -90,6 +92,8 @@ long peakKilobytes(const std::filesystem::path& folder, std::int64_t sizeBytes) 
     const auto program =
         std::filesystem::read_symlink("/proc/self/exe").parent_path() / "slatewise-offload";
     const auto user = folder / "user";
+    // What is not printed yet would be printed by the child as well.
+    std::fflush(stdout);
     const pid_t child = ::fork();
     if (child == 0) {
         for (const auto* variable :
@@ -112,17 +116,15 @@ long peakKilobytes(const std::filesystem::path& folder, std::int64_t sizeBytes) 
 
 } // namespace
 
-void benchCopy(const std::filesystem::path& folder) {
-    constexpr std::int64_t kMebibyte = 1 << 20;
-    fmt::print("Copy and proof, median of {} rounds, cold caches\n", kRounds);
-    for (const auto& example : {Case{"4 files of 512 MiB", 4, 512 * kMebibyte, 4},
-                                Case{"5,000 files of 64 KiB", 5000, kMebibyte / 16, 100}})
-        measureCase(folder, example);
-    fmt::print("\n");
+void benchLarge(const std::filesystem::path& folder) {
+    measureCase(folder, {"4 files of 512 MiB", 4, 512 * kMebibyte, 4});
+}
+
+void benchSmall(const std::filesystem::path& folder) {
+    measureCase(folder, {"5,000 files of 64 KiB", 5000, kMebibyte / 16, 100});
 }
 
 void benchMemory(const std::filesystem::path& folder) {
-    constexpr std::int64_t kMebibyte = 1 << 20;
     fmt::print("Most memory held for one file\n");
     for (const std::int64_t mebibytes : {1, 256, 2048}) {
         fmt::print("  {:>5} MiB {:>16.1f} MB\n", mebibytes,

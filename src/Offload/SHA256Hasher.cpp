@@ -6,6 +6,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace slatewise {
 
@@ -29,10 +30,19 @@ std::string hex(const Sha256::Digest& digest) {
     return text;
 }
 
-/// Hands the file to `each` chunk by chunk.
+/// This thread's buffer, kept from one file to the next: for a small file, fresh memory costs more
+/// than reading it.
+TransferBuffer& threadBuffer(std::size_t size) {
+    thread_local std::optional<TransferBuffer> buffer;
+    if (!buffer || buffer->bytes().size() != size)
+        buffer.emplace(size);
+    return *buffer;
+}
+
+/// Hands the file to `each` chunk by chunk. `each` must not transfer another file.
 template <typename Each>
 void readUncached(UncachedFile& file, std::size_t size, const std::stop_token& stop, Each&& each) {
-    TransferBuffer buffer(std::max(size, smallestBufferSize));
+    auto& buffer = threadBuffer(std::max(size, smallestBufferSize));
     throwIfCancelled(stop);
     while (const auto count = file.read(buffer.bytes())) {
         each(std::span<const std::byte>(buffer.bytes().first(count)));
