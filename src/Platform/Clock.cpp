@@ -4,6 +4,8 @@
 #include <unicode/smpdtfmt.h>
 
 #include <charconv>
+#include <map>
+#include <memory>
 
 namespace slatewise::Clock {
 
@@ -49,6 +51,24 @@ std::optional<minutes> offset(std::string_view text) {
         return std::nullopt;
     const minutes size = hours(*wholeHours) + minutes(*restMinutes);
     return text[0] == '+' ? size : -size;
+}
+
+icu::UnicodeString toUnicode(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(
+        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+}
+
+std::string formatted(Instant moment, const icu::DateFormat& format) {
+    icu::UnicodeString characters;
+    format.format(static_cast<UDate>(floor<milliseconds>(moment.time_since_epoch()).count()),
+                  characters);
+    std::string text;
+    return characters.toUTF8String(text);
+}
+
+void use(icu::DateFormat& format, Zone zone) {
+    if (zone == Zone::UTC)
+        format.setTimeZone(*icu::TimeZone::getGMT());
 }
 
 } // namespace
@@ -103,17 +123,48 @@ std::optional<Instant> fromDatabaseText(std::string_view text) {
 }
 
 std::string localText(Instant moment, std::string_view pattern) {
+    // Making a format costs more than a thousand uses of it, and a format belongs to one thread.
+    thread_local std::map<std::string, icu::SimpleDateFormat, std::less<>> formats;
+    auto format = formats.find(pattern);
+    if (format == formats.end()) {
+        UErrorCode status = U_ZERO_ERROR;
+        format = formats
+                     .try_emplace(std::string(pattern), toUnicode(pattern),
+                                  icu::Locale("en_US_POSIX"), status)
+                     .first;
+    }
+    return formatted(moment, format->second);
+}
+
+std::string mediumDateTime(Instant moment, const char* locale) {
+    const std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateTimeInstance(
+        icu::DateFormat::kMedium, icu::DateFormat::kShort, icu::Locale(locale)));
+    return format ? formatted(moment, *format) : iso8601(moment);
+}
+
+std::string mediumDate(Instant moment, const char* locale, Zone zone) {
+    const std::unique_ptr<icu::DateFormat> format(
+        icu::DateFormat::createDateInstance(icu::DateFormat::kMedium, icu::Locale(locale)));
+    if (!format)
+        return iso8601(moment);
+    use(*format, zone);
+    return formatted(moment, *format);
+}
+
+std::optional<Instant> fromText(std::string_view text, std::string_view pattern, Zone zone) {
     UErrorCode status = U_ZERO_ERROR;
-    const icu::SimpleDateFormat format(
-        icu::UnicodeString::fromUTF8(
-            icu::StringPiece(pattern.data(), static_cast<std::int32_t>(pattern.size()))),
-        icu::Locale("en_US_POSIX"), status);
-    icu::UnicodeString formatted;
-    format.format(
-        static_cast<UDate>(duration_cast<milliseconds>(moment.time_since_epoch()).count()),
-        formatted);
-    std::string text;
-    return formatted.toUTF8String(text);
+    icu::SimpleDateFormat format(toUnicode(pattern), icu::Locale("en_US_POSIX"), status);
+    if (U_FAILURE(status))
+        return std::nullopt;
+    use(format, zone);
+    format.setLenient(false);
+    const icu::UnicodeString characters = toUnicode(text);
+    icu::ParsePosition at(0);
+    const UDate moment = format.parse(characters, at);
+    // Of an empty text the library says that it fits.
+    if (text.empty() || at.getErrorIndex() >= 0 || at.getIndex() != characters.length())
+        return std::nullopt;
+    return Instant(milliseconds(static_cast<std::int64_t>(moment)));
 }
 
 std::optional<Instant> utcDay(std::string_view text) {

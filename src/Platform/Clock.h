@@ -33,6 +33,20 @@ std::optional<Instant> fromDatabaseText(std::string_view text);
 /// locale "en_US_POSIX".
 std::string localText(Instant moment, std::string_view pattern);
 
+/// Where a day begins and what a clock on the wall shows.
+enum class Zone { Machine, UTC };
+
+/// Day and time of day in the machine's time zone, as people of an ICU locale write them briefly:
+/// "Mar 1, 2026, 9:30 AM".
+std::string mediumDateTime(Instant moment, const char* locale);
+
+/// The day alone: "Mar 1, 2026".
+std::string mediumDate(Instant moment, const char* locale, Zone zone);
+
+/// The moment that a text states by an ICU date pattern, in the locale "en_US_POSIX". Empty unless
+/// the whole text fits and names a day and a time that exist.
+std::optional<Instant> fromText(std::string_view text, std::string_view pattern, Zone zone);
+
 /// Midnight UTC of a day written as "yyyy-MM-dd". Empty when the text is not exactly that.
 std::optional<Instant> utcDay(std::string_view text);
 

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <map>
 
 namespace slatewise::Numbers {
 
@@ -51,18 +52,35 @@ std::string byteCount(std::int64_t bytes) {
         ++unit;
 
     const auto& chosen = kByteUnits[unit];
-    const auto formatter =
-        icu::number::NumberFormatter::withLocale(icu::Locale::getDefault())
-            .precision(icu::number::Precision::maxFraction(chosen.maximumFractionDigits))
-            .roundingMode(UNUM_ROUND_HALFUP);
-    return formatted(formatter, static_cast<double>(bytes) / chosen.size) + " " + chosen.name;
+    thread_local std::map<int, icu::number::LocalizedNumberFormatter> formatters;
+    auto formatter = formatters.find(chosen.maximumFractionDigits);
+    if (formatter == formatters.end()) {
+        using icu::number::Precision;
+        formatter =
+            formatters
+                .emplace(chosen.maximumFractionDigits,
+                         icu::number::NumberFormatter::withLocale(icu::Locale::getDefault())
+                             .precision(Precision::maxFraction(chosen.maximumFractionDigits))
+                             .roundingMode(UNUM_ROUND_HALFUP))
+                .first;
+    }
+    return formatted(formatter->second, static_cast<double>(bytes) / chosen.size) + " " +
+           chosen.name;
 }
 
 std::string grouped(std::int64_t count, const char* locale) {
+    thread_local std::map<std::string, icu::number::LocalizedNumberFormatter, std::less<>>
+        formatters;
+    auto formatter = formatters.find(std::string_view(locale));
+    if (formatter == formatters.end()) {
+        formatter =
+            formatters
+                .emplace(locale, icu::number::NumberFormatter::withLocale(icu::Locale(locale)))
+                .first;
+    }
     UErrorCode status = U_ZERO_ERROR;
     std::string text;
-    const auto number =
-        icu::number::NumberFormatter::withLocale(icu::Locale(locale)).formatInt(count, status);
+    const auto number = formatter->second.formatInt(count, status);
     number.toString(status).toUTF8String(text);
     return U_SUCCESS(status) ? text : std::to_string(count);
 }

@@ -52,12 +52,22 @@ bool isValidUtf8(std::string_view text) {
 
 std::unique_ptr<icu::Collator> makeNumericCollator() {
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::Collator> collator(
-        icu::Collator::createInstance(icu::Locale::getDefault(), status));
+    // A machine that is set to no language at all orders by code point, capitals first; the
+    // order that all languages share is closer to what a person expects.
+    const icu::Locale machine = icu::Locale::getDefault();
+    const bool isWithoutLanguage = std::string_view(machine.getName()) == "en_US_POSIX";
+    std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(
+        isWithoutLanguage ? icu::Locale::getRoot() : machine, status));
     if (U_FAILURE(status))
         return nullptr;
     collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
     return collator;
+}
+
+/// The calling thread's own, since a collator is no thing to share. Null when there is none.
+const icu::Collator* numericCollator() {
+    thread_local const std::unique_ptr<icu::Collator> collator = makeNumericCollator();
+    return collator.get();
 }
 
 } // namespace
@@ -136,13 +146,32 @@ std::string asciiLowercased(std::string_view text) {
 }
 
 int localizedStandardCompare(std::string_view left, std::string_view right) {
-    thread_local const std::unique_ptr<icu::Collator> collator = makeNumericCollator();
+    const auto* collator = numericCollator();
     if (!collator)
         return left.compare(right);
     UErrorCode status = U_ZERO_ERROR;
     return collator->compareUTF8(
         icu::StringPiece(left.data(), static_cast<std::int32_t>(left.size())),
         icu::StringPiece(right.data(), static_cast<std::int32_t>(right.size())), status);
+}
+
+std::string localizedStandardSortKey(std::string_view text) {
+    const auto* collator = numericCollator();
+    if (!collator)
+        return std::string(text);
+    const icu::UnicodeString characters = toUnicode(text);
+    std::string key(3 * text.size() + 16, '\0');
+    const auto fill = [&] {
+        return static_cast<std::size_t>(
+            collator->getSortKey(characters, reinterpret_cast<std::uint8_t*>(key.data()),
+                                 static_cast<std::int32_t>(key.size())));
+    };
+    const auto size = fill();
+    const bool fits = size <= key.size();
+    key.resize(size);
+    if (!fits)
+        fill();
+    return key;
 }
 
 } // namespace slatewise::Text

@@ -33,4 +33,8 @@ std::string asciiLowercased(std::string_view text);
 /// value. Negative, zero or positive.
 int localizedStandardCompare(std::string_view left, std::string_view right);
 
+/// Bytes that compare as `localizedStandardCompare` compares the texts they were made of: to sort
+/// many names, each of which is looked at once.
+std::string localizedStandardSortKey(std::string_view text);
+
 } // namespace slatewise::Text

@@ -1,0 +1,74 @@
+#include "Reports/ReportText.h"
+
+#include "Offload/TimecodeFormat.h"
+#include "Platform/Text.h"
+#include "Reports/EssenceText.h"
+
+#include <fmt/ranges.h>
+
+#include <array>
+
+namespace slatewise::ReportText {
+
+namespace {
+
+constexpr std::string_view kNothing = "—";
+
+constexpr std::array<std::string_view, 7> kDateTimePatterns = {
+    "yyyyMMdd HHmmss",         "yyyyMMdd HH:mm:ss",   "yyyyMMdd'T'HHmmss",
+    "yyyy-MM-dd HH:mm:ss.SSS", "yyyy-MM-dd HH:mm:ss", "yyyy-MM-dd'T'HH:mm:ssZ",
+    "yyyy-MM-dd'T'HH:mm:ss",
+};
+constexpr std::array<std::string_view, 2> kDatePatterns = {"yyyyMMdd", "yyyy-MM-dd"};
+
+} // namespace
+
+std::string dateTime(Instant moment, AppLanguage language) {
+    return Clock::mediumDateTime(moment, Language::locale(language));
+}
+
+std::string fileModified(Instant moment) {
+    return Clock::localText(moment, "yyyy-MM-dd HH:mm:ss");
+}
+
+std::string formatClipDate(std::string_view text, AppLanguage language) {
+    constexpr std::string_view kUtcMark = "utc ";
+    const auto trimmed = Text::trimmed(text);
+    const bool isUtc = Text::asciiLowercased(trimmed).starts_with(kUtcMark);
+    const auto zone = isUtc ? Clock::Zone::UTC : Clock::Zone::Machine;
+    const auto date = std::string_view(trimmed).substr(isUtc ? kUtcMark.size() : 0);
+
+    for (const auto pattern : kDateTimePatterns) {
+        if (const auto moment = Clock::fromText(date, pattern, zone))
+            return dateTime(*moment, language);
+    }
+    for (const auto pattern : kDatePatterns) {
+        // A day stays the day that the camera wrote, wherever the report is made.
+        if (const auto day = Clock::fromText(date, pattern, zone))
+            return Clock::mediumDate(*day, Language::locale(language), zone);
+    }
+    return trimmed;
+}
+
+std::vector<std::string> timingLines(const ManifestFile& file) {
+    auto rates = TimecodeFormat::capTC(file.captureFps, file.timecodeRate).text;
+    if (file.timecodeDropFrame)
+        rates += *file.timecodeDropFrame ? "  DF" : "  NDF";
+
+    std::vector<std::string> lines;
+    for (auto& line : {TimecodeFormat::range(file.timecodeStart, file.timecodeEnd),
+                       file.displayDuration(), rates}) {
+        if (line != kNothing)
+            lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string cardFactsLine(const ClipEssence& essence, AppLanguage language) {
+    auto shown = essence;
+    if (shown.recordedDate)
+        shown.recordedDate = formatClipDate(*shown.recordedDate, language);
+    return fmt::format("{}", fmt::join(EssenceText::cardLines(shown), EssenceText::separator));
+}
+
+} // namespace slatewise::ReportText
