@@ -27,8 +27,9 @@ void readRow(const Json::Value& value, RowKeys keys, FileCopyResult& row) {
         [&](const char* fieldName, const char* manifestKey, Presence presence, auto member) {
             const char* const key = keys == RowKeys::Manifest ? manifestKey : fieldName;
             if (presence == Presence::Required)
-                (void)value.at(key);
-            Json::getIfPresent(value, key, row.*member);
+                Json::get(value, key, row.*member);
+            else
+                Json::getIfPresent(value, key, row.*member);
         });
 }
 

@@ -36,8 +36,12 @@ requires std::is_arithmetic_v<Number> Value toJson(Number number) {
     return number;
 }
 
+// The library would make numbers of `true` and cut off what does not fit; these fail with `Error`.
+void fromJson(const Value& value, std::int64_t& result);
+void fromJson(const Value& value, int& result);
+void fromJson(const Value& value, double& result);
 template <typename T>
-requires(!std::is_same_v<T, Instant>) void fromJson(const Value& value, T& result) {
+void fromJson(const Value& value, T& result) {
     value.get_to(result);
 }
 inline void fromJson(const Value& value, Instant& result) {
@@ -70,10 +74,14 @@ void getIfPresent(const Value& object, const char* key, std::optional<T>& result
         fromJson(*found, result.emplace());
 }
 
-/// As `getIfPresent`, but an absent field is a failure.
+/// As `getIfPresent`, but an absent field or null is a failure.
 template <typename T>
 void get(const Value& object, const char* key, T& result) {
     fromJson(object.at(key), result);
+}
+template <typename T>
+void get(const Value& object, const char* key, std::optional<T>& result) {
+    fromJson(object.at(key), result.emplace());
 }
 
 /// Pretty-printed UTF-8, keys sorted, "/" written as "\/" so that the text may stand inside a page.

@@ -86,10 +86,17 @@ std::string grouped(std::int64_t count, const char* locale) {
 }
 
 std::string shortest(double value) {
+    // Within these an exponent would be shorter at times, but nobody writes 100000 as 1e+05.
+    constexpr double kLeastInFull = 1e-4;
+    constexpr double kFirstTooLong = 1e16;
+    const double size = std::abs(value);
+    const bool isInFull = size == 0 || (size >= kLeastInFull && size < kFirstTooLong);
     std::array<char, 32> buffer;
-    const auto [end, failure] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value);
+    const auto [end, failure] =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                      isInFull ? std::chars_format::fixed : std::chars_format::scientific);
     std::string text(buffer.data(), failure == std::errc() ? end : buffer.data());
-    if (text.find_first_not_of("-0123456789") == std::string::npos)
+    if (isInFull && text.find('.') == std::string::npos)
         text += ".0";
     return text;
 }

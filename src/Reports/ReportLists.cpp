@@ -53,12 +53,14 @@ void appendRow(std::string& text, const ManifestFile& file, AppLanguage language
     text += '\n';
 }
 
-/// A name with a line end in it would tear its line in two. Checking tools know a form for just
-/// these names: a backslash at the line's start, and escapes in the name.
+/// A name with a line end in it would tear its line in two, and checking tools take a return at the
+/// end of one for part of the line end. They know a form for just these names: a backslash at the
+/// line's start, and escapes in the name.
 std::string checksumLine(const std::string& hash, const std::string& path) {
-    if (path.find('\n') == std::string::npos)
+    if (path.find('\n') == std::string::npos && !path.ends_with('\r'))
         return hash + "  " + path + "\n";
-    const auto name = Text::replaced(Text::replaced(path, "\\", "\\\\"), "\n", "\\n");
+    auto name = Text::replaced(path, "\\", "\\\\");
+    name = Text::replaced(Text::replaced(name, "\n", "\\n"), "\r", "\\r");
     return "\\" + hash + "  " + name + "\n";
 }
 

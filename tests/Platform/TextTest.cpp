@@ -96,8 +96,7 @@ TEST(Numbers, ByteCountsChooseTheirUnit) {
 TEST(Numbers, GroupsByLocaleAndWritesDoublesShortest) {
     EXPECT_EQ(Numbers::grouped(1'234'567, "en_US"), "1,234,567");
     EXPECT_EQ(Numbers::grouped(1'234'567, "tr_TR"), "1.234.567");
-    EXPECT_EQ(Numbers::shortest(24), "24.0");
-    EXPECT_EQ(Numbers::shortest(23.976), "23.976");
-    EXPECT_EQ(Numbers::shortest(0.1), "0.1");
-    EXPECT_EQ(Numbers::shortest(-3), "-3.0");
+    for (const auto* text : {"24.0", "23.976", "0.1", "-3.0", "0.0", "100000.0", "0.0001",
+                             "9007199254740991.0", "1e+16", "1.5e-05"})
+        EXPECT_EQ(Numbers::shortest(std::strtod(text, nullptr)), text);
 }

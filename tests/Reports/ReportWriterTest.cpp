@@ -170,9 +170,26 @@ TEST(Manifest, RefusesWhatIsNone) {
         without["files"][0].erase(key);
         EXPECT_THROW(ReportWriter::isoDecode(without.dump()), Error) << key;
     }
-    auto wrong = whole;
-    wrong["started_at"] = "yesterday";
-    EXPECT_THROW(ReportWriter::isoDecode(wrong.dump()), Error);
+    using Pointer = Json::Value::json_pointer;
+    const std::vector<std::pair<const char*, Json::Value>> wrongValues = {
+        {"/started_at", "yesterday"},
+        {"/status", nullptr},
+        {"/files/0/action", nullptr},
+        {"/files/0/size_bytes", true},
+        {"/files/0/size_bytes", 1.5},
+        {"/files/0/size_bytes", 1e300},
+        {"/files/0/capture_fps", true},
+        {"/card/total_bytes", std::numeric_limits<std::uint64_t>::max()},
+        {"/counts/files_copied", 5'000'000'000},
+    };
+    for (const auto& [place, value] : wrongValues) {
+        auto wrong = whole;
+        wrong[Pointer(place)] = value;
+        EXPECT_THROW(ReportWriter::isoDecode(wrong.dump()), Error) << place << " " << value;
+    }
+    auto wholeAsDouble = whole;
+    wholeAsDouble["files"][0]["size_bytes"] = 1'234'567.0;
+    EXPECT_EQ(ReportWriter::isoDecode(wholeAsDouble.dump()), session());
     for (const auto* text : {"", "{", "[]", "null", "\"text\"", "{\"files\": 3}", "\xff\xfe"})
         EXPECT_THROW(ReportWriter::isoDecode(text), Error) << text;
 }
@@ -201,8 +218,9 @@ TEST(InventoryCSV, QuotesWhatNeedsItAndSpeaksBothLanguages) {
 TEST(ChecksumList, IsAcceptedByTheToolThatPeopleUse) {
     const TemporaryFolder folder;
     SessionManifest manifest;
-    for (const auto* name : {" leading", "*star", "back\\slash", "new\nline", "both\\\n", "bad\xff",
-                             "trailing ", "DCIM/Çekim 1, \"x\".mov"}) {
+    for (const auto* name :
+         {" leading", "*star", "back\\slash", "new\nline", "both\\\n", "bad\xff", "return\r",
+          "re\rturn", "line\nreturn\r", "trailing ", "DCIM/Çekim 1, \"x\".mov"}) {
         writeFile(folder / name, name);
         auto& file =
             manifest.files.emplace_back(row(name, RowAction::copy, VerifyStatus::verified));
@@ -215,7 +233,7 @@ TEST(ChecksumList, IsAcceptedByTheToolThatPeopleUse) {
 
     const auto result = run({"sh", "-c", "cd \"$0\" && sha256sum --strict -c list", folder.path()});
     EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
-    EXPECT_EQ(std::count(result.standardOutput.begin(), result.standardOutput.end(), '\n'), 8);
+    EXPECT_EQ(std::count(result.standardOutput.begin(), result.standardOutput.end(), '\n'), 11);
     EXPECT_EQ(ReportWriter::checksumList(SessionManifest()), "");
 }
 
