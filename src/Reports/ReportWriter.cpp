@@ -2,6 +2,8 @@
 
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
+#include "Reports/SessionDetailedHTML.h"
+#include "Reports/SessionHTML.h"
 #include "Storage/AppInfo.h"
 
 #include <algorithm>
@@ -70,6 +72,8 @@ void write(const SessionManifest& manifest, const std::filesystem::path& folder,
     FileSystem::writeAtomically(folder / "manifest.json", isoEncode(manifest));
     FileSystem::write(folder / "inventory.csv", inventoryCSV(manifest, language));
     FileSystem::write(folder / "checksums.sha256", checksumList(manifest));
+    SessionHTML::write(manifest, folder / "Reports_Standart.html", language);
+    SessionDetailedHTML::write(manifest, folder / "Reports_Detailed.html", language);
 }
 
 void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 /// What this program is called, in reports, in the log and towards others.
@@ -15,5 +16,8 @@ inline constexpr int schemaVersion = 2;
 inline constexpr std::string_view websiteLabel = "Slatewise Tools";
 /// Where the label leads; settled when the program is built.
 extern const std::string_view websiteURL;
+
+/// What a report calls the site at `url`: its host, or the label when it names none.
+std::string linkText(std::string_view url);
 
 } // namespace slatewise::AppInfo

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Language/L10n.h"
+#include "Reports/HtmlText.h"
+#include "Reports/ReportTree.h"
+
+namespace slatewise {
+
+/// A session as one page that needs nothing else: header, foldable tree, footer. The two HTML
+/// reports derive from it and say only what their columns hold. Without state of its own, so one
+/// value may serve many sessions and threads.
+class HtmlReport {
+public:
+    explicit HtmlReport(AppLanguage language) : l10n_(language) {}
+    virtual ~HtmlReport() = default;
+
+    /// The whole page.
+    std::string document(const SessionManifest& manifest) const;
+
+    /// A folder with everything below it, or a file, as an item of a list.
+    void renderNode(HtmlText& page, const ReportNode& node, int depth) const;
+
+protected:
+    /// The page's place in the set: its file's name without the extension.
+    virtual std::string_view name() const = 0;
+    /// Style rules behind those that both pages share.
+    virtual std::string_view style() const = 0;
+    /// The column titles, and whatever stands between them and the tree.
+    virtual void renderHead(HtmlText& page, const SessionManifest& manifest) const = 0;
+    /// What a folder's row holds behind its name and size.
+    virtual void renderFolderCells(HtmlText& page, const ReportNode& folder) const = 0;
+    virtual void renderFile(HtmlText& page, const ReportNode& node, int depth) const = 0;
+    /// What the foot of the page names beside the program.
+    virtual std::string_view footerNote() const { return ""; }
+
+    /// A size in two forms, one below the other: for people, and exact.
+    void sizeCell(HtmlText& page, std::int64_t bytes) const;
+    const L10n& l10n() const { return l10n_; }
+
+private:
+    void renderHeader(HtmlText& page, const SessionManifest& manifest) const;
+    void renderFolder(HtmlText& page, const ReportNode& folder, int depth) const;
+    void renderFooter(HtmlText& page) const;
+
+    L10n l10n_;
+};
+
+} // namespace slatewise

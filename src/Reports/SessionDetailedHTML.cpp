@@ -1,0 +1,126 @@
+#include "Reports/SessionDetailedHTML.h"
+
+#include "Offload/TimecodeFormat.h"
+#include "Platform/FileSystem.h"
+#include "Reports/EssenceText.h"
+#include "Reports/HtmlReport.h"
+#include "Reports/HtmlStyle.h"
+#include "Reports/ReportText.h"
+
+#include <fmt/ranges.h>
+
+namespace slatewise::SessionDetailedHTML {
+
+namespace {
+
+/// How far each level of folders moves a file's name to the right, in pixels.
+constexpr int kIndent = 14;
+constexpr int kMargin = 4;
+
+std::string onLines(const std::vector<std::string>& lines) {
+    return fmt::format("{}", fmt::join(lines, "\n"));
+}
+
+std::string orDash(std::string text) {
+    return text.empty() ? "—" : text;
+}
+
+std::string clipText(const ManifestFile& file, const ClipEssence& common) {
+    return file.essence ? onLines(EssenceText::clipLines(*file.essence, common)) : "";
+}
+
+std::string statusText(const ManifestFile& file) {
+    std::vector<std::string> words;
+    for (const auto& word : {file.action, file.verifyStatus}) {
+        if (!word.empty())
+            words.push_back(word);
+    }
+    return onLines(words);
+}
+
+class DetailedReport : public HtmlReport {
+public:
+    DetailedReport(const ClipEssence& common, AppLanguage language)
+        : HtmlReport(language), common_(common) {}
+
+protected:
+    std::string_view name() const override { return "Reports_Detailed"; }
+    std::string_view style() const override { return HtmlStyle::detailed; }
+    std::string_view footerNote() const override { return " · Reports_Detailed"; }
+
+    void renderHead(HtmlText& page, const SessionManifest& manifest) const override {
+        for (const auto title : {l10n().colName(), l10n().reportSize(), l10n().colClip(),
+                                 l10n().colTiming(), l10n().colVerify(), L10n::Text("SHA-256")})
+            page.raw("<span>").escaped(title).raw("</span>");
+        page.raw("</div>\n<div class=\"card-row\"><span class=\"card-name\">")
+            .escaped(manifest.card.name)
+            .raw("</span>");
+        const auto facts = ReportText::cardFactsLine(common_, l10n().language());
+        if (!facts.empty())
+            page.raw("<span class=\"card-facts\">").escaped(facts).raw("</span>");
+        page.raw("</div>\n");
+    }
+
+    void renderFolderCells(HtmlText& page, const ReportNode& folder) const override {
+        const auto count = l10n().fileCount(folder.fileCount);
+        page.raw("<span class=\"cell\">")
+            .escaped(count)
+            .raw("</span><span class=\"muted\">—</span><span>")
+            .escaped(count)
+            .raw("</span><span></span>");
+    }
+
+    void renderFile(HtmlText& page, const ReportNode& node, int depth) const override {
+        const auto& file = *node.file;
+        page.raw("<li><div class=\"file row\">\n<span class=\"name\" style=\"padding-left:")
+            .number(depth * kIndent + kMargin)
+            .raw("px\"><span class=\"file-id\"><span class=\"label\">")
+            .escaped(node.name)
+            .raw("</span>");
+        if (file.mtime)
+            page.raw("<span class=\"mtime\">")
+                .escaped(ReportText::fileModified(*file.mtime))
+                .raw("</span>");
+        page.raw("</span></span>");
+        sizeCell(page, file.sizeBytes);
+        const bool isMismatch = TimecodeFormat::capTC(file.captureFps, file.timecodeRate).mismatch;
+        const auto hash = file.sourceSHA256.value_or("");
+        page.raw("\n<span class=\"cell\">")
+            .escaped(orDash(clipText(file, common_)))
+            .raw("</span>\n<span class=\"cell")
+            .raw(isMismatch ? " fps mismatch" : "")
+            .raw("\">")
+            .escaped(orDash(onLines(ReportText::timingLines(file))))
+            .raw("</span>\n<span class=\"cell\">")
+            .escaped(statusText(file))
+            .raw("</span>\n<span class=\"hash\" title=\"")
+            .escaped(hash)
+            .raw("\">")
+            .escaped(hash)
+            .raw("</span>\n</div></li>");
+    }
+
+private:
+    const ClipEssence& common_;
+};
+
+} // namespace
+
+void write(const SessionManifest& manifest, const std::filesystem::path& file,
+           AppLanguage language) {
+    FileSystem::write(file, document(manifest, language));
+}
+
+std::string document(const SessionManifest& manifest, AppLanguage language) {
+    const auto common = manifest.cardEssence();
+    return DetailedReport(common, language).document(manifest);
+}
+
+std::string renderNode(const ReportNode& node, const ClipEssence& common, AppLanguage language,
+                       int depth) {
+    HtmlText text;
+    DetailedReport(common, language).renderNode(text, node, depth);
+    return text.take();
+}
+
+} // namespace slatewise::SessionDetailedHTML

@@ -1,0 +1,117 @@
+#include "Reports/SessionHTML.h"
+
+#include "Offload/TimecodeFormat.h"
+#include "Platform/FileSystem.h"
+#include "Reports/HtmlReport.h"
+#include "Reports/HtmlStyle.h"
+
+namespace slatewise::SessionHTML {
+
+namespace {
+
+constexpr std::string_view kNothing = "—";
+
+/// How far each level of folders moves a file's name to the right, in pixels.
+constexpr int kIndent = 36;
+constexpr int kMargin = 8;
+
+std::string_view dropFrameText(const std::optional<bool>& isDropFrame) {
+    if (!isDropFrame)
+        return kNothing;
+    return *isDropFrame ? "DF" : "NDF";
+}
+
+std::string_view rateClass(bool isMismatch, bool hasTimecode) {
+    if (isMismatch)
+        return "fps mismatch";
+    return hasTimecode ? "fps" : "muted";
+}
+
+void cell(HtmlText& page, std::string_view styleClass, std::string_view value) {
+    page.raw("<span class=\"").raw(styleClass).raw("\">").escaped(value).raw("</span>");
+}
+
+class StandardReport : public HtmlReport {
+public:
+    using HtmlReport::HtmlReport;
+
+protected:
+    std::string_view name() const override { return "Reports_Standart"; }
+    std::string_view style() const override { return HtmlStyle::standard; }
+
+    void renderHead(HtmlText& page, const SessionManifest&) const override {
+        page.raw("<span class=\"n\">").escaped(l10n().colName()).raw("</span>");
+        for (const auto title :
+             {l10n().reportSize(), l10n().colAction(), l10n().colVerify(), l10n().colTimecode(),
+              l10n().colDuration(), l10n().colCapTC(), l10n().colDF(), L10n::Text("SHA-256")})
+            page.raw("<span>").escaped(title).raw("</span>");
+        page.raw("</div>\n");
+    }
+
+    void renderFolderCells(HtmlText& page, const ReportNode& folder) const override {
+        page.raw("<span>").escaped(l10n().fileCount(folder.fileCount)).raw("</span><span></span>");
+        for (int column = 0; column < 4; ++column)
+            page.raw("<span class=\"muted\">—</span>");
+        page.raw("<span></span>");
+    }
+
+    void renderFile(HtmlText& page, const ReportNode& node, int depth) const override {
+        const auto& file = *node.file;
+        page.raw("<li><div class=\"file row\" style=\"--d:")
+            .number(depth)
+            .raw("\" title=\"")
+            .raw(file.mtime ? Clock::iso8601(*file.mtime) : "")
+            .raw("\"><span class=\"name\" style=\"padding-left:")
+            .number(depth * kIndent + kMargin)
+            .raw("px\"><span class=\"label\">")
+            .escaped(node.name)
+            .raw("</span></span>");
+        sizeCell(page, file.sizeBytes);
+        renderFate(page, file);
+        renderTiming(page, file);
+        const auto hash = file.sourceSHA256.value_or("");
+        page.raw("<span class=\"hash\" title=\"")
+            .escaped(hash)
+            .raw("\">")
+            .escaped(hash)
+            .raw("</span>\n</div></li>");
+    }
+
+private:
+    static void renderFate(HtmlText& page, const ManifestFile& file) {
+        const bool isSkipped =
+            file.action == RowAction::skip || file.verifyStatus == VerifyStatus::skipped;
+        const std::string_view styleClass = isSkipped ? "skip" : "";
+        cell(page, styleClass, file.action);
+        cell(page, styleClass, file.verifyStatus);
+    }
+
+    static void renderTiming(HtmlText& page, const ManifestFile& file) {
+        const auto range = TimecodeFormat::range(file.timecodeStart, file.timecodeEnd);
+        const bool hasTimecode = range != kNothing;
+        const auto rates = TimecodeFormat::capTC(file.captureFps, file.timecodeRate);
+        cell(page, hasTimecode ? "tc" : "muted", range);
+        cell(page, hasTimecode ? "dur" : "muted", file.displayDuration());
+        cell(page, rateClass(rates.mismatch, hasTimecode), rates.text);
+        cell(page, hasTimecode ? "df" : "muted", dropFrameText(file.timecodeDropFrame));
+    }
+};
+
+} // namespace
+
+void write(const SessionManifest& manifest, const std::filesystem::path& file,
+           AppLanguage language) {
+    FileSystem::write(file, document(manifest, language));
+}
+
+std::string document(const SessionManifest& manifest, AppLanguage language) {
+    return StandardReport(language).document(manifest);
+}
+
+std::string renderNode(const ReportNode& node, AppLanguage language, int depth) {
+    HtmlText text;
+    StandardReport(language).renderNode(text, node, depth);
+    return text.take();
+}
+
+} // namespace slatewise::SessionHTML
