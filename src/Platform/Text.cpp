@@ -145,6 +145,12 @@ std::string asciiLowercased(std::string_view text) {
     return result;
 }
 
+std::string caseFolded(std::string_view text) {
+    std::string result;
+    toUnicode(text).foldCase().toUTF8String(result);
+    return result;
+}
+
 int localizedStandardCompare(std::string_view left, std::string_view right) {
     const auto* collator = numericCollator();
     if (!collator)

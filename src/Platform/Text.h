@@ -29,6 +29,9 @@ std::string prefix(std::string_view text, std::size_t limit);
 /// Lower-cased, ASCII letters only: for hexadecimal digits and other fixed vocabulary.
 std::string asciiLowercased(std::string_view text);
 
+/// In the form in which texts that differ in case alone are equal, in no language's way.
+std::string caseFolded(std::string_view text);
+
 /// Order in which a person expects names: locale-aware, case-insensitive at first, numbers by
 /// value. Negative, zero or positive.
 int localizedStandardCompare(std::string_view left, std::string_view right);

@@ -23,7 +23,9 @@ struct UserDefaults::Storage {
 
     std::mutex lock;
     QSettings settings;
-    std::map<std::string, std::string, std::less<>> overrides;
+    bool keepsChangesInMemory = false;
+    /// Nothing stands for a removed value.
+    std::map<std::string, std::optional<std::string>, std::less<>> overrides;
 };
 
 UserDefaults::UserDefaults(const std::filesystem::path& file)
@@ -48,8 +50,27 @@ std::optional<std::string> UserDefaults::value(std::string_view key) const {
 
 void UserDefaults::setValue(std::string_view key, std::string_view value) {
     const std::lock_guard guard(storage_->lock);
+    if (storage_->keepsChangesInMemory) {
+        storage_->overrides.insert_or_assign(std::string(key), std::string(value));
+        return;
+    }
     storage_->settings.setValue(toQString(key), toQString(value));
     storage_->settings.sync();
+}
+
+void UserDefaults::removeValue(std::string_view key) {
+    const std::lock_guard guard(storage_->lock);
+    if (storage_->keepsChangesInMemory) {
+        storage_->overrides.insert_or_assign(std::string(key), std::nullopt);
+        return;
+    }
+    storage_->settings.remove(toQString(key));
+    storage_->settings.sync();
+}
+
+void UserDefaults::keepChangesInMemory() {
+    const std::lock_guard guard(storage_->lock);
+    storage_->keepsChangesInMemory = true;
 }
 
 void UserDefaults::overrideForThisProcess(std::string_view key, std::string_view value) {

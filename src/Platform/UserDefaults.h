@@ -10,8 +10,8 @@ namespace slatewise {
 
 /// The user's stored settings: texts under keys, in one INI file. May be used from any thread.
 ///
-/// A value can be overridden for this process alone, for a program whose arguments outrank what is
-/// stored; an override is never written.
+/// A value can be overridden for this process alone, and so can every change from some moment on, for
+/// a program whose arguments outrank what is stored. Such a value is never written.
 class UserDefaults {
 public:
     /// Settings in the given file, which need not exist yet.
@@ -28,6 +28,13 @@ public:
 
     /// Stores a value at once. A file that cannot be written costs the value and is not reported.
     void setValue(std::string_view key, std::string_view value);
+
+    /// Removes a stored value at once.
+    void removeValue(std::string_view key);
+
+    /// From here on values are read from the file as before, but none is written any more: what is
+    /// set or removed holds until the process ends.
+    void keepChangesInMemory();
 
     /// Outranks whatever is stored until the process ends.
     void overrideForThisProcess(std::string_view key, std::string_view value);

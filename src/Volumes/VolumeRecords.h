@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -54,6 +55,9 @@ constexpr std::string_view rawValue(VolumeKind kind) {
     return "unknown";
 }
 
+/// The reason of a folder that the user picked, by which it differs from a mounted volume.
+inline constexpr std::string_view pickedReason = "folder_picked";
+
 /// Facts together with the verdict on them.
 struct ClassifiedVolume {
     VolumeFacts facts;
@@ -63,7 +67,13 @@ struct ClassifiedVolume {
     /// One entry per weight that fired, in firing order.
     std::vector<std::string> reasons;
 
-    std::string id() const { return facts.id(); }
+    bool isPickedFolder() const {
+        return std::find(reasons.begin(), reasons.end(), pickedReason) != reasons.end();
+    }
+
+    /// A picked folder is known by its path, so that several folders of one disk, and the disk
+    /// itself, live side by side.
+    std::string id() const { return isPickedFolder() ? facts.mountPoint.native() : facts.id(); }
     const std::string& name() const { return facts.volumeName; }
 
     friend bool operator==(const ClassifiedVolume&, const ClassifiedVolume&) = default;

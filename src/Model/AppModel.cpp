@@ -1,0 +1,181 @@
+#include "Model/AppModel.h"
+
+#include "Model/DestinationMemory.h"
+#include "Model/FolderChooser.h"
+#include "Model/QtText.h"
+#include "Platform/UserDefaults.h"
+#include "Storage/AppDatabase.h"
+#include "Storage/AppInfo.h"
+#include "Storage/AppLog.h"
+#include "Storage/SupportPaths.h"
+
+namespace slatewise {
+
+namespace {
+
+constexpr int kRecentSessions = 20;
+
+std::shared_ptr<AppDatabase> openedStore(const Surroundings& surroundings) {
+    if (surroundings.openStore)
+        return surroundings.openStore();
+    return std::make_shared<AppDatabase>(AppDatabase::inMemory());
+}
+
+} // namespace
+
+AppModel::AppModel(Surroundings surroundings, QObject* parent)
+    : QObject(parent), surroundings_(std::move(surroundings)), defaults_(*surroundings_.defaults),
+      language_(Language::load(defaults_)), settings_(OffloadSettings::load(defaults_)),
+      unitCatalog_(UnitCatalog::load(defaults_)), database_(openedStore(surroundings_)),
+      pickedFolders_(defaults_) {
+    restorePickedFolders();
+    if (surroundings_.watchVolumes)
+        surroundings_.watchVolumes([this] { applyVolumes(); });
+    applyVolumes();
+    refreshSessions();
+    AppLog::prune(SupportPaths::logsDirectory(), Clock::now());
+    AppLog::append("Uygulama açıldı v" + std::string(AppInfo::version));
+}
+
+AppModel::~AppModel() = default;
+
+void AppModel::refreshSessions() {
+    try {
+        recentSessions_ = database_->recentSessions(kRecentSessions);
+    } catch (const std::exception&) {
+        // The list stays as it is: history is nothing an offload depends on.
+    }
+}
+
+QString AppModel::languageCode() const {
+    return toQString(Language::rawValue(language_));
+}
+
+void AppModel::setLanguageCode(const QString& code) {
+    for (const auto language : Language::allCases) {
+        if (code != toQString(Language::rawValue(language)) || language == language_)
+            continue;
+        language_ = language;
+        Language::persist(language, defaults_);
+        Q_EMIT languageChanged();
+        publish();
+        return;
+    }
+}
+
+void AppModel::setAdvancedPresented(bool presented) {
+    if (presented == isAdvancedPresented_)
+        return;
+    isAdvancedPresented_ = presented;
+    Q_EMIT advancedPresentedChanged();
+}
+
+QString AppModel::projectName() const {
+    return toQString(settings_.projectName);
+}
+
+void AppModel::setProjectName(const QString& name) {
+    settings_.projectName = name.toStdString();
+    settingsEdited();
+}
+
+void AppModel::setEjectAfterSuccess(bool eject) {
+    settings_.ejectAfterSuccess = eject;
+    settingsEdited();
+}
+
+void AppModel::setVerifyOnly(bool verifyOnly) {
+    settings_.verifyOnly = verifyOnly;
+    settingsEdited();
+}
+
+QString AppModel::folderTemplate() const {
+    return toQString(settings_.folderTemplate);
+}
+
+void AppModel::addSkipName(const QString& name) {
+    settings_.addExclude(name.toStdString());
+    skipNamesEdited();
+}
+
+void AppModel::removeSkipName(const QString& name) {
+    settings_.removeExclude(name.toStdString());
+    skipNamesEdited();
+}
+
+void AppModel::setDefaultSkip(const QString& name, bool skipped) {
+    settings_.setDefaultSkipped(name.toStdString(), skipped);
+    skipNamesEdited();
+}
+
+void AppModel::saveSettings() {
+    settings_.save(defaults_);
+}
+
+QString AppModel::normalizedTemplate(const QString& text) const {
+    return toQString(FolderTemplate::normalize(text.toStdString()));
+}
+
+QString AppModel::defaultTemplate() const {
+    return toQString(FolderTemplate::defaultTemplate);
+}
+
+void AppModel::saveTemplate(const QString& text) {
+    settings_.folderTemplate = FolderTemplate::normalize(text.toStdString());
+    saveSettings();
+    settingsEdited();
+}
+
+bool AppModel::isDefaultReportsFolder() const {
+    return settings_.outputFolderPath.empty();
+}
+
+void AppModel::pickReportsFolder() {
+    if (!surroundings_.folderChooser)
+        return;
+    surroundings_.folderChooser->choose(std::string(l10n().pickReportsFolder()),
+                                        std::string(l10n().use()),
+                                        [this](std::optional<std::filesystem::path> folder) {
+                                            if (folder)
+                                                useReportsFolder(*folder);
+                                        });
+}
+
+void AppModel::useReportsFolder(const std::filesystem::path& folder) {
+    settings_.outputFolderPath = folder.native();
+    saveSettings();
+    pickedFolders_.saveReportsFolder(folder);
+    updateReportsFolder();
+    settingsEdited();
+    AppLog::append("Rapor klasörü: " + folder.native());
+}
+
+void AppModel::resetReportsFolder() {
+    settings_.outputFolderPath.clear();
+    saveSettings();
+    pickedFolders_.saveReportsFolder(std::nullopt);
+    updateReportsFolder();
+    settingsEdited();
+}
+
+void AppModel::revealReportsFolder() {
+    if (surroundings_.showFolder)
+        surroundings_.showFolder(SupportPaths::reportsArchive(settings_));
+}
+
+void AppModel::updateReportsFolder() {
+    reportsFolderDisplay_ = toQString(SupportPaths::reportsArchive(settings_).native());
+}
+
+void AppModel::settingsEdited() {
+    Q_EMIT settingsChanged();
+    publish();
+}
+
+void AppModel::skipNamesEdited() {
+    saveSettings();
+    refreshContentSizes(board_.cardSelection().ids);
+    settingsEdited();
+}
+
+} // namespace slatewise

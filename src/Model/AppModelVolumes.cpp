@@ -1,0 +1,240 @@
+#include "Model/AppModel.h"
+
+#include "Model/DestinationMemory.h"
+#include "Model/FolderChooser.h"
+#include "Model/QtText.h"
+#include "Platform/Error.h"
+#include "Platform/FileSystem.h"
+#include "Platform/Text.h"
+#include "Platform/Worker.h"
+#include "Storage/AppDatabase.h"
+#include "Storage/AppLog.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+// Cards and destinations: what is mounted and picked, and what the user does with it.
+
+namespace slatewise {
+
+namespace {
+
+const ClassifiedVolume* findPlace(const std::vector<ClassifiedVolume>& volumes,
+                                  const std::filesystem::path& mountPoint) {
+    const auto found = std::find_if(volumes.begin(), volumes.end(), [&](const auto& volume) {
+        return volume.facts.mountPoint == mountPoint;
+    });
+    return found == volumes.end() ? nullptr : &*found;
+}
+
+const ClassifiedVolume* shownVolume(const std::vector<ClassifiedVolume>& volumes,
+                                    const QString& volumeID) {
+    const auto found = std::find_if(volumes.begin(), volumes.end(), [&](const auto& volume) {
+        return toQString(volume.id()) == volumeID;
+    });
+    return found == volumes.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+void AppModel::applyVolumes() {
+    const auto mounted = surroundings_.currentVolumes ? surroundings_.currentVolumes()
+                                                      : std::vector<ClassifiedVolume>();
+    const auto applied =
+        board_.apply(mounted, DestinationMemory::load(defaults_),
+                     [](const auto& folder) { return FileSystem::exists(folder); });
+    persistPickedFolders();
+    refreshContentSizes(applied.appeared);
+    announce(applied.newCards);
+    publish();
+}
+
+void AppModel::announce(const std::vector<ClassifiedVolume>& newCards) {
+    for (const auto& card : newCards) {
+        // The store may be at work for the batch; nobody waits for this line.
+        onWorker([database = database_, name = Text::displayable(card.name())] {
+            try {
+                database->recordActivity(std::nullopt, "card_detected", name);
+            } catch (const std::exception& failure) {
+                AppLog::append("Activity not recorded: " + describe(failure));
+            }
+        });
+    }
+}
+
+void AppModel::toggleCard(const QString& volumeID) {
+    const auto* card = shownVolume(board_.lists().cards, volumeID);
+    if (!card)
+        return;
+    const auto id = card->id();
+    if (board_.cardSelection().toggle(id)) {
+        cardUnits_.clearUnit(id);
+        assignCurrentEkip(id);
+    } else {
+        cardUnits_.cardsNeedingUnit.erase(id);
+    }
+    publish();
+}
+
+void AppModel::focusCard(const QString& volumeID) {
+    if (const auto* card = shownVolume(board_.lists().cards, volumeID)) {
+        board_.cardSelection().focused = card->id();
+        publish();
+    }
+}
+
+void AppModel::removeCard(const QString& volumeID) {
+    const auto* listed = shownVolume(board_.lists().cards, volumeID);
+    if (!listed)
+        return;
+    const auto card = *listed;
+    board_.removeCard(card);
+    cardUnits_.cardsNeedingUnit.erase(card.id());
+    applyVolumes();
+}
+
+void AppModel::clearAllCards() {
+    board_.clearAllCards();
+    cardUnits_.cardsNeedingUnit.clear();
+    applyVolumes();
+}
+
+void AppModel::toggleDestination(const QString& volumeID) {
+    if (const auto* destination = shownVolume(board_.lists().destinations, volumeID)) {
+        board_.destinationSelection().toggle(destination->id());
+        persistDestIDs();
+        publish();
+    }
+}
+
+void AppModel::focusDestination(const QString& volumeID) {
+    if (const auto* destination = shownVolume(board_.lists().destinations, volumeID)) {
+        board_.destinationSelection().focused = destination->id();
+        publish();
+    }
+}
+
+void AppModel::removeDestination(const QString& volumeID) {
+    const auto* listed = shownVolume(board_.lists().destinations, volumeID);
+    if (!listed)
+        return;
+    const auto destination = *listed;
+    board_.removeDestination(destination);
+    persistDestIDs();
+    applyVolumes();
+}
+
+void AppModel::clearAllDestinations() {
+    board_.clearAllDestinations();
+    persistDestIDs();
+    applyVolumes();
+}
+
+void AppModel::treatAsCard(const QString& volumeID) {
+    board_.treatAsCard(volumeID.toStdString());
+    applyVolumes();
+}
+
+void AppModel::treatAsDestination(const QString& volumeID) {
+    board_.treatAsDestination(volumeID.toStdString());
+    applyVolumes();
+}
+
+void AppModel::persistDestIDs() {
+    DestinationMemory::save(board_.destinationSelection().ids, defaults_);
+}
+
+void AppModel::persistPickedFolders() {
+    pickedFolders_.persistIfNeeded(board_.corrections().extraCards,
+                                   board_.corrections().extraDestinations);
+}
+
+ClassifiedVolume AppModel::folderVolume(const std::filesystem::path& folder,
+                                        VolumeKind kind) const {
+    return PickedFolders::volume(surroundings_.volumeFacts ? surroundings_.volumeFacts(folder)
+                                                           : VolumeFacts(),
+                                 folder, kind);
+}
+
+void AppModel::restorePickedFolders() {
+    pickedFolders_.forgetCards();
+    for (const auto& folder : pickedFolders_.restoreDestinations())
+        board_.addPickedDestination(folderVolume(folder, VolumeKind::Destination));
+    const auto reports = pickedFolders_.restoreReportsFolder();
+    if (reports && Text::trimmed(settings_.outputFolderPath).empty())
+        settings_.outputFolderPath = reports->native();
+    updateReportsFolder();
+}
+
+void AppModel::pickCardFolder() {
+    if (!surroundings_.folderChooser)
+        return;
+    surroundings_.folderChooser->choose(
+        std::string(l10n().pickCardFolder()), std::string(l10n().select()),
+        [model = QPointer(this)](std::optional<std::filesystem::path> folder) {
+            if (model && folder)
+                model->addCardFolder(*folder);
+        });
+}
+
+void AppModel::pickDestinationFolder() {
+    if (!surroundings_.folderChooser)
+        return;
+    surroundings_.folderChooser->choose(
+        std::string(l10n().pickDestFolder()), std::string(l10n().select()),
+        [model = QPointer(this)](std::optional<std::filesystem::path> folder) {
+            if (model && folder)
+                model->addDestinationFolder(*folder);
+        });
+}
+
+void AppModel::addCardFolder(const std::filesystem::path& chosen) {
+    const auto folder = PickedFolders::normalized(chosen);
+    board_.addPickedCard(folderVolume(folder, VolumeKind::CameraCard));
+    applyVolumes();
+    if (const auto* card = findPlace(board_.lists().cards, folder)) {
+        const auto id = card->id();
+        board_.cardSelection().ids.insert(id);
+        board_.cardSelection().focused = id;
+        cardUnits_.clearUnit(id);
+        assignCurrentEkip(id);
+    }
+    persistPickedFolders();
+    AppLog::append("Manuel kart: " + folder.native());
+    publish();
+}
+
+void AppModel::addDestinationFolder(const std::filesystem::path& chosen) {
+    const auto folder = PickedFolders::normalized(chosen);
+    board_.addPickedDestination(folderVolume(folder, VolumeKind::Destination));
+    applyVolumes();
+    if (const auto* destination = findPlace(board_.lists().destinations, folder)) {
+        board_.destinationSelection().ids.insert(destination->id());
+        board_.destinationSelection().focused = destination->id();
+    }
+    persistDestIDs();
+    persistPickedFolders();
+    AppLog::append("Manuel hedef: " + folder.native());
+    publish();
+}
+
+void AppModel::refreshContentSizes(const VolumeIDs& forceIDs) {
+    auto job = contentSizes_.begin(board_.lists(), forceIDs, settings_.skipNames());
+    if (job)
+        measureAll(QPointer(this), std::move(*job));
+}
+
+QCoro::Task<> AppModel::measureAll(QPointer<AppModel> model, MeasuringJob job) {
+    for (const auto& entry : job.entries) {
+        const auto measured =
+            co_await onWorker([entry, names = job.skipNames] { return measure(entry, names); });
+        // A newer job measures whatever this one has left out.
+        if (!model || !model->contentSizes_.accept(job.generation, entry.id, measured.usedBytes))
+            co_return;
+        model->board_.applyCapacity(entry.id, measured.totalBytes, measured.freeBytes);
+        model->publish();
+    }
+}
+
+} // namespace slatewise

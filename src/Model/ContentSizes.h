@@ -1,0 +1,74 @@
+#pragma once
+
+#include "Model/VolumeBoard.h"
+#include "Offload/OffloadSettings.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace slatewise {
+
+/// One volume to be measured.
+struct MeasuringEntry {
+    /// What counts: all that is in use, or what an offload would copy.
+    enum class What { UsedBytes, CopyableBytes };
+
+    std::string id;
+    std::filesystem::path mountPoint;
+    What what = What::CopyableBytes;
+
+    friend bool operator==(const MeasuringEntry&, const MeasuringEntry&) = default;
+};
+
+/// Volumes to be measured one after the other, away from the GUI thread.
+struct MeasuringJob {
+    std::vector<MeasuringEntry> entries;
+    SkipNames skipNames;
+    /// Of the jobs so far; only the latest may publish.
+    int generation = 0;
+};
+
+struct Measurement {
+    std::int64_t usedBytes = 0;
+    /// Of the whole volume; 0 when unknown.
+    std::int64_t totalBytes = 0;
+    std::int64_t freeBytes = 0;
+};
+
+/// Walks a card; may take minutes. Any thread, never fails.
+Measurement measure(const MeasuringEntry& entry, const SkipNames& skipNames);
+
+/// How many bytes each listed volume holds, as far as it is known. Decides what is to be measured
+/// and takes the results; the measuring itself is somebody else's.
+class ContentSizes {
+public:
+    /// What is to be measured now: volumes that have no value, and those in `forceIDs`. Values of
+    /// volumes that are not listed are dropped. A job makes all earlier ones stale.
+    std::optional<MeasuringJob> begin(const VolumeLists& lists, const VolumeIDs& forceIDs,
+                                      const SkipNames& skipNames);
+
+    bool isCurrent(int generation) const { return generation == generation_; }
+
+    /// Takes the result of a job that is still current; says whether it is.
+    bool accept(int generation, const std::string& id, std::int64_t usedBytes);
+
+    std::optional<std::int64_t> usedBytes(std::string_view id) const;
+    bool isMeasuring(std::string_view id) const { return measuringIDs_.contains(id); }
+
+    /// Volumes without a value count nothing.
+    std::int64_t totalOf(std::span<const ClassifiedVolume> volumes) const;
+    /// Whether the total of these is still to be awaited.
+    bool isMeasuringAny(std::span<const ClassifiedVolume> volumes) const;
+
+private:
+    std::map<std::string, std::int64_t, std::less<>> usedBytes_;
+    VolumeIDs measuringIDs_;
+    int generation_ = 0;
+};
+
+} // namespace slatewise

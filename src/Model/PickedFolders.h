@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Volumes/VolumeRecords.h"
+
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace slatewise {
+
+class UserDefaults;
+
+/// Folders that the user picked: as volumes, and as they are remembered from one start to the next.
+namespace PickedFolders {
+
+/// The folder in the form in which volumes travel. `diskFacts` are those of the disk that holds it;
+/// the folder keeps them but for what is its own.
+ClassifiedVolume volume(VolumeFacts diskFacts, const std::filesystem::path& folder,
+                        VolumeKind kind);
+
+/// Without dots and without a slash at the end, so that one folder has one path.
+std::filesystem::path normalized(const std::filesystem::path& folder);
+
+} // namespace PickedFolders
+
+/// The remembered folders, as plain paths under their keys. What cannot be remembered or found
+/// again is left out; nothing here fails.
+class PickedFolderStore {
+public:
+    explicit PickedFolderStore(UserDefaults& defaults) : defaults_(defaults) {}
+
+    /// Picked cards do not outlive a process.
+    void forgetCards();
+    /// The remembered destinations that are still there.
+    std::vector<std::filesystem::path> restoreDestinations() const;
+
+    /// Stores both lists unless they are what was stored last.
+    void persistIfNeeded(std::span<const ClassifiedVolume> cards,
+                         std::span<const ClassifiedVolume> destinations);
+
+    /// Nothing for the default folder.
+    void saveReportsFolder(const std::optional<std::filesystem::path>& folder);
+    std::optional<std::filesystem::path> restoreReportsFolder() const;
+
+private:
+    UserDefaults& defaults_;
+    std::vector<std::filesystem::path> lastCardPaths_;
+    std::vector<std::filesystem::path> lastDestinationPaths_;
+};
+
+} // namespace slatewise

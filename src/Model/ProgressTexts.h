@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Language/L10n.h"
+#include "Model/ContentSizes.h"
+#include "Offload/OffloadPhase.h"
+
+#include <string>
+
+namespace slatewise {
+
+/// Where a batch stands.
+struct BatchPosition {
+    /// Which pair is at work, in words; empty in a batch of one pair.
+    std::string label;
+    int pairIndex = 0;
+    int pairCount = 1;
+
+    friend bool operator==(const BatchPosition&, const BatchPosition&) = default;
+};
+
+/// What the progress area and the volume lines say. Functions of values.
+namespace ProgressTexts {
+
+/// While the phase is one of a run at work.
+bool isBusy(const OffloadPhase& phase);
+bool isSuccess(const OffloadPhase& phase);
+bool isFailure(const OffloadPhase& phase);
+
+/// 0 to 1, once across the whole batch.
+double fraction(const OffloadPhase& phase, const BatchPosition& position);
+/// "42%".
+std::string percent(double fraction);
+
+std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n);
+
+enum class Side { Card, Destination };
+
+/// The small line under a volume's name: free space of a destination, content of a card.
+std::string volumeSubtitle(const ClassifiedVolume& volume, Side side, const ContentSizes& sizes,
+                           L10n l10n);
+
+} // namespace ProgressTexts
+
+} // namespace slatewise

@@ -1,0 +1,221 @@
+#include "Model/VolumeBoard.h"
+
+#include <algorithm>
+
+namespace slatewise {
+
+namespace {
+
+using Volumes = std::vector<ClassifiedVolume>;
+
+/// Whether the place is listed, be it as a volume or as a folder of the same path.
+bool holds(const Volumes& volumes, const ClassifiedVolume& volume) {
+    return std::any_of(volumes.begin(), volumes.end(), [&](const auto& other) {
+        return other.id() == volume.id() || other.facts.mountPoint == volume.facts.mountPoint;
+    });
+}
+
+/// The folder itself, and the folder that stands behind a volume of the same path.
+void erase(Volumes& folders, const ClassifiedVolume& volume) {
+    std::erase_if(folders, [&](const auto& folder) {
+        return folder.id() == volume.id() || folder.facts.mountPoint == volume.facts.mountPoint;
+    });
+}
+
+void fillGaps(Volumes& volumes, const std::string& id, std::int64_t total, std::int64_t free) {
+    const auto found = std::find_if(volumes.begin(), volumes.end(),
+                                    [&](const auto& volume) { return volume.id() == id; });
+    if (found == volumes.end())
+        return;
+    if (found->facts.totalBytes < 1 && total > 0)
+        found->facts.totalBytes = total;
+    if (found->facts.freeBytes < 1 && free > 0)
+        found->facts.freeBytes = free;
+}
+
+void raise(Volumes& volumes, const std::string& id, std::int64_t total, std::int64_t free) {
+    const auto found = std::find_if(volumes.begin(), volumes.end(),
+                                    [&](const auto& volume) { return volume.id() == id; });
+    if (found == volumes.end())
+        return;
+    found->facts.totalBytes = std::max(found->facts.totalBytes, total);
+    found->facts.freeBytes = std::max(found->facts.freeBytes, free);
+}
+
+} // namespace
+
+VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
+                        const VolumeCorrections& corrections) {
+    VolumeLists lists;
+    VolumeIDs cardIDs;
+    const auto isHidden = [&](const auto& volume) {
+        return corrections.hiddenVolumeIDs.contains(volume.id());
+    };
+    for (const auto& volume : mounted) {
+        if (volume.kind != VolumeKind::CameraCard &&
+            !corrections.overrideCardIDs.contains(volume.id()))
+            continue;
+        cardIDs.insert(volume.id());
+        if (!isHidden(volume))
+            lists.cards.push_back(volume);
+    }
+    for (const auto& volume : mounted) {
+        if (volume.kind != VolumeKind::Destination &&
+            !corrections.overrideDestIDs.contains(volume.id()))
+            continue;
+        if (!cardIDs.contains(volume.id()) && !isHidden(volume))
+            lists.destinations.push_back(volume);
+    }
+    for (const auto& folder : corrections.extraCards) {
+        if (!holds(lists.cards, folder))
+            lists.cards.push_back(folder);
+    }
+    for (const auto& folder : corrections.extraDestinations) {
+        if (!holds(lists.destinations, folder) && !holds(lists.cards, folder))
+            lists.destinations.push_back(folder);
+    }
+    std::copy_if(mounted.begin(), mounted.end(), std::back_inserter(lists.unknownVolumes),
+                 [](const auto& volume) {
+                     return volume.kind == VolumeKind::System || volume.kind == VolumeKind::Unknown;
+                 });
+    return lists;
+}
+
+VolumeIDs restoredDestinations(const StoredDestinations& stored,
+                               std::span<const ClassifiedVolume> destinations) {
+    const auto present = idsOf(destinations);
+    VolumeIDs restored;
+    for (const auto& id : stored.ids) {
+        if (present.contains(id))
+            restored.insert(id);
+    }
+    if (restored.empty() && stored.single && present.contains(*stored.single))
+        restored.insert(*stored.single);
+    if (restored.empty() && destinations.size() == 1)
+        restored.insert(destinations.front().id());
+    return restored;
+}
+
+VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounted,
+                                        const StoredDestinations& stored,
+                                        const ExistsTest& exists) {
+    auto previous = idsOf(lists_.cards);
+    previous.merge(idsOf(lists_.destinations));
+
+    for (auto* extras : {&corrections_.extraCards, &corrections_.extraDestinations})
+        std::erase_if(*extras,
+                      [&](const auto& folder) { return !exists(folder.facts.mountPoint); });
+    const auto mountedIDs = idsOf(mounted);
+    std::erase_if(corrections_.hiddenVolumeIDs,
+                  [&](const auto& id) { return !mountedIDs.contains(id); });
+    lists_ = sortVolumes(mounted, corrections_);
+
+    cardSelection_.keepOnly(lists_.cards);
+    destinationSelection_.keepOnly(lists_.destinations);
+    if (destinationSelection_.ids.empty())
+        destinationSelection_.ids = restoredDestinations(stored, lists_.destinations);
+    if (!destinationSelection_.focused)
+        destinationSelection_.focusAny();
+
+    Applied applied;
+    for (const auto* list : {&lists_.cards, &lists_.destinations}) {
+        for (const auto& volume : *list) {
+            if (!previous.contains(volume.id()))
+                applied.appeared.insert(volume.id());
+        }
+    }
+    for (const auto& card : lists_.cards) {
+        if (seenCardIDs_.insert(card.id()).second)
+            applied.newCards.push_back(card);
+    }
+    return applied;
+}
+
+std::vector<ClassifiedVolume> VolumeBoard::selectedCards() const {
+    return cardSelection_.selectedOf(lists_.cards);
+}
+
+std::vector<ClassifiedVolume> VolumeBoard::selectedDests() const {
+    return destinationSelection_.selectedOf(lists_.destinations);
+}
+
+const ClassifiedVolume* VolumeBoard::selectedCard() const {
+    if (cardSelection_.focused) {
+        if (const auto* focused = findVolume(lists_.cards, *cardSelection_.focused))
+            return focused;
+    }
+    const auto first =
+        std::find_if(lists_.cards.begin(), lists_.cards.end(),
+                     [&](const auto& card) { return cardSelection_.contains(card.id()); });
+    return first == lists_.cards.end() ? nullptr : &*first;
+}
+
+void VolumeBoard::treatAsCard(const std::string& id) {
+    corrections_.overrideDestIDs.erase(id);
+    corrections_.overrideCardIDs.insert(id);
+}
+
+void VolumeBoard::treatAsDestination(const std::string& id) {
+    corrections_.overrideCardIDs.erase(id);
+    corrections_.overrideDestIDs.insert(id);
+}
+
+void VolumeBoard::removeCard(const ClassifiedVolume& card) {
+    const auto id = card.id();
+    cardSelection_.ids.erase(id);
+    erase(corrections_.extraCards, card);
+    corrections_.overrideCardIDs.erase(id);
+    if (!card.isPickedFolder())
+        corrections_.hiddenVolumeIDs.insert(id);
+    if (cardSelection_.focused != id)
+        return;
+    cardSelection_.focusAny();
+    if (cardSelection_.focused)
+        return;
+    const auto other = std::find_if(lists_.cards.begin(), lists_.cards.end(),
+                                    [&](const auto& volume) { return volume.id() != id; });
+    if (other != lists_.cards.end())
+        cardSelection_.focused = other->id();
+}
+
+void VolumeBoard::removeDestination(const ClassifiedVolume& destination) {
+    const auto id = destination.id();
+    destinationSelection_.ids.erase(id);
+    erase(corrections_.extraDestinations, destination);
+    corrections_.overrideDestIDs.erase(id);
+    if (!destination.isPickedFolder())
+        corrections_.hiddenVolumeIDs.insert(id);
+    if (destinationSelection_.focused == id)
+        destinationSelection_.focusAny();
+}
+
+void VolumeBoard::clearAllCards() {
+    cardSelection_ = {};
+    corrections_.extraCards.clear();
+}
+
+void VolumeBoard::clearAllDestinations() {
+    destinationSelection_ = {};
+    corrections_.extraDestinations.clear();
+}
+
+void VolumeBoard::addPickedCard(const ClassifiedVolume& folder) {
+    erase(corrections_.extraDestinations, folder);
+    erase(corrections_.extraCards, folder);
+    corrections_.extraCards.push_back(folder);
+}
+
+void VolumeBoard::addPickedDestination(const ClassifiedVolume& folder) {
+    erase(corrections_.extraCards, folder);
+    erase(corrections_.extraDestinations, folder);
+    corrections_.extraDestinations.push_back(folder);
+}
+
+void VolumeBoard::applyCapacity(const std::string& id, std::int64_t total, std::int64_t free) {
+    fillGaps(lists_.cards, id, total, free);
+    fillGaps(lists_.destinations, id, total, free);
+    raise(corrections_.extraCards, id, total, free);
+    raise(corrections_.extraDestinations, id, total, free);
+}
+
+} // namespace slatewise
