@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <numeric>
@@ -26,12 +27,29 @@ struct CloseFolder {
 };
 using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
 
-/// Gives nothing, with `errno` set, when the folder cannot be opened.
-OpenFolder openFolder(int parent, const char* name) {
-    FileDescriptor descriptor(::openat(parent, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!descriptor)
-        return nullptr;
-    OpenFolder folder(::fdopendir(descriptor.get()));
+/// Opens a folder by its path below another one, however long that path is. Invalid, with `errno`
+/// set, when it cannot be opened.
+FileDescriptor openBelow(int base, std::string_view relative) {
+    constexpr int kFolder = O_DIRECTORY | O_CLOEXEC;
+    FileDescriptor way;
+    const auto from = [&] {
+        return way ? way.get() : base;
+    };
+    while (relative.size() >= PATH_MAX) {
+        const auto end = relative.rfind('/', PATH_MAX - 1);
+        way = FileDescriptor(
+            ::openat(from(), std::string(relative.substr(0, end)).c_str(), O_PATH | kFolder));
+        if (!way)
+            return way;
+        relative.remove_prefix(end + 1);
+    }
+    const std::string rest(relative.empty() ? "." : relative);
+    return FileDescriptor(::openat(from(), rest.c_str(), O_RDONLY | O_NOFOLLOW | kFolder));
+}
+
+/// Gives nothing, with `errno` set, when there is no such folder to list.
+OpenFolder listable(FileDescriptor descriptor) {
+    OpenFolder folder(descriptor ? ::fdopendir(descriptor.get()) : nullptr);
     if (folder)
         (void)descriptor.release();
     return folder;
@@ -54,8 +72,19 @@ public:
         : root_(root), names_(names), onUnreadable_(onUnreadable) {}
 
     std::vector<InventoryEntry> run() {
-        if (const auto folder = openFolder(AT_FDCWD, root_.c_str()))
-            list(folder.get(), "");
+        const FileDescriptor root(::open(root_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!root)
+            passOver("", errno);
+        else
+            pending_.emplace_back();
+        while (!pending_.empty()) {
+            const auto relative = std::move(pending_.back());
+            pending_.pop_back();
+            if (const auto folder = listable(openBelow(root.get(), relative)))
+                list(folder.get(), relative);
+            else
+                passOver(relative, errno);
+        }
         std::sort(entries_.begin(), entries_.end(), [](const auto& left, const auto& right) {
             return left.relativePath < right.relativePath;
         });
@@ -63,16 +92,14 @@ public:
     }
 
 private:
-    /// `prefix` is the folder's relative path with a "/" at its end, empty for the root. Folders
-    /// stay open down to the one at hand: names relative to them work however long the whole path
-    /// is.
-    void list(DIR* folder, const std::string& prefix) {
+    void list(DIR* folder, const std::string& relative) {
+        const auto prefix = relative.empty() ? "" : relative + "/";
         for (;;) {
             errno = 0;
             const dirent* const item = ::readdir(folder);
             if (!item) {
                 if (errno != 0)
-                    passOver(prefix, errno);
+                    passOver(relative, errno);
                 return;
             }
             if (!isDotEntry(item->d_name))
@@ -91,12 +118,8 @@ private:
                                   : !isFolder;
         entries_.push_back({relative, isFolder, isFolder ? 0 : attributes->sizeBytes,
                             attributes->modified, attributes->created, hasBytes && !skip});
-        if (!isFolder || skip)
-            return;
-        if (const auto folder = openFolder(parent, name))
-            list(folder.get(), relative + "/");
-        else
-            passOver(relative, errno);
+        if (isFolder && !skip)
+            pending_.push_back(relative);
     }
 
     /// Replaces a link's attributes by those of the file it leads to. Gives whether it has bytes to
@@ -116,7 +139,7 @@ private:
     }
 
     void passOver(const std::string& relative, int code) {
-        const auto folder = root_ / relative;
+        const auto folder = relative.empty() ? root_ : root_ / relative;
         if (isOurOwnLimit(code))
             throw PosixError("open", folder, code);
         if (onUnreadable_)
@@ -126,6 +149,9 @@ private:
     const std::filesystem::path& root_;
     const SkipNames& names_;
     const UnreadableFolder& onUnreadable_;
+    /// Folders to list, by their relative path. None is open but the one at hand: a tree may be
+    /// deeper than a process may have files open.
+    std::vector<std::string> pending_;
     std::vector<InventoryEntry> entries_;
 };
 

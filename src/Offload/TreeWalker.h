@@ -25,7 +25,8 @@ using UnreadableFolder = std::function<void(const std::filesystem::path& folder,
 /// Lists everything under `root`, sorted by the bytes of the relative path.
 ///
 /// Hidden items are listed; below a skipped folder nothing is. An unreadable folder is passed over
-/// and handed to `onUnreadable`. A root that cannot be listed gives an empty inventory.
+/// and handed to `onUnreadable`; so is a root that cannot be listed, which gives an empty
+/// inventory.
 ///
 /// A symbolic link is not walked into. One that leads to a regular file is listed with that file's
 /// size and dates, and what is copied is that file's bytes. One that leads to a folder or to

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -113,7 +114,14 @@ TEST(TreeWalker, LinksAreListedAndNeverWalkedInto) {
 }
 
 TEST(TreeWalker, WhatCannotBeListedIsEmptyOrPassedOver) {
-    EXPECT_THAT(TreeWalker::walk("/no/such/folder", {}), IsEmpty());
+    std::vector<std::string> passedOver;
+    EXPECT_THAT(TreeWalker::walk("/no/such/folder", {}, {},
+                                 [&](const auto& folder, int code) {
+                                     passedOver.push_back(folder.native());
+                                     EXPECT_EQ(code, ENOENT);
+                                 }),
+                IsEmpty());
+    EXPECT_THAT(passedOver, ElementsAre("/no/such/folder"));
     EXPECT_EQ(TreeWalker::copyableBytes("/no/such/folder", {}), 0);
     const TemporaryFolder card;
     writeFile(card / "file", "1");
@@ -173,6 +181,22 @@ TEST(TreeWalker, NamesAreBytesAndTreesMayBeDeep) {
     EXPECT_EQ(listed.size(), 3u + kLevels + 1u);
     EXPECT_TRUE(listed.contains("line\nend \"quoted\", <b>"));
     EXPECT_TRUE(listed.contains("not utf-8 \xff\xfe"));
+}
+
+TEST(TreeWalker, ATreeMayBeDeeperThanFilesMayBeOpen) {
+    constexpr int kLevels = 300;
+    const TemporaryFolder card;
+    std::filesystem::path deep = card.path();
+    for (int level = 0; level < kLevels; ++level)
+        deep /= "d";
+    writeFile(deep / "clip.mov", "1");
+    rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit few{.rlim_cur = kLevels / 2, .rlim_max = limit.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    const auto listed = TreeWalker::walk(card.path(), {});
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(listed.size(), kLevels + 1u);
 }
 
 TEST(TreeWalker, NormalizesWhatAUserTypes) {
