@@ -2,6 +2,7 @@
 
 #include "Offload/CopyProgress.h"
 #include "Offload/FolderTemplate.h"
+#include "Offload/MediaProbe.h"
 #include "Offload/OffloadError.h"
 #include "Offload/PathSize.h"
 #include "Offload/SHA256Hasher.h"
@@ -124,6 +125,7 @@ private:
                                                       SHA256Hasher::bufferSize, watch({}));
             results_.push_back(std::move(row));
         }
+        lookIntoClips(cardRoot_);
         return outcome(OutcomeStatus::hashed, 0);
     }
 
@@ -146,6 +148,7 @@ private:
         }
         settleOnDevice();
         const bool allProved = verifyCopies();
+        lookIntoClips(sessionRoot_);
         return outcome(allProved ? OutcomeStatus::verified : OutcomeStatus::failed,
                        progress.bytesDone());
     }
@@ -251,6 +254,14 @@ private:
     }
 
     // Around all of it
+
+    /// Reads through the system's cache, and so only after the last proof.
+    void lookIntoClips(const std::filesystem::path& root) {
+        MediaProbe::attachMediaMetadata(results_, root,
+                                        {.tool = request_.mediaInfo,
+                                         .log = [this](const std::string& line) { log(line); },
+                                         .stop = stop_});
+    }
 
     OffloadOutcome outcome(std::string_view status, std::int64_t bytesCopied) {
         return {.sessionID = request_.sessionID,

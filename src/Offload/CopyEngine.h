@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 #include "Offload/OffloadPhase.h"
 #include "Offload/OffloadRows.h"
 #include "Offload/OffloadSettings.h"
@@ -27,6 +28,8 @@ struct Request {
     Uuid sessionID;
     /// Fills the date and time in the session's path, and becomes `startedAt`.
     Instant now{};
+    /// What clips are looked into with.
+    MediaInfoCLI::Tool mediaInfo = MediaInfoCLI::Tool::usual();
 };
 
 /// Who watches a run. Callbacks are called on the run's thread, must not block, and may be empty.
@@ -45,9 +48,10 @@ struct Observer {
 /// Does the whole run and blocks until it is done.
 ///
 /// Copies every file in the inventory's order, makes the volume durable, then reads every copy back
-/// from the disk. A file that fails to copy ends the run with an outcome "failed"; a copy that
-/// proves wrong is a row of such an outcome, and the other files are still proved. Nothing that was
-/// written is ever removed.
+/// from the disk, and at last looks into the clips for the reports' sake. When asked to stop while
+/// it looks, it gives what it has proved, with facts about fewer clips. A file that fails to copy
+/// ends the run with an outcome "failed"; a copy that proves wrong is a row of such an outcome, and
+/// the other files are still proved. Nothing that was written is ever removed.
 ///
 /// Fails with `CancellationError` when asked to stop between files, with
 /// `OffloadError::InsufficientSpace` before anything is written, and with `PosixError` when the

@@ -1,11 +1,11 @@
 #include "Offload/TimecodeFormat.h"
 
+#include "Platform/Numbers.h"
 #include "Platform/Text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -38,22 +38,11 @@ std::string text(std::int64_t frames, std::int64_t nominal) {
                        frames - seconds * nominal);
 }
 
-std::optional<std::int64_t> wholeNumber(std::string_view digits) {
-    if (digits.starts_with('+'))
-        digits.remove_prefix(1);
-    std::int64_t number = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto [stop, failure] = std::from_chars(digits.data(), end, number);
-    if (failure != std::errc() || stop != end)
-        return std::nullopt;
-    return number;
-}
-
 std::vector<std::int64_t> wholeNumbers(std::string_view timecode) {
     std::vector<std::int64_t> numbers;
     const auto colonsOnly = Text::replaced(timecode, ";", ":");
     for (const auto piece : Text::pieces(colonsOnly, ':')) {
-        if (const auto number = wholeNumber(piece))
+        if (const auto number = Numbers::whole(piece))
             numbers.push_back(*number);
     }
     return numbers;

@@ -33,9 +33,17 @@ std::string formatted(const icu::number::LocalizedNumberFormatter& formatter, do
     return text;
 }
 
-double roundedTo(double value, int fractionDigits) {
-    const double scale = std::pow(10.0, fractionDigits);
-    return std::round(value * scale) / scale;
+/// The whole text as a number of the type. A plus sign is ours to skip: the library knows none.
+template <typename Number>
+std::optional<Number> parsed(std::string_view text) {
+    if (text.starts_with('+') && !text.starts_with("+-"))
+        text.remove_prefix(1);
+    Number number{};
+    const char* const end = text.data() + text.size();
+    const auto [stop, failure] = std::from_chars(text.data(), end, number);
+    if (failure != std::errc() || stop != end)
+        return std::nullopt;
+    return number;
 }
 
 } // namespace
@@ -48,7 +56,7 @@ std::string byteCount(std::int64_t bytes) {
     // A value that rounds up to a full 1000 belongs to the next unit: 999,999 bytes are 1 MB.
     std::size_t unit = 0;
     while (unit + 1 < kByteUnits.size() &&
-           roundedTo(size / kByteUnits[unit].size, kByteUnits[unit].maximumFractionDigits) >= 1000)
+           rounded(size / kByteUnits[unit].size, kByteUnits[unit].maximumFractionDigits) >= 1000)
         ++unit;
 
     const auto& chosen = kByteUnits[unit];
@@ -99,6 +107,22 @@ std::string shortest(double value) {
     if (isInFull && text.find('.') == std::string::npos)
         text += ".0";
     return text;
+}
+
+double rounded(double value, int fractionDigits) {
+    const double scale = std::pow(10.0, fractionDigits);
+    const double scaled = std::round(value * scale);
+    // What is too large to be scaled has no digits there anyway.
+    return std::isfinite(scaled) ? scaled / scale : value;
+}
+
+std::optional<double> decimal(std::string_view text) {
+    const auto number = parsed<double>(text);
+    return number && std::isfinite(*number) ? number : std::nullopt;
+}
+
+std::optional<std::int64_t> whole(std::string_view text) {
+    return parsed<std::int64_t>(text);
 }
 
 } // namespace slatewise::Numbers

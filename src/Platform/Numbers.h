@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
-/// Numbers as people read them.
+/// Numbers as people read them, and numbers read from text.
 namespace slatewise::Numbers {
 
 /// A byte count with a decimal unit (1 kB is 1000 bytes), as precise as its size deserves:
@@ -15,5 +17,15 @@ std::string grouped(std::int64_t count, const char* locale);
 
 /// The shortest decimal text that reads back as the same double, with a fraction: "24.0".
 std::string shortest(double value);
+
+/// Rounded half away from zero to so many digits behind the point.
+double rounded(double value, int fractionDigits);
+
+/// A finite decimal number, if the whole text is one: "25", "-2.5", "+1e3". The decimal sign is a
+/// point in every locale.
+std::optional<double> decimal(std::string_view text);
+
+/// A whole number with an optional sign, if the whole text is one and it fits.
+std::optional<std::int64_t> whole(std::string_view text);
 
 } // namespace slatewise::Numbers

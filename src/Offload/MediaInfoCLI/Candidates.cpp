@@ -1,0 +1,85 @@
+#include "Offload/MediaInfoCLI/MediaInfoCLI.h"
+
+#include <fstream>
+#include <system_error>
+
+namespace slatewise::MediaInfoCLI {
+
+namespace {
+
+using std::filesystem::path;
+
+constexpr const char* kToolName = "mediainfo";
+
+/// A copy of the tool that lies in a folder of ours or in one above it.
+void appendVendorURLs(path folder, std::vector<path>& candidates) {
+    constexpr int kLevels = 10;
+    for (int level = 0; level < kLevels; ++level) {
+        candidates.push_back(folder / "Vendor/MediaInfo" / kToolName);
+        if (folder.parent_path() == folder)
+            return;
+        folder = folder.parent_path();
+    }
+}
+
+std::optional<path> ownExecutable() {
+    std::error_code failure;
+    auto executable = std::filesystem::read_symlink("/proc/self/exe", failure);
+    if (failure)
+        return std::nullopt;
+    return executable;
+}
+
+/// A bare name was found along PATH and says nothing about a folder. Taken as a path it would mean
+/// the folder we happen to be in, from where we must not run anything: it may be a card.
+std::optional<std::string> firstArgument() {
+    std::ifstream words("/proc/self/cmdline", std::ios::binary);
+    std::string word;
+    if (!std::getline(words, word, '\0') || word.find('/') == std::string::npos)
+        return std::nullopt;
+    return word;
+}
+
+path resolved(const path& link) {
+    std::error_code failure;
+    const auto whole = std::filesystem::absolute(link, failure);
+    const auto target = std::filesystem::weakly_canonical(whole, failure);
+    return failure ? whole : target;
+}
+
+} // namespace
+
+std::vector<path> candidateURLs(const path& bundle, const std::optional<path>& executable,
+                                const std::optional<std::string>& argv0) {
+    std::vector<path> candidates = {
+        bundle / "Contents/Helpers" / kToolName,
+        bundle / "Contents/MacOS" / kToolName,
+        bundle / "Helpers" / kToolName,
+    };
+    const auto started = argv0 ? std::optional(resolved(*argv0)) : std::nullopt;
+    for (const auto& base : {executable, started}) {
+        if (!base)
+            continue;
+        const auto folder = base->parent_path();
+        const auto parent = folder.parent_path();
+        candidates.push_back(folder / kToolName);
+        candidates.push_back(parent / "Helpers" / kToolName);
+        candidates.push_back(folder / "Helpers" / kToolName);
+        candidates.push_back(parent / "MacOS" / kToolName);
+        appendVendorURLs(folder, candidates);
+    }
+    appendVendorURLs(SLATEWISE_SOURCE_FOLDER, candidates);
+    for (const auto* folder : {"/opt/homebrew/bin", "/usr/local/bin", "/usr/bin"})
+        candidates.push_back(path(folder) / kToolName);
+    return candidates;
+}
+
+Tool Tool::usual() {
+    const auto executable = ownExecutable();
+    const auto bundle = executable ? executable->parent_path() : path("/");
+    return {.candidates = candidateURLs(bundle, executable, firstArgument()),
+            .limits = {},
+            .noted = &MediaInfoCLI::noted()};
+}
+
+} // namespace slatewise::MediaInfoCLI

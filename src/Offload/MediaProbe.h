@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Offload/MediaInfoCLI/MediaInfoCLI.h"
+#include "Offload/OffloadRows.h"
+
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <stop_token>
+
+/// What can be said about the timing of a file.
+namespace slatewise::MediaProbe {
+
+/// What a probe works with.
+struct Context {
+    MediaInfoCLI::Tool tool = MediaInfoCLI::Tool::usual();
+    MediaInfoCLI::Log log;
+    /// When requested, a probe ends at once with what it knows by then.
+    std::stop_token stop;
+};
+
+/// Asks the `mediainfo` tool, a WAV file's own chunks and the media library, in this order; a later
+/// source fills only what the earlier ones left open. Only what bears the name of a video or audio
+/// file is opened. Never fails: what cannot be learnt is absent. Blocks for some seconds at most;
+/// any thread.
+MediaMetadata probe(const std::filesystem::path& file, const Context& context = {});
+
+/// Fills the media fields of every row whose file lies under `root` because it was copied or
+/// hashed. Rows stay as they are otherwise: what is known of a clip has no say in whether its copy
+/// is proved. Once `context.stop` is requested the remaining rows get nothing.
+void attachMediaMetadata(std::span<FileCopyResult> rows, const std::filesystem::path& root,
+                         const Context& context);
+
+} // namespace slatewise::MediaProbe

@@ -1,0 +1,136 @@
+#include "Platform/MediaFile.h"
+
+#include <chrono>
+#include <cmath>
+#include <memory>
+#include <span>
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/dict.h>
+#include <libavutil/log.h>
+}
+
+namespace slatewise::MediaFile {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kLimit{15};
+
+/// What cameras and sound recorders write. A playlist or a network description that bears the name
+/// of a clip stays closed.
+constexpr const char* kContainers = "mov,mp4,m4a,3gp,3g2,mj2,mxf,matroska,webm,avi,mpegts,wav,w64,"
+                                    "aiff,mp3,aac,ogg";
+
+/// How long the library may go on; asked by it while it reads.
+struct Patience {
+    const std::stop_token& stop;
+    const SteadyClock::time_point deadline = SteadyClock::now() + kLimit;
+
+    static int isOver(void* patience) {
+        const auto& self = *static_cast<const Patience*>(patience);
+        return self.stop.stop_requested() || SteadyClock::now() > self.deadline ? 1 : 0;
+    }
+};
+
+struct ContextCloser {
+    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+};
+using Context = std::unique_ptr<AVFormatContext, ContextCloser>;
+
+/// Null when the library makes nothing of the file.
+Context open(const std::filesystem::path& file, Patience& patience) {
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context)
+        return nullptr;
+    context->interrupt_callback = {&Patience::isOver, &patience};
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "protocol_whitelist", "file", 0);
+    av_dict_set(&options, "format_whitelist", kContainers, 0);
+    // The prefix keeps a name with a colon from being read as an address. A failure frees the
+    // context.
+    const auto address = "file:" + file.native();
+    const int failure = avformat_open_input(&context, address.c_str(), nullptr, &options);
+    av_dict_free(&options);
+    return Context(failure < 0 ? nullptr : context);
+}
+
+std::optional<double> positive(double number) {
+    if (std::isfinite(number) && number > 0)
+        return number;
+    return std::nullopt;
+}
+
+std::optional<double> positive(AVRational number) {
+    return number.den == 0 ? std::nullopt : positive(av_q2d(number));
+}
+
+std::span<AVStream* const> tracks(const AVFormatContext& context) {
+    return {context.streams, context.nb_streams};
+}
+
+const AVStream* firstVideo(const AVFormatContext& context) {
+    for (const auto* track : tracks(context)) {
+        // A cover picture stands among the tracks, but it is none.
+        if (track->codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
+            !(track->disposition & AV_DISPOSITION_ATTACHED_PIC))
+            return track;
+    }
+    return nullptr;
+}
+
+const AVStream* firstTimecode(const AVFormatContext& context) {
+    for (const auto* track : tracks(context)) {
+        if (track->codecpar->codec_tag == MKTAG('t', 'm', 'c', 'd'))
+            return track;
+    }
+    return nullptr;
+}
+
+std::optional<double> duration(const AVFormatContext& context) {
+    if (context.duration == AV_NOPTS_VALUE)
+        return std::nullopt;
+    const double whole = static_cast<double>(context.duration) / AV_TIME_BASE;
+    // The whole is in microseconds, a track's length in units that divide its frames: the
+    // difference decides whether a last frame counts.
+    for (const auto* track : tracks(context)) {
+        if (track->duration == AV_NOPTS_VALUE)
+            continue;
+        constexpr double kRounding = 2.0 / AV_TIME_BASE;
+        const double exact = static_cast<double>(track->duration) * av_q2d(track->time_base);
+        if (std::abs(exact - whole) < kRounding)
+            return positive(exact);
+    }
+    return positive(whole);
+}
+
+/// Some containers tell everything in their headers; others need a look at their content.
+bool isComplete(const AVFormatContext& context) {
+    const auto* video = firstVideo(context);
+    return duration(context) && (!video || positive(video->avg_frame_rate));
+}
+
+} // namespace
+
+Timing timing(const std::filesystem::path& file, const std::stop_token& stop) {
+    // Its complaints about foreign files would go to standard error.
+    av_log_set_level(AV_LOG_QUIET);
+    Patience patience{.stop = stop};
+    const auto context = open(file, patience);
+    if (!context)
+        return {};
+    if (!isComplete(*context) && avformat_find_stream_info(context.get(), nullptr) < 0)
+        return {};
+
+    Timing result;
+    result.durationSeconds = duration(*context);
+    if (const auto* video = firstVideo(*context))
+        result.nominalFrameRate = positive(video->avg_frame_rate);
+    if (const auto* timecode = firstTimecode(*context))
+        result.timecodeFrameSeconds = positive(av_inv_q(timecode->avg_frame_rate));
+    return result;
+}
+
+} // namespace slatewise::MediaFile

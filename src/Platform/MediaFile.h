@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <stop_token>
+
+/// What the media library knows of a file's timing.
+namespace slatewise::MediaFile {
+
+/// Every number is finite and above 0.
+struct Timing {
+    std::optional<double> durationSeconds;
+    /// Frames per second of the first video track.
+    std::optional<double> nominalFrameRate;
+    /// How long one frame of the first timecode track lasts.
+    std::optional<double> timecodeFrameSeconds;
+
+    friend bool operator==(const Timing&, const Timing&) = default;
+};
+
+/// Looks into a file's headers, and into a little of its content where they leave something open.
+/// Blocks for some seconds at most and gives up at once when `stop` is requested. Never fails: what
+/// cannot be learnt is absent. Opens no other file and no network address that the file may name.
+Timing timing(const std::filesystem::path& file, const std::stop_token& stop = {});
+
+} // namespace slatewise::MediaFile
