@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Platform/ColorScheme.h"
+
+#include <QObject>
+#include <QString>
+#include <qqml.h>
+
+namespace slatewise {
+
+/// What views take over from the desktop: light or dark, and the font for paths. One for the QML
+/// engine, on the GUI thread.
+class Appearance : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+    Q_PROPERTY(bool dark READ isDark NOTIFY darkChanged)
+    Q_PROPERTY(QString fixedFontFamily READ fixedFontFamily CONSTANT)
+
+public:
+    explicit Appearance(QObject* parent = nullptr);
+
+    bool isDark() const { return scheme_.isDark(); }
+    QString fixedFontFamily() const;
+
+Q_SIGNALS:
+    void darkChanged();
+
+private:
+    ColorScheme scheme_;
+};
+
+} // namespace slatewise

@@ -1,0 +1,57 @@
+import QtQuick
+import QtQuick.Templates as T
+import SlatewiseViews
+
+// One choice among few, in the hue of what is chosen. Takes the keyboard by Tab and arrows, never by
+// a click.
+T.AbstractButton {
+    id: chip
+
+    property color hue: DITTheme.accent
+    property bool chosen: false
+
+    readonly property color foreground: chosen ? DITTheme.inkOn(hue) : DITTheme.legible(hue)
+
+    implicitHeight: DITTheme.controlHeight
+    implicitWidth: Math.min(label.implicitWidth, 200) + 28
+    leftPadding: 14
+    rightPadding: 14
+    focusPolicy: Qt.TabFocus
+    checked: chosen
+    font.pixelSize: DITTheme.subheadline
+    font.weight: chosen ? Font.Bold : Font.DemiBold
+    Accessible.role: Accessible.RadioButton
+    Accessible.checked: chosen
+
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    contentItem: AppText {
+        id: label
+        text: chip.text
+        font: chip.font
+        color: chip.foreground
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
+    }
+
+    background: Rectangle {
+        radius: height / 2
+        color: chip.chosen ? chip.hue
+                           : DITTheme.withOpacity(chip.hue, chip.down ? 0.3 : chip.hovered ? 0.16 : 0.06)
+        border.width: 1
+        border.color: chip.chosen ? chip.hue : DITTheme.withOpacity(chip.hue, 0.55)
+
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            color: "#000000"
+            opacity: !chip.chosen ? 0 : chip.down ? 0.2 : chip.hovered ? 0.08 : 0
+        }
+        FocusRing {
+            gap: 1
+            shown: chip.activeFocus
+        }
+    }
+}

@@ -1,0 +1,7 @@
+import QtQuick
+import SlatewiseViews
+
+Rectangle {
+    implicitHeight: 1
+    color: DITTheme.divider
+}

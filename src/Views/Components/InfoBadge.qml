@@ -1,0 +1,27 @@
+import QtQuick
+import SlatewiseViews
+
+// A word about a card, in the hue of what it tells. Not there without a word.
+Rectangle {
+    id: badge
+
+    property alias text: label.text
+    property color hue
+
+    visible: text.length > 0
+    implicitWidth: Math.min(label.implicitWidth, 112) + 16
+    implicitHeight: label.implicitHeight + 8
+    radius: height / 2
+    color: DITTheme.withOpacity(hue, 0.18)
+    border.width: 1
+    border.color: DITTheme.withOpacity(hue, 0.45)
+
+    AppText {
+        id: label
+        anchors.centerIn: parent
+        width: Math.min(implicitWidth, parent.width - 16)
+        font.pixelSize: DITTheme.caption
+        font.weight: Font.DemiBold
+        color: DITTheme.legible(badge.hue)
+    }
+}

@@ -1,0 +1,67 @@
+import QtQuick
+import QtQuick.Templates as T
+import SlatewiseViews
+
+// A column that scrolls when it is too tall, and follows the keyboard: whatever takes it is brought
+// into view.
+Flickable {
+    id: area
+
+    property int sidePadding: 0
+    default property alias items: column.data
+    property alias spacing: column.spacing
+
+    implicitHeight: column.implicitHeight
+    contentWidth: width
+    contentHeight: column.implicitHeight
+    boundsBehavior: Flickable.StopAtBounds
+    interactive: contentHeight > height
+    clip: interactive
+
+    function reveal(item) {
+        if (!item || !interactive)
+            return
+        const top = item.mapToItem(column, 0, 0).y - 8
+        const bottom = top + item.height + 16
+        if (top < contentY)
+            contentY = Math.max(0, top)
+        else if (bottom > contentY + height)
+            contentY = Math.min(contentHeight - height, bottom - height)
+    }
+
+    function holds(item) {
+        for (let up = item; up; up = up.parent) {
+            if (up === column)
+                return true
+        }
+        return false
+    }
+
+    Column {
+        id: column
+        x: area.sidePadding
+        width: area.width - 2 * area.sidePadding
+    }
+
+    Connections {
+        target: area.Window.window
+        function onActiveFocusItemChanged() {
+            const item = area.Window.window.activeFocusItem
+            if (area.holds(item))
+                area.reveal(item)
+        }
+    }
+
+    T.ScrollBar.vertical: T.ScrollBar {
+        policy: area.interactive ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
+        padding: 2
+        rightPadding: 5
+        implicitWidth: 13
+        visible: area.interactive
+        contentItem: Rectangle {
+            implicitWidth: 6
+            radius: 3
+            color: DITTheme.withOpacity(DITTheme.primary, 0.3)
+        }
+    }
+}

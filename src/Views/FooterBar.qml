@@ -1,0 +1,59 @@
+import QtQuick
+import QtQuick.Templates as T
+import SlatewiseViews
+
+// Where to find the people who make this.
+Item {
+    id: footer
+
+    required property var appModel
+
+    implicitHeight: link.implicitHeight + 2 * 10
+
+    T.AbstractButton {
+        id: link
+        anchors.left: parent.left
+        anchors.verticalCenter: parent.verticalCenter
+        implicitWidth: line.implicitWidth
+        implicitHeight: line.implicitHeight
+        focusPolicy: Qt.TabFocus
+        text: footer.appModel.websiteLabel
+        Accessible.role: Accessible.Link
+        onClicked: Qt.openUrlExternally(footer.appModel.websiteURL)
+        Keys.onReturnPressed: clicked()
+        Keys.onEnterPressed: clicked()
+
+        contentItem: Row {
+            id: line
+            spacing: 6
+
+            Text {
+                text: link.text
+                textFormat: Text.PlainText
+                font.pixelSize: DITTheme.caption
+                font.weight: Font.Medium
+                font.underline: link.hovered
+                color: DITTheme.secondary
+            }
+            Icon {
+                anchors.verticalCenter: parent.verticalCenter
+                symbol: "link"
+                size: 12
+                color: DITTheme.secondary
+            }
+        }
+        background: Item {
+            FocusRing {
+                radius: 4
+                shown: link.visualFocus
+            }
+        }
+        Hint {
+            text: link.text
+            shown: link.hovered
+        }
+        HoverHandler {
+            cursorShape: Qt.PointingHandCursor
+        }
+    }
+}

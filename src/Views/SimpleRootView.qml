@@ -1,0 +1,142 @@
+import QtQuick
+import SlatewiseViews
+
+// The one screen: cards, disks, units, Copy. Shows the model and calls it; decides nothing.
+//
+// When the window is too low for everything, the lists and the unit picker scroll. How the offload
+// stands and the button that stops it are always in sight.
+FocusScope {
+    id: root
+
+    required property var appModel
+    // Read once for each change: the model makes the whole table anew with every look at it.
+    readonly property var l10n: appModel.l10n
+
+    readonly property int sidePadding: 20
+    readonly property int leastListHeight: 184
+
+    implicitWidth: 2 * sidePadding + 16 + 2 * Math.max(cards.implicitWidth, disks.implicitWidth)
+
+    // Takes the keyboard away from the name fields and hands it back to the window.
+    function resignNameFieldFocus() {
+        picker.resignNameFieldFocus()
+    }
+
+    Component.onCompleted: resignNameFieldFocus()
+
+    HeaderBar {
+        id: header
+        anchors {
+            left: parent.left; right: parent.right; top: parent.top
+            leftMargin: root.sidePadding; rightMargin: root.sidePadding
+        }
+        appModel: root.appModel
+    }
+    Divider {
+        id: upperRule
+        anchors { left: parent.left; right: parent.right; top: header.bottom }
+    }
+
+    ScrollArea {
+        id: upper
+        anchors {
+            left: parent.left; right: parent.right
+            top: upperRule.bottom; bottom: status.top; bottomMargin: 16
+        }
+        sidePadding: root.sidePadding
+
+        Item {
+            width: parent.width
+            height: Math.max(upper.height, 18 + root.leastListHeight + 16 + picker.implicitHeight)
+
+            VolumeColumn {
+                id: cards
+                objectName: "cards"
+                anchors { left: parent.left; top: parent.top; topMargin: 18; bottom: picker.top; bottomMargin: 16 }
+                width: (parent.width - 16) / 2
+                l10n: root.l10n
+                volumes: root.appModel.cards
+                title: root.l10n.cameraCard
+                symbol: "card"
+                emptyText: root.l10n.noCardMounted
+                showsTotal: true
+                totalText: root.appModel.sourceTotalText
+                onChooseFolder: root.appModel.pickCardFolder()
+                onClearAll: root.appModel.clearAllCards()
+                onToggled: volumeID => root.appModel.toggleCard(volumeID)
+                onChosen: volumeID => root.appModel.focusCard(volumeID)
+                onRemoved: volumeID => root.appModel.removeCard(volumeID)
+                onTouched: root.resignNameFieldFocus()
+            }
+            VolumeColumn {
+                id: disks
+                objectName: "disks"
+                anchors { right: parent.right; top: cards.top; bottom: cards.bottom }
+                width: cards.width
+                l10n: root.l10n
+                volumes: root.appModel.destinations
+                title: root.l10n.destinationDisk
+                symbol: "drive"
+                emptyText: root.l10n.noDestination
+                emptyHint: root.l10n.noDiskPickFolder
+                onChooseFolder: root.appModel.pickDestinationFolder()
+                onClearAll: root.appModel.clearAllDestinations()
+                onToggled: volumeID => root.appModel.toggleDestination(volumeID)
+                onChosen: volumeID => root.appModel.focusDestination(volumeID)
+                onRemoved: volumeID => root.appModel.removeDestination(volumeID)
+                onTouched: root.resignNameFieldFocus()
+            }
+            CameraPicker {
+                id: picker
+                objectName: "picker"
+                anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+                height: implicitHeight
+                appModel: root.appModel
+                l10n: root.l10n
+            }
+        }
+    }
+
+    StatusBlock {
+        id: status
+        objectName: "status"
+        anchors {
+            left: parent.left; right: parent.right; bottom: actions.top
+            leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: 16
+        }
+        appModel: root.appModel
+        l10n: root.l10n
+    }
+    ActionRow {
+        id: actions
+        objectName: "actions"
+        anchors {
+            left: parent.left; right: parent.right; bottom: lowerRule.top
+            leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: 18
+        }
+        appModel: root.appModel
+        l10n: root.l10n
+    }
+    Divider {
+        id: lowerRule
+        anchors { left: parent.left; right: parent.right; bottom: footer.top }
+    }
+    FooterBar {
+        id: footer
+        anchors {
+            left: parent.left; right: parent.right; bottom: parent.bottom
+            leftMargin: root.sidePadding; rightMargin: root.sidePadding
+        }
+        appModel: root.appModel
+    }
+
+    // Made when it is first asked for: the start of the program does not pay for it.
+    Loader {
+        active: root.appModel.isAdvancedPresented || item !== null
+        sourceComponent: AdvancedSheet {
+            appModel: root.appModel
+            l10n: root.l10n
+            visible: root.appModel.isAdvancedPresented
+        }
+    }
+}

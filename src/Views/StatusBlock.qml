@@ -1,0 +1,96 @@
+import QtQuick
+import QtQuick.Layouts
+import SlatewiseViews
+
+// How the offload stands. Read from across the truck: success is green with a tick, failure red with
+// a cross, and each colours the whole block.
+Rectangle {
+    id: block
+
+    required property var appModel
+    required property var l10n
+
+    readonly property bool succeeded: appModel.progressDidSucceed
+    readonly property bool failed: appModel.progressDidFail
+    readonly property color hue: succeeded ? DITTheme.success : failed ? DITTheme.danger
+                                                                       : DITTheme.primary
+    readonly property bool settled: succeeded || failed
+
+    implicitHeight: lines.implicitHeight + 2 * 14
+    radius: DITTheme.radius
+    color: DITTheme.withOpacity(hue, settled ? DITTheme.dark ? 0.24 : 0.14 : 0.04)
+    border.width: settled ? 2 : 1
+    border.color: DITTheme.withOpacity(hue, settled ? 0.8 : 0.08)
+    Behavior on color {
+        ColorAnimation { duration: DITTheme.gentle }
+    }
+
+    ColumnLayout {
+        id: lines
+        anchors { left: parent.left; right: parent.right; top: parent.top; margins: 14 }
+        spacing: 8
+
+        RowLayout {
+            Layout.fillWidth: true
+            Layout.preferredHeight: 28
+            spacing: 10
+
+            AppText {
+                objectName: "percent"
+                text: block.appModel.progressPercentText
+                font.pixelSize: DITTheme.title3
+                font.weight: Font.DemiBold
+            }
+            Icon {
+                objectName: "successMark"
+                Layout.preferredWidth: 26
+                Layout.preferredHeight: 26
+                Layout.leftMargin: 6
+                visible: block.succeeded
+                symbol: "check-circle"
+                size: 26
+                color: DITTheme.dark ? DITTheme.successText : DITTheme.success
+            }
+            AppText {
+                objectName: "successText"
+                visible: block.succeeded
+                text: block.l10n.progressSuccess
+                font.pixelSize: DITTheme.title3
+                font.weight: Font.Bold
+                color: DITTheme.dark ? DITTheme.successText : DITTheme.success
+            }
+            Icon {
+                objectName: "failureMark"
+                Layout.preferredWidth: 26
+                Layout.preferredHeight: 26
+                Layout.leftMargin: 6
+                visible: block.failed
+                symbol: "cross-octagon"
+                size: 26
+                color: DITTheme.dark ? DITTheme.dangerText : DITTheme.danger
+            }
+            Item {
+                Layout.fillWidth: true
+            }
+        }
+        ProgressTrack {
+            objectName: "bar"
+            Layout.fillWidth: true
+            fraction: block.appModel.progressFraction
+            hue: block.succeeded ? DITTheme.success : DITTheme.accent
+            // A failure leaves no bar behind; its ground says that it ended.
+            color: block.failed ? DITTheme.danger : DITTheme.withOpacity(DITTheme.primary, 0.1)
+        }
+        AppText {
+            objectName: "title"
+            Layout.fillWidth: true
+            text: block.appModel.progressTitle
+            font.pixelSize: DITTheme.callout
+            font.weight: block.settled ? Font.DemiBold : Font.Normal
+            color: block.failed ? DITTheme.dangerText : DITTheme.primary
+            wrapMode: Text.Wrap
+            maximumLineCount: 2
+            Accessible.role: Accessible.AlertMessage
+        }
+    }
+}

@@ -1,0 +1,44 @@
+import QtQuick
+import SlatewiseViews
+
+// A path template as one line of plain text. `suffix` is what it holds, at any moment without line
+// ends, however they came in.
+TextInput {
+    id: editor
+
+    readonly property string suffix: text.replace(lineEnds, "")
+    readonly property var lineEnds: /[\n\r\u2028\u2029\v\f]/g
+
+    clip: true
+    selectByMouse: true
+    // A token replaces what is selected, even while its button has the keyboard.
+    persistentSelection: true
+    inputMethodHints: Qt.ImhNoPredictiveText | Qt.ImhNoAutoUppercase
+    verticalAlignment: TextInput.AlignVCenter
+    font.family: Appearance.fixedFontFamily
+    color: DITTheme.primary
+    selectionColor: DITTheme.accent
+    selectedTextColor: "#ffffff"
+
+    onTextChanged: {
+        const end = text.search(lineEnds)
+        if (end >= 0)
+            remove(end, end + 1)
+    }
+
+    // Puts `piece` at the caret, in place of what is selected, and goes on behind it.
+    function insertToken(piece) {
+        const start = selectionStart
+        remove(selectionStart, selectionEnd)
+        insert(start, piece)
+        cursorPosition = start + piece.length
+        forceActiveFocus()
+    }
+
+    // Puts `whole` in place of everything.
+    function replaceAll(whole) {
+        remove(0, length)
+        insert(0, whole)
+        cursorPosition = length
+    }
+}

@@ -1,0 +1,81 @@
+// Draws the window in one state of a staged model: slatewise-screenshots SCENE LANGUAGE PALETTE
+// FILE [WIDTH HEIGHT]. The scale is Qt's own (QT_SCALE_FACTOR).
+
+#include <QGuiApplication>
+#include <QPalette>
+#include <QQmlApplicationEngine>
+#include <QQmlComponent>
+#include <QQmlContext>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QTimer>
+#include <QtQml/QQmlExtensionPlugin>
+
+#include <cstdio>
+#include <memory>
+
+Q_IMPORT_QML_PLUGIN(SlatewiseViewsPlugin)
+Q_IMPORT_QML_PLUGIN(SlatewiseStagePlugin)
+
+namespace {
+
+/// Long enough for every fade to end.
+constexpr int kSettledMilliseconds = 900;
+
+void useDarkPalette() {
+    QPalette palette;
+    palette.setColor(QPalette::Window, Qt::black);
+    palette.setColor(QPalette::WindowText, Qt::white);
+    QGuiApplication::setPalette(palette);
+}
+
+void openEditor(QObject& window) {
+    for (auto* button : window.findChildren<QObject*>("edit"))
+        QMetaObject::invokeMethod(button, "clicked");
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    QQuickStyle::setStyle("Basic");
+    QGuiApplication application(count, words);
+    const auto arguments = QGuiApplication::arguments();
+    if (arguments.size() != 5 && arguments.size() != 7) {
+        std::fputs("usage: slatewise-screenshots SCENE LANGUAGE light|dark FILE [WIDTH HEIGHT]\n",
+                   stderr);
+        return 2;
+    }
+    const auto scene = arguments.at(1);
+    if (arguments.at(3) == "dark")
+        useDarkPalette();
+
+    QQmlApplicationEngine engine;
+    engine.addImportPath("qrc:/qt/qml");
+    QQmlComponent scenesType(&engine, QUrl("qrc:/qt/qml/SlatewiseStage/Scenes.qml"));
+    const std::unique_ptr<QObject> scenes(scenesType.create());
+    if (!scenes) {
+        std::fprintf(stderr, "%s\n", qPrintable(scenesType.errorString()));
+        return 1;
+    }
+    auto* model = scenes->property("model").value<QObject*>();
+    model->setProperty("language", arguments.at(2));
+    QMetaObject::invokeMethod(scenes.get(), "play", Q_ARG(QVariant, scene));
+
+    engine.setInitialProperties({{"appModel", QVariant::fromValue(model)}});
+    engine.load(QUrl("qrc:/qt/qml/SlatewiseViews/MainWindow.qml"));
+    if (engine.rootObjects().isEmpty())
+        return 1;
+    auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
+    const bool sized = arguments.size() == 7;
+    window->resize(sized ? arguments.at(5).toInt() : 984, sized ? arguments.at(6).toInt() : 900);
+    window->show();
+    if (scene == "editor")
+        QTimer::singleShot(kSettledMilliseconds / 2, window, [window] { openEditor(*window); });
+    QTimer::singleShot(kSettledMilliseconds, window, [window, file = arguments.at(4)] {
+        QGuiApplication::exit(window->grabWindow().save(file) ? 0 : 1);
+    });
+    const int code = QGuiApplication::exec();
+    // The window goes before the model that it shows.
+    delete window;
+    return code;
+}
