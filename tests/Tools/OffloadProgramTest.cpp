@@ -39,7 +39,7 @@ protected:
 
     ProcessResult offload(const std::vector<std::string>& words,
                           const std::function<void(pid_t)>& whileRunning = {}) {
-        std::vector<std::string> command = {SLATEWISE_PROGRAMS "/slatewise-offload"};
+        std::vector<std::string> command = {(programsFolder() / "slatewise-offload").native()};
         command.insert(command.end(), words.begin(), words.end());
         return run(command,
                    {{"XDG_DATA_HOME", folder / "user/data"},

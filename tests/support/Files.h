@@ -28,6 +28,9 @@ private:
     std::filesystem::path path_;
 };
 
+/// Where the build puts its programs.
+std::filesystem::path programsFolder();
+
 /// Writes a file with all folders on the way.
 void writeFile(const std::filesystem::path& path, std::string_view content);
 
