@@ -50,7 +50,8 @@ bool isValidUtf8(std::string_view text) {
     return true;
 }
 
-std::unique_ptr<icu::Collator> makeNumericCollator() {
+/// Null when the library has none.
+std::unique_ptr<icu::Collator> makeCollator(UColAttribute attribute, UColAttributeValue value) {
     UErrorCode status = U_ZERO_ERROR;
     // A machine that is set to no language at all orders by code point, capitals first; the
     // order that all languages share is closer to what a person expects.
@@ -60,14 +61,23 @@ std::unique_ptr<icu::Collator> makeNumericCollator() {
         isWithoutLanguage ? icu::Locale::getRoot() : machine, status));
     if (U_FAILURE(status))
         return nullptr;
-    collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    collator->setAttribute(attribute, value, status);
     return collator;
 }
 
 /// The calling thread's own, since a collator is no thing to share. Null when there is none.
 const icu::Collator* numericCollator() {
-    thread_local const std::unique_ptr<icu::Collator> collator = makeNumericCollator();
+    thread_local const auto collator = makeCollator(UCOL_NUMERIC_COLLATION, UCOL_ON);
     return collator.get();
+}
+
+int compare(const icu::Collator* collator, std::string_view left, std::string_view right) {
+    if (!collator)
+        return left.compare(right);
+    UErrorCode status = U_ZERO_ERROR;
+    return collator->compareUTF8(
+        icu::StringPiece(left.data(), static_cast<std::int32_t>(left.size())),
+        icu::StringPiece(right.data(), static_cast<std::int32_t>(right.size())), status);
 }
 
 } // namespace
@@ -152,13 +162,12 @@ std::string caseFolded(std::string_view text) {
 }
 
 int localizedStandardCompare(std::string_view left, std::string_view right) {
-    const auto* collator = numericCollator();
-    if (!collator)
-        return left.compare(right);
-    UErrorCode status = U_ZERO_ERROR;
-    return collator->compareUTF8(
-        icu::StringPiece(left.data(), static_cast<std::int32_t>(left.size())),
-        icu::StringPiece(right.data(), static_cast<std::int32_t>(right.size())), status);
+    return compare(numericCollator(), left, right);
+}
+
+int localizedCaseInsensitiveCompare(std::string_view left, std::string_view right) {
+    thread_local const auto collator = makeCollator(UCOL_STRENGTH, UCOL_SECONDARY);
+    return compare(collator.get(), left, right);
 }
 
 std::string localizedStandardSortKey(std::string_view text) {

@@ -40,4 +40,8 @@ int localizedStandardCompare(std::string_view left, std::string_view right);
 /// many names, each of which is looked at once.
 std::string localizedStandardSortKey(std::string_view text);
 
+/// Locale-aware order that takes no notice of case and reads numbers digit by digit. Negative, zero
+/// or positive.
+int localizedCaseInsensitiveCompare(std::string_view left, std::string_view right);
+
 } // namespace slatewise::Text

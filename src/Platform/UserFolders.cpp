@@ -4,7 +4,10 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <array>
 #include <cstdlib>
+#include <pwd.h>
+#include <unistd.h>
 
 namespace slatewise::UserFolders {
 
@@ -24,6 +27,16 @@ std::filesystem::path fromEnvironment(const char* variable) {
 std::filesystem::path fromEnvironment(const char* variable, const char* belowHome) {
     auto folder = fromEnvironment(variable);
     return folder.empty() ? home() / belowHome : folder;
+}
+
+/// By the system's own word: the variable of that name is anybody's.
+std::string userName() {
+    constexpr std::size_t kRoomForOneEntry = 16384;
+    std::array<char, kRoomForOneEntry> texts;
+    passwd entry{};
+    passwd* found = nullptr;
+    ::getpwuid_r(::geteuid(), &entry, texts.data(), texts.size(), &found);
+    return found ? found->pw_name : std::to_string(::geteuid());
 }
 
 } // namespace
@@ -46,6 +59,12 @@ std::filesystem::path documents() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     return folder.isEmpty() ? home() / "Documents"
                             : std::filesystem::path(QFile::encodeName(folder).toStdString());
+}
+
+std::filesystem::path media() {
+    std::error_code failure;
+    const bool isBelowRun = std::filesystem::is_directory("/run/media", failure);
+    return std::filesystem::path(isBelowRun ? "/run/media" : "/media") / userName();
 }
 
 } // namespace slatewise::UserFolders

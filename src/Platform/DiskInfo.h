@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Platform/DiskFacts.h"
+#include "Platform/DiskSources.h"
+#include "Platform/MountTable.h"
+#include "Platform/PropertyList.h"
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace slatewise {
+
+/// One look at what is mounted and at the disks below. At rest from then on: any thread may ask it.
+class DiskInfo {
+public:
+    explicit DiskInfo(DiskSources sources = {});
+
+    /// Null when nothing is mounted at that very path.
+    const Mount* mountAt(const std::filesystem::path& path) const;
+
+    /// What is known of the volume that holds the path, which must be absolute and lead through no
+    /// links. Nothing when the path lies in no mount. May read from the disk and block as it does.
+    std::optional<PropertyList> properties(const std::filesystem::path& path) const;
+
+private:
+    std::optional<DiskFacts> factsAbout(const Mount& mount) const;
+
+    DiskSources sources_;
+    std::vector<Mount> mounts_;
+};
+
+/// The dictionary about a volume from what is known of its mount and its disk. Keys and words are
+/// those of the desktop on which our verdicts were first made. A kind of file system that has no
+/// word there is left out: it says nothing for or against a volume. Nothing is said of the disk
+/// under a mount that has none.
+PropertyList propertyList(const Mount& mount, const std::optional<DiskFacts>& disk);
+
+} // namespace slatewise

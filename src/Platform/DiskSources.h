@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Platform/MountTable.h"
+
+#include <filesystem>
+#include <string>
+
+namespace slatewise {
+
+/// Where the machine is asked about its disks. Tests put machines of their own in place.
+struct DiskSources {
+    /// Address of the bus on which the disk service is; empty for the system's.
+    std::string busAddress;
+    std::filesystem::path mountTable = MountTable::ofThisProcess;
+    std::filesystem::path sys = "/sys";
+};
+
+} // namespace slatewise

@@ -1,0 +1,149 @@
+#include "Volumes/VolumeMonitor.h"
+
+#include "Platform/DiskInfo.h"
+#include "Platform/Text.h"
+#include "Volumes/DiskUtilClient.h"
+#include "Volumes/VolumeClassifier.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+
+namespace slatewise {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kPeriod{4};
+constexpr std::chrono::seconds kPatience{2};
+
+/// Whether the application would show both in the same way. Free space changes all the time.
+bool looksTheSame(const ClassifiedVolume& left, const ClassifiedVolume& right) {
+    return left.id() == right.id() && left.kind == right.kind && left.name() == right.name() &&
+           left.facts.mountPoint == right.facts.mountPoint;
+}
+
+bool comesBefore(const ClassifiedVolume& left, const ClassifiedVolume& right) {
+    return Text::localizedCaseInsensitiveCompare(left.name(), right.name()) < 0;
+}
+
+/// Where the kernel's table has a folder of the volumes root, which may be reached through links.
+std::filesystem::path withoutLinks(const std::filesystem::path& mountPoint) {
+    std::error_code failure;
+    const auto parent = std::filesystem::canonical(mountPoint.parent_path(), failure);
+    return failure ? mountPoint : parent / mountPoint.filename();
+}
+
+/// Facts of a folder in the volumes root. One on which nothing is mounted has a name and no more:
+/// it must not pass for the disk that it happens to lie on.
+VolumeFacts factsOf(const DiskInfo& disks, const std::filesystem::path& mountPoint) {
+    const auto path = withoutLinks(mountPoint);
+    const auto plist = disks.mountAt(path) ? disks.properties(path) : std::nullopt;
+    return DiskUtilClient::factsFromPlist(plist.value_or(PropertyList()), mountPoint);
+}
+
+PatientReader::Subject subject(const DiskInfo& disks, const std::filesystem::path& mountPoint) {
+    const auto* mount = disks.mountAt(withoutLinks(mountPoint));
+    return {mount ? mount->line : mountPoint.native(), mountPoint};
+}
+
+} // namespace
+
+VolumeMonitor::VolumeMonitor(VolumesRoot volumesRoot) : VolumeMonitor(std::move(volumesRoot), {}) {}
+
+VolumeMonitor::VolumeMonitor(VolumesRoot volumesRoot, Options options)
+    : volumesRoot_(std::move(volumesRoot)), options_(std::move(options)), reader_(kPatience),
+      self_(std::make_shared<VolumeMonitor*>(this)) {}
+
+VolumeMonitor::~VolumeMonitor() {
+    stop();
+}
+
+void VolumeMonitor::start() {
+    if (!thread_.joinable())
+        thread_ = std::jthread([this](const std::stop_token& stop) { run(stop); });
+}
+
+void VolumeMonitor::stop() {
+    // Its destructor stops the thread and waits for it.
+    std::jthread ending(std::move(thread_));
+}
+
+void VolumeMonitor::refresh() {
+    publish(read());
+}
+
+std::vector<ClassifiedVolume> VolumeMonitor::currentVolumes() const {
+    const std::lock_guard guard(lock_);
+    return volumes_;
+}
+
+std::vector<ClassifiedVolume> VolumeMonitor::destinations() const {
+    auto volumes = currentVolumes();
+    std::erase_if(volumes, [](const ClassifiedVolume& volume) {
+        return volume.kind != VolumeKind::Destination;
+    });
+    return volumes;
+}
+
+void VolumeMonitor::run(const std::stop_token& stop) {
+    // Listening before the first read, so that no change slips in between.
+    MountEvents events(options_.events);
+    const std::stop_callback wakeUp(stop, [&events] { events.wakeUp(); });
+    auto tick = SteadyClock::now();
+    while (!stop.stop_requested()) {
+        refresh();
+        // Ticks that a slow read has missed are not made up for.
+        while (tick <= SteadyClock::now())
+            tick += kPeriod;
+        events.waitUntil(tick);
+    }
+}
+
+std::vector<ClassifiedVolume> VolumeMonitor::read() {
+    const auto mountPoints = DiskUtilClient::listMounts(volumesRoot_.path());
+    const auto disks = std::make_shared<const DiskInfo>(options_.sources);
+    std::vector<PatientReader::Subject> subjects;
+    for (const auto& mountPoint : mountPoints)
+        subjects.push_back(subject(*disks, mountPoint));
+    const auto facts =
+        reader_.read(subjects, [disks](const auto& path) { return factsOf(*disks, path); });
+
+    std::vector<ClassifiedVolume> volumes;
+    for (std::size_t index = 0; index < facts.size(); ++index) {
+        volumes.push_back(VolumeClassifier::classify(
+            facts[index] ? *facts[index] : DiskUtilClient::plainFacts(mountPoints[index])));
+    }
+    std::stable_sort(volumes.begin(), volumes.end(), comesBefore);
+    return volumes;
+}
+
+void VolumeMonitor::publish(std::vector<ClassifiedVolume> volumes) {
+    {
+        const std::lock_guard guard(lock_);
+        if (std::equal(volumes.begin(), volumes.end(), volumes_.begin(), volumes_.end(),
+                       looksTheSame))
+            return;
+        volumes_ = std::move(volumes);
+    }
+    postChange();
+}
+
+void VolumeMonitor::postChange() {
+    auto* const application = QCoreApplication::instance();
+    if (!application)
+        return;
+    QMetaObject::invokeMethod(
+        application,
+        [monitor = std::weak_ptr(self_)] {
+            const auto self = monitor.lock();
+            if (self && (*self)->onChange)
+                (*self)->onChange();
+        },
+        Qt::QueuedConnection);
+}
+
+} // namespace slatewise

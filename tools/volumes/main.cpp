@@ -1,0 +1,60 @@
+#include "VolumeTable.h"
+
+#include "Platform/Text.h"
+#include "Storage/AppInfo.h"
+#include "Volumes/VolumeMonitor.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QCoreApplication>
+
+#include <clocale>
+#include <iostream>
+
+namespace {
+
+using namespace slatewise;
+
+constexpr const char* kDescription =
+    "Lists the volumes of this machine, and what each is taken for and why. Prints the list again\n"
+    "whenever it changes, until Ctrl-C.";
+
+void print(const std::vector<ClassifiedVolume>& volumes) {
+    std::cout << tool::volumeTable(volumes) << std::endl;
+}
+
+int follow(VolumesRoot root) {
+    std::cerr << "Watching " << Text::displayable(root.path().native()) << " until Ctrl-C\n";
+    VolumeMonitor monitor(std::move(root));
+    monitor.onChange = [&] {
+        print(monitor.currentVolumes());
+        if (!std::cout)
+            QCoreApplication::exit(1);
+    };
+    monitor.start();
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    const QCoreApplication application(count, words);
+    std::setlocale(LC_ALL, "");
+    CLI::App program(kDescription, "slatewise-volumes");
+    program.set_version_flag("--version",
+                             std::string("slatewise-volumes ") + std::string(AppInfo::version));
+    std::string folder;
+    bool onlyOnce = false;
+    program.add_option("--root", folder, "Folder to look in instead of where media are mounted")
+        ->type_name("FOLDER");
+    program.add_flag("--once", onlyOnce, "List the volumes of this moment and end");
+    CLI11_PARSE(program, count, words);
+
+    auto root = folder.empty() ? VolumesRoot::ofThisDesktop() : VolumesRoot(folder);
+    if (!onlyOnce)
+        return follow(std::move(root));
+    VolumeMonitor monitor(std::move(root));
+    monitor.refresh();
+    print(monitor.currentVolumes());
+    return std::cout ? 0 : 1;
+}
