@@ -2,8 +2,10 @@
 
 namespace slatewise::HtmlStyle {
 
-// Rows off the screen are neither laid out nor painted until they are scrolled to, which is what
-// keeps a page of 100,000 rows usable; the sizes beside "content-visibility" stand in for them.
+// Folders and rows off the screen are neither laid out nor painted until they are scrolled to, which
+// is what keeps a page of 100,000 rows usable; the sizes beside "content-visibility" stand in for
+// them. Rows alone would not do: a browser looks at each of those that might come into sight every
+// time it paints, so whole folders are set aside first.
 // Names come from foreign disks: each is isolated, so that a mark that turns the direction of
 // writing ends with its name.
 
@@ -30,27 +32,33 @@ ul{list-style:none;margin:0;padding:0}
 summary.row{background:#fafafa;cursor:pointer;list-style:none}
 summary.row::-webkit-details-marker{display:none}
 summary.row:hover,.file.row:hover{background:#f4f0ff}
-.name{display:flex;text-align:left}
-.label{min-width:0;unicode-bidi:isolate}
+.name{display:flex}
+.label{min-width:0;text-align:left;unicode-bidi:isolate}
 summary.row .label{color:var(--accent-deep);font-weight:650;overflow-wrap:anywhere}
 .twist{flex:none;color:var(--muted)}
-.num{text-align:right;font-variant-numeric:tabular-nums;white-space:nowrap}
+.num{display:flex;flex-direction:column;align-items:flex-end;text-align:right;font-variant-numeric:tabular-nums;white-space:nowrap}
 .num small{display:block;font-size:11px;font-weight:400;color:var(--muted)}
 .hash{font-family:ui-monospace,SFMono-Regular,Menlo,monospace;color:#444;white-space:nowrap;overflow:hidden;text-overflow:ellipsis}
 .muted{color:#b0b7bf}
 footer{display:flex;color:var(--muted)}
 footer .sp{flex:1}
 footer a{color:var(--accent-deep);text-decoration:none}
+details>ul,.file.row{content-visibility:auto}
+details>ul{contain-intrinsic-height:auto 900px}
 @page{size:A4 landscape;margin:10mm}
 @media print{
 *{print-color-adjust:exact;-webkit-print-color-adjust:exact}
+header{padding:0 0 8px}
+.report-title{font-size:18px}
+.path{display:flex;flex-wrap:wrap;font-size:11px}
+.when,.session,.counts{font-size:9px}
 .toolbar{display:none}
 .head{position:static}
-header,.head,.row,footer{padding-left:2px;padding-right:2px}
-.file.row{content-visibility:visible}
+details>ul,.file.row{content-visibility:visible}
 .row{break-inside:avoid}
-summary.row,.head{break-after:avoid}
-footer{break-inside:avoid}
+.head,.card-row,summary.row{break-after:avoid}
+.num small{font-size:8px}
+footer{break-inside:avoid;padding:8px 0;font-size:8px}
 }
 )css";
 
@@ -62,20 +70,33 @@ body{font-size:13px;line-height:1.3}
 .head,summary.row,.file.row{gap:10px;padding:6px 12px;align-items:center}
 .head>*:not(.n),summary.row>*:not(.n),.file.row>*:not(.n){text-align:right}
 .head{font-size:11px;font-weight:650;letter-spacing:.02em}
-.file.row{content-visibility:auto;contain-intrinsic-height:auto 32px}
+.file.row{contain-intrinsic-height:auto 31px}
 .row>*{overflow-wrap:anywhere}
 .name{align-items:center}
 .twist{width:36px;font-size:42px;line-height:.85;text-align:center}
 details:not([open])>summary .twist{transform:rotate(-90deg)}
 .file.row .name{font-weight:500}
 .file.row .label{white-space:nowrap;overflow:hidden;text-overflow:ellipsis}
+.file.row:hover .label{min-width:max-content;background:#f4f0ff;position:relative}
 .tc,.dur,.fps,.df{font-variant-numeric:tabular-nums;white-space:nowrap}
 .tc{font-weight:600}
+.fps{display:flex;justify-content:flex-end;font-size:11px;letter-spacing:-.01em;word-spacing:-.1em}
 .fps.mismatch{color:#b42318;font-weight:650}
 .hash{font-size:11px}
 .skip{color:#667085}
 footer{gap:8px;padding:12px 14px;font-size:12px}
 footer a:hover{text-decoration:underline}
+@media print{
+:root{--cols:minmax(0,1fr) 86px 48px 58px 136px 64px 66px 24px 172px}
+body{font-size:9px}
+.head,summary.row,.file.row{gap:8px;padding:3px 4px}
+.head{font-size:8px}
+.twist{width:14px;font-size:16px}
+.file.row .name{padding-left:calc(var(--d)*12px + 2px)!important}
+.file.row .label{white-space:normal;overflow:visible}
+.fps{font-size:8px}
+.hash{font-size:8px;white-space:normal;overflow:visible}
+}
 )css";
 
 const std::string_view detailed = R"css(
@@ -88,16 +109,22 @@ body{font-size:11px;line-height:1.28}
 .card-row{padding:7px 10px;background:#ece6ff;border-bottom:1px solid #cfc3ff;color:#2a1a72}
 .card-name{display:block;font-weight:750;font-size:12px;overflow-wrap:anywhere}
 .card-facts{display:block;margin-top:3px;font-size:9px;font-weight:500;line-height:1.35;overflow-wrap:anywhere}
-.file.row{content-visibility:auto;contain-intrinsic-height:auto 42px}
+.file.row{contain-intrinsic-height:auto 42px}
 .name{align-items:flex-start;gap:4px;font-weight:600}
 .label{overflow-wrap:anywhere}
 .file-id{display:flex;flex-direction:column;gap:1px;min-width:0}
 .mtime{display:block;font-size:8px;font-weight:400;color:var(--muted);font-variant-numeric:tabular-nums;letter-spacing:.01em}
 .twist{width:14px}
+.head>:nth-child(3),.row>:nth-child(3){padding-left:8px}
 .cell{white-space:pre-line;overflow-wrap:anywhere;font-variant-numeric:tabular-nums}
 .fps.mismatch{color:#b42318;font-weight:650}
 .hash{font-size:9px}
 footer{gap:8px;padding:8px 10px;font-size:10px}
+@media print{
+:root{--cols:minmax(0,1.4fr) 88px minmax(0,1fr) 140px 70px 172px}
+body{font-size:9px}
+.hash{font-size:8px;white-space:normal;overflow-wrap:anywhere;overflow:visible}
+}
 )css";
 
 } // namespace slatewise::HtmlStyle

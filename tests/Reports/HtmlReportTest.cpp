@@ -1,0 +1,319 @@
+#include "Reports/SessionDetailedHTML.h"
+#include "Reports/SessionHTML.h"
+
+#include "Platform/Json.h"
+#include "Reports/ReportWriter.h"
+#include "Storage/AppInfo.h"
+#include "support/Browser.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <regex>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+namespace {
+
+constexpr auto kEnglish = AppLanguage::English;
+constexpr auto kTurkish = AppLanguage::Turkish;
+const std::string kHash(64, 'a');
+
+ManifestFile file(const std::string& path) {
+    ManifestFile result;
+    result.relativePath = path;
+    result.sizeBytes = 1'234'567;
+    result.action = RowAction::copy;
+    result.verifyStatus = VerifyStatus::verified;
+    result.sourceSHA256 = kHash;
+    return result;
+}
+
+ManifestFile clip(const std::string& path, double captureFps, double timecodeRate) {
+    auto result = file(path);
+    result.mtime = Clock::fromIso8601("2026-03-01T09:30:15Z");
+    result.timecodeStart = "01:00:00:00";
+    result.timecodeEnd = "01:00:10:00";
+    result.durationTC = "00:00:10:00";
+    result.captureFps = captureFps;
+    result.timecodeRate = timecodeRate;
+    result.timecodeDropFrame = false;
+    result.essence.emplace().codec = "ProRes";
+    result.essence->width = 1920;
+    result.essence->height = 1080;
+    result.essence->cameraModel = "ALEXA";
+    return result;
+}
+
+SessionManifest session(std::vector<ManifestFile> files) {
+    ::setenv("TZ", "UTC", 1);
+    ::setenv("LC_ALL", "C", 1);
+    ::tzset();
+    SessionManifest manifest;
+    manifest.sessionID = "12345678-9abc-def0-1234-56789abcdef0";
+    manifest.startedAt = *Clock::fromIso8601("2026-03-01T09:30:15Z");
+    manifest.card.name = "A<001>";
+    manifest.card.mountPoint = "/media/A001";
+    manifest.destination.sessionRoot = "/media/SSD/A001";
+    manifest.files = std::move(files);
+    manifest.counts.folders = ReportWriter::folderCount(manifest.files);
+    manifest.counts.bytesCopied = 1'234'567;
+    return manifest;
+}
+
+/// The page without its style sheet.
+std::string unstyled(const std::string& page) {
+    const auto begin = page.find("<style>");
+    const auto end = page.find("</style>");
+    EXPECT_EQ(page.find("<style>", end), std::string::npos);
+    return page.substr(0, begin) + page.substr(end);
+}
+
+std::string standardRow(const ManifestFile& row, int depth = 0) {
+    const auto nodes = ReportTree::build({&row, 1});
+    return SessionHTML::renderNode(nodes.front(), kEnglish, depth);
+}
+
+std::string detailedRow(const ManifestFile& row, const ClipEssence& common = {}, int depth = 0) {
+    const auto nodes = ReportTree::build({&row, 1});
+    return SessionDetailedHTML::renderNode(nodes.front(), common, kEnglish, depth);
+}
+
+} // namespace
+
+TEST(SessionHTML, IsExactlyThisText) {
+    const auto page = SessionHTML::document(session({clip("DCIM/a&b.mov", 25, 24)}), kTurkish);
+    EXPECT_EQ(
+        unstyled(page),
+        "<!DOCTYPE html>\n<html lang=\"tr\"><head><meta charset=\"utf-8\">\n"
+        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+        "<title>Slatewise DIT raporu — A&lt;001&gt;</title></style></head><body>\n<header>\n"
+        "<h1 class=\"report-title\">Slatewise DIT raporu</h1>\n"
+        "<div class=\"when\">1 Mar 2026 09:30</div>\n"
+        "<div class=\"session\"><b>Reports_Standart</b> · Oturum "
+        "<b>12345678-9abc-def0-1234-56789abcdef0</b></div>\n"
+        "<div class=\"path\">/media/A001<span class=\"sep\">→</span>/media/SSD/A001</div>\n"
+        "<div class=\"counts\"><b>1 klasör</b> · <b>1 dosya</b> · "
+        "<b>1.2 MB (1.234.567 bayt)</b></div>\n"
+        "<div class=\"toolbar\"><button type=\"button\" onclick=\""
+        "document.querySelectorAll('details.dir').forEach(d=>d.open=true)\">Tümünü aç</button>"
+        "<button type=\"button\" onclick=\""
+        "document.querySelectorAll('details.dir').forEach(d=>d.open=false)\">Tümünü kapat</button>"
+        "</div>\n</header>\n<div class=\"tree\">\n<div class=\"head\"><span class=\"n\">Ad</span>"
+        "<span>Boyut</span><span>İşlem</span><span>Doğrulama</span>"
+        "<span>TC başlangıç → bitiş</span><span>Süre</span><span>çekim / TC</span><span>DF</span>"
+        "<span>SHA-256</span></div>\n<ul><li><details class=\"dir\" open>\n"
+        "<summary class=\"row\">\n<span class=\"name\"><span class=\"twist\">▾</span>"
+        "<span class=\"label\">DCIM</span></span>"
+        "<span class=\"num\">1.2 MB<small>1.234.567</small></span><span>1 dosya</span>"
+        "<span></span><span class=\"muted\">—</span><span class=\"muted\">—</span>"
+        "<span class=\"muted\">—</span><span class=\"muted\">—</span><span></span></summary>\n<ul>"
+        "<li><div class=\"file row\" style=\"--d:1\" title=\"2026-03-01T09:30:15Z\">"
+        "<span class=\"name\" style=\"padding-left:44px\"><span class=\"label\">a&amp;b.mov</span>"
+        "</span><span class=\"num\">1.2 MB<small>1.234.567</small></span>"
+        "<span class=\"\">COPY</span><span class=\"\">verified</span>"
+        "<span class=\"tc\">01:00:00:00 → 01:00:10:00</span>"
+        "<span class=\"dur\">00:00:10:00</span><span class=\"fps mismatch\">25 / 24</span>"
+        "<span class=\"df\">NDF</span><span class=\"hash\" title=\"" +
+            kHash + "\">" + kHash +
+            "</span>\n</div></li></ul>\n</details></li></ul>\n</div><footer>\n"
+            "<span>Slatewise DIT v0.1.42.0</span>\n<span class=\"sp\"></span>\n"
+            "<a href=\"https://slatewise.example/\">slatewise.example</a>\n</footer>\n"
+            "</body></html>");
+}
+
+TEST(SessionHTML, RowsMuteWhatIsNotKnown) {
+    auto skipped = file(".DS_Store");
+    skipped.action = RowAction::skip;
+    skipped.verifyStatus = VerifyStatus::skipped;
+    skipped.sourceSHA256.reset();
+    EXPECT_THAT(standardRow(skipped),
+                AllOf(HasSubstr("style=\"--d:0\" title=\"\""), HasSubstr("padding-left:8px"),
+                      HasSubstr("<span class=\"skip\">SKIP</span>"
+                                "<span class=\"skip\">skipped</span>"
+                                "<span class=\"muted\">—</span><span class=\"muted\">—</span>"
+                                "<span class=\"muted\">—</span><span class=\"muted\">—</span>"
+                                "<span class=\"hash\" title=\"\"></span>")));
+
+    const std::tuple<double, double, bool, const char*> rates[] = {
+        {25, 24, true, "<span class=\"fps mismatch\">25 / 24</span>"},
+        {23.976, 23.98, true, "<span class=\"fps\">23.976 / 23.98</span>"},
+        {25, 24, false, "<span class=\"fps mismatch\">25 / 24</span>"},
+        {25, 25, false, "<span class=\"muted\">25 / 25</span>"},
+    };
+    for (const auto& [capture, rate, hasTimecode, cell] : rates) {
+        auto row = clip("a.mov", capture, rate);
+        if (!hasTimecode) {
+            row.timecodeStart = " ";
+            row.timecodeEnd.reset();
+            EXPECT_THAT(standardRow(row), HasSubstr("<span class=\"muted\">00:00:10:00</span>"));
+            EXPECT_THAT(standardRow(row), HasSubstr("<span class=\"muted\">NDF</span>"));
+        }
+        EXPECT_THAT(standardRow(row), HasSubstr(cell));
+    }
+}
+
+TEST(SessionHTML, AnEmptySessionIsAWholePage) {
+    EXPECT_THAT(SessionHTML::document(session({}), kEnglish),
+                AllOf(HasSubstr("<b>0 folders</b> · <b>0 files</b>"),
+                      HasSubstr("<span>SHA-256</span></div>\n<ul></ul>\n</div><footer>")));
+}
+
+TEST(SessionDetailedHTML, DiffersFromTheStandardPageInThesePlaces) {
+    const auto page =
+        unstyled(SessionDetailedHTML::document(session({clip("DCIM/a.mov", 25, 24)}), kEnglish));
+    EXPECT_THAT(
+        page,
+        AllOf(HasSubstr("<b>Reports_Detailed</b> · Session <b>"),
+              HasSubstr("<div class=\"head\"><span>Name</span><span>Size</span><span>Clip</span>"
+                        "<span>Timing</span><span>Verify</span><span>SHA-256</span></div>\n"
+                        "<div class=\"card-row\"><span class=\"card-name\">A&lt;001&gt;</span>"
+                        "<span class=\"card-facts\">ALEXA</span></div>\n<ul><li><details"),
+              HasSubstr("DCIM</span></span><span class=\"num\">1.2 MB<small>1,234,567</small>"
+                        "</span><span class=\"cell\">1 files</span><span class=\"muted\">—</span>"
+                        "<span>1 files</span><span></span></summary>\n<ul><li>"),
+              HasSubstr("<span>Slatewise DIT v0.1.42.0 · Reports_Detailed</span>")));
+    EXPECT_THAT(SessionDetailedHTML::document(session({file("a")}), kEnglish),
+                HasSubstr("A&lt;001&gt;</span></div>\n<ul>"))
+        << "nothing known of the card";
+}
+
+TEST(SessionDetailedHTML, RowsSayWhatTheCardDoesNot) {
+    auto row = clip("a<b.mov", 25, 24);
+    row.essence->lookName = "K445";
+    EXPECT_EQ(detailedRow(row, {}, 2),
+              "<li><div class=\"file row\">\n<span class=\"name\" style=\"padding-left:32px\">"
+              "<span class=\"file-id\"><span class=\"label\">a&lt;b.mov</span>"
+              "<span class=\"mtime\">2026-03-01 09:30:15</span></span></span>"
+              "<span class=\"num\">1.2 MB<small>1,234,567</small></span>\n"
+              "<span class=\"cell\">ProRes\n1920×1080 (HD)\nK445</span>\n"
+              "<span class=\"cell fps mismatch\">01:00:00:00 → 01:00:10:00\n00:00:10:00\n"
+              "25 / 24  NDF</span>\n<span class=\"cell\">COPY\nverified</span>\n"
+              "<span class=\"hash\" title=\"" +
+                  kHash + "\">" + kHash + "</span>\n</div></li>");
+    EXPECT_THAT(detailedRow(row, *row.essence), Not(HasSubstr("K445")));
+
+    auto bare = file("a");
+    bare.action.clear();
+    EXPECT_THAT(detailedRow(bare),
+                AllOf(HasSubstr("\">a</span></span></span>"),
+                      HasSubstr("<span class=\"cell\">—</span>\n<span class=\"cell\">—</span>\n"
+                                "<span class=\"cell\">verified</span>")));
+}
+
+TEST(HtmlReport, NamesTheSiteByItsHost) {
+    EXPECT_EQ(AppInfo::linkText("https://reports.example/a?b"), "reports.example");
+    for (const auto* url : {"", "mailto:me@example", "/local"})
+        EXPECT_EQ(AppInfo::linkText(url), "Slatewise Tools") << url;
+}
+
+struct Page {
+    const char* name;
+    std::string (*document)(const SessionManifest&, AppLanguage);
+};
+constexpr Page kPages[] = {{"Standard", SessionHTML::document},
+                           {"Detailed", SessionDetailedHTML::document}};
+
+/// Each page in each language at each width, in a browser.
+class HtmlInBrowser : public ::testing::TestWithParam<std::tuple<Page, AppLanguage, int>> {
+protected:
+    std::string evaluate(const SessionManifest& manifest, const std::string& functionBody) const {
+        const auto& [page, language, width] = GetParam();
+        return evaluateInBrowser(page.document(manifest, language), functionBody, width);
+    }
+};
+
+TEST_P(HtmlInBrowser, FoldsAllAndLinesUpItsColumns) {
+    auto huge = clip("A001/B/C/huge.mov", 23.976, 23.976);
+    huge.sizeBytes = 12'345'678'901'234;
+    auto unproved = file("sound.wav");
+    unproved.verifyStatus = VerifyStatus::copiedUnverified;
+    const auto manifest =
+        session({huge, clip("A001/mismatch.mov", 48, 25), unproved, file(std::string(255, 'W'))});
+    EXPECT_EQ(evaluate(manifest, R"js(
+        const rows = [...document.querySelectorAll('.head, summary.row, .file.row')];
+        const columns = row => [...row.children].map(cell => cell.getBoundingClientRect())
+            .map(box => Math.round(box.left) + '-' + Math.round(box.right)).join(' ');
+        const aligned = rows.every(row => columns(row) === columns(rows[0]));
+        const wide = document.documentElement.scrollWidth > window.innerWidth;
+        const [open, close] = document.querySelectorAll('.toolbar button');
+        const state = () => [...document.querySelectorAll('details')].map(dir => dir.open) + '/' +
+            [...document.querySelectorAll('.file.row')].map(row => row.checkVisibility());
+        const states = [state()];
+        close.click();
+        states.push(state());
+        open.click();
+        states.push(state());
+        return [rows.length, aligned, wide, ...states].join('\n');
+    )js"),
+              "8\ntrue\nfalse\n"
+              "true,true,true/true,true,true,true\n"
+              "false,false,false/false,false,true,true\n"
+              "true,true,true/true,true,true,true");
+}
+
+INSTANTIATE_TEST_SUITE_P(, HtmlInBrowser,
+                         ::testing::Combine(::testing::ValuesIn(kPages),
+                                            ::testing::Values(kEnglish, kTurkish),
+                                            ::testing::Values(1280, 1920)),
+                         [](const auto& test) {
+                             return std::get<0>(test.param).name +
+                                    std::string(Language::rawValue(std::get<1>(test.param))) +
+                                    std::to_string(std::get<2>(test.param));
+                         });
+
+class HostileHtml : public ::testing::TestWithParam<Page> {};
+
+TEST_P(HostileHtml, ShowsForeignBytesAsTextAndRunsNothing) {
+    const std::vector<std::string> names = {
+        "\"onmouseover=\"alert(1)\" x",
+        "&amp;&lt;known",
+        "</span></div></li></ul><script>alert(1)<",
+        "<img src=x onerror=alert(1)>",
+        "bad\xff\xfe",
+        "javascript:alert(1)",
+        "line\nfeed",
+        "\u202eturned and never ended \u2067",
+        std::string(255, 'W'),
+    };
+    std::vector<ManifestFile> files;
+    Json::Value expected = Json::Value::array();
+    for (const auto& name : names) {
+        auto& row = files.emplace_back(clip(name, 25, 25));
+        row.essence->lookName = row.essence->lens = row.timecodeEnd = row.sourceSHA256 = name;
+        std::string shown = name;
+        std::replace(shown.begin(), shown.end(), '/', '|');
+        row.relativePath = shown;
+        expected.push_back(Text::displayable(shown));
+    }
+    auto manifest = session(files);
+    manifest.card.name = "</title></style><script>alert(1)</script><b onclick=x>";
+    manifest.card.mountPoint = "/media/\u202eA001";
+    manifest.sessionID = "<i>";
+    const auto page = GetParam().document(manifest, kEnglish);
+
+    EXPECT_EQ(evaluateInBrowser(page, "const names = " + Json::compactText(expected) + R"js(;
+        const labels = [...document.querySelectorAll('.file .label')].map(l => l.textContent);
+        const same = JSON.stringify(labels.sort()) === JSON.stringify(names.sort());
+        const foreign = document.querySelectorAll('script, img, i, link, iframe').length - 1;
+        const handlers = [...document.querySelectorAll('*')].filter(
+            e => [...e.attributes].some(a => a.name.startsWith('on'))).map(e => e.tagName);
+        const target = document.querySelector('.path').lastChild;
+        const boxOf = at => { const range = document.createRange();
+            range.setStart(target, at); range.setEnd(target, at + 1);
+            return range.getBoundingClientRect(); };
+        const forward = boxOf(0).left < boxOf(target.length - 1).left;
+        return [same, foreign, handlers, forward].join(' ');
+    )js"),
+              "true 0 BUTTON,BUTTON true");
+
+    const std::regex loads("url\\(|@import|src=(?!x)|<link|https?://(?!slatewise\\.example/\">)");
+    EXPECT_FALSE(std::regex_search(page, loads)) << "a page stands alone";
+}
+
+INSTANTIATE_TEST_SUITE_P(, HostileHtml, ::testing::ValuesIn(kPages),
+                         [](const auto& test) { return test.param.name; });
