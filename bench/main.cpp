@@ -12,8 +12,8 @@ namespace {
 using namespace slatewise::bench;
 
 const std::vector<std::pair<std::string, void (*)(const std::filesystem::path&)>> kBenches = {
-    {"walk", benchWalk},        {"store", benchStore},      {"memory", benchMemory},
-    {"copy-large", benchLarge}, {"copy-small", benchSmall},
+    {"walk", benchWalk},     {"reports", benchReports},  {"store", benchStore},
+    {"memory", benchMemory}, {"copy-large", benchLarge}, {"copy-small", benchSmall},
 };
 
 } // namespace
@@ -21,7 +21,8 @@ const std::vector<std::pair<std::string, void (*)(const std::filesystem::path&)>
 int main(int count, char** words) {
     const std::vector<std::string> arguments(words + 1, words + count);
     if (arguments.empty()) {
-        std::cerr << "Usage: slatewise-bench FOLDER [walk|store|memory|copy-large|copy-small]...\n";
+        std::cerr << "Usage: slatewise-bench FOLDER "
+                     "[walk|reports|store|memory|copy-large|copy-small]...\n";
         return 2;
     }
     try {

@@ -22,7 +22,7 @@ struct ClipEssence {
     bool isEmpty() const { return *this == ClipEssence(); }
 
     /// Field by field, the value on which all essences that have one agree.
-    static ClipEssence common(std::span<const ClipEssence> essences);
+    static ClipEssence common(std::span<const ClipEssence* const> essences);
 
     friend bool operator==(const ClipEssence&, const ClipEssence&) = default;
 };

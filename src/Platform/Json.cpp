@@ -15,6 +15,24 @@ std::string text(const Value& value, int indent) {
     return Text::replaced(plain, "/", "\\/");
 }
 
+/// Moves every line behind the first to the right. In JSON a line end is never part of a value.
+void appendIndented(std::string& result, std::string_view lines, std::size_t blanks) {
+    for (std::size_t end; (end = lines.find('\n')) != std::string_view::npos;
+         lines.remove_prefix(end + 1))
+        result.append(lines.substr(0, end + 1)).append(blanks, ' ');
+    result.append(lines);
+}
+
+void appendList(std::string& result, std::size_t itemCount,
+                const std::function<Value(std::size_t)>& item) {
+    constexpr std::size_t kDepth = 2 * kIndent;
+    for (std::size_t number = 0; number < itemCount; ++number) {
+        result.append(number == 0 ? "[\n" : ",\n").append(kDepth, ' ');
+        appendIndented(result, text(item(number), kIndent), kDepth);
+    }
+    result.append("\n").append(kIndent, ' ').append("]");
+}
+
 /// Whole numbers up to here are exact in a double.
 constexpr double kLargestExact = 9007199254740992.0;
 
@@ -56,6 +74,20 @@ void fromJson(const Value& value, double& result) {
 
 std::string prettyText(const Value& value) {
     return text(value, kIndent);
+}
+
+std::string prettyText(Value object, const char* listKey, std::size_t itemCount,
+                       const std::function<Value(std::size_t)>& item) {
+    object[listKey] = Value::array();
+    std::string result = "{";
+    for (const auto& [key, value] : object.items()) {
+        result += (result.size() > 1 ? ",\n  " : "\n  ") + text(key, kIndent) + ": ";
+        if (key == listKey && itemCount > 0)
+            appendList(result, itemCount, item);
+        else
+            appendIndented(result, text(value, kIndent), kIndent);
+    }
+    return result + "\n}";
 }
 
 std::string compactText(const Value& value) {

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -87,7 +88,12 @@ void get(const Value& object, const char* key, std::optional<T>& result) {
 /// Pretty-printed UTF-8, keys sorted, "/" written as "\/" so that the text may stand inside a page.
 std::string prettyText(const Value& value);
 
-/// The same on one line.
+/// As `prettyText` of the object with one more field, a list, whose items are asked for one after
+/// the other: a tree of a long list in memory is many times its text.
+std::string prettyText(Value object, const char* listKey, std::size_t itemCount,
+                       const std::function<Value(std::size_t)>& item);
+
+/// The text of a value on one line.
 std::string compactText(const Value& value);
 
 } // namespace slatewise::Json

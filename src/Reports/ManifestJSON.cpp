@@ -114,10 +114,9 @@ std::string isoEncode(const SessionManifest& manifest) {
     object["card"] = toJson(manifest.card);
     object["destination"] = toJson(manifest.destination);
     object["counts"] = toJson(manifest.counts);
-    auto& files = object["files"] = Json::Value::array();
-    for (const auto& file : manifest.files)
-        files.push_back(writeRow(file, RowKeys::Manifest));
-    return Json::prettyText(object);
+    return Json::prettyText(
+        std::move(object), "files", manifest.files.size(),
+        [&](std::size_t number) { return writeRow(manifest.files[number], RowKeys::Manifest); });
 }
 
 SessionManifest isoDecode(std::string_view text) {

@@ -10,10 +10,10 @@ std::string ManifestFile::displayDuration() const {
 }
 
 ClipEssence SessionManifest::cardEssence() const {
-    std::vector<ClipEssence> essences;
+    std::vector<const ClipEssence*> essences;
     for (const auto& file : files) {
         if (file.essence)
-            essences.push_back(*file.essence);
+            essences.push_back(&*file.essence);
     }
     return ClipEssence::common(essences);
 }

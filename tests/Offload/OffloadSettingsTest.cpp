@@ -97,7 +97,7 @@ TEST(ClipEssence, CommonKeepsWhatAllThatKnowAgreeOn) {
     second.lens = "85mm";
     second.exposureIndex = 800;
     const ClipEssence silent;
-    const std::vector<ClipEssence> all = {silent, first, second};
+    const std::vector<const ClipEssence*> all = {&silent, &first, &second};
     ClipEssence expected;
     expected.cameraModel = "C";
     expected.width = 3840;
