@@ -170,8 +170,11 @@ public:
     Q_INVOKABLE void setDefaultSkip(const QString& name, bool skipped);
     Q_INVOKABLE void saveSettings();
 
-    /// The path that a template leads to with what is selected now.
-    Q_INVOKABLE QString expandTemplate(const QString& text) const;
+    /// What an example path is made of with what is selected now; for `expandTemplate`, which then
+    /// does not follow a card that is pulled while a template is being written.
+    Q_INVOKABLE QVariantMap templateExample() const;
+    /// The path that a template leads to today, with the names of `example`.
+    Q_INVOKABLE QString expandTemplate(const QString& text, const QVariantMap& example) const;
     Q_INVOKABLE QString normalizedTemplate(const QString& text) const;
     Q_INVOKABLE QString defaultTemplate() const;
     Q_INVOKABLE void saveTemplate(const QString& text);

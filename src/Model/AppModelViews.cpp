@@ -121,8 +121,26 @@ FolderTemplate::Values AppModel::templateValues() const {
     return values;
 }
 
-QString AppModel::expandTemplate(const QString& text) const {
-    return toQString(TemplatePreview::path(text.toStdString(), templateValues(), l10n()));
+QVariantMap AppModel::templateExample() const {
+    const auto values = templateValues();
+    return {{"destination", toQString(values.destination.native())},
+            {"cardName", toQString(values.cardName)},
+            {"camera", toQString(values.camera)},
+            {"ekip", toQString(values.ekip)},
+            {"project", toQString(values.project)}};
+}
+
+QString AppModel::expandTemplate(const QString& text, const QVariantMap& example) const {
+    const auto word = [&example](const char* key) {
+        return example.value(key).toString().toStdString();
+    };
+    const FolderTemplate::Values values = {.destination = word("destination"),
+                                           .cardName = word("cardName"),
+                                           .camera = word("camera"),
+                                           .ekip = word("ekip"),
+                                           .project = word("project"),
+                                           .now = Clock::now()};
+    return toQString(TemplatePreview::path(text.toStdString(), values, l10n()));
 }
 
 void AppModel::publish() {

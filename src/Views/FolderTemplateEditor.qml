@@ -12,11 +12,11 @@ Sheet {
     required property var appModel
     required property var l10n
 
-    property var values: ({})
-    readonly property string previewPath: appModel.expandTemplate(editor.suffix, values)
+    property var example: ({})
+    readonly property string previewPath: appModel.expandTemplate(editor.suffix, example)
 
     function present() {
-        values = appModel.templateValues()
+        example = appModel.templateExample()
         editor.replaceAll(appModel.normalizedTemplate(appModel.folderTemplate))
         open()
         editor.forceActiveFocus()

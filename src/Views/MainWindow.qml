@@ -6,6 +6,8 @@ Window {
     id: window
 
     required property var appModel
+    // Asks for a folder when the model wants one.
+    property var folderChooser: null
 
     title: appModel.appName
     color: DITTheme.window
@@ -17,6 +19,22 @@ Window {
         anchors.fill: parent
         focus: true
         appModel: window.appModel
+    }
+
+    Connections {
+        target: window.folderChooser
+        function onAsked(message, prompt, start) {
+            // Made at the first question: loading a dialog costs more than the whole window.
+            folderDialog.active = true
+            folderDialog.item.ask(message, prompt, start)
+        }
+    }
+    Loader {
+        id: folderDialog
+        active: false
+        sourceComponent: FolderChooserDialog {
+            chooser: window.folderChooser
+        }
     }
 
     Shortcut {

@@ -30,11 +30,9 @@ T.AbstractButton {
     // By the pointer, anywhere on the row.
     signal touched()
 
-    readonly property int tabPolicy: isTabStop ? Qt.TabFocus : Qt.NoFocus
-
     implicitHeight: line.implicitHeight + 2 * 10
     padding: 10
-    focusPolicy: tabPolicy
+    focusPolicy: isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
     text: name
     Accessible.role: Accessible.ListItem
     Accessible.name: [name, subtitle, ekip, unit, needsUnit ? l10n.selectUnit : ""].filter(
@@ -58,7 +56,7 @@ T.AbstractButton {
             objectName: "mark"
             Layout.preferredWidth: 28
             Layout.preferredHeight: 28
-            focusPolicy: row.tabPolicy
+            focusPolicy: row.isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
             Accessible.role: Accessible.CheckBox
             Accessible.name: row.l10n.select + " " + row.name
             Accessible.checkable: true
@@ -156,7 +154,7 @@ T.AbstractButton {
             Layout.leftMargin: 6 - line.spacing
             Layout.preferredWidth: 24
             Layout.preferredHeight: 24
-            focusPolicy: row.tabPolicy
+            focusPolicy: row.isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
             Accessible.name: row.l10n.removePath + " " + row.name
             onPressed: row.touched()
             onClicked: row.removed()

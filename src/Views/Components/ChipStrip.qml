@@ -21,6 +21,7 @@ ListView {
     clip: contentWidth > width
     boundsBehavior: Flickable.StopAtBounds
     interactive: contentWidth > width
+    keyNavigationEnabled: true
     reuseItems: false
     cacheBuffer: 4000
     model: entries.length
@@ -32,7 +33,7 @@ ListView {
         hue: strip.hue
         text: entry.name ?? ""
         chosen: strip.isChosen(entry)
-        focusPolicy: ListView.isCurrentItem ? Qt.TabFocus : Qt.NoFocus
+        focusPolicy: ListView.isCurrentItem || activeFocus ? Qt.TabFocus : Qt.NoFocus
         onClicked: {
             strip.currentIndex = index
             strip.tapped(entry)

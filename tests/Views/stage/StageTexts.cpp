@@ -1,6 +1,8 @@
 #include "StageTexts.h"
 
 #include "Language/L10n.h"
+#include "Model/QtText.h"
+#include "Model/TemplatePreview.h"
 #include "Offload/FolderTemplate.h"
 #include "Offload/TreeWalker.h"
 
@@ -8,19 +10,17 @@ namespace slatewise {
 
 namespace {
 
-QString shown(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
 L10n textsIn(const QString& language) {
     return L10n(language == QLatin1String("tr") ? AppLanguage::Turkish : AppLanguage::English);
 }
 
 template <typename Tokens>
-QVariantList labelled(const Tokens& tokens) {
+QVariantList labelled(const Tokens& tokens, AppLanguage language) {
     QVariantList list;
-    for (const auto& [token, label] : tokens)
-        list << QVariantMap{{"token", shown(token)}, {"label", shown(label)}};
+    for (const auto& [token, label] : tokens) {
+        list << QVariantMap{{"token", toQString(token)},
+                            {"label", toQString(TemplatePreview::tokenLabel(token, language))}};
+    }
     return list;
 }
 
@@ -29,47 +29,49 @@ QVariantList labelled(const Tokens& tokens) {
 QVariantMap StageTexts::fixed(const QString& language) {
     QVariantMap texts;
     textsIn(language).forEachFixedText(
-        [&texts](auto key, auto text) { texts.insert(shown(key), shown(text)); });
+        [&texts](auto key, auto text) { texts.insert(toQString(key), toQString(text)); });
     return texts;
 }
 
 QString StageTexts::verified(const QString& language, int files, const QString& size) {
-    return shown(textsIn(language).verified(files, size.toStdString()));
+    return toQString(textsIn(language).verified(files, size.toStdString()));
 }
 
 QString StageTexts::failed(const QString& language, const QString& message) {
-    return shown(textsIn(language).failed(message.toStdString()));
+    return toQString(textsIn(language).failed(message.toStdString()));
 }
 
 QString StageTexts::verifyIncomplete(const QString& language, const QString& card,
                                      const QString& destination) {
-    return shown(textsIn(language).verifyIncomplete(card.toStdString(), destination.toStdString()));
+    return toQString(
+        textsIn(language).verifyIncomplete(card.toStdString(), destination.toStdString()));
 }
 
 QString StageTexts::copying(const QString& language, int done, int total, const QString& file,
                             const QString& speed) {
-    return shown(
+    return toQString(
         textsIn(language).copying(done, total, file.toStdString(), speed.toStdString() + "/s"));
 }
 
 QString StageTexts::whichNamedCard(const QString& language, const QString& card) {
-    return shown(textsIn(language).whichNamedCard(card.toStdString()));
+    return toQString(textsIn(language).whichNamedCard(card.toStdString()));
 }
 
-QVariantList StageTexts::templateTokens() {
-    return labelled(FolderTemplate::tokens);
+QVariantList StageTexts::templateTokens(const QString& language) {
+    return labelled(FolderTemplate::tokens, textsIn(language).language());
 }
 
-QVariantList StageTexts::templateSeparators() {
-    return labelled(FolderTemplate::separators);
+QVariantList StageTexts::templateSeparators(const QString& language) {
+    return labelled(FolderTemplate::separators, textsIn(language).language());
 }
 
-QVariantList StageTexts::templatePresets() {
+QVariantList StageTexts::templatePresets(const QString& language) {
+    const auto shown = textsIn(language).language();
     QVariantList list;
     for (const auto& choice : FolderTemplate::choices) {
-        list << QVariantMap{{"name", shown(choice.name)},
-                            {"blurb", shown(choice.blurb)},
-                            {"template", shown(choice.pathTemplate)}};
+        list << QVariantMap{{"name", toQString(TemplatePreview::choiceName(choice, shown))},
+                            {"blurb", toQString(TemplatePreview::choiceBlurb(choice, shown))},
+                            {"template", toQString(choice.pathTemplate)}};
     }
     return list;
 }
@@ -78,27 +80,27 @@ QString StageTexts::expand(const QString& text, const QVariantMap& values) {
     const auto word = [&values](const char* key) {
         return values.value(key).toString().toStdString();
     };
-    return shown(FolderTemplate::expand(text.toStdString(), {.destination = word("destination"),
-                                                             .cardName = word("cardName"),
-                                                             .camera = word("camera"),
-                                                             .ekip = word("ekip"),
-                                                             .project = word("project"),
-                                                             .now = Clock::now()})
-                     .native());
+    return toQString(FolderTemplate::expand(text.toStdString(), {.destination = word("destination"),
+                                                                 .cardName = word("cardName"),
+                                                                 .camera = word("camera"),
+                                                                 .ekip = word("ekip"),
+                                                                 .project = word("project"),
+                                                                 .now = Clock::now()})
+                         .native());
 }
 
 QString StageTexts::normalize(const QString& text) {
-    return shown(FolderTemplate::normalize(text.toStdString()));
+    return toQString(FolderTemplate::normalize(text.toStdString()));
 }
 
 QString StageTexts::defaultTemplate() {
-    return shown(FolderTemplate::defaultTemplate);
+    return toQString(FolderTemplate::defaultTemplate);
 }
 
 QVariantList StageTexts::defaultSkipNames() {
     QVariantList list;
     for (const auto& name : TreeWalker::defaultSkipNames())
-        list << QVariantMap{{"name", shown(name)}, {"skipped", true}};
+        list << QVariantMap{{"name", toQString(name)}, {"skipped", true}};
     return list;
 }
 

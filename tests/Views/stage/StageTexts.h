@@ -24,10 +24,10 @@ public:
                                        const QString& file, const QString& speed);
     Q_INVOKABLE static QString whichNamedCard(const QString& language, const QString& card);
     /// [{token, label}]
-    Q_INVOKABLE static QVariantList templateTokens();
-    Q_INVOKABLE static QVariantList templateSeparators();
+    Q_INVOKABLE static QVariantList templateTokens(const QString& language);
+    Q_INVOKABLE static QVariantList templateSeparators(const QString& language);
     /// [{name, blurb, template}]
-    Q_INVOKABLE static QVariantList templatePresets();
+    Q_INVOKABLE static QVariantList templatePresets(const QString& language);
     Q_INVOKABLE static QString expand(const QString& text, const QVariantMap& values);
     Q_INVOKABLE static QString normalize(const QString& text);
     Q_INVOKABLE static QString defaultTemplate();

@@ -40,14 +40,14 @@ QtObject {
     property bool ejectAfterSuccess: true
     property bool verifyOnly: false
     property string folderTemplate: StageTexts.defaultTemplate()
-    property string folderTemplatePreview: expandTemplate(folderTemplate, templateValues())
+    property string folderTemplatePreview: expandTemplate(folderTemplate, templateExample())
     property var defaultSkipNames: StageTexts.defaultSkipNames()
     property var extraExcludes: []
     property string reportsFolderDisplay: "/home/dit/Documents/SlatewiseDIT"
     property bool isDefaultReportsFolder: true
-    property var templateTokens: StageTexts.templateTokens()
-    property var templateSeparators: StageTexts.templateSeparators()
-    property var templatePresets: StageTexts.templatePresets()
+    property var templateTokens: StageTexts.templateTokens(language)
+    property var templateSeparators: StageTexts.templateSeparators(language)
+    property var templatePresets: StageTexts.templatePresets(language)
 
     // What was called, in order: [name, arguments...].
     property var calls: []
@@ -97,7 +97,7 @@ QtObject {
             entry => entry.name === name ? { name: name, skipped: skipped } : entry)
     }
     function saveSettings() { called("saveSettings") }
-    function templateValues() {
+    function templateExample() {
         return {
             destination: model.destination, cardName: "A001", camera: "CamA", ekip: "Ekip1",
             project: projectName

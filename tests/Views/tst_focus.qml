@@ -1,0 +1,84 @@
+import QtQuick
+import QtTest
+import SlatewiseViews
+
+ViewCase {
+    id: test
+    name: "Focus"
+
+    function test_nothing_is_typed_into_before_a_click() {
+        keyClick(Qt.Key_A)
+        compare(field("sets").text, "")
+        compare(field("units").text, "")
+        mouseClick(field("units"))
+        keyClick(Qt.Key_A)
+        compare(model.newUnitName, "a")
+    }
+
+    function test_a_click_elsewhere_hands_the_keyboard_back_data() {
+        return [
+            { tag: "crew chip", target: () => chip("sets", 1) },
+            { tag: "unit chip", target: () => chip("units", 2) },
+            { tag: "card", target: () => row("cards", 1) },
+            { tag: "card's mark", target: () => find("mark", row("cards", 1)) },
+            { tag: "disk", target: () => row("disks", 0) }
+        ]
+    }
+    function test_a_click_elsewhere_hands_the_keyboard_back(data) {
+        for (const block of ["sets", "units"]) {
+            mouseClick(field(block))
+            verify(field(block).activeFocus)
+            mouseClick(data.target())
+            verify(!field(block).activeFocus, block)
+            keyClick(Qt.Key_X)
+            compare(field(block).text, "")
+        }
+    }
+
+    function test_return_in_a_field_adds_its_name() {
+        mouseClick(field("units"))
+        keyClick(Qt.Key_Q)
+        keyClick(Qt.Key_Return)
+        compare(model.calls, [["addUnitFromField", "q"]])
+        compare(field("units").text, "")
+        mouseClick(field("sets"))
+        keyClick(Qt.Key_W)
+        mouseClick(find("new", find("sets")))
+        compare(model.calls[1], ["addSetFromField", "w"])
+    }
+
+    // Each tap makes the model give all chips anew.
+    function test_arrows_go_along_the_chips_and_stay_after_a_tap() {
+        chip("units", 0).forceActiveFocus(Qt.TabFocusReason)
+        keyClick(Qt.Key_Right)
+        keyClick(Qt.Key_Right)
+        verify(chip("units", 2).activeFocus)
+        keyClick(Qt.Key_Space)
+        compare(model.calls, [["tapUnit", "CamC"]])
+        verify(chip("units", 2).chosen && chip("units", 2).activeFocus)
+        keyClick(Qt.Key_Left)
+        keyClick(Qt.Key_Return)
+        compare(model.calls[1], ["tapUnit", "CamB"])
+    }
+
+    // By Tab alone, every control is reached once, and the way closes.
+    function test_tab_reaches_everything() {
+        const expected = [
+            find("chooseFolder", find("cards")), find("clearAll", find("cards")),
+            row("cards", 0), find("mark", row("cards", 0)), find("remove", row("cards", 0)),
+            find("chooseFolder", find("disks")), find("clearAll", find("disks")),
+            row("disks", 0), find("mark", row("disks", 0)), find("remove", row("disks", 0)),
+            chip("sets", 0), field("sets"), find("new", find("sets")), find("delete", find("sets")),
+            chip("units", 0), field("units"), find("new", find("units")), find("delete", find("units")),
+            find("advanced"), find("copy")
+        ]
+        expected[0].forceActiveFocus(Qt.TabFocusReason)
+        const seen = []
+        for (let i = 0; i < expected.length + 1; ++i) {
+            seen.push(focusItem())
+            keyClick(Qt.Key_Tab)
+        }
+        for (let i = 0; i < expected.length; ++i)
+            verify(seen[i] === expected[i], "stop " + i + ": " + seen[i] + " is not " + expected[i])
+    }
+}

@@ -1,0 +1,82 @@
+import QtQuick
+import QtTest
+import SlatewiseViews
+
+ViewCase {
+    id: test
+    name: "Sheet"
+    scene: "sheet"
+
+    // In the overlay, above the root.
+    function inSheet(name) {
+        return find(name, root.Window.window.contentItem)
+    }
+    function shown(name) {
+        const item = findChild(root.Window.window.contentItem, name)
+        return item !== null && item.visible
+    }
+    function reach(name) {
+        const item = inSheet(name)
+        item.forceActiveFocus(Qt.TabFocusReason)
+        wait(0)
+        return item
+    }
+
+    function test_done_keeps_and_closes() {
+        keyClick(Qt.Key_Escape)
+        verify(model.isAdvancedPresented)
+        mouseClick(inSheet("done"))
+        compare(model.calls, [["saveSettings"]])
+        verify(!model.isAdvancedPresented)
+    }
+
+    function test_switches_work_at_once() {
+        mouseClick(inSheet("eject"))
+        compare(model.ejectAfterSuccess, false)
+        mouseClick(inSheet("verifyOnly"))
+        compare(model.verifyOnly, true)
+        reach("skip:.Trashes")
+        keyClick(Qt.Key_Space)
+        compare(model.calls, [["setDefaultSkip", ".Trashes", false]])
+        // The list came anew; the keyboard is where it was.
+        verify(inSheet("skip:.Trashes").activeFocus)
+        compare(inSheet("skip:.Trashes").on, false)
+    }
+
+    function test_names_to_skip() {
+        reach("skipField")
+        keyClick(Qt.Key_M)
+        keyClick(Qt.Key_Return)
+        compare(inSheet("skipField").text, "")
+        keyClick(Qt.Key_N)
+        reach("addSkip")
+        keyClick(Qt.Key_Space)
+        compare(inSheet("skipField").text, "")
+        reach("remove:MISC")
+        keyClick(Qt.Key_Space)
+        compare(model.calls, [["addSkipName", "m"], ["addSkipName", "n"], ["removeSkipName", "MISC"]])
+    }
+
+    function test_a_new_language_closes_nothing() {
+        const turkish = find("languages", root.Window.window.contentItem).itemAtIndex(1)
+        mouseClick(turkish)
+        compare(model.language, "tr")
+        verify(model.isAdvancedPresented)
+        compare(inSheet("done").text, "Tamam")
+        compare(find("copy").text, "Kopyala")
+        compare(find("languages", root.Window.window.contentItem).itemAtIndex(1).chosen, true)
+    }
+
+    function test_project_and_reports_folder() {
+        reach("project").selectAll()
+        keyClick(Qt.Key_P)
+        compare(model.projectName, "p")
+        compare(inSheet("defaultReports").enabled, false)
+        model.isDefaultReportsFolder = false
+        for (const name of ["chooseReports", "defaultReports", "revealReports"]) {
+            reach(name)
+            keyClick(Qt.Key_Space)
+        }
+        compare(model.calls, [["pickReportsFolder"], ["resetReportsFolder"], ["revealReportsFolder"]])
+    }
+}
