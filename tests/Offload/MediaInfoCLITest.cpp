@@ -1,0 +1,127 @@
+#include "Offload/MediaInfoCLI/MediaInfoCLI.h"
+
+#include "support/Files.h"
+#include "support/MediaTool.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+std::vector<std::string> texts(const std::vector<std::filesystem::path>& paths) {
+    return {paths.begin(), paths.end()};
+}
+
+class MediaInfoCLITest : public ::testing::Test {
+protected:
+    std::optional<std::string> run(const std::string& script) {
+        fake.says(script);
+        return MediaInfoCLI::runJSON(folder / "A001.mxf", fake.tool(),
+                                     [this](const std::string& line) { log.push_back(line); });
+    }
+
+    TemporaryFolder folder;
+    FakeMediaInfo fake;
+    std::vector<std::string> log;
+};
+
+} // namespace
+
+TEST_F(MediaInfoCLITest, UsesWhateverJSONComesOut) {
+    struct Case {
+        const char* script;
+        std::optional<std::string> json;
+        std::vector<std::string> log;
+    };
+    const Case cases[] = {
+        {"echo banner; echo; printf '{\"a\": {}}'", "{\"a\": {}}", {}},
+        {"printf '{}'; exit 1", "{}", {"MediaInfo CLI exit 1 for A001.mxf (2 bytes)"}},
+        {"printf '{'; kill -SEGV $$", "{", {"MediaInfo CLI exit 11 for A001.mxf (1 bytes)"}},
+        {"exit 0", std::nullopt, {"MediaInfo CLI exit 0 for A001.mxf (empty)"}},
+        {"kill -SEGV $$", std::nullopt, {"MediaInfo CLI exit 11 for A001.mxf (empty)"}},
+        {"echo no braces; exit 2", std::nullopt, {"MediaInfo CLI exit 2 for A001.mxf (10 bytes)"}},
+        {"echo no braces", std::nullopt, {}},
+        {"head -c 50000000 /dev/zero >&2; printf '{}'", "{}", {}},
+        {"sleep 60", std::nullopt, {"MediaInfo CLI timed out: A001.mxf"}},
+        {"exec >&- 2>&-; sleep 60", std::nullopt, {"MediaInfo CLI timed out: A001.mxf"}},
+    };
+    run("printf '{}'");
+    EXPECT_THAT(log, ElementsAre("MediaInfo CLI " + fake.path().native()));
+    for (const auto& [script, json, lines] : cases) {
+        log.clear();
+        EXPECT_EQ(run(script), json) << script;
+        EXPECT_EQ(log, lines) << script;
+    }
+}
+
+TEST_F(MediaInfoCLITest, AsksTheSameWayInEveryLocale) {
+    ::setenv("LC_ALL", "tr_TR.UTF-8", 1);
+    const auto answer = run("printf '{'; printf '%s|' \"$@\"; pwd; echo $LC_ALL");
+    ::unsetenv("LC_ALL");
+    EXPECT_EQ(answer, "{--Output=JSON|--Full|--ParseSpeed=0|" + (folder / "A001.mxf").native() +
+                          "|" + fake.path().parent_path().native() + "\nC.UTF-8\n");
+}
+
+TEST_F(MediaInfoCLITest, FindsAFileWhoseNameIsNoText) {
+    const auto clip = folder / "\xff.mov";
+    writeFile(clip, "{content}");
+    fake.says("cat \"$4\"");
+    EXPECT_EQ(MediaInfoCLI::runJSON(clip, fake.tool(), {}), "{content}");
+}
+
+TEST_F(MediaInfoCLITest, TellsOnceThatTheToolIsMissing) {
+    MediaInfoCLI::Noted noted;
+    const MediaInfoCLI::Tool missing{
+        .candidates = {folder / "none", folder.path()}, .limits = {}, .noted = &noted};
+    const auto note = [this](const std::string& line) {
+        log.push_back(line);
+    };
+    for (int file = 0; file < 3; ++file)
+        EXPECT_FALSE(MediaInfoCLI::runJSON(folder / "A001.mxf", missing, note));
+    EXPECT_THAT(log, ElementsAre("MediaInfo CLI missing; MXF/R3D/BRAW metadata will be empty."));
+
+    log.clear();
+    writeFile(folder / "broken", "no program");
+    std::filesystem::permissions(folder / "broken", std::filesystem::perms::owner_all);
+    auto broken = missing;
+    broken.candidates = {folder / "broken"};
+    EXPECT_FALSE(MediaInfoCLI::runJSON(folder / "A001.mxf", broken, note));
+    EXPECT_THAT(log, ElementsAre("MediaInfo CLI " + (folder / "broken").native(),
+                                 ::testing::StartsWith("MediaInfo CLI failed to start: run ")));
+}
+
+TEST(MediaInfoCandidates, StandInTheirOrder) {
+    const auto candidates = texts(MediaInfoCLI::candidateURLs("/a/B.app", "/opt/dit/bin/dit", {}));
+    ASSERT_GT(candidates.size(), 11U);
+    EXPECT_THAT(std::vector(candidates.begin(), candidates.begin() + 11),
+                ElementsAre("/a/B.app/Contents/Helpers/mediainfo",
+                            "/a/B.app/Contents/MacOS/mediainfo", "/a/B.app/Helpers/mediainfo",
+                            "/opt/dit/bin/mediainfo", "/opt/dit/Helpers/mediainfo",
+                            "/opt/dit/bin/Helpers/mediainfo", "/opt/dit/MacOS/mediainfo",
+                            "/opt/dit/bin/Vendor/MediaInfo/mediainfo",
+                            "/opt/dit/Vendor/MediaInfo/mediainfo",
+                            "/opt/Vendor/MediaInfo/mediainfo", "/Vendor/MediaInfo/mediainfo"));
+    EXPECT_THAT(std::vector(candidates.end() - 3, candidates.end()),
+                ElementsAre("/opt/homebrew/bin/mediainfo", "/usr/local/bin/mediainfo",
+                            "/usr/bin/mediainfo"));
+
+    const TemporaryFolder folder;
+    writeFile(folder / "real/bin/dit", "");
+    std::filesystem::create_symlink(folder / "real/bin/dit", folder / "dit");
+    const auto started = texts(MediaInfoCLI::candidateURLs("/b", {}, folder / "dit"));
+    EXPECT_EQ(started.at(3), folder / "real/bin/mediainfo");
+    const auto vendored = [](const std::string& path) {
+        return path.find("/Vendor/") != path.npos;
+    };
+    const auto deep = texts(MediaInfoCLI::candidateURLs("/b", "/1/2/3/4/5/6/7/8/9/10/11/dit", {}));
+    const auto shallow = texts(MediaInfoCLI::candidateURLs("/b", {}, {}));
+    EXPECT_EQ(std::count_if(deep.begin(), deep.end(), vendored) -
+                  std::count_if(shallow.begin(), shallow.end(), vendored),
+              10);
+}

@@ -1,0 +1,141 @@
+#include "Platform/ChildProcess.h"
+
+#include "Platform/Error.h"
+#include "support/Files.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <thread>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using namespace std::chrono_literals;
+using ChildProcess::End;
+using ::testing::HasSubstr;
+
+namespace {
+
+constexpr ChildProcess::Limits kShort{.run = 1s, .grace = 200ms};
+
+ChildProcess::Result shell(const std::string& script, const ChildProcess::Limits& limits = {},
+                           const std::stop_token& stop = {}) {
+    return ChildProcess::run(
+        {.executable = "/bin/sh", .arguments = {"-c", script}, .environment = {}}, limits, stop);
+}
+
+/// Gives whether the process is gone, or goes soon.
+bool ends(pid_t process) {
+    for (int attempt = 0; attempt < 200; ++attempt) {
+        if (::kill(process, 0) != 0)
+            return true;
+        std::this_thread::sleep_for(10ms);
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(ChildProcess, GivesOutputAndStatus) {
+    struct Case {
+        const char* script;
+        int status;
+        std::string output;
+    };
+    const Case cases[] = {
+        {"printf 'a\\0b'", 0, std::string("a\0b", 3)},
+        {"echo out; echo err >&2; exit 3", 3, "out\n"},
+        {"kill -KILL $$", SIGKILL, ""},
+        {"cat; echo end", 0, "end\n"}, // nothing comes on standard input
+        {"pwd", 0, "/\n"},
+        {"head -c 50000000 /dev/zero >&2; echo end", 0, "end\n"},
+    };
+    for (const auto& [script, status, output] : cases) {
+        const auto result = shell(script);
+        EXPECT_EQ(result.end, End::Exited) << script;
+        EXPECT_EQ(result.status, status) << script;
+        EXPECT_EQ(result.standardOutput, output) << script;
+    }
+    const auto cut = shell("head -c 1000000 /dev/zero", {.outputBytes = 1000});
+    EXPECT_EQ(cut.end, End::Exited);
+    EXPECT_EQ(cut.standardOutput, std::string(1000, '\0'));
+}
+
+TEST(ChildProcess, InheritsNothingButWhatItIsGiven) {
+    const TemporaryFolder folder;
+    writeFile(folder / "secret", "x");
+    const int inheritable = ::open((folder / "secret").c_str(), O_RDONLY);
+    ASSERT_GT(inheritable, 2);
+    ::setenv("SLATEWISE_KEPT", "kept", 1);
+    ::setenv("SLATEWISE_CHANGED", "old", 1);
+    sigset_t blocked;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+
+    const auto result = ChildProcess::run(
+        {.executable = "/bin/sh",
+         .arguments = {"-c", "ls -l /proc/$$/fd; echo $SLATEWISE_KEPT $SLATEWISE_CHANGED; "
+                             "grep SigBlk /proc/self/status; pwd"},
+         .workingDirectory = folder.path(),
+         .environment = {{"SLATEWISE_CHANGED", "new"}}},
+        {});
+    ::pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
+    ::close(inheritable);
+
+    EXPECT_THAT(result.standardOutput, ::testing::Not(HasSubstr("secret")));
+    EXPECT_THAT(result.standardOutput, HasSubstr("kept new\n"));
+    EXPECT_THAT(result.standardOutput, HasSubstr("SigBlk:\t0000000000000000\n"));
+    EXPECT_THAT(result.standardOutput, HasSubstr(folder.path().native() + "\n"));
+}
+
+TEST(ChildProcess, EndsTheWholeGroupOfWhatTakesTooLong) {
+    const TemporaryFolder folder;
+    const auto note = (folder / "child").native();
+    const std::string ignoresTermination = "trap '' TERM; ";
+    // The program itself hangs, only a child of it does, or it has closed its outputs.
+    for (const auto& script :
+         {ignoresTermination + "sleep 60 & echo $! > " + note + "; wait; sleep 60",
+          "sleep 60 & echo $! > " + note,
+          ignoresTermination + "echo $$ > " + note + "; exec >&- 2>&-; while :; do sleep 1; done",
+          "sleep 60 & echo $! > " + note + "; while :; do echo flood; done"}) {
+        const auto start = std::chrono::steady_clock::now();
+        const auto result = shell(script, kShort);
+        const auto taken = std::chrono::steady_clock::now() - start;
+        EXPECT_EQ(result.end, End::TimedOut) << script;
+        EXPECT_EQ(result.standardOutput, "") << script;
+        EXPECT_LT(taken, 5s) << script;
+        EXPECT_TRUE(ends(std::stoi(readFile(note)))) << script;
+    }
+}
+
+TEST(ChildProcess, EndsAtOnceWhenAskedToStop) {
+    std::stop_source stop;
+    std::jthread asker([&] {
+        std::this_thread::sleep_for(50ms);
+        stop.request_stop();
+    });
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(shell("sleep 60", {}, stop.get_token()).end, End::Cancelled);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+}
+
+TEST(ChildProcess, CannotStartWhatIsNoProgram) {
+    const TemporaryFolder folder;
+    writeFile(folder / "text", "no program");
+    EXPECT_THROW(
+        ChildProcess::run({.executable = folder / "none", .arguments = {}, .environment = {}}, {}),
+        PosixError);
+    EXPECT_THROW(
+        ChildProcess::run({.executable = folder / "text", .arguments = {}, .environment = {}}, {}),
+        PosixError);
+    EXPECT_THROW(ChildProcess::run({.executable = "/bin/true",
+                                    .arguments = {},
+                                    .workingDirectory = folder / "none",
+                                    .environment = {}},
+                                   {}),
+                 PosixError);
+}
