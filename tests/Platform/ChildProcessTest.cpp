@@ -27,10 +27,11 @@ ChildProcess::Result shell(const std::string& script, const ChildProcess::Limits
         {.executable = "/bin/sh", .arguments = {"-c", script}, .environment = {}}, limits, stop);
 }
 
-/// Gives whether the process is gone, or goes soon.
+/// Gives whether the process ends soon. Whoever should collect it may take their time.
 bool ends(pid_t process) {
+    const auto status = "/proc/" + std::to_string(process) + "/stat";
     for (int attempt = 0; attempt < 200; ++attempt) {
-        if (::kill(process, 0) != 0)
+        if (!std::filesystem::exists(status) || readFile(status).find(") Z ") != std::string::npos)
             return true;
         std::this_thread::sleep_for(10ms);
     }
