@@ -146,7 +146,8 @@ private:
             if (isSkippedFile(entry))
                 results_.push_back(makeRow(entry, RowAction::skip, VerifyStatus::skipped));
         }
-        settleOnDevice();
+        if (!settleOnDevice())
+            return outcome(OutcomeStatus::failed, progress.bytesDone());
         const bool allProved = verifyCopies();
         lookIntoClips(sessionRoot_);
         return outcome(allProved ? OutcomeStatus::verified : OutcomeStatus::failed,
@@ -154,15 +155,21 @@ private:
     }
 
     /// What is proved must also outlive a power cut, folder entries and dates included, and the
-    /// proof must come from the device.
-    void settleOnDevice() {
-        FileSystem::syncVolume(sessionRoot_);
+    /// proof must come from the device. False when the disk could not keep what it was given.
+    bool settleOnDevice() {
+        try {
+            FileSystem::syncVolume(sessionRoot_);
+        } catch (const PosixError& failure) {
+            reportProblem("Nothing was read back: " + describe(failure));
+            return false;
+        }
         if (DeviceCache::drop(sessionRoot_) == DeviceCache::Drop::NotPossible) {
             reportProblem(
                 "This disk's file system keeps copies in memory that we may not empty; the "
                 "read-back may come from there: " +
                 Text::displayable(destinationRoot_.native()));
         }
+        return true;
     }
 
     void copyFile(const InventoryEntry& entry, int index, CopyProgress& progress) {

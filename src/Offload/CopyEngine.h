@@ -49,14 +49,15 @@ struct Observer {
 ///
 /// Copies every file in the inventory's order, makes the volume durable, then reads every copy back
 /// from the disk, and at last looks into the clips for the reports' sake. When asked to stop while
-/// it looks, it gives what it has proved, with facts about fewer clips. A file that fails to copy
-/// ends the run with an outcome "failed"; a copy that proves wrong is a row of such an outcome, and
-/// the other files are still proved. Nothing that was written is ever removed.
+/// it looks, it gives what it has proved, with facts about fewer clips. A file that fails to copy,
+/// or a disk that cannot keep what it was given, ends the run with an outcome "failed"; a copy that
+/// proves wrong is a row of such an outcome, and the other files are still proved. Nothing that was
+/// written is ever removed.
 ///
 /// Fails with `CancellationError` when asked to stop between files, with
 /// `OffloadError::InsufficientSpace` before anything is written, and with `PosixError` when the
-/// card cannot be walked, the session's folder cannot be made, the volume cannot be synced or, when
-/// only hashing, a file cannot be read.
+/// card cannot be walked, the session's folder cannot be made or, when only hashing, a file cannot
+/// be read.
 OffloadOutcome run(const Request& request, const Observer& observer, std::stop_token stop);
 
 /// What must be free beyond the bytes to copy: 1%, at least 8 MiB.

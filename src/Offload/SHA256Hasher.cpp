@@ -106,8 +106,8 @@ CopyResult copyAndHash(const std::filesystem::path& from, const std::filesystem:
     const auto source = FileSystem::attributes(from);
     if (source.sizeBytes != result.bytes)
         throw OffloadError(OffloadError::SizeMismatch{source.sizeBytes, result.bytes});
-    if (source.modified)
-        FileSystem::setModified(to, source.exactModified);
+    if (source.exactModified)
+        FileSystem::setModified(to, *source.exactModified);
     return result;
 }
 

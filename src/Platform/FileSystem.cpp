@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cerrno>
+#include <vector>
 
 namespace slatewise::FileSystem {
 
@@ -16,9 +17,16 @@ namespace {
 
 constexpr unsigned kWantedAttributes = STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_BTIME;
 
-Instant toInstant(const statx_timestamp& moment) {
-    return Instant(std::chrono::seconds(moment.tv_sec)) +
-           std::chrono::microseconds(moment.tv_nsec / 1000);
+/// Empty for a moment outside the years 1 to 9999: no date of ours can be written for it, and what
+/// stands there is a broken clock or a broken file system.
+std::optional<Instant> toInstant(const statx_timestamp& moment) {
+    using namespace std::chrono;
+    constexpr seconds kFirst = sys_days(January / 1 / 1).time_since_epoch();
+    constexpr seconds kPastLast = sys_days(January / 1 / 10000).time_since_epoch();
+    const seconds whole(moment.tv_sec);
+    if (whole < kFirst || whole >= kPastLast)
+        return std::nullopt;
+    return Instant(whole) + microseconds(moment.tv_nsec / 1000);
 }
 
 ItemType typeOf(unsigned mode) {
@@ -39,11 +47,16 @@ int readAttributes(int folder, const char* name, int flags, Attributes& result) 
         (facts.stx_mask & STATX_SIZE) ? static_cast<std::int64_t>(facts.stx_size) : 0;
     if (facts.stx_mask & STATX_MTIME) {
         result.modified = toInstant(facts.stx_mtime);
-        result.exactModified = {facts.stx_mtime.tv_sec, facts.stx_mtime.tv_nsec};
+        result.exactModified = timespec{facts.stx_mtime.tv_sec, facts.stx_mtime.tv_nsec};
     }
     if (facts.stx_mask & STATX_BTIME)
         result.created = toInstant(facts.stx_btime);
     return 0;
+}
+
+bool isFolder(const std::filesystem::path& path) noexcept {
+    struct stat facts {};
+    return ::stat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
 }
 
 FileDescriptor open(const std::filesystem::path& path, int flags) {
@@ -92,16 +105,28 @@ std::optional<Attributes> attributesIfAny(const std::filesystem::path& path) noe
     return result;
 }
 
+bool isSame(const std::filesystem::path& left, const std::filesystem::path& right) noexcept {
+    struct stat one {};
+    struct stat other {};
+    return ::stat(left.c_str(), &one) == 0 && ::stat(right.c_str(), &other) == 0 &&
+           one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
 bool exists(const std::filesystem::path& path) noexcept {
     struct stat facts {};
     return ::lstat(path.c_str(), &facts) == 0;
 }
 
+// The library's own way to do this gives up at a thousand levels.
 void createFolders(const std::filesystem::path& folder) {
-    std::error_code failure;
-    std::filesystem::create_directories(folder, failure);
-    if (failure)
-        throw PosixError("mkdir", folder, failure.value());
+    std::vector<std::filesystem::path> missing;
+    for (auto at = folder; !at.empty() && !isFolder(at); at = at.parent_path())
+        missing.push_back(at);
+    for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
+        // Somebody else may be making the same folders.
+        if (!createNewFolder(*next) && !isFolder(*next))
+            throw PosixError("mkdir", *next, EEXIST);
+    }
 }
 
 bool createNewFolder(const std::filesystem::path& folder) {

@@ -26,8 +26,8 @@ struct Attributes {
     std::int64_t sizeBytes = 0;
     std::optional<Instant> modified;
     std::optional<Instant> created;
-    /// The modification date as the system keeps it, to the nanosecond.
-    timespec exactModified{};
+    /// The modification date as the system keeps it: to the nanosecond, and of any year.
+    std::optional<timespec> exactModified;
 };
 
 /// Attributes of the item itself; a symbolic link is not followed. `name` is taken relative to the
@@ -42,6 +42,9 @@ std::optional<Attributes> attributesIfAny(const std::filesystem::path& path) noe
 
 /// Whether anything bears that name, a dangling link included.
 bool exists(const std::filesystem::path& path) noexcept;
+
+/// Whether both paths lead to the same item. False when one leads nowhere.
+bool isSame(const std::filesystem::path& left, const std::filesystem::path& right) noexcept;
 
 /// Makes a folder with all its parents. A folder that is there already is no failure.
 void createFolders(const std::filesystem::path& folder);

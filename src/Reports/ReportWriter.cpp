@@ -78,6 +78,9 @@ void write(const SessionManifest& manifest, const std::filesystem::path& folder,
 
 void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to) {
     FileSystem::createFolders(to);
+    // A user may have put the archive where the copy goes.
+    if (FileSystem::isSame(from, to))
+        return;
     for (const auto name : fileNames) {
         if (!FileSystem::exists(from / name))
             continue;
@@ -85,6 +88,7 @@ void copySidecars(const std::filesystem::path& from, const std::filesystem::path
             FileSystem::remove(to / name);
         FileSystem::copy(from / name, to / name);
     }
+    FileSystem::syncVolume(to);
 }
 
 int folderCount(std::span<const ManifestFile> files) {

@@ -30,7 +30,8 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& 
 void write(const SessionManifest& manifest, const std::filesystem::path& folder,
            AppLanguage language);
 
-/// Copies those files of a set that `from` holds, replacing what `to` holds under these names.
+/// Copies those files of a set that `from` holds, replacing what `to` holds under these names, and
+/// waits until they would survive a power cut, as the footage beside them does.
 void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// How many distinct folders the files' paths imply.

@@ -4,13 +4,17 @@
 #include "Platform/Error.h"
 #include "support/Files.h"
 #include "support/Offloads.h"
+#include "support/Process.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <climits>
+
 using namespace slatewise;
 using namespace slatewise::test;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
@@ -149,7 +153,7 @@ TEST_F(CopyEngineTest, AFailingFileStopsTheRunAndEveryFileHasARow) {
                                            {".DS_Store", "SKIP/skipped"},
                                            {"5", "FAIL/failed"}}));
     EXPECT_THAT(outcome.files, SizeIs(6));
-    EXPECT_THAT(record.problems, ElementsAre(::testing::HasSubstr("3: open")));
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("3: open")));
     EXPECT_EQ(readFile(destination / "session/2"), "2") << "what was copied stays";
 }
 
@@ -190,13 +194,18 @@ TEST_F(CopyEngineTest, CancellingBeforeBetweenAndInFiles) {
     EXPECT_EQ(std::filesystem::file_size(inFile.sessionRoot / "2"), kMiB);
     EXPECT_FALSE(std::filesystem::exists(inFile.sessionRoot / "3"));
 
-    // An empty file has no chunks, so that the next check is the one between files.
-    writeFile(card / "0", "");
+    // A file's way is told at its end, when no check is left but the one between files.
+    stop = {};
+    auto observer = record.observer();
+    observer.log = [&](const std::string&) {
+        stop.request_stop();
+    };
+    EXPECT_THROW(CopyEngine::run(request, observer, stop.get_token()), CancellationError);
+    EXPECT_EQ(readFile(destination / "session_2/1"), bytesOf(2 * kMiB)) << "whole, and stays";
+    EXPECT_FALSE(std::filesystem::exists(destination / "session_2/2"));
+
     stop = {};
     EXPECT_THROW(run([&](const OffloadPhase& phase) {
-                     const auto* copying = std::get_if<Phase::Copying>(&phase);
-                     if (copying && copying->file == "1")
-                         return;
                      if (std::holds_alternative<Phase::Verifying>(phase))
                          stop.request_stop();
                  }),
@@ -258,15 +267,28 @@ TEST_F(CopyEngineTest, TenThousandSmallFiles) {
 }
 
 TEST_F(CopyEngineTest, LongNamesDeepTreesAndTooDeepOnes) {
+    // On the card the path is as long as a path can be.
+    std::filesystem::path tooDeep;
+    while ((card / tooDeep).native().size() < PATH_MAX - 250)
+        tooDeep /= std::string(200, 'e');
+    tooDeep /= std::string(PATH_MAX - 2 - (card / tooDeep).native().size(), 'z');
+    writeFile(card / tooDeep, "never reached");
+    EXPECT_EQ(verdicts(run())[tooDeep], "FAIL/failed");
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("File name too long")));
+    std::filesystem::remove_all(card / *tooDeep.begin());
+
+    constexpr int kLevels = 1005;
     const std::string longest(255, 'n');
     writeFile(card / longest, "1");
     std::filesystem::path deep;
-    while (deep.native().size() < 3000)
-        deep /= std::string(50, 'd');
+    for (int level = 0; level < kLevels; ++level)
+        deep /= "d";
     writeFile(card / deep / "clip.mov", "deep");
     const auto outcome = run();
     EXPECT_EQ(outcome.status, "verified");
-    EXPECT_EQ(readFile(destination / "session" / deep / "clip.mov"), "deep");
+    EXPECT_EQ(readFile(outcome.sessionRoot / deep / "clip.mov"), "deep");
+    // More levels than the standard library can remove.
+    test::run({"rm", "-r", card / "d", outcome.sessionRoot / "d"});
 }
 
 TEST(CopyEngine, SpaceMarginIsOnePercentFromEightHundredMebibytes) {

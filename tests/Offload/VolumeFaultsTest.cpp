@@ -222,6 +222,22 @@ TEST(PulledDisk, BeforeTheProofLeavesNothingVerified) {
         EXPECT_EQ(verdict, "FAIL/failed") << path;
 }
 
+TEST(PulledDisk, BeforeItHasKeptEverythingLeavesNothingVerified) {
+    MountedVolume disk(Volume::Ext4, 64 * kMiB);
+    const TemporaryFolder card;
+    writeFile(card / ".DS_Store", "1");
+    RunRecord record;
+    auto observer = record.observer();
+    observer.sessionRootCreated = [&](const auto&) {
+        disk.pull();
+    };
+    const auto outcome = CopyEngine::run(requestFor(card.path(), disk.path()), observer, {});
+    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(verdicts(outcome),
+              (std::map<std::string, std::string>{{".DS_Store", "SKIP/skipped"}}));
+    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("Nothing was read back")));
+}
+
 TEST(BadCard, AReadErrorStopsTheRunWithTheDevicesReason) {
     MountedVolume card(Volume::Ext4, 64 * kMiB);
     const TemporaryFolder destination;
@@ -238,6 +254,31 @@ TEST(BadCard, AReadErrorStopsTheRunWithTheDevicesReason) {
     EXPECT_EQ(outcome.status, "failed");
     EXPECT_THAT(verdicts(outcome)["2"], "FAIL/failed");
     EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("Input/output error")));
+}
+
+TEST(BrokenClock, ADateThatNoReportCanHoldIsCopiedAndLeftOut) {
+    const MountedVolume disk(Volume::Btrfs, 256 * kMiB);
+    const std::map<std::int64_t, std::optional<Instant>> cases = {
+        {-1, Instant() - std::chrono::seconds(1)},
+        {253'402'300'799, Clock::fromIso8601("9999-12-31T23:59:59Z")},
+        {253'402'300'800, std::nullopt},
+        {std::numeric_limits<std::int64_t>::max(), std::nullopt},
+        {std::numeric_limits<std::int64_t>::min(), std::nullopt},
+    };
+    for (const auto& [seconds, date] : cases) {
+        SCOPED_TRACE(seconds);
+        writeFile(disk / "card/a", "1");
+        const std::array<timespec, 2> moments = {timespec{}, timespec{seconds, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, (disk / "card/a").c_str(), moments.data(), 0), 0);
+        RunRecord record;
+        const auto outcome =
+            CopyEngine::run(requestFor(disk / "card", disk.path()), record.observer(), {});
+        EXPECT_EQ(outcome.status, "verified");
+        EXPECT_EQ(outcome.files.at(0).mtime, date);
+        struct stat copy {};
+        ASSERT_EQ(::stat((outcome.sessionRoot / "a").c_str(), &copy), 0);
+        EXPECT_EQ(copy.st_mtim.tv_sec, seconds);
+    }
 }
 
 TEST(LargeFile, SixGibibytesAreCopiedWithoutTruncation) {

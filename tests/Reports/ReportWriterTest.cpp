@@ -262,6 +262,10 @@ TEST(ReportWriter, CopiesThoseFilesOfASetThatAreThere) {
     EXPECT_EQ(readFile(folder / "to/Reports_Detailed.pdf"), "pdf");
     EXPECT_FALSE(std::filesystem::exists(folder / "to/private.txt"));
 
+    std::filesystem::create_directory_symlink("to", folder / "same");
+    ReportWriter::copySidecars(folder / "to", folder / "same");
+    EXPECT_EQ(readFile(folder / "to/manifest.json"), "new") << "a set is no copy of itself";
+
     std::filesystem::create_directory(folder / "from/inventory.csv");
     writeFile(folder / "from/checksums.sha256", "x");
     EXPECT_THROW(ReportWriter::copySidecars(folder / "from", folder / "to"), Error);

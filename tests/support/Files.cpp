@@ -1,5 +1,6 @@
 #include "support/Files.h"
 
+#include "Platform/FileSystem.h"
 #include "support/Process.h"
 
 #include <cstdlib>
@@ -27,7 +28,7 @@ std::filesystem::path programsFolder() {
 }
 
 void writeFile(const std::filesystem::path& path, std::string_view content) {
-    std::filesystem::create_directories(path.parent_path());
+    FileSystem::createFolders(path.parent_path());
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
     file.close();
