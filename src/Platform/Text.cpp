@@ -1,5 +1,7 @@
 #include "Platform/Text.h"
 
+#include "Platform/Error.h"
+
 #include <unicode/brkiter.h>
 #include <unicode/coll.h>
 #include <unicode/uchar.h>
@@ -15,6 +17,17 @@ namespace {
 icu::UnicodeString toUnicode(std::string_view text) {
     return icu::UnicodeString::fromUTF8(
         icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+}
+
+/// Finds the user-perceived characters of a text that outlives it.
+std::unique_ptr<icu::BreakIterator> graphemesOf(const icu::UnicodeString& text) {
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> graphemes(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    if (U_FAILURE(status))
+        throw Error(std::string("ICU has no rules for characters: ") + u_errorName(status));
+    graphemes->setText(text);
+    return graphemes;
 }
 
 // The library's macros narrow on purpose.
@@ -128,17 +141,20 @@ std::vector<std::string_view> pieces(std::string_view text, char separator) {
     return result;
 }
 
+std::size_t length(std::string_view text) {
+    const icu::UnicodeString characters = toUnicode(text);
+    const auto graphemes = graphemesOf(characters);
+    std::size_t count = 0;
+    while (graphemes->next() != icu::BreakIterator::DONE)
+        ++count;
+    return count;
+}
+
 std::string prefix(std::string_view text, std::size_t limit) {
     if (text.size() <= limit)
         return std::string(text);
-    UErrorCode status = U_ZERO_ERROR;
     const icu::UnicodeString characters = toUnicode(text);
-    std::unique_ptr<icu::BreakIterator> graphemes(
-        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    if (U_FAILURE(status))
-        return std::string(text.substr(0, limit));
-    graphemes->setText(characters);
-    const std::int32_t end = graphemes->next(static_cast<std::int32_t>(limit));
+    const std::int32_t end = graphemesOf(characters)->next(static_cast<std::int32_t>(limit));
     if (end == icu::BreakIterator::DONE)
         return std::string(text);
     std::string result;

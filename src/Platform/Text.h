@@ -23,6 +23,9 @@ std::string pathSafeLabel(std::string_view text);
 /// The pieces between `separator`, empty ones left out. Views into `text`.
 std::vector<std::string_view> pieces(std::string_view text, char separator);
 
+/// How many user-perceived characters the text has.
+std::size_t length(std::string_view text);
+
 /// At most the first `limit` user-perceived characters.
 std::string prefix(std::string_view text, std::size_t limit);
 

@@ -3,7 +3,9 @@
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
 #include "Reports/SessionDetailedHTML.h"
+#include "Reports/SessionDetailedPDF.h"
 #include "Reports/SessionHTML.h"
+#include "Reports/SessionPDF.h"
 #include "Storage/AppInfo.h"
 
 #include <algorithm>
@@ -73,7 +75,9 @@ void write(const SessionManifest& manifest, const std::filesystem::path& folder,
     FileSystem::write(folder / "inventory.csv", inventoryCSV(manifest, language));
     FileSystem::write(folder / "checksums.sha256", checksumList(manifest));
     SessionHTML::write(manifest, folder / "Reports_Standart.html", language);
+    SessionPDF::write(manifest, folder / "Reports_Standart.pdf", language);
     SessionDetailedHTML::write(manifest, folder / "Reports_Detailed.html", language);
+    SessionDetailedPDF::write(manifest, folder / "Reports_Detailed.pdf", language);
 }
 
 void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "Language/L10n.h"
+#include "Platform/Pdf/PdfCanvas.h"
+#include "Reports/SessionManifest.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
+
+/// What the two printed reports share: the page, the look, the texts above and below the table.
+/// Lengths are in points, the origin is the page's lower left corner.
+namespace slatewise::PdfReport {
+
+/// A4, landscape.
+inline constexpr double pageWidth = 842;
+inline constexpr double pageHeight = 595;
+/// Between a cell's edge and its text.
+inline constexpr double cellInset = 4;
+/// How far each level of folders moves a name to the right.
+inline constexpr double indentPerLevel = 9;
+
+inline constexpr PdfColor mainText = PdfColor::grey(0.12);
+inline constexpr PdfColor headFill = PdfColor::grey(0.94);
+inline constexpr PdfColor accent = {0.29, 0.17, 0.83};
+inline constexpr PdfColor rateMismatch = {0.71, 0.14, 0.09};
+
+constexpr TextStyle system(double size, FontWeight weight, const PdfColor& color) {
+    return {{FontRole::System, weight}, size, color};
+}
+
+constexpr TextStyle digits(double size, FontWeight weight, const PdfColor& color) {
+    return {{FontRole::DigitMonospaced, weight}, size, color};
+}
+
+constexpr TextStyle monospaced(double size, const PdfColor& color) {
+    return {{FontRole::Monospaced, FontWeight::Regular}, size, color};
+}
+
+/// Replaces what is at `file` by a document that `draw` fills. Fails with an error in the
+/// words of the language when the file or a font cannot be opened, and with `PosixError` when the
+/// disk fails later.
+void write(const SessionManifest& manifest, const std::filesystem::path& file, AppLanguage language,
+           const std::function<void(PdfCanvas&)>& draw);
+
+/// Left edge and width of the column of text outside the table.
+struct TextColumn {
+    double left = 0;
+    double width = 0;
+};
+
+/// One line whose box has its upper edge at `top`; cut when it is too long.
+void drawLine(PdfCanvas& canvas, std::string_view text, const TextColumn& column, double top,
+              const TextStyle& style);
+
+/// "/media/A001  →  /disk/A001", the arrow in the accent colour. When both have no room each gets
+/// at least half of it.
+void drawRoute(PdfCanvas& canvas, const SessionManifest& manifest, const TextColumn& column,
+               double top, const TextStyle& style);
+
+/// The same on as many as `maximumLines` lines.
+void drawWrappedRoute(PdfCanvas& canvas, const SessionManifest& manifest, const TextColumn& column,
+                      double top, double lineHeight, std::size_t maximumLines,
+                      const TextStyle& style);
+
+/// "<name>  ·  Session <id>".
+std::string sessionLine(std::string_view reportName, const SessionManifest& manifest,
+                        const L10n& l10n);
+
+/// "2 folders  ·  5 files  ·  1.2 MB (1,234,567 bytes)".
+std::string countsLine(const SessionManifest& manifest, const L10n& l10n);
+
+/// "Slatewise DIT v0.1.42.0".
+std::string programLine();
+
+/// Where a name begins at that depth, from the left edge of a column: in a deep tree there must be
+/// room for a name, too.
+double nameInset(int depth, double columnWidth);
+
+/// The baseline of capitals that stand in the middle between two heights.
+double centredBaseline(double middle, double fontSize);
+
+} // namespace slatewise::PdfReport

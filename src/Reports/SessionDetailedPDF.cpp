@@ -1,0 +1,363 @@
+#include "Reports/SessionDetailedPDF.h"
+
+#include "Offload/PathSize.h"
+#include "Offload/TimecodeFormat.h"
+#include "Platform/Text.h"
+#include "Reports/EssenceText.h"
+#include "Reports/PdfReport.h"
+#include "Reports/ReportText.h"
+#include "Storage/AppInfo.h"
+
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace slatewise::SessionDetailedPDF {
+
+namespace {
+
+using namespace PdfReport;
+
+constexpr std::string_view kName = "Reports_Detailed";
+
+constexpr double kTableLeft = 7;
+constexpr double kTableWidth = 828;
+constexpr double kTableRight = kTableLeft + kTableWidth;
+constexpr double kHeadHeight = 12;
+constexpr double kLineHeight = 8.2;
+/// Above the first and below the last line of a row, together.
+constexpr double kRowPadding = 5;
+constexpr double kLowestRow = 22;
+constexpr double kFirstTableTop = 500;
+constexpr double kLaterTableTop = 558;
+/// What the rows of a page may take.
+constexpr double kFirstBudget = 455;
+constexpr double kLaterBudget = 531;
+constexpr TextColumn kTextColumn = {.left = 9, .width = 824};
+constexpr double kFrameWidth = 0.4;
+constexpr double kRuleWidth = 0.3;
+constexpr double kBannerTopInset = 3;
+constexpr double kBannerNameHeight = 12;
+constexpr double kBannerLineHeight = 9;
+constexpr double kBannerPadding = 22;
+/// A facts line of more characters gets a further line.
+constexpr std::size_t kFactsPerLine = 140;
+/// A file has a name, a date and two sizes to show even when nothing is known of the clip.
+constexpr int kLeastFileLines = 3;
+
+constexpr PdfColor kSecondary = PdfColor::grey(0.42);
+constexpr PdfColor kRule = PdfColor::grey(0.78);
+constexpr PdfColor kBannerFill = {0.96, 0.94, 1};
+constexpr PdfColor kBannerFrame = {0.81, 0.76, 1};
+
+enum Column : std::size_t { Name, Size, Clip, Timing, Status, Hash };
+
+int lineCount(std::string_view text) {
+    return 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+}
+
+std::string onLines(const std::vector<std::string>& lines) {
+    return fmt::format("{}", fmt::join(lines, "\n"));
+}
+
+std::string statusText(const ManifestFile& file) {
+    const bool hasBoth = !file.action.empty() && !file.verifyStatus.empty();
+    return file.action + (hasBoth ? "\n" : "") + file.verifyStatus;
+}
+
+Row describeCard(const ClipEssence& common, const std::string& cardName, AppLanguage language) {
+    Row row;
+    row.folder = row.banner = true;
+    row.name = cardName;
+    row.bannerFacts = ReportText::cardFactsLine(common, language);
+    const auto length = Text::length(row.bannerFacts);
+    row.lines = 1 + static_cast<int>((length + kFactsPerLine - 1) / kFactsPerLine);
+    return row;
+}
+
+void describeFile(const ManifestFile& file, const ClipEssence& common, Row& row) {
+    if (file.essence)
+        row.clip = onLines(EssenceText::clipLines(*file.essence, common));
+    row.timing = onLines(ReportText::timingLines(file));
+    row.status = statusText(file);
+    row.hash = file.sourceSHA256.value_or("");
+    row.fpsMismatch = TimecodeFormat::capTC(file.captureFps, file.timecodeRate).mismatch;
+    if (file.mtime)
+        row.nameStamp = ReportText::fileModified(*file.mtime);
+}
+
+Row describe(const ReportNode& node, const ClipEssence& common, const L10n& l10n, int depth) {
+    const auto bytes = node.isDirectory() ? node.totalBytes : node.file->sizeBytes;
+    Row row;
+    row.depth = depth;
+    row.folder = node.isDirectory();
+    row.name = node.name;
+    row.sizeHuman = PathSize::format(bytes, l10n.language());
+    row.sizeBytes = PathSize::grouped(bytes, l10n.language());
+    if (node.isDirectory())
+        row.clip = row.status = l10n.fileCount(node.fileCount);
+    else
+        describeFile(*node.file, common, row);
+    row.lines = std::max({lineCount(row.name), lineCount(row.clip), lineCount(row.timing),
+                          lineCount(row.status), node.isDirectory() ? 1 : kLeastFileLines});
+    return row;
+}
+
+void append(std::span<const ReportNode> nodes, const ClipEssence& common, const L10n& l10n,
+            int depth, std::vector<Row>& rows) {
+    for (const auto& node : nodes) {
+        rows.push_back(describe(node, common, l10n, depth));
+        append(node.children, common, l10n, depth + 1, rows);
+    }
+}
+
+/// How many of the rows one page takes: as many as have room, and at least one.
+std::size_t rowsOnPage(std::span<const Row> rows, bool first) {
+    const double budget = first ? kFirstBudget : kLaterBudget;
+    // Heights are sums of tenths, which add up to a whole a little above or below it.
+    constexpr double kRounding = 1e-6;
+    double sum = 0;
+    std::size_t count = 0;
+    for (const auto& row : rows) {
+        sum += row.height();
+        if (count > 0 && sum > budget + kRounding)
+            break;
+        ++count;
+    }
+    return count;
+}
+
+/// Draws the table of one page from its upper edge down.
+class Table {
+public:
+    Table(PdfCanvas& canvas, const Widths& widths, double top)
+        : canvas_(canvas), widths_(widths), top_(top), bottom_(top - kHeadHeight) {}
+
+    double bottom() const { return bottom_; }
+
+    void drawHead(const L10n& l10n) {
+        canvas_.fill({kTableLeft, bottom_, kTableWidth, kHeadHeight}, headFill);
+        constexpr double kFontSize = 6.2;
+        const std::array<L10n::Text, 6> titles = {l10n.colName(),   l10n.reportSize(),
+                                                  l10n.colClip(),   l10n.colTiming(),
+                                                  l10n.colVerify(), "SHA-256"};
+        for (std::size_t column = 0; column < titles.size(); ++column)
+            canvas_.draw(titles[column],
+                         cell(column, centredBaseline(top_ - kHeadHeight / 2, kFontSize)),
+                         system(kFontSize, FontWeight::Semibold, mainText));
+        ruleBelow();
+    }
+
+    void drawRow(const Row& row) {
+        const double height = row.height();
+        if (row.banner)
+            drawBanner(row, height);
+        else
+            drawCells(row, height);
+        bottom_ -= height;
+        ruleBelow();
+    }
+
+    void drawFrame() {
+        canvas_.stroke(rules_, kRule, kRuleWidth);
+        canvas_.stroke({kTableLeft, bottom_, kTableWidth, top_ - bottom_}, kRule, kFrameWidth);
+        if (banner_.height > 0)
+            canvas_.stroke(banner_, kBannerFrame, kFrameWidth);
+    }
+
+private:
+    /// Where the cell's line stands; sizes line up at the right, all else at the left.
+    TextPlace cell(std::size_t column, double baseline) const {
+        return {.left = colX(column, widths_) + cellInset,
+                .width = widths_[column] - 2 * cellInset,
+                .baseline = baseline,
+                .alignment = column == Size ? TextAlignment::Right : TextAlignment::Left,
+                .fit = TextFit::NarrowThenCut};
+    }
+
+    /// The baseline of one line of the row that begins at `bottom_`; the first has number 0. All
+    /// cells share them, whatever their fonts' sizes.
+    double baselineOf(std::size_t line) const {
+        constexpr double kFontSize = 6.6;
+        return centredBaseline(
+            bottom_ - kRowPadding / 2 - kLineHeight * (static_cast<double>(line) + 0.5), kFontSize);
+    }
+
+    void drawBanner(const Row& row, double height) {
+        banner_ = {kTableLeft, bottom_ - height, kTableWidth, height};
+        canvas_.fill(banner_, kBannerFill);
+        double top = bottom_ - kBannerTopInset;
+        drawLine(canvas_, row.name, kTextColumn, top, system(8.5, FontWeight::Semibold, mainText));
+        top -= kBannerNameHeight;
+        constexpr auto kFacts = system(6.4, FontWeight::Regular, mainText);
+        for (const auto& line : canvas_.wrapped(row.bannerFacts, kFacts, kTextColumn.width,
+                                                static_cast<std::size_t>(row.lines - 1))) {
+            drawLine(canvas_, line, kTextColumn, top, kFacts);
+            top -= kBannerLineHeight;
+        }
+    }
+
+    void drawCells(const Row& row, double height) {
+        drawName(row);
+        canvas_.draw(row.sizeHuman, cell(Size, baselineOf(0)),
+                     system(6.6, FontWeight::Regular, mainText));
+        canvas_.draw(row.sizeBytes, cell(Size, baselineOf(1)),
+                     digits(6.2, FontWeight::Regular, kSecondary));
+        drawLines(row.clip, Clip, system(6.5, FontWeight::Regular, mainText));
+        drawLines(row.timing, Timing,
+                  digits(6.5, FontWeight::Regular, row.fpsMismatch ? rateMismatch : mainText));
+        drawLines(row.status, Status, system(6.4, FontWeight::Regular, mainText));
+        canvas_.draw(row.hash, cell(Hash, baselineOf(0)), monospaced(5.6, mainText));
+        for (std::size_t column = 1; column < widths_.size(); ++column) {
+            const double x = colX(column, widths_);
+            rules_.push_back({x, bottom_, x, bottom_ - height});
+        }
+    }
+
+    void drawName(const Row& row) {
+        const double inset = nameInset(row.depth, widths_[Name]);
+        auto place = cell(Name, 0);
+        place.left = kTableLeft + inset;
+        place.width = widths_[Name] - inset - cellInset;
+        place.fit = TextFit::Cut;
+        const auto style = row.folder ? system(6.6, FontWeight::Semibold, accent)
+                                      : system(6.6, FontWeight::Medium, mainText);
+        // The date needs the last line of those that the row has.
+        const auto room =
+            static_cast<std::size_t>(row.nameStamp.empty() ? row.lines : row.lines - 1);
+        const auto next = drawLinesAt(place, row.name, room, style);
+        place.baseline = baselineOf(next);
+        canvas_.draw(row.nameStamp, place, digits(5.2, FontWeight::Regular, kSecondary));
+    }
+
+    void drawLines(std::string_view text, std::size_t column, const TextStyle& style) {
+        drawLinesAt(cell(column, 0), text, std::string_view::npos, style);
+    }
+
+    /// Draws at most `room` lines and gives the number of the line below them.
+    std::size_t drawLinesAt(TextPlace place, std::string_view text, std::size_t room,
+                            const TextStyle& style) {
+        std::size_t line = 0;
+        while (!text.empty() && line < room) {
+            const auto end = line + 1 < room ? std::min(text.find('\n'), text.size()) : text.size();
+            place.baseline = baselineOf(line++);
+            canvas_.draw(text.substr(0, end), place, style);
+            text.remove_prefix(std::min(end + 1, text.size()));
+        }
+        return line;
+    }
+
+    void ruleBelow() { rules_.push_back({kTableLeft, bottom_, kTableRight, bottom_}); }
+
+    PdfCanvas& canvas_;
+    const Widths& widths_;
+    double top_;
+    /// The lower edge of what is drawn so far.
+    double bottom_;
+    std::vector<PdfLine> rules_;
+    PdfRectangle banner_;
+};
+
+void drawFirstHeader(const SessionManifest& manifest, const L10n& l10n, PdfCanvas& canvas) {
+    const auto line = [&](std::string_view text, double top, const TextStyle& style) {
+        drawLine(canvas, text, kTextColumn, top, style);
+    };
+    line(l10n.reportTitle(), 588, system(20, FontWeight::Bold, mainText));
+    line(ReportText::dateTime(manifest.startedAt, l10n.language()), 562,
+         system(9, FontWeight::Regular, kSecondary));
+    line(sessionLine(kName, manifest, l10n), 549, system(8, FontWeight::Semibold, mainText));
+    constexpr double kRouteLineHeight = 9;
+    drawWrappedRoute(canvas, manifest, kTextColumn, 536, kRouteLineHeight, 2,
+                     system(8, FontWeight::Medium, mainText));
+    line(countsLine(manifest, l10n), 517, system(8, FontWeight::Regular, mainText));
+}
+
+void drawLaterHeader(const L10n& l10n, PdfCanvas& canvas) {
+    drawLine(canvas, l10n.reportContinued(), kTextColumn, 589,
+             system(8, FontWeight::Semibold, mainText));
+    drawLine(canvas, kName, kTextColumn, 573, system(8, FontWeight::Regular, kSecondary));
+}
+
+void drawFoot(PdfCanvas& canvas, double tableBottom) {
+    constexpr double kFontSize = 6.5;
+    constexpr double kHeight = 10;
+    constexpr double kDistance = 14;
+    constexpr double kLowest = 3;
+    const double bottom = std::max(kLowest, tableBottom - kDistance);
+    const double baseline = centredBaseline(bottom + kHeight / 2, kFontSize);
+    canvas.draw(fmt::format("{}  ·  {}", programLine(), kName),
+                {.left = kTextColumn.left, .width = 316, .baseline = baseline},
+                system(kFontSize, FontWeight::Regular, kSecondary));
+    canvas.draw(
+        AppInfo::linkText(AppInfo::websiteURL),
+        {.left = 707, .width = 126, .baseline = baseline, .alignment = TextAlignment::Right},
+        system(kFontSize, FontWeight::Medium, accent));
+}
+
+} // namespace
+
+double Row::height() const {
+    if (banner)
+        return std::max(kLowestRow, (lines - 1) * kBannerLineHeight + kBannerPadding);
+    return std::max(kLowestRow, lines * kLineHeight + kRowPadding);
+}
+
+void write(const SessionManifest& manifest, const std::filesystem::path& file,
+           AppLanguage language) {
+    PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
+        const auto rows = flatten(ReportTree::build(manifest.files), manifest.cardEssence(),
+                                  manifest.card.name, language, 0);
+        const auto widths = columnWidths();
+        bool first = true;
+        for (std::span<const Row> rest = rows; !rest.empty(); first = false) {
+            const auto count = rowsOnPage(rest, first);
+            canvas.beginPage();
+            drawPage(manifest, rest.first(count), widths, first, language, canvas);
+            canvas.endPage();
+            rest = rest.subspan(count);
+        }
+    });
+}
+
+std::vector<Row> flatten(std::span<const ReportNode> nodes, const ClipEssence& common,
+                         const std::string& cardName, AppLanguage language, int depth) {
+    std::vector<Row> rows;
+    if (depth == 0)
+        rows.push_back(describeCard(common, cardName, language));
+    append(nodes, common, L10n(language), depth, rows);
+    return rows;
+}
+
+Widths columnWidths() {
+    Widths widths = {128, 72, 118, 132, 52, 0};
+    double rest = kTableWidth;
+    for (const double width : widths)
+        rest -= width;
+    widths.back() = rest;
+    return widths;
+}
+
+double colX(std::size_t column, const Widths& widths) {
+    double x = kTableLeft;
+    for (std::size_t before = 0; before < column; ++before)
+        x += widths[before];
+    return x;
+}
+
+void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const Widths& widths,
+              bool first, AppLanguage language, PdfCanvas& canvas) {
+    const L10n l10n(language);
+    if (first)
+        drawFirstHeader(manifest, l10n, canvas);
+    else
+        drawLaterHeader(l10n, canvas);
+    Table table(canvas, widths, first ? kFirstTableTop : kLaterTableTop);
+    table.drawHead(l10n);
+    for (const auto& row : rows)
+        table.drawRow(row);
+    table.drawFrame();
+    drawFoot(canvas, table.bottom());
+}
+
+} // namespace slatewise::SessionDetailedPDF

@@ -1,0 +1,288 @@
+#include "Reports/SessionPDF.h"
+
+#include "Offload/PathSize.h"
+#include "Offload/TimecodeFormat.h"
+#include "Reports/PdfReport.h"
+#include "Reports/ReportLogo.h"
+#include "Reports/ReportText.h"
+#include "Storage/AppInfo.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace slatewise::SessionPDF {
+
+namespace {
+
+using namespace PdfReport;
+
+constexpr std::string_view kName = "Reports_Standart";
+
+constexpr double kTableLeft = 8;
+constexpr double kTableWidth = 826;
+constexpr double kTableRight = kTableLeft + kTableWidth;
+constexpr double kHeadHeight = 13;
+constexpr double kRowHeight = 18;
+constexpr double kHeaderTop = 587;
+/// What the texts above the table take.
+constexpr double kFirstHeaderHeight = 62;
+constexpr double kLaterHeaderHeight = 22;
+constexpr double kFootHeight = 28;
+constexpr double kBottomMargin = 8;
+constexpr TextColumn kTextColumn = {.left = 10, .width = 822};
+constexpr double kRuleWidth = 0.35;
+/// From the table's lower edge to that of the foot.
+constexpr double kFootDistance = 16;
+constexpr double kLogoSize = 14;
+/// Baselines of the two lines of a size, from the middle of its row.
+constexpr double kUpperLine = 1;
+constexpr double kLowerLine = -6.1;
+
+constexpr PdfColor kSecondary = PdfColor::grey(0.45);
+constexpr PdfColor kRule = PdfColor::grey(0.72);
+
+enum Column : std::size_t {
+    Name,
+    Size,
+    Action,
+    Verify,
+    Timecode,
+    Duration,
+    Rates,
+    DropFrame,
+    Hash
+};
+
+double headerHeight(bool first) {
+    return first ? kFirstHeaderHeight : kLaterHeaderHeight;
+}
+
+std::size_t rowsPerPage(bool first) {
+    const double room =
+        kHeaderTop - headerHeight(first) - kBottomMargin - kFootHeight - kHeadHeight;
+    return std::max<std::size_t>(1, static_cast<std::size_t>(room / kRowHeight));
+}
+
+std::string dropFrameText(const std::optional<bool>& isDropFrame) {
+    if (!isDropFrame)
+        return std::string(TimecodeFormat::missing);
+    return *isDropFrame ? "DF" : "NDF";
+}
+
+void describeFile(const ManifestFile& file, Row& row) {
+    const auto rates = TimecodeFormat::capTC(file.captureFps, file.timecodeRate);
+    row.action = file.action;
+    row.verify = file.verifyStatus;
+    row.tc = TimecodeFormat::range(file.timecodeStart, file.timecodeEnd);
+    row.dur = file.displayDuration();
+    row.fps = rates.text;
+    row.fpsMismatch = rates.mismatch;
+    row.df = dropFrameText(file.timecodeDropFrame);
+    row.hash = file.sourceSHA256.value_or(std::string(TimecodeFormat::missing));
+}
+
+Row describe(const ReportNode& node, const L10n& l10n, int depth) {
+    const auto bytes = node.isDirectory() ? node.totalBytes : node.file->sizeBytes;
+    Row row;
+    row.depth = depth;
+    row.folder = node.isDirectory();
+    row.name = node.name;
+    row.sizeHuman = PathSize::format(bytes, l10n.language());
+    row.sizeBytes = PathSize::grouped(bytes, l10n.language());
+    if (node.isDirectory()) {
+        row.action = l10n.fileCount(node.fileCount);
+        row.tc = row.dur = row.fps = row.df = TimecodeFormat::missing;
+    } else {
+        describeFile(*node.file, row);
+    }
+    return row;
+}
+
+void append(std::span<const ReportNode> nodes, const L10n& l10n, int depth,
+            std::vector<Row>& rows) {
+    for (const auto& node : nodes) {
+        rows.push_back(describe(node, l10n, depth));
+        append(node.children, l10n, depth + 1, rows);
+    }
+}
+
+/// Draws the table of one page from its upper edge down.
+class Table {
+public:
+    Table(PdfCanvas& canvas, const Widths& widths, double top, std::size_t rowCount)
+        : canvas_(canvas), widths_(widths), top_(top),
+          bottom_(top - kHeadHeight - kRowHeight * static_cast<double>(rowCount)) {}
+
+    double bottom() const { return bottom_; }
+
+    void drawFrame() {
+        canvas_.fill({kTableLeft, top_ - kHeadHeight, kTableWidth, kHeadHeight}, headFill);
+        std::vector<PdfLine> lines;
+        for (std::size_t column = 1; column < widths_.size(); ++column) {
+            const double x = colX(column, widths_);
+            lines.push_back({x, top_, x, bottom_});
+        }
+        for (double y = top_ - kHeadHeight; y > bottom_ + kRuleWidth; y -= kRowHeight)
+            lines.push_back({kTableLeft, y, kTableRight, y});
+        canvas_.stroke(lines, kRule, kRuleWidth);
+        canvas_.stroke({kTableLeft, bottom_, kTableWidth, top_ - bottom_}, kRule, kRuleWidth);
+    }
+
+    void drawHead(const L10n& l10n) {
+        const std::array<L10n::Text, 9> titles = {
+            l10n.colName(),   l10n.reportSize(),  l10n.colAction(),
+            l10n.colVerify(), l10n.colTimecode(), l10n.colDuration(),
+            l10n.colCapTC(),  l10n.colDF(),       "SHA-256",
+        };
+        constexpr double kFontSize = 6.5;
+        const double baseline = centredBaseline(top_ - kHeadHeight / 2, kFontSize);
+        for (std::size_t column = 0; column < titles.size(); ++column) {
+            auto place = cell(column, baseline);
+            place.alignment = column == Name ? TextAlignment::Left : TextAlignment::Right;
+            canvas_.draw(titles[column], place, system(kFontSize, FontWeight::Semibold, mainText));
+        }
+    }
+
+    void drawRow(std::size_t index, const Row& row) {
+        constexpr double kFontSize = 7;
+        constexpr double kBytesFontSize = 6;
+        constexpr double kHashFontSize = 6.8;
+        constexpr auto kText = system(kFontSize, FontWeight::Regular, mainText);
+        constexpr auto kDigits = digits(kFontSize, FontWeight::Regular, mainText);
+        const double middle = top_ - kHeadHeight - kRowHeight * (static_cast<double>(index) + 0.5);
+        const double baseline = centredBaseline(middle, kFontSize);
+
+        drawName(row, baseline);
+        canvas_.draw(row.sizeHuman, cell(Size, middle + kUpperLine),
+                     system(kFontSize, FontWeight::Medium, mainText));
+        canvas_.draw(row.sizeBytes, cell(Size, middle + kLowerLine),
+                     digits(kBytesFontSize, FontWeight::Regular, kSecondary));
+        canvas_.draw(row.action, cell(Action, baseline), kText);
+        canvas_.draw(row.verify, cell(Verify, baseline), kText);
+        canvas_.draw(row.tc, cell(Timecode, baseline), kDigits);
+        canvas_.draw(row.dur, cell(Duration, baseline), kDigits);
+        canvas_.draw(
+            row.fps, cell(Rates, baseline),
+            digits(kFontSize, FontWeight::Regular, row.fpsMismatch ? rateMismatch : mainText));
+        canvas_.draw(row.df, cell(DropFrame, baseline), kDigits);
+        canvas_.draw(row.hash, cell(Hash, baseline), monospaced(kHashFontSize, mainText));
+    }
+
+private:
+    TextPlace cell(std::size_t column, double baseline) const {
+        return {.left = colX(column, widths_) + cellInset,
+                .width = widths_[column] - 2 * cellInset,
+                .baseline = baseline,
+                .alignment = TextAlignment::Right,
+                .fit = TextFit::NarrowThenCut};
+    }
+
+    void drawName(const Row& row, double baseline) {
+        constexpr double kFontSize = 7;
+        const double inset = nameInset(row.depth, widths_[Name]);
+        canvas_.draw(row.name,
+                     {.left = kTableLeft + inset,
+                      .width = widths_[Name] - inset - cellInset,
+                      .baseline = baseline},
+                     row.folder ? system(kFontSize, FontWeight::Semibold, accent)
+                                : system(kFontSize, FontWeight::Regular, mainText));
+    }
+
+    PdfCanvas& canvas_;
+    const Widths& widths_;
+    double top_;
+    double bottom_;
+};
+
+void drawFirstHeader(const SessionManifest& manifest, const L10n& l10n, PdfCanvas& canvas) {
+    const auto line = [&](std::string_view text, double top, const TextStyle& style) {
+        drawLine(canvas, text, kTextColumn, top, style);
+    };
+    line(l10n.reportTitle(), kHeaderTop, system(13, FontWeight::Bold, mainText));
+    line(ReportText::dateTime(manifest.startedAt, l10n.language()), 571,
+         system(8, FontWeight::Regular, kSecondary));
+    line(sessionLine(kName, manifest, l10n), 559, digits(8, FontWeight::Medium, kSecondary));
+    drawRoute(canvas, manifest, kTextColumn, 548, system(8.5, FontWeight::Semibold, mainText));
+    line(countsLine(manifest, l10n), 537, system(8, FontWeight::Regular, mainText));
+}
+
+void drawFoot(PdfCanvas& canvas, double tableBottom) {
+    constexpr double kFontSize = 7;
+    constexpr double kTextBesideLogo = 28;
+    const double bottom = tableBottom - kFootDistance;
+    const double baseline = centredBaseline(bottom + kLogoSize / 2, kFontSize);
+    const auto* logo = ReportLogo::image();
+    if (logo)
+        canvas.draw(*logo, {kTableLeft, bottom, kLogoSize, kLogoSize});
+    canvas.draw(
+        programLine(),
+        {.left = logo ? kTextBesideLogo : kTextColumn.left, .width = 216, .baseline = baseline},
+        system(kFontSize, FontWeight::Regular, kSecondary));
+    canvas.draw(
+        AppInfo::linkText(AppInfo::websiteURL),
+        {.left = 706, .width = 126, .baseline = baseline, .alignment = TextAlignment::Right},
+        system(kFontSize, FontWeight::Medium, accent));
+}
+
+} // namespace
+
+void write(const SessionManifest& manifest, const std::filesystem::path& file,
+           AppLanguage language) {
+    PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
+        const auto rows = flatten(ReportTree::build(manifest.files), language, 0);
+        const auto widths = columnWidths();
+        std::span<const Row> rest = rows;
+        bool first = true;
+        do {
+            const auto count = std::min(rest.size(), rowsPerPage(first));
+            canvas.beginPage();
+            drawPage(manifest, rest.first(count), widths, first, language, canvas);
+            canvas.endPage();
+            rest = rest.subspan(count);
+            first = false;
+        } while (!rest.empty());
+    });
+}
+
+std::vector<Row> flatten(std::span<const ReportNode> nodes, AppLanguage language, int depth) {
+    std::vector<Row> rows;
+    append(nodes, L10n(language), depth, rows);
+    return rows;
+}
+
+Widths columnWidths() {
+    Widths widths = {124, 86, 36, 42, 108, 60, 44, 24, 0};
+    double rest = kTableWidth;
+    for (const double width : widths)
+        rest -= width;
+    widths.back() = rest;
+    return widths;
+}
+
+double colX(std::size_t column, const Widths& widths) {
+    double x = kTableLeft;
+    for (std::size_t before = 0; before < column; ++before)
+        x += widths[before];
+    return x;
+}
+
+void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const Widths& widths,
+              bool first, AppLanguage language, PdfCanvas& canvas) {
+    const L10n l10n(language);
+    if (first)
+        drawFirstHeader(manifest, l10n, canvas);
+    else
+        drawLine(canvas, l10n.reportContinued(), kTextColumn, kHeaderTop,
+                 system(9, FontWeight::Semibold, mainText));
+    // Later pages keep less between header and table than the room that the paging sets aside.
+    constexpr double kLaterTableTop = 573;
+    Table table(canvas, widths, first ? kHeaderTop - kFirstHeaderHeight : kLaterTableTop,
+                std::max<std::size_t>(1, rows.size()));
+    table.drawFrame();
+    table.drawHead(l10n);
+    for (std::size_t index = 0; index < rows.size(); ++index)
+        table.drawRow(index, rows[index]);
+    drawFoot(canvas, table.bottom());
+}
+
+} // namespace slatewise::SessionPDF
