@@ -139,7 +139,7 @@ std::string programLine() {
 }
 
 double nameInset(int depth, double columnWidth) {
-    constexpr double kRoomForAName = 40;
+    constexpr double kRoomForAName = 52;
     return cellInset +
            std::min(indentPerLevel * depth, columnWidth - 2 * cellInset - kRoomForAName);
 }

@@ -43,12 +43,13 @@ std::string dateString(Instant moment) {
     return "(D:" + text + ")";
 }
 
-/// Where to break, at or before `end`: behind a blank or a slash if there is one.
+/// Where to break, at or before `end`: behind a blank or a slash, unless that would leave most of
+/// the line empty.
 std::size_t breakBefore(std::string_view text, std::size_t end) {
     if (end == text.size())
         return end;
     const auto last = text.substr(0, end + 1).find_last_of(" /");
-    if (last == std::string_view::npos || last == 0)
+    if (last == std::string_view::npos || last < end / 2)
         return end;
     return std::min(end, text[last] == ' ' ? last : last + 1);
 }

@@ -153,12 +153,14 @@ const PdfFonts::Entry& PdfFonts::entry(FaceGlyphs& face, char32_t character) {
 }
 
 PdfFonts::Entry PdfFonts::makeEntry(const FaceGlyphs& face, char32_t character) {
+    const auto font = fontFor(face, character);
+    if (!fonts_[font]->file.has(character) && character != kReplacement)
+        return makeEntry(face, kReplacement);
     Entry result;
     result.needsShaping = ShapedText::needsShaping(character);
     Line line;
     std::u16string text;
     ShapedText::append(text, character);
-    const auto font = fontFor(face, character);
     shapePiece({.text = text,
                 .start = 0,
                 .length = text.size(),
@@ -231,7 +233,7 @@ void PdfFonts::layOutShaped(std::u16string text, FaceGlyphs& face, double limit,
         end = ShapedText::previousBoundary(text, end);
         text.resize(end);
         line.clear();
-        shape(text + static_cast<char16_t>(kEllipsis), face, line);
+        shape(ShapedText::withEllipsis(text), face, line);
     } while (line.width > limit && end > 0);
 }
 

@@ -51,6 +51,10 @@ bool isHangulSyllable(char32_t character) {
     return character >= 0xAC00 && character <= 0xD7A3;
 }
 
+bool isRightToLeft(UCharDirection direction) {
+    return direction == U_RIGHT_TO_LEFT || direction == U_RIGHT_TO_LEFT_ARABIC;
+}
+
 bool steersDirection(UCharDirection direction) {
     switch (direction) {
     case U_LEFT_TO_RIGHT_EMBEDDING:
@@ -128,8 +132,7 @@ bool needsShaping(char32_t character) {
         return false;
     const auto value = static_cast<UChar32>(character);
     const auto direction = u_charDirection(value);
-    if (direction == U_RIGHT_TO_LEFT || direction == U_RIGHT_TO_LEFT_ARABIC ||
-        direction == U_ARABIC_NUMBER)
+    if (isRightToLeft(direction) || direction == U_ARABIC_NUMBER)
         return true;
     if (isMark(character) || u_hasBinaryProperty(value, UCHAR_DEFAULT_IGNORABLE_CODE_POINT))
         return true;
@@ -143,6 +146,21 @@ void append(std::u16string& text, char32_t character) {
     }
     text += static_cast<char16_t>(U16_LEAD(character));
     text += static_cast<char16_t>(U16_TRAIL(character));
+}
+
+std::u16string withEllipsis(const std::u16string& text) {
+    constexpr char16_t kRightToLeftMark = 0x200F;
+    auto at = text.size();
+    while (at > 0) {
+        UChar32 character = 0;
+        U16_PREV(text.data(), 0, at, character);
+        const auto direction = u_charDirection(character);
+        if (direction == U_LEFT_TO_RIGHT)
+            break;
+        if (isRightToLeft(direction))
+            return text + u'…' + kRightToLeftMark;
+    }
+    return text + u'…';
 }
 
 int scriptOf(char32_t character) {

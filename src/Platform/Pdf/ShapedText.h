@@ -19,6 +19,10 @@ bool needsShaping(char32_t character);
 
 void append(std::u16string& text, char32_t character);
 
+/// The text with an ellipsis at the end of what one reads, which is at the left after Arabic or
+/// Hebrew.
+std::u16string withEllipsis(const std::u16string& text);
+
 /// An ICU script number, and the four letters that stand for one.
 int scriptOf(char32_t character);
 const char* scriptCode(int script);

@@ -1,0 +1,396 @@
+#include "Platform/Error.h"
+#include "Platform/FileSystem.h"
+#include "Reports/SessionDetailedPDF.h"
+#include "Reports/SessionPDF.h"
+#include "Storage/AppInfo.h"
+#include "support/Files.h"
+#include "support/MountedVolume.h"
+#include "support/Pdf.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <ctime>
+#include <set>
+#include <thread>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::AllOf;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::Ge;
+using ::testing::HasSubstr;
+using ::testing::Le;
+using ::testing::SizeIs;
+
+namespace {
+
+constexpr auto kEnglish = AppLanguage::English;
+constexpr auto kTurkish = AppLanguage::Turkish;
+
+const std::string kHash(64, '8');
+
+/// One of the two reports, for what holds of both.
+struct Report {
+    const char* name;
+    void (*write)(const SessionManifest&, const std::filesystem::path&, AppLanguage);
+    /// The edges of the table's columns, left to right.
+    std::vector<double> edges;
+    std::size_t rateColumn;
+};
+
+const Report kStandard = {.name = "standard",
+                          .write = SessionPDF::write,
+                          .edges = {8, 132, 218, 254, 296, 404, 464, 508, 532, 834},
+                          .rateColumn = 6};
+const Report kDetailed = {.name = "detailed",
+                          .write = SessionDetailedPDF::write,
+                          .edges = {7, 135, 207, 325, 457, 509, 835},
+                          .rateColumn = 3};
+
+void PrintTo(const Report& report, std::ostream* stream) {
+    *stream << report.name;
+}
+
+class PdfReports : public ::testing::Test {
+protected:
+    PdfReports() {
+        ::setenv("LC_ALL", "C", 1);
+        ::setenv("TZ", "Europe/Istanbul", 1);
+        ::tzset();
+        manifest.sessionID = "0f8fad5b-d9cb-469f-a165-70867728950e";
+        manifest.startedAt = manifest.finishedAt = *Clock::fromIso8601("2026-03-01T09:30:15Z");
+        manifest.card.name = "A001";
+        manifest.card.mountPoint = "/media/A001";
+        manifest.destination.sessionRoot = "/media/SSD/2026-03-01/A001";
+    }
+
+    ManifestFile& add(const std::string& path) {
+        auto& file = manifest.files.emplace_back();
+        file.relativePath = path;
+        file.sizeBytes = 1'234'567;
+        file.mtime = manifest.startedAt;
+        file.action = RowAction::copy;
+        file.verifyStatus = VerifyStatus::verified;
+        file.sourceSHA256 = kHash;
+        return file;
+    }
+
+    void addClips(int count) {
+        for (int index = 0; index < count; ++index)
+            add(fmt::format("clip{:03}.mov", index));
+    }
+
+    std::filesystem::path write(const Report& report, AppLanguage language = kEnglish) const {
+        const auto file = folder / (std::string(report.name) + ".pdf");
+        report.write(manifest, file, language);
+        return file;
+    }
+
+    /// How many rows each page has.
+    static std::vector<int> rowsByPage(const std::filesystem::path& file) {
+        std::vector<int> rows(pdfMediaBoxes(file).size());
+        for (const auto& word : pdfWords(file))
+            rows[static_cast<std::size_t>(word.page) - 1] += word.text == "COPY" ? 1 : 0;
+        return rows;
+    }
+
+    TemporaryFolder folder;
+    SessionManifest manifest;
+};
+
+class EachPdfReport : public PdfReports, public ::testing::WithParamInterface<Report> {};
+
+std::vector<PdfWord> wordsLike(const std::vector<PdfWord>& words, const std::string& text) {
+    std::vector<PdfWord> result;
+    std::copy_if(words.begin(), words.end(), std::back_inserter(result),
+                 [&](const auto& word) { return word.text == text; });
+    return result;
+}
+
+/// Where a page is red, from the upper left corner, in points.
+struct Area {
+    double left = 1e9, top = 1e9, right = 0, bottom = 0;
+    int pixels = 0;
+};
+
+Area redArea(const PdfPicture& picture) {
+    constexpr int kClearly = 60;
+    Area area;
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const auto at = static_cast<std::size_t>(3 * (y * picture.width + x));
+            const auto value = [&](std::size_t color) {
+                return static_cast<int>(static_cast<unsigned char>(picture.pixels[at + color]));
+            };
+            if (value(0) - value(1) < kClearly || value(0) - value(2) < kClearly)
+                continue;
+            ++area.pixels;
+            area.left = std::min(area.left, static_cast<double>(x) / kPixelsPerPoint);
+            area.right = std::max(area.right, static_cast<double>(x + 1) / kPixelsPerPoint);
+            area.top = std::min(area.top, static_cast<double>(y) / kPixelsPerPoint);
+            area.bottom = std::max(area.bottom, static_cast<double>(y + 1) / kPixelsPerPoint);
+        }
+    }
+    return area;
+}
+
+std::string errorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const Error& failure) {
+        return failure.localizedDescription();
+    }
+    return "";
+}
+
+} // namespace
+
+TEST_F(PdfReports, StandardPagesTake26AndThen28Rows) {
+    const std::vector<std::pair<int, std::vector<int>>> cases = {
+        {0, {0}}, {1, {1}}, {26, {26}}, {27, {26, 1}}, {54, {26, 28}}, {55, {26, 28, 1}}};
+    for (const auto& [count, rows] : cases) {
+        manifest.files.clear();
+        addClips(count);
+        const auto file = write(kStandard);
+        EXPECT_THAT(rowsByPage(file), rows) << count;
+        EXPECT_THAT(pdfMediaBoxes(file), Each("0.00 0.00 842.00 595.00"));
+    }
+}
+
+TEST_F(PdfReports, DetailedPagesTakeWhatHasRoom) {
+    addClips(55);
+    const auto file = write(kDetailed);
+    EXPECT_THAT(rowsByPage(file), ElementsAre(14, 17, 17, 7));
+    EXPECT_THAT(pdfMediaBoxes(file), Each("0.00 0.00 842.00 595.00"));
+
+    manifest.files.clear();
+    EXPECT_THAT(rowsByPage(write(kDetailed)), ElementsAre(0));
+    add("a.mov");
+    std::string tall = "b";
+    for (int line = 0; line < 70; ++line)
+        tall += "\nb";
+    add(tall);
+    add("c.mov");
+    EXPECT_THAT(rowsByPage(write(kDetailed)), ElementsAre(1, 1, 1)) << "no row is split";
+}
+
+TEST_F(PdfReports, DetailedRowsAreAsHighAsTheirLines) {
+    using SessionDetailedPDF::Row;
+    const auto banner = [](const std::string& location) {
+        ClipEssence common;
+        if (!location.empty())
+            common.location = location;
+        return SessionDetailedPDF::flatten({}, common, "A001", kEnglish, 0).front();
+    };
+    const std::vector<std::tuple<std::size_t, int, double>> facts = {
+        {0, 1, 22}, {1, 2, 31}, {140, 2, 31}, {141, 3, 40}, {300, 4, 49}};
+    for (const auto& [length, lines, height] : facts) {
+        std::string text;
+        for (std::size_t character = 0; character < length; ++character)
+            text += "ğ";
+        EXPECT_EQ(banner(text).lines, lines) << length;
+        EXPECT_DOUBLE_EQ(banner(text).height(), height) << length;
+    }
+
+    auto& bare = add("clips/bare.mov");
+    bare.mtime.reset();
+    bare.sourceSHA256.reset();
+    add("clips/four\nlines\nof\nname.mov");
+    const auto rows =
+        SessionDetailedPDF::flatten(ReportTree::build(manifest.files), {}, "A001", kTurkish, 0);
+    ASSERT_THAT(rows, SizeIs(4));
+    EXPECT_TRUE(rows[0].banner);
+    EXPECT_EQ(rows[1].clip, "2 dosya");
+    EXPECT_EQ(rows[1].status, "2 dosya");
+    EXPECT_DOUBLE_EQ(rows[1].height(), 22);
+    EXPECT_DOUBLE_EQ(rows[2].height(), 29.6);
+    EXPECT_EQ(rows[2].status, "COPY\nverified");
+    EXPECT_EQ(rows[2].nameStamp + rows[2].hash + rows[2].clip + rows[2].timing, "");
+    EXPECT_DOUBLE_EQ(rows[3].height(), 37.8);
+    EXPECT_EQ(rows[3].nameStamp, "2026-03-01 12:30:15");
+}
+
+TEST_F(PdfReports, StandardCellsStandWhereTheirColumnsAre) {
+    auto& clip = add("clip.mov");
+    clip.timecodeStart = "01:00:00:00";
+    clip.durationTC = "00:00:10:12";
+    clip.captureFps = clip.timecodeRate = 25;
+    clip.timecodeDropFrame = false;
+    add("clip2.mov").sourceSHA256.reset();
+    const auto words = pdfWords(write(kStandard));
+    const auto first = [&](const std::string& text) {
+        return wordsLike(words, text).at(0);
+    };
+    constexpr double kTolerance = 0.3;
+    EXPECT_NEAR(first("clip.mov").left, 12, kTolerance);
+    const std::vector<std::pair<const char*, double>> rightEdges = {
+        {"1,234,567", 214},   {"COPY", 250}, {"verified", 292},   {"01:00:00:00", 400},
+        {"00:00:10:12", 460}, {"NDF", 528},  {kHash.c_str(), 830}};
+    for (const auto& [text, right] : rightEdges)
+        EXPECT_NEAR(first(text).right, right, kTolerance) << text;
+    EXPECT_NEAR(first("clip2.mov").top - first("clip.mov").top, 18, kTolerance);
+    // The table begins 70 points below the upper edge: its head takes 13, the first row 18.
+    const auto middle = (first("clip.mov").top + first("clip.mov").bottom) / 2;
+    EXPECT_NEAR(middle, 70 + 13 + 9, 1.5);
+}
+
+TEST_F(PdfReports, SpeakBothLanguages) {
+    const std::string name = "Ünlü Çekim ığşİĞŞöç.mov";
+    add("Gündüz/" + name);
+    addClips(60);
+    manifest.counts = {.folders = 1, .bytesCopied = 1'234'567};
+    for (const auto& report : {kStandard, kDetailed}) {
+        const auto turkish = pdfText(write(report, kTurkish));
+        for (const auto* text :
+             {"Slatewise DIT raporu", "Slatewise DIT raporu (devam)", "1 Mar 2026",
+              "Oturum 0f8fad5b", "1 klasör", "61 dosya", "1.2 MB (1.234.567 bayt)", "Boyut",
+              "Doğrulama", "Gündüz", name.c_str(), "/media/A001", "/media/SSD/2026-03-01/A001",
+              "Slatewise DIT v0.1.42.0"})
+            EXPECT_THAT(turkish, HasSubstr(text)) << report.name;
+        const auto english = pdfText(write(report, kEnglish));
+        for (const auto* text : {"Slatewise DIT report (continued)", "Mar 1, 2026", "1 folders",
+                                 "61 files", "(1,234,567 bytes)", "Verify"})
+            EXPECT_THAT(english, HasSubstr(text)) << report.name;
+    }
+}
+
+TEST_P(EachPdfReport, AMismatchIsRedInItsOwnCellOnly) {
+    add("a.mov").captureFps = 24;
+    manifest.files.back().timecodeRate = 23.976;
+    auto file = write(GetParam());
+    EXPECT_EQ(redArea(pdfPicture(file, 1)).pixels, 0) << "within the tolerance";
+
+    add("b.mov").captureFps = 25;
+    manifest.files.back().timecodeRate = 24;
+    add("c.mov");
+    file = write(GetParam());
+    const auto red = redArea(pdfPicture(file, 1));
+    const auto words = pdfWords(file);
+    EXPECT_THAT(red.pixels, Ge(20));
+    EXPECT_THAT(red.left, Ge(GetParam().edges[GetParam().rateColumn]));
+    EXPECT_THAT(red.right, Le(GetParam().edges[GetParam().rateColumn + 1]));
+    EXPECT_THAT(red.top, Ge(wordsLike(words, "a.mov").at(0).bottom));
+    EXPECT_THAT(red.bottom, Le(wordsLike(words, "c.mov").at(0).top));
+}
+
+TEST_P(EachPdfReport, KeepEveryTextInItsCell) {
+    std::string deep;
+    for (int level = 0; level < 30; ++level)
+        deep += "level/";
+    for (const auto& name : {std::string(250, 'W'), deep + std::string(250, 'm'),
+                             std::string("日本語の長い名前") + std::string(90, 'x'),
+                             std::string("مقطع_فيديو_طويل_جدا_مع_كلمات_كثيرة_حتى_يتم_قطع_الاسم"),
+                             deep + "名前名前名前名前名前"})
+        add(name);
+    auto& values = add("values.mov");
+    values.verifyStatus = VerifyStatus::copiedUnverified;
+    values.captureFps = 119.88;
+    values.timecodeRate = 23.976;
+    values.timecodeDropFrame = false;
+    values.timecodeStart = "123:00:00:00";
+    values.timecodeEnd = "123:00:10:00";
+    values.essence.emplace().codec = std::string(80, 'c');
+    manifest.card.mountPoint = "/" + std::string(300, 'a');
+    manifest.destination.sessionRoot = "/" + std::string(300, 'b');
+
+    const std::set<std::string> foot = {"Slatewise",        "DIT",
+                                        "v0.1.42.0",        "·",
+                                        "Reports_Detailed", AppInfo::linkText(AppInfo::websiteURL)};
+    const auto& edges = GetParam().edges;
+    for (const auto language : {kEnglish, kTurkish}) {
+        int cutNames = 0;
+        for (const auto& word : pdfWords(write(GetParam(), language))) {
+            const double tableTop = word.page == 1 ? 95 : 35;
+            const bool isInTable = word.top > tableTop;
+            const bool isInRow = isInTable && !foot.contains(word.text);
+            const auto edge = std::upper_bound(edges.begin(), edges.end(), word.left);
+            ASSERT_TRUE(edge != edges.begin() && edge != edges.end()) << word.text;
+            EXPECT_LE(word.right, isInRow ? *edge - 3.5 : edges.back()) << word.text;
+            if (edge == edges.begin() + 1 && isInRow)
+                cutNames += word.text.find("…") == std::string::npos ? 0 : 1;
+        }
+        EXPECT_EQ(cutNames, 5) << "at every depth and in every script";
+    }
+}
+
+TEST_P(EachPdfReport, ShowNamesInAnyScript) {
+    const std::vector<std::string> names = {"東京_第一场", "한국어", "Привет", "Ελληνικά",
+                                            "مقطع",        "שלום",   "ไฟล์",    "🎬📽",
+                                            "“x”–→×°(\\)", "ﬁn",     "Ǆ₺€"};
+    for (const auto& name : names)
+        add(name);
+    const auto file = write(GetParam());
+    const auto text = pdfText(file);
+    for (const auto& name : names)
+        EXPECT_THAT(text, HasSubstr(name));
+    EXPECT_THAT(text, ::testing::Not(HasSubstr("\uFFFD")));
+    const auto fonts = pdfFonts(file);
+    EXPECT_GE(fonts.all, 5);
+    EXPECT_EQ(fonts.embedded, fonts.all);
+}
+
+TEST_P(EachPdfReport, ShowSignsInPlaceOfWhatCannotBeSeen) {
+    add("bad\xff.mov");
+    add("rlo\u202Egnp.exe");
+    add("tab\there\r.mov");
+    const auto text = pdfText(write(GetParam()));
+    for (const auto* name : {"bad\uFFFD.mov", "rlo\uFFFDgnp.exe", "tab␉here␍.mov"})
+        EXPECT_THAT(text, HasSubstr(name));
+}
+
+TEST_P(EachPdfReport, ReplaceAnOldFileOrSayThatThereIsNone) {
+    addClips(1);
+    const auto file = folder / (std::string(GetParam().name) + ".pdf");
+    writeFile(file, std::string(1'000'000, 'x'));
+    write(GetParam());
+    const auto content = readFile(file);
+    EXPECT_LT(content.size(), 200'000U);
+    EXPECT_TRUE(content.starts_with("%PDF-"));
+
+    writeFile(folder / "occupied", "no folder");
+    const auto nowhere = folder / "occupied/report.pdf";
+    EXPECT_EQ(errorOf([&] { GetParam().write(manifest, nowhere, kEnglish); }),
+              "Could not create PDF");
+    EXPECT_EQ(errorOf([&] { GetParam().write(manifest, nowhere, kTurkish); }),
+              "PDF oluşturulamadı");
+    EXPECT_THROW(GetParam().write(manifest, "/proc/self/status", kEnglish), PosixError)
+        << "an old file that cannot be removed";
+}
+
+TEST_P(EachPdfReport, NoticeAFullDisk) {
+    const MountedVolume volume(MountedVolume::FileSystem::Ext4, 8 << 20);
+    const auto free = FileSystem::volumeCapacity(volume.path()).free;
+    writeFile(volume / "rest", std::string(static_cast<std::size_t>(free) - 100'000, 'x'));
+    addClips(5'000);
+    try {
+        GetParam().write(manifest, volume / "report.pdf", kEnglish);
+        FAIL() << "the report has no room";
+    } catch (const PosixError& failure) {
+        EXPECT_EQ(failure.code(), ENOSPC);
+    }
+}
+
+TEST_P(EachPdfReport, ComeOutTheSameFromAnyThread) {
+    addClips(300);
+    add("東京.mov");
+    const auto expected = readFile(write(GetParam()));
+    std::vector<std::string> results(3);
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t index = 0; index < results.size(); ++index) {
+            threads.emplace_back([this, index, &results] {
+                const auto file = folder / std::to_string(index);
+                GetParam().write(manifest, file, kEnglish);
+                results[index] = readFile(file);
+            });
+        }
+    }
+    for (const auto& result : results)
+        EXPECT_TRUE(result == expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Both, EachPdfReport, ::testing::Values(kStandard, kDetailed),
+                         [](const auto& report) { return std::string(report.param.name); });
