@@ -47,22 +47,42 @@ struct Errand {
     std::promise<Result> result;
 };
 
+template <typename Work>
+QCoro::Task<std::invoke_result_t<Work&>> run(std::shared_ptr<Errand<Work>> errand) {
+    auto result = errand->result.get_future();
+    const auto done = start([errand = std::exchange(errand, nullptr)] { (*errand)(); });
+    co_await done;
+    co_return result.get();
+}
+
 } // namespace WorkerPool
+
+/// Work under way, to be awaited once, by its name.
+template <typename Result>
+class Underway {
+public:
+    explicit Underway(QCoro::Task<Result> task) : task_(std::move(task)) {}
+
+    auto operator co_await() const& noexcept { return task_.operator co_await(); }
+    /// GCC 12 copies a lambda that stands inside a `co_await` byte by byte and destroys both: what
+    /// it captured is freed twice. So the work is started in one statement and awaited in another.
+    auto operator co_await() && = delete;
+
+private:
+    QCoro::Task<Result> task_;
+};
 
 /// Runs `work` on a worker, from this moment on, whether or not somebody awaits it:
 ///
-///     const auto manifest = co_await onWorker([path] { return readManifest(path); });
+///     const auto reading = onWorker([path] { return readManifest(path); });
+///     const auto manifest = co_await reading;
 ///
 /// The awaiting coroutine goes on on the thread that called `onWorker`, which needs an event loop.
 /// An exception of the work is thrown there. What the work captured is destroyed on the worker.
 template <typename Work>
-QCoro::Task<std::invoke_result_t<Work&>> onWorker(Work work) {
+auto onWorker(Work work) {
     using Errand = WorkerPool::Errand<Work>;
-    auto errand = std::make_shared<Errand>(Errand{std::move(work), {}});
-    auto result = errand->result.get_future();
-    const auto done = WorkerPool::start([errand = std::exchange(errand, nullptr)] { (*errand)(); });
-    co_await done;
-    co_return result.get();
+    return Underway(WorkerPool::run(std::make_shared<Errand>(Errand{std::move(work), {}})));
 }
 
 } // namespace slatewise

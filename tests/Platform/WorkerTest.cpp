@@ -24,13 +24,31 @@ struct Witness {
     std::thread::id* destroyedOn;
 };
 
+/// Knows where it was made, so that a copy of its bytes alone is seen.
+struct Anchored {
+    Anchored() = default;
+    Anchored(const Anchored&) {}
+    ~Anchored() { EXPECT_EQ(self, this); }
+    const Anchored* self = this;
+};
+
+QCoro::Task<bool> captureEverything() {
+    const Anchored anchored;
+    const std::string shortText = "inside";
+    const auto looking =
+        onWorker([=] { return anchored.self == &anchored && shortText == "inside"; });
+    co_return co_await looking;
+}
+
 QCoro::Task<std::string> storyOn(std::thread::id here, std::vector<std::string>& story) {
-    auto word = co_await onWorker([here] {
+    const auto asking = onWorker([here] {
         return std::make_unique<std::string>(std::this_thread::get_id() == here ? "same" : "other");
     });
+    const auto word = co_await asking;
     story.push_back(*word);
     try {
-        co_await onWorker([] { throw PosixError("read", "/card", EIO); });
+        const auto failing = onWorker([] { throw PosixError("read", "/card", EIO); });
+        co_await failing;
     } catch (const PosixError& failure) {
         story.push_back(std::to_string(failure.code() == EIO));
     }
@@ -50,16 +68,21 @@ TEST(Worker, ResultsAndFailuresComeBackToTheAwaitersThread) {
 TEST(Worker, WhatTheWorkHeldIsDestroyedThere) {
     std::thread::id destroyedOn;
     std::thread::id workedOn;
-    QCoro::waitFor(onWorker(
-        [witness = Witness(destroyedOn), &workedOn] { workedOn = std::this_thread::get_id(); }));
+    const auto work = onWorker(
+        [witness = Witness(destroyedOn), &workedOn] { workedOn = std::this_thread::get_id(); });
+    QCoro::waitFor(work);
     EXPECT_EQ(destroyedOn, workedOn);
     EXPECT_NE(destroyedOn, std::this_thread::get_id());
+}
+
+TEST(Worker, WhatTheWorkHoldsIsWholeAndDestroyedAsOften) {
+    EXPECT_TRUE(QCoro::waitFor(captureEverything()));
 }
 
 TEST(Worker, LongWorkHoldsUpNothingElse) {
     constexpr int kMoreThanProcessors = 64;
     std::latch allRun(kMoreThanProcessors);
-    std::vector<QCoro::Task<void>> tasks;
+    std::vector<Underway<void>> tasks;
     for (int task = 0; task < kMoreThanProcessors; ++task)
         tasks.push_back(onWorker([&] { allRun.arrive_and_wait(); }));
     for (auto& task : tasks)
