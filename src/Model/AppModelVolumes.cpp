@@ -227,8 +227,9 @@ void AppModel::refreshContentSizes(const VolumeIDs& forceIDs) {
 
 QCoro::Task<> AppModel::measureAll(QPointer<AppModel> model, MeasuringJob job) {
     for (const auto& entry : job.entries) {
-        const auto measured =
-            co_await onWorker([entry, names = job.skipNames] { return measure(entry, names); });
+        const auto measuring =
+            onWorker([entry, names = job.skipNames] { return measure(entry, names); });
+        const auto measured = co_await measuring;
         // A newer job measures whatever this one has left out.
         if (!model || !model->contentSizes_.accept(job.generation, entry.id, measured.usedBytes))
             co_return;

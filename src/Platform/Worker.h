@@ -68,6 +68,9 @@ public:
     /// it captured is freed twice. So the work is started in one statement and awaited in another.
     auto operator co_await() && = delete;
 
+    /// For a function that starts work and is no coroutine itself.
+    operator QCoro::Task<Result>() && { return std::move(task_); }
+
 private:
     QCoro::Task<Result> task_;
 };

@@ -1,6 +1,7 @@
+#include "Reports/ManifestJSON.h"
+
 #include "Offload/OffloadRowsJSON.h"
 #include "Platform/Json.h"
-#include "Reports/ReportWriter.h"
 
 namespace slatewise {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Language/AppLanguage.h"
+#include "Reports/ManifestJSON.h"
 #include "Reports/SessionManifest.h"
 #include "Volumes/VolumeRecords.h"
 
@@ -36,12 +37,6 @@ void copySidecars(const std::filesystem::path& from, const std::filesystem::path
 
 /// How many distinct folders the files' paths imply.
 int folderCount(std::span<const ManifestFile> files);
-
-/// The text of "manifest.json": pretty-printed JSON with sorted keys and dates in UTC.
-std::string isoEncode(const SessionManifest& manifest);
-
-/// Reads what `isoEncode` or an older version wrote. Fails with `Error` when it is no manifest.
-SessionManifest isoDecode(std::string_view text);
 
 /// The text of "inventory.csv": a header and one row per file. The language shows in the words of
 /// the human size only.

@@ -13,6 +13,10 @@ namespace {
 
 /// How long to wait for another process that holds the file.
 constexpr int kBusyTimeoutMilliseconds = 5000;
+/// SQLite's name for a file that is none.
+constexpr auto* kInMemory = ":memory:";
+/// What `outboxRecord` reads.
+constexpr std::string_view kOutboxColumns = "id, kind, payload, attempts, lastError, createdAt";
 
 /// Binds what a record holds by position, from 1 on, each type in the form the store keeps.
 class Binder {
@@ -56,6 +60,18 @@ std::optional<Instant> moment(const SQLite::Column& column) {
     if (column.isNull())
         return std::nullopt;
     return Clock::fromDatabaseText(column.getString());
+}
+
+OutboxRecord outboxRecord(SQLite::Statement& query) {
+    OutboxRecord row;
+    row.id = query.getColumn("id").getInt64();
+    row.kind = query.getColumn("kind").getString();
+    row.payload = query.getColumn("payload").getString();
+    row.attempts = query.getColumn("attempts").getInt();
+    if (const auto error = query.getColumn("lastError"); !error.isNull())
+        row.lastError = error.getString();
+    row.createdAt = moment(query.getColumn("createdAt")).value_or(Instant());
+    return row;
 }
 
 void insertSession(SQLite::Database& database, const OffloadOutcome& outcome,
@@ -128,15 +144,17 @@ struct AppDatabase::Queue {
 };
 
 AppDatabase::AppDatabase(const std::filesystem::path& file)
-    : queue_(std::make_unique<Queue>(file.native())) {}
+    : queue_(std::make_shared<Queue>(file.native())) {}
 
-AppDatabase::AppDatabase(std::unique_ptr<Queue> queue) : queue_(std::move(queue)) {}
-AppDatabase::~AppDatabase() = default;
-AppDatabase::AppDatabase(AppDatabase&&) noexcept = default;
-AppDatabase& AppDatabase::operator=(AppDatabase&&) noexcept = default;
+AppDatabase::AppDatabase(std::shared_ptr<Queue> queue) : queue_(std::move(queue)) {}
 
 AppDatabase AppDatabase::inMemory() {
-    return AppDatabase(std::make_unique<Queue>(":memory:"));
+    return AppDatabase(std::make_shared<Queue>(kInMemory));
+}
+
+std::filesystem::path AppDatabase::file() const {
+    const auto& name = queue_->database.getFilename();
+    return name == kInMemory ? std::filesystem::path() : std::filesystem::path(name);
 }
 
 void AppDatabase::save(const OffloadOutcome& outcome, const std::string& cardName,
@@ -171,22 +189,31 @@ void AppDatabase::enqueueOutbox(const std::string& kind, const std::string& payl
 
 std::vector<OutboxRecord> AppDatabase::pendingOutbox() const {
     return queue_->read([](SQLite::Database& database) {
-        SQLite::Statement query(database,
-                                "SELECT id, kind, payload, attempts, lastError, createdAt "
-                                "FROM outbox ORDER BY id ASC");
+        SQLite::Statement query(database, "SELECT " + std::string(kOutboxColumns) +
+                                              " FROM outbox ORDER BY id ASC");
         std::vector<OutboxRecord> rows;
-        while (query.executeStep()) {
-            OutboxRecord row;
-            row.id = query.getColumn("id").getInt64();
-            row.kind = query.getColumn("kind").getString();
-            row.payload = query.getColumn("payload").getString();
-            row.attempts = query.getColumn("attempts").getInt();
-            if (const auto error = query.getColumn("lastError"); !error.isNull())
-                row.lastError = error.getString();
-            row.createdAt = moment(query.getColumn("createdAt")).value_or(Instant());
-            rows.push_back(std::move(row));
-        }
+        while (query.executeStep())
+            rows.push_back(outboxRecord(query));
         return rows;
+    });
+}
+
+std::vector<std::int64_t> AppDatabase::pendingOutboxIDs() const {
+    return queue_->read([](SQLite::Database& database) {
+        SQLite::Statement query(database, "SELECT id FROM outbox ORDER BY id ASC");
+        std::vector<std::int64_t> ids;
+        while (query.executeStep())
+            ids.push_back(query.getColumn(0).getInt64());
+        return ids;
+    });
+}
+
+std::optional<OutboxRecord> AppDatabase::outboxRow(std::int64_t id) const {
+    return queue_->read([&](SQLite::Database& database) {
+        SQLite::Statement query(database, "SELECT " + std::string(kOutboxColumns) +
+                                              " FROM outbox WHERE id = ?");
+        query.bind(1, id);
+        return query.executeStep() ? std::optional(outboxRecord(query)) : std::nullopt;
     });
 }
 

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,17 +16,17 @@ namespace slatewise {
 /// of what happened; no offload depends on it.
 ///
 /// One SQLite connection, used by one caller at a time: every operation waits for its turn, runs as
-/// one transaction, and fails with an exception of the SQLite wrapper. Any thread.
+/// one transaction, and fails with an exception of the SQLite wrapper. Any thread. A copy shares
+/// the connection, which closes with the last of them: work on another thread takes a copy along.
 class AppDatabase {
 public:
     /// Opens or creates the file and brings its tables up to date.
     explicit AppDatabase(const std::filesystem::path& file);
-    ~AppDatabase();
-    AppDatabase(AppDatabase&&) noexcept;
-    AppDatabase& operator=(AppDatabase&&) noexcept;
-
     /// A store that ends with the process.
     static AppDatabase inMemory();
+
+    /// The file, empty for a store in memory.
+    std::filesystem::path file() const;
 
     /// Stores the session, its files and an activity row, all or nothing. A session that is stored
     /// already is a failure.
@@ -41,6 +42,13 @@ public:
     /// Oldest first.
     std::vector<OutboxRecord> pendingOutbox() const;
 
+    /// The ids alone, oldest first: the reports of a week without network need not all be in memory
+    /// at once.
+    std::vector<std::int64_t> pendingOutboxIDs() const;
+
+    /// Empty when the row is gone.
+    std::optional<OutboxRecord> outboxRow(std::int64_t id) const;
+
     /// Counts a failed delivery. A row that is gone is no failure; nor is it below.
     void bumpOutbox(std::int64_t id, const std::string& error);
     void deleteOutbox(std::int64_t id);
@@ -50,9 +58,9 @@ public:
 
 private:
     struct Queue;
-    explicit AppDatabase(std::unique_ptr<Queue> queue);
+    explicit AppDatabase(std::shared_ptr<Queue> queue);
 
-    std::unique_ptr<Queue> queue_;
+    std::shared_ptr<Queue> queue_;
 };
 
 } // namespace slatewise

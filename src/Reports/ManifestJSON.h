@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Reports/SessionManifest.h"
+
+#include <string>
+#include <string_view>
+
+/// A session manifest as text, for whoever needs the record and none of the reports.
+namespace slatewise::ReportWriter {
+
+/// The text of "manifest.json": pretty-printed JSON with sorted keys and dates in UTC.
+std::string isoEncode(const SessionManifest& manifest);
+
+/// Reads what `isoEncode` or an older version wrote. Fails with `Error` when it is no manifest.
+SessionManifest isoDecode(std::string_view text);
+
+} // namespace slatewise::ReportWriter

@@ -1,0 +1,41 @@
+#include "support/Reports.h"
+
+#include "Reports/ReportWriter.h"
+#include "support/Offloads.h"
+
+namespace slatewise::test {
+
+OffloadOutcome reportedOutcome(std::string_view status, int copied) {
+    OffloadOutcome outcome;
+    outcome.sessionID = Uuid::random();
+    outcome.sessionRoot = "/media/SSD/2026-03-01/A001";
+    outcome.status = status;
+    outcome.bytesCopied = 25'000'000;
+    outcome.startedAt = *Clock::fromIso8601("2026-03-01T09:30:15Z");
+    outcome.finishedAt = outcome.startedAt + std::chrono::seconds(10);
+    for (int number = 0; number < copied; ++number) {
+        auto& file = outcome.files.emplace_back();
+        file.relativePath = "DCIM/" + std::to_string(number) + ".mov";
+        file.sizeBytes = number;
+        file.action = RowAction::copy;
+        file.sourceSHA256 = file.destSHA256 = std::string(64, 'a');
+        file.mtime = outcome.startedAt;
+        file.verifyStatus = VerifyStatus::verified;
+    }
+    auto& skipped = outcome.files.emplace_back();
+    skipped.relativePath = ".DS_Store";
+    skipped.action = RowAction::skip;
+    skipped.verifyStatus = VerifyStatus::skipped;
+    return outcome;
+}
+
+void enqueueReport(const OffloadOutcome& outcome, AppDatabase& database,
+                   const std::string& cardName) {
+    const auto card = volumeAt("/media/card", cardName);
+    const auto disk = volumeAt("/media/SSD", "SSD");
+    const auto manifest =
+        ReportWriter::buildManifest(outcome, card.facts, disk.facts, "CamA", "Unit1");
+    selfEnqueue(outcome, card, disk, manifest, database);
+}
+
+} // namespace slatewise::test

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Storage/OutboxPayload.h"
+
+#include <string>
+
+/// Sessions that end up in the outbox.
+namespace slatewise::test {
+
+/// A session of the card "A001" that ran from 09:30:15 to 09:30:25 on 2026-03-01 and copied
+/// 25,000,000 bytes in `copied` files, with one skipped file at its end.
+OffloadOutcome reportedOutcome(std::string_view status, int copied);
+
+/// Puts its report into the store, as the batch does.
+void enqueueReport(const OffloadOutcome& outcome, AppDatabase& database,
+                   const std::string& cardName = "A001");
+
+} // namespace slatewise::test
