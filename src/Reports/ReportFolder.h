@@ -1,13 +1,15 @@
 #pragma once
 
 #include "Platform/Clock.h"
+#include "Reports/SessionManifest.h"
 
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 
-/// Names of report folders: readable by a person, and one for each session.
+/// Names of report folders: readable by a person, and one for each session. Without state; what
+/// touches the disk blocks its caller, on any thread.
 namespace slatewise::ReportFolder {
 
 /// "2026-03-14-091502-A_Unit-ALEXA_35-A001C002": date and time in the machine's time zone, crew,
@@ -21,7 +23,21 @@ std::string uniqueName(const std::string& name, const std::string& sessionID,
                        const std::filesystem::path& root,
                        const std::optional<std::filesystem::path>& besides = std::nullopt);
 
+/// Whether a folder bears nothing but a session's id, as older versions left them.
+bool isOpaqueSessionID(std::string_view name);
+
 /// The folder "reports" at a destination's root.
 std::filesystem::path destinationReportsRoot(const std::filesystem::path& mountPoint);
+
+/// Copies a report set to its session's destination, under the given name. Does nothing when the
+/// destination is not there. A failure is not reported.
+void copyToMountedDestination(const std::filesystem::path& from, const SessionManifest& manifest,
+                              const std::string& folderName) noexcept;
+
+/// Gives every folder in `root` that is named after a session's id alone a readable name, and
+/// copies its set to the session's destination under that name. What cannot be read, moved or
+/// copied stays as it is and is met again the next time. Never fails; a second call changes
+/// nothing.
+void migrateReadableNames(const std::filesystem::path& root) noexcept;
 
 } // namespace slatewise::ReportFolder

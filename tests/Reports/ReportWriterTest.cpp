@@ -2,7 +2,6 @@
 
 #include "Platform/Error.h"
 #include "Platform/Json.h"
-#include "Reports/ReportFolder.h"
 #include "support/Files.h"
 #include "support/Process.h"
 
@@ -283,30 +282,4 @@ TEST(ReportWriter, CountsFoldersThatPathsImply) {
     EXPECT_EQ(count({}), 0);
     EXPECT_EQ(count({"root.mov"}), 0);
     EXPECT_EQ(count({"a/b/c.mov", "a//b/d.mov", "/a/e.mov", "b/a/f.mov", "ab/x"}), 5);
-}
-
-TEST(ReportFolder, NamesAreReadableAndFitForAnyDisk) {
-    ::setenv("TZ", "UTC", 1);
-    ::tzset();
-    const auto started = *Clock::fromIso8601("2026-03-14T09:15:02Z");
-    const auto name = [&](const char* ekip, const char* camera, const std::string& card) {
-        return ReportFolder::displayName(started, ekip, camera, card);
-    };
-    EXPECT_EQ(name("A  Unit", "ALEXA 35", "A001C002"),
-              "2026-03-14-091502-A_Unit-ALEXA_35-A001C002");
-    EXPECT_EQ(name("", " A/B ", "x"), "2026-03-14-091502-unknown-A-B-x");
-    EXPECT_EQ(name(" ... ", "a:b*c", "_.-"), "2026-03-14-091502-unknown-a-b-c-unknown");
-    EXPECT_EQ(name("ççççççççççççççççççççççççç", "c", std::string(50, 'n')),
-              "2026-03-14-091502-çççççççççççççççççççççççç-c-" + std::string(40, 'n'));
-}
-
-TEST(ReportFolder, EachSessionGetsANameOfItsOwn) {
-    const TemporaryFolder root;
-    const std::string id = "12345678-9abc-def0-1234-56789abcdef0";
-    EXPECT_EQ(ReportFolder::uniqueName("name", id, root.path()), "name");
-    std::filesystem::create_directory(root / "name");
-    EXPECT_EQ(ReportFolder::uniqueName("name", id, root.path()), "name_12345678");
-    EXPECT_EQ(ReportFolder::uniqueName("name", id, root.path(), root / "./name"), "name");
-    writeFile(root / "name_12345678", "");
-    EXPECT_EQ(ReportFolder::uniqueName("name", id, root.path()), "name_12345678");
 }

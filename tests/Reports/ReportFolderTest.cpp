@@ -1,0 +1,165 @@
+#include "Reports/ReportFolder.h"
+
+#include "Platform/Text.h"
+#include "Reports/ReportWriter.h"
+#include "support/Files.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <sys/stat.h>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::UnorderedElementsAre;
+
+namespace {
+
+constexpr auto* kID = "12345678-9abc-def0-1234-56789abcdef0";
+constexpr auto* kOtherID = "12345678-9abd-DEF0-1234-56789ABCDEF1";
+constexpr auto* kName = "2026-03-14-091502-A_Unit-CamA-A001";
+
+std::vector<std::string> namesIn(const std::filesystem::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.push_back(entry.path().filename());
+    return names;
+}
+
+class ReportFolders : public ::testing::Test {
+protected:
+    ReportFolders() {
+        ::setenv("TZ", "UTC", 1);
+        ::tzset();
+        std::filesystem::create_directories(disk);
+    }
+
+    /// A report set as older versions left it, with something of its own in its CSV file.
+    void leaveSet(const std::filesystem::path& root, const std::string& id,
+                  const std::filesystem::path& mountPoint, const std::string& folderName = "") {
+        SessionManifest manifest;
+        manifest.sessionID = id;
+        manifest.startedAt = *Clock::fromIso8601("2026-03-14T09:15:02Z");
+        manifest.card.name = "A001";
+        manifest.card.camera = "CamA";
+        manifest.card.ekip = "A  Unit";
+        manifest.destination.mountPoint = mountPoint.native();
+        const auto set = root / (folderName.empty() ? id : folderName);
+        writeFile(set / "manifest.json", ReportWriter::isoEncode(manifest));
+        writeFile(set / "inventory.csv", "of " + id);
+    }
+
+    TemporaryFolder folder;
+    std::filesystem::path archive = folder / "archive";
+    std::filesystem::path disk = folder / "disk";
+};
+
+} // namespace
+
+TEST_F(ReportFolders, NamesAreReadableAndFitForAnyDisk) {
+    const auto started = *Clock::fromIso8601("2026-03-14T09:15:02Z");
+    const std::string forty(40, 'n');
+    const struct {
+        std::string ekip, camera, card, expected;
+    } cases[] = {
+        {"A Unit", "ALEXA 35", "A001C002", "A_Unit-ALEXA_35-A001C002"},
+        {"A  Unit", " A/B ", "x", "A_Unit-A-B-x"},
+        {"A   _ Unit", "a:b*?c", "x\r\ny", "A_Unit-a-b--c-x--y"},
+        {"", " ... ", "_.-", "unknown-unknown-unknown"},
+        {"\t\n", "\\/", "\"<>|", "unknown-unknown-unknown"},
+        {"--a-.b_-", "c", forty + "more", "a-.b-c-" + forty},
+        {std::string(23, 'e') + " tail", "c", "x", std::string(23, 'e') + "_-c-x"},
+        {"ççççççççççççççççççççççççç", "Ünal", "カード", "çççççççççççççççççççççççç-Ünal-カード"},
+    };
+    for (const auto& [ekip, camera, card, expected] : cases)
+        EXPECT_EQ(ReportFolder::displayName(started, ekip, camera, card),
+                  "2026-03-14-091502-" + expected);
+
+    std::string many;
+    for (int letter = 0; letter < 50; ++letter)
+        many += "漢";
+    const auto longest = ReportFolder::displayName(started, many, many, many);
+    EXPECT_LE(longest.size() + 9, 255u);
+    EXPECT_EQ(longest, Text::displayable(longest)) << "cut between letters";
+}
+
+TEST_F(ReportFolders, EachSessionGetsANameOfItsOwn) {
+    const auto root = folder.path();
+    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root), "name");
+    std::filesystem::create_directory(root / "name");
+    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root), "name_12345678");
+    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root, root / "./name"), "name");
+    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root, root / "x/../name/"), "name");
+    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root, root / "other"), "name_12345678");
+    writeFile(root / "name_12345678", "");
+    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root), "name_12345678");
+    writeFile(root / "name_a-b", "");
+    EXPECT_EQ(ReportFolder::uniqueName("name", "a-b", root), "name_ab");
+    writeFile(root / "name_ab", "");
+    EXPECT_EQ(ReportFolder::uniqueName("name", "a-b", root), "name_a-b");
+}
+
+TEST_F(ReportFolders, AnIDIsToldFromAName) {
+    EXPECT_TRUE(ReportFolder::isOpaqueSessionID(kID));
+    EXPECT_TRUE(ReportFolder::isOpaqueSessionID("ABCDEF01-2345-6789-ABCD-EF0123456789"));
+    for (const auto* name :
+         {"", "12345678", "123456789abcdef0123456789abcdef0",
+          "{12345678-9abc-def0-1234-56789abcdef0}", "12345678-9abc-def0-1234-56789abcdef",
+          "g2345678-9abc-def0-1234-56789abcdef0", "123456789-abc-def0-1234-56789abcdef0", kName})
+        EXPECT_FALSE(ReportFolder::isOpaqueSessionID(name)) << name;
+}
+
+TEST_F(ReportFolders, OldNamesBecomeReadableOnceAndReachTheDisk) {
+    leaveSet(archive, kID, disk);
+    leaveSet(archive, kOtherID, folder / "not mounted");
+    leaveSet(archive, kID, disk, "already readable");
+    ReportFolder::migrateReadableNames(archive);
+    const auto second = std::string(kName) + "_12345678";
+    for (int times = 0; times < 2; ++times) {
+        EXPECT_THAT(namesIn(archive), UnorderedElementsAre(kName, second, "already readable"));
+        EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre(kName));
+        EXPECT_EQ(readFile(archive / kName / "inventory.csv"), std::string("of ") + kID);
+        EXPECT_EQ(readFile(archive / second / "inventory.csv"), std::string("of ") + kOtherID);
+        EXPECT_EQ(readFile(disk / "reports" / kName / "inventory.csv"), std::string("of ") + kID);
+        ReportFolder::migrateReadableNames(archive);
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder / "not mounted"));
+}
+
+TEST_F(ReportFolders, ADisksOwnFoldersKeepTheirFiles) {
+    leaveSet(disk / "reports", kID, disk);
+    ReportFolder::migrateReadableNames(disk / "reports");
+    EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre(kName));
+    EXPECT_THAT(namesIn(disk / "reports" / kName),
+                UnorderedElementsAre("manifest.json", "inventory.csv"));
+    ReportWriter::copySidecars(disk / "reports" / kName, disk / "./reports" / kName);
+    EXPECT_EQ(readFile(disk / "reports" / kName / "inventory.csv"), std::string("of ") + kID);
+}
+
+TEST_F(ReportFolders, WhatCannotBeMigratedStaysAndHoldsUpNothing) {
+    const auto id = [](char last) {
+        return std::string("00000000-0000-0000-0000-00000000000") + last;
+    };
+    std::filesystem::create_directories(archive / id('0'));
+    writeFile(archive / id('1') / "manifest.json", "{\"card\":");
+    writeFile(archive / id('2'), "a file");
+    std::filesystem::create_directory_symlink(disk, archive / id('3'));
+    std::filesystem::create_directories(archive / id('4'));
+    ASSERT_EQ(::mkfifo((archive / id('4') / "manifest.json").c_str(), 0600), 0);
+    std::filesystem::create_directories(archive / id('5') / "manifest.json");
+    // A name that only a look at the disk would have avoided.
+    writeFile(archive / kName / "x", "");
+    writeFile(archive / (std::string(kName) + "_00000000") / "x", "");
+    leaveSet(archive, id('6'), disk);
+    leaveSet(archive, kID, disk);
+    std::filesystem::create_directories(disk);
+    writeFile(disk / "reports", "a file where a folder should be");
+
+    ReportFolder::migrateReadableNames(archive);
+    EXPECT_THAT(namesIn(archive),
+                UnorderedElementsAre(id('0'), id('1'), id('2'), id('3'), id('4'), id('5'), id('6'),
+                                     kName, std::string(kName) + "_00000000",
+                                     std::string(kName) + "_12345678"));
+    ReportFolder::migrateReadableNames(folder / "missing");
+    ReportFolder::migrateReadableNames(disk / "reports");
+}
