@@ -3,6 +3,7 @@
 #include "Platform/BlockDevices.h"
 #include "Platform/FileSystemProbe.h"
 #include "Platform/SysfsDisks.h"
+#include "Platform/UDisksClient.h"
 
 namespace slatewise {
 
@@ -97,7 +98,8 @@ PropertyList propertyList(const Mount& mount, const std::optional<DiskFacts>& di
 }
 
 DiskInfo::DiskInfo(DiskSources sources)
-    : sources_(std::move(sources)), mounts_(MountTable::read(sources_.mountTable)) {}
+    : sources_(std::move(sources)), mounts_(MountTable::read(sources_.mountTable)),
+      service_(UDisksClient(sources_.busAddress).objects().value_or(UDisksObjects())) {}
 
 const Mount* DiskInfo::mountAt(const std::filesystem::path& path) const {
     return MountTable::at(mounts_, path);
@@ -111,13 +113,21 @@ std::optional<PropertyList> DiskInfo::properties(const std::filesystem::path& pa
 }
 
 std::optional<DiskFacts> DiskInfo::factsAbout(const Mount& mount) const {
-    const auto numbers = BlockDevices::numbersOf(mount);
+    const auto numbers = BlockDevices::numbersOf(mount, sources_.sys);
     if (numbers == 0)
         return std::nullopt;
-    auto facts = SysfsDisks::facts(numbers, sources_.sys);
-    if (facts)
-        FileSystemProbe::addTo(*facts, std::filesystem::path("/dev") / facts->deviceName);
-    return facts;
+    auto kernels = SysfsDisks::facts(numbers, sources_.sys);
+    if (auto facts = service_.facts(numbers)) {
+        // The service tells apart only buses with a plug for everybody.
+        if (kernels && facts->bus == DiskBus::Unknown) {
+            facts->bus = kernels->bus;
+            facts->hasRemovableMedia |= kernels->hasRemovableMedia;
+        }
+        return facts;
+    }
+    if (kernels)
+        FileSystemProbe::addTo(*kernels, sources_.devices / kernels->deviceName);
+    return kernels;
 }
 
 } // namespace slatewise

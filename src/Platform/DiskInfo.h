@@ -4,6 +4,7 @@
 #include "Platform/DiskSources.h"
 #include "Platform/MountTable.h"
 #include "Platform/PropertyList.h"
+#include "Platform/UDisksObjects.h"
 
 #include <filesystem>
 #include <optional>
@@ -11,9 +12,12 @@
 
 namespace slatewise {
 
-/// One look at what is mounted and at the disks below. At rest from then on: any thread may ask it.
+/// One look at what is mounted and at the disks below: what UDisks2 says, and of what it does not
+/// know, or when it is not there, what the kernel and the disk itself say. At rest from then on:
+/// any thread may ask it.
 class DiskInfo {
 public:
+    /// Blocks until UDisks2 has answered, at most 2 seconds.
     explicit DiskInfo(DiskSources sources = {});
 
     /// Null when nothing is mounted at that very path.
@@ -28,6 +32,8 @@ private:
 
     DiskSources sources_;
     std::vector<Mount> mounts_;
+    /// Empty when the service is not there.
+    UDisksObjects service_;
 };
 
 /// The dictionary about a volume from what is known of its mount and its disk. Keys and words are

@@ -1,10 +1,9 @@
 #include "Platform/MountTable.h"
 
+#include "Platform/BlockDevices.h"
 #include "Platform/Error.h"
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
-
-#include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <charconv>
@@ -47,19 +46,6 @@ std::string unescaped(std::string_view field) {
     return result;
 }
 
-std::optional<dev_t> deviceNumbers(std::string_view field) {
-    const auto colon = field.find(':');
-    if (colon == std::string_view::npos)
-        return std::nullopt;
-    unsigned major = 0;
-    unsigned minor = 0;
-    const auto* end = field.data() + field.size();
-    if (std::from_chars(field.data(), end, major).ptr != field.data() + colon ||
-        std::from_chars(field.data() + colon + 1, end, minor).ptr != end)
-        return std::nullopt;
-    return makedev(major, minor);
-}
-
 bool saysReadOnly(std::string_view options) {
     const auto each = Text::pieces(options, ',');
     return std::find(each.begin(), each.end(), "ro") != each.end();
@@ -70,7 +56,7 @@ std::optional<Mount> parseLine(std::string_view line) {
     if (fields.size() < kFirstOptional)
         return std::nullopt;
     const auto dash = std::find(fields.begin() + kFirstOptional, fields.end(), "-");
-    const auto device = deviceNumbers(fields[kDevice]);
+    const auto device = BlockDevices::parseNumbers(fields[kDevice]);
     if (!device || fields.end() - dash <= kSource)
         return std::nullopt;
     const bool hasSource = fields.end() - dash > kSource + 1;

@@ -5,8 +5,6 @@
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
 
-#include <sys/sysmacros.h>
-
 #include <algorithm>
 #include <charconv>
 #include <set>
@@ -102,9 +100,8 @@ DiskBus busOf(const path& disk, const path& sys) {
 
 std::optional<DiskFacts> facts(dev_t numbers, const path& sys) {
     std::error_code failure;
-    const auto device = std::filesystem::canonical(
-        sys / "dev/block" / (std::to_string(major(numbers)) + ":" + std::to_string(minor(numbers))),
-        failure);
+    const auto device =
+        std::filesystem::canonical(sys / "dev/block" / BlockDevices::text(numbers), failure);
     if (failure)
         return std::nullopt;
     constexpr std::int64_t kBytesPerSector = 512;

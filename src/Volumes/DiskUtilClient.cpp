@@ -1,9 +1,11 @@
 #include "Volumes/DiskUtilClient.h"
 
 #include "Language/L10n.h"
+#include "Platform/BlockDevices.h"
 #include "Platform/DiskInfo.h"
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
+#include "Platform/UDisksClient.h"
 #include "Platform/Umount.h"
 #include "Volumes/CameraSignatures.h"
 #include "Volumes/PropertyReaders.h"
@@ -61,6 +63,26 @@ std::filesystem::path withoutLinks(const std::filesystem::path& path) {
     std::error_code failure;
     auto result = std::filesystem::canonical(path, failure);
     return failure ? path : result;
+}
+
+/// Nothing when the service is not there or does not know what is mounted at that very path.
+std::optional<EjectPlan> ejectPlan(const std::filesystem::path& mountPoint,
+                                   const DiskSources& sources) {
+    const auto mounts = MountTable::read(sources.mountTable);
+    const auto* mount = MountTable::at(mounts, withoutLinks(mountPoint));
+    const auto objects = mount ? UDisksClient(sources.busAddress).objects() : std::nullopt;
+    return objects ? objects->ejectPlan(BlockDevices::numbersOf(*mount, sources.sys))
+                   : std::nullopt;
+}
+
+void ejectByService(const std::filesystem::path& mountPoint, const EjectPlan& plan,
+                    const DiskSources& sources) {
+    constexpr int kRefused = 1;
+    try {
+        UDisksClient(sources.busAddress).eject(plan);
+    } catch (const UDisksError& refusal) {
+        throw EjectError(mountPoint, kRefused, refusal.what());
+    }
 }
 
 } // namespace
@@ -128,8 +150,10 @@ EjectError::EjectError(const std::filesystem::path& mountPoint, int code, std::s
     : Error(L10n::current().ejectFailed(Text::displayable(mountPoint.native()))), code_(code),
       reason_(std::move(reason)) {}
 
-void eject(const std::filesystem::path& mountPoint, const DiskSources&) {
-    if (const auto refusal = Umount::run(mountPoint))
+void eject(const std::filesystem::path& mountPoint, const DiskSources& sources) {
+    if (const auto plan = ejectPlan(mountPoint, sources))
+        ejectByService(mountPoint, *plan, sources);
+    else if (const auto refusal = Umount::run(mountPoint))
         throw EjectError(mountPoint, refusal->exitStatus, refusal->message);
 }
 
