@@ -4,7 +4,6 @@
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
 
-#include <sys/stat.h>
 #include <sys/sysmacros.h>
 
 #include <algorithm>
@@ -77,17 +76,14 @@ std::string nameOf(dev_t numbers, const std::filesystem::path& sys) {
 }
 
 std::filesystem::path pathUnder(const std::filesystem::path& path) {
-    struct stat facts {};
-    if (::stat(path.c_str(), &facts) != 0)
+    std::error_code failure;
+    const auto real = std::filesystem::canonical(path, failure);
+    if (failure)
         return {};
-    auto numbers = facts.st_dev;
-    if (standForNoDevice(numbers)) {
-        const auto mounts = MountTable::read();
-        const auto mount = std::find_if(mounts.begin(), mounts.end(), [&](const Mount& each) {
-            return each.device == facts.st_dev;
-        });
-        numbers = mount == mounts.end() ? 0 : numbersOf(*mount);
-    }
+    // By its path: the numbers that Btrfs gives for an item are not those of its mount.
+    const auto mounts = MountTable::read();
+    const auto* mount = MountTable::holding(mounts, real);
+    const auto numbers = mount ? numbersOf(*mount) : 0;
     const auto name = nameOf(numbers);
     return name.empty() ? std::filesystem::path() : std::filesystem::path(kDeviceFolder) / name;
 }

@@ -43,8 +43,10 @@ path wholeDisk(const path& device) {
 path firstBelow(const path& disk) {
     std::error_code failure;
     std::set<path> below;
-    for (const auto& entry : std::filesystem::directory_iterator(disk / "slaves", failure))
-        below.insert(entry.path());
+    // A disk that is pulled out at this moment ends the list.
+    std::filesystem::directory_iterator entry(disk / "slaves", failure);
+    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
+        below.insert(entry->path());
     return below.empty() ? path() : std::filesystem::canonical(*below.begin(), failure);
 }
 

@@ -99,6 +99,8 @@ std::optional<EjectPlan> UDisksObjects::ejectPlan(dev_t numbers) const {
 
 /// Null when the object does not have it.
 const QVariantMap* UDisksObjects::interface(const QString& object, const char* name) const {
+    if (object.isEmpty())
+        return nullptr;
     const auto interfaces = objects_.constFind(QDBusObjectPath(object));
     if (interfaces == objects_.cend())
         return nullptr;
@@ -136,6 +138,7 @@ bool UDisksObjects::isImage(const QString& block) const {
 }
 
 qsizetype UDisksObjects::mountCount(const QString& block) const {
+    // A list within a list stays as it came over the bus until somebody says what it is.
     return qdbus_cast<QByteArrayList>(property(block, kFilesystem, "MountPoints")).size();
 }
 

@@ -1,16 +1,22 @@
 #include "Platform/Umount.h"
 
-#include <sys/mount.h>
-
-#include <cerrno>
-#include <system_error>
+#include "Platform/ChildProcess.h"
 
 namespace slatewise::Umount {
 
-std::optional<Refusal> run(const std::filesystem::path& mountPoint) {
-    if (::umount2(mountPoint.c_str(), UMOUNT_NOFOLLOW) == 0)
-        return std::nullopt;
-    return Refusal{errno, std::generic_category().message(errno)};
+namespace {
+
+/// What is not yet written must get to the disk.
+constexpr std::chrono::minutes kLimit{5};
+
+} // namespace
+
+int run(const std::filesystem::path& mountPoint) {
+    const ChildProcess::Command command{
+        .executable = "/bin/umount", .arguments = {"--", mountPoint.native()}, .environment = {}};
+    const auto result = ChildProcess::run(command, {.run = kLimit});
+    constexpr int kDidNotEnd = -1;
+    return result.end == ChildProcess::End::Exited ? result.status : kDidNotEnd;
 }
 
 } // namespace slatewise::Umount

@@ -153,8 +153,8 @@ EjectError::EjectError(const std::filesystem::path& mountPoint, int code, std::s
 void eject(const std::filesystem::path& mountPoint, const DiskSources& sources) {
     if (const auto plan = ejectPlan(mountPoint, sources))
         ejectByService(mountPoint, *plan, sources);
-    else if (const auto refusal = Umount::run(mountPoint))
-        throw EjectError(mountPoint, refusal->exitStatus, refusal->message);
+    else if (const int status = Umount::run(mountPoint))
+        throw EjectError(mountPoint, status, "umount gave " + std::to_string(status));
 }
 
 } // namespace slatewise::DiskUtilClient

@@ -18,33 +18,83 @@ struct Known {
     int late = 0;
 };
 
-/// One read on its way.
+/// One read to be made.
 struct Errand {
-    explicit Errand(std::shared_ptr<Known> of) : volume(std::move(of)) {}
-
     std::shared_ptr<Known> volume;
-    std::optional<VolumeFacts> found;
+    std::filesystem::path mountPoint;
+    bool isStarted = false;
     bool isOver = false;
     bool isLate = false;
+    std::optional<VolumeFacts> found = std::nullopt;
 };
+
+/// What one call wants to know. Outlives the call when a read of it is late.
+struct Round {
+    PatientReader::Read read;
+    std::vector<Errand> errands;
+    bool isClosed = false;
+
+    /// Null when there is none left.
+    Errand* takeNext() {
+        const auto next = std::find_if(errands.begin(), errands.end(), [](const Errand& errand) {
+            return !errand.isStarted && !errand.isOver;
+        });
+        if (isClosed || next == errands.end())
+            return nullptr;
+        next->isStarted = true;
+        return &*next;
+    }
+
+    bool isDone() const {
+        return std::all_of(errands.begin(), errands.end(),
+                           [](const Errand& errand) { return errand.isOver; });
+    }
+
+    bool hasAnythingToStart() const {
+        return std::any_of(errands.begin(), errands.end(), [](const Errand& errand) {
+            return !errand.isStarted && !errand.isOver;
+        });
+    }
+
+    /// What is still under way is late from now on, and nothing more is started.
+    void close() {
+        isClosed = true;
+        for (auto& errand : errands) {
+            if (errand.isStarted && !errand.isOver) {
+                errand.isLate = true;
+                ++errand.volume->late;
+            }
+        }
+    }
+};
+
+/// False when the system has no thread to give: then the volumes are as good as silent this time.
+bool startThread(std::function<void()> work) {
+    try {
+        std::thread(std::move(work)).detach();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
 
 } // namespace
 
+/// Its lock guards the rounds as well.
 struct PatientReader::Ledger {
     std::mutex lock;
-    /// Something is over.
+    /// A round is done.
     std::condition_variable news;
     std::map<std::string, std::shared_ptr<Known>> volumes;
 
-    /// Under the lock.
-    std::shared_ptr<Known> volume(const std::string& identity) {
-        auto& known = volumes[identity];
+    Errand errandTo(const Subject& subject) {
+        auto& known = volumes[subject.identity];
         if (!known)
             known = std::make_shared<Known>();
-        return known;
+        return {.volume = known, .mountPoint = subject.mountPoint, .isOver = known->late > 0};
     }
 
-    /// Under the lock: what is not asked for any more is forgotten, unless a thread is still there.
+    /// What is not asked for any more is forgotten, unless a thread is still there.
     void keepOnly(const std::vector<Subject>& subjects) {
         std::erase_if(volumes, [&](const auto& entry) {
             return entry.second->late == 0 &&
@@ -54,13 +104,19 @@ struct PatientReader::Ledger {
         });
     }
 
-    void finish(Errand& errand, VolumeFacts facts) {
-        const std::lock_guard guard(lock);
-        errand.volume->last = facts;
-        errand.found = std::move(facts);
-        errand.isOver = true;
-        if (errand.isLate)
-            --errand.volume->late;
+    /// Makes the reads of a round one after the other, as long as none of them hangs.
+    void run(Round& round) {
+        std::unique_lock guard(lock);
+        while (auto* const errand = round.takeNext()) {
+            guard.unlock();
+            auto facts = round.read(errand->mountPoint);
+            guard.lock();
+            errand->volume->last = facts;
+            errand->found = std::move(facts);
+            errand->isOver = true;
+            if (errand->isLate)
+                --errand->volume->late;
+        }
         news.notify_all();
     }
 };
@@ -70,37 +126,27 @@ PatientReader::PatientReader(std::chrono::milliseconds patience)
 
 std::vector<std::optional<VolumeFacts>> PatientReader::read(const std::vector<Subject>& subjects,
                                                             const Read& read) {
+    // A thread that has not come back by then may hang; another one goes on with what is left.
+    constexpr std::chrono::milliseconds kTimeForOneThread{50};
     const auto deadline = std::chrono::steady_clock::now() + patience_;
-    std::vector<std::shared_ptr<Errand>> errands;
+    const auto round = std::make_shared<Round>();
+    round->read = read;
     std::unique_lock guard(ledger_->lock);
-    for (const auto& subject : subjects) {
-        const auto errand = std::make_shared<Errand>(ledger_->volume(subject.identity));
-        errands.push_back(errand);
-        errand->isOver = errand->volume->late > 0;
-        if (errand->isOver)
-            continue;
-        try {
-            std::thread([ledger = ledger_, errand, read, mountPoint = subject.mountPoint] {
-                ledger->finish(*errand, read(mountPoint));
-            }).detach();
-        } catch (const std::system_error&) {
-            // No thread to be had: as good as silent for this time.
-            errand->isOver = true;
-        }
+    for (const auto& subject : subjects)
+        round->errands.push_back(ledger_->errandTo(subject));
+    while (!round->isDone() && std::chrono::steady_clock::now() < deadline) {
+        const bool needsThread = round->hasAnythingToStart();
+        if (needsThread && !startThread([ledger = ledger_, round] { ledger->run(*round); }))
+            break;
+        const auto until =
+            needsThread ? std::chrono::steady_clock::now() + kTimeForOneThread : deadline;
+        ledger_->news.wait_until(guard, std::min(until, deadline), [&] { return round->isDone(); });
     }
-    ledger_->news.wait_until(guard, deadline, [&] {
-        return std::all_of(errands.begin(), errands.end(),
-                           [](const auto& errand) { return errand->isOver; });
-    });
+    round->close();
 
     std::vector<std::optional<VolumeFacts>> found;
-    for (const auto& errand : errands) {
-        if (!errand->isOver) {
-            errand->isLate = true;
-            ++errand->volume->late;
-        }
-        found.push_back(errand->found ? errand->found : errand->volume->last);
-    }
+    for (const auto& errand : round->errands)
+        found.push_back(errand.found ? errand.found : errand.volume->last);
     ledger_->keepOnly(subjects);
     return found;
 }

@@ -26,7 +26,7 @@ public:
         std::string identity;
         std::filesystem::path mountPoint;
     };
-    /// Runs on a thread of its own and must not throw.
+    /// Runs on a thread of ours and must not throw.
     using Read = std::function<VolumeFacts(const std::filesystem::path& mountPoint)>;
 
     explicit PatientReader(std::chrono::milliseconds patience);

@@ -63,8 +63,11 @@ VolumeMonitor::~VolumeMonitor() {
 }
 
 void VolumeMonitor::start() {
-    if (!thread_.joinable())
-        thread_ = std::jthread([this](const std::stop_token& stop) { run(stop); });
+    if (thread_.joinable())
+        return;
+    // Listening before the first read, so that no change slips in between.
+    thread_ = std::jthread([this, events = MountEvents(options_.events)](
+                               const std::stop_token& stop) mutable { run(stop, events); });
 }
 
 void VolumeMonitor::stop() {
@@ -89,9 +92,7 @@ std::vector<ClassifiedVolume> VolumeMonitor::destinations() const {
     return volumes;
 }
 
-void VolumeMonitor::run(const std::stop_token& stop) {
-    // Listening before the first read, so that no change slips in between.
-    MountEvents events(options_.events);
+void VolumeMonitor::run(const std::stop_token& stop, MountEvents& events) {
     const std::stop_callback wakeUp(stop, [&events] { events.wakeUp(); });
     auto tick = SteadyClock::now();
     while (!stop.stop_requested()) {
@@ -105,6 +106,8 @@ void VolumeMonitor::run(const std::stop_token& stop) {
 
 std::vector<ClassifiedVolume> VolumeMonitor::read() {
     const auto mountPoints = DiskUtilClient::listMounts(volumesRoot_.path());
+    if (mountPoints.empty())
+        return {};
     const auto disks = std::make_shared<const DiskInfo>(options_.sources);
     std::vector<PatientReader::Subject> subjects;
     for (const auto& mountPoint : mountPoints)

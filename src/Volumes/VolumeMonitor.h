@@ -44,6 +44,7 @@ public:
     /// Called on the GUI thread after a change. Set before `start`, once.
     std::function<void()> onChange;
 
+    /// Does nothing when it was started already.
     void start();
 
     /// Waits for a read that is under way, which takes a few seconds at most. Calls of `onChange`
@@ -61,7 +62,7 @@ public:
     std::vector<ClassifiedVolume> destinations() const;
 
 private:
-    void run(const std::stop_token& stop);
+    void run(const std::stop_token& stop, MountEvents& events);
     std::vector<ClassifiedVolume> read();
     void publish(std::vector<ClassifiedVolume> volumes);
     void postChange();

@@ -37,8 +37,13 @@ void makeImage(const std::filesystem::path& image, std::int64_t sizeBytes) {
 
 MountedVolume::MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
                              const std::string& mountOptions)
+    : MountedVolume(fileSystem, sizeBytes, {}, mountOptions) {}
+
+MountedVolume::MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
+                             const std::filesystem::path& mountPoint,
+                             const std::string& mountOptions)
     : fileSystem_(fileSystem), options_(mountOptions), image_(folder_ / "volume.img"),
-      mountPoint_(folder_ / "volume") {
+      mountPoint_(mountPoint.empty() ? folder_ / "volume" : mountPoint) {
     makeImage(image_, sizeBytes);
     auto format = formatCommand(fileSystem_);
     format.push_back(image_.native());

@@ -16,6 +16,9 @@ public:
 
     MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
                   const std::string& mountOptions = "");
+    /// At a place of the test's choice, a folder that is made if need be.
+    MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
+                  const std::filesystem::path& mountPoint, const std::string& mountOptions);
     ~MountedVolume();
     MountedVolume(const MountedVolume&) = delete;
     MountedVolume& operator=(const MountedVolume&) = delete;
@@ -35,10 +38,13 @@ public:
     /// Unmounts properly and mounts again.
     void remount();
 
-private:
     void mount();
     void unmount();
 
+    /// Somebody else has done it.
+    void wasUnmounted() { isMounted_ = false; }
+
+private:
     TemporaryFolder folder_;
     FileSystem fileSystem_;
     std::string options_;

@@ -1,0 +1,164 @@
+#include "Machine.h"
+#include "MockUDisks.h"
+
+#include "Language/AppLanguage.h"
+#include "Platform/FileDescriptor.h"
+#include "Platform/UserDefaults.h"
+#include "Volumes/DiskUtilClient.h"
+#include "support/MountedVolume.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+namespace {
+
+constexpr auto kMountPoint = "/media/me/A001";
+
+/// A mounted volume on a USB drive of its own.
+class Eject : public ::testing::Test {
+protected:
+    Eject() : drive(machine.addDrive("Disk", "usb")) {
+        machine.addMount("8:17", "/", kMountPoint, "exfat", "/dev/sdb1");
+        machine.addBlock("sdb1", "8:17", "Disk");
+        machine.addFilesystem("sdb1", {kMountPoint});
+    }
+
+    DiskSources sourcesWith(const MockUDisks& service) const {
+        auto sources = machine.sources();
+        sources.busAddress = service.address();
+        return sources;
+    }
+
+    std::vector<std::string> deedsOfAnEject() const {
+        const MockUDisks service(machine.objects());
+        DiskUtilClient::eject(kMountPoint, sourcesWith(service));
+        return service.deeds();
+    }
+
+    Machine machine;
+    QVariantMap& drive;
+};
+
+/// The failure of an eject that must fail.
+DiskUtilClient::EjectError refusalOf(const std::filesystem::path& mountPoint,
+                                     const DiskSources& sources) {
+    try {
+        DiskUtilClient::eject(mountPoint, sources);
+    } catch (const DiskUtilClient::EjectError& refusal) {
+        return refusal;
+    }
+    throw std::runtime_error("nothing refused the eject");
+}
+
+} // namespace
+
+TEST_F(Eject, PowersOffADriveOfItsOwn) {
+    EXPECT_THAT(deedsOfAnEject(),
+                ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
+}
+
+TEST_F(Eject, EjectsAMediumAndKeepsItsReaderAlive) {
+    drive["MediaRemovable"] = true;
+    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1", "Eject drives/Disk"));
+}
+
+TEST_F(Eject, EndsWithUnmountingWhereNothingElseCanBeDone) {
+    drive["CanPowerOff"] = false;
+    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+}
+
+TEST_F(Eject, LeavesADriveAloneWhileAnotherVolumeOnItIsMounted) {
+    machine.addBlock("sdb2", "8:18", "Disk");
+    machine.addFilesystem("sdb2", {});
+    EXPECT_THAT(deedsOfAnEject(),
+                ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
+    machine.addFilesystem("sdb2", {"/media/me/SECOND"});
+    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+    drive["Ejectable"] = true;
+    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+}
+
+TEST_F(Eject, LeavesADriveAloneWhileAnEncryptedVolumeOnItIsMounted) {
+    machine.addBlock("sdb2", "8:18", "Disk");
+    machine.addBlock("dm_2d0", "253:0")["CryptoBackingDevice"] =
+        QVariant::fromValue(Machine::path("block_devices/sdb2"));
+    machine.addFilesystem("dm_2d0", {"/media/me/SECRET"});
+    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+}
+
+TEST_F(Eject, LeavesPowerOnWhileAnotherDriveInTheHousingIsMounted) {
+    drive["SiblingId"] = QString("usb2/2-1");
+    auto& second = machine.addDrive("Second", "usb");
+    machine.addBlock("sdc1", "8:33", "Second");
+    machine.addFilesystem("sdc1", {"/media/me/B001"});
+    EXPECT_THAT(deedsOfAnEject(),
+                ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
+    second["SiblingId"] = QString("usb2/2-1");
+    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+}
+
+TEST_F(Eject, LeavesADeviceAloneThatIsMountedElsewhereAsWell) {
+    machine.addFilesystem("sdb1", {kMountPoint, "/media/me/again"});
+    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+}
+
+TEST_F(Eject, LocksWhatWasEncrypted) {
+    machine.addMount("253:0", "/", "/media/me/SECRET", "ext4", "/dev/mapper/luks-1");
+    machine.addFilesystem("sdb1", {});
+    machine.object("block_devices/sdb1").remove("org.freedesktop.UDisks2.Filesystem");
+    machine.object("block_devices/sdb1")["org.freedesktop.UDisks2.Encrypted"] = {};
+    machine.addBlock("dm_2d0", "253:0")["CryptoBackingDevice"] =
+        QVariant::fromValue(Machine::path("block_devices/sdb1"));
+    machine.addFilesystem("dm_2d0", {"/media/me/SECRET"});
+    const MockUDisks service(machine.objects());
+    DiskUtilClient::eject("/media/me/SECRET", sourcesWith(service));
+    EXPECT_THAT(service.deeds(), ElementsAre("Unmount block_devices/dm_2d0",
+                                             "Lock block_devices/sdb1", "PowerOff drives/Disk"));
+}
+
+TEST_F(Eject, OfABusyDiskFailsInTheUsersLanguageAndGoesNoFurther) {
+    MockUDisks service(machine.objects());
+    service.refuse("Unmount", "DeviceBusy");
+    const auto english = refusalOf(kMountPoint, sourcesWith(service));
+    EXPECT_EQ(english.localizedDescription(), "Could not eject /media/me/A001.");
+    EXPECT_EQ(english.code(), 1);
+    EXPECT_THAT(english.reason(), HasSubstr("DeviceBusy"));
+    Language::overrideForThisProcess(AppLanguage::Turkish, UserDefaults::standard());
+    EXPECT_EQ(refusalOf(kMountPoint, sourcesWith(service)).localizedDescription(),
+              "Çıkarma başarısız: /media/me/A001");
+    Language::overrideForThisProcess(AppLanguage::English, UserDefaults::standard());
+    EXPECT_THAT(service.deeds(),
+                ElementsAre("Unmount block_devices/sdb1", "Unmount block_devices/sdb1"));
+}
+
+TEST_F(Eject, ThatDoesNotPowerOffIsAFailureToo) {
+    MockUDisks service(machine.objects());
+    service.refuse("PowerOff", "Failed");
+    EXPECT_THAT(refusalOf(kMountPoint, sourcesWith(service)).reason(), HasSubstr("PowerOff"));
+}
+
+TEST_F(Eject, WithoutTheServiceUnmountsWithTheSystemsTool) {
+    MountedVolume disk(MountedVolume::FileSystem::Ext4, 16 * 1'048'576);
+    const auto sources = DiskSources{.busAddress = "unix:path=/nowhere"};
+    {
+        const FileDescriptor holder(
+            ::open((disk / "open").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        ASSERT_TRUE(holder);
+        const auto busy = refusalOf(disk.path(), sources);
+        EXPECT_NE(busy.code(), 0);
+        EXPECT_EQ(busy.localizedDescription(), "Could not eject " + disk.path().native() + ".");
+        EXPECT_TRUE(std::filesystem::exists(disk / "open"));
+    }
+    DiskUtilClient::eject(disk.path(), sources);
+    EXPECT_FALSE(std::filesystem::exists(disk / "open"));
+    disk.wasUnmounted();
+    // Nothing is mounted there any more.
+    EXPECT_NE(refusalOf(disk.path(), sources).code(), 0);
+}

@@ -1,0 +1,238 @@
+#include "Volumes/VolumeMonitor.h"
+
+#include "Platform/BlockDevices.h"
+#include "support/Leaks.h"
+#include "support/MountedVolume.h"
+#include "support/Process.h"
+
+#include <gmock/gmock.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QThread>
+
+#include <csignal>
+#include <ctime>
+#include <fstream>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Volume = MountedVolume::FileSystem;
+
+namespace {
+
+constexpr std::int64_t kSmall = 16 * 1'048'576;
+
+/// Without a disk service, so that no answer depends on the machine that runs the tests.
+VolumeMonitor::Options options(MountEvents::Source events = MountEvents::Source::Kernel) {
+    return {.sources = {.busAddress = "unix:path=/nowhere"}, .events = events};
+}
+
+class Monitoring : public ::testing::Test {
+protected:
+    /// Runs the GUI thread's events until the monitor has called so often, or the time is over.
+    /// Gives the time it took.
+    milliseconds waitForCalls(int expected, milliseconds limit) {
+        QElapsedTimer clock;
+        clock.start();
+        while (calls < expected && clock.elapsed() < limit.count())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents,
+                                            10);
+        return milliseconds(clock.elapsed());
+    }
+
+    void start(VolumeMonitor& monitor) {
+        monitor.onChange = [this] {
+            ++calls;
+            onGuiThread &= QThread::currentThread() == QCoreApplication::instance()->thread();
+        };
+        monitor.start();
+    }
+
+    /// "name kind" of each volume.
+    static std::vector<std::string> shown(const std::vector<ClassifiedVolume>& volumes) {
+        std::vector<std::string> result;
+        for (const auto& volume : volumes)
+            result.push_back(volume.name() + " " + std::string(rawValue(volume.kind)));
+        return result;
+    }
+
+    TemporaryFolder root;
+    int calls = 0;
+    bool onGuiThread = true;
+};
+
+/// The process that speaks for a file system outside the kernel.
+std::string pidOfFuse(const MountedVolume& volume) {
+    const auto device = BlockDevices::pathUnder(volume.path()).native();
+    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream file(process.path() / "cmdline");
+        const std::string line(std::istreambuf_iterator<char>(file), {});
+        if (line.find("exfat") != std::string::npos && line.find(device) != std::string::npos)
+            return process.path().filename();
+    }
+    return {};
+}
+
+} // namespace
+
+TEST_F(Monitoring, FollowsWhatIsMountedWithinHalfASecond) {
+    // An empty root has nothing to tell; the folder in it comes into being later.
+    const auto media = root / "media";
+    VolumeMonitor monitor(media, options());
+    start(monitor);
+    waitForCalls(1, 500ms);
+    EXPECT_EQ(calls, 0);
+
+    std::filesystem::create_directory(media);
+    MountedVolume card(Volume::ExFat, kSmall, media / "B card", "");
+    std::filesystem::create_directory(card / "DCIM");
+    calls = 0;
+    MountedVolume disk(Volume::Ext4, kSmall, media / "a disk", "");
+    EXPECT_LT(waitForCalls(1, 5s), 500ms);
+    monitor.refresh();
+    waitForCalls(calls + 1, 200ms);
+    EXPECT_THAT(shown(monitor.currentVolumes()),
+                ElementsAre("a disk destination", "B card cameraCard"));
+    EXPECT_THAT(shown(monitor.destinations()), ElementsAre("a disk destination"));
+    EXPECT_EQ(monitor.currentVolumes().front().id(),
+              BlockDevices::pathUnder(disk.path()).filename());
+    EXPECT_EQ(monitor.currentVolumes().front().facts.protocolName, "Disk Image");
+
+    // Further reads find nothing new, and neither does filling the disk.
+    calls = 0;
+    writeFile(disk / "footage", std::string(8 * 1'048'576, 'x'));
+    monitor.refresh();
+    waitForCalls(1, 300ms);
+    EXPECT_EQ(calls, 0);
+
+    std::filesystem::create_directory(disk / "DCIM");
+    monitor.refresh();
+    waitForCalls(1, 1s);
+    EXPECT_EQ(calls, 1);
+    EXPECT_THAT(monitor.destinations(), IsEmpty());
+
+    calls = 0;
+    card.unmount();
+    EXPECT_LT(waitForCalls(1, 5s), 500ms);
+    disk.unmount();
+    EXPECT_LT(waitForCalls(2, 5s), 500ms);
+    std::filesystem::remove_all(media);
+    monitor.refresh();
+    EXPECT_THAT(monitor.currentVolumes(), IsEmpty());
+    EXPECT_TRUE(onGuiThread);
+}
+
+TEST_F(Monitoring, SeesEverythingWithinAPeriodWithoutEvents) {
+    std::filesystem::create_directory(root / "SSD");
+    VolumeMonitor monitor(root.path(), options(MountEvents::Source::None));
+    start(monitor);
+    // The first read comes at once.
+    EXPECT_LT(waitForCalls(1, 5s), 500ms);
+    EXPECT_THAT(shown(monitor.currentVolumes()), ElementsAre("SSD unknown"));
+    MountedVolume disk(Volume::Ext4, kSmall, root / "SSD", "");
+    EXPECT_LT(waitForCalls(2, 10s), 5s);
+    EXPECT_THAT(shown(monitor.currentVolumes()), ElementsAre("SSD destination"));
+    disk.unmount();
+    EXPECT_LT(waitForCalls(3, 10s), 5s);
+    EXPECT_THAT(shown(monitor.currentVolumes()), ElementsAre("SSD unknown"));
+}
+
+TEST_F(Monitoring, SortsByNameAndTellsOfARenaming) {
+    for (const char* name : {"b10", "A2", "a10", "Éclair", "éclair2"})
+        std::filesystem::create_directory(root / name);
+    VolumeMonitor monitor(root.path(), options());
+    start(monitor);
+    waitForCalls(1, 2s);
+    EXPECT_THAT(shown(monitor.currentVolumes()),
+                ElementsAre("a10 unknown", "A2 unknown", "b10 unknown", "Éclair unknown",
+                            "éclair2 unknown"));
+    std::filesystem::rename(root / "b10", root / "c10");
+    monitor.refresh();
+    waitForCalls(2, 2s);
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(Monitoring, EndsQuietly) {
+    std::filesystem::create_directory(root / "SSD");
+    const auto threads = threadCount();
+    {
+        VolumeMonitor monitor(root.path(), options());
+        start(monitor);
+        while (monitor.currentVolumes().empty())
+            std::this_thread::sleep_for(5ms);
+        monitor.stop();
+        monitor.stop();
+        EXPECT_LE(threadCountSoon(threads), threads);
+        // What was on its way still comes.
+        waitForCalls(1, 500ms);
+        EXPECT_EQ(calls, 1);
+        // It can be started again, and ends while something is on its way.
+        std::filesystem::create_directory(root / "CARD");
+        monitor.start();
+        while (monitor.currentVolumes().size() < 2)
+            std::this_thread::sleep_for(5ms);
+    }
+    waitForCalls(2, 200ms);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(Monitoring, IsNotHeldUpByADeadVolume) {
+    MountedVolume card(Volume::ExFat, kSmall, root / "CARD", "");
+    std::filesystem::create_directory(card / "DCIM");
+    VolumeMonitor monitor(root.path(), options());
+    start(monitor);
+    waitForCalls(1, 2s);
+    ASSERT_THAT(shown(monitor.currentVolumes()), ElementsAre("CARD cameraCard"));
+
+    // The program behind the file system stops: whoever looks into it waits for ever.
+    const auto server = pidOfFuse(card);
+    ASSERT_FALSE(server.empty());
+    runPrivileged({"kill", "-STOP", server});
+    calls = 0;
+    MountedVolume disk(Volume::Ext4, kSmall, root / "SSD", "");
+    EXPECT_LT(waitForCalls(1, 10s), 4s);
+    // The card stays what it was.
+    EXPECT_THAT(shown(monitor.currentVolumes()), ElementsAre("CARD cameraCard", "SSD destination"));
+    // From now on nobody waits for it any more.
+    disk.unmount();
+    EXPECT_LT(waitForCalls(2, 10s), 500ms);
+    QElapsedTimer clock;
+    clock.start();
+    monitor.stop();
+    EXPECT_LT(clock.elapsed(), 500);
+    runPrivileged({"kill", "-CONT", server});
+}
+
+TEST_F(Monitoring, OfFiftyVolumesCostsLittleAndLeaksNothing) {
+    constexpr int kVolumes = 50;
+    std::string script;
+    for (int number = 0; number < kVolumes; ++number) {
+        const auto place = (root / ("V" + std::to_string(number))).native();
+        script += "mkdir '" + place + "' && mount -t tmpfs -o size=64k none '" + place + "' && ";
+    }
+    runPrivileged({"sh", "-c", script + "true"});
+    {
+        VolumeMonitor monitor(root.path(), options());
+        const auto refresh = [&](int times) {
+            const auto start = std::clock();
+            for (int round = 0; round < times; ++round)
+                monitor.refresh();
+            return milliseconds((std::clock() - start) * 1000 / CLOCKS_PER_SEC / times);
+        };
+        EXPECT_LT(refresh(50), 200ms);
+        EXPECT_EQ(monitor.currentVolumes().size(), kVolumes);
+        const auto memory = residentKiB();
+        const auto threads = threadCount();
+        const auto descriptors = entriesOf("/proc/self/fd");
+        EXPECT_LT(refresh(1000), 200ms);
+        EXPECT_LT(residentKiB() - memory, 2048);
+        EXPECT_LE(threadCountSoon(threads), threads);
+        EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors);
+    }
+    runPrivileged({"sh", "-c", "umount '" + root.path().native() + "'/V*"});
+}
