@@ -28,7 +28,11 @@ void appendList(std::string& result, std::size_t itemCount,
     constexpr std::size_t kDepth = 2 * kIndent;
     for (std::size_t number = 0; number < itemCount; ++number) {
         result.append(number == 0 ? "[\n" : ",\n").append(kDepth, ' ');
+        const auto lengthBefore = result.size();
         appendIndented(result, text(item(number), kIndent), kDepth);
+        // Growing step by step holds a long text twice; items tend to be of one length.
+        if (number == 0)
+            result.reserve(lengthBefore + itemCount * (result.size() - lengthBefore) * 9 / 8);
     }
     result.append("\n").append(kIndent, ' ').append("]");
 }
@@ -87,7 +91,8 @@ std::string prettyText(Value object, const char* listKey, std::size_t itemCount,
         else
             appendIndented(result, text(value, kIndent), kIndent);
     }
-    return result + "\n}";
+    result += "\n}";
+    return result;
 }
 
 std::string compactText(const Value& value) {
