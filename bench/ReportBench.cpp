@@ -4,7 +4,9 @@
 #include "Platform/FileSystem.h"
 #include "Reports/ReportWriter.h"
 #include "Reports/SessionDetailedHTML.h"
+#include "Reports/SessionDetailedPDF.h"
 #include "Reports/SessionHTML.h"
+#include "Reports/SessionPDF.h"
 
 #include <fmt/format.h>
 
@@ -123,6 +125,14 @@ void benchReports(const std::filesystem::path& folder) {
         {"Reports_Detailed.html",
          [&](const auto& manifest) {
              SessionDetailedHTML::write(manifest, folder / "file", kLanguage);
+         }},
+        {"Reports_Standart.pdf",
+         [&](const auto& manifest) {
+             SessionPDF::write(manifest, folder / "file", kLanguage);
+         }},
+        {"Reports_Detailed.pdf",
+         [&](const auto& manifest) {
+             SessionDetailedPDF::write(manifest, folder / "file", kLanguage);
          }},
         {"the whole set",
          [&](const auto& manifest) {
