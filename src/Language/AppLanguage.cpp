@@ -29,8 +29,4 @@ void persist(AppLanguage language, UserDefaults& defaults) {
     defaults.setValue(kStoredUnder, rawValue(language));
 }
 
-void overrideForThisProcess(AppLanguage language, UserDefaults& defaults) {
-    defaults.overrideForThisProcess(kStoredUnder, rawValue(language));
-}
-
 } // namespace slatewise::Language

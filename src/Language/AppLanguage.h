@@ -28,9 +28,6 @@ AppLanguage load(const UserDefaults& defaults);
 
 void persist(AppLanguage language, UserDefaults& defaults);
 
-/// Outranks the stored language until the process ends, and is not stored.
-void overrideForThisProcess(AppLanguage language, UserDefaults& defaults);
-
 } // namespace Language
 
 } // namespace slatewise

@@ -104,6 +104,34 @@ std::string L10n::reportCountsLine(int copied, int skipped, int failed) const {
     return fmt::format("{}: {} · ", text("Files", "Dosya"), reportCounts(copied, skipped, failed));
 }
 
+std::string L10n::destinationInsideCard(Text destination, Text card) const {
+    return isTurkish()
+               ? fmt::format("Hedef {} kartın içinde ({}). Kartın dışında bir hedef seçin.",
+                             destination, card)
+               : fmt::format("The destination {} lies on the card {}. Choose one outside the card.",
+                             destination, card);
+}
+
+std::string L10n::cardInsideSession(Text card, Text session) const {
+    return isTurkish()
+               ? fmt::format("{} kartı, kopyanın yazılacağı klasörün içinde ({}). Başka bir hedef "
+                             "veya şablon seçin.",
+                             card, session)
+               : fmt::format(
+                     "The card {} lies in the folder that its copy would go to ({}). Choose "
+                     "another destination or template.",
+                     card, session);
+}
+
+std::string L10n::connected(Text account, Text address) const {
+    return fmt::format("{}: {} → {}", text("Service", "Servis"), account, address);
+}
+
+std::string L10n::standalone() const {
+    return std::string(
+        text("Standalone, without reporting service", "Bağımsız, raporlama servisi yok"));
+}
+
 std::string L10n::cameraChip(Text unit) const {
     return std::string(unit.empty() ? "—" : unit);
 }

@@ -10,7 +10,8 @@ namespace slatewise {
 /// Every text of the program in one language. A value without any other state: make one wherever a
 /// language is at hand, or take `current()` far from the model. No operation fails.
 ///
-/// The fixed texts stand in a table, both languages side by side, so that one alone does not compile.
+/// The fixed texts stand in a table, both languages side by side, so that one alone does not
+/// compile.
 class L10n {
 public:
     /// A text that needs no arguments. Lives as long as the program.
@@ -47,17 +48,25 @@ public:
     std::string reportCounts(int copied, int skipped, int failed) const;
     /// Without the folder and size facts that follow it.
     std::string reportCountsLine(int copied, int skipped, int failed) const;
+    std::string destinationInsideCard(Text destination, Text card) const;
+    std::string cardInsideSession(Text card, Text session) const;
+    /// The state of the connection to the reporting service.
+    std::string connected(Text account, Text address) const;
+    std::string standalone() const;
     /// The unit of a card, a dash when it has none.
     std::string cameraChip(Text unit) const;
 
     // Fixed texts.
 
-#define SLATEWISE_TEXT(key, english, turkish)                                                     \
-    Text key() const { return text(english, turkish); }
+#define SLATEWISE_TEXT(key, english, turkish)                                                      \
+    Text key() const {                                                                             \
+        return text(english, turkish);                                                             \
+    }
 #include "Language/FixedTexts.inc"
 #undef SLATEWISE_TEXT
 
-    /// Calls `visit(key, text)` for each fixed text, for whoever finds texts by name, as a view does.
+    /// Calls `visit(key, text)` for each fixed text, for whoever finds texts by name, as a view
+    /// does.
     template <typename Visit>
     void forEachFixedText(Visit&& visit) const {
 #define SLATEWISE_TEXT(key, english, turkish) visit(Text(#key), text(english, turkish));

@@ -28,16 +28,17 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
       language_(Language::load(defaults_)), settings_(OffloadSettings::load(defaults_)),
       unitCatalog_(UnitCatalog::load(defaults_)), database_(openedStore(surroundings_)),
       pickedFolders_(defaults_) {
-    restorePickedFolders();
-    if (surroundings_.watchVolumes)
-        surroundings_.watchVolumes([this] { applyVolumes(); });
-    applyVolumes();
+    restoreReportsFolder();
+    takeUpVolumes();
     refreshSessions();
     AppLog::prune(SupportPaths::logsDirectory(), Clock::now());
     AppLog::append("Uygulama açıldı v" + std::string(AppInfo::version));
 }
 
-AppModel::~AppModel() = default;
+AppModel::~AppModel() {
+    if (batch_)
+        batch_->abandon();
+}
 
 void AppModel::refreshSessions() {
     try {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Language/L10n.h"
+#include "Model/Batch.h"
 #include "Model/CardUnits.h"
 #include "Model/ContentSizes.h"
 #include "Model/PickedFolders.h"
@@ -34,7 +35,7 @@ class AppDatabase;
 /// compares what is to be shown with what is shown, and only what differs is signalled.
 ///
 /// Texts go to views as they are to be shown. A volume is named by the `volumeID` of its row.
-class AppModel : public QObject {
+class AppModel : public QObject, private BatchListener {
     Q_OBJECT
 
     Q_PROPERTY(QVariantMap l10n READ l10nTexts NOTIFY languageChanged)
@@ -195,9 +196,15 @@ public:
     /// The unit that an edit works on: the target card's, else the one tapped last.
     std::string activeUnitForEdit() const;
 
-    /// As if picked by the user.
-    void addCardFolder(const std::filesystem::path& folder);
-    void addDestinationFolder(const std::filesystem::path& folder);
+    /// As if picked by the user. Done when the folder is listed and ticked.
+    QCoro::Task<> addCardFolder(std::filesystem::path folder);
+    QCoro::Task<> addDestinationFolder(std::filesystem::path folder);
+
+    /// Says at once which unit and which crew a card belongs to, for who asks no user.
+    void labelCard(const QString& volumeID, const std::string& camera, const std::string& ekip);
+
+    /// Told of every batch beside the views. Outlives the model; null for none.
+    void setBatchListener(BatchListener* listener) { batchListener_ = listener; }
 
     /// Brings the lists up to date with what is mounted. May be called at any time.
     void applyVolumes();
@@ -212,6 +219,8 @@ Q_SIGNALS:
     void advancedPresentedChanged();
     void settingsChanged();
     void folderTemplatePreviewChanged();
+    /// Of one press of the button, and all that follows it.
+    void batchFinished();
 
 private:
     struct ShownSelection {
@@ -243,7 +252,15 @@ private:
     void publishUnits();
     void publishPreview();
 
-    void restorePickedFolders();
+    struct FirstLook;
+    void takeUpVolumes();
+    void beginWith(const FirstLook& look);
+    static QCoro::Task<> beginLater(QPointer<AppModel> model, QCoro::Task<> looking,
+                                    std::shared_ptr<FirstLook> look);
+    QCoro::Task<ClassifiedVolume> folderVolume(std::filesystem::path folder, VolumeKind kind) const;
+    void useCardFolder(const ClassifiedVolume& folder);
+    void useDestinationFolder(const ClassifiedVolume& folder);
+    void restoreReportsFolder();
     void persistDestIDs();
     void persistPickedFolders();
     void refreshContentSizes(const VolumeIDs& forceIDs);
@@ -251,9 +268,21 @@ private:
     void skipNamesEdited();
     void updateReportsFolder();
 
+    // Of a batch.
+    void pairBegan(const BatchPair& pair) override;
+    void phaseChanged(const OffloadPhase& phase) override;
+    void problemFound(const std::string& problem) override;
+    void pairEnded(const BatchPair& pair, const PairResult& result) override;
+    void batchEnded(const BatchResult& result) override;
+    BatchPlan batchPlan() const;
+    bool everyCardHasItsUnit(const BatchPlan& plan);
+    std::optional<std::string> obstacleTo(const BatchPlan& plan) const;
+    void fail(const std::string& message);
+    static QCoro::Task<> showReport(QPointer<AppModel> model,
+                                    std::optional<std::filesystem::path> report);
+
     void refreshSessions();
     void announce(const std::vector<ClassifiedVolume>& newCards);
-    ClassifiedVolume folderVolume(const std::filesystem::path& folder, VolumeKind kind) const;
     void useReportsFolder(const std::filesystem::path& folder);
     static QCoro::Task<> measureAll(QPointer<AppModel> model, MeasuringJob job);
 
@@ -276,6 +305,8 @@ private:
     std::string highlightedUnit_;
     OffloadPhase phase_;
     BatchPosition batchPosition_;
+    std::shared_ptr<Batch> batch_;
+    BatchListener* batchListener_ = nullptr;
     std::vector<SessionRecord> recentSessions_;
     QString saasLine_;
     QString newSetName_;

@@ -1,9 +1,152 @@
 #include "Model/AppModel.h"
 
+#include "Model/FolderOverlap.h"
+#include "Model/SpaceCheck.h"
+#include "Offload/OffloadError.h"
+#include "Offload/PathSize.h"
+#include "Platform/FileSystem.h"
+#include "Platform/Text.h"
+#include "Platform/Worker.h"
+#include "Storage/AppDatabase.h"
+#include "Storage/AppLog.h"
+
+// The button: what is looked at before a batch, and what a batch leaves behind in the model.
+
 namespace slatewise {
 
-void AppModel::startCopy() {}
+namespace {
 
-void AppModel::cancelCopy() {}
+std::string joinedNames(const std::vector<ClassifiedVolume>& volumes) {
+    std::string names;
+    for (const auto& volume : volumes)
+        names += (names.empty() ? "" : ",") + volume.name();
+    return names;
+}
+
+} // namespace
+
+void AppModel::startCopy() {
+    const auto plan = batchPlan();
+    if (plan.cards.empty() || plan.destinations.empty())
+        return fail(OffloadError(OffloadError::MissingSelection{}).localizedDescription());
+    if (!everyCardHasItsUnit(plan))
+        return publish();
+    if (const auto obstacle = obstacleTo(plan))
+        return fail(*obstacle);
+    persistDestIDs();
+    settings_.save(defaults_);
+    AppLog::append("Offload start dests=" + joinedNames(plan.destinations) +
+                   " cards=" + joinedNames(plan.cards));
+    if (batch_)
+        batch_->abandon();
+    BatchListener& listener = *this;
+    batch_ = std::make_shared<Batch>(plan, surroundings_, database_, listener);
+    batch_->start();
+}
+
+void AppModel::cancelCopy() {
+    if (batch_)
+        batch_->cancel();
+}
+
+BatchPlan AppModel::batchPlan() const {
+    return {.settings = settings_,
+            .language = language_,
+            .cards = board_.selectedCards(),
+            .destinations = board_.selectedDests(),
+            .cameraByCardID = cardUnits_.cameraByCardID,
+            .ekipByCardID = cardUnits_.ekipByCardID};
+}
+
+/// Asks for units where they are missing.
+bool AppModel::everyCardHasItsUnit(const BatchPlan& plan) {
+    cardUnits_.cardsNeedingUnit.clear();
+    if (surroundings_.unitRule == Surroundings::UnitRule::Optional)
+        return true;
+    for (const auto& card : plan.cards) {
+        if (!cardUnits_.cameraLabel(card.id()).empty())
+            continue;
+        if (cardUnits_.cardsNeedingUnit.empty())
+            board_.cardSelection().focused = card.id();
+        cardUnits_.cardsNeedingUnit.insert(card.id());
+    }
+    return cardUnits_.cardsNeedingUnit.empty();
+}
+
+std::optional<std::string> AppModel::obstacleTo(const BatchPlan& plan) const {
+    if (const auto overlap = FolderOverlap::find(plan, Clock::now()))
+        return overlap;
+    const auto lack = SpaceCheck::findLackOfRoom(
+        contentSizes_.totalOf(plan.cards), plan.destinations,
+        [](const auto& folder) { return PathSize::volumeBytes(folder).free; });
+    return lack ? std::optional(lack->localizedDescription()) : std::nullopt;
+}
+
+void AppModel::fail(const std::string& message) {
+    phase_ = Phase::Failed{message};
+    publish();
+}
+
+void AppModel::pairBegan(const BatchPair& pair) {
+    batchPosition_ = pair.position;
+    phase_ = Phase::Scanning{};
+    publish();
+    if (batchListener_)
+        batchListener_->pairBegan(pair);
+}
+
+void AppModel::phaseChanged(const OffloadPhase& phase) {
+    phase_ = phase;
+    publishProgress();
+    if (batchListener_)
+        batchListener_->phaseChanged(phase);
+}
+
+void AppModel::problemFound(const std::string& problem) {
+    if (batchListener_)
+        batchListener_->problemFound(problem);
+}
+
+void AppModel::pairEnded(const BatchPair& pair, const PairResult& result) {
+    if (batchListener_)
+        batchListener_->pairEnded(pair, result);
+}
+
+void AppModel::batchEnded(const BatchResult& result) {
+    batch_.reset();
+    batchPosition_ = {};
+    auto& selection = board_.cardSelection();
+    if (result.message) {
+        phase_ = Phase::Failed{*result.message};
+        for (const auto& card : result.finishedCardIDs)
+            selection.ids.erase(card);
+        if (selection.focused && !selection.contains(*selection.focused))
+            selection.focusAny();
+    } else {
+        phase_ = result.wasHashing
+                     ? OffloadPhase(Phase::Hashed{result.filesDone})
+                     : OffloadPhase(Phase::Verified{result.filesDone, result.bytesDone});
+        selection = {};
+        cardUnits_.cameraByCardID.clear();
+        cardUnits_.ekipByCardID.clear();
+    }
+    refreshSessions();
+    publish();
+    if (batchListener_)
+        batchListener_->batchEnded(result);
+    showReport(this, result.report);
+}
+
+/// The archive may lie on a disk that takes its time.
+QCoro::Task<> AppModel::showReport(QPointer<AppModel> model,
+                                   std::optional<std::filesystem::path> report) {
+    if (report && model->surroundings_.openFile) {
+        auto looking = onWorker([path = *report] { return FileSystem::exists(path); });
+        if (co_await looking && model)
+            model->surroundings_.openFile(*report);
+    }
+    if (model)
+        Q_EMIT model->batchFinished();
+}
 
 } // namespace slatewise

@@ -1,5 +1,6 @@
 #include "Model/AppModel.h"
 
+#include "Model/QtText.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -33,6 +34,20 @@ void AppModel::setSelectedCamera(const std::string& unit) {
 void AppModel::assignCurrentEkip(const std::optional<std::string>& card) {
     if (card)
         cardUnits_.ekipByCardID[*card] = unitCatalog_.selectedSet().name;
+}
+
+void AppModel::labelCard(const QString& volumeID, const std::string& camera,
+                         const std::string& ekip) {
+    const auto& cards = board_.lists().cards;
+    const auto card = std::find_if(cards.begin(), cards.end(), [&](const auto& listed) {
+        return toQString(listed.id()) == volumeID;
+    });
+    if (card == cards.end())
+        return;
+    cardUnits_.clearUnit(card->id());
+    cardUnits_.setCamera(card->id(), camera);
+    cardUnits_.ekipByCardID[card->id()] = ekip;
+    publish();
 }
 
 void AppModel::setNewSetName(const QString& name) {

@@ -1,7 +1,6 @@
 #include "Model/AppModel.h"
 
 #include "Model/DestinationMemory.h"
-#include "Model/FolderChooser.h"
 #include "Model/QtText.h"
 #include "Platform/Error.h"
 #include "Platform/FileSystem.h"
@@ -19,14 +18,6 @@
 namespace slatewise {
 
 namespace {
-
-const ClassifiedVolume* findPlace(const std::vector<ClassifiedVolume>& volumes,
-                                  const std::filesystem::path& mountPoint) {
-    const auto found = std::find_if(volumes.begin(), volumes.end(), [&](const auto& volume) {
-        return volume.facts.mountPoint == mountPoint;
-    });
-    return found == volumes.end() ? nullptr : &*found;
-}
 
 const ClassifiedVolume* shownVolume(const std::vector<ClassifiedVolume>& volumes,
                                     const QString& volumeID) {
@@ -150,85 +141,19 @@ void AppModel::persistPickedFolders() {
                                    board_.corrections().extraDestinations);
 }
 
-ClassifiedVolume AppModel::folderVolume(const std::filesystem::path& folder,
-                                        VolumeKind kind) const {
-    return PickedFolders::volume(surroundings_.volumeFacts ? surroundings_.volumeFacts(folder)
-                                                           : VolumeFacts(),
-                                 folder, kind);
-}
-
-void AppModel::restorePickedFolders() {
-    pickedFolders_.forgetCards();
-    for (const auto& folder : pickedFolders_.restoreDestinations())
-        board_.addPickedDestination(folderVolume(folder, VolumeKind::Destination));
-    const auto reports = pickedFolders_.restoreReportsFolder();
-    if (reports && Text::trimmed(settings_.outputFolderPath).empty())
-        settings_.outputFolderPath = reports->native();
-    updateReportsFolder();
-}
-
-void AppModel::pickCardFolder() {
-    if (!surroundings_.folderChooser)
-        return;
-    surroundings_.folderChooser->choose(
-        std::string(l10n().pickCardFolder()), std::string(l10n().select()),
-        [model = QPointer(this)](std::optional<std::filesystem::path> folder) {
-            if (model && folder)
-                model->addCardFolder(*folder);
-        });
-}
-
-void AppModel::pickDestinationFolder() {
-    if (!surroundings_.folderChooser)
-        return;
-    surroundings_.folderChooser->choose(
-        std::string(l10n().pickDestFolder()), std::string(l10n().select()),
-        [model = QPointer(this)](std::optional<std::filesystem::path> folder) {
-            if (model && folder)
-                model->addDestinationFolder(*folder);
-        });
-}
-
-void AppModel::addCardFolder(const std::filesystem::path& chosen) {
-    const auto folder = PickedFolders::normalized(chosen);
-    board_.addPickedCard(folderVolume(folder, VolumeKind::CameraCard));
-    applyVolumes();
-    if (const auto* card = findPlace(board_.lists().cards, folder)) {
-        const auto id = card->id();
-        board_.cardSelection().ids.insert(id);
-        board_.cardSelection().focused = id;
-        cardUnits_.clearUnit(id);
-        assignCurrentEkip(id);
-    }
-    persistPickedFolders();
-    AppLog::append("Manuel kart: " + folder.native());
-    publish();
-}
-
-void AppModel::addDestinationFolder(const std::filesystem::path& chosen) {
-    const auto folder = PickedFolders::normalized(chosen);
-    board_.addPickedDestination(folderVolume(folder, VolumeKind::Destination));
-    applyVolumes();
-    if (const auto* destination = findPlace(board_.lists().destinations, folder)) {
-        board_.destinationSelection().ids.insert(destination->id());
-        board_.destinationSelection().focused = destination->id();
-    }
-    persistDestIDs();
-    persistPickedFolders();
-    AppLog::append("Manuel hedef: " + folder.native());
-    publish();
-}
-
 void AppModel::refreshContentSizes(const VolumeIDs& forceIDs) {
+    if (!surroundings_.measure)
+        return;
     auto job = contentSizes_.begin(board_.lists(), forceIDs, settings_.skipNames());
     if (job)
         measureAll(QPointer(this), std::move(*job));
 }
 
 QCoro::Task<> AppModel::measureAll(QPointer<AppModel> model, MeasuringJob job) {
+    const auto measure = model->surroundings_.measure;
     for (const auto& entry : job.entries) {
         const auto measuring =
-            onWorker([entry, names = job.skipNames] { return measure(entry, names); });
+            onWorker([entry, names = job.skipNames, measure] { return measure(entry, names); });
         const auto measured = co_await measuring;
         // A newer job measures whatever this one has left out.
         if (!model || !model->contentSizes_.accept(job.generation, entry.id, measured.usedBytes))

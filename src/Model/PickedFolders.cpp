@@ -66,13 +66,9 @@ void PickedFolderStore::forgetCards() {
     savePaths(defaults_, kCards, {});
 }
 
-std::vector<std::filesystem::path> PickedFolderStore::restoreDestinations() const {
-    Paths found;
-    for (const auto& path : StoredList::load(defaults_, kDestinations)) {
-        if (FileSystem::exists(path))
-            found.emplace_back(path);
-    }
-    return found;
+std::vector<std::filesystem::path> PickedFolderStore::storedDestinations() const {
+    const auto stored = StoredList::load(defaults_, kDestinations);
+    return {stored.begin(), stored.end()};
 }
 
 void PickedFolderStore::persistIfNeeded(std::span<const ClassifiedVolume> cards,

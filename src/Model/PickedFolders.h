@@ -33,8 +33,8 @@ public:
 
     /// Picked cards do not outlive a process.
     void forgetCards();
-    /// The remembered destinations that are still there.
-    std::vector<std::filesystem::path> restoreDestinations() const;
+    /// The remembered destinations, whether or not they are still there.
+    std::vector<std::filesystem::path> storedDestinations() const;
 
     /// Stores both lists unless they are what was stored last.
     void persistIfNeeded(std::span<const ClassifiedVolume> cards,

@@ -4,8 +4,13 @@
 #include "Storage/AppDatabase.h"
 #include "Storage/AppLog.h"
 #include "Storage/SupportPaths.h"
+#include "Volumes/DiskUtilClient.h"
 
 namespace slatewise {
+
+VolumeFacts Surroundings::factsOfThisMachine(const std::filesystem::path& folder) {
+    return DiskUtilClient::facts(folder);
+}
 
 std::shared_ptr<AppDatabase> Surroundings::userStore() {
     try {

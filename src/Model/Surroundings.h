@@ -1,10 +1,13 @@
 #pragma once
 
+#include "Model/ContentSizes.h"
+#include "Offload/CopyEngine.h"
 #include "Volumes/VolumeRecords.h"
 
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <stop_token>
 #include <vector>
 
 namespace slatewise {
@@ -24,12 +27,17 @@ struct Surroundings {
     UserDefaults* defaults = nullptr;
     FolderChooser* folderChooser = nullptr;
 
-    /// The mounted volumes as they stand. Quick.
+    /// The mounted volumes as they stood at the last look. Quick.
     std::function<std::vector<ClassifiedVolume>()> currentVolumes;
-    /// Starts watching; from then on `onChange` is called on the GUI thread. Called once.
+    /// Looks at once. Blocks, as long as a volume does that does not answer; any thread.
+    std::function<void()> lookAtVolumes;
+    /// Goes on looking by itself; from then on `onChange` is called on the GUI thread. Called once.
     std::function<void(std::function<void()> onChange)> watchVolumes;
-    /// Facts of the volume that holds a folder.
+    /// Facts of the volume that holds a folder. Blocks; any thread.
     std::function<VolumeFacts(const std::filesystem::path&)> volumeFacts;
+    /// Measures a volume. Blocks; any thread.
+    std::function<Measurement(const MeasuringEntry&, const SkipNames&)> measure =
+        slatewise::measure;
     /// Blocks; any thread; throws when the volume stays.
     std::function<void(const std::filesystem::path& mountPoint)> eject;
 
@@ -41,7 +49,15 @@ struct Surroundings {
     /// The store of the process; one in memory when the file cannot be opened.
     std::function<std::shared_ptr<AppDatabase>()> openStore;
 
+    /// One run of one card to one destination; blocks, any thread.
+    std::function<OffloadOutcome(const CopyEngine::Request&, const CopyEngine::Observer&,
+                                 std::stop_token)>
+        runEngine = CopyEngine::run;
+
     UnitRule unitRule = UnitRule::Required;
+
+    /// What the machine knows of the disk that holds a folder.
+    static VolumeFacts factsOfThisMachine(const std::filesystem::path& folder);
 
     /// The store in the user's folder; a failure to open it is logged.
     static std::shared_ptr<AppDatabase> userStore();

@@ -103,6 +103,15 @@ std::string displayable(std::string_view bytes) {
     return text;
 }
 
+std::string onOneLine(std::string_view bytes) {
+    auto text = displayable(bytes);
+    for (char& character : text) {
+        if ((character >= 0 && character < ' ') || character == '\x7f')
+            character = ' ';
+    }
+    return text;
+}
+
 std::string trimmed(std::string_view text) {
     const auto length = static_cast<std::int32_t>(text.size());
     std::int32_t start = 0;

@@ -11,6 +11,10 @@ namespace slatewise::Text {
 /// The text with every malformed sequence replaced by U+FFFD, fit for JSON, SQL and a screen.
 std::string displayable(std::string_view bytes);
 
+/// The same with a blank for every control character, so that a file's name can neither tear a line
+/// in two nor move a cursor.
+std::string onOneLine(std::string_view bytes);
+
 /// Without white space and line ends (as Unicode defines them) at both ends.
 std::string trimmed(std::string_view text);
 

@@ -24,8 +24,8 @@ struct UserDefaults::Storage {
     std::mutex lock;
     QSettings settings;
     bool keepsChangesInMemory = false;
-    /// Nothing stands for a removed value.
-    std::map<std::string, std::optional<std::string>, std::less<>> overrides;
+    /// Changes that are not written; nothing stands for a removed value.
+    std::map<std::string, std::optional<std::string>, std::less<>> changes;
 };
 
 UserDefaults::UserDefaults(const std::filesystem::path& file)
@@ -40,7 +40,7 @@ UserDefaults& UserDefaults::standard() {
 
 std::optional<std::string> UserDefaults::value(std::string_view key) const {
     const std::lock_guard guard(storage_->lock);
-    if (const auto found = storage_->overrides.find(key); found != storage_->overrides.end())
+    if (const auto found = storage_->changes.find(key); found != storage_->changes.end())
         return found->second;
     const QVariant stored = storage_->settings.value(toQString(key));
     if (!stored.isValid())
@@ -51,7 +51,7 @@ std::optional<std::string> UserDefaults::value(std::string_view key) const {
 void UserDefaults::setValue(std::string_view key, std::string_view value) {
     const std::lock_guard guard(storage_->lock);
     if (storage_->keepsChangesInMemory) {
-        storage_->overrides.insert_or_assign(std::string(key), std::string(value));
+        storage_->changes.insert_or_assign(std::string(key), std::string(value));
         return;
     }
     storage_->settings.setValue(toQString(key), toQString(value));
@@ -61,7 +61,7 @@ void UserDefaults::setValue(std::string_view key, std::string_view value) {
 void UserDefaults::removeValue(std::string_view key) {
     const std::lock_guard guard(storage_->lock);
     if (storage_->keepsChangesInMemory) {
-        storage_->overrides.insert_or_assign(std::string(key), std::nullopt);
+        storage_->changes.insert_or_assign(std::string(key), std::nullopt);
         return;
     }
     storage_->settings.remove(toQString(key));
@@ -71,11 +71,6 @@ void UserDefaults::removeValue(std::string_view key) {
 void UserDefaults::keepChangesInMemory() {
     const std::lock_guard guard(storage_->lock);
     storage_->keepsChangesInMemory = true;
-}
-
-void UserDefaults::overrideForThisProcess(std::string_view key, std::string_view value) {
-    const std::lock_guard guard(storage_->lock);
-    storage_->overrides.insert_or_assign(std::string(key), std::string(value));
 }
 
 } // namespace slatewise

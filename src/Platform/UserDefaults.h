@@ -10,8 +10,8 @@ namespace slatewise {
 
 /// The user's stored settings: texts under keys, in one INI file. May be used from any thread.
 ///
-/// A value can be overridden for this process alone, and so can every change from some moment on, for
-/// a program whose arguments outrank what is stored. Such a value is never written.
+/// From some moment on every change can be kept to this process, for a program whose arguments
+/// outrank what is stored.
 class UserDefaults {
 public:
     /// Settings in the given file, which need not exist yet.
@@ -23,7 +23,6 @@ public:
     /// The settings of this user, below the XDG configuration folder. Opened at the first call.
     static UserDefaults& standard();
 
-    /// The override, else the stored value, else nothing.
     std::optional<std::string> value(std::string_view key) const;
 
     /// Stores a value at once. A file that cannot be written costs the value and is not reported.
@@ -35,9 +34,6 @@ public:
     /// From here on values are read from the file as before, but none is written any more: what is
     /// set or removed holds until the process ends.
     void keepChangesInMemory();
-
-    /// Outranks whatever is stored until the process ends.
-    void overrideForThisProcess(std::string_view key, std::string_view value);
 
 private:
     struct Storage;

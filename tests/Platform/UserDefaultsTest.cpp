@@ -22,16 +22,24 @@ TEST(UserDefaults, KeepsAnyTextAcrossInstances) {
     EXPECT_FALSE(UserDefaults(file).value("unknown"));
 }
 
-TEST(UserDefaults, AnOverrideWinsAndIsNotWritten) {
+TEST(UserDefaults, KeepsChangesToThisProcessWhenAskedTo) {
     const TemporaryFolder folder;
     {
         UserDefaults defaults(folder / "settings.ini");
         defaults.setValue("appLanguage", "en");
-        defaults.overrideForThisProcess("appLanguage", "tr");
+        defaults.setValue("lastDestID", "disk2");
+        defaults.setValue("gone", "1");
+        defaults.removeValue("gone");
+        defaults.keepChangesInMemory();
+        defaults.setValue("appLanguage", "tr");
+        defaults.removeValue("lastDestID");
         EXPECT_EQ(defaults.value("appLanguage"), "tr");
-        defaults.setValue("other", "1");
+        EXPECT_FALSE(defaults.value("lastDestID"));
     }
-    EXPECT_EQ(UserDefaults(folder / "settings.ini").value("appLanguage"), "en");
+    const UserDefaults stored(folder / "settings.ini");
+    EXPECT_EQ(stored.value("appLanguage"), "en");
+    EXPECT_EQ(stored.value("lastDestID"), "disk2");
+    EXPECT_FALSE(stored.value("gone"));
 }
 
 TEST(Language, IsEnglishUnlessTurkishIsStored) {

@@ -43,6 +43,15 @@ std::vector<std::filesystem::path> existingFolders(const std::vector<std::string
     return folders;
 }
 
+/// A folder cannot be copied to itself.
+void refuseCardsAsDestinations(const Arguments& arguments) {
+    for (const auto& card : arguments.cards) {
+        if (std::count(arguments.destinations.begin(), arguments.destinations.end(), card) > 0)
+            throw CLI::ValidationError(Text::displayable(card.native()),
+                                       "Both card and destination");
+    }
+}
+
 /// The command line as typed, before folders are looked at.
 struct Typed {
     std::vector<std::string> destinations;
@@ -109,6 +118,7 @@ std::variant<Arguments, ExitCode> parseArguments(int count, const char* const* w
         arguments.language = languageNamed(typed.language);
         arguments.destinations = existingFolders(typed.destinations);
         arguments.cards = existingFolders(typed.cards);
+        refuseCardsAsDestinations(arguments);
         return arguments;
     } catch (const CLI::ParseError& failure) {
         // Asking for help ends here too, with success.

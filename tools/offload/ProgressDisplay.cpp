@@ -75,15 +75,6 @@ std::size_t terminalColumns() {
                                                                              : kUsualColumns;
 }
 
-/// A file name must not move the cursor or tear a line in two.
-std::string onOneLine(std::string_view name) {
-    auto text = Text::displayable(name);
-    std::replace_if(
-        text.begin(), text.end(), [](char character) { return character >= 0 && character < ' '; },
-        ' ');
-    return text;
-}
-
 } // namespace
 
 ProgressDisplay::ProgressDisplay(const Texts& texts, Output output)
@@ -134,12 +125,12 @@ std::string ProgressDisplay::words(const OffloadPhase& phase, std::size_t column
                                             shared.language()) +
                            "/s";
         return shared.copying(copying->done, copying->total,
-                              shortenedBy(onOneLine(copying->file), columnsTooMany), speed);
+                              shortenedBy(Text::onOneLine(copying->file), columnsTooMany), speed);
     }
     if (const auto* verifying = std::get_if<Phase::Verifying>(&phase)) {
         // People count files from one.
         return shared.verifying(std::min(verifying->done + 1, verifying->total), verifying->total,
-                                shortenedBy(onOneLine(verifying->file), columnsTooMany));
+                                shortenedBy(Text::onOneLine(verifying->file), columnsTooMany));
     }
     return std::string(shared.scanning());
 }

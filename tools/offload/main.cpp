@@ -1,11 +1,13 @@
 #include "Arguments.h"
 #include "ExitCodes.h"
 #include "Interruption.h"
-#include "OffloadBatch.h"
+#include "Offload.h"
 
-#include "Offload/OffloadSettings.h"
 #include "Platform/Text.h"
 #include "Platform/UserDefaults.h"
+#include "Storage/AppLog.h"
+
+#include <QGuiApplication>
 
 #include <algorithm>
 #include <clocale>
@@ -16,27 +18,13 @@ namespace {
 
 using namespace slatewise;
 
-/// The user's settings, with what the command line says instead. Whether anything is copied is the
-/// command line's word alone: a script must not depend on a switch in a window.
-OffloadSettings settingsFor(const tool::Arguments& arguments, const UserDefaults& defaults) {
-    auto settings = OffloadSettings::load(defaults);
-    settings.verifyOnly = arguments.hashOnly;
-    if (arguments.folderTemplate)
-        settings.folderTemplate = *arguments.folderTemplate;
-    if (arguments.project)
-        settings.projectName = *arguments.project;
-    for (const auto& name : arguments.excludes)
-        settings.addExclude(name);
-    return settings;
-}
-
 /// Control characters would break the lines that scripts read.
 std::string fieldText(const std::filesystem::path& path) {
     return Text::replaced(Text::replaced(path.native(), "\t", "?"), "\n", "?");
 }
 
 /// Gives whether whoever reads the results has got them.
-bool print(const std::vector<tool::PairResult>& results) {
+bool print(const std::vector<PairResult>& results) {
     for (const auto& result : results) {
         std::cout << result.status << '\t' << fieldText(result.sessionRoot) << '\t'
                   << fieldText(result.reportFolder) << '\n';
@@ -44,23 +32,32 @@ bool print(const std::vector<tool::PairResult>& results) {
     return static_cast<bool>(std::cout.flush());
 }
 
-int exitCode(const std::vector<tool::PairResult>& results) {
+int exitCode(const std::vector<PairResult>& results) {
     const bool anyFailed = std::any_of(results.begin(), results.end(), [](const auto& result) {
         return result.status == OutcomeStatus::failed;
     });
     return anyFailed ? tool::kExitOffloadFailed : tool::kExitSuccess;
 }
 
-int offload(const tool::Arguments& arguments) {
-    auto& defaults = UserDefaults::standard();
-    if (arguments.language)
-        Language::overrideForThisProcess(*arguments.language, defaults);
-    const tool::Texts texts(Language::load(defaults));
+int offload(const tool::Arguments& arguments, int count, char** words) {
+    // Before there is any other thread.
     tool::Interruption interruption;
+    // What the toolkit has to say is for the log, not between results and progress.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
+        AppLog::append(message.toStdString());
+    });
+    // The reports are drawn with its fonts; no screen is needed.
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(count, words);
+    auto& defaults = UserDefaults::standard();
+    defaults.keepChangesInMemory();
+    if (arguments.language)
+        Language::persist(*arguments.language, defaults);
+    const tool::Texts texts(Language::load(defaults));
     tool::ProgressDisplay display(texts, arguments.output);
-    tool::OffloadBatch batch(arguments, settingsFor(arguments, defaults), texts, display,
-                             interruption.token());
-    const auto results = batch.run();
+    tool::Offload run(arguments, defaults, texts, display);
+    const auto results = run.run(interruption.token());
     const int code = print(results) ? exitCode(results) : tool::kExitOffloadFailed;
     return code != tool::kExitSuccess && interruption.happened() ? tool::kExitInterrupted : code;
 }
@@ -74,5 +71,5 @@ int main(int count, char** words) {
     const auto parsed = tool::parseArguments(count, words);
     if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
         return code->value;
-    return offload(std::get<tool::Arguments>(parsed));
+    return offload(std::get<tool::Arguments>(parsed), count, words);
 }

@@ -1,0 +1,186 @@
+#include "Model/Batch.h"
+
+#include "Model/PairTraces.h"
+#include "Offload/CopyEngine.h"
+#include "Platform/Error.h"
+#include "Platform/Text.h"
+#include "Platform/Worker.h"
+#include "Storage/AppLog.h"
+
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+
+namespace slatewise {
+
+namespace {
+
+/// How often progress is looked at: smooth to the eye, and nothing to a GUI thread.
+constexpr std::chrono::milliseconds kProgressInterval{33};
+
+bool endedWell(const std::string& status) {
+    return status == OutcomeStatus::verified || status == OutcomeStatus::hashed;
+}
+
+int countRows(const OffloadOutcome& outcome, std::string_view verifyStatus) {
+    return static_cast<int>(
+        std::count_if(outcome.files.begin(), outcome.files.end(),
+                      [&](const auto& row) { return row.verifyStatus == verifyStatus; }));
+}
+
+CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
+    return {.card = pair.card,
+            .destination = pair.destination,
+            .settings = plan.settings,
+            .camera = pair.camera,
+            .ekip = pair.ekip,
+            .sessionID = Uuid::random(),
+            .now = Clock::now()};
+}
+
+void takeOver(const OffloadOutcome& outcome, PairResult& result) {
+    result.runStatus = outcome.status;
+    result.sessionRoot = outcome.sessionRoot;
+    if (outcome.status == OutcomeStatus::verified) {
+        result.filesDone = countRows(outcome, VerifyStatus::verified);
+        result.bytesDone = outcome.bytesCopied;
+    } else if (outcome.status == OutcomeStatus::hashed) {
+        result.filesDone = countRows(outcome, VerifyStatus::hashed);
+    }
+}
+
+} // namespace
+
+/// What the steps of one pair hand on to each other. Big things in it come into being and go on
+/// workers alone.
+struct Batch::PairWork {
+    BatchPair pair;
+    RunMailbox mail;
+    PairResult result;
+    std::unique_ptr<const OffloadOutcome> outcome;
+    PairTraces::Folders folders;
+};
+
+Batch::Batch(BatchPlan plan, const Surroundings& surroundings,
+             std::shared_ptr<AppDatabase> database, BatchListener& listener)
+    : plan_(std::move(plan)), surroundings_(surroundings), database_(std::move(database)),
+      listener_(&listener) {}
+
+void Batch::start() {
+    run(shared_from_this());
+}
+
+void Batch::abandon() {
+    listener_ = nullptr;
+    cancel();
+}
+
+QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
+    BatchResult result;
+    result.wasHashing = self->plan_.settings.verifyOnly;
+    for (const auto& pair : self->plan_.pairs()) {
+        if (result.message) {
+            result.pairs.emplace_back();
+            continue;
+        }
+        const auto ended = co_await self->runPair(pair);
+        result.pairs.push_back(ended);
+        if (ended.page)
+            result.report = ended.page;
+        if (ended.status == OutcomeStatus::failed) {
+            result.message = ended.message;
+            continue;
+        }
+        result.filesDone += ended.filesDone;
+        result.bytesDone += ended.bytesDone;
+        if (pair.isLastOfCard) {
+            result.finishedCardIDs.insert(pair.card.id());
+            co_await self->ejectIfWanted(pair.card);
+        }
+    }
+    if (self->listener_)
+        self->listener_->batchEnded(result);
+}
+
+/// Never fails: a failure is a result.
+QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
+    if (listener_)
+        listener_->pairBegan(pair);
+    const auto work = std::make_shared<PairWork>();
+    work->pair = std::move(pair);
+    auto& result = work->result;
+    try {
+        if (stop_.stop_requested())
+            throw CancellationError();
+        co_await runEngine(work);
+        co_await leaveTraces(work);
+        result.status = result.runStatus;
+        result.page = work->folders.inArchive / "Reports_Standart.html";
+        if (!endedWell(result.status)) {
+            result.message =
+                plan_.l10n().verifyIncomplete(Text::displayable(work->pair.card.name()),
+                                              Text::displayable(work->pair.destination.name()));
+        }
+    } catch (const CancellationError&) {
+        result.message = plan_.l10n().cancelled();
+    } catch (const std::exception& failure) {
+        result.message = describe(failure);
+        AppLog::append("Offload failed card=" + work->pair.card.name() +
+                       " dest=" + work->pair.destination.name() + ": " + result.message);
+    }
+    deliver(work->mail.take());
+    if (result.sessionRoot.empty())
+        result.sessionRoot = work->mail.sessionRoot();
+    result.reportFolder =
+        work->folders.onDestination.empty() ? work->folders.inArchive : work->folders.onDestination;
+    if (listener_)
+        listener_->pairEnded(work->pair, result);
+    co_return result;
+}
+
+QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
+    QTimer postman;
+    QObject::connect(&postman, &QTimer::timeout, [this, work] { deliver(work->mail.take()); });
+    postman.start(kProgressInterval);
+    auto running = onWorker([self = shared_from_this(), work] {
+        work->outcome = std::make_unique<const OffloadOutcome>(self->surroundings_.runEngine(
+            requestFor(self->plan_, work->pair), work->mail.observer(), self->stop_.get_token()));
+        takeOver(*work->outcome, work->result);
+    });
+    co_await running;
+    postman.stop();
+    deliver(work->mail.take());
+}
+
+QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
+    return onWorker([self = shared_from_this(), work] {
+        const auto outcome = std::move(work->outcome);
+        PairTraces::leave(self->plan_, work->pair, *outcome, *self->database_, work->folders);
+    });
+}
+
+/// A card that cannot be ejected stays mounted, and that is all.
+QCoro::Task<> Batch::ejectIfWanted(ClassifiedVolume card) {
+    if (!plan_.settings.ejectAfterSuccess || !surroundings_.eject)
+        co_return;
+    auto ejecting = onWorker([eject = surroundings_.eject, card = std::move(card)] {
+        try {
+            eject(card.facts.mountPoint);
+        } catch (const std::exception& failure) {
+            AppLog::append("Not ejected: " + card.name() + ": " + describe(failure));
+        }
+    });
+    co_await ejecting;
+}
+
+void Batch::deliver(const RunMailbox::Mail& mail) {
+    if (!listener_)
+        return;
+    for (const auto& problem : mail.problems)
+        listener_->problemFound(problem);
+    if (mail.phase)
+        listener_->phaseChanged(*mail.phase);
+}
+
+} // namespace slatewise

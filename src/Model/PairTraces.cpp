@@ -1,0 +1,35 @@
+#include "Model/PairTraces.h"
+
+#include "Reports/ReportFolder.h"
+#include "Reports/ReportWriter.h"
+#include "Storage/AppLog.h"
+#include "Storage/SupportPaths.h"
+
+#include <fmt/format.h>
+
+namespace slatewise::PairTraces {
+
+void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& outcome,
+           AppDatabase& database, Folders& folders) {
+    const auto& card = pair.card.facts;
+    const auto& destination = pair.destination.facts;
+    const auto manifest =
+        ReportWriter::buildManifest(outcome, card, destination, pair.camera, pair.ekip);
+    const auto archive = SupportPaths::reportsArchive(plan.settings);
+    const auto name = ReportFolder::uniqueName(
+        ReportFolder::displayName(outcome.startedAt, pair.ekip, pair.camera, card.volumeName),
+        outcome.sessionID.text(), archive);
+
+    ReportWriter::write(manifest, archive / name, plan.language);
+    folders.inArchive = archive / name;
+    const auto onDestination = ReportFolder::destinationReportsRoot(destination.mountPoint) / name;
+    ReportWriter::copySidecars(folders.inArchive, onDestination);
+    folders.onDestination = onDestination;
+
+    database.save(outcome, card.volumeName, destination.volumeName, pair.camera);
+    AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}", outcome.status,
+                               card.volumeName, destination.volumeName, outcome.files.size(),
+                               outcome.bytesCopied));
+}
+
+} // namespace slatewise::PairTraces

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Language/AppLanguage.h"
+#include "Model/BatchPlan.h"
+#include "Offload/OffloadRows.h"
+#include "Storage/AppDatabase.h"
+
+#include <filesystem>
+
+namespace slatewise::PairTraces {
+
+/// The report set of a pair, as far as it got. Empty paths: not written.
+struct Folders {
+    std::filesystem::path inArchive;
+    std::filesystem::path onDestination;
+};
+
+/// Leaves all that remains of a finished pair but the footage: the report set in the archive and on
+/// the destination, the session in the store, a line in the log, and a report that waits for the
+/// service. In this order; the first failure is thrown and ends it. Blocks; any thread.
+///
+/// `folders` is filled in on the way, so that it says what there is after a failure too.
+void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& outcome,
+           AppDatabase& database, Folders& folders);
+
+} // namespace slatewise::PairTraces

@@ -1,0 +1,133 @@
+#include "support/Desk.h"
+
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+using namespace slatewise;
+using namespace slatewise::test;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kFiles = 100'000;
+constexpr std::chrono::milliseconds kLongestStall{50};
+
+/// How long this thread has waited for a processor that was busy with others, which is no stall of
+/// its own.
+Clock::duration waitedForProcessor() {
+    std::ifstream file("/proc/thread-self/schedstat");
+    std::int64_t onProcessor = 0;
+    std::int64_t waiting = 0;
+    file >> onProcessor >> waiting;
+    return std::chrono::nanoseconds(waiting);
+}
+
+/// Notes the longest time in which the GUI thread has not come round to a timer that is due each
+/// millisecond: at work, or waiting for a lock or a disk.
+class Heartbeat {
+public:
+    Heartbeat() {
+        timer_.setTimerType(Qt::PreciseTimer);
+        timer_.callOnTimeout([this] { beat(); });
+        timer_.start(1);
+    }
+
+    std::chrono::milliseconds longest() const {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(longest_);
+    }
+
+private:
+    void beat() {
+        const auto now = Clock::now();
+        const auto waited = waitedForProcessor();
+        longest_ = std::max(longest_, (now - last_) - (waited - lastWaited_));
+        last_ = now;
+        lastWaited_ = waited;
+    }
+
+    QTimer timer_;
+    Clock::time_point last_ = Clock::now();
+    Clock::duration lastWaited_ = waitedForProcessor();
+    Clock::duration longest_{};
+};
+
+/// A folder in memory, where files cost nothing but what is done with them.
+class MemoryFolder {
+public:
+    MemoryFolder() {
+        std::string pattern = "/dev/shm/slatewise-XXXXXX";
+        if (!::mkdtemp(pattern.data()))
+            throw std::runtime_error("no folder in memory");
+        path_ = pattern;
+    }
+    ~MemoryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    const std::filesystem::path& path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+void makeFiles(const std::filesystem::path& folder, int count) {
+    constexpr int kPerFolder = 1000;
+    for (int file = 0; file < count; ++file) {
+        const auto clips = folder / ("CLIPS" + std::to_string(file / kPerFolder));
+        if (file % kPerFolder == 0)
+            std::filesystem::create_directories(clips);
+        const int descriptor = ::open((clips / ("F" + std::to_string(file) + ".dat")).c_str(),
+                                      O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        if (descriptor < 0 || ::write(descriptor, "x", 1) != 1)
+            throw std::runtime_error("no file");
+        ::close(descriptor);
+    }
+}
+
+} // namespace
+
+TEST(Heartbeat, ALargeCardNeverHoldsUpTheWindow) {
+    const MemoryFolder memory;
+    Desk desk;
+    const auto card = desk.mountCard("A001");
+    const auto disk = desk.mountDisk("SSD1");
+    desk.volume(card).facts.mountPoint = memory.path() / "A001";
+    desk.volume(disk).facts.mountPoint = memory.path() / "SSD1";
+    std::filesystem::create_directories(memory.path() / "SSD1");
+    makeFiles(memory.path() / "A001", kFiles);
+    // More than a run ever tells, so that telling itself is put to the test.
+    std::atomic<bool> isOver = false;
+    desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+        std::jthread chatter([&] {
+            for (int told = 0; !isOver; ++told) {
+                observer.progress(Phase::Copying{"clip" + std::to_string(told) + ".mov", told,
+                                                 told + 1, 0.5, 1e6 * told});
+                std::this_thread::sleep_for(std::chrono::microseconds(500));
+            }
+        });
+        auto outcome = CopyEngine::run(request, observer, stop);
+        isOver = true;
+        return outcome;
+    };
+    desk.start();
+    int shown = 0;
+    QObject::connect(&desk.model(), &AppModel::progressChanged, [&] { ++shown; });
+    desk.selectCard(card, "CamA");
+
+    const Heartbeat heartbeat;
+    desk.copy();
+    EXPECT_EQ(desk.model().phase(), OffloadPhase(Phase::Verified({kFiles, kFiles})));
+    EXPECT_LT(heartbeat.longest(), kLongestStall);
+    EXPECT_GT(shown, 10) << "progress is seen";
+    RecordProperty("longestStallMilliseconds", static_cast<int>(heartbeat.longest().count()));
+}

@@ -1,0 +1,197 @@
+#include "Model/BatchPlan.h"
+#include "Model/ProgressTexts.h"
+#include "Model/SpaceCheck.h"
+#include "Model/TemplatePreview.h"
+
+#include <gmock/gmock.h>
+
+using namespace slatewise;
+
+namespace {
+
+ClassifiedVolume volume(const std::string& name, std::int64_t freeBytes = 0) {
+    ClassifiedVolume result;
+    result.facts.deviceIdentifier = "dev-" + name;
+    result.facts.volumeName = name;
+    result.facts.mountPoint = "/media/" + name;
+    result.facts.freeBytes = freeBytes;
+    result.kind = VolumeKind::CameraCard;
+    return result;
+}
+
+constexpr L10n kEnglish(AppLanguage::English);
+constexpr L10n kTurkish(AppLanguage::Turkish);
+
+} // namespace
+
+TEST(ProgressTexts, RunOnceAcrossTheBatch) {
+    const BatchPosition single;
+    const BatchPosition secondOfTwo = {"Card 2/2 · x", 1, 2};
+    struct Case {
+        OffloadPhase phase;
+        BatchPosition position;
+        double fraction;
+        const char* percent;
+        const char* title;
+    };
+    const std::vector<Case> cases = {
+        {Phase::Idle{}, single, 0, "0%",
+         "Select a card, a unit, and a destination, then press Copy."},
+        {Phase::Scanning{}, single, 0, "0%", "Scanning card…"},
+        {Phase::Scanning{}, secondOfTwo, 0.5, "50%", "Card 2/2 · x — Scanning card…"},
+        {Phase::Copying{"a\nb.mov", 3, 10, 0.254, 350'000'000.9}, single, 0.254, "25%",
+         "Copying 3 / 10  ·  a b.mov  ·  350 MB/s"},
+        {Phase::Verifying{"a.mov", 3, 10, 1.2}, single, 1, "100%", "Verifying 3 / 10  ·  a.mov"},
+        {Phase::Verifying{"a.mov", 0, 10, 0.9}, secondOfTwo, 0.95, "95%",
+         "Card 2/2 · x — Verifying 0 / 10  ·  a.mov"},
+        {Phase::Verified{12, 3'500'000}, secondOfTwo, 1, "100%", "Verified — 12 files, 3.5 MB"},
+        {Phase::Hashed{1}, single, 1, "100%", "Hashed — 1 files (not copied)"},
+        {Phase::Failed{"why"}, secondOfTwo, 0, "0%", "Failed: why"},
+    };
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.title);
+        const auto fraction = ProgressTexts::fraction(testCase.phase, testCase.position);
+        EXPECT_DOUBLE_EQ(fraction, testCase.fraction);
+        EXPECT_EQ(ProgressTexts::percent(fraction), testCase.percent);
+        EXPECT_EQ(ProgressTexts::title(testCase.phase, testCase.position, kEnglish),
+                  testCase.title);
+    }
+    EXPECT_EQ(ProgressTexts::title(Phase::Copying{"a", 1, 2, 0, 1000}, single, kTurkish),
+              "Kopyalanıyor 1 / 2  ·  a  ·  1 KB/s");
+}
+
+TEST(ProgressTexts, SayWhatAVolumeHolds) {
+    using ProgressTexts::Side;
+    ContentSizes sizes;
+    VolumeLists lists;
+    lists.cards = {volume("measured"), volume("measuring")};
+    const auto job = sizes.begin(lists, {}, {});
+    sizes.accept(job->generation, "dev-measured", 5'000);
+    auto picked = volume("measured");
+    picked.reasons = {std::string(pickedReason)};
+    picked.facts.mountPoint = "dev-measured";
+    const auto line = [&](const ClassifiedVolume& each, Side side, L10n l10n = kEnglish) {
+        return ProgressTexts::volumeSubtitle(each, side, sizes, l10n);
+    };
+    EXPECT_EQ(line(volume("measured"), Side::Card), "5 KB");
+    EXPECT_EQ(line(picked, Side::Card), "5 KB · folder");
+    EXPECT_EQ(line(volume("measuring"), Side::Card, kTurkish), "boyut…");
+    EXPECT_EQ(line(volume("unheard of"), Side::Card), "");
+    EXPECT_EQ(line(volume("measured", 7'000'000), Side::Destination), "7 MB");
+    EXPECT_EQ(line(volume("measuring"), Side::Destination), "size…");
+    EXPECT_EQ(line(volume("unheard of"), Side::Destination), "0 bytes");
+}
+
+TEST(ContentSizes, OnlyTheLatestJobPublishes) {
+    ContentSizes sizes;
+    VolumeLists lists;
+    lists.cards = {volume("A"), volume("B")};
+    auto disk = volume("D");
+    disk.kind = VolumeKind::Destination;
+    lists.destinations = {disk, volume("override")};
+    const auto first = sizes.begin(lists, {}, {".Trashes"});
+    using What = MeasuringEntry::What;
+    std::vector<What> whats;
+    for (const auto& entry : first->entries)
+        whats.push_back(entry.what);
+    EXPECT_THAT(whats, ::testing::ElementsAre(What::CopyableBytes, What::CopyableBytes,
+                                              What::UsedBytes, What::CopyableBytes));
+    EXPECT_TRUE(sizes.accept(first->generation, "dev-A", 10));
+    EXPECT_TRUE(sizes.isMeasuringAny(lists.cards));
+
+    const auto second = sizes.begin(lists, {"dev-A"}, {});
+    EXPECT_EQ(second->entries.size(), 4u) << "forced, and all that was under way";
+    EXPECT_FALSE(sizes.accept(first->generation, "dev-B", 99));
+    EXPECT_EQ(sizes.usedBytes("dev-B"), std::nullopt);
+    EXPECT_EQ(sizes.usedBytes("dev-A"), 10) << "the old value shows until there is a new one";
+    for (const auto& entry : second->entries)
+        EXPECT_TRUE(sizes.accept(second->generation, entry.id, 7));
+    EXPECT_EQ(sizes.totalOf(lists.cards), 14);
+    EXPECT_FALSE(sizes.isMeasuringAny(lists.cards));
+
+    EXPECT_FALSE(sizes.begin(lists, {}, {})) << "nothing is measured twice";
+    lists.cards.pop_back();
+    EXPECT_FALSE(sizes.begin(lists, {}, {}));
+    EXPECT_EQ(sizes.usedBytes("dev-B"), std::nullopt) << "gone with its volume";
+}
+
+TEST(SpaceCheck, WantsRoomForAllCardsOnEachDestination) {
+    struct Case {
+        std::int64_t total;
+        std::vector<std::int64_t> free;
+        std::int64_t asked;
+        std::optional<std::int64_t> needed;
+    };
+    const std::vector<Case> cases = {
+        {0, {1}, 0, std::nullopt},
+        {1'000'000'000, {1'010'000'000}, 0, std::nullopt},
+        {1'000'000'000, {2'000'000'000, 1'009'999'999}, 0, 1'010'000'000},
+        {838'860'799, {838'860'799 + 8'388'607}, 0, 838'860'799 + 8'388'608},
+        {838'860'800, {838'860'800 + 8'388'608}, 0, std::nullopt},
+        {1'000, {0}, 999, 1'000 + 8'388'608},
+        {1'000, {0}, 0, std::nullopt},
+    };
+    for (const auto& testCase : cases) {
+        std::vector<ClassifiedVolume> destinations;
+        for (const auto free : testCase.free)
+            destinations.push_back(volume("D", free));
+        const auto lack = SpaceCheck::findLackOfRoom(testCase.total, destinations,
+                                                     [&](const auto&) { return testCase.asked; });
+        ASSERT_EQ(lack.has_value(), testCase.needed.has_value()) << testCase.total;
+        if (lack) {
+            EXPECT_EQ(std::get<OffloadError::InsufficientSpace>(lack->reason()).needed,
+                      testCase.needed);
+        }
+    }
+}
+
+TEST(BatchPlan, NamesPairsWhereThereAreSeveral) {
+    const auto labels = [](int cards, int destinations, AppLanguage language) {
+        BatchPlan plan;
+        plan.language = language;
+        for (int card = 1; card <= cards; ++card)
+            plan.cards.push_back(volume("A" + std::to_string(card)));
+        for (int destination = 1; destination <= destinations; ++destination)
+            plan.destinations.push_back(volume("D" + std::to_string(destination)));
+        plan.cameraByCardID = {{"dev-A1", "CamA"}};
+        std::vector<std::string> result;
+        for (const auto& pair : plan.pairs())
+            result.push_back(pair.position.label);
+        return result;
+    };
+    using ::testing::ElementsAre;
+    EXPECT_THAT(labels(1, 1, AppLanguage::English), ElementsAre(""));
+    EXPECT_THAT(labels(2, 1, AppLanguage::English),
+                ElementsAre("Card 1/2 · CamA · A1 → D1", "Card 2/2 ·  · A2 → D1"));
+    EXPECT_THAT(labels(1, 2, AppLanguage::Turkish),
+                ElementsAre("Kart 1/1 · Hedef 1/2 · CamA · A1 → D1",
+                            "Kart 1/1 · Hedef 2/2 · CamA · A1 → D2"));
+}
+
+TEST(TemplatePreview, ShowsAnExampleWithWhatIsChosen) {
+    const std::string path = "{Dest}/{Project}/{Ekip}/{Cam}/{CardName}";
+    EXPECT_EQ(TemplatePreview::line(path, {}, kEnglish),
+              "/Volumes/Backup/PROJECT/EKIP/UNIT/CARD_NAME");
+    TemplatePreview::Selected selected;
+    selected.values = {"/media/SSD1", "A001", "CamA", "Ekip1", "Kış", {}};
+    selected.cardCount = 3;
+    EXPECT_EQ(TemplatePreview::line(path, selected, kEnglish),
+              "/media/SSD1/Kış/Ekip1/CamA/A001  (+2 cards)");
+    selected.destinationCount = 2;
+    EXPECT_EQ(TemplatePreview::line("x", selected, kTurkish), "/media/SSD1/x  (+2 kart, +1 hedef)");
+}
+
+TEST(TemplatePreview, NamesEveryTokenAndPresetInBothLanguages) {
+    for (const auto& token : FolderTemplate::tokens) {
+        const auto english = TemplatePreview::tokenLabel(token.token, AppLanguage::English);
+        EXPECT_NE(english, token.token) << "has a label";
+        EXPECT_EQ(TemplatePreview::tokenLabel(token.token, AppLanguage::Turkish), token.label);
+    }
+    EXPECT_EQ(TemplatePreview::tokenLabel("_", AppLanguage::English), "Underscore");
+    for (const auto& choice : FolderTemplate::choices) {
+        EXPECT_NE(TemplatePreview::choiceName(choice, AppLanguage::English), choice.name);
+        EXPECT_EQ(TemplatePreview::choiceName(choice, AppLanguage::Turkish), choice.name);
+    }
+    EXPECT_EQ(TemplatePreview::choiceBlurb(FolderTemplate::choices[2], AppLanguage::English),
+              "Overwrites the same card the same day");
+}

@@ -1,0 +1,267 @@
+#include "Model/VolumeBoard.h"
+
+#include <gmock/gmock.h>
+
+using namespace slatewise;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
+
+namespace {
+
+ClassifiedVolume volume(const std::string& id, VolumeKind kind) {
+    ClassifiedVolume result;
+    result.facts.deviceIdentifier = id;
+    result.facts.volumeName = id;
+    result.facts.mountPoint = "/media/" + id;
+    result.kind = kind;
+    return result;
+}
+
+ClassifiedVolume folder(const std::string& path, VolumeKind kind) {
+    auto result = volume("disk-below", kind);
+    result.facts.mountPoint = path;
+    result.reasons = {std::string(pickedReason)};
+    return result;
+}
+
+std::vector<std::string> ids(const std::vector<ClassifiedVolume>& volumes) {
+    std::vector<std::string> result;
+    for (const auto& each : volumes)
+        result.push_back(each.id());
+    return result;
+}
+
+/// A board over the same few volumes; every folder exists unless it is named here.
+struct Board : VolumeBoard {
+    VolumeBoard::Applied pass() {
+        return apply(mounted, stored, [this](const auto& path) { return path != gone; });
+    }
+
+    const ClassifiedVolume& at(const std::string& id) const {
+        for (const auto* list : {&lists().cards, &lists().destinations}) {
+            if (const auto* found = findVolume(*list, id))
+                return *found;
+        }
+        throw std::runtime_error("not listed: " + id);
+    }
+
+    std::vector<ClassifiedVolume> mounted = {
+        volume("cardA", VolumeKind::CameraCard),  volume("disk1", VolumeKind::Destination),
+        volume("odd", VolumeKind::Unknown),       volume("cardB", VolumeKind::CameraCard),
+        volume("disk2", VolumeKind::Destination), volume("root", VolumeKind::System)};
+    StoredDestinations stored;
+    std::filesystem::path gone;
+};
+
+} // namespace
+
+TEST(VolumeBoard, SortsByKindAndByWhatTheUserSays) {
+    struct Case {
+        const char* what;
+        std::function<void(Board&)> correct;
+        std::vector<std::string> cards;
+        std::vector<std::string> destinations;
+    };
+    const auto nothing = [](Board&) {
+    };
+    const std::vector<Case> cases = {
+        {"as they are", nothing, {"cardA", "cardB"}, {"disk1", "disk2"}},
+        {"an unknown one as card",
+         [](Board& board) { board.treatAsCard("odd"); },
+         {"cardA", "odd", "cardB"},
+         {"disk1", "disk2"}},
+        {"a system one as destination",
+         [](Board& board) { board.treatAsDestination("root"); },
+         {"cardA", "cardB"},
+         {"disk1", "disk2", "root"}},
+        {"a destination as card",
+         [](Board& board) { board.treatAsCard("disk1"); },
+         {"cardA", "disk1", "cardB"},
+         {"disk2"}},
+        {"a card stays a card",
+         [](Board& board) { board.treatAsDestination("cardA"); },
+         {"cardA", "cardB"},
+         {"disk1", "disk2"}},
+        {"the last word counts",
+         [](Board& board) {
+             board.treatAsDestination("odd");
+             board.treatAsCard("odd");
+         },
+         {"cardA", "odd", "cardB"},
+         {"disk1", "disk2"}},
+        {"folders come last, two of one disk side by side",
+         [](Board& board) {
+             board.addPickedCard(folder("/x/1", VolumeKind::CameraCard));
+             board.addPickedCard(folder("/x/2", VolumeKind::CameraCard));
+             board.addPickedDestination(folder("/x/3", VolumeKind::Destination));
+         },
+         {"cardA", "cardB", "/x/1", "/x/2"},
+         {"disk1", "disk2", "/x/3"}},
+        {"a folder is what it was picked as last",
+         [](Board& board) {
+             board.addPickedCard(folder("/x/1", VolumeKind::CameraCard));
+             board.addPickedDestination(folder("/x/1", VolumeKind::Destination));
+         },
+         {"cardA", "cardB"},
+         {"disk1", "disk2", "/x/1"}},
+        {"the place of a volume is listed once",
+         [](Board& board) {
+             board.addPickedCard(folder("/media/cardA", VolumeKind::CameraCard));
+             board.addPickedDestination(folder("/media/cardB", VolumeKind::Destination));
+         },
+         {"cardA", "cardB"},
+         {"disk1", "disk2"}},
+        {"what is removed is hidden",
+         [](Board& board) {
+             board.pass();
+             board.removeCard(board.at("cardA"));
+             board.removeDestination(board.at("disk2"));
+         },
+         {"cardB"},
+         {"disk1"}},
+        {"a hidden place can be picked as a folder",
+         [](Board& board) {
+             board.pass();
+             board.removeCard(board.at("cardA"));
+             board.addPickedCard(folder("/media/cardA", VolumeKind::CameraCard));
+         },
+         {"cardB", "/media/cardA"},
+         {"disk1", "disk2"}},
+    };
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.what);
+        Board board;
+        testCase.correct(board);
+        board.pass();
+        EXPECT_EQ(ids(board.lists().cards), testCase.cards);
+        EXPECT_EQ(ids(board.lists().destinations), testCase.destinations);
+        EXPECT_THAT(ids(board.lists().unknownVolumes), ElementsAre("odd", "root"));
+    }
+}
+
+TEST(VolumeBoard, HidesAVolumeWhileItStaysMounted) {
+    Board board;
+    board.pass();
+    board.removeCard(board.at("cardA"));
+    board.pass();
+    board.pass();
+    EXPECT_THAT(ids(board.lists().cards), ElementsAre("cardB"));
+    const auto card = board.mounted.front();
+    board.mounted.erase(board.mounted.begin());
+    board.pass();
+    board.mounted.push_back(card);
+    board.pass();
+    EXPECT_THAT(ids(board.lists().cards), ElementsAre("cardB", "cardA"));
+}
+
+TEST(VolumeBoard, ForgetsAFolderThatIsGone) {
+    Board board;
+    board.addPickedCard(folder("/x/1", VolumeKind::CameraCard));
+    board.addPickedDestination(folder("/x/2", VolumeKind::Destination));
+    board.pass();
+    board.gone = "/x/2";
+    board.pass();
+    board.gone.clear();
+    board.pass();
+    EXPECT_THAT(ids(board.lists().destinations), ElementsAre("disk1", "disk2")) << "for good";
+    board.removeCard(board.at("/x/1"));
+    board.addPickedCard(folder("/x/1", VolumeKind::CameraCard));
+    board.pass();
+    EXPECT_THAT(ids(board.lists().cards), ElementsAre("cardA", "cardB", "/x/1"))
+        << "a removed folder is not hidden";
+}
+
+TEST(VolumeBoard, LetsGoOfWhatDisappears) {
+    Board board;
+    board.pass();
+    board.cardSelection().ids = {"cardA", "cardB"};
+    board.cardSelection().focused = "cardA";
+    board.destinationSelection().ids = {"disk1", "disk2"};
+    board.destinationSelection().focused = "disk1";
+    const auto both = board.mounted;
+    std::erase_if(board.mounted,
+                  [](const auto& each) { return each.id() == "cardA" || each.id() == "disk1"; });
+    board.pass();
+    EXPECT_EQ(board.cardSelection(), (Selection{{"cardB"}, "cardB"}));
+    EXPECT_EQ(board.destinationSelection(), (Selection{{"disk2"}, "disk2"}));
+    board.mounted = both;
+    const auto applied = board.pass();
+    EXPECT_EQ(board.cardSelection().ids, (VolumeIDs{"cardB"})) << "a tick does not come back";
+    EXPECT_EQ(board.destinationSelection().ids, (VolumeIDs{"disk2"}));
+    EXPECT_EQ(applied.appeared, (VolumeIDs{"cardA", "disk1"}));
+    EXPECT_THAT(applied.newCards, IsEmpty()) << "a card is new once";
+    EXPECT_THAT(board.pass().appeared, IsEmpty()) << "nothing has changed";
+}
+
+TEST(VolumeBoard, RestoresDestinationsWhereNoneIsTicked) {
+    struct Case {
+        const char* what;
+        StoredDestinations stored;
+        std::vector<std::string> mounted;
+        VolumeIDs ticked;
+    };
+    const std::vector<Case> cases = {
+        {"those of last time", {{"disk2", "gone"}, "disk1"}, {"disk1", "disk2"}, {"disk2"}},
+        {"the older form", {{"gone"}, "disk1"}, {"disk1", "disk2"}, {"disk1"}},
+        {"the only one", {{}, "gone"}, {"disk2"}, {"disk2"}},
+        {"none of two", {{}, std::nullopt}, {"disk1", "disk2"}, {}},
+        {"all of last time", {{"disk1", "disk2"}, {}}, {"disk1", "disk2"}, {"disk1", "disk2"}},
+    };
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.what);
+        Board board;
+        board.mounted.clear();
+        for (const auto& id : testCase.mounted)
+            board.mounted.push_back(volume(id, VolumeKind::Destination));
+        board.stored = testCase.stored;
+        board.pass();
+        EXPECT_EQ(board.destinationSelection().ids, testCase.ticked);
+        EXPECT_EQ(board.destinationSelection().focused.has_value(), !testCase.ticked.empty());
+    }
+}
+
+TEST(VolumeBoard, RemovingMovesTheFocus) {
+    Board board;
+    board.pass();
+    EXPECT_EQ(board.selectedCard(), nullptr) << "no card is ticked by itself";
+    board.cardSelection() = {{"cardB"}, "cardA"};
+    board.removeCard(board.at("cardA"));
+    EXPECT_EQ(board.cardSelection().focused, "cardB") << "to a ticked one";
+    board.pass();
+    board.removeCard(board.at("cardB"));
+    EXPECT_FALSE(board.cardSelection().focused);
+
+    Board other;
+    other.pass();
+    other.cardSelection().focused = "cardB";
+    other.removeCard(other.at("cardB"));
+    EXPECT_EQ(other.cardSelection().focused, "cardA") << "else to another one";
+}
+
+TEST(VolumeBoard, KeepsTheListsOrderAndFindsTheCardInFocus) {
+    Board board;
+    board.pass();
+    board.cardSelection().ids = {"cardB", "cardA"};
+    EXPECT_THAT(ids(board.selectedCards()), ElementsAre("cardA", "cardB"));
+    board.cardSelection().focused = "cardB";
+    EXPECT_EQ(board.selectedCard()->id(), "cardB");
+    board.cardSelection().focused = "long gone";
+    EXPECT_EQ(board.selectedCard()->id(), "cardA");
+}
+
+TEST(VolumeBoard, FillsInSizesThatAreNotKnown) {
+    Board board;
+    board.mounted[1].facts.freeBytes = 7;
+    board.addPickedDestination(folder("/x/1", VolumeKind::Destination));
+    board.pass();
+    board.applyCapacity("disk1", 100, 50);
+    board.applyCapacity("disk2", 100, 50);
+    board.applyCapacity("/x/1", 100, 50);
+    EXPECT_EQ(board.at("disk1").facts.totalBytes, 100);
+    EXPECT_EQ(board.at("disk1").facts.freeBytes, 7) << "a known figure stays";
+    EXPECT_EQ(board.at("disk2").facts.freeBytes, 50);
+    board.pass();
+    EXPECT_EQ(board.at("/x/1").facts.freeBytes, 50) << "remembered with the folder";
+    EXPECT_EQ(board.at("disk2").facts.freeBytes, 0) << "the machine's word is back";
+}

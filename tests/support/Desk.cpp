@@ -1,0 +1,119 @@
+#include "support/Desk.h"
+
+#include "Model/QtText.h"
+#include "Storage/AppDatabase.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <thread>
+
+namespace slatewise::test {
+
+Desk::Desk() {
+    const auto setFolder = [&](const char* variable, const char* name) {
+        qputenv(variable, QByteArray::fromStdString((folder / name).native()));
+    };
+    setFolder("XDG_DATA_HOME", "user/data");
+    setFolder("XDG_STATE_HOME", "user/state");
+    setFolder("XDG_CONFIG_HOME", "user/config");
+    setFolder("XDG_DOCUMENTS_DIR", "user/documents");
+    surroundings.defaults = &defaults;
+    surroundings.folderChooser = this;
+    surroundings.currentVolumes = [this] {
+        return volumes;
+    };
+    surroundings.volumeFacts = [](const auto&) {
+        VolumeFacts facts;
+        facts.deviceIdentifier = "disk-of-all-folders";
+        return facts;
+    };
+    surroundings.eject = [this](const auto& mountPoint) {
+        ejected.push_back(mountPoint);
+    };
+    surroundings.openFile = [this](const auto& file) {
+        opened.push_back(file);
+    };
+    surroundings.showFolder = [this](const auto& shownFolder) {
+        shown.push_back(shownFolder);
+    };
+    surroundings.openStore = Surroundings::userStore;
+}
+
+Desk::~Desk() = default;
+
+AppModel& Desk::start() {
+    model_.reset();
+    model_ = std::make_unique<AppModel>(surroundings);
+    return *model_;
+}
+
+QString Desk::mount(const std::string& name, VolumeKind kind) {
+    std::filesystem::create_directories(folder / name);
+    auto& volume = volumes.emplace_back();
+    volume.facts.mountPoint = folder / name;
+    volume.facts.volumeName = name;
+    volume.facts.deviceIdentifier = "dev-" + name;
+    volume.facts.isWritable = true;
+    volume.kind = kind;
+    return toQString(volume.id());
+}
+
+QString Desk::mountCard(const std::string& name, const std::map<std::string, std::string>& files) {
+    for (const auto& [path, content] : files)
+        writeFile(folder / name / path, content);
+    return mount(name, VolumeKind::CameraCard);
+}
+
+QString Desk::mountDisk(const std::string& name) {
+    return mount(name, VolumeKind::Destination);
+}
+
+ClassifiedVolume& Desk::volume(const QString& id) {
+    const auto found = std::find_if(volumes.begin(), volumes.end(), [&](const auto& volume) {
+        return toQString(volume.id()) == id;
+    });
+    if (found == volumes.end())
+        throw std::runtime_error("not mounted: " + id.toStdString());
+    return *found;
+}
+
+void Desk::unmount(const QString& id) {
+    std::erase_if(volumes, [&](const auto& volume) { return toQString(volume.id()) == id; });
+}
+
+void Desk::selectCard(const QString& id, const QString& unit) {
+    model().toggleCard(id);
+    model().focusCard(id);
+    model().tapUnit(unit);
+}
+
+void Desk::copy() {
+    bool isOver = false;
+    const auto connection =
+        QObject::connect(&model(), &AppModel::batchFinished, [&isOver] { isOver = true; });
+    model().startCopy();
+    if (model().isBusy())
+        waitUntil([&] { return isOver; });
+    QObject::disconnect(connection);
+}
+
+void Desk::waitUntil(const std::function<bool()>& condition, std::chrono::seconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            throw std::runtime_error("waited in vain");
+        QCoreApplication::processEvents();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+void Desk::choose(const std::string& message, const std::string& prompt, Answer answer) {
+    asked = message + "|" + prompt;
+    answer(choice);
+}
+
+} // namespace slatewise::test
