@@ -130,10 +130,11 @@ TEST_F(Eject, OfABusyDiskFailsInTheUsersLanguageAndGoesNoFurther) {
     EXPECT_EQ(english.localizedDescription(), "Could not eject /media/me/A001.");
     EXPECT_EQ(english.code(), 1);
     EXPECT_THAT(english.reason(), HasSubstr("DeviceBusy"));
-    Language::overrideForThisProcess(AppLanguage::Turkish, UserDefaults::standard());
+    UserDefaults::standard().keepChangesInMemory();
+    Language::persist(AppLanguage::Turkish, UserDefaults::standard());
     EXPECT_EQ(refusalOf(kMountPoint, sourcesWith(service)).localizedDescription(),
               "Çıkarma başarısız: /media/me/A001");
-    Language::overrideForThisProcess(AppLanguage::English, UserDefaults::standard());
+    Language::persist(AppLanguage::English, UserDefaults::standard());
     EXPECT_THAT(service.deeds(),
                 ElementsAre("Unmount block_devices/sdb1", "Unmount block_devices/sdb1"));
 }
