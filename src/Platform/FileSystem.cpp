@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cerrno>
+#include <ranges>
 #include <vector>
 
 namespace slatewise::FileSystem {
@@ -122,10 +123,10 @@ void createFolders(const std::filesystem::path& folder) {
     std::vector<std::filesystem::path> missing;
     for (auto at = folder; !at.empty() && !isFolder(at); at = at.parent_path())
         missing.push_back(at);
-    for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
+    for (const auto& next : missing | std::views::reverse) {
         // Somebody else may be making the same folders.
-        if (!createNewFolder(*next) && !isFolder(*next))
-            throw PosixError("mkdir", *next, EEXIST);
+        if (!createNewFolder(next) && !isFolder(next))
+            throw PosixError("mkdir", next, EEXIST);
     }
 }
 

@@ -51,7 +51,7 @@ void requireRegularFile(const std::filesystem::path& path) {
 
 } // namespace
 
-TransferBuffer::TransferBuffer(std::size_t size) : start_(nullptr), size_(size) {
+TransferBuffer::TransferBuffer(std::size_t size) : size_(size) {
     void* const memory =
         ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
@@ -63,9 +63,8 @@ TransferBuffer::~TransferBuffer() {
     ::munmap(start_, size_);
 }
 
-UncachedFile::UncachedFile(FileDescriptor descriptor, const std::filesystem::path& path,
-                           FileAccess access)
-    : descriptor_(std::move(descriptor)), path_(path), access_(access),
+UncachedFile::UncachedFile(FileDescriptor descriptor, std::filesystem::path path, FileAccess access)
+    : descriptor_(std::move(descriptor)), path_(std::move(path)), access_(access),
       isDirect_(access == FileAccess::Direct) {}
 
 UncachedFile UncachedFile::openForReading(const std::filesystem::path& path) {

@@ -20,7 +20,7 @@ public:
     std::span<std::byte> bytes() noexcept { return {start_, size_}; }
 
 private:
-    std::byte* start_;
+    std::byte* start_ = nullptr;
     std::size_t size_;
 };
 
@@ -63,7 +63,7 @@ public:
     FileAccess access() const noexcept { return access_; }
 
 private:
-    UncachedFile(FileDescriptor descriptor, const std::filesystem::path& path, FileAccess access);
+    UncachedFile(FileDescriptor descriptor, std::filesystem::path path, FileAccess access);
 
     void writeAll(std::span<const std::byte> from);
     void leaveDirectAccess();

@@ -71,8 +71,10 @@ TEST(FolderTemplate, NeverLandsOnSomethingThatExists) {
     std::filesystem::create_symlink("nowhere", folder / "A001_3");
     EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_4");
 
-    for (int number = 4; number <= 99; ++number)
+    for (int number = 4; number <= 98; ++number)
         std::filesystem::create_directory(folder / ("A001_" + std::to_string(number)));
+    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_99");
+    std::filesystem::create_directory(folder / "A001_99");
     const auto last = FolderTemplate::uniqueExisting(wanted).filename().native();
     EXPECT_EQ(last.size(), std::string("A001_12345678").size());
     EXPECT_EQ(last.rfind("A001_", 0), 0u);
