@@ -3,6 +3,7 @@
 #include "Model/ContentSizes.h"
 #include "Offload/CopyEngine.h"
 #include "Volumes/VolumeRecords.h"
+#include "Volumes/VolumesRoot.h"
 
 #include <filesystem>
 #include <functional>
@@ -55,6 +56,11 @@ struct Surroundings {
         runEngine = CopyEngine::run;
 
     UnitRule unitRule = UnitRule::Required;
+
+    /// The machine's volumes below that folder, the user's store and applications. It still lacks the
+    /// folder chooser of a window.
+    static Surroundings ofThisDesktop(UserDefaults& defaults,
+                                      const VolumesRoot& volumesRoot = VolumesRoot::ofThisDesktop());
 
     /// What the machine knows of the disk that holds a folder.
     static VolumeFacts factsOfThisMachine(const std::filesystem::path& folder);

@@ -1,0 +1,75 @@
+#include "App/DitApplication.h"
+
+#include "Storage/AppInfo.h"
+#include "Storage/AppLog.h"
+#include "Views/LaunchWindow.h"
+
+#include <QGuiApplication>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QtQml/QQmlExtensionPlugin>
+
+#include <stdexcept>
+
+Q_IMPORT_QML_PLUGIN(SlatewiseViewsPlugin)
+
+namespace slatewise {
+
+namespace {
+
+constexpr auto kViews = "qrc:/qt/qml/SlatewiseViews/";
+
+/// Loads one of the views' windows. What it is made of is compiled in, so that a failure is one of
+/// the installation: a Qt module is missing.
+QQuickWindow* loadWindow(QQmlApplicationEngine& engine, const QString& name,
+                         const QVariantMap& properties) {
+    engine.addImportPath("qrc:/qt/qml");
+    engine.setInitialProperties(properties);
+    engine.load(QUrl(kViews + name));
+    auto* root = engine.rootObjects().isEmpty() ? nullptr : engine.rootObjects().constFirst();
+    if (auto* window = qobject_cast<QQuickWindow*>(root))
+        return window;
+    throw std::runtime_error("the window cannot be shown; is a Qt Quick module missing?");
+}
+
+Surroundings withChooser(Surroundings surroundings, FolderChooser& chooser) {
+    surroundings.folderChooser = &chooser;
+    return surroundings;
+}
+
+} // namespace
+
+void DitApplication::prepare() {
+    // Our controls look the same on every desktop; only the folder dialog is the desktop's.
+    QQuickStyle::setStyle("Basic");
+    QGuiApplication::setApplicationName(QString::fromUtf8(AppInfo::name.data()));
+    QGuiApplication::setApplicationVersion(QString::fromUtf8(AppInfo::version.data()));
+    QGuiApplication::setDesktopFileName(QString::fromUtf8(AppInfo::bundleID.data()));
+}
+
+DitApplication::DitApplication(Surroundings surroundings)
+    : model_(std::make_unique<AppModel>(withChooser(std::move(surroundings), chooser_))),
+      window_(loadWindow(engine_, "MainWindow.qml",
+                         {{"appModel", QVariant::fromValue(model_.get())},
+                          {"folderChooser", QVariant::fromValue(&chooser_)}})) {
+    LaunchWindow::fit(*window_);
+    window_->show();
+}
+
+DitApplication::~DitApplication() = default;
+
+void DitApplication::noteEnd() const {
+    if (model_->isBusy())
+        AppLog::append("Uygulama kapandı, kopya yarıda kaldı: " +
+                       model_->progressTitle().toStdString());
+}
+
+void showStartFailure(const std::string& message) {
+    QQmlApplicationEngine engine;
+    loadWindow(engine, "StartFailureWindow.qml",
+               {{"message", QString::fromStdString(message)},
+                {"buttonText", QString::fromUtf8(L10n::current().done().data())}});
+    QGuiApplication::exec();
+}
+
+} // namespace slatewise

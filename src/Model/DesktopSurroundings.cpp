@@ -1,0 +1,33 @@
+#include "Model/Surroundings.h"
+
+#include "Platform/DesktopServices.h"
+#include "Volumes/DiskUtilClient.h"
+#include "Volumes/VolumeMonitor.h"
+
+namespace slatewise {
+
+Surroundings Surroundings::ofThisDesktop(UserDefaults& defaults, const VolumesRoot& volumesRoot) {
+    Surroundings surroundings;
+    surroundings.defaults = &defaults;
+    const auto monitor = std::make_shared<VolumeMonitor>(volumesRoot);
+    surroundings.currentVolumes = [monitor] {
+        return monitor->currentVolumes();
+    };
+    surroundings.lookAtVolumes = [monitor] {
+        monitor->refresh();
+    };
+    surroundings.watchVolumes = [monitor](std::function<void()> onChange) {
+        monitor->onChange = std::move(onChange);
+        monitor->start();
+    };
+    surroundings.volumeFacts = factsOfThisMachine;
+    surroundings.eject = [](const std::filesystem::path& mountPoint) {
+        DiskUtilClient::eject(mountPoint);
+    };
+    surroundings.openFile = DesktopServices::openFile;
+    surroundings.showFolder = DesktopServices::showFolder;
+    surroundings.openStore = userStore;
+    return surroundings;
+}
+
+} // namespace slatewise
