@@ -176,6 +176,17 @@ std::string asciiUppercased(std::string_view text) {
     return result;
 }
 
+/// "25", "25000" in thousandths, or the exact fraction that most recorders write: "24000/1001".
+std::optional<double> rateIn(std::string_view text) {
+    constexpr double kInThousandths = 1000;
+    auto rate = Numbers::decimal(text);
+    if (!rate)
+        rate = Numbers::quotient(text);
+    else if (*rate > kInThousandths)
+        rate = *rate / kInThousandths;
+    return rate && *rate > 0 ? rate : std::nullopt;
+}
+
 } // namespace
 
 MediaMetadata timing(const std::filesystem::path& file) {
@@ -204,11 +215,8 @@ Speed speedIn(std::string_view iXML) {
     };
     Speed result;
 
-    const auto rate =
-        Numbers::decimal(Text::trimmed(between(text, "<TIMECODE_RATE>", "</TIMECODE_RATE>")));
-    constexpr double kInThousandths = 1000;
-    if (rate && *rate > 0)
-        result.timecodeRate = *rate > kInThousandths ? *rate / kInThousandths : *rate;
+    result.timecodeRate =
+        rateIn(Text::trimmed(between(text, "<TIMECODE_RATE>", "</TIMECODE_RATE>")));
 
     if (holds("DF") && holds("DROP"))
         result.dropFrame = holds("<SPEED>DF") || holds("DROPFRAME");

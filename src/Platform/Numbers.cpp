@@ -121,6 +121,18 @@ std::optional<double> decimal(std::string_view text) {
     return number && std::isfinite(*number) ? number : std::nullopt;
 }
 
+std::optional<double> quotient(std::string_view text) {
+    const auto slash = text.find('/');
+    if (slash == std::string_view::npos)
+        return std::nullopt;
+    const auto dividend = decimal(text.substr(0, slash));
+    const auto divisor = decimal(text.substr(slash + 1));
+    if (!dividend || !divisor || *divisor == 0)
+        return std::nullopt;
+    const double result = *dividend / *divisor;
+    return std::isfinite(result) ? std::optional(result) : std::nullopt;
+}
+
 std::optional<std::int64_t> whole(std::string_view text) {
     return parsed<std::int64_t>(text);
 }

@@ -25,6 +25,9 @@ double rounded(double value, int fractionDigits);
 /// point in every locale.
 std::optional<double> decimal(std::string_view text);
 
+/// The quotient of two decimal numbers, if that is what the text is: "30000/1001". Finite.
+std::optional<double> quotient(std::string_view text);
+
 /// A whole number with an optional sign, if the whole text is one and it fits.
 std::optional<std::int64_t> whole(std::string_view text);
 

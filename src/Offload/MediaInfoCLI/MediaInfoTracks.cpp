@@ -34,14 +34,6 @@ std::optional<double> finite(double number) {
     return std::isfinite(number) ? std::optional(number) : std::nullopt;
 }
 
-std::optional<double> quotient(std::string_view dividend, std::string_view divisor) {
-    const auto above = decimalNumber(std::string(dividend));
-    const auto below = decimalNumber(std::string(divisor));
-    if (!above || !below || *below == 0)
-        return std::nullopt;
-    return finite(*above / *below);
-}
-
 /// "00:01:40.040" or "01:40.040" in seconds.
 std::optional<double> clockSeconds(const std::optional<std::string>& text) {
     if (!text)
@@ -99,9 +91,8 @@ std::optional<double> Track::number(const std::string& key) const {
     const auto text = string(key);
     if (!text)
         return std::nullopt;
-    if (const auto slash = text->find('/'); slash != std::string::npos)
-        return quotient(std::string_view(*text).substr(0, slash),
-                        std::string_view(*text).substr(slash + 1));
+    if (text->find('/') != std::string::npos)
+        return Numbers::quotient(Text::replaced(*text, ",", "."));
     const auto value = decimalNumber(text);
     return value && *value > 0 ? value : std::nullopt;
 }
