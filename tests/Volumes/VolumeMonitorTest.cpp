@@ -11,9 +11,11 @@
 #include <QElapsedTimer>
 #include <QThread>
 
-#include <csignal>
+#include <algorithm>
+#include <atomic>
 #include <ctime>
 #include <fstream>
+#include <thread>
 
 using namespace slatewise;
 using namespace slatewise::test;
@@ -179,6 +181,36 @@ TEST_F(Monitoring, EndsQuietly) {
     }
     waitForCalls(2, 200ms);
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(Monitoring, MayBeRefreshedFromSeveralThreads) {
+    std::filesystem::create_directory(root / "STAYS");
+    VolumeMonitor monitor(root.path(), options());
+    monitor.refresh();
+    start(monitor);
+    std::atomic<int> lost = 0;
+    {
+        std::vector<std::jthread> others;
+        for (int thread = 0; thread < 3; ++thread) {
+            others.emplace_back([&] {
+                for (int round = 0; round < 50; ++round) {
+                    monitor.refresh();
+                    const auto volumes = monitor.currentVolumes();
+                    lost += std::none_of(volumes.begin(), volumes.end(), [](const auto& volume) {
+                        return volume.name() == "STAYS";
+                    });
+                }
+            });
+        }
+        for (int round = 0; round < 50; ++round) {
+            std::filesystem::create_directory(root / "COMES");
+            waitForCalls(calls + 1, 5ms);
+            std::filesystem::remove(root / "COMES");
+        }
+    }
+    EXPECT_EQ(lost, 0);
+    monitor.refresh();
+    EXPECT_THAT(shown(monitor.currentVolumes()), ElementsAre("STAYS unknown"));
 }
 
 TEST_F(Monitoring, IsNotHeldUpByADeadVolume) {
