@@ -58,8 +58,9 @@ protected:
 
     static bool lists(const std::vector<ClassifiedVolume>& volumes,
                       const std::filesystem::path& folder) {
-        return std::any_of(volumes.begin(), volumes.end(),
-                           [&](const auto& volume) { return volume.facts.mountPoint == folder; });
+        return std::any_of(volumes.begin(), volumes.end(), [&](const auto& volume) {
+            return volume.facts.mountPoint == PickedFolders::normalized(folder);
+        });
     }
 
     Desk desk;
@@ -246,7 +247,7 @@ TEST_F(Application, AnnouncesACardOnce) {
     model().applyVolumes();
     const auto count = [] {
         return run({"sqlite3", SupportPaths::databaseURL().native(),
-                    "SELECT count(*) FROM activity WHERE event = 'card_detected' AND detail = "
+                    "SELECT count(*) FROM activity_events WHERE event = 'card_detected' AND detail = "
                     "'A001'"})
             .standardOutput;
     };
