@@ -3,7 +3,11 @@
 #include "Model/DestinationMemory.h"
 #include "Model/FolderChooser.h"
 #include "Model/QtText.h"
+#include "Platform/FileSystem.h"
+#include "Platform/Text.h"
 #include "Platform/UserDefaults.h"
+#include "Platform/Worker.h"
+#include "Reports/ReportFolder.h"
 #include "Storage/AppDatabase.h"
 #include "Storage/AppInfo.h"
 #include "Storage/AppLog.h"
@@ -27,12 +31,19 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
     : QObject(parent), surroundings_(std::move(surroundings)), defaults_(*surroundings_.defaults),
       language_(Language::load(defaults_)), settings_(OffloadSettings::load(defaults_)),
       unitCatalog_(UnitCatalog::load(defaults_)), database_(openedStore(surroundings_)),
+      drainer_(*database_), serviceProfile_(SupportPaths::applicationSupport()),
       pickedFolders_(defaults_) {
+    serviceProfile_.onChange = [this] {
+        serviceProfileChanged();
+    };
     restoreReportsFolder();
+    updateSaasLine();
     takeUpVolumes();
     refreshSessions();
+    migrateReportFolderNames();
     AppLog::prune(SupportPaths::logsDirectory(), Clock::now());
     AppLog::append("Uygulama açıldı v" + std::string(AppInfo::version));
+    drainer_.drain(serviceProfile_.current());
 }
 
 AppModel::~AppModel() {
@@ -58,6 +69,7 @@ void AppModel::setLanguageCode(const QString& code) {
             continue;
         language_ = language;
         Language::persist(language, defaults_);
+        updateSaasLine();
         Q_EMIT languageChanged();
         publish();
         return;
@@ -128,7 +140,7 @@ void AppModel::saveTemplate(const QString& text) {
 }
 
 bool AppModel::isDefaultReportsFolder() const {
-    return settings_.outputFolderPath.empty();
+    return Text::trimmed(settings_.outputFolderPath).empty();
 }
 
 void AppModel::pickReportsFolder() {
@@ -136,9 +148,9 @@ void AppModel::pickReportsFolder() {
         return;
     surroundings_.folderChooser->choose(std::string(l10n().pickReportsFolder()),
                                         std::string(l10n().use()),
-                                        [this](std::optional<std::filesystem::path> folder) {
-                                            if (folder)
-                                                useReportsFolder(*folder);
+                                        [model = QPointer(this)](auto folder) {
+                                            if (model && folder)
+                                                model->useReportsFolder(*folder);
                                         });
 }
 
@@ -146,6 +158,7 @@ void AppModel::useReportsFolder(const std::filesystem::path& folder) {
     settings_.outputFolderPath = folder.native();
     saveSettings();
     pickedFolders_.saveReportsFolder(folder);
+    reportMigration_.migrate(SupportPaths::reportsArchive(settings_));
     updateReportsFolder();
     settingsEdited();
     AppLog::append("Rapor klasörü: " + folder.native());
@@ -164,6 +177,29 @@ void AppModel::revealReportsFolder() {
         surroundings_.showFolder(SupportPaths::reportsArchive(settings_));
 }
 
+void AppModel::revealReports(const SessionRecord& session) {
+    showReportsOf(this, std::filesystem::path(session.sessionRoot) / "reports");
+}
+
+/// The session's disk may be gone, or take its time.
+QCoro::Task<> AppModel::showReportsOf(QPointer<AppModel> model, std::filesystem::path reports) {
+    const auto looking = onWorker([reports] { return FileSystem::exists(reports); });
+    const bool isThere = co_await looking;
+    if (!model)
+        co_return;
+    if (isThere && model->surroundings_.showFolder)
+        model->surroundings_.showFolder(reports);
+    else
+        model->revealReportsFolder();
+}
+
+void AppModel::migrateReportFolderNames() {
+    reportMigration_.migrate(SupportPaths::reportsArchive(settings_));
+    for (const auto& destination : board_.lists().destinations)
+        reportMigration_.migrate(
+            ReportFolder::destinationReportsRoot(destination.facts.mountPoint));
+}
+
 void AppModel::updateReportsFolder() {
     reportsFolderDisplay_ = toQString(SupportPaths::reportsArchive(settings_).native());
 }
@@ -175,7 +211,7 @@ void AppModel::settingsEdited() {
 
 void AppModel::skipNamesEdited() {
     saveSettings();
-    refreshContentSizes(board_.cardSelection().ids);
+    refreshContentSizes(idsOf(board_.lists().cards));
     settingsEdited();
 }
 

@@ -6,11 +6,14 @@
 #include "Model/ContentSizes.h"
 #include "Model/PickedFolders.h"
 #include "Model/ProgressTexts.h"
+#include "Model/ReportMigration.h"
 #include "Model/Surroundings.h"
 #include "Model/UnitCatalog.h"
 #include "Model/VolumeBoard.h"
 #include "Model/VolumeListModel.h"
 #include "Offload/FolderTemplate.h"
+#include "Storage/OutboxDrainer.h"
+#include "Storage/ServiceProfileFile.h"
 #include "Storage/StoreRecords.h"
 
 #include <QCoro/QCoroTask>
@@ -24,8 +27,6 @@
 #include <string>
 
 namespace slatewise {
-
-class AppDatabase;
 
 /// The application to its views: all they show and all a user can do. One object, made once, on the
 /// GUI thread; it lives as long as the process.
@@ -209,6 +210,9 @@ public:
     /// Brings the lists up to date with what is mounted. May be called at any time.
     void applyVolumes();
 
+    /// Shows the folder "reports" that lies with a session's footage, else the archive.
+    void revealReports(const SessionRecord& session);
+
 Q_SIGNALS:
     void languageChanged();
     void saasLineChanged();
@@ -282,6 +286,11 @@ private:
                                     std::optional<std::filesystem::path> report);
 
     void refreshSessions();
+    void migrateReportFolderNames();
+    static QCoro::Task<> showReportsOf(QPointer<AppModel> model, std::filesystem::path reports);
+    void serviceProfileChanged();
+    void updateSaasLine();
+    void notifyService(const ClassifiedVolume& newCard) const;
     void announce(const std::vector<ClassifiedVolume>& newCards);
     void useReportsFolder(const std::filesystem::path& folder);
     static QCoro::Task<> measureAll(QPointer<AppModel> model, MeasuringJob job);
@@ -297,6 +306,9 @@ private:
     OffloadSettings settings_;
     UnitCatalog unitCatalog_;
     std::shared_ptr<AppDatabase> database_;
+    OutboxDrainer drainer_;
+    ServiceProfileFile serviceProfile_;
+    ReportMigration reportMigration_;
     PickedFolderStore pickedFolders_;
 
     VolumeBoard board_;

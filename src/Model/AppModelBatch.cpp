@@ -55,7 +55,8 @@ BatchPlan AppModel::batchPlan() const {
             .cards = board_.selectedCards(),
             .destinations = board_.selectedDests(),
             .cameraByCardID = cardUnits_.cameraByCardID,
-            .ekipByCardID = cardUnits_.ekipByCardID};
+            .ekipByCardID = cardUnits_.ekipByCardID,
+            .serviceProfile = serviceProfile_.current()};
 }
 
 /// Asks for units where they are missing.

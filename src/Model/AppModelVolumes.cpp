@@ -6,6 +6,7 @@
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
+#include "Reports/ReportFolder.h"
 #include "Storage/AppDatabase.h"
 #include "Storage/AppLog.h"
 
@@ -38,6 +39,9 @@ void AppModel::applyVolumes() {
     persistPickedFolders();
     refreshContentSizes(applied.appeared);
     announce(applied.newCards);
+    for (const auto& destination : board_.lists().destinations)
+        reportMigration_.migrateOnce(
+            ReportFolder::destinationReportsRoot(destination.facts.mountPoint));
     publish();
 }
 
@@ -51,6 +55,7 @@ void AppModel::announce(const std::vector<ClassifiedVolume>& newCards) {
                 AppLog::append("Activity not recorded: " + describe(failure));
             }
         });
+        notifyService(card);
     }
 }
 

@@ -6,7 +6,9 @@
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
+#include "Storage/OutboxDrainer.h"
 
+#include <QPromise>
 #include <QTimer>
 
 #include <algorithm>
@@ -48,6 +50,14 @@ void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     } else if (outcome.status == OutcomeStatus::hashed) {
         result.filesDone = countRows(outcome, VerifyStatus::hashed);
     }
+}
+
+QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile,
+                    std::shared_ptr<QPromise<void>> over) {
+    const OutboxDrainer drainer(database);
+    const auto draining = drainer.drain(std::move(profile));
+    co_await draining;
+    over->finish();
 }
 
 } // namespace
@@ -115,6 +125,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
             throw CancellationError();
         co_await runEngine(work);
         co_await leaveTraces(work);
+        co_await reportToService();
         result.status = result.runStatus;
         result.page = work->folders.inArchive / "Reports_Standart.html";
         if (!endedWell(result.status)) {
@@ -158,6 +169,17 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         const auto outcome = std::move(work->outcome);
         PairTraces::leave(self->plan_, work->pair, *outcome, *self->database_, work->folders);
     });
+}
+
+/// Delivers the pair's report and whatever else waits before the next pair begins. Who cancels does
+/// not wait for a network: what is under way goes on by itself.
+QCoro::Task<> Batch::reportToService() {
+    const auto over = std::make_shared<QPromise<void>>();
+    over->start();
+    const std::stop_callback cancelled(stop_.get_token(), [over] { over->finish(); });
+    drain(*database_, plan_.serviceProfile, over);
+    const auto ending = over->future();
+    co_await ending;
 }
 
 /// A card that cannot be ejected stays mounted, and that is all.

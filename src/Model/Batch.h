@@ -93,6 +93,7 @@ private:
     QCoro::Task<PairResult> runPair(BatchPair pair);
     QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
+    QCoro::Task<> reportToService();
     QCoro::Task<> ejectIfWanted(ClassifiedVolume card);
     void deliver(const RunMailbox::Mail& mail);
 

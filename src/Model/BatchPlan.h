@@ -4,9 +4,11 @@
 #include "Model/CardUnits.h"
 #include "Model/ProgressTexts.h"
 #include "Offload/OffloadSettings.h"
+#include "Storage/SaaSProfile.h"
 #include "Volumes/VolumeRecords.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +34,8 @@ struct BatchPlan {
     std::vector<ClassifiedVolume> destinations;
     CardLabels cameraByCardID;
     CardLabels ekipByCardID;
+    /// Empty while there is no reporting service.
+    std::optional<SaaSProfile> serviceProfile{};
 
     L10n l10n() const { return L10n(language); }
 

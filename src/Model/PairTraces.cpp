@@ -3,6 +3,7 @@
 #include "Reports/ReportFolder.h"
 #include "Reports/ReportWriter.h"
 #include "Storage/AppLog.h"
+#include "Storage/OutboxPayload.h"
 #include "Storage/SupportPaths.h"
 
 #include <fmt/format.h>
@@ -30,6 +31,7 @@ void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& o
     AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}", outcome.status,
                                card.volumeName, destination.volumeName, outcome.files.size(),
                                outcome.bytesCopied));
+    selfEnqueue(outcome, pair.card, pair.destination, manifest, database);
 }
 
 } // namespace slatewise::PairTraces
