@@ -218,10 +218,18 @@ TEST_F(Application, PickedFoldersLiveSideBySide) {
 
 TEST_F(Application, MeasuresInTheBackgroundAndAnewWhenRulesChange) {
     const auto card = desk.mountCard("A001", {{"a.mov", "12345"}, {"MISC/x", "123"}});
+    desk.mountCard("B002", {{"b.mov", "12"}, {"MISC/x", "1"}});
     desk.mountDisk("SSD1");
+    std::promise<void> mayMeasure;
+    desk.surroundings.measure = [allowed = mayMeasure.get_future().share()](const auto& entry,
+                                                                            const auto& names) {
+        allowed.wait();
+        return measure(entry, names);
+    };
     desk.start();
     model().toggleCard(card);
     EXPECT_EQ(model().sourceTotalText(), "size…");
+    mayMeasure.set_value();
     Desk::waitUntil([&] { return model().sourceTotalText() == "8 bytes"; });
     EXPECT_EQ(model().cards()->rows()[0].subtitle, "8 bytes");
     int changes = 0;
@@ -232,6 +240,8 @@ TEST_F(Application, MeasuresInTheBackgroundAndAnewWhenRulesChange) {
     Desk::waitUntil([&] { return model().sourceTotalText() == "5 bytes"; });
     EXPECT_GT(changes, 0);
     EXPECT_EQ(resets, 0) << "lines that stay keep their delegates";
+    // A card that is ticked only now must not show what it held under other rules.
+    Desk::waitUntil([&] { return model().cards()->rows()[1].subtitle == "2 bytes"; });
     model().addSkipName("  ");
     EXPECT_EQ(model().extraExcludes(), QStringList({"MISC"}));
 }
@@ -247,7 +257,8 @@ TEST_F(Application, AnnouncesACardOnce) {
     model().applyVolumes();
     const auto count = [] {
         return run({"sqlite3", SupportPaths::databaseURL().native(),
-                    "SELECT count(*) FROM activity_events WHERE event = 'card_detected' AND detail = "
+                    "SELECT count(*) FROM activity_events WHERE event = 'card_detected' AND detail "
+                    "= "
                     "'A001'"})
             .standardOutput;
     };
