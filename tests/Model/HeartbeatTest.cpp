@@ -1,4 +1,5 @@
 #include "support/Desk.h"
+#include "support/RecordingServer.h"
 
 #include <QTimer>
 
@@ -119,6 +120,8 @@ TEST(Heartbeat, ALargeCardNeverHoldsUpTheWindow) {
         isOver = true;
         return outcome;
     };
+    RecordingServer service;
+    Desk::leaveServiceProfile(service.url());
     desk.start();
     int shown = 0;
     QObject::connect(&desk.model(), &AppModel::progressChanged, [&] { ++shown; });
@@ -129,5 +132,6 @@ TEST(Heartbeat, ALargeCardNeverHoldsUpTheWindow) {
     EXPECT_EQ(desk.model().phase(), OffloadPhase(Phase::Verified({kFiles, kFiles})));
     EXPECT_LT(heartbeat.longest(), kLongestStall);
     EXPECT_GT(shown, 10) << "progress is seen";
+    EXPECT_EQ(service.paths().back(), "session/notify_event") << "the report has got through";
     RecordProperty("longestStallMilliseconds", static_cast<int>(heartbeat.longest().count()));
 }

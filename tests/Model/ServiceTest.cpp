@@ -20,14 +20,6 @@ using ::testing::UnorderedElementsAre;
 
 namespace {
 
-void leaveProfile(const std::string& url) {
-    const auto file = SupportPaths::applicationSupport() / ServiceProfileFile::fileName;
-    const auto draft = SupportPaths::applicationSupport() / "draft";
-    writeFile(draft, R"({"accountID":"acc1","saasAPIURL":")" + url + R"(","presenceToken":"t"})");
-    std::filesystem::permissions(draft, std::filesystem::perms::owner_read);
-    std::filesystem::rename(draft, file);
-}
-
 std::vector<OutboxRecord> waitingReports() {
     return AppDatabase(SupportPaths::databaseURL()).pendingOutbox();
 }
@@ -57,7 +49,7 @@ TEST(ServiceOfTheModel, ReportsWaitUntilThereIsAProfile) {
     EXPECT_THAT(waitingReports(), SizeIs(1));
     EXPECT_EQ(waitingReports()[0].attempts, 0);
 
-    leaveProfile(server.url());
+    Desk::leaveServiceProfile(server.url());
     Desk::waitUntil([] { return waitingReports().empty(); });
     EXPECT_EQ(model.saasLine(), toQString("Service: acc1 → " + server.url()));
     model.setLanguageCode("tr");
@@ -71,7 +63,7 @@ TEST(ServiceOfTheModel, ReportsWaitUntilThereIsAProfile) {
 TEST(ServiceOfTheModel, HearsOfEachCardAndOfEachPairBeforeTheNextBegins) {
     Desk desk;
     RecordingServer server;
-    leaveProfile(server.url());
+    Desk::leaveServiceProfile(server.url());
     const auto card = desk.mountCard("A001");
     desk.mountDisk("SSD1");
     const auto second = desk.mountDisk("SSD2");
@@ -110,7 +102,7 @@ TEST(ServiceOfTheModel, WhoCancelsDoesNotWaitForTheNetwork) {
         isSilent = true;
         return WireAnswer::silence();
     });
-    leaveProfile(server.url());
+    Desk::leaveServiceProfile(server.url());
     const auto card = desk.mountCard("A001");
     const auto first = desk.mountDisk("SSD1");
     const auto second = desk.mountDisk("SSD2");

@@ -2,6 +2,8 @@
 
 #include "Model/QtText.h"
 #include "Storage/AppDatabase.h"
+#include "Storage/ServiceProfileFile.h"
+#include "Storage/SupportPaths.h"
 
 #include <QCoreApplication>
 
@@ -109,6 +111,14 @@ void Desk::waitUntil(const std::function<bool()>& condition, std::chrono::second
         QCoreApplication::processEvents();
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+}
+
+void Desk::leaveServiceProfile(const std::string& url) {
+    const auto folder = SupportPaths::applicationSupport();
+    writeFile(folder / "draft",
+              R"({"accountID":"acc1","saasAPIURL":")" + url + R"(","presenceToken":"t"})");
+    std::filesystem::permissions(folder / "draft", std::filesystem::perms::owner_read);
+    std::filesystem::rename(folder / "draft", folder / ServiceProfileFile::fileName);
 }
 
 void Desk::choose(const std::string& message, const std::string& prompt, Answer answer) {

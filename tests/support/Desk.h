@@ -45,6 +45,9 @@ public:
     static void waitUntil(const std::function<bool()>& condition,
                           std::chrono::seconds limit = std::chrono::seconds(60));
 
+    /// The user's profile of the reporting service, which is at this address.
+    static void leaveServiceProfile(const std::string& url);
+
     void choose(const std::string& message, const std::string& prompt, Answer answer) override;
 
     TemporaryFolder folder;
