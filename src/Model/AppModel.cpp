@@ -51,12 +51,18 @@ AppModel::~AppModel() {
         batch_->abandon();
 }
 
-void AppModel::refreshSessions() {
+std::optional<std::vector<SessionRecord>> AppModel::latestOf(const AppDatabase& database) {
     try {
-        recentSessions_ = database_->recentSessions(kRecentSessions);
+        return database.recentSessions(kRecentSessions);
     } catch (const std::exception&) {
         // The list stays as it is: history is nothing an offload depends on.
+        return std::nullopt;
     }
+}
+
+void AppModel::refreshSessions() {
+    if (auto sessions = latestOf(*database_))
+        recentSessions_ = std::move(*sessions);
 }
 
 QString AppModel::languageCode() const {

@@ -282,9 +282,11 @@ private:
     bool everyCardHasItsUnit(const BatchPlan& plan);
     std::optional<std::string> obstacleTo(const BatchPlan& plan) const;
     void fail(const std::string& message);
-    static QCoro::Task<> showReport(QPointer<AppModel> model,
-                                    std::optional<std::filesystem::path> report);
+    static QCoro::Task<> showWhatIsLeft(QPointer<AppModel> model,
+                                        std::optional<std::filesystem::path> report);
 
+    /// Empty when they cannot be read. Blocks while the store is at work; any thread.
+    static std::optional<std::vector<SessionRecord>> latestOf(const AppDatabase& database);
     void refreshSessions();
     void migrateReportFolderNames();
     static QCoro::Task<> showReportsOf(QPointer<AppModel> model, std::filesystem::path reports);

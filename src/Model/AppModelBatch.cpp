@@ -131,16 +131,21 @@ void AppModel::batchEnded(const BatchResult& result) {
         cardUnits_.cameraByCardID.clear();
         cardUnits_.ekipByCardID.clear();
     }
-    refreshSessions();
     publish();
     if (batchListener_)
         batchListener_->batchEnded(result);
-    showReport(this, result.report);
+    showWhatIsLeft(this, result.report);
 }
 
-/// The archive may lie on a disk that takes its time.
-QCoro::Task<> AppModel::showReport(QPointer<AppModel> model,
-                                   std::optional<std::filesystem::path> report) {
+/// The store may be at work for others, and the archive may lie on a disk that takes its time.
+QCoro::Task<> AppModel::showWhatIsLeft(QPointer<AppModel> model,
+                                       std::optional<std::filesystem::path> report) {
+    const auto reading = onWorker([database = model->database_] { return latestOf(*database); });
+    auto sessions = co_await reading;
+    if (!model)
+        co_return;
+    if (sessions)
+        model->recentSessions_ = std::move(*sessions);
     if (report && model->surroundings_.openFile) {
         auto looking = onWorker([path = *report] { return FileSystem::exists(path); });
         if (co_await looking && model)
