@@ -25,16 +25,13 @@ Window {
         target: window.folderChooser
         function onAsked(message, prompt, start) {
             // Made at the first question: loading a dialog costs more than the whole window.
-            folderDialog.active = true
+            if (!folderDialog.item)
+                folderDialog.setSource("FolderChooserDialog.qml", { chooser: window.folderChooser })
             folderDialog.item.ask(message, prompt, start)
         }
     }
     Loader {
         id: folderDialog
-        active: false
-        sourceComponent: FolderChooserDialog {
-            chooser: window.folderChooser
-        }
     }
 
     Shortcut {

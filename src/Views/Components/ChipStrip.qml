@@ -30,6 +30,7 @@ ListView {
         required property int index
         readonly property var entry: strip.entries[index] ?? ({})
 
+        objectName: "chip:" + text
         hue: strip.hue
         text: entry.name ?? ""
         chosen: strip.isChosen(entry)

@@ -1,0 +1,202 @@
+#include "App/Person.h"
+
+#include "Storage/SupportPaths.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QQuickWindow>
+
+#include <map>
+#include <ostream>
+
+// The whole road of an offload as a person walks it: real volumes, real events, the real program.
+
+namespace {
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::AnyOf;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+constexpr std::int64_t kMiB = 1 << 20;
+
+std::string shown(const QString& text) {
+    return text.toStdString();
+}
+
+/// Every regular file below, with its digest as another program has it.
+std::map<std::string, std::string> digestsBelow(const std::filesystem::path& folder) {
+    std::map<std::string, std::string> digests;
+    for (const auto& file : std::filesystem::recursive_directory_iterator(folder)) {
+        if (file.is_regular_file())
+            digests[file.path().filename().native()] = independentSha256(file.path());
+    }
+    return digests;
+}
+
+struct Words {
+    const char* language;
+    const char* success;
+    const char* outcome;
+    const char* copy;
+
+    friend void PrintTo(const Words& words, std::ostream* out) { *out << words.language; }
+};
+
+class OffloadRoad : public ::testing::TestWithParam<Words> {};
+
+TEST_P(OffloadRoad, FromThePluggedInCardToTheOpenedReport) {
+    const auto& words = GetParam();
+    Person person;
+    if (std::string(words.language) == "tr") {
+        person.click(person.see("advanced"));
+        Person::wait("settings", [&] { return person.see("chip:Türkçe") != nullptr; });
+        Person::settle();
+        person.click(person.see("chip:Türkçe"));
+        person.click(person.see("done"));
+        Person::wait("closed settings", [&] { return person.see("languages") == nullptr; });
+    }
+    EXPECT_EQ(shown(Person::text(person.see("copy"))), words.copy);
+    EXPECT_FALSE(person.see("copy")->isEnabled());
+
+    auto& card = person.plugInCard("A001");
+    auto& disk = person.plugIn("SHUTTLE", 64 * kMiB);
+    const auto original = digestsBelow(card / "DCIM");
+    person.click(person.see("mark", person.row("cards", "A001")));
+    person.click(person.chip("Ekip2"));
+    person.click(person.chip("CamB"));
+    auto* badge = person.see("ekipBadge", person.row("cards", "A001"));
+    EXPECT_EQ(shown(Person::text(badge)), "Ekip2");
+    // By keyboard from here on: Tab leads to the disk's row, and Space ticks it. As the only disk
+    // it came ticked.
+    EXPECT_TRUE(person.see("copy")->isEnabled());
+    person.row("disks", "SHUTTLE")->forceActiveFocus(Qt::TabFocusReason);
+    person.press(Qt::Key_Space);
+    EXPECT_FALSE(person.see("copy")->isEnabled());
+    person.press(Qt::Key_Space);
+    Person::wait("copy allowed", [&] { return person.see("copy")->isEnabled(); });
+    person.see("copy")->forceActiveFocus(Qt::TabFocusReason);
+    person.press(Qt::Key_Return);
+
+    EXPECT_THAT(shown(person.outcome()), StartsWith(words.outcome));
+    ASSERT_TRUE(person.see("successText"));
+    EXPECT_EQ(shown(Person::text(person.see("successText"))), words.success);
+    EXPECT_EQ(shown(Person::text(person.see("percent"))), "100%");
+    Person::wait("report", [&] { return !person.openedReports().empty(); });
+    ASSERT_EQ(person.openedReports().size(), 1U);
+    EXPECT_TRUE(std::filesystem::exists(person.openedReports().front()));
+
+    const auto day = std::filesystem::directory_iterator(disk.path());
+    std::filesystem::path session;
+    for (const auto& entry : day) {
+        if (entry.path().filename().native().starts_with("20"))
+            session = entry.path() / "Ekip2" / "CamB" / "A001";
+    }
+    EXPECT_EQ(digestsBelow(session), original);
+    EXPECT_TRUE(std::filesystem::exists(disk / "reports"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Languages, OffloadRoad,
+                         ::testing::Values(Words{"en", "SUCCESS!", "Verified — 2 files", "Copy"},
+                                           Words{"tr", "BAŞARILI!", "Doğrulandı — 2 dosya",
+                                                 "Kopyala"}),
+                         [](const auto& which) { return std::string(which.param.language); });
+
+TEST(OffloadTrouble, ACardWithoutAUnitAsksForOneAndThenGoes) {
+    Person person;
+    person.plugInCard("A001");
+    person.plugIn("SHUTTLE", 64 * kMiB);
+    person.click(person.see("mark", person.row("cards", "A001")));
+    person.chooseDisk("SHUTTLE");
+    person.click(person.see("copy"));
+    Person::wait("prompt", [&] { return person.see("unitPrompt") != nullptr; });
+    EXPECT_FALSE(person.see("stop"));
+    EXPECT_TRUE(person.openedReports().empty());
+
+    person.click(person.chip("CamA"));
+    EXPECT_FALSE(person.see("unitPrompt"));
+    person.click(person.see("copy"));
+    EXPECT_THAT(shown(person.outcome()), StartsWith("Verified"));
+}
+
+TEST(OffloadTrouble, ADiskWithoutRoomIsRefused) {
+    Person person;
+    person.plugInCard("A001", 2, 12 * kMiB);
+    auto& disk = person.plugIn("SMALL", 16 * kMiB);
+    person.choose("A001", "CamA");
+    person.chooseDisk("SMALL");
+    person.click(person.see("copy"));
+    EXPECT_THAT(shown(person.outcome()), HasSubstr("Not enough space"));
+    EXPECT_TRUE(person.see("failureMark"));
+    for (const auto& entry : std::filesystem::directory_iterator(disk.path()))
+        EXPECT_FALSE(entry.path().filename().native().starts_with("20")) << entry.path();
+}
+
+TEST(OffloadTrouble, ACardThatIsPulledFailsAndLeavesTheList) {
+    Person person;
+    auto& card = person.plugInCard("A001", 6, 24 * kMiB);
+    person.plugIn("SHUTTLE", 256 * kMiB);
+    person.choose("A001", "CamA");
+    person.chooseDisk("SHUTTLE");
+    person.click(person.see("copy"));
+    Person::wait("progress",
+                 [&] { return person.application().model().progressFraction() > 0.02; });
+    card.pull();
+    EXPECT_THAT(shown(person.outcome()), StartsWith("Failed"));
+    EXPECT_TRUE(person.see("failureMark"));
+    EXPECT_FALSE(person.see("successMark"));
+    Person::wait("card gone", [&] { return !person.sees("cards", "A001"); });
+}
+
+TEST(OffloadTrouble, StopEndsTheCopyAndTheNextOneGoesThrough) {
+    Person person;
+    person.plugInCard("A001", 6, 24 * kMiB);
+    person.plugIn("SHUTTLE", 512 * kMiB);
+    person.choose("A001", "CamA");
+    person.chooseDisk("SHUTTLE");
+    person.click(person.see("copy"));
+    Person::wait("stop", [&] { return person.see("stop") != nullptr; });
+    EXPECT_FALSE(person.see("copy"));
+    person.click(person.see("stop"));
+    // Between two files, or inside one, whose session is then reported.
+    EXPECT_THAT(shown(person.outcome()),
+                AnyOf(HasSubstr("Cancelled."), HasSubstr("Verification did not finish")));
+    EXPECT_FALSE(person.see("successMark"));
+
+    person.click(person.see("copy"));
+    Person::wait("second copy", [&] { return person.see("stop") != nullptr; });
+    EXPECT_THAT(shown(person.outcome()), StartsWith("Verified"));
+}
+
+TEST(OffloadTrouble, ClosingTheWindowCutsACopyOffAndTheLogSaysSo) {
+    Person person;
+    person.plugInCard("A001", 6, 24 * kMiB);
+    person.plugIn("SHUTTLE", 512 * kMiB);
+    person.choose("A001", "CamA");
+    person.chooseDisk("SHUTTLE");
+    person.click(person.see("copy"));
+    Person::wait("stop", [&] { return person.see("stop") != nullptr; });
+    person.application().window().close();
+    person.application().noteEnd();
+    EXPECT_THAT(person.logText(), HasSubstr("kopya yarıda kaldı"));
+}
+
+TEST(Shell, TheFolderDialogsAnswerGoesToTheModel) {
+    Person person;
+    TemporaryFolder folder;
+    writeFile(folder / "Roll 1/clip.mov", "x");
+    auto& chooser = person.application().folderChooser();
+    QString message;
+    QObject::connect(&chooser, &QuickFolderChooser::asked, &chooser,
+                     [&message](const QString& asked) { message = asked; });
+    person.click(person.see("chooseFolder", person.see("cards")));
+    EXPECT_EQ(shown(message), "Choose a camera card or source folder");
+    chooser.cancel();
+    person.click(person.see("chooseFolder", person.see("cards")));
+    chooser.accept(QUrl::fromLocalFile(QFile::decodeName((folder / "Roll 1").c_str())));
+    EXPECT_NE(person.row("cards", "Roll 1"), nullptr);
+}
+
+} // namespace

@@ -1,0 +1,190 @@
+#include "App/Person.h"
+
+#include "Platform/Text.h"
+#include "Storage/SupportPaths.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QQuickWindow>
+#include <QtTest/QTest>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace slatewise::test {
+
+namespace {
+
+constexpr auto kSettled = std::chrono::duration<int, std::milli>(300);
+constexpr auto kLookAgain = std::chrono::milliseconds(20);
+
+void collect(QQuickItem* item, const std::function<bool(QQuickItem*)>& wanted,
+             std::vector<QQuickItem*>& found) {
+    if (!item->isVisible())
+        return;
+    if (wanted(item))
+        found.push_back(item);
+    for (auto* child : item->childItems())
+        collect(child, wanted, found);
+}
+
+/// A program in the user's PATH that notes the files it is asked to open.
+void installStandIn(const std::filesystem::path& folder, const std::filesystem::path& notes) {
+    const auto program = folder / "xdg-open";
+    writeFile(program, "#!/bin/sh\nprintf '%s\\n' \"$1\" >> '" + notes.native() + "'\n");
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+}
+
+} // namespace
+
+Person::Home::Home(const TemporaryFolder& folder) {
+    const auto set = [&folder](const char* variable, const char* name) {
+        ::setenv(variable, (folder / name).c_str(), 1);
+    };
+    set("XDG_DATA_HOME", "data");
+    set("XDG_STATE_HOME", "state");
+    set("XDG_CONFIG_HOME", "config");
+    set("XDG_DOCUMENTS_DIR", "documents");
+    installStandIn(folder / "bin", folder / "opened");
+    static const std::string path = std::getenv("PATH");
+    ::setenv("PATH", ((folder / "bin").native() + ":" + path).c_str(), 1);
+}
+
+Person::Person() : home_(folder_), defaults_(folder_ / "config/settings.ini") {
+    std::filesystem::create_directories(folder_ / "media");
+    application_ = std::make_unique<DitApplication>(
+        Surroundings::ofThisDesktop(defaults_, VolumesRoot(folder_ / "media")));
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&application_->window()));
+}
+
+Person::~Person() = default;
+
+MountedVolume& Person::plugIn(const std::string& label, std::int64_t sizeBytes) {
+    volumes_.push_back(std::make_unique<MountedVolume>(MountedVolume::FileSystem::Ext4, sizeBytes,
+                                                       folder_ / "media" / label, ""));
+    return *volumes_.back();
+}
+
+MountedVolume& Person::plugInCard(const std::string& label, int clips, std::size_t clipBytes) {
+    const auto size = static_cast<std::int64_t>(clips) * static_cast<std::int64_t>(clipBytes);
+    auto& card = plugIn(label, size + (32 << 20));
+    for (int clip = 1; clip <= clips; ++clip)
+        writeFile(card / "DCIM" / ("C00" + std::to_string(clip) + ".MOV"), bytesOf(clipBytes));
+    return card;
+}
+
+QQuickItem* Person::see(const QString& objectName, QQuickItem* within) {
+    std::vector<QQuickItem*> found;
+    collect(
+        within ? within : application_->window().contentItem(),
+        [&](QQuickItem* item) { return item->objectName() == objectName; }, found);
+    return found.empty() ? nullptr : found.back();
+}
+
+QQuickItem* Person::chip(const QString& text) {
+    std::vector<QQuickItem*> found;
+    collect(
+        see("picker"),
+        [&](QQuickItem* item) {
+            return item->property("chosen").isValid() && item->property("text") == text;
+        },
+        found);
+    return found.empty() ? nullptr : found.front();
+}
+
+bool Person::sees(const char* column, const QString& name) {
+    std::vector<QQuickItem*> found;
+    collect(
+        see(column),
+        [&](QQuickItem* item) {
+            return item->property("volumeID").isValid() && item->property("name") == name;
+        },
+        found);
+    return !found.empty();
+}
+
+QQuickItem* Person::row(const char* column, const QString& name) {
+    QQuickItem* row = nullptr;
+    wait("row", [&] {
+        std::vector<QQuickItem*> found;
+        collect(
+            see(column),
+            [&](QQuickItem* item) {
+                return item->property("volumeID").isValid() && item->property("name") == name;
+            },
+            found);
+        row = found.empty() ? nullptr : found.front();
+        return row != nullptr;
+    });
+    settle();
+    return row;
+}
+
+void Person::settle() {
+    QTest::qWait(kSettled.count());
+}
+
+QString Person::text(QQuickItem* item) {
+    return item ? item->property("text").toString() : QString();
+}
+
+void Person::click(QQuickItem* item) {
+    ASSERT_NE(item, nullptr) << "nothing there to click on";
+    const auto place = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
+    QTest::mouseClick(&application_->window(), Qt::LeftButton, Qt::NoModifier, place.toPoint());
+}
+
+void Person::press(Qt::Key key) {
+    QTest::keyClick(&application_->window(), key);
+}
+
+void Person::choose(const QString& card, const QString& unit) {
+    click(see("mark", row("cards", card)));
+    click(row("cards", card));
+    click(chip(unit));
+}
+
+void Person::chooseDisk(const QString& disk) {
+    // The only disk there is comes ticked.
+    if (!row("disks", disk)->property("selected").toBool())
+        click(see("mark", row("disks", disk)));
+}
+
+void Person::wait(const char* what, const std::function<bool()>& condition,
+                  std::chrono::seconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        ASSERT_LT(std::chrono::steady_clock::now(), end) << "waited in vain for: " << what;
+        QTest::qWait(static_cast<int>(kLookAgain.count()));
+    }
+}
+
+QString Person::outcome() {
+    wait("end of the copy",
+         [this] { return see("copy") && (see("successMark") || see("failureMark")); });
+    return text(see("title", see("status")));
+}
+
+std::vector<std::filesystem::path> Person::openedReports() const {
+    std::vector<std::filesystem::path> reports;
+    if (!std::filesystem::exists(folder_ / "opened"))
+        return reports;
+    const auto notes = readFile(folder_ / "opened");
+    for (std::size_t begin = 0; begin < notes.size();) {
+        const auto end = notes.find('\n', begin);
+        const auto url = QUrl(QString::fromStdString(notes.substr(begin, end - begin)));
+        reports.emplace_back(url.toLocalFile().toStdString());
+        begin = end + 1;
+    }
+    return reports;
+}
+
+std::string Person::logText() const {
+    std::string text;
+    for (const auto& file : std::filesystem::directory_iterator(SupportPaths::logsDirectory()))
+        text += readFile(file.path());
+    return text;
+}
+
+} // namespace slatewise::test
