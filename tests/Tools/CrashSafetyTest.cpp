@@ -1,0 +1,219 @@
+#include "support/Files.h"
+#include "support/MountedVolume.h"
+#include "support/Process.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <random>
+#include <thread>
+
+using namespace slatewise::test;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kUsualMoments = 10;
+constexpr int kCards = 3;
+constexpr int kWarmUps = 3;
+constexpr std::int64_t kOuterSize = 1'500'000'000;
+
+/// How often the program is killed. More than usual is for nights.
+int moments() {
+    const auto* wanted = std::getenv("SLATEWISE_CRASH_MOMENTS");
+    return wanted ? std::atoi(wanted) : kUsualMoments;
+}
+
+/// An image that is mounted as it was left, as after a power cut.
+class MountedImage {
+public:
+    MountedImage(const std::filesystem::path& image, std::filesystem::path place)
+        : place_(std::move(place)) {
+        std::filesystem::create_directories(place_);
+        runPrivileged({"mount", "-o", "loop", image.native(), place_.native()});
+    }
+    ~MountedImage() {
+        try {
+            runPrivileged({"umount", place_.native()});
+        } catch (const std::exception& failure) {
+            ADD_FAILURE() << failure.what();
+        }
+    }
+    MountedImage(const MountedImage&) = delete;
+    MountedImage& operator=(const MountedImage&) = delete;
+
+    const std::filesystem::path& path() const { return place_; }
+
+private:
+    std::filesystem::path place_;
+};
+
+/// Looks up every file that the store or a manifest calls verified, on a disk that has moved to
+/// another mount point, and prints how many there were. A manifest that was cut short says nothing
+/// of any file; a store that was, is broken.
+constexpr const char* kCheckClaims = R"python(
+import hashlib, json, pathlib, sqlite3, sys
+disk_then, disk_now, store, *archives = sys.argv[1:]
+
+def claims():
+    if pathlib.Path(store).exists():
+        connection = sqlite3.connect(store)
+        assert connection.execute("PRAGMA integrity_check").fetchone() == ("ok",), "store broken"
+        tables = connection.execute("SELECT count(*) FROM sqlite_master").fetchone()[0]
+        if tables:
+            yield from connection.execute(
+                "SELECT s.sessionRoot, f.relativePath, f.destSHA256 FROM files f "
+                "JOIN sessions s ON s.id = f.sessionID WHERE f.verifyStatus = 'verified'")
+    for archive in archives:
+        for manifest in pathlib.Path(archive).glob("*/manifest.json"):
+            try:
+                session = json.loads(manifest.read_text())
+            except ValueError:
+                continue
+            for row in session["files"]:
+                if row["verify_status"] == "verified":
+                    yield (session["destination"]["session_root"], row["relative_path"],
+                           row["dest_sha256"])
+
+count = 0
+for root, relative, digest in claims():
+    assert root.startswith(disk_then), root
+    copy = pathlib.Path(disk_now + root[len(disk_then):]) / relative
+    assert hashlib.sha256(copy.read_bytes()).hexdigest() == digest, copy
+    count += 1
+print(count)
+)python";
+
+/// Cards, and a disk whose image can be copied at any moment, as of one moment.
+class CrashSafety : public ::testing::Test {
+protected:
+    CrashSafety() : outer(MountedVolume::FileSystem::Xfs, kOuterSize) {
+        const auto image = outer / "disk.img";
+        writeFile(image, "");
+        std::filesystem::resize_file(image, kOuterSize / 3);
+        runPrivileged({"mkfs.ext4", "-q", "-F", "-m", "0", image.native()});
+        disk.emplace(image, folder / "disk");
+        runPrivileged({"chmod", "0777", disk->path().native()});
+        std::uint32_t seed = 0;
+        for (int card = 0; card < kCards; ++card) {
+            for (const std::size_t size : {3, 70'000, 1'048'577}) {
+                writeFile(this->card(card) / "DCIM" / std::to_string(size), bytesOf(size, ++seed));
+            }
+        }
+    }
+
+    std::filesystem::path card(int number) const {
+        return folder / ("A00" + std::to_string(number));
+    }
+
+    bool isOnDisk(const std::filesystem::path& user) const {
+        return user.native().starts_with(disk->path().native());
+    }
+
+    /// `user` is the folder of all that the program keeps for its user.
+    ProcessResult offload(const std::filesystem::path& user,
+                          const std::function<void(pid_t)>& whileRunning = {}) const {
+        std::vector<std::string> words = {(programsFolder() / "slatewise-offload").native(),
+                                          "--quiet",
+                                          "--crew",
+                                          isOnDisk(user) ? "Inside" : "Outside",
+                                          "--template",
+                                          "{Dest}/film/{CardName}_{HHmmss}",
+                                          "--to",
+                                          disk->path()};
+        for (int number = 0; number < kCards; ++number)
+            words.push_back(card(number));
+        return run(words,
+                   {{"XDG_DATA_HOME", user / "data"},
+                    {"XDG_STATE_HOME", user / "state"},
+                    {"XDG_CONFIG_HOME", user / "config"},
+                    {"XDG_DOCUMENTS_DIR", user / "documents"}},
+                   whileRunning);
+    }
+
+    /// How long the program takes when nobody disturbs it.
+    std::chrono::duration<double> shortestRun(const std::filesystem::path& user) const {
+        std::chrono::duration<double> shortest = 1h;
+        for (int warmUp = 0; warmUp < kWarmUps; ++warmUp) {
+            const auto begin = std::chrono::steady_clock::now();
+            EXPECT_EQ(offload(user).exitCode, 0);
+            shortest = std::min(
+                shortest, std::chrono::duration<double>(std::chrono::steady_clock::now() - begin));
+        }
+        return shortest;
+    }
+
+    /// The disk's image as it is at this moment, whatever still waits in the system's memory.
+    std::filesystem::path snapshot() const {
+        auto copy = outer / "snapshot.img";
+        const auto result =
+            run({"cp", "--reflink=always", (outer / "disk.img").native(), copy.native()});
+        if (result.exitCode != 0)
+            throw std::runtime_error(result.standardError);
+        return copy;
+    }
+
+    /// Gives how many files are called verified on the disk as it was, all of which are there.
+    int provedOn(const std::filesystem::path& image, const std::filesystem::path& user) const {
+        const MountedImage then(image, folder / "then");
+        const auto userThen =
+            isOnDisk(user) ? then.path() / user.lexically_relative(disk->path()) : user;
+        const auto check = run({"python3", "-c", kCheckClaims, disk->path(), then.path(),
+                                userThen / "data/Slatewise DIT/dit.sqlite", then.path() / "reports",
+                                userThen / "documents/SlatewiseDIT"});
+        EXPECT_EQ(check.exitCode, 0) << check.standardError;
+        return std::atoi(check.standardOutput.c_str());
+    }
+
+    TemporaryFolder folder;
+    MountedVolume outer;
+    std::optional<MountedImage> disk;
+};
+
+} // namespace
+
+TEST_F(CrashSafety, WhatIsCalledVerifiedIsThereAfterAPowerCut) {
+    // The user's files lie on the disk that loses power, or on another one that does not.
+    const std::vector<std::filesystem::path> users = {disk->path() / "user", folder / "user"};
+    std::vector<std::chrono::duration<double>> durations;
+    int proved = 0;
+    for (const auto& user : users) {
+        durations.push_back(shortestRun(user));
+        proved += provedOn(snapshot(), user);
+    }
+    // By the store and by the archive, each for its user, and by the disk for both.
+    EXPECT_EQ(proved, kWarmUps * 3 * kCards * (2 + 1 + 2 + 2));
+
+    std::mt19937 random(20'260'301);
+    std::uniform_real_distribution<double> anyMoment(0, 1);
+    int killed = 0;
+    for (int moment = 0; moment < moments(); ++moment) {
+        const auto which = static_cast<std::size_t>(moment) % users.size();
+        const auto& user = users[which];
+        const auto after = std::chrono::duration_cast<std::chrono::microseconds>(durations[which] *
+                                                                                 anyMoment(random));
+        SCOPED_TRACE(fmt::format("moment {} after {} us", moment, after.count()));
+        std::filesystem::path image;
+        const auto result = offload(user, [&](pid_t process) {
+            std::this_thread::sleep_for(after);
+            ::kill(process, SIGSTOP);
+            image = snapshot();
+            ::kill(process, SIGKILL);
+        });
+        killed += result.exitCode == 128 + SIGKILL ? 1 : 0;
+        proved += provedOn(image, user);
+    }
+    // A run that was faster than any before it has nothing to be killed; few are.
+    EXPECT_GE(2 * killed, moments());
+    RecordProperty("killed", killed);
+    RecordProperty("proved", proved);
+    std::cout << killed << " of " << moments() << " runs killed, " << proved
+              << " statements proved\n";
+}
