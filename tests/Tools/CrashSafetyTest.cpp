@@ -194,7 +194,9 @@ TEST_F(CrashSafety, WhatIsCalledVerifiedIsThereAfterAPowerCut) {
     std::mt19937 random(20'260'301);
     std::uniform_real_distribution<double> anyMoment(0, 1);
     int killed = 0;
-    for (int moment = 0; moment < moments(); ++moment) {
+    // A run that ended before its moment came was faster than any before it, on a machine that has
+    // less else to do now: it teaches how long one takes, and another takes its place.
+    for (int moment = 0; killed < moments() && moment < 3 * moments(); ++moment) {
         const auto which = static_cast<std::size_t>(moment) % users.size();
         const auto& user = users[which];
         const auto after = std::chrono::duration_cast<std::chrono::microseconds>(durations[which] *
@@ -207,13 +209,15 @@ TEST_F(CrashSafety, WhatIsCalledVerifiedIsThereAfterAPowerCut) {
             image = snapshot();
             ::kill(process, SIGKILL);
         });
-        killed += result.exitCode == 128 + SIGKILL ? 1 : 0;
+        if (result.exitCode == 128 + SIGKILL)
+            ++killed;
+        else
+            durations[which] = after;
         proved += provedOn(image, user);
     }
-    // A run that was faster than any before it has nothing to be killed; few are.
-    EXPECT_GE(2 * killed, moments());
+    EXPECT_EQ(killed, moments());
     RecordProperty("killed", killed);
     RecordProperty("proved", proved);
-    std::cout << killed << " of " << moments() << " runs killed, " << proved
+    std::cout << killed << " of " << moments() << " killings done, " << proved
               << " statements proved\n";
 }
