@@ -8,6 +8,8 @@ namespace slatewise::HtmlStyle {
 // time it paints, so whole folders are set aside first.
 // Names come from foreign disks: each is isolated, so that a mark that turns the direction of
 // writing ends with its name.
+// Indentation ends where a name would have no room left: in a deep tree it would push names out of
+// their column, and they are what people look for.
 
 const std::string_view shared = R"css(
 :root{--accent:#6e4efb;--accent-deep:#4b2cd4;--muted:#667085;color-scheme:light}
@@ -75,12 +77,12 @@ body{font-size:13px;line-height:1.3}
 .name{align-items:center}
 .twist{width:36px;font-size:42px;line-height:.85;text-align:center}
 details:not([open])>summary .twist{transform:rotate(-90deg)}
-.file.row .name{font-weight:500}
+.file.row .name{font-weight:500;padding-left:min(calc(var(--d)*36px + 8px),calc(100% - 96px))!important}
 .file.row .label{white-space:nowrap;overflow:hidden;text-overflow:ellipsis}
 .file.row:hover .label{min-width:max-content;background:#f4f0ff;position:relative}
 .tc,.dur,.fps,.df{font-variant-numeric:tabular-nums;white-space:nowrap}
 .tc{font-weight:600}
-.fps{display:flex;justify-content:flex-end;font-size:11px;letter-spacing:-.01em;word-spacing:-.1em}
+.row>:nth-child(7){display:flex;justify-content:flex-end;font-size:11px;letter-spacing:-.01em;word-spacing:-.1em;white-space:nowrap}
 .fps.mismatch{color:#b42318;font-weight:650}
 .hash{font-size:11px}
 .skip{color:#667085}
@@ -92,9 +94,9 @@ body{font-size:9px}
 .head,summary.row,.file.row{gap:8px;padding:3px 4px}
 .head{font-size:8px}
 .twist{width:14px;font-size:16px}
-.file.row .name{padding-left:calc(var(--d)*12px + 2px)!important}
+.file.row .name{padding-left:min(calc(var(--d)*12px + 2px),calc(100% - 80px))!important}
 .file.row .label{white-space:normal;overflow:visible}
-.fps{font-size:8px}
+.row>:nth-child(7){font-size:8px}
 .hash{font-size:8px;white-space:normal;overflow:visible}
 }
 )css";

@@ -256,6 +256,16 @@ TEST_P(HtmlInBrowser, FoldsAllAndLinesUpItsColumns) {
               "true,true,true/true,true,true,true");
 }
 
+TEST_P(HtmlInBrowser, ShowsNamesInDeepTrees) {
+    const auto manifest = session({clip("1/2/3/4/5/6/7/8/9/A001C001_260301_R1XY.mov", 25, 25)});
+    EXPECT_EQ(evaluate(manifest, R"js(
+        const cell = document.querySelector('.file .name');
+        const label = cell.querySelector('.label').getBoundingClientRect();
+        return [label.width > 80, label.right <= cell.getBoundingClientRect().right + 1].join();
+    )js"),
+              "true,true");
+}
+
 INSTANTIATE_TEST_SUITE_P(, HtmlInBrowser,
                          ::testing::Combine(::testing::ValuesIn(kPages),
                                             ::testing::Values(kEnglish, kTurkish),
