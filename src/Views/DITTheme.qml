@@ -46,6 +46,7 @@ QtObject {
     readonly property int headline: 15
     readonly property int title3: 20
     readonly property int title2: 22
+    readonly property int title: 26
 
     readonly property int radius: 10
     readonly property int controlHeight: 32

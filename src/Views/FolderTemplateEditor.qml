@@ -23,6 +23,8 @@ Sheet {
     }
 
     title: l10n.folderTemplate
+    // As its Cancel.
+    closePolicy: T.Popup.CloseOnEscape
     width: Math.min(760, parent ? parent.width - 32 : 760)
 
     foot: [
@@ -95,7 +97,6 @@ Sheet {
             ActionButton {
                 objectName: "clear"
                 height: DITTheme.smallControlHeight
-                kind: ActionButton.Destructive
                 text: sheet.l10n.clear
                 onClicked: editor.replaceAll("")
             }

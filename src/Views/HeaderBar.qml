@@ -49,7 +49,8 @@ Item {
         anchors.leftMargin: -8
         anchors.rightMargin: -8
         radius: height / 2
-        color: DITTheme.withOpacity(DITTheme.primary, 0.18 * 0.6)
+        color: DITTheme.secondary
+        opacity: 0.18
     }
     AppText {
         id: version
@@ -69,7 +70,7 @@ Item {
         anchors.baseline: name.baseline
         visible: text.length > 0
         text: header.appModel.projectName
-        font.pixelSize: DITTheme.title2
+        font.pixelSize: DITTheme.title
         font.weight: Font.DemiBold
         color: DITTheme.accentText
     }

@@ -27,6 +27,7 @@ QRect frame(const QRect& frame, const QRect& visible) {
 }
 
 void fit(QQuickWindow& window) {
+    window.resize(width, fallbackHeight);
     applyFrame(window);
     QObject::connect(
         &window, &QQuickWindow::frameSwapped, &window,

@@ -18,7 +18,7 @@ inline constexpr int fallbackHeight = 900;
 QRect frame(const QRect& frame, const QRect& visible);
 
 /// Gives `window` its launch frame, now and once more when it is on the screen and the desktop's
-/// decorations around it are known. Nothing happens without a screen.
+/// decorations around it are known. Without a screen it only gets a size.
 void fit(QQuickWindow& window);
 
 } // namespace slatewise::LaunchWindow

@@ -189,10 +189,10 @@ T.AbstractButton {
 
     background: Rectangle {
         radius: DITTheme.radius
-        color: row.focused ? DITTheme.withOpacity(DITTheme.accent, DITTheme.dark ? 0.26 : 0.14)
+        color: row.focused ? DITTheme.withOpacity(DITTheme.accent, 0.14)
                            : row.hovered ? DITTheme.hover : "transparent"
         border.width: 1
-        border.color: row.selected ? DITTheme.withOpacity(DITTheme.accent, DITTheme.dark ? 0.8 : 0.45)
+        border.color: row.selected ? DITTheme.withOpacity(DITTheme.accent, 0.45)
                                    : "transparent"
 
         FocusRing {

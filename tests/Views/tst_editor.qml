@@ -107,6 +107,7 @@ ViewCase {
     function test_how_it_ends_data() {
         return [
             { tag: "cancel", text: "{Dest}/x", button: "cancel", stored: standard, calls: 0 },
+            { tag: "escape", text: "{Dest}/x", key: Qt.Key_Escape, stored: standard, calls: 0 },
             { tag: "done", text: "{Dest}/x", button: "done", stored: "{Dest}/x", calls: 1 },
             { tag: "done with nothing", text: "  ", button: "done", stored: standard, calls: 1 }
         ]
@@ -114,7 +115,10 @@ ViewCase {
     function test_how_it_ends(data) {
         init_editor()
         editor.replaceAll(data.text)
-        mouseClick(part(data.button))
+        if (data.key)
+            keyClick(data.key)
+        else
+            mouseClick(part(data.button))
         tryVerify(() => !editor.activeFocus)
         compare(model.folderTemplate, data.stored)
         compare(model.calls.length, data.calls)

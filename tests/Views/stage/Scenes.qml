@@ -21,7 +21,7 @@ QtObject {
         model.add(model.cards, { volumeID: "a", name: "A001", subtitle: "118.2 GB", path: "/media/dit/A001",
                                  selected: true, focused: true, ekip: "Ekip1" })
         model.add(model.cards, { volumeID: "b", name: "B004", subtitle: "64.07 GB", path: "/media/dit/B004" })
-        model.add(model.cards, { volumeID: "c", name: "SES_MIX_02", subtitle: "size…", path: "/media/dit/SES_MIX_02" })
+        model.add(model.cards, { volumeID: "c", name: "SES_MIX_02", subtitle: model.l10n.measuringSize, path: "/media/dit/SES_MIX_02" })
         model.add(model.destinations, { volumeID: "x", name: "SHUTTLE_01", subtitle: "3.12 TB",
                                         path: "/media/dit/SHUTTLE_01", selected: true })
         model.add(model.destinations, { volumeID: "y", name: "RAID Backup", subtitle: "18.4 TB",
