@@ -44,8 +44,6 @@ QtObject {
         ready()
         model.cards.setProperty(1, "unit", "")
         model.cards.setProperty(1, "needsUnit", true)
-        model.progressDidFail = true
-        model.progressTitle = StageTitles.failed(model.language, model.l10n.missingUnit)
     }
     function busy() {
         ready()
