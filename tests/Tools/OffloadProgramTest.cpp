@@ -147,6 +147,7 @@ TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
         {{"--to", folder / "missing", card}, "missing: No such file"},
         {{"--to", disk, card, card + "/"}, "Given twice"},
         {{"--to", disk, "--camera"}, "--camera"},
+        {{"--to", disk, "--to", card, card}, "Both card and destination"},
     };
     for (const auto& [words, complaint] : cases) {
         const auto result = offload(words);
@@ -156,6 +157,18 @@ TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
     }
     EXPECT_FALSE(std::filesystem::exists(folder / "user"));
     EXPECT_EQ(offload({"--help"}).exitCode, 0);
+}
+
+TEST_F(OffloadProgram, NeverCopiesACardIntoItself) {
+    std::filesystem::create_directory(folder / "A001/backup");
+    std::filesystem::create_directory_symlink(folder / "A001/backup", folder / "link");
+    const auto result =
+        offload({"--to", folder / "Disk1", "--to", folder / "link", folder / "A001"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.standardError, HasSubstr("The destination backup lies on the card A001"));
+    EXPECT_EQ(result.standardOutput, "failed\t\t\nfailed\t\t\n");
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "Disk1"));
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "A001/backup"));
 }
 
 TEST_F(OffloadProgram, HashingLeavesReportsAlone) {
