@@ -78,12 +78,11 @@ std::optional<DiskFacts> UDisksObjects::facts(dev_t numbers) const {
 
 std::optional<EjectPlan> UDisksObjects::ejectPlan(dev_t numbers) const {
     const auto object = blocks_.value(numbers);
-    if (object.isEmpty() || !interface(object, kFilesystem))
+    // The service unmounts a device wherever it chooses, and not the place that somebody asked for.
+    if (object.isEmpty() || !interface(object, kFilesystem) || mountCount(object) > 1)
         return std::nullopt;
     EjectPlan plan{.fileSystem = object, .encrypted = {}, .drive = driveOf(object)};
     const auto drive = plan.drive;
-    if (mountCount(object) > 1)
-        return plan;
     if (const auto below = blockBelow(object); interface(below, kEncrypted))
         plan.encrypted = below;
     if (drive.isEmpty() || isInUseBeside(object, drive))

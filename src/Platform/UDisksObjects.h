@@ -39,7 +39,8 @@ public:
 
     /// A medium is ejected from its reader, any other drive powered off. It is left alone while
     /// another volume on it is mounted, and not powered off while that is so for a drive in the
-    /// same housing. Nothing when the service does not know the device.
+    /// same housing. Nothing when the service does not know the device, or cannot be told which of
+    /// several places to unmount it from.
     std::optional<EjectPlan> ejectPlan(dev_t numbers) const;
 
 private:

@@ -65,7 +65,7 @@ std::filesystem::path withoutLinks(const std::filesystem::path& path) {
     return failure ? path : result;
 }
 
-/// Nothing when the service is not there or does not know what is mounted at that very path.
+/// Nothing when the service is not there or cannot unmount what is at that very path and no more.
 std::optional<EjectPlan> ejectPlan(const std::filesystem::path& mountPoint,
                                    const DiskSources& sources) {
     const auto mounts = MountTable::read(sources.mountTable);

@@ -2,10 +2,13 @@
 #include "MockUDisks.h"
 
 #include "Language/AppLanguage.h"
+#include "Platform/BlockDevices.h"
 #include "Platform/FileDescriptor.h"
+#include "Platform/MountTable.h"
 #include "Platform/UserDefaults.h"
 #include "Volumes/DiskUtilClient.h"
 #include "support/MountedVolume.h"
+#include "support/Process.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -16,6 +19,7 @@ using namespace slatewise;
 using namespace slatewise::test;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 namespace {
 
@@ -104,9 +108,22 @@ TEST_F(Eject, LeavesPowerOnWhileAnotherDriveInTheHousingIsMounted) {
     EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
 }
 
-TEST_F(Eject, LeavesADeviceAloneThatIsMountedElsewhereAsWell) {
-    machine.addFilesystem("sdb1", {kMountPoint, "/media/me/again"});
-    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+TEST_F(Eject, TakesAwayOnlyThePlaceItIsAskedFor) {
+    MountedVolume disk(MountedVolume::FileSystem::Ext4, 16 * 1'048'576);
+    writeFile(disk / "file", "");
+    const TemporaryFolder elsewhere;
+    runPrivileged({"mount", "--bind", disk.path().native(), elsewhere.path().native()});
+    const auto numbers = MountTable::at(MountTable::read(), disk.path())->device;
+    machine.addBlock("loop0", BlockDevices::text(numbers));
+    machine.addFilesystem("loop0", {elsewhere.path(), disk.path()});
+    const MockUDisks service(machine.objects());
+    DiskUtilClient::eject(disk.path(), {.busAddress = service.address()});
+    disk.wasUnmounted();
+    EXPECT_FALSE(std::filesystem::exists(disk / "file"));
+    EXPECT_TRUE(std::filesystem::exists(elsewhere / "file"));
+    EXPECT_THAT(service.deeds(), IsEmpty());
+    DiskUtilClient::eject(elsewhere.path(), {.busAddress = service.address()});
+    EXPECT_FALSE(std::filesystem::exists(elsewhere / "file"));
 }
 
 TEST_F(Eject, LocksWhatWasEncrypted) {
