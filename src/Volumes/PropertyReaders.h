@@ -11,7 +11,8 @@ namespace slatewise::PropertyReaders {
 /// Trimmed text; nothing when nothing is left of it.
 std::optional<std::string> string(const PropertyValue* value);
 
-/// A whole number, cut toward zero and kept within the range; 0 for what is no number.
+/// A whole number: fractions are cut off, too large whole numbers become the largest. 0 for what is
+/// no number, and for a fractional one beyond the range.
 std::int64_t int64(const PropertyValue* value);
 
 /// False for what is neither true nor a number other than 0.

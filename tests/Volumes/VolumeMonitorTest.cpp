@@ -1,6 +1,7 @@
 #include "Volumes/VolumeMonitor.h"
 
 #include "Platform/BlockDevices.h"
+#include "Volumes/DiskUtilClient.h"
 #include "support/Leaks.h"
 #include "support/MountedVolume.h"
 #include "support/Process.h"
@@ -157,6 +158,24 @@ TEST_F(Monitoring, SortsByNameAndTellsOfARenaming) {
     monitor.refresh();
     waitForCalls(2, 2s);
     EXPECT_EQ(calls, 2);
+}
+
+TEST_F(Monitoring, LeavesEqualNamesInTheOrderOfTheListing) {
+    const std::string name = "abcdef";
+    for (unsigned capitals = 0; capitals < 1U << name.size(); ++capitals) {
+        auto folder = name;
+        for (std::size_t at = 0; at < name.size(); ++at) {
+            if (capitals & (1U << at))
+                folder[at] = static_cast<char>(folder[at] - 'a' + 'A');
+        }
+        std::filesystem::create_directory(root / folder);
+    }
+    VolumeMonitor monitor(root.path(), options());
+    monitor.refresh();
+    std::vector<std::filesystem::path> places;
+    for (const auto& volume : monitor.currentVolumes())
+        places.push_back(volume.facts.mountPoint);
+    EXPECT_EQ(places, DiskUtilClient::listMounts(root.path()));
 }
 
 TEST_F(Monitoring, EndsQuietly) {
