@@ -15,6 +15,13 @@
 
 namespace slatewise::test {
 
+namespace {
+
+/// A large card on a busy machine; the limit of a whole test is not much longer.
+constexpr std::chrono::minutes kLongestBatch{4};
+
+} // namespace
+
 Desk::Desk() {
     const auto setFolder = [&](const char* variable, const char* name) {
         qputenv(variable, QByteArray::fromStdString((folder / name).native()));
@@ -99,7 +106,7 @@ void Desk::copy() {
         QObject::connect(&model(), &AppModel::batchFinished, [&isOver] { isOver = true; });
     model().startCopy();
     if (model().isBusy())
-        waitUntil([&] { return isOver; });
+        waitUntil([&] { return isOver; }, kLongestBatch);
     QObject::disconnect(connection);
 }
 
