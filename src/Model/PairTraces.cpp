@@ -1,5 +1,6 @@
 #include "Model/PairTraces.h"
 
+#include "Platform/Error.h"
 #include "Reports/ReportFolder.h"
 #include "Reports/ReportWriter.h"
 #include "Storage/AppLog.h"
@@ -9,6 +10,20 @@
 #include <fmt/format.h>
 
 namespace slatewise::PairTraces {
+
+namespace {
+
+/// Footage that was proved and reported is no less so because the history could not be written.
+void store(const BatchPair& pair, const OffloadOutcome& outcome, AppDatabase& database) {
+    try {
+        database.save(outcome, pair.card.facts.volumeName, pair.destination.facts.volumeName,
+                      pair.camera);
+    } catch (const std::exception& failure) {
+        AppLog::append("Session not stored: " + describe(failure));
+    }
+}
+
+} // namespace
 
 void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& outcome,
            AppDatabase& database, Folders& folders) {
@@ -27,7 +42,7 @@ void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& o
     ReportWriter::copySidecars(folders.inArchive, onDestination);
     folders.onDestination = onDestination;
 
-    database.save(outcome, card.volumeName, destination.volumeName, pair.camera);
+    store(pair, outcome, database);
     AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}", outcome.status,
                                card.volumeName, destination.volumeName, outcome.files.size(),
                                outcome.bytesCopied));

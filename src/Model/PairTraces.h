@@ -17,7 +17,8 @@ struct Folders {
 
 /// Leaves all that remains of a finished pair but the footage: the report set in the archive and on
 /// the destination, the session in the store, a line in the log, and a report that waits for the
-/// service. In this order; the first failure is thrown and ends it. Blocks; any thread.
+/// service. In this order; a report that cannot be written is thrown and ends it, a store that
+/// cannot be is a line in the log. Blocks; any thread.
 ///
 /// `folders` is filled in on the way, so that it says what there is after a failure too.
 void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& outcome,

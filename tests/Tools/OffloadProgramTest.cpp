@@ -209,6 +209,17 @@ TEST_F(OffloadProgram, AStoreThatCannotBeOpenedCostsTheHistoryAlone) {
     expectProved(lines(result).at(0), folder / "A001");
 }
 
+TEST_F(OffloadProgram, AStoreThatTakesNothingCostsTheHistoryAlone) {
+    offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
+    run({"sqlite3", store().native(),
+         "CREATE TRIGGER full BEFORE INSERT ON sessions BEGIN SELECT RAISE(ABORT, 'full'); END;"});
+    const auto result = offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    expectProved(lines(result).at(0), folder / "A001");
+    EXPECT_EQ(run({"sqlite3", store().native(), "SELECT count(*) FROM sessions"}).standardOutput,
+              "1\n");
+}
+
 TEST_F(OffloadProgram, AnInterruptStopsCleanlyAndSaysWhatStays) {
     writeFile(folder / "A001/DCIM/long.mov", "");
     std::filesystem::resize_file(folder / "A001/DCIM/long.mov", 20'000'000'000);

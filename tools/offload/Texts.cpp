@@ -22,9 +22,4 @@ std::string Texts::reportsNotWritten(std::string_view reason) const {
                              reason);
 }
 
-std::string Texts::storeNotUsed(std::string_view reason) const {
-    return shared.isTurkish() ? fmt::format("Geçmiş kaydedilmedi: {}", reason)
-                              : fmt::format("The history was not recorded: {}", reason);
-}
-
 } // namespace slatewise::tool
