@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <numeric>
 
 namespace slatewise::PdfReport {
 
@@ -136,6 +137,16 @@ std::string countsLine(const SessionManifest& manifest, const L10n& l10n) {
 
 std::string programLine() {
     return fmt::format("{} v{}", AppInfo::name, AppInfo::version);
+}
+
+void giveRestToLast(std::span<double> columnWidths, double tableWidth) {
+    const auto others = columnWidths.first(columnWidths.size() - 1);
+    columnWidths.back() = std::accumulate(others.begin(), others.end(), tableWidth, std::minus<>());
+}
+
+double columnLeft(std::size_t column, std::span<const double> columnWidths, double tableLeft) {
+    const auto before = columnWidths.first(column);
+    return std::accumulate(before.begin(), before.end(), tableLeft);
 }
 
 double nameInset(int depth, double columnWidth) {

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -73,6 +74,12 @@ std::string countsLine(const SessionManifest& manifest, const L10n& l10n);
 
 /// "Slatewise DIT v0.1.42.0".
 std::string programLine();
+
+/// Gives the last column what the others leave of the table.
+void giveRestToLast(std::span<double> columnWidths, double tableWidth);
+
+/// The left edge of a column.
+double columnLeft(std::size_t column, std::span<const double> columnWidths, double tableLeft);
 
 /// Where a name begins at that depth, from the left edge of a column: in a deep tree there must be
 /// room for a name, too.

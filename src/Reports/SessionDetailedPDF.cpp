@@ -331,18 +331,12 @@ std::vector<Row> flatten(std::span<const ReportNode> nodes, const ClipEssence& c
 
 Widths columnWidths() {
     Widths widths = {128, 72, 118, 132, 52, 0};
-    double rest = kTableWidth;
-    for (const double width : widths)
-        rest -= width;
-    widths.back() = rest;
+    giveRestToLast(widths, kTableWidth);
     return widths;
 }
 
 double colX(std::size_t column, const Widths& widths) {
-    double x = kTableLeft;
-    for (std::size_t before = 0; before < column; ++before)
-        x += widths[before];
-    return x;
+    return columnLeft(column, widths, kTableLeft);
 }
 
 void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const Widths& widths,

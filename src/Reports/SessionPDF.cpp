@@ -252,18 +252,12 @@ std::vector<Row> flatten(std::span<const ReportNode> nodes, AppLanguage language
 
 Widths columnWidths() {
     Widths widths = {124, 86, 36, 42, 108, 60, 44, 24, 0};
-    double rest = kTableWidth;
-    for (const double width : widths)
-        rest -= width;
-    widths.back() = rest;
+    giveRestToLast(widths, kTableWidth);
     return widths;
 }
 
 double colX(std::size_t column, const Widths& widths) {
-    double x = kTableLeft;
-    for (std::size_t before = 0; before < column; ++before)
-        x += widths[before];
-    return x;
+    return columnLeft(column, widths, kTableLeft);
 }
 
 void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const Widths& widths,
