@@ -1,5 +1,6 @@
 #include "App/DitApplication.h"
 
+#include "Platform/GraphicsHardware.h"
 #include "Storage/AppInfo.h"
 #include "Storage/AppLog.h"
 #include "Views/LaunchWindow.h"
@@ -7,6 +8,7 @@
 #include <QGuiApplication>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QSGRendererInterface>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <stdexcept>
@@ -42,6 +44,10 @@ Surroundings withChooser(Surroundings surroundings, FolderChooser& chooser) {
 void DitApplication::prepare() {
     // Our controls look the same on every desktop; only the folder dialog is the desktop's.
     QQuickStyle::setStyle("Basic");
+    // A window that a processor has to draw is drawn where it changed, without OpenGL in between:
+    // half the memory, and the processor is left to the copy. Whoever asks for a backend gets it.
+    if (!GraphicsHardware::isPresent() && qEnvironmentVariableIsEmpty("QT_QUICK_BACKEND"))
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QGuiApplication::setApplicationName(QString::fromUtf8(AppInfo::name.data()));
     QGuiApplication::setApplicationVersion(QString::fromUtf8(AppInfo::version.data()));
     QGuiApplication::setDesktopFileName(QString::fromUtf8(AppInfo::bundleID.data()));

@@ -164,7 +164,7 @@ void AppModel::useReportsFolder(const std::filesystem::path& folder) {
     settings_.outputFolderPath = folder.native();
     saveSettings();
     pickedFolders_.saveReportsFolder(folder);
-    reportMigration_.migrate(SupportPaths::reportsArchive(settings_));
+    reportMigration_.migrate(SupportPaths::reportsArchivePath(settings_));
     updateReportsFolder();
     settingsEdited();
     AppLog::append("Rapor klasörü: " + folder.native());
@@ -179,8 +179,16 @@ void AppModel::resetReportsFolder() {
 }
 
 void AppModel::revealReportsFolder() {
-    if (surroundings_.showFolder)
-        surroundings_.showFolder(SupportPaths::reportsArchive(settings_));
+    showArchive(this);
+}
+
+/// Made by then, so that there is something to show.
+QCoro::Task<> AppModel::showArchive(QPointer<AppModel> model) {
+    const auto making = onWorker(
+        [settings = model->settings_] { return SupportPaths::reportsArchive(settings); });
+    const auto archive = co_await making;
+    if (model && model->surroundings_.showFolder)
+        model->surroundings_.showFolder(archive);
 }
 
 void AppModel::revealReports(const SessionRecord& session) {
@@ -200,14 +208,14 @@ QCoro::Task<> AppModel::showReportsOf(QPointer<AppModel> model, std::filesystem:
 }
 
 void AppModel::migrateReportFolderNames() {
-    reportMigration_.migrate(SupportPaths::reportsArchive(settings_));
+    reportMigration_.migrate(SupportPaths::reportsArchivePath(settings_));
     for (const auto& destination : board_.lists().destinations)
         reportMigration_.migrate(
             ReportFolder::destinationReportsRoot(destination.facts.mountPoint));
 }
 
 void AppModel::updateReportsFolder() {
-    reportsFolderDisplay_ = toQString(SupportPaths::reportsArchive(settings_).native());
+    reportsFolderDisplay_ = toQString(SupportPaths::reportsArchivePath(settings_).native());
 }
 
 void AppModel::settingsEdited() {

@@ -4,6 +4,7 @@
 #include "Model/Batch.h"
 #include "Model/CardUnits.h"
 #include "Model/ContentSizes.h"
+#include "Model/FolderPresence.h"
 #include "Model/PickedFolders.h"
 #include "Model/ProgressTexts.h"
 #include "Model/ReportMigration.h"
@@ -273,6 +274,7 @@ private:
     void updateReportsFolder();
 
     // Of a batch.
+    void batchBegan(const BatchPlan& plan) override;
     void pairBegan(const BatchPair& pair) override;
     void phaseChanged(const OffloadPhase& phase) override;
     void problemFound(const std::string& problem) override;
@@ -280,7 +282,6 @@ private:
     void batchEnded(const BatchResult& result) override;
     BatchPlan batchPlan() const;
     bool everyCardHasItsUnit(const BatchPlan& plan);
-    std::optional<std::string> obstacleTo(const BatchPlan& plan) const;
     void fail(const std::string& message);
     static QCoro::Task<> showWhatIsLeft(QPointer<AppModel> model,
                                         std::optional<std::filesystem::path> report);
@@ -289,6 +290,7 @@ private:
     static std::optional<std::vector<SessionRecord>> latestOf(const AppDatabase& database);
     void refreshSessions();
     void migrateReportFolderNames();
+    static QCoro::Task<> showArchive(QPointer<AppModel> model);
     static QCoro::Task<> showReportsOf(QPointer<AppModel> model, std::filesystem::path reports);
     void serviceProfileChanged();
     void updateSaasLine();
@@ -312,6 +314,7 @@ private:
     ServiceProfileFile serviceProfile_;
     ReportMigration reportMigration_;
     PickedFolderStore pickedFolders_;
+    FolderPresence folderPresence_;
 
     VolumeBoard board_;
     CardUnits cardUnits_;

@@ -1,9 +1,6 @@
 #include "Model/AppModel.h"
 
-#include "Model/FolderOverlap.h"
-#include "Model/SpaceCheck.h"
 #include "Offload/OffloadError.h"
-#include "Offload/PathSize.h"
 #include "Platform/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -31,14 +28,10 @@ void AppModel::startCopy() {
         return fail(OffloadError(OffloadError::MissingSelection{}).localizedDescription());
     if (!everyCardHasItsUnit(plan))
         return publish();
-    if (const auto obstacle = obstacleTo(plan))
-        return fail(*obstacle);
-    persistDestIDs();
-    settings_.save(defaults_);
-    AppLog::append("Offload start dests=" + joinedNames(plan.destinations) +
-                   " cards=" + joinedNames(plan.cards));
     if (batch_)
         batch_->abandon();
+    phase_ = Phase::Scanning{};
+    publish();
     BatchListener& listener = *this;
     batch_ = std::make_shared<Batch>(plan, surroundings_, database_, listener);
     batch_->start();
@@ -56,6 +49,7 @@ BatchPlan AppModel::batchPlan() const {
             .destinations = board_.selectedDests(),
             .cameraByCardID = cardUnits_.cameraByCardID,
             .ekipByCardID = cardUnits_.ekipByCardID,
+            .totalBytes = contentSizes_.totalOf(board_.selectedCards()),
             .serviceProfile = serviceProfile_.current()};
 }
 
@@ -74,18 +68,18 @@ bool AppModel::everyCardHasItsUnit(const BatchPlan& plan) {
     return cardUnits_.cardsNeedingUnit.empty();
 }
 
-std::optional<std::string> AppModel::obstacleTo(const BatchPlan& plan) const {
-    if (const auto overlap = FolderOverlap::find(plan, Clock::now()))
-        return overlap;
-    const auto lack = SpaceCheck::findLackOfRoom(
-        contentSizes_.totalOf(plan.cards), plan.destinations,
-        [](const auto& folder) { return PathSize::volumeBytes(folder).free; });
-    return lack ? std::optional(lack->localizedDescription()) : std::nullopt;
-}
-
 void AppModel::fail(const std::string& message) {
     phase_ = Phase::Failed{message};
     publish();
+}
+
+void AppModel::batchBegan(const BatchPlan& plan) {
+    persistDestIDs();
+    settings_.save(defaults_);
+    AppLog::append("Offload start dests=" + joinedNames(plan.destinations) +
+                   " cards=" + joinedNames(plan.cards));
+    if (batchListener_)
+        batchListener_->batchBegan(plan);
 }
 
 void AppModel::pairBegan(const BatchPair& pair) {

@@ -50,6 +50,7 @@ struct AppModel::FirstLook {
 /// window that appears should show what is mounted.
 void AppModel::takeUpVolumes() {
     pickedFolders_.forgetCards();
+    folderPresence_.setOnGone([this] { applyVolumes(); });
     const auto look = std::make_shared<FirstLook>();
     auto done = look->done.get_future();
     auto looking =
@@ -89,8 +90,9 @@ void AppModel::beginWith(const FirstLook& look) {
 }
 
 void AppModel::restoreReportsFolder() {
-    const auto reports = pickedFolders_.restoreReportsFolder();
-    if (reports && Text::trimmed(settings_.outputFolderPath).empty())
+    const auto reports = pickedFolders_.storedReportsFolder();
+    if (reports && folderPresence_.isThere(*reports) &&
+        Text::trimmed(settings_.outputFolderPath).empty())
         settings_.outputFolderPath = reports->native();
     updateReportsFolder();
 }

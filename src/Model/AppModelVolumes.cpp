@@ -3,7 +3,6 @@
 #include "Model/DestinationMemory.h"
 #include "Model/QtText.h"
 #include "Platform/Error.h"
-#include "Platform/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Reports/ReportFolder.h"
@@ -35,7 +34,7 @@ void AppModel::applyVolumes() {
                                                       : std::vector<ClassifiedVolume>();
     const auto applied =
         board_.apply(mounted, DestinationMemory::load(defaults_),
-                     [](const auto& folder) { return FileSystem::exists(folder); });
+                     [this](const auto& folder) { return folderPresence_.isThere(folder); });
     persistPickedFolders();
     refreshContentSizes(applied.appeared);
     announce(applied.newCards);

@@ -1,7 +1,10 @@
 #include "Model/Batch.h"
 
+#include "Model/FolderOverlap.h"
 #include "Model/PairTraces.h"
+#include "Model/SpaceCheck.h"
 #include "Offload/CopyEngine.h"
+#include "Offload/PathSize.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -18,8 +21,8 @@ namespace slatewise {
 
 namespace {
 
-/// How often progress is looked at: smooth to the eye, and nothing to a GUI thread.
-constexpr std::chrono::milliseconds kProgressInterval{33};
+/// How often progress is looked at: once for each picture that a screen shows.
+constexpr std::chrono::milliseconds kProgressInterval{16};
 
 bool endedWell(const std::string& status) {
     return status == OutcomeStatus::verified || status == OutcomeStatus::hashed;
@@ -50,6 +53,15 @@ void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     } else if (outcome.status == OutcomeStatus::hashed) {
         result.filesDone = countRows(outcome, VerifyStatus::hashed);
     }
+}
+
+std::optional<std::string> obstacleTo(const BatchPlan& plan) {
+    if (const auto overlap = FolderOverlap::find(plan, Clock::now()))
+        return overlap;
+    const auto lack = SpaceCheck::findLackOfRoom(
+        plan.totalBytes, plan.destinations,
+        [](const auto& folder) { return PathSize::volumeBytes(folder).free; });
+    return lack ? std::optional(lack->localizedDescription()) : std::nullopt;
 }
 
 QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile,
@@ -89,6 +101,9 @@ void Batch::abandon() {
 QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
     BatchResult result;
     result.wasHashing = self->plan_.settings.verifyOnly;
+    result.message = co_await self->findObstacle();
+    if (!result.message && self->listener_)
+        self->listener_->batchBegan(self->plan_);
     for (const auto& pair : self->plan_.pairs()) {
         if (result.message) {
             result.pairs.emplace_back();
@@ -111,6 +126,16 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
     }
     if (self->listener_)
         self->listener_->batchEnded(result);
+}
+
+/// Why nothing can be begun, in the user's words.
+QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
+    const auto looking = onWorker([self = shared_from_this()] { return obstacleTo(self->plan_); });
+    try {
+        co_return co_await looking;
+    } catch (const std::exception& failure) {
+        co_return describe(failure);
+    }
 }
 
 /// Never fails: a failure is a result.
@@ -152,6 +177,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
 
 QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
     QTimer postman;
+    postman.setTimerType(Qt::PreciseTimer);
     QObject::connect(&postman, &QTimer::timeout, [this, work] { deliver(work->mail.take()); });
     postman.start(kProgressInterval);
     auto running = onWorker([self = shared_from_this(), work] {

@@ -60,6 +60,8 @@ class BatchListener {
 public:
     virtual ~BatchListener() = default;
 
+    /// Nothing stands against it; the first pair is next. Not told of a batch that has to be refused.
+    virtual void batchBegan(const BatchPlan& plan) = 0;
     virtual void pairBegan(const BatchPair& pair) = 0;
     virtual void phaseChanged(const OffloadPhase& phase) = 0;
     /// A sentence that has no other place: why a file failed, which folder could not be read.
@@ -90,6 +92,7 @@ private:
     struct PairWork;
 
     static QCoro::Task<> run(std::shared_ptr<Batch> self);
+    QCoro::Task<std::optional<std::string>> findObstacle();
     QCoro::Task<PairResult> runPair(BatchPair pair);
     QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);

@@ -8,6 +8,7 @@
 #include "Volumes/VolumeRecords.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,6 +35,8 @@ struct BatchPlan {
     std::vector<ClassifiedVolume> destinations;
     CardLabels cameraByCardID;
     CardLabels ekipByCardID;
+    /// Of all cards together, as far as they are measured.
+    std::int64_t totalBytes = 0;
     /// Empty while there is no reporting service.
     std::optional<SaaSProfile> serviceProfile{};
 

@@ -1,7 +1,6 @@
 #include "Model/PickedFolders.h"
 
 #include "Model/StoredList.h"
-#include "Platform/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/UserDefaults.h"
 
@@ -90,9 +89,9 @@ void PickedFolderStore::saveReportsFolder(const std::optional<std::filesystem::p
         defaults_.removeValue(kReportsFolder);
 }
 
-std::optional<std::filesystem::path> PickedFolderStore::restoreReportsFolder() const {
+std::optional<std::filesystem::path> PickedFolderStore::storedReportsFolder() const {
     const auto stored = defaults_.value(kReportsFolder);
-    if (!stored || stored->empty() || !FileSystem::exists(*stored))
+    if (!stored || stored->empty())
         return std::nullopt;
     return *stored;
 }

@@ -42,7 +42,7 @@ public:
 
     /// Nothing for the default folder.
     void saveReportsFolder(const std::optional<std::filesystem::path>& folder);
-    std::optional<std::filesystem::path> restoreReportsFolder() const;
+    std::optional<std::filesystem::path> storedReportsFolder() const;
 
 private:
     UserDefaults& defaults_;

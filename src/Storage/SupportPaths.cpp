@@ -32,9 +32,13 @@ std::filesystem::path defaultReportsDirectory() {
     return UserFolders::documents() / "SlatewiseDIT";
 }
 
-std::filesystem::path reportsArchive(const OffloadSettings& settings) {
+std::filesystem::path reportsArchivePath(const OffloadSettings& settings) {
     const std::filesystem::path chosen = Text::trimmed(settings.outputFolderPath);
-    return made(chosen.empty() ? defaultReportsDirectory() : chosen);
+    return chosen.empty() ? defaultReportsDirectory() : chosen;
+}
+
+std::filesystem::path reportsArchive(const OffloadSettings& settings) {
+    return made(reportsArchivePath(settings));
 }
 
 } // namespace slatewise::SupportPaths

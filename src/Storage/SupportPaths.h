@@ -23,8 +23,11 @@ std::filesystem::path databaseURL(std::string_view fileName = "dit.sqlite");
 /// "SlatewiseDIT" among the user's documents. Not made.
 std::filesystem::path defaultReportsDirectory();
 
-/// The folder of the local report archive, made if missing: the one the user chose, else the
-/// default one.
+/// The folder of the local report archive: the one the user chose, else the default one. Not made,
+/// and no disk is asked.
+std::filesystem::path reportsArchivePath(const OffloadSettings& settings);
+
+/// The same, made if missing. Blocks as long as its disk does.
 std::filesystem::path reportsArchive(const OffloadSettings& settings);
 
 } // namespace SupportPaths

@@ -68,7 +68,8 @@ MountedVolume& Person::plugIn(const std::string& label, std::int64_t sizeBytes) 
 
 MountedVolume& Person::plugInCard(const std::string& label, int clips, std::size_t clipBytes) {
     const auto size = static_cast<std::int64_t>(clips) * static_cast<std::int64_t>(clipBytes);
-    auto& card = plugIn(label, size + (32 << 20));
+    // What the file system keeps for itself comes on top.
+    auto& card = plugIn(label, size + size / 4 + (32 << 20));
     for (int clip = 1; clip <= clips; ++clip)
         writeFile(card / "DCIM" / ("C00" + std::to_string(clip) + ".MOV"), bytesOf(clipBytes));
     return card;

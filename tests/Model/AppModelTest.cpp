@@ -299,6 +299,7 @@ TEST_F(Application, EditsTheTemplateAndTheReportsFolder) {
     EXPECT_EQ(model().reportsFolderDisplay(), toQString((desk.folder / "Archive").native()));
     EXPECT_FALSE(model().isDefaultReportsFolder());
     model().revealReportsFolder();
+    Desk::waitUntil([&] { return !desk.shown.empty(); });
     EXPECT_THAT(desk.shown, ElementsAre(desk.folder / "Archive"));
     model().resetReportsFolder();
     EXPECT_TRUE(model().isDefaultReportsFolder());

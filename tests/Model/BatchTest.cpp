@@ -25,6 +25,7 @@ namespace {
 
 /// Notes what a batch tells.
 struct BatchRecord : BatchListener {
+    void batchBegan(const BatchPlan&) override { ++begun; }
     void pairBegan(const BatchPair& pair) override {
         labels.push_back(pair.position.label);
         fractions.push_back(model->progressFraction());
@@ -38,6 +39,7 @@ struct BatchRecord : BatchListener {
     void batchEnded(const BatchResult& ended) override { result = ended; }
 
     AppModel* model = nullptr;
+    int begun = 0;
     std::vector<std::string> labels;
     std::vector<double> fractions;
     std::vector<std::string> problems;
@@ -318,7 +320,16 @@ TEST_F(BatchOfCards, LooksBeforeItBegins) {
     model.applyVolumes();
     desk.copy();
     EXPECT_EQ(title(), "Failed: Not enough space on the destination (need 8.4 MB, 8.4 MB free).");
+
+    desk.choice = desk.folder / "A001/Copies";
+    std::filesystem::create_directories(*desk.choice);
+    model.pickDestinationFolder();
+    Desk::waitUntil([&] { return model.board().selectedDests().size() == 2; });
+    desk.copy();
+    EXPECT_EQ(title(), "Failed: " + model.l10n().destinationInsideCard("Copies", "A001"));
+
     EXPECT_EQ(runs, 0);
+    EXPECT_EQ(record.begun, 0);
     EXPECT_FALSE(std::filesystem::exists(desk.folder / "SSD1/reports"));
 }
 

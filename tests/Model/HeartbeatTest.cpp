@@ -1,7 +1,6 @@
 #include "support/Desk.h"
+#include "support/Heartbeat.h"
 #include "support/RecordingServer.h"
-
-#include <QTimer>
 
 #include <gmock/gmock.h>
 
@@ -10,7 +9,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <fstream>
 #include <thread>
 
 using namespace slatewise;
@@ -18,53 +16,12 @@ using namespace slatewise::test;
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 #ifdef __SANITIZE_ADDRESS__
 constexpr int kFiles = 10'000; // sanitizers take several times as long for each
 #else
 constexpr int kFiles = 100'000;
 #endif
 constexpr std::chrono::milliseconds kLongestStall{50};
-
-/// How long this thread has waited for a processor that was busy with others, which is no stall of
-/// its own.
-Clock::duration waitedForProcessor() {
-    std::ifstream file("/proc/thread-self/schedstat");
-    std::int64_t onProcessor = 0;
-    std::int64_t waiting = 0;
-    file >> onProcessor >> waiting;
-    return std::chrono::nanoseconds(waiting);
-}
-
-/// Notes the longest time in which the GUI thread has not come round to a timer that is due each
-/// millisecond: at work, or waiting for a lock or a disk.
-class Heartbeat {
-public:
-    Heartbeat() {
-        timer_.setTimerType(Qt::PreciseTimer);
-        timer_.callOnTimeout([this] { beat(); });
-        timer_.start(1);
-    }
-
-    std::chrono::milliseconds longest() const {
-        return std::chrono::duration_cast<std::chrono::milliseconds>(longest_);
-    }
-
-private:
-    void beat() {
-        const auto now = Clock::now();
-        const auto waited = waitedForProcessor();
-        longest_ = std::max(longest_, (now - last_) - (waited - lastWaited_));
-        last_ = now;
-        lastWaited_ = waited;
-    }
-
-    QTimer timer_;
-    Clock::time_point last_ = Clock::now();
-    Clock::duration lastWaited_ = waitedForProcessor();
-    Clock::duration longest_{};
-};
 
 /// A folder in memory, where files cost nothing but what is done with them.
 class MemoryFolder {

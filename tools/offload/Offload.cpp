@@ -79,9 +79,13 @@ QCoro::Task<> Offload::begin() {
         model_.cancelCopy();
     if (model_.isBusy())
         co_return;
-    // Something stood against it before anything was begun.
+    // A folder has gone since it was named, so that there is nothing to begin with.
     display_.note(model_.progressTitle().toStdString());
     Q_EMIT model_.batchFinished();
+}
+
+void Offload::batchBegan(const BatchPlan&) {
+    isBegun_ = true;
 }
 
 void Offload::pairBegan(const BatchPair& pair) {
@@ -125,6 +129,8 @@ void Offload::pairEnded(const BatchPair&, const PairResult& result) {
 }
 
 void Offload::batchEnded(const BatchResult& result) {
+    if (!isBegun_ && result.message)
+        display_.note(texts_.shared.failed(*result.message));
     results_ = result.pairs;
 }
 

@@ -24,6 +24,7 @@ public:
 
 private:
     QCoro::Task<> begin();
+    void batchBegan(const BatchPlan& plan) override;
     void pairBegan(const BatchPair& pair) override;
     void phaseChanged(const OffloadPhase& phase) override;
     void problemFound(const std::string& problem) override;
@@ -35,6 +36,7 @@ private:
     ProgressDisplay& display_;
     AppModel model_;
     std::stop_token stop_;
+    bool isBegun_ = false;
     std::vector<PairResult> results_;
 };
 

@@ -1,12 +1,16 @@
 import QtQuick
 import SlatewiseViews
 
-// How far it is, from 0 to 1, in the colour of how it went.
+// How far it is, from 0 to 1, in the colour of how it went. Glides on as it grows, since a slow disk
+// tells of its progress a few times a second only.
 Rectangle {
     id: track
 
     property real fraction: 0
     property color hue: DITTheme.accent
+
+    // What the bar is at this moment.
+    property real shown: 0
 
     implicitHeight: 8
     radius: height / 2
@@ -14,9 +18,27 @@ Rectangle {
     Accessible.role: Accessible.ProgressBar
     Accessible.name: Math.round(fraction * 100) + "%"
 
+    onFractionChanged: {
+        if (fraction > shown) {
+            glide.restart()
+        } else {
+            glide.stop()
+            shown = fraction
+        }
+    }
+
+    NumberAnimation {
+        id: glide
+        target: track
+        property: "shown"
+        to: track.fraction
+        duration: DITTheme.gentle
+    }
+
     Rectangle {
+        objectName: "fill"
         height: parent.height
-        width: track.fraction <= 0 ? 0 : Math.max(height, parent.width * track.fraction)
+        width: track.shown <= 0 ? 0 : Math.max(height, parent.width * track.shown)
         radius: parent.radius
         color: track.hue
     }

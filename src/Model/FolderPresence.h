@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QCoro/QCoroTask>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <set>
+
+namespace slatewise {
+
+/// Whether picked folders are still there, for a window that must not wait: a share whose server is
+/// gone keeps whoever asks for as long as it likes. A folder that is silent counts as there, and is
+/// not asked again before it has answered. GUI thread.
+class FolderPresence {
+public:
+    /// Blocks, any thread.
+    using ExistsTest = std::function<bool(const std::filesystem::path&)>;
+
+    FolderPresence();
+    explicit FolderPresence(ExistsTest exists);
+
+    /// `onGone` is called when a folder that was silent turns out to be gone.
+    void setOnGone(std::function<void()> onGone) { late_->onGone = std::move(onGone); }
+
+    /// False for a folder that is known to be gone. A silent one takes 20 ms, once.
+    bool isThere(const std::filesystem::path& folder);
+
+private:
+    /// What outlives this object as long as an answer is out.
+    struct Late {
+        std::set<std::filesystem::path> folders;
+        std::function<void()> onGone;
+    };
+
+    static QCoro::Task<> hear(std::weak_ptr<Late> late, std::filesystem::path folder,
+                              QCoro::Task<bool> looking);
+
+    ExistsTest exists_;
+    std::shared_ptr<Late> late_ = std::make_shared<Late>();
+};
+
+} // namespace slatewise

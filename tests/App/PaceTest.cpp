@@ -1,0 +1,51 @@
+#include "App/Person.h"
+#include "support/Heartbeat.h"
+
+#include <gtest/gtest.h>
+
+#include <QQuickWindow>
+
+#include <atomic>
+#include <chrono>
+
+// How the window keeps up with a copy at full speed.
+
+namespace {
+
+using namespace slatewise::test;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::int64_t kMiB = 1 << 20;
+/// A screen shows 60 pictures a second; a machine that has other tests to run gets some slack.
+constexpr double kFewestPerSecond = 40;
+constexpr std::chrono::milliseconds kLongestStall{50};
+
+TEST(Pace, ACopyIsShownAsItGoesAndNeverHoldsUpTheWindow) {
+    Person person;
+    person.plugInCard("A001", 6, 64 * kMiB);
+    person.plugIn("SHUTTLE", 1024 * kMiB);
+    person.choose("A001", "CamA");
+    person.chooseDisk("SHUTTLE");
+
+    const auto& model = person.application().model();
+    auto& window = person.application().window();
+    std::atomic<int> pictures = 0;
+    QObject::connect(&window, &QQuickWindow::frameSwapped, &window, [&] { ++pictures; },
+                     Qt::DirectConnection);
+    const Heartbeat heartbeat;
+    person.click(person.see("copy"));
+    Person::wait("begin", [&] { return model.progressFraction() > 0; });
+    const auto begin = Clock::now();
+    pictures = 0;
+    Person::wait("end of copying", [&] { return model.progressFraction() > 0.84; });
+    const double perSecond =
+        pictures / std::chrono::duration<double>(Clock::now() - begin).count();
+    Person::wait("end", [&] { return !model.isBusy(); });
+
+    EXPECT_GT(perSecond, kFewestPerSecond);
+    EXPECT_LT(heartbeat.longest(), kLongestStall);
+    RecordProperty("picturesPerSecond", std::to_string(perSecond));
+    RecordProperty("longestStallMilliseconds", static_cast<int>(heartbeat.longest().count()));
+}
+
+} // namespace

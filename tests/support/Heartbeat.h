@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <fstream>
+
+namespace slatewise::test {
+
+/// Notes the longest time in which the GUI thread has not come round to a timer that is due each
+/// millisecond: at work, or waiting for a lock or a disk. What it has waited for a processor that
+/// was busy with others is no stall of its own.
+class Heartbeat {
+public:
+    Heartbeat() {
+        timer_.setTimerType(Qt::PreciseTimer);
+        timer_.callOnTimeout([this] { beat(); });
+        timer_.start(1);
+    }
+
+    std::chrono::milliseconds longest() const {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(longest_);
+    }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    static Clock::duration waitedForProcessor() {
+        std::ifstream file("/proc/thread-self/schedstat");
+        std::int64_t onProcessor = 0;
+        std::int64_t waiting = 0;
+        file >> onProcessor >> waiting;
+        return std::chrono::nanoseconds(waiting);
+    }
+
+    void beat() {
+        const auto now = Clock::now();
+        const auto waited = waitedForProcessor();
+        longest_ = std::max(longest_, (now - last_) - (waited - lastWaited_));
+        last_ = now;
+        lastWaited_ = waited;
+    }
+
+    QTimer timer_;
+    Clock::time_point last_ = Clock::now();
+    Clock::duration lastWaited_ = waitedForProcessor();
+    Clock::duration longest_{};
+};
+
+} // namespace slatewise::test
