@@ -70,11 +70,12 @@ void DitApplication::noteEnd() const {
                        model_->progressTitle().toStdString());
 }
 
-void showStartFailure(const std::string& message) {
+void showStartFailure(const std::string& reason) {
     QQmlApplicationEngine engine;
+    const auto texts = L10n::current();
     loadWindow(engine, "StartFailureWindow.qml",
-               {{"message", QString::fromStdString(message)},
-                {"buttonText", QString::fromUtf8(L10n::current().done().data())}});
+               {{"message", QString::fromStdString(texts.cannotStart(reason))},
+                {"buttonText", QString::fromUtf8(texts.done().data())}});
     QGuiApplication::exec();
 }
 

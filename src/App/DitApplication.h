@@ -39,6 +39,6 @@ private:
 };
 
 /// Shows why the program cannot start, and waits for the user to close that.
-void showStartFailure(const std::string& message);
+void showStartFailure(const std::string& reason);
 
 } // namespace slatewise

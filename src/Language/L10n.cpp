@@ -112,6 +112,11 @@ std::string L10n::destinationInsideCard(Text destination, Text card) const {
                              destination, card);
 }
 
+std::string L10n::cannotStart(Text reason) const {
+    return fmt::format("{}: {}",
+                       text("Slatewise DIT cannot start", "Slatewise DIT başlatılamıyor"), reason);
+}
+
 std::string L10n::cardInsideSession(Text card, Text session) const {
     return isTurkish()
                ? fmt::format("{} kartı, kopyanın yazılacağı klasörün içinde ({}). Başka bir hedef "

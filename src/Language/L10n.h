@@ -50,6 +50,7 @@ public:
     std::string reportCountsLine(int copied, int skipped, int failed) const;
     std::string destinationInsideCard(Text destination, Text card) const;
     std::string cardInsideSession(Text card, Text session) const;
+    std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.
     std::string connected(Text account, Text address) const;
     std::string standalone() const;

@@ -113,8 +113,11 @@ QString AppModel::folderTemplate() const {
 }
 
 void AppModel::addSkipName(const QString& name) {
+    const auto before = settings_.skipNames();
     settings_.addExclude(name.toStdString());
-    skipNamesEdited();
+    // Measuring all cards anew may take minutes.
+    if (settings_.skipNames() != before)
+        skipNamesEdited();
 }
 
 void AppModel::removeSkipName(const QString& name) {

@@ -4,26 +4,56 @@
 
 namespace slatewise {
 
+namespace {
+
+auto find(const std::vector<VolumeRow>& rows, std::size_t from, const QString& volumeID) {
+    return std::find_if(rows.begin() + static_cast<std::ptrdiff_t>(from), rows.end(),
+                        [&](const auto& row) { return row.volumeID == volumeID; });
+}
+
+} // namespace
+
 void VolumeListModel::setRows(std::vector<VolumeRow> rows) {
-    const bool sameVolumes = std::equal(
-        rows.begin(), rows.end(), rows_.begin(), rows_.end(),
-        [](const auto& left, const auto& right) { return left.volumeID == right.volumeID; });
-    if (!sameVolumes) {
-        const bool sameCount = rows.size() == rows_.size();
-        beginResetModel();
-        rows_ = std::move(rows);
-        endResetModel();
-        if (!sameCount)
-            Q_EMIT countChanged();
+    const auto countBefore = rows_.size();
+    for (auto row = rows_.size(); row-- > 0;) {
+        if (find(rows, 0, rows_[row].volumeID) == rows.end())
+            remove(row);
+    }
+    for (std::size_t row = 0; row < rows.size(); ++row)
+        bring(row, std::move(rows[row]));
+    while (rows_.size() > rows.size())
+        remove(rows_.size() - 1);
+    if (rows_.size() != countBefore)
+        Q_EMIT countChanged();
+}
+
+void VolumeListModel::remove(std::size_t row) {
+    const int place = static_cast<int>(row);
+    beginRemoveRows({}, place, place);
+    rows_.erase(rows_.begin() + place);
+    endRemoveRows();
+}
+
+/// Rows above have their places already.
+void VolumeListModel::bring(std::size_t row, VolumeRow shown) {
+    const int place = static_cast<int>(row);
+    const auto found = find(rows_, row, shown.volumeID);
+    if (found == rows_.end()) {
+        beginInsertRows({}, place, place);
+        rows_.insert(rows_.begin() + place, std::move(shown));
+        endInsertRows();
         return;
     }
-    for (std::size_t row = 0; row < rows.size(); ++row) {
-        if (rows[row] == rows_[row])
-            continue;
-        rows_[row] = std::move(rows[row]);
-        const auto changed = index(static_cast<int>(row));
-        Q_EMIT dataChanged(changed, changed);
+    if (const int from = static_cast<int>(found - rows_.begin()); from != place) {
+        beginMoveRows({}, from, from, {}, place);
+        std::rotate(rows_.begin() + place, rows_.begin() + from, rows_.begin() + from + 1);
+        endMoveRows();
     }
+    if (rows_[row] == shown)
+        return;
+    rows_[row] = std::move(shown);
+    const auto changed = index(place);
+    Q_EMIT dataChanged(changed, changed);
 }
 
 int VolumeListModel::rowCount(const QModelIndex& parent) const {

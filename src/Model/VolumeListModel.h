@@ -3,6 +3,7 @@
 #include <QAbstractListModel>
 #include <QString>
 
+#include <cstddef>
 #include <vector>
 
 namespace slatewise {
@@ -51,7 +52,7 @@ public:
     int count() const { return static_cast<int>(rows_.size()); }
     const std::vector<VolumeRow>& rows() const { return rows_; }
 
-    /// Lines that stay where they are keep their delegates.
+    /// Volumes that stay keep their delegates, and with them the keyboard and their place in sight.
     void setRows(std::vector<VolumeRow> rows);
 
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -62,6 +63,9 @@ Q_SIGNALS:
     void countChanged();
 
 private:
+    void remove(std::size_t row);
+    void bring(std::size_t row, VolumeRow shown);
+
     std::vector<VolumeRow> rows_;
 };
 

@@ -2,14 +2,44 @@ import QtQuick
 import QtQuick.Layouts
 import SlatewiseViews
 
-// The settings, and the one button that matters.
+// The settings, and the one button that matters. Copy and Stop take turns in one place, and the
+// keyboard stays there with them. A second click, meant for the one that has just gone, does nothing.
 RowLayout {
     id: row
 
     required property var appModel
     required property var l10n
 
+    readonly property ActionButton shown: appModel.isBusy ? stop : copy
+    property bool hasKeyboard: false
+    property double turnedAt: 0
+
     spacing: 8
+
+    onShownChanged: {
+        turnedAt = Date.now()
+        if (hasKeyboard)
+            Qt.callLater(takeKeyboard)
+    }
+
+    Component.onCompleted: turnedAt = 0
+
+    function isMeant() {
+        return Date.now() - turnedAt > Qt.styleHints.mouseDoubleClickInterval
+    }
+
+    // A button that is hidden or disabled loses the keyboard; whether the other one comes in its
+    // place shows in the same moment.
+    function followKeyboard(has) {
+        if (has)
+            hasKeyboard = true
+        else
+            Qt.callLater(() => hasKeyboard = shown.activeFocus)
+    }
+
+    function takeKeyboard() {
+        shown.forceActiveFocus(Qt.TabFocusReason)
+    }
 
     ActionButton {
         objectName: "advanced"
@@ -21,24 +51,34 @@ RowLayout {
         Layout.fillWidth: true
     }
     ActionButton {
+        id: stop
         objectName: "stop"
         Layout.preferredHeight: 40
         Layout.preferredWidth: Math.max(160, implicitWidth)
-        visible: row.appModel.isBusy
+        visible: row.shown === stop
+        onActiveFocusChanged: row.followKeyboard(activeFocus)
         kind: ActionButton.Destructive
         font.pixelSize: DITTheme.headline
         text: row.l10n.stop
-        onClicked: row.appModel.cancelCopy()
+        onClicked: {
+            if (row.isMeant())
+                row.appModel.cancelCopy()
+        }
     }
     ActionButton {
+        id: copy
         objectName: "copy"
         Layout.preferredHeight: 40
         Layout.preferredWidth: Math.max(160, implicitWidth)
-        visible: !row.appModel.isBusy
+        visible: row.shown === copy
+        onActiveFocusChanged: row.followKeyboard(activeFocus)
         enabled: row.appModel.canCopy
         kind: ActionButton.Prominent
         font.pixelSize: DITTheme.headline
         text: row.l10n.copy
-        onClicked: row.appModel.startCopy()
+        onClicked: {
+            if (row.isMeant())
+                row.appModel.startCopy()
+        }
     }
 }

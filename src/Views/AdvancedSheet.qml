@@ -31,6 +31,7 @@ Sheet {
 
             ChipStrip {
                 objectName: "languages"
+                x: -ringWidth
                 width: parent.width
                 hue: DITTheme.accent
                 entries: sheet.appModel.languages

@@ -18,13 +18,13 @@ QtObject {
     // The same hues as text: deep enough on light, pale enough on dark to be read in the sun.
     readonly property color accentText: dark ? "#b3a4ff" : accentDeep
     readonly property color successText: dark ? "#4cd98a" : "#0b7a3b"
-    readonly property color dangerText: dark ? "#ff8a82" : "#b81e22"
+    readonly property color dangerText: dark ? "#ffa19a" : "#9f181c"
     readonly property color window: dark ? "#1a1920" : "#fcfbff"
     readonly property color sheet: dark ? "#24232b" : "#ffffff"
     readonly property color field: dark ? "#131217" : "#ffffff"
     readonly property color primary: dark ? "#f4f3f8" : "#17151d"
-    readonly property color secondary: withOpacity(primary, dark ? 0.72 : 0.68)
-    readonly property color tertiary: withOpacity(primary, 0.6)
+    readonly property color secondary: withOpacity(primary, 0.74)
+    readonly property color tertiary: withOpacity(primary, 0.64)
     readonly property color panelFill: withOpacity(primary, 0.04)
     readonly property color panelStroke: withOpacity(primary, 0.08)
     // What a panel looks like in the window, for what must cover things on it.

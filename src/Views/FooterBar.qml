@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import SlatewiseViews
 
 // Where to find the people who make this.
@@ -10,18 +9,15 @@ Item {
 
     implicitHeight: link.implicitHeight + 2 * 10
 
-    T.AbstractButton {
+    Pressable {
         id: link
         anchors.left: parent.left
         anchors.verticalCenter: parent.verticalCenter
         implicitWidth: line.implicitWidth
         implicitHeight: line.implicitHeight
-        focusPolicy: Qt.TabFocus
         text: footer.appModel.websiteLabel
         Accessible.role: Accessible.Link
         onClicked: Qt.openUrlExternally(footer.appModel.websiteURL)
-        Keys.onReturnPressed: clicked()
-        Keys.onEnterPressed: clicked()
 
         contentItem: Row {
             id: line

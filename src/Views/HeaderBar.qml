@@ -64,7 +64,7 @@ Item {
     AppText {
         id: project
         anchors.left: version.right
-        anchors.leftMargin: 8 + 16
+        anchors.leftMargin: 8 + 10
         anchors.right: service.left
         anchors.rightMargin: 10
         anchors.baseline: name.baseline

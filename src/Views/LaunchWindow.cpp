@@ -3,8 +3,10 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QScreen>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 
 namespace slatewise::LaunchWindow {
 
@@ -29,13 +31,19 @@ QRect frame(const QRect& frame, const QRect& visible) {
 void fit(QQuickWindow& window) {
     window.resize(width, fallbackHeight);
     applyFrame(window);
-    QObject::connect(
-        &window, &QQuickWindow::frameSwapped, &window,
-        [&window] {
-            if (!window.frameMargins().isNull())
-                applyFrame(window);
-        },
-        static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+    // A window manager says how wide its borders are some time after it has shown the window, or
+    // never, when there are none. Later than this the user may have moved it.
+    constexpr std::chrono::milliseconds lookAgain{20};
+    constexpr int looks = 100;
+    auto* const looking = new QTimer(&window);
+    QObject::connect(looking, &QTimer::timeout, &window, [&window, looking, left = looks]() mutable {
+        const bool hasBorders = !window.frameMargins().isNull();
+        if (hasBorders)
+            applyFrame(window);
+        if (hasBorders || --left == 0)
+            looking->deleteLater();
+    });
+    looking->start(lookAgain);
 }
 
 } // namespace slatewise::LaunchWindow

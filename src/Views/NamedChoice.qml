@@ -41,6 +41,7 @@ ColumnLayout {
             id: strip
             objectName: "chips"
             Layout.fillWidth: true
+            Layout.margins: -ringWidth
             entries: []
             hue: choice.hue
             onTapped: entry => {

@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import SlatewiseViews
 
 // A ready-made template: its name, and what it is good for.
-T.AbstractButton {
+Pressable {
     id: row
 
     required property var modelData
@@ -12,12 +11,9 @@ T.AbstractButton {
 
     objectName: "preset:" + modelData.template
     implicitHeight: DITTheme.controlHeight
-    focusPolicy: Qt.TabFocus
     text: modelData.name
     Accessible.description: modelData.blurb
     onClicked: chosen(modelData.template)
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
 
     contentItem: Item {
         AppText {

@@ -16,6 +16,16 @@ FormSection {
         field.clear()
     }
 
+    // The rows come anew; the keyboard goes on to what stands in the place of the one that is gone.
+    function removeName(name, index, byKeyboard) {
+        appModel.removeSkipName(name)
+        if (!byKeyboard)
+            return
+        const next = names.itemAt(Math.min(index, names.count - 1))
+        const heir = next ? next.button : field
+        heir.forceActiveFocus(Qt.TabFocusReason)
+    }
+
     AppText {
         width: parent.width
         text: section.l10n.skipIntro
@@ -60,10 +70,13 @@ FormSection {
         font.weight: Font.Medium
     }
     Repeater {
+        id: names
         model: section.appModel.extraExcludes
 
         RowLayout {
             required property string modelData
+            required property int index
+            readonly property alias button: removeButton
 
             width: parent.width
             spacing: 8
@@ -74,12 +87,13 @@ FormSection {
                 font.pixelSize: DITTheme.subheadline
             }
             ActionButton {
+                id: removeButton
                 objectName: "remove:" + parent.modelData
                 Layout.preferredHeight: DITTheme.smallControlHeight
                 kind: ActionButton.Destructive
                 text: section.l10n.remove
                 Accessible.name: text + " " + parent.modelData
-                onClicked: section.appModel.removeSkipName(parent.modelData)
+                onClicked: section.removeName(parent.modelData, parent.index, activeFocus)
             }
         }
     }

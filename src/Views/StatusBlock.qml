@@ -18,9 +18,9 @@ Rectangle {
 
     implicitHeight: lines.implicitHeight + 2 * 14
     radius: DITTheme.radius
-    color: DITTheme.withOpacity(hue, settled ? DITTheme.dark ? 0.24 : 0.14 : 0.04)
-    border.width: settled ? 2 : 1
-    border.color: DITTheme.withOpacity(hue, settled ? 0.8 : 0.08)
+    color: DITTheme.withOpacity(hue, !settled ? 0.04 : DITTheme.dark ? 0.24 : succeeded ? 0.08 : 0.14)
+    border.width: settled ? 3 : 1
+    border.color: DITTheme.withOpacity(hue, settled ? 1 : 0.08)
     Behavior on color {
         ColorAnimation { duration: DITTheme.gentle }
     }
@@ -78,8 +78,9 @@ Rectangle {
             Layout.fillWidth: true
             fraction: block.appModel.progressFraction
             hue: block.succeeded ? DITTheme.success : DITTheme.accent
-            // A failure leaves no bar behind; its ground says that it ended.
-            color: block.failed ? DITTheme.danger : DITTheme.withOpacity(DITTheme.primary, 0.1)
+            // A failure leaves no bar behind: only what went through is full, whatever colours one sees.
+            color: DITTheme.withOpacity(block.failed ? DITTheme.danger : DITTheme.primary,
+                                        block.failed ? 0.25 : 0.1)
         }
         AppText {
             objectName: "title"

@@ -21,9 +21,14 @@ TextInput {
     selectedTextColor: "#ffffff"
 
     onTextChanged: {
-        const end = text.search(lineEnds)
-        if (end >= 0)
-            remove(end, end + 1)
+        const line = text.replace(lineEnds, "")
+        if (line === text)
+            return
+        // All at once, however many came in; the caret stays behind the same letter.
+        const caret = text.slice(0, cursorPosition).replace(lineEnds, "").length
+        remove(0, length)
+        insert(0, line)
+        cursorPosition = caret
     }
 
     // Puts `piece` at the caret, in place of what is selected, and goes on behind it.
@@ -31,7 +36,7 @@ TextInput {
         const start = selectionStart
         remove(selectionStart, selectionEnd)
         insert(start, piece)
-        cursorPosition = start + piece.length
+        cursorPosition = start + piece.replace(lineEnds, "").length
         forceActiveFocus()
     }
 

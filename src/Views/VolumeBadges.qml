@@ -1,8 +1,9 @@
 import QtQuick
+import QtQuick.Layouts
 import SlatewiseViews
 
 // The crew and the unit of a card.
-Row {
+RowLayout {
     id: badges
 
     property string ekip
@@ -12,11 +13,15 @@ Row {
 
     InfoBadge {
         objectName: "ekipBadge"
+        Layout.fillWidth: true
+        Layout.maximumWidth: implicitWidth
         text: badges.ekip
         hue: DITTheme.ekip
     }
     InfoBadge {
         objectName: "unitBadge"
+        Layout.fillWidth: true
+        Layout.maximumWidth: implicitWidth
         text: badges.unit
         hue: DITTheme.unit
     }

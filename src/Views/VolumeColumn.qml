@@ -44,6 +44,7 @@ Panel {
             Accessible.role: Accessible.Heading
         }
         ActionButton {
+            id: chooseButton
             objectName: "chooseFolder"
             kind: ActionButton.Plain
             symbol: "folder"
@@ -55,6 +56,27 @@ Panel {
             text: column.l10n.clearAll
             help: column.l10n.clearAll
             onClicked: column.clearAll()
+        }
+    }
+
+    RowLayout {
+        id: total
+        objectName: "total"
+        anchors { left: parent.left; right: parent.right; top: header.bottom; margins: 14; topMargin: 4 }
+        visible: column.showsTotal
+        spacing: 6
+
+        AppText {
+            text: column.l10n.total
+            font.pixelSize: DITTheme.caption
+            font.weight: Font.Medium
+            color: DITTheme.secondary
+        }
+        AppText {
+            Layout.fillWidth: true
+            text: column.totalText
+            font.pixelSize: DITTheme.caption
+            font.weight: Font.DemiBold
         }
     }
 
@@ -93,8 +115,8 @@ Panel {
         objectName: "list"
         anchors {
             left: parent.left; right: parent.right
-            top: header.bottom; bottom: total.visible ? total.top : parent.bottom
-            margins: 14; topMargin: 10; bottomMargin: total.visible ? 8 : 14
+            top: total.visible ? total.bottom : header.bottom; bottom: parent.bottom
+            margins: 14; topMargin: 10
         }
         spacing: 8
         clip: true
@@ -103,10 +125,38 @@ Panel {
         Accessible.role: Accessible.List
         Accessible.name: column.title
 
+        property double movedAt: 0
+
+        // A list that was empty has no current row yet, and Tab would pass it by.
+        onCountChanged: {
+            if (currentIndex < 0 && count > 0)
+                currentIndex = 0
+            // Volumes come and go by themselves, and one that is removed pulls up the next.
+            movedAt = Date.now()
+        }
+
+        // The keyboard stays in the column when the row that had it goes.
+        function keepKeyboard() {
+            forceLayout()
+            if (currentItem)
+                currentItem.forceActiveFocus(Qt.TabFocusReason)
+            else
+                chooseButton.forceActiveFocus(Qt.TabFocusReason)
+        }
+
         delegate: VolumeRow {
             width: ListView.view.width
             l10n: column.l10n
             isTabStop: ListView.isCurrentItem
+            movedAt: list.movedAt
+            onHasKeyboardChanged: {
+                if (hasKeyboard)
+                    list.currentIndex = index
+            }
+            ListView.onRemove: {
+                if (hasKeyboard)
+                    Qt.callLater(list.keepKeyboard)
+            }
             onToggled: column.toggled(volumeID)
             onChosen: column.chosen(volumeID)
             onRemoved: column.removed(volumeID)
@@ -122,27 +172,6 @@ Panel {
         displaced: Transition {
             NumberAnimation { properties: "y"; duration: DITTheme.gentle; easing.type: Easing.OutCubic }
             NumberAnimation { property: "opacity"; to: 1; duration: DITTheme.quick }
-        }
-    }
-
-    RowLayout {
-        id: total
-        objectName: "total"
-        anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: 14 }
-        visible: column.showsTotal
-        spacing: 6
-
-        AppText {
-            text: column.l10n.total
-            font.pixelSize: DITTheme.caption
-            font.weight: Font.Medium
-            color: DITTheme.secondary
-        }
-        AppText {
-            Layout.fillWidth: true
-            text: column.totalText
-            font.pixelSize: DITTheme.caption
-            font.weight: Font.DemiBold
         }
     }
 }

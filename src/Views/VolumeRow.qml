@@ -1,11 +1,10 @@
 import QtQuick
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import SlatewiseViews
 
 // One card or disk. Its mark ticks it; a click elsewhere makes it the one that the unit picker works
 // on. By keyboard: Space ticks, Return focuses, Delete takes it off the list.
-T.AbstractButton {
+Pressable {
     id: row
 
     required property int index
@@ -23,6 +22,10 @@ T.AbstractButton {
     property var l10n
     // Whether Tab stops here: one row of a list is enough.
     property bool isTabStop: false
+    // When rows last changed places, in milliseconds: a click that comes too soon after was meant for
+    // another one.
+    property double movedAt: 0
+    readonly property bool hasKeyboard: activeFocus || mark.activeFocus || remove.activeFocus
 
     signal toggled()
     signal chosen()
@@ -42,16 +45,20 @@ T.AbstractButton {
 
     onPressed: touched()
     onClicked: chosen()
-    Keys.onSpacePressed: toggled()
-    Keys.onReturnPressed: chosen()
-    Keys.onEnterPressed: chosen()
-    Keys.onDeletePressed: removed()
+    Keys.onSpacePressed: event => {
+        if (!event.isAutoRepeat)
+            toggled()
+    }
+    Keys.onDeletePressed: event => {
+        if (!event.isAutoRepeat)
+            removed()
+    }
 
     contentItem: RowLayout {
         id: line
         spacing: 10
 
-        T.AbstractButton {
+        Pressable {
             id: mark
             objectName: "mark"
             Layout.preferredWidth: 28
@@ -63,8 +70,6 @@ T.AbstractButton {
             Accessible.checked: row.selected
             onPressed: row.touched()
             onClicked: row.toggled()
-            Keys.onReturnPressed: clicked()
-            Keys.onEnterPressed: clicked()
 
             contentItem: Item {
                 Rectangle {
@@ -96,6 +101,8 @@ T.AbstractButton {
         Column {
             Layout.fillWidth: true
             Layout.minimumWidth: 80
+            // Takes what is left, however long the path: the badges go first.
+            Layout.preferredWidth: 80
             spacing: 3
 
             AppText {
@@ -144,11 +151,13 @@ T.AbstractButton {
         }
 
         VolumeBadges {
+            Layout.maximumWidth: implicitWidth
+            Layout.fillWidth: true
             ekip: row.ekip
             unit: row.unit
         }
 
-        T.AbstractButton {
+        Pressable {
             id: remove
             objectName: "remove"
             Layout.leftMargin: 6 - line.spacing
@@ -157,9 +166,10 @@ T.AbstractButton {
             focusPolicy: row.isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
             Accessible.name: row.l10n.removePath + " " + row.name
             onPressed: row.touched()
-            onClicked: row.removed()
-            Keys.onReturnPressed: clicked()
-            Keys.onEnterPressed: clicked()
+            onClicked: {
+                if (visualFocus || Date.now() - row.movedAt > 500)
+                    row.removed()
+            }
 
             contentItem: Item {
                 Icon {

@@ -152,19 +152,21 @@ TEST(OffloadTrouble, ACardThatIsPulledFailsAndLeavesTheList) {
 
 TEST(OffloadTrouble, StopEndsTheCopyAndTheNextOneGoesThrough) {
     Person person;
-    person.plugInCard("A001", 6, 24 * kMiB);
-    person.plugIn("SHUTTLE", 512 * kMiB);
+    person.plugInCard("A001", 6, 96 * kMiB);
+    person.plugIn("SHUTTLE", 2048 * kMiB);
     person.choose("A001", "CamA");
     person.chooseDisk("SHUTTLE");
     person.click(person.see("copy"));
     Person::wait("stop", [&] { return person.see("stop") != nullptr; });
     EXPECT_FALSE(person.see("copy"));
+    Person::settle();
     person.click(person.see("stop"));
     // Between two files, or inside one, whose session is then reported.
     EXPECT_THAT(shown(person.outcome()),
                 AnyOf(HasSubstr("Cancelled."), HasSubstr("Verification did not finish")));
     EXPECT_FALSE(person.see("successMark"));
 
+    Person::settle();
     person.click(person.see("copy"));
     Person::wait("second copy", [&] { return person.see("stop") != nullptr; });
     EXPECT_THAT(shown(person.outcome()), StartsWith("Verified"));

@@ -16,7 +16,7 @@ namespace slatewise::test {
 
 namespace {
 
-constexpr auto kSettled = std::chrono::duration<int, std::milli>(300);
+constexpr auto kSettled = std::chrono::duration<int, std::milli>(500);
 constexpr auto kLookAgain = std::chrono::milliseconds(20);
 
 void collect(QQuickItem* item, const std::function<bool(QQuickItem*)>& wanted,

@@ -53,7 +53,7 @@ public:
     static void wait(const char* what, const std::function<bool()>& condition,
                      std::chrono::seconds limit = std::chrono::seconds(60));
 
-    /// A person does not hit what is still coming in.
+    /// A person does not hit what is still coming in, nor what has just taken another's place.
     static void settle();
 
     /// Waits until the copy has ended one way or the other, and gives the line that tells.

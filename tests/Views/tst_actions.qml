@@ -18,7 +18,52 @@ ViewCase {
         model.isBusy = true
         verify(!find("copy").visible && find("stop").visible)
         mouseClick(find("stop"))
+        compare(model.calls.length, 1, "the second click of two was meant for Copy")
+        wait(Qt.styleHints.mouseDoubleClickInterval + 50)
+        mouseClick(find("stop"))
         compare(model.calls[1], ["cancelCopy"])
+    }
+
+    function test_the_keyboard_goes_from_copy_to_stop_and_back() {
+        model.canCopy = true
+        find("copy").forceActiveFocus(Qt.TabFocusReason)
+        desktop.holdKey(root.Window.window, Qt.Key_Return, 5)
+        compare(model.calls, [["startCopy"]])
+        model.canCopy = false
+        model.isBusy = true
+        tryVerify(() => find("stop").activeFocus)
+        model.canCopy = true
+        model.isBusy = false
+        tryVerify(() => find("copy").activeFocus)
+    }
+
+    function test_a_key_that_is_held_down_acts_once() {
+        const remove = find("delete", find("sets"))
+        for (const key of [Qt.Key_Return, Qt.Key_Space]) {
+            model.calls = []
+            remove.forceActiveFocus(Qt.TabFocusReason)
+            desktop.holdKey(root.Window.window, key, 5)
+            compare(model.calls, [["deleteSelectedSet"]])
+        }
+        model.calls = []
+        row("cards", 0).forceActiveFocus(Qt.TabFocusReason)
+        for (const key of [Qt.Key_Space, Qt.Key_Delete])
+            desktop.holdKey(root.Window.window, key, 5)
+        compare(model.calls, [["toggleCard", "a"], ["removeCard", "a"]])
+    }
+
+    // A card's unit may be far along the strip, as is one that was just added.
+    function test_the_chosen_chip_is_in_sight() {
+        const strip = find("chips", find("units"))
+        model.units = model.units.concat(["Steadicam", "Underwater", "Crash Cam", "Witness"].map(
+                                             name => ({ name: name, active: false })))
+        const last = model.units.length - 1
+        model.units = model.units.map((unit, index) => ({ name: unit.name, active: index === last }))
+        tryVerify(() => {
+            const chip = strip.itemAtIndex(last)
+            return chip !== null && strip.contentX > 0
+                && chip.mapToItem(strip, chip.width, 0).x <= strip.width
+        })
     }
 
     function test_how_it_stands_data() {
@@ -52,23 +97,38 @@ ViewCase {
     }
 
     // In the sun, on a laptop: what is written must be read.
-    function test_texts_stand_out_from_their_ground() {
+    function test_texts_stand_out_from_their_ground_data() {
+        return [{ tag: "light", dark: false }, { tag: "dark", dark: true }]
+    }
+    function test_texts_stand_out_from_their_ground(data) {
+        desktop.setDark(data.dark)
+        compare(DITTheme.dark, data.dark)
         const panel = Qt.tint(DITTheme.window, DITTheme.panelFill)
         const laid = (colour, ground) => Qt.tint(ground, colour)
+        const focused = laid(DITTheme.withOpacity(DITTheme.accent, 0.14), panel)
+        const hovered = laid(DITTheme.hover, panel)
+        const destructive = laid(DITTheme.withOpacity(DITTheme.danger, 0.1), panel)
         const pairs = [
             ["secondary", laid(DITTheme.secondary, panel), panel],
             ["tertiary", laid(DITTheme.tertiary, panel), panel],
+            ["on a row in focus", laid(DITTheme.tertiary, focused), focused],
+            ["on a row under the pointer", laid(DITTheme.tertiary, hovered), hovered],
+            ["destructive", DITTheme.dangerText, laid(DITTheme.withOpacity(DITTheme.primary, 0.14), destructive)],
             ["danger", DITTheme.dangerText, laid(DITTheme.withOpacity(DITTheme.danger, 0.14), panel)],
             ["accent", DITTheme.accentText, panel],
             ["on accent", Qt.color("white"), DITTheme.accent]
         ]
         for (const hue of [DITTheme.ekip, DITTheme.unit]) {
-            const badge = laid(DITTheme.withOpacity(hue, 0.18), panel)
+            const badge = laid(DITTheme.withOpacity(hue, 0.18), focused)
             pairs.push(["badge " + hue, DITTheme.legible(hue), badge])
             pairs.push(["chip " + hue, Qt.color(DITTheme.inkOn(hue)), hue])
         }
         for (const [what, over, under] of pairs)
             verify(contrast(over, under) >= 4.5, what + ": " + contrast(over, under).toFixed(2))
+        // Large and bold: three to one.
+        model.progressDidSucceed = true
+        tryVerify(() => contrast(find("successText").color, laid(find("status").color, DITTheme.window)) >= 3)
+        desktop.setDark(false)
     }
 
     function test_both_languages_fit_data() {

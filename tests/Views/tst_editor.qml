@@ -43,7 +43,9 @@ ViewCase {
     function test_line_ends_never_stay_data() {
         return [
             { tag: "unix", text: "a\nb\nc" }, { tag: "dos", text: "a\r\nb\r\nc" },
-            { tag: "at the ends", text: "\nabc\n\n" }, { tag: "unicode", text: "a\u2028b\u2029c" }
+            { tag: "at the ends", text: "\nabc\n\n" },
+            { tag: "very many", text: "\n".repeat(20000) + "abc" + "\n".repeat(20000) },
+            { tag: "unicode", text: "a\u2028b\u2029c" }
         ]
     }
     function test_line_ends_never_stay(data) {

@@ -6,6 +6,9 @@ ViewCase {
     id: test
     name: "Lists"
 
+    // Rows have stood still by then.
+    readonly property int settled: 550
+
     function test_the_pointer_on_a_row_data() {
         return [
             { tag: "card", list: "cards", toggle: "toggleCard", focus: "focusCard",
@@ -16,6 +19,7 @@ ViewCase {
     }
     function test_the_pointer_on_a_row(data) {
         const item = row(data.list, data.index)
+        wait(settled)
         mouseClick(find("mark", item))
         mouseClick(item, item.width / 2, item.height / 2)
         mouseClick(find("remove", item))
@@ -30,6 +34,55 @@ ViewCase {
         keyClick(Qt.Key_Return)
         keyClick(Qt.Key_Delete)
         compare(model.calls, [["toggleCard", "b"], ["focusCard", "b"], ["removeCard", "b"]])
+    }
+
+    // What a second click meets is not what it was meant for.
+    function test_a_double_click_removes_one_card() {
+        wait(settled)
+        const cross = find("remove", row("cards", 0))
+        const place = cross.mapToItem(root, cross.width / 2, cross.height / 2)
+        mouseClick(root, place.x, place.y)
+        model.cards.remove(0)
+        waitForRendering(root)
+        mouseClick(root, place.x, place.y)
+        compare(model.calls, [["removeCard", "a"]])
+        wait(settled)
+        mouseClick(root, place.x, place.y)
+        compare(model.calls[1], ["removeCard", "b"])
+    }
+
+    function test_volumes_that_come_and_go_leave_the_keyboard_in_place() {
+        row("cards", 1).forceActiveFocus(Qt.TabFocusReason)
+        model.add(model.cards, { volumeID: "z", name: "Z009" })
+        model.cards.move(model.cards.count - 1, 0, 1)
+        tryVerify(() => row("cards", 2).activeFocus, 5000, "the same card, one further down")
+        compare(row("cards", 2).volumeID, "b")
+        model.cards.remove(2)
+        tryVerify(() => row("cards", 2).activeFocus)
+        model.cards.clear()
+        tryVerify(() => find("chooseFolder", find("cards")).activeFocus)
+        // What comes into an empty column is met by Tab.
+        model.add(model.cards, { volumeID: "n", name: "N001" })
+        tryVerify(() => row("cards", 0) !== null)
+        keyClick(Qt.Key_Tab)
+        keyClick(Qt.Key_Tab)
+        verify(row("cards", 0).activeFocus)
+    }
+
+    function test_long_names_push_nothing_out_of_a_row() {
+        for (const width of [984, 870]) {
+            test.width = width
+            for (const needsUnit of [false, true]) {
+                model.cards.setProperty(0, "ekip", "Kalabalık ve Uzun Adlı Birinci Ekip")
+                model.cards.setProperty(0, "unit", needsUnit ? "" : "Steadicam Operator Number Two")
+                model.cards.setProperty(0, "needsUnit", needsUnit)
+                waitForRendering(root)
+                const line = row("cards", 0)
+                const cross = find("remove", line)
+                verify(cross.mapToItem(line, cross.width, 0).x <= line.width - 10 + 0.5, width)
+            }
+        }
+        test.width = 984
     }
 
     function test_heads_of_the_columns() {

@@ -30,6 +30,17 @@ ViewCase {
         verify(!model.isAdvancedPresented)
     }
 
+    function test_the_keyboard_comes_back_to_where_it_was() {
+        mouseClick(inSheet("done"))
+        tryVerify(() => !shown("project"))
+        find("advanced").forceActiveFocus(Qt.TabFocusReason)
+        keyClick(Qt.Key_Return)
+        tryVerify(() => shown("project"))
+        reach("done")
+        keyClick(Qt.Key_Return)
+        tryVerify(() => find("advanced").activeFocus)
+    }
+
     function test_switches_work_at_once() {
         mouseClick(inSheet("eject"))
         compare(model.ejectAfterSuccess, false)
@@ -52,9 +63,13 @@ ViewCase {
         reach("addSkip")
         keyClick(Qt.Key_Space)
         compare(inSheet("skipField").text, "")
-        reach("remove:MISC")
-        keyClick(Qt.Key_Space)
-        compare(model.calls, [["addSkipName", "m"], ["addSkipName", "n"], ["removeSkipName", "MISC"]])
+        for (const name of ["INDEX.DAT", "MISC"]) {
+            reach("remove:" + name)
+            keyClick(Qt.Key_Space)
+        }
+        verify(inSheet("skipField").activeFocus, "as no name is left")
+        compare(model.calls, [["addSkipName", "m"], ["addSkipName", "n"],
+                              ["removeSkipName", "INDEX.DAT"], ["removeSkipName", "MISC"]])
     }
 
     function test_a_new_language_closes_nothing() {

@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import SlatewiseViews
 
 // A button that does something. What it does shows in its kind; the main one of a screen is
 // prominent, one that takes something away or stops work is destructive.
-T.Button {
+Pressable {
     id: button
 
     enum Kind {
@@ -55,14 +54,10 @@ T.Button {
     implicitWidth: content.implicitWidth + leftPadding + rightPadding
     leftPadding: isPlain ? 8 : 12
     rightPadding: leftPadding
-    focusPolicy: Qt.TabFocus
     opacity: enabled ? 1 : kind === ActionButton.Prominent ? 0.8 : DITTheme.disabledOpacity
     font.pixelSize: DITTheme.subheadline
     font.weight: kind === ActionButton.Prominent ? Font.DemiBold : Font.Medium
     Accessible.description: help
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
 
     contentItem: Item {
         id: content
@@ -102,7 +97,7 @@ T.Button {
             anchors.fill: parent
             radius: parent.radius
             color: button.kind === ActionButton.Prominent ? "#000000" : DITTheme.primary
-            opacity: button.down ? 0.16 : button.hovered ? 0.07 : 0
+            opacity: button.down ? 0.14 : button.hovered ? 0.07 : 0
             Behavior on opacity {
                 NumberAnimation { duration: DITTheme.quick }
             }

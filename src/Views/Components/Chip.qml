@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Templates as T
 import SlatewiseViews
 
 // One choice among few, in the hue of what is chosen. Takes the keyboard by Tab and arrows, never by
 // a click.
-T.AbstractButton {
+Pressable {
     id: chip
 
     property color hue: DITTheme.accent
@@ -16,15 +15,11 @@ T.AbstractButton {
     implicitWidth: Math.min(label.implicitWidth, 200) + 28
     leftPadding: 14
     rightPadding: 14
-    focusPolicy: Qt.TabFocus
     checked: chosen
     font.pixelSize: DITTheme.subheadline
     font.weight: chosen ? Font.Bold : Font.DemiBold
     Accessible.role: Accessible.RadioButton
     Accessible.checked: chosen
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
 
     contentItem: AppText {
         id: label
@@ -46,8 +41,9 @@ T.AbstractButton {
         Rectangle {
             anchors.fill: parent
             radius: parent.radius
-            color: "#000000"
-            opacity: !chip.chosen ? 0 : chip.down ? 0.2 : chip.hovered ? 0.08 : 0
+            // Away from the ink, so that the name stays legible.
+            color: Qt.colorEqual(chip.foreground, "#ffffff") ? "#000000" : "#ffffff"
+            opacity: !chip.chosen ? 0 : chip.down ? 0.2 : chip.hovered ? 0.1 : 0
         }
         FocusRing {
             gap: 1

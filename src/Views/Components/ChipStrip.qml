@@ -5,7 +5,7 @@ import SlatewiseViews
 //
 // Its entries come anew with every change of one of them. Chips go by position, so that they stay
 // where they are, and with them the keyboard.
-ListView {
+Flickable {
     id: strip
 
     required property var entries
@@ -13,31 +13,74 @@ ListView {
     // Gives whether an entry is the chosen one.
     property var isChosen: function (entry) { return false }
 
+    // Room for the ring of the chip that has the keyboard.
+    readonly property int ringWidth: 3
+    readonly property int chosenIndex: entries.findIndex(entry => isChosen(entry))
+    // Where Tab stops.
+    property int currentIndex: 0
+
     signal tapped(var entry)
 
-    implicitHeight: DITTheme.controlHeight
-    orientation: ListView.Horizontal
-    spacing: 8
-    clip: contentWidth > width
+    implicitHeight: DITTheme.controlHeight + 2 * ringWidth
+    contentWidth: line.width
+    contentHeight: height
+    flickableDirection: Flickable.HorizontalFlick
     boundsBehavior: Flickable.StopAtBounds
     interactive: contentWidth > width
-    keyNavigationEnabled: true
-    reuseItems: false
-    cacheBuffer: 4000
-    model: entries.length
+    clip: interactive
 
-    delegate: Chip {
-        required property int index
-        readonly property var entry: strip.entries[index] ?? ({})
+    onEntriesChanged: currentIndex = Math.max(0, Math.min(currentIndex, entries.length - 1))
+    // What is chosen is in sight, as is one that has just been added.
+    onChosenIndexChanged: Qt.callLater(reveal, chosenIndex)
+    onContentWidthChanged: Qt.callLater(reveal, chosenIndex)
 
-        objectName: "chip:" + text
-        hue: strip.hue
-        text: entry.name ?? ""
-        chosen: strip.isChosen(entry)
-        focusPolicy: ListView.isCurrentItem || activeFocus ? Qt.TabFocus : Qt.NoFocus
-        onClicked: {
-            strip.currentIndex = index
-            strip.tapped(entry)
+    function itemAtIndex(index) {
+        return chips.itemAt(index)
+    }
+    function reveal(index) {
+        const chip = chips.itemAt(index)
+        if (!chip)
+            return
+        const least = chip.x + chip.width + ringWidth - width
+        contentX = Math.max(0, least, Math.min(contentX, chip.x - ringWidth))
+    }
+    function focusChip(index) {
+        const chip = chips.itemAt(index)
+        if (chip)
+            chip.forceActiveFocus(Qt.TabFocusReason)
+    }
+
+    Row {
+        id: line
+        padding: strip.ringWidth
+        spacing: 8
+
+        Repeater {
+            id: chips
+            model: strip.entries.length
+
+            Chip {
+                required property int index
+                readonly property var entry: strip.entries[index] ?? ({})
+
+                objectName: "chip:" + text
+                hue: strip.hue
+                text: entry.name ?? ""
+                chosen: strip.isChosen(entry)
+                focusPolicy: index === strip.currentIndex || activeFocus ? Qt.TabFocus : Qt.NoFocus
+                Keys.onLeftPressed: strip.focusChip(index - 1)
+                Keys.onRightPressed: strip.focusChip(index + 1)
+                onActiveFocusChanged: {
+                    if (!activeFocus)
+                        return
+                    strip.currentIndex = index
+                    strip.reveal(index)
+                }
+                onClicked: {
+                    strip.currentIndex = index
+                    strip.tapped(entry)
+                }
+            }
         }
     }
 
@@ -60,8 +103,8 @@ ListView {
         acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
         orientation: Qt.Vertical
         onWheel: event => {
-            const limit = strip.contentWidth - strip.width
-            strip.contentX = Math.max(0, Math.min(limit, strip.contentX - event.angleDelta.y / 2))
+            const end = strip.contentWidth - strip.width
+            strip.contentX = Math.max(0, Math.min(end, strip.contentX - event.angleDelta.y / 2))
         }
     }
 }

@@ -9,7 +9,7 @@ Rectangle {
     property color hue
 
     visible: text.length > 0
-    implicitWidth: Math.min(label.implicitWidth, 112) + 16
+    implicitWidth: Math.ceil(Math.min(label.implicitWidth, 112)) + 16
     implicitHeight: label.implicitHeight + 8
     radius: height / 2
     color: DITTheme.withOpacity(hue, 0.18)

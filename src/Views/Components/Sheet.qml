@@ -21,6 +21,16 @@ T.Popup {
     padding: 0
     closePolicy: T.Popup.NoAutoClose
 
+    // What had the keyboard before, and gets it back.
+    property Item opener: null
+
+    onAboutToShow: opener = parent.Window.window.activeFocusItem
+    onClosed: {
+        if (opener)
+            opener.forceActiveFocus(Qt.TabFocusReason)
+        opener = null
+    }
+
     T.Overlay.modal: Rectangle {
         color: DITTheme.dim
     }

@@ -1,11 +1,10 @@
 import QtQuick
-import QtQuick.Templates as T
 import SlatewiseViews
 
 // A setting that is on or off, its words left, its switch right. The whole row takes the click.
 //
 // Shows what it is told (`on`), not what was last clicked: a change that is refused leaves it.
-T.AbstractButton {
+Pressable {
     id: row
 
     property bool on: false
@@ -13,15 +12,11 @@ T.AbstractButton {
     signal flipped(bool on)
 
     implicitHeight: Math.max(DITTheme.controlHeight, label.implicitHeight + 8)
-    focusPolicy: Qt.TabFocus
     font.pixelSize: DITTheme.body
     Accessible.role: Accessible.CheckBox
     Accessible.checkable: true
     Accessible.checked: on
     onClicked: flipped(!on)
-
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
 
     contentItem: Item {
         AppText {

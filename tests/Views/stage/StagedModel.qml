@@ -90,7 +90,10 @@ QtObject {
     function resetReportsFolder() { called("resetReportsFolder") }
     function revealReportsFolder() { called("revealReportsFolder") }
     function addSkipName(name) { called("addSkipName", name) }
-    function removeSkipName(name) { called("removeSkipName", name) }
+    function removeSkipName(name) {
+        called("removeSkipName", name)
+        extraExcludes = extraExcludes.filter(other => other !== name)
+    }
     function setDefaultSkip(name, skipped) {
         called("setDefaultSkip", name, skipped)
         defaultSkipNames = defaultSkipNames.map(
