@@ -115,7 +115,8 @@ void AppModel::batchEnded(const BatchResult& result) {
         phase_ = Phase::Failed{*result.message};
         for (const auto& card : result.finishedCardIDs)
             selection.ids.erase(card);
-        if (selection.focused && !selection.contains(*selection.focused))
+        // A refusal leaves everything as it was.
+        if (result.wasBegun && selection.focused && !selection.contains(*selection.focused))
             selection.focusAny();
     } else {
         phase_ = result.wasHashing

@@ -64,6 +64,17 @@ std::optional<std::string> obstacleTo(const BatchPlan& plan) {
     return lack ? std::optional(lack->localizedDescription()) : std::nullopt;
 }
 
+QCoro::Task<> look(BatchPlan plan, std::shared_ptr<std::optional<std::string>> found,
+                   std::shared_ptr<QPromise<void>> over) {
+    try {
+        const auto looking = onWorker([plan = std::move(plan)] { return obstacleTo(plan); });
+        *found = co_await looking;
+    } catch (const std::exception& failure) {
+        *found = describe(failure);
+    }
+    over->finish();
+}
+
 QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile,
                     std::shared_ptr<QPromise<void>> over) {
     const OutboxDrainer drainer(database);
@@ -102,7 +113,8 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
     BatchResult result;
     result.wasHashing = self->plan_.settings.verifyOnly;
     result.message = co_await self->findObstacle();
-    if (!result.message && self->listener_)
+    result.wasBegun = !result.message;
+    if (result.wasBegun && self->listener_)
         self->listener_->batchBegan(self->plan_);
     for (const auto& pair : self->plan_.pairs()) {
         if (result.message) {
@@ -128,14 +140,19 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         self->listener_->batchEnded(result);
 }
 
-/// Why nothing can be begun, in the user's words.
+/// Why nothing can be begun, in the user's words. Who cancels does not wait for a disk that does not
+/// answer.
 QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
-    const auto looking = onWorker([self = shared_from_this()] { return obstacleTo(self->plan_); });
-    try {
-        co_return co_await looking;
-    } catch (const std::exception& failure) {
-        co_return describe(failure);
-    }
+    const auto found = std::make_shared<std::optional<std::string>>();
+    const auto over = std::make_shared<QPromise<void>>();
+    over->start();
+    const std::stop_callback cancelled(stop_.get_token(), [over] { over->finish(); });
+    look(plan_, found, over);
+    const auto ending = over->future();
+    co_await ending;
+    if (stop_.stop_requested())
+        co_return std::string(plan_.l10n().cancelled());
+    co_return *found;
 }
 
 /// Never fails: a failure is a result.

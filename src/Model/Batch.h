@@ -43,6 +43,8 @@ struct PairResult {
 struct BatchResult {
     /// Why it ended before its time; empty when all went well.
     std::optional<std::string> message;
+    /// False when it had to be refused, or was cancelled before anything was done.
+    bool wasBegun = false;
     /// Nothing was to be copied.
     bool wasHashing = false;
     /// Cards that every destination has.
@@ -61,7 +63,7 @@ public:
     virtual ~BatchListener() = default;
 
     /// Nothing stands against it; the first pair is next. Not told of a batch that has to be refused.
-    virtual void batchBegan(const BatchPlan& plan) = 0;
+    virtual void batchBegan(const BatchPlan&) {}
     virtual void pairBegan(const BatchPair& pair) = 0;
     virtual void phaseChanged(const OffloadPhase& phase) = 0;
     /// A sentence that has no other place: why a file failed, which folder could not be read.

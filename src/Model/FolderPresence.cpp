@@ -21,7 +21,9 @@ FolderPresence::FolderPresence()
 FolderPresence::FolderPresence(ExistsTest exists) : exists_(std::move(exists)) {}
 
 bool FolderPresence::isThere(const std::filesystem::path& folder) {
-    if (late_->folders.contains(folder))
+    if (late_->gone == folder)
+        return false;
+    if (late_->silent.contains(folder))
         return true;
     const auto answer = std::make_shared<std::promise<bool>>();
     auto answered = answer->get_future();
@@ -32,7 +34,7 @@ bool FolderPresence::isThere(const std::filesystem::path& folder) {
     });
     if (answered.wait_for(kPatience) == std::future_status::ready)
         return answered.get();
-    late_->folders.insert(folder);
+    late_->silent.insert(folder);
     hear(late_, folder, std::move(looking));
     return true;
 }
@@ -43,9 +45,13 @@ QCoro::Task<> FolderPresence::hear(std::weak_ptr<Late> late, std::filesystem::pa
     const auto heard = late.lock();
     if (!heard)
         co_return;
-    heard->folders.erase(folder);
-    if (!isThere && heard->onGone)
-        heard->onGone();
+    heard->silent.erase(folder);
+    if (isThere || !heard->onGone)
+        co_return;
+    // Whoever asks again gets this answer: the next one might come as late.
+    heard->gone = folder;
+    heard->onGone();
+    heard->gone.reset();
 }
 
 } // namespace slatewise

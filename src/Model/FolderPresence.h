@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 
 namespace slatewise {
@@ -29,7 +30,9 @@ public:
 private:
     /// What outlives this object as long as an answer is out.
     struct Late {
-        std::set<std::filesystem::path> folders;
+        std::set<std::filesystem::path> silent;
+        /// Known from a late answer, for as long as `onGone` asks again.
+        std::optional<std::filesystem::path> gone;
         std::function<void()> onGone;
     };
 

@@ -3,7 +3,8 @@ import QtQuick.Layouts
 import SlatewiseViews
 
 // The settings, and the one button that matters. Copy and Stop take turns in one place, and the
-// keyboard stays there with them. A second click, meant for the one that has just gone, does nothing.
+// keyboard stays there with them as long as there is something to copy. A click that was meant for
+// the one that has just gone does nothing.
 RowLayout {
     id: row
 
@@ -12,21 +13,19 @@ RowLayout {
 
     readonly property ActionButton shown: appModel.isBusy ? stop : copy
     property bool hasKeyboard: false
-    property double turnedAt: 0
+    property Settling turn: Settling {
+        duration: Qt.styleHints.mouseDoubleClickInterval
+    }
 
     spacing: 8
 
     onShownChanged: {
-        turnedAt = Date.now()
+        turn.restart()
         if (hasKeyboard)
             Qt.callLater(takeKeyboard)
     }
 
-    Component.onCompleted: turnedAt = 0
-
-    function isMeant() {
-        return Date.now() - turnedAt > Qt.styleHints.mouseDoubleClickInterval
-    }
+    Component.onCompleted: turn.begin = 0
 
     // A button that is hidden or disabled loses the keyboard; whether the other one comes in its
     // place shows in the same moment.
@@ -50,18 +49,17 @@ RowLayout {
     Item {
         Layout.fillWidth: true
     }
-    ActionButton {
+    DestructiveButton {
         id: stop
         objectName: "stop"
         Layout.preferredHeight: 40
         Layout.preferredWidth: Math.max(160, implicitWidth)
         visible: row.shown === stop
         onActiveFocusChanged: row.followKeyboard(activeFocus)
-        kind: ActionButton.Destructive
         font.pixelSize: DITTheme.headline
         text: row.l10n.stop
         onClicked: {
-            if (row.isMeant())
+            if (row.turn.isOver())
                 row.appModel.cancelCopy()
         }
     }
@@ -77,7 +75,7 @@ RowLayout {
         font.pixelSize: DITTheme.headline
         text: row.l10n.copy
         onClicked: {
-            if (row.isMeant())
+            if (row.turn.isOver())
                 row.appModel.startCopy()
         }
     }

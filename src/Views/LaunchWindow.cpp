@@ -12,11 +12,20 @@ namespace slatewise::LaunchWindow {
 
 namespace {
 
+/// What the screen leaves to windows. Wayland keeps to itself what panels take of it.
+QRect visibleFrame(const QScreen& screen) {
+    constexpr int roomForPanels = 64;
+    const auto available = screen.availableGeometry();
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
+               ? available.adjusted(0, 0, 0, -roomForPanels)
+               : available;
+}
+
 void applyFrame(QQuickWindow& window) {
     const auto* screen = window.screen() ? window.screen() : QGuiApplication::primaryScreen();
     if (!screen)
         return;
-    const auto outer = frame(window.frameGeometry(), screen->availableGeometry());
+    const auto outer = frame(window.frameGeometry(), visibleFrame(*screen));
     window.setGeometry(outer.marginsRemoved(window.frameMargins()));
 }
 

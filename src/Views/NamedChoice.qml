@@ -63,9 +63,8 @@ ColumnLayout {
             text: choice.l10n.newButton
             onClicked: choice.addRequested()
         }
-        ActionButton {
+        DestructiveButton {
             objectName: "delete"
-            kind: ActionButton.Destructive
             text: choice.l10n.deleteButton
             onClicked: choice.deleteRequested()
         }

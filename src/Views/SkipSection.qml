@@ -86,11 +86,10 @@ FormSection {
                 text: parent.modelData
                 font.pixelSize: DITTheme.subheadline
             }
-            ActionButton {
+            DestructiveButton {
                 id: removeButton
                 objectName: "remove:" + parent.modelData
                 Layout.preferredHeight: DITTheme.smallControlHeight
-                kind: ActionButton.Destructive
                 text: section.l10n.remove
                 Accessible.name: text + " " + parent.modelData
                 onClicked: section.removeName(parent.modelData, parent.index, activeFocus)

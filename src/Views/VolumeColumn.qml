@@ -125,14 +125,16 @@ Panel {
         Accessible.role: Accessible.List
         Accessible.name: column.title
 
-        property double movedAt: 0
+        // Volumes come and go by themselves, and one that is removed pulls up the next.
+        Settling {
+            id: settling
+        }
 
         // A list that was empty has no current row yet, and Tab would pass it by.
         onCountChanged: {
             if (currentIndex < 0 && count > 0)
                 currentIndex = 0
-            // Volumes come and go by themselves, and one that is removed pulls up the next.
-            movedAt = Date.now()
+            settling.restart()
         }
 
         // The keyboard stays in the column when the row that had it goes.
@@ -148,7 +150,7 @@ Panel {
             width: ListView.view.width
             l10n: column.l10n
             isTabStop: ListView.isCurrentItem
-            movedAt: list.movedAt
+            settling: settling
             onHasKeyboardChanged: {
                 if (hasKeyboard)
                     list.currentIndex = index

@@ -22,9 +22,8 @@ Pressable {
     property var l10n
     // Whether Tab stops here: one row of a list is enough.
     property bool isTabStop: false
-    // When rows last changed places, in milliseconds: a click that comes too soon after was meant for
-    // another one.
-    property double movedAt: 0
+    // Since rows last changed places.
+    property Settling settling: Settling {}
     readonly property bool hasKeyboard: activeFocus || mark.activeFocus || remove.activeFocus
 
     signal toggled()
@@ -33,7 +32,9 @@ Pressable {
     // By the pointer, anywhere on the row.
     signal touched()
 
-    implicitHeight: line.implicitHeight + 2 * 10
+    // Known before anything is laid out: rows below are moved by it as soon as this one is there.
+    implicitHeight: nameText.implicitHeight + 3 + subtitleText.implicitHeight + 3
+                    + pathText.implicitHeight + 2 * padding
     padding: 10
     focusPolicy: isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
     text: name
@@ -106,20 +107,22 @@ Pressable {
             spacing: 3
 
             AppText {
+                id: nameText
                 width: parent.width
                 text: row.name
                 font.weight: Font.Medium
                 Accessible.ignored: true
             }
             AppText {
+                id: subtitleText
                 width: parent.width
-                visible: text.length > 0
                 text: row.subtitle
                 font.pixelSize: DITTheme.caption
                 color: DITTheme.secondary
                 Accessible.ignored: true
             }
             AppText {
+                id: pathText
                 width: parent.width
                 text: row.path
                 font.pixelSize: DITTheme.caption2
@@ -167,7 +170,7 @@ Pressable {
             Accessible.name: row.l10n.removePath + " " + row.name
             onPressed: row.touched()
             onClicked: {
-                if (visualFocus || Date.now() - row.movedAt > 500)
+                if (visualFocus || row.settling.isOver())
                     row.removed()
             }
 

@@ -325,8 +325,21 @@ TEST_F(BatchOfCards, LooksBeforeItBegins) {
     std::filesystem::create_directories(*desk.choice);
     model.pickDestinationFolder();
     Desk::waitUntil([&] { return model.board().selectedDests().size() == 2; });
+    model.toggleCard(second);
+    model.focusCard(second);
     desk.copy();
     EXPECT_EQ(title(), "Failed: " + model.l10n().destinationInsideCard("Copies", "A001"));
+    EXPECT_EQ(model.board().cardSelection().focused, "dev-B002") << "where the next unit goes";
+
+    // Whoever changes their mind at once does not wait for what is still being looked at.
+    model.removeDestination(toQString((desk.folder / "A001/Copies").native()));
+    desk.volume(disks[0]).facts.freeBytes = 1'000'000'000;
+    model.applyVolumes();
+    model.startCopy();
+    EXPECT_TRUE(model.isBusy());
+    model.cancelCopy();
+    Desk::waitUntil([&] { return !model.isBusy(); });
+    EXPECT_EQ(title(), "Failed: Cancelled.");
 
     EXPECT_EQ(runs, 0);
     EXPECT_EQ(record.begun, 0);

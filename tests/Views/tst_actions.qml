@@ -32,6 +32,7 @@ ViewCase {
         model.canCopy = false
         model.isBusy = true
         tryVerify(() => find("stop").activeFocus)
+        // As after a failure: what was ticked still is.
         model.canCopy = true
         model.isBusy = false
         tryVerify(() => find("copy").activeFocus)
@@ -45,6 +46,9 @@ ViewCase {
             desktop.holdKey(root.Window.window, key, 5)
             compare(model.calls, [["deleteSelectedSet"]])
         }
+        model.calls = []
+        mouseDoubleClickSequence(remove)
+        compare(model.calls, [["deleteSelectedSet"]])
         model.calls = []
         row("cards", 0).forceActiveFocus(Qt.TabFocusReason)
         for (const key of [Qt.Key_Space, Qt.Key_Delete])
@@ -64,6 +68,23 @@ ViewCase {
             return chip !== null && strip.contentX > 0
                 && chip.mapToItem(strip, chip.width, 0).x <= strip.width
         })
+    }
+
+    // However fast or slowly the news come in.
+    function test_the_bar_keeps_up_data() {
+        return [{ tag: "each picture", pause: 16 }, { tag: "slow disk", pause: 250 }]
+    }
+    function test_the_bar_keeps_up(data) {
+        const bar = find("bar")
+        const filled = () => find("fill", bar).width / bar.width
+        for (let step = 1; step <= 20; ++step) {
+            model.progressFraction = step / 20
+            wait(data.pause)
+        }
+        verify(filled() > 0.5, "stands at " + filled())
+        tryVerify(() => Math.abs(filled() - 1) < 0.001)
+        model.progressFraction = 0
+        tryVerify(() => filled() === 0)
     }
 
     function test_how_it_stands_data() {

@@ -69,6 +69,17 @@ ViewCase {
         verify(row("cards", 0).activeFocus)
     }
 
+    function test_rows_lie_one_below_the_other() {
+        const height = row("cards", 0).height
+        model.cards.insert(0, { volumeID: "z", name: "Z009", subtitle: "", path: "/media/dit/Z009",
+                                selected: false, focused: false, ekip: "", unit: "", needsUnit: false,
+                                picked: false })
+        tryVerify(() => row("cards", 0).volumeID === "z")
+        wait(settled)
+        for (let index = 0; index < 4; ++index)
+            compare(row("cards", index).y - row("cards", 0).y, index * (height + 8))
+    }
+
     function test_long_names_push_nothing_out_of_a_row() {
         for (const width of [984, 870]) {
             test.width = width

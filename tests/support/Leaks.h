@@ -28,8 +28,12 @@ inline std::ptrdiff_t threadCountSoon(std::ptrdiff_t expected) {
     return threadCount();
 }
 
-/// What of our memory is in the machine's.
+/// What of our memory is in the machine's. Always the same where a sanitizer holds on to what was
+/// freed: it finds leaks by itself.
 inline std::int64_t residentKiB() {
+#ifdef __SANITIZE_ADDRESS__
+    return 0;
+#else
     std::ifstream status("/proc/self/status");
     std::string word;
     while (status >> word && word != "VmRSS:") {
@@ -37,6 +41,7 @@ inline std::int64_t residentKiB() {
     std::int64_t size = 0;
     status >> size;
     return size;
+#endif
 }
 
 } // namespace slatewise::test

@@ -84,10 +84,6 @@ QCoro::Task<> Offload::begin() {
     Q_EMIT model_.batchFinished();
 }
 
-void Offload::batchBegan(const BatchPlan&) {
-    isBegun_ = true;
-}
-
 void Offload::pairBegan(const BatchPair& pair) {
     std::string label;
     if (pair.position.pairCount > 1) {
@@ -129,7 +125,7 @@ void Offload::pairEnded(const BatchPair&, const PairResult& result) {
 }
 
 void Offload::batchEnded(const BatchResult& result) {
-    if (!isBegun_ && result.message)
+    if (!result.wasBegun && result.message)
         display_.note(texts_.shared.failed(*result.message));
     results_ = result.pairs;
 }

@@ -24,7 +24,6 @@ public:
 
 private:
     QCoro::Task<> begin();
-    void batchBegan(const BatchPlan& plan) override;
     void pairBegan(const BatchPair& pair) override;
     void phaseChanged(const OffloadPhase& phase) override;
     void problemFound(const std::string& problem) override;
@@ -36,7 +35,6 @@ private:
     ProgressDisplay& display_;
     AppModel model_;
     std::stop_token stop_;
-    bool isBegun_ = false;
     std::vector<PairResult> results_;
 };
 

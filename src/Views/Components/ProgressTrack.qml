@@ -1,8 +1,8 @@
 import QtQuick
 import SlatewiseViews
 
-// How far it is, from 0 to 1, in the colour of how it went. Glides on as it grows, since a slow disk
-// tells of its progress a few times a second only.
+// How far it is, from 0 to 1, in the colour of how it went. Glides, since a slow disk tells of its
+// progress a few times a second only.
 Rectangle {
     id: track
 
@@ -10,30 +10,16 @@ Rectangle {
     property color hue: DITTheme.accent
 
     // What the bar is at this moment.
-    property real shown: 0
+    property real shown: fraction
+    Behavior on shown {
+        SmoothedAnimation { velocity: -1; duration: DITTheme.gentle }
+    }
 
     implicitHeight: 8
     radius: height / 2
     color: DITTheme.withOpacity(DITTheme.primary, 0.1)
     Accessible.role: Accessible.ProgressBar
     Accessible.name: Math.round(fraction * 100) + "%"
-
-    onFractionChanged: {
-        if (fraction > shown) {
-            glide.restart()
-        } else {
-            glide.stop()
-            shown = fraction
-        }
-    }
-
-    NumberAnimation {
-        id: glide
-        target: track
-        property: "shown"
-        to: track.fraction
-        duration: DITTheme.gentle
-    }
 
     Rectangle {
         objectName: "fill"

@@ -18,6 +18,14 @@ Flickable {
     interactive: contentHeight > height
     clip: interactive
 
+    // What has the keyboard stays in sight when something above it grows.
+    onContentHeightChanged: Qt.callLater(followKeyboard)
+
+    function followKeyboard() {
+        const item = Window.window ? Window.window.activeFocusItem : null
+        if (holds(item))
+            reveal(item)
+    }
     function reveal(item) {
         if (!item || !interactive)
             return
@@ -46,9 +54,7 @@ Flickable {
     Connections {
         target: area.Window.window
         function onActiveFocusItemChanged() {
-            const item = area.Window.window.activeFocusItem
-            if (area.holds(item))
-                area.reveal(item)
+            area.followKeyboard()
         }
     }
 
