@@ -113,8 +113,8 @@ std::string L10n::destinationInsideCard(Text destination, Text card) const {
 }
 
 std::string L10n::cannotStart(Text reason) const {
-    return fmt::format("{}: {}",
-                       text("Slatewise DIT cannot start", "Slatewise DIT başlatılamıyor"), reason);
+    return fmt::format("{}: {}", text("Slatewise DIT cannot start", "Slatewise DIT başlatılamıyor"),
+                       reason);
 }
 
 std::string L10n::cardInsideSession(Text card, Text session) const {

@@ -187,8 +187,8 @@ void AppModel::revealReportsFolder() {
 
 /// Made by then, so that there is something to show.
 QCoro::Task<> AppModel::showArchive(QPointer<AppModel> model) {
-    const auto making = onWorker(
-        [settings = model->settings_] { return SupportPaths::reportsArchive(settings); });
+    const auto making =
+        onWorker([settings = model->settings_] { return SupportPaths::reportsArchive(settings); });
     const auto archive = co_await making;
     if (model && model->surroundings_.showFolder)
         model->surroundings_.showFolder(archive);

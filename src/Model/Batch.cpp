@@ -1,10 +1,7 @@
 #include "Model/Batch.h"
 
-#include "Model/FolderOverlap.h"
 #include "Model/PairTraces.h"
-#include "Model/SpaceCheck.h"
 #include "Offload/CopyEngine.h"
-#include "Offload/PathSize.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -55,19 +52,12 @@ void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     }
 }
 
-std::optional<std::string> obstacleTo(const BatchPlan& plan) {
-    if (const auto overlap = FolderOverlap::find(plan, Clock::now()))
-        return overlap;
-    const auto lack = SpaceCheck::findLackOfRoom(
-        plan.totalBytes, plan.destinations,
-        [](const auto& folder) { return PathSize::volumeBytes(folder).free; });
-    return lack ? std::optional(lack->localizedDescription()) : std::nullopt;
-}
+using Obstacle = std::optional<std::string>;
 
-QCoro::Task<> look(BatchPlan plan, std::shared_ptr<std::optional<std::string>> found,
+QCoro::Task<> look(std::function<Obstacle()> find, std::shared_ptr<Obstacle> found,
                    std::shared_ptr<QPromise<void>> over) {
     try {
-        const auto looking = onWorker([plan = std::move(plan)] { return obstacleTo(plan); });
+        const auto looking = onWorker(std::move(find));
         *found = co_await looking;
     } catch (const std::exception& failure) {
         *found = describe(failure);
@@ -140,14 +130,14 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         self->listener_->batchEnded(result);
 }
 
-/// Why nothing can be begun, in the user's words. Who cancels does not wait for a disk that does not
-/// answer.
+/// Why nothing can be begun, in the user's words. Who cancels does not wait for a disk that does
+/// not answer.
 QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
-    const auto found = std::make_shared<std::optional<std::string>>();
+    const auto found = std::make_shared<Obstacle>();
     const auto over = std::make_shared<QPromise<void>>();
     over->start();
     const std::stop_callback cancelled(stop_.get_token(), [over] { over->finish(); });
-    look(plan_, found, over);
+    look([find = surroundings_.findObstacle, plan = plan_] { return find(plan); }, found, over);
     const auto ending = over->future();
     co_await ending;
     if (stop_.stop_requested())

@@ -62,7 +62,8 @@ class BatchListener {
 public:
     virtual ~BatchListener() = default;
 
-    /// Nothing stands against it; the first pair is next. Not told of a batch that has to be refused.
+    /// Nothing stands against it; the first pair is next. Not told of a batch that has to be
+    /// refused.
     virtual void batchBegan(const BatchPlan&) {}
     virtual void pairBegan(const BatchPair& pair) = 0;
     virtual void phaseChanged(const OffloadPhase& phase) = 0;

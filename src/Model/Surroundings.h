@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Model/BatchObstacle.h"
 #include "Model/ContentSizes.h"
 #include "Offload/CopyEngine.h"
 #include "Volumes/VolumeRecords.h"
@@ -8,7 +9,9 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
+#include <string>
 #include <vector>
 
 namespace slatewise {
@@ -50,6 +53,9 @@ struct Surroundings {
     /// The store of the process; one in memory when the file cannot be opened.
     std::function<std::shared_ptr<AppDatabase>()> openStore;
 
+    /// What stands against a batch. Blocks, any thread.
+    std::function<std::optional<std::string>(const BatchPlan&)> findObstacle = BatchObstacle::find;
+
     /// One run of one card to one destination; blocks, any thread.
     std::function<OffloadOutcome(const CopyEngine::Request&, const CopyEngine::Observer&,
                                  std::stop_token)>
@@ -57,10 +63,11 @@ struct Surroundings {
 
     UnitRule unitRule = UnitRule::Required;
 
-    /// The machine's volumes below that folder, the user's store and applications. It still lacks the
-    /// folder chooser of a window.
-    static Surroundings ofThisDesktop(UserDefaults& defaults,
-                                      const VolumesRoot& volumesRoot = VolumesRoot::ofThisDesktop());
+    /// The machine's volumes below that folder, the user's store and applications. It still lacks
+    /// the folder chooser of a window.
+    static Surroundings
+    ofThisDesktop(UserDefaults& defaults,
+                  const VolumesRoot& volumesRoot = VolumesRoot::ofThisDesktop());
 
     /// What the machine knows of the disk that holds a folder.
     static VolumeFacts factsOfThisMachine(const std::filesystem::path& folder);

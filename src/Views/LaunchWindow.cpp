@@ -45,13 +45,14 @@ void fit(QQuickWindow& window) {
     constexpr std::chrono::milliseconds lookAgain{20};
     constexpr int looks = 100;
     auto* const looking = new QTimer(&window);
-    QObject::connect(looking, &QTimer::timeout, &window, [&window, looking, left = looks]() mutable {
-        const bool hasBorders = !window.frameMargins().isNull();
-        if (hasBorders)
-            applyFrame(window);
-        if (hasBorders || --left == 0)
-            looking->deleteLater();
-    });
+    QObject::connect(looking, &QTimer::timeout, &window,
+                     [&window, looking, left = looks]() mutable {
+                         const bool hasBorders = !window.frameMargins().isNull();
+                         if (hasBorders)
+                             applyFrame(window);
+                         if (hasBorders || --left == 0)
+                             looking->deleteLater();
+                     });
     looking->start(lookAgain);
 }
 

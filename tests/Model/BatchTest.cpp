@@ -331,19 +331,37 @@ TEST_F(BatchOfCards, LooksBeforeItBegins) {
     EXPECT_EQ(title(), "Failed: " + model.l10n().destinationInsideCard("Copies", "A001"));
     EXPECT_EQ(model.board().cardSelection().focused, "dev-B002") << "where the next unit goes";
 
-    // Whoever changes their mind at once does not wait for what is still being looked at.
-    model.removeDestination(toQString((desk.folder / "A001/Copies").native()));
-    desk.volume(disks[0]).facts.freeBytes = 1'000'000'000;
-    model.applyVolumes();
-    model.startCopy();
-    EXPECT_TRUE(model.isBusy());
-    model.cancelCopy();
-    Desk::waitUntil([&] { return !model.isBusy(); });
-    EXPECT_EQ(title(), "Failed: Cancelled.");
-
     EXPECT_EQ(runs, 0);
     EXPECT_EQ(record.begun, 0);
     EXPECT_FALSE(std::filesystem::exists(desk.folder / "SSD1/reports"));
+}
+
+// A share whose server is gone keeps whoever looks at it for as long as it likes.
+TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
+    disks = {desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001");
+    std::atomic<bool> mayAnswer = false;
+    std::atomic<bool> hasAnswered = false;
+    desk.surroundings.findObstacle = [&](const auto& plan) {
+        while (!mayAnswer)
+            std::this_thread::yield();
+        auto found = BatchObstacle::find(plan);
+        hasAnswered = true;
+        return found;
+    };
+    start();
+    desk.selectCard(card, "CamA");
+    desk.model().startCopy();
+    EXPECT_TRUE(desk.model().isBusy());
+    desk.model().cancelCopy();
+    Desk::waitUntil([&] { return !desk.model().isBusy(); });
+    EXPECT_EQ(title(), "Failed: Cancelled.");
+    EXPECT_EQ(record.begun, 0);
+    EXPECT_EQ(record.result.pairs.at(0).status, "failed");
+    mayAnswer = true;
+    Desk::waitUntil([&] { return hasAnswered.load(); });
+    desk.model().startCopy();
+    Desk::waitUntil([&] { return desk.model().progressDidSucceed(); });
 }
 
 TEST_F(BatchOfCards, KeepsToWhatWasSetWhenTheButtonWasPressed) {

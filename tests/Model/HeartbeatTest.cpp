@@ -1,5 +1,5 @@
-#include "support/Desk.h"
 #include "support/Heartbeat.h"
+#include "support/Desk.h"
 #include "support/RecordingServer.h"
 
 #include <gmock/gmock.h>

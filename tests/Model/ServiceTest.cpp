@@ -8,8 +8,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <optional>
 #include <chrono>
+#include <optional>
 
 using namespace slatewise;
 using namespace slatewise::test;

@@ -29,9 +29,9 @@ TEST(VolumeListModel, VolumesThatStayKeepTheirRows) {
         const char* before;
         const char* after;
     } cases[] = {
-        {"", "ab"},     {"ab", ""},     {"abc", "abc"}, {"abc", "xabc"}, {"abc", "abxc"},
-        {"abc", "bc"},  {"abcd", "ad"}, {"abc", "cab"}, {"abc", "bca"},  {"abcd", "dcba"},
-        {"abcd", "exbf"}, {"abc", "xyz"},
+        {"", "ab"},      {"ab", ""},       {"abc", "abc"},   {"abc", "xabc"},
+        {"abc", "abxc"}, {"abc", "bc"},    {"abcd", "ad"},   {"abc", "cab"},
+        {"abc", "bca"},  {"abcd", "dcba"}, {"abcd", "exbf"}, {"abc", "xyz"},
     };
     for (const auto& [before, after] : cases) {
         VolumeListModel model;

@@ -56,6 +56,6 @@ private:
     Desktop desktop_;
 };
 
-QUICK_TEST_MAIN_WITH_SETUP(slatewise-views, Setup)
+QUICK_TEST_MAIN_WITH_SETUP(slatewise - views, Setup)
 
 #include "ViewsTest.moc"
