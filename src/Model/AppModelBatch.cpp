@@ -30,6 +30,7 @@ void AppModel::startCopy() {
         return publish();
     if (batch_)
         batch_->abandon();
+    batchPosition_ = {};
     phase_ = Phase::Scanning{};
     publish();
     BatchListener& listener = *this;

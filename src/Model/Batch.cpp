@@ -91,7 +91,7 @@ Batch::Batch(BatchPlan plan, const Surroundings& surroundings,
       listener_(&listener) {}
 
 void Batch::start() {
-    run(shared_from_this());
+    QTimer::singleShot(0, [self = shared_from_this()] { run(self); });
 }
 
 void Batch::abandon() {

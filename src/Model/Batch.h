@@ -81,7 +81,8 @@ public:
     Batch(BatchPlan plan, const Surroundings& surroundings, std::shared_ptr<AppDatabase> database,
           BatchListener& listener);
 
-    /// Begins; returns at the first thing that takes time. The batch keeps itself alive to its end.
+    /// Begins once the event loop is back: the listener hears of nothing, and of no end, within
+    /// this call. The batch keeps itself alive to its end.
     void start();
 
     /// Asks the run to end between two chunks, and the batch between two pairs.

@@ -16,7 +16,6 @@ Item {
         implicitWidth: line.implicitWidth
         implicitHeight: line.implicitHeight
         text: footer.appModel.websiteLabel
-        Accessible.role: Accessible.Link
         onClicked: Qt.openUrlExternally(footer.appModel.websiteURL)
 
         contentItem: Row {

@@ -1,10 +1,11 @@
 import QtQuick
 import QtQuick.Layouts
+import QtQuick.Templates as T
 import SlatewiseViews
 
 // One card or disk. Its mark ticks it; a click elsewhere makes it the one that the unit picker works
 // on. By keyboard: Space ticks, Return focuses, Delete takes it off the list.
-Pressable {
+T.ItemDelegate {
     id: row
 
     required property int index
@@ -38,7 +39,6 @@ Pressable {
     padding: 10
     focusPolicy: isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
     text: name
-    Accessible.role: Accessible.ListItem
     Accessible.name: [name, subtitle, ekip, unit, needsUnit ? l10n.selectUnit : ""].filter(
                          part => part.length > 0).join(", ")
     Accessible.selected: selected
@@ -46,6 +46,7 @@ Pressable {
 
     onPressed: touched()
     onClicked: chosen()
+    Keys.forwardTo: PressKeys { button: row }
     Keys.onSpacePressed: event => {
         if (!event.isAutoRepeat)
             toggled()
@@ -59,16 +60,14 @@ Pressable {
         id: line
         spacing: 10
 
-        Pressable {
+        Tick {
             id: mark
             objectName: "mark"
             Layout.preferredWidth: 28
             Layout.preferredHeight: 28
             focusPolicy: row.isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
-            Accessible.role: Accessible.CheckBox
             Accessible.name: row.l10n.select + " " + row.name
-            Accessible.checkable: true
-            Accessible.checked: row.selected
+            on: row.selected
             onPressed: row.touched()
             onClicked: row.toggled()
 

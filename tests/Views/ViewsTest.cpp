@@ -1,10 +1,12 @@
 // Runs the tst_*.qml files beside it.
 
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPalette>
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QtQml/QQmlExtensionPlugin>
@@ -23,6 +25,15 @@ public:
         palette.setColor(QPalette::Window, dark ? Qt::black : Qt::white);
         palette.setColor(QPalette::WindowText, dark ? Qt::white : Qt::black);
         QGuiApplication::setPalette(palette);
+    }
+
+    /// How a screen reader, which comes up now, announces an item: its role, name, and whether it
+    /// is checked.
+    Q_INVOKABLE static QVariantList spoken(QQuickItem* item) {
+        QAccessible::setActive(true);
+        const auto* said = QAccessible::queryAccessibleInterface(item);
+        return {static_cast<int>(said->role()), said->text(QAccessible::Name),
+                static_cast<bool>(said->state().checked)};
     }
 
     /// A key that is kept down until it has repeated itself `times` times.

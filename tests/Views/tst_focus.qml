@@ -61,6 +61,28 @@ ViewCase {
         compare(model.calls[1], ["tapUnit", "CamB"])
     }
 
+    function test_a_screen_reader_says_what_things_are() {
+        const cases = [
+            [row("cards", 0), Accessible.ListItem, "A001, 118.2 GB, Ekip1, CamA", false],
+            [find("mark", row("cards", 0)), Accessible.CheckBox, "Select A001", true],
+            [find("mark", row("cards", 2)), Accessible.CheckBox, "Select SES_MIX_02", false],
+            [find("remove", row("cards", 0)), Accessible.Button, "Remove path A001", false],
+            [chip("sets", 0), Accessible.RadioButton, "Ekip1", true],
+            [chip("units", 1), Accessible.RadioButton, "CamB", false],
+            [field("units"), Accessible.EditableText, "Unit name", false],
+            [find("copy"), Accessible.Button, "Copy", false],
+            [find("title", find("status")), Accessible.AlertMessage, model.progressTitle, false]
+        ]
+        for (const [item, role, name, checked] of cases)
+            compare(desktop.spoken(item), [role, name, checked])
+        // Also what is made once the reader listens.
+        model.isAdvancedPresented = true
+        const toggle = () => findChild(root.Window.window.contentItem, "eject")
+        tryVerify(() => toggle() !== null)
+        compare(desktop.spoken(toggle()), [Accessible.CheckBox, "Eject card after a successful copy", true])
+        model.isAdvancedPresented = false
+    }
+
     // By Tab alone, every control is reached once, and the way closes.
     function test_tab_reaches_everything() {
         const expected = [

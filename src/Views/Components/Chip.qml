@@ -1,9 +1,10 @@
 import QtQuick
+import QtQuick.Templates as T
 import SlatewiseViews
 
 // One choice among few, in the hue of what is chosen. Takes the keyboard by Tab and arrows, never by
 // a click.
-Pressable {
+T.RadioButton {
     id: chip
 
     property color hue: DITTheme.accent
@@ -15,11 +16,15 @@ Pressable {
     implicitWidth: Math.min(label.implicitWidth, 200) + 28
     leftPadding: 14
     rightPadding: 14
+    // What is chosen is for others to say, not for the click.
     checked: chosen
+    autoExclusive: false
+    onToggled: checked = Qt.binding(() => chosen)
+    focusPolicy: Qt.TabFocus
+    Accessible.name: text
+    Keys.forwardTo: PressKeys { button: chip }
     font.pixelSize: DITTheme.subheadline
     font.weight: chosen ? Font.Bold : Font.DemiBold
-    Accessible.role: Accessible.RadioButton
-    Accessible.checked: chosen
 
     contentItem: AppText {
         id: label

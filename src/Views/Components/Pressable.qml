@@ -1,17 +1,12 @@
 import QtQuick
 import QtQuick.Templates as T
+import SlatewiseViews
 
-// Something to press: by a click, with Space, or with Return. A key that is held down presses once.
+// Something to press that does something.
 T.AbstractButton {
-    focusPolicy: Qt.TabFocus
+    id: pressable
 
-    Keys.onPressed: event => {
-        const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
-        if (isReturn && !event.isAutoRepeat)
-            clicked()
-        event.accepted = isReturn || event.key === Qt.Key_Space && event.isAutoRepeat
-    }
-    Keys.onReleased: event => {
-        event.accepted = event.key === Qt.Key_Space && event.isAutoRepeat
-    }
+    focusPolicy: Qt.TabFocus
+    Accessible.name: text
+    Keys.forwardTo: PressKeys { button: pressable }
 }

@@ -2,20 +2,13 @@ import QtQuick
 import SlatewiseViews
 
 // A setting that is on or off, its words left, its switch right. The whole row takes the click.
-//
-// Shows what it is told (`on`), not what was last clicked: a change that is refused leaves it.
-Pressable {
+Tick {
     id: row
-
-    property bool on: false
 
     signal flipped(bool on)
 
     implicitHeight: Math.max(DITTheme.controlHeight, label.implicitHeight + 8)
     font.pixelSize: DITTheme.body
-    Accessible.role: Accessible.CheckBox
-    Accessible.checkable: true
-    Accessible.checked: on
     onClicked: flipped(!on)
 
     contentItem: Item {
