@@ -129,6 +129,10 @@ Panel {
         Settling {
             id: settling
         }
+        Connections {
+            target: column.volumes
+            function onRowsMoved() { settling.restart() }
+        }
 
         // A list that was empty has no current row yet, and Tab would pass it by.
         onCountChanged: {
