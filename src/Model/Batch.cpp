@@ -54,22 +54,23 @@ void takeOver(const OffloadOutcome& outcome, PairResult& result) {
 
 using Obstacle = std::optional<std::string>;
 
-QCoro::Task<> look(std::function<Obstacle()> find, std::shared_ptr<Obstacle> found,
-                   std::shared_ptr<QPromise<void>> over) {
+QCoro::Task<> look(std::function<Obstacle()> find, std::shared_ptr<Obstacle> found) {
     try {
         const auto looking = onWorker(std::move(find));
         *found = co_await looking;
     } catch (const std::exception& failure) {
         *found = describe(failure);
     }
-    over->finish();
 }
 
-QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile,
-                    std::shared_ptr<QPromise<void>> over) {
+QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile) {
     const OutboxDrainer drainer(database);
     const auto draining = drainer.drain(std::move(profile));
     co_await draining;
+}
+
+QCoro::Task<> finishAfter(QCoro::Task<> work, std::shared_ptr<QPromise<void>> over) {
+    co_await work;
     over->finish();
 }
 
@@ -130,16 +131,12 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         self->listener_->batchEnded(result);
 }
 
-/// Why nothing can be begun, in the user's words. Who cancels does not wait for a disk that does
-/// not answer.
+/// Why nothing can be begun, in the user's words.
 QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
     const auto found = std::make_shared<Obstacle>();
-    const auto over = std::make_shared<QPromise<void>>();
-    over->start();
-    const std::stop_callback cancelled(stop_.get_token(), [over] { over->finish(); });
-    look([find = surroundings_.findObstacle, plan = plan_] { return find(plan); }, found, over);
-    const auto ending = over->future();
-    co_await ending;
+    const auto looking = unlessCancelled(
+        look([find = surroundings_.findObstacle, plan = plan_] { return find(plan); }, found));
+    co_await looking;
     if (stop_.stop_requested())
         co_return std::string(plan_.l10n().cancelled());
     co_return *found;
@@ -204,13 +201,18 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
     });
 }
 
-/// Delivers the pair's report and whatever else waits before the next pair begins. Who cancels does
-/// not wait for a network: what is under way goes on by itself.
+/// Delivers the pair's report and whatever else waits before the next pair begins.
 QCoro::Task<> Batch::reportToService() {
+    return unlessCancelled(drain(*database_, plan_.serviceProfile));
+}
+
+/// Waits for the end of `work`. Who cancels does not wait for a network or a disk: what is under
+/// way goes on by itself.
+QCoro::Task<> Batch::unlessCancelled(QCoro::Task<> work) {
     const auto over = std::make_shared<QPromise<void>>();
     over->start();
     const std::stop_callback cancelled(stop_.get_token(), [over] { over->finish(); });
-    drain(*database_, plan_.serviceProfile, over);
+    finishAfter(std::move(work), over);
     const auto ending = over->future();
     co_await ending;
 }

@@ -101,6 +101,7 @@ private:
     QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
     QCoro::Task<> reportToService();
+    QCoro::Task<> unlessCancelled(QCoro::Task<> work);
     QCoro::Task<> ejectIfWanted(ClassifiedVolume card);
     void deliver(const RunMailbox::Mail& mail);
 
