@@ -136,10 +136,7 @@ TEST(OffloadTrouble, ADiskWithoutRoomIsRefused) {
 
 TEST(OffloadTrouble, ACardThatIsPulledFailsAndLeavesTheList) {
     Person person;
-    auto& card = person.plugInCard("A001", 6, 24 * kMiB);
-    person.plugIn("SHUTTLE", 256 * kMiB);
-    person.choose("A001", "CamA");
-    person.chooseDisk("SHUTTLE");
+    auto& card = person.makeReady(6, 24 * kMiB);
     person.click(person.see("copy"));
     Person::wait("progress",
                  [&] { return person.application().model().progressFraction() > 0.02; });
@@ -152,10 +149,7 @@ TEST(OffloadTrouble, ACardThatIsPulledFailsAndLeavesTheList) {
 
 TEST(OffloadTrouble, StopEndsTheCopyAndTheNextOneGoesThrough) {
     Person person;
-    person.plugInCard("A001", 6, 96 * kMiB);
-    person.plugIn("SHUTTLE", 2048 * kMiB);
-    person.choose("A001", "CamA");
-    person.chooseDisk("SHUTTLE");
+    person.makeReady(6, 96 * kMiB);
     person.click(person.see("copy"));
     Person::wait("stop", [&] { return person.see("stop") != nullptr; });
     EXPECT_FALSE(person.see("copy"));
@@ -174,10 +168,7 @@ TEST(OffloadTrouble, StopEndsTheCopyAndTheNextOneGoesThrough) {
 
 TEST(OffloadTrouble, ClosingTheWindowCutsACopyOffAndTheLogSaysSo) {
     Person person;
-    person.plugInCard("A001", 6, 24 * kMiB);
-    person.plugIn("SHUTTLE", 512 * kMiB);
-    person.choose("A001", "CamA");
-    person.chooseDisk("SHUTTLE");
+    person.makeReady(6, 24 * kMiB);
     person.click(person.see("copy"));
     Person::wait("stop", [&] { return person.see("stop") != nullptr; });
     person.application().window().close();

@@ -28,10 +28,7 @@ constexpr std::chrono::milliseconds kLongestStall{50};
 
 TEST(Pace, ACopyIsShownAsItGoesAndNeverHoldsUpTheWindow) {
     Person person;
-    person.plugInCard("A001", 6, 64 * kMiB);
-    person.plugIn("SHUTTLE", 1024 * kMiB);
-    person.choose("A001", "CamA");
-    person.chooseDisk("SHUTTLE");
+    person.makeReady(6, 64 * kMiB);
 
     const auto& model = person.application().model();
     auto& window = person.application().window();

@@ -94,7 +94,7 @@ QQuickItem* Person::chip(const QString& text) {
     return found.empty() ? nullptr : found.front();
 }
 
-bool Person::sees(const char* column, const QString& name) {
+QQuickItem* Person::sees(const char* column, const QString& name) {
     std::vector<QQuickItem*> found;
     collect(
         see(column),
@@ -102,20 +102,13 @@ bool Person::sees(const char* column, const QString& name) {
             return item->property("volumeID").isValid() && item->property("name") == name;
         },
         found);
-    return !found.empty();
+    return found.empty() ? nullptr : found.front();
 }
 
 QQuickItem* Person::row(const char* column, const QString& name) {
     QQuickItem* row = nullptr;
     wait("row", [&] {
-        std::vector<QQuickItem*> found;
-        collect(
-            see(column),
-            [&](QQuickItem* item) {
-                return item->property("volumeID").isValid() && item->property("name") == name;
-            },
-            found);
-        row = found.empty() ? nullptr : found.front();
+        row = sees(column, name);
         return row != nullptr;
     });
     settle();
@@ -150,6 +143,14 @@ void Person::chooseDisk(const QString& disk) {
     // The only disk there is comes ticked.
     if (!row("disks", disk)->property("selected").toBool())
         click(see("mark", row("disks", disk)));
+}
+
+MountedVolume& Person::makeReady(int clips, std::size_t clipBytes) {
+    auto& card = plugInCard("A001", clips, clipBytes);
+    plugIn("SHUTTLE", static_cast<std::int64_t>(4 * clips * clipBytes));
+    choose("A001", "CamA");
+    chooseDisk("SHUTTLE");
+    return card;
 }
 
 void Person::wait(const char* what, const std::function<bool()>& condition,

@@ -32,7 +32,8 @@ public:
 
     /// Waits until the row of that volume is there, in "cards" or "disks".
     QQuickItem* row(const char* column, const QString& name);
-    bool sees(const char* column, const QString& name);
+    /// The row if it is there now.
+    QQuickItem* sees(const char* column, const QString& name);
 
     /// The visible item of that name, the topmost one.
     QQuickItem* see(const QString& objectName, QQuickItem* within = nullptr);
@@ -48,6 +49,10 @@ public:
     void choose(const QString& card, const QString& unit);
     /// Ticks a disk unless it is ticked.
     void chooseDisk(const QString& disk);
+
+    /// Plugs in a card with that many clips and a disk with room for several of it, and settles all
+    /// there is to settle before Copy. Gives the card.
+    MountedVolume& makeReady(int clips, std::size_t clipBytes);
 
     /// Looks again and again until it holds; fails the test when it does not in time.
     static void wait(const char* what, const std::function<bool()>& condition,
