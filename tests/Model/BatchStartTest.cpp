@@ -1,5 +1,4 @@
 #include "Model/BatchOfCards.h"
-#include "Storage/AppDatabase.h"
 
 #include <QCoreApplication>
 

@@ -1,5 +1,4 @@
 #include "Model/BatchOfCards.h"
-#include "Model/QtText.h"
 #include "Platform/Error.h"
 #include "Storage/AppDatabase.h"
 
