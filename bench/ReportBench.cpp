@@ -1,7 +1,7 @@
 #include "Benches.h"
 #include "Scratch.h"
 
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "Reports/ReportWriter.h"
 #include "Reports/SessionDetailedHTML.h"
 #include "Reports/SessionDetailedPDF.h"

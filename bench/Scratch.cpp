@@ -1,6 +1,6 @@
 #include "Scratch.h"
 
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>

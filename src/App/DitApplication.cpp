@@ -1,7 +1,7 @@
 #include "App/DitApplication.h"
 
-#include "Platform/GraphicsHardware.h"
-#include "Storage/AppInfo.h"
+#include "Platform/AppInfo.h"
+#include "Platform/Desktop/GraphicsHardware.h"
 #include "Storage/AppLog.h"
 #include "Views/LaunchWindow.h"
 

@@ -1,7 +1,7 @@
 #include "App/DitApplication.h"
 
+#include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
-#include "Platform/UserDefaults.h"
 #include "Storage/AppLog.h"
 
 #include <QGuiApplication>

@@ -1,6 +1,6 @@
 #include "Language/AppLanguage.h"
 
-#include "Platform/UserDefaults.h"
+#include "Platform/Desktop/UserDefaults.h"
 
 namespace slatewise::Language {
 

@@ -1,6 +1,6 @@
 #include "Language/L10n.h"
 
-#include "Platform/UserDefaults.h"
+#include "Platform/Desktop/UserDefaults.h"
 
 #include <fmt/format.h>
 

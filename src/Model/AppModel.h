@@ -1,20 +1,20 @@
 #pragma once
 
+#include "Batch/Batch.h"
+#include "Batch/ProgressTexts.h"
 #include "Language/L10n.h"
-#include "Model/Batch.h"
 #include "Model/CardUnits.h"
 #include "Model/ContentSizes.h"
 #include "Model/FolderPresence.h"
 #include "Model/PickedFolders.h"
-#include "Model/ProgressTexts.h"
 #include "Model/ReportMigration.h"
 #include "Model/Surroundings.h"
 #include "Model/UnitCatalog.h"
 #include "Model/VolumeBoard.h"
 #include "Model/VolumeListModel.h"
 #include "Offload/FolderTemplate.h"
-#include "Storage/OutboxDrainer.h"
-#include "Storage/ServiceProfileFile.h"
+#include "Service/OutboxDrainer.h"
+#include "Service/ServiceProfileFile.h"
 #include "Storage/StoreRecords.h"
 
 #include <QCoro/QCoroTask>

@@ -1,7 +1,7 @@
 #include "Model/AppModel.h"
 
 #include "Model/FolderChooser.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"

@@ -1,7 +1,7 @@
 #include "Model/AppModel.h"
 
 #include "Model/QtText.h"
-#include "Storage/DirectSaaSClient.h"
+#include "Service/DirectSaaSClient.h"
 
 // The reporting service: what it is told, and what the user is told of it.
 

@@ -2,10 +2,11 @@
 
 #include "Model/QtText.h"
 #include "Model/TemplatePreview.h"
+#include "Model/VolumeTexts.h"
 #include "Offload/PathSize.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/AppInfo.h"
 #include "Platform/Text.h"
-#include "Storage/AppInfo.h"
 
 // What the views are shown.
 
@@ -163,13 +164,13 @@ void AppModel::publishVolumes() {
         shown.picked = volume.isPickedFolder();
         return shown;
     };
-    const auto subtitle = [&](const ClassifiedVolume& volume, ProgressTexts::Side side) {
-        return toQString(ProgressTexts::volumeSubtitle(volume, side, contentSizes_, l10n()));
+    const auto subtitle = [&](const ClassifiedVolume& volume, VolumeTexts::Side side) {
+        return toQString(VolumeTexts::subtitle(volume, side, contentSizes_, l10n()));
     };
     std::vector<VolumeRow> cards;
     for (const auto& card : board_.lists().cards) {
         auto& shown = cards.emplace_back(row(card, board_.cardSelection()));
-        shown.subtitle = subtitle(card, ProgressTexts::Side::Card);
+        shown.subtitle = subtitle(card, VolumeTexts::Side::Card);
         shown.ekip = toQString(cardUnits_.ekipLabel(card.id()));
         shown.unit = toQString(cardUnits_.cameraLabel(card.id()));
         shown.needsUnit = cardUnits_.cardsNeedingUnit.contains(card.id());
@@ -177,7 +178,7 @@ void AppModel::publishVolumes() {
     std::vector<VolumeRow> destinations;
     for (const auto& destination : board_.lists().destinations) {
         auto& shown = destinations.emplace_back(row(destination, board_.destinationSelection()));
-        shown.subtitle = subtitle(destination, ProgressTexts::Side::Destination);
+        shown.subtitle = subtitle(destination, VolumeTexts::Side::Destination);
     }
     cardRows_.setRows(std::move(cards));
     destinationRows_.setRows(std::move(destinations));

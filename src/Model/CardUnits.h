@@ -2,13 +2,10 @@
 
 #include "Model/Selection.h"
 
-#include <map>
 #include <string>
 #include <string_view>
 
 namespace slatewise {
-
-using CardLabels = std::map<std::string, std::string, std::less<>>;
 
 /// Which camera unit and which crew each card belongs to, and which cards a unit is asked for.
 /// Never stored. A value, keyed by the ids of cards.

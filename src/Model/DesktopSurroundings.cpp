@@ -1,6 +1,6 @@
 #include "Model/Surroundings.h"
 
-#include "Platform/DesktopServices.h"
+#include "Platform/Desktop/DesktopServices.h"
 #include "Volumes/DiskUtilClient.h"
 #include "Volumes/VolumeMonitor.h"
 

@@ -1,7 +1,7 @@
 #include "Model/DestinationMemory.h"
 
 #include "Model/StoredList.h"
-#include "Platform/UserDefaults.h"
+#include "Platform/Desktop/UserDefaults.h"
 
 namespace slatewise::DestinationMemory {
 

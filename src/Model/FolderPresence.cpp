@@ -1,6 +1,6 @@
 #include "Model/FolderPresence.h"
 
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Worker.h"
 
 #include <chrono>

@@ -1,8 +1,8 @@
 #include "Model/PickedFolders.h"
 
 #include "Model/StoredList.h"
+#include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Text.h"
-#include "Platform/UserDefaults.h"
 
 #include <algorithm>
 

@@ -3,14 +3,11 @@
 #include "Volumes/VolumeRecords.h"
 
 #include <optional>
-#include <set>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace slatewise {
-
-using VolumeIDs = std::set<std::string, std::less<>>;
 
 /// The ticks of one volume list and the one volume in it that has the focus, which need not be
 /// ticked. A value.

@@ -1,7 +1,7 @@
 #include "Model/StoredList.h"
 
+#include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Json.h"
-#include "Platform/UserDefaults.h"
 
 namespace slatewise::StoredList {
 

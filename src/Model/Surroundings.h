@@ -1,8 +1,7 @@
 #pragma once
 
-#include "Model/BatchObstacle.h"
+#include "Batch/BatchSurroundings.h"
 #include "Model/ContentSizes.h"
-#include "Offload/CopyEngine.h"
 #include "Volumes/VolumeRecords.h"
 #include "Volumes/VolumesRoot.h"
 
@@ -10,7 +9,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -23,7 +21,7 @@ class UserDefaults;
 /// What the application model needs of the world around it. The desktop's own is
 /// `Surroundings::ofThisDesktop`; a program without a window leaves out what it has no use for, and
 /// a test puts its own in place. What is empty does nothing and finds nothing.
-struct Surroundings {
+struct Surroundings : BatchSurroundings {
     /// Whether a card may be copied that nobody has named a unit for.
     enum class UnitRule { Required, Optional };
 
@@ -42,9 +40,6 @@ struct Surroundings {
     /// Measures a volume. Blocks; any thread.
     std::function<Measurement(const MeasuringEntry&, const SkipNames&)> measure =
         slatewise::measure;
-    /// Blocks; any thread; throws when the volume stays.
-    std::function<void(const std::filesystem::path& mountPoint)> eject;
-
     /// Opens a file with the application the user has for it.
     std::function<void(const std::filesystem::path&)> openFile;
     /// Shows a folder in the user's file manager.
@@ -52,14 +47,6 @@ struct Surroundings {
 
     /// The store of the process; one in memory when the file cannot be opened.
     std::function<std::shared_ptr<AppDatabase>()> openStore;
-
-    /// What stands against a batch. Blocks, any thread.
-    std::function<std::optional<std::string>(const BatchPlan&)> findObstacle = BatchObstacle::find;
-
-    /// One run of one card to one destination; blocks, any thread.
-    std::function<OffloadOutcome(const CopyEngine::Request&, const CopyEngine::Observer&,
-                                 std::stop_token)>
-        runEngine = CopyEngine::run;
 
     UnitRule unitRule = UnitRule::Required;
 

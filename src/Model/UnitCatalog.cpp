@@ -1,8 +1,8 @@
 #include "Model/UnitCatalog.h"
 
+#include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Json.h"
 #include "Platform/Text.h"
-#include "Platform/UserDefaults.h"
 #include "Platform/Uuid.h"
 
 #include <algorithm>

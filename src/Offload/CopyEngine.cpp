@@ -7,8 +7,8 @@
 #include "Offload/PathSize.h"
 #include "Offload/SHA256Hasher.h"
 #include "Offload/TreeWalker.h"
-#include "Platform/DeviceCache.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Disks/DeviceCache.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 
 #include <cerrno>

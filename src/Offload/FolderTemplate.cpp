@@ -1,7 +1,7 @@
 #include "Offload/FolderTemplate.h"
 
 #include "Offload/OffloadSettings.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Uuid.h"
 

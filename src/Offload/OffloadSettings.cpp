@@ -2,8 +2,8 @@
 
 #include "Offload/FolderTemplate.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Json.h"
-#include "Platform/UserDefaults.h"
 
 #include <algorithm>
 #include <array>

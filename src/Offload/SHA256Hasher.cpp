@@ -1,7 +1,7 @@
 #include "Offload/SHA256Hasher.h"
 
 #include "Offload/OffloadError.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Sha256.h"
 #include "Platform/Text.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/UncachedFile.h"
+#include "Platform/Files/UncachedFile.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,8 +1,8 @@
 #include "Offload/WavFile.h"
 
 #include "Offload/TimecodeFormat.h"
-#include "Platform/FileDescriptor.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Numbers.h"
 #include "Platform/Text.h"
 

@@ -1,9 +1,9 @@
 #include "Reports/HtmlReport.h"
 
 #include "Offload/PathSize.h"
+#include "Platform/AppInfo.h"
 #include "Reports/HtmlStyle.h"
 #include "Reports/ReportText.h"
-#include "Storage/AppInfo.h"
 
 namespace slatewise {
 

@@ -1,9 +1,9 @@
 #include "Reports/PdfReport.h"
 
 #include "Offload/PathSize.h"
+#include "Platform/AppInfo.h"
 #include "Platform/Error.h"
-#include "Platform/FileSystem.h"
-#include "Storage/AppInfo.h"
+#include "Platform/Files/FileSystem.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Language/L10n.h"
-#include "Platform/Pdf/PdfCanvas.h"
+#include "Pdf/PdfCanvas.h"
 #include "Reports/SessionManifest.h"
 
 #include <filesystem>

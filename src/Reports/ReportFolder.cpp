@@ -1,7 +1,7 @@
 #include "Reports/ReportFolder.h"
 
 #include "Platform/Error.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Reports/ReportWriter.h"
 

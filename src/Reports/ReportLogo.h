@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Pdf/PdfCanvas.h"
+#include "Pdf/PdfCanvas.h"
 
 /// The program's mark, as reports show it.
 namespace slatewise::ReportLogo {

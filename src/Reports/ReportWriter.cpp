@@ -1,12 +1,12 @@
 #include "Reports/ReportWriter.h"
 
-#include "Platform/FileSystem.h"
+#include "Platform/AppInfo.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Reports/SessionDetailedHTML.h"
 #include "Reports/SessionDetailedPDF.h"
 #include "Reports/SessionHTML.h"
 #include "Reports/SessionPDF.h"
-#include "Storage/AppInfo.h"
 
 #include <algorithm>
 #include <unordered_set>

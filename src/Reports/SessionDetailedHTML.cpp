@@ -1,7 +1,7 @@
 #include "Reports/SessionDetailedHTML.h"
 
 #include "Offload/TimecodeFormat.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "Reports/EssenceText.h"
 #include "Reports/HtmlReport.h"
 #include "Reports/HtmlStyle.h"

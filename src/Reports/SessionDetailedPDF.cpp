@@ -2,11 +2,11 @@
 
 #include "Offload/PathSize.h"
 #include "Offload/TimecodeFormat.h"
+#include "Platform/AppInfo.h"
 #include "Platform/Text.h"
 #include "Reports/EssenceText.h"
 #include "Reports/PdfReport.h"
 #include "Reports/ReportText.h"
-#include "Storage/AppInfo.h"
 
 #include <fmt/ranges.h>
 

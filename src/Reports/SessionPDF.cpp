@@ -2,10 +2,10 @@
 
 #include "Offload/PathSize.h"
 #include "Offload/TimecodeFormat.h"
+#include "Platform/AppInfo.h"
 #include "Reports/PdfReport.h"
 #include "Reports/ReportLogo.h"
 #include "Reports/ReportText.h"
-#include "Storage/AppInfo.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Language/AppLanguage.h"
-#include "Platform/Pdf/PdfCanvas.h"
+#include "Pdf/PdfCanvas.h"
 #include "Reports/ReportTree.h"
 #include "Reports/SessionManifest.h"
 

@@ -1,7 +1,7 @@
 #include "Storage/AppLog.h"
 
 #include "Platform/Error.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Storage/SupportPaths.h"
 

@@ -1,8 +1,8 @@
 #include "Storage/SupportPaths.h"
 
 #include "Offload/OffloadSettings.h"
+#include "Platform/Desktop/UserFolders.h"
 #include "Platform/Text.h"
-#include "Platform/UserFolders.h"
 
 namespace slatewise::SupportPaths {
 

@@ -1,6 +1,6 @@
 #include "Volumes/CameraSignatures.h"
 
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 
 #include <array>
 

@@ -1,12 +1,12 @@
 #include "Volumes/DiskUtilClient.h"
 
 #include "Language/L10n.h"
-#include "Platform/BlockDevices.h"
-#include "Platform/DiskInfo.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Disks/BlockDevices.h"
+#include "Platform/Disks/DiskInfo.h"
+#include "Platform/Disks/UDisksClient.h"
+#include "Platform/Disks/Umount.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
-#include "Platform/UDisksClient.h"
-#include "Platform/Umount.h"
 #include "Volumes/CameraSignatures.h"
 #include "Volumes/PropertyReaders.h"
 

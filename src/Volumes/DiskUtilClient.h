@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Platform/DiskSources.h"
+#include "Platform/Disks/DiskSources.h"
+#include "Platform/Disks/PropertyList.h"
 #include "Platform/Error.h"
-#include "Platform/PropertyList.h"
 #include "Volumes/VolumeRecords.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/PropertyList.h"
+#include "Platform/Disks/PropertyList.h"
 
 #include <optional>
 

@@ -1,6 +1,6 @@
 #include "Volumes/VolumeMonitor.h"
 
-#include "Platform/DiskInfo.h"
+#include "Platform/Disks/DiskInfo.h"
 #include "Platform/Text.h"
 #include "Volumes/DiskUtilClient.h"
 #include "Volumes/VolumeClassifier.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/DiskSources.h"
-#include "Platform/MountEvents.h"
+#include "Platform/Disks/DiskSources.h"
+#include "Platform/Disks/MountEvents.h"
 #include "Volumes/PatientReader.h"
 #include "Volumes/VolumeRecords.h"
 #include "Volumes/VolumesRoot.h"

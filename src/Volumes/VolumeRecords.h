@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,6 +59,12 @@ constexpr std::string_view rawValue(VolumeKind kind) {
 
 /// The reason of a folder that the user picked, by which it differs from a mounted volume.
 inline constexpr std::string_view pickedReason = "folder_picked";
+
+/// Volumes by their ids.
+using VolumeIDs = std::set<std::string, std::less<>>;
+
+/// What is said of each card, by the card's id.
+using CardLabels = std::map<std::string, std::string, std::less<>>;
 
 /// Facts together with the verdict on them.
 struct ClassifiedVolume {

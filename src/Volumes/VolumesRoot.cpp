@@ -1,6 +1,6 @@
 #include "Volumes/VolumesRoot.h"
 
-#include "Platform/UserFolders.h"
+#include "Platform/Desktop/UserFolders.h"
 
 namespace slatewise {
 

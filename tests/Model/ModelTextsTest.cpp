@@ -1,7 +1,8 @@
-#include "Model/BatchPlan.h"
-#include "Model/ProgressTexts.h"
-#include "Model/SpaceCheck.h"
+#include "Batch/BatchPlan.h"
+#include "Batch/ProgressTexts.h"
+#include "Batch/SpaceCheck.h"
 #include "Model/TemplatePreview.h"
+#include "Model/VolumeTexts.h"
 
 #include <gmock/gmock.h>
 
@@ -61,7 +62,7 @@ TEST(ProgressTexts, RunOnceAcrossTheBatch) {
 }
 
 TEST(ProgressTexts, SayWhatAVolumeHolds) {
-    using ProgressTexts::Side;
+    using VolumeTexts::Side;
     ContentSizes sizes;
     VolumeLists lists;
     lists.cards = {volume("measured"), volume("measuring")};
@@ -71,7 +72,7 @@ TEST(ProgressTexts, SayWhatAVolumeHolds) {
     picked.reasons = {std::string(pickedReason)};
     picked.facts.mountPoint = "dev-measured";
     const auto line = [&](const ClassifiedVolume& each, Side side, L10n l10n = kEnglish) {
-        return ProgressTexts::volumeSubtitle(each, side, sizes, l10n);
+        return VolumeTexts::subtitle(each, side, sizes, l10n);
     };
     EXPECT_EQ(line(volume("measured"), Side::Card), "5 KB");
     EXPECT_EQ(line(picked, Side::Card), "5 KB · folder");

@@ -1,9 +1,9 @@
 #include "Reports/SessionDetailedHTML.h"
 #include "Reports/SessionHTML.h"
 
+#include "Platform/AppInfo.h"
 #include "Platform/Json.h"
 #include "Reports/ReportWriter.h"
-#include "Storage/AppInfo.h"
 #include "support/Browser.h"
 
 #include <gmock/gmock.h>

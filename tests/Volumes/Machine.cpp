@@ -1,6 +1,6 @@
 #include "Machine.h"
 
-#include "Platform/BlockDevices.h"
+#include "Platform/Disks/BlockDevices.h"
 
 #include <QByteArrayList>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Platform/DiskSources.h"
-#include "Platform/UDisksObjects.h"
+#include "Platform/Disks/DiskSources.h"
+#include "Platform/Disks/UDisksObjects.h"
 #include "support/Files.h"
 
 #include <map>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/UDisksObjects.h"
+#include "Platform/Disks/UDisksObjects.h"
 #include "PrivateBus.h"
 
 #include <QDBusVirtualObject>

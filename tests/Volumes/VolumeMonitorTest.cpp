@@ -1,6 +1,6 @@
 #include "Volumes/VolumeMonitor.h"
 
-#include "Platform/BlockDevices.h"
+#include "Platform/Disks/BlockDevices.h"
 #include "Volumes/DiskUtilClient.h"
 #include "support/Leaks.h"
 #include "support/MountedVolume.h"

@@ -1,4 +1,4 @@
-#include "Storage/OutboxDrainer.h"
+#include "Service/OutboxDrainer.h"
 
 #include <QCoreApplication>
 

@@ -1,8 +1,8 @@
 #include "support/Desk.h"
 
 #include "Model/QtText.h"
+#include "Service/ServiceProfileFile.h"
 #include "Storage/AppDatabase.h"
-#include "Storage/ServiceProfileFile.h"
 #include "Storage/SupportPaths.h"
 
 #include <QCoreApplication>

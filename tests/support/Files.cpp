@@ -1,6 +1,6 @@
 #include "support/Files.h"
 
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileSystem.h"
 #include "support/Process.h"
 
 #include <cstdlib>

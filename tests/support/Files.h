@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/UserDefaults.h"
+#include "Platform/Desktop/UserDefaults.h"
 
 #include <cstdint>
 #include <filesystem>

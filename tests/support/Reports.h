@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Storage/OutboxPayload.h"
+#include "Service/OutboxPayload.h"
 
 #include <string>
 

@@ -1,8 +1,8 @@
 #include "Arguments.h"
 
 #include "ExitCodes.h"
+#include "Platform/AppInfo.h"
 #include "Platform/Text.h"
-#include "Storage/AppInfo.h"
 
 #include <CLI/CLI.hpp>
 

@@ -2,8 +2,8 @@
 
 #include "Model/QtText.h"
 #include "Offload/PathSize.h"
+#include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Text.h"
-#include "Platform/UserDefaults.h"
 #include "Storage/AppDatabase.h"
 
 #include <QEventLoop>

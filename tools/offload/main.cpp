@@ -3,8 +3,8 @@
 #include "Interruption.h"
 #include "Offload.h"
 
+#include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Text.h"
-#include "Platform/UserDefaults.h"
 #include "Storage/AppLog.h"
 
 #include <QGuiApplication>

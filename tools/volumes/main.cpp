@@ -1,7 +1,7 @@
 #include "VolumeTable.h"
 
+#include "Platform/AppInfo.h"
 #include "Platform/Text.h"
-#include "Storage/AppInfo.h"
 #include "Volumes/VolumeMonitor.h"
 
 #include <CLI/CLI.hpp>

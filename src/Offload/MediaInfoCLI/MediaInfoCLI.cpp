@@ -1,8 +1,8 @@
 #include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 
 #include "Platform/Error.h"
-#include "Platform/FileDescriptor.h"
-#include "Platform/FileSystem.h"
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 
 #include <fcntl.h>

@@ -1,0 +1,243 @@
+#include "Batch/Batch.h"
+
+#include "Batch/PairTraces.h"
+#include "Offload/CopyEngine.h"
+#include "Platform/Error.h"
+#include "Platform/Text.h"
+#include "Platform/Worker.h"
+#include "Service/OutboxDrainer.h"
+#include "Storage/AppLog.h"
+
+#include <QPromise>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+
+namespace slatewise {
+
+namespace {
+
+/// How often progress is looked at: once for each picture that a screen shows.
+constexpr std::chrono::milliseconds kProgressInterval{16};
+
+bool endedWell(const std::string& status) {
+    return status == OutcomeStatus::verified || status == OutcomeStatus::hashed;
+}
+
+int countRows(const OffloadOutcome& outcome, std::string_view verifyStatus) {
+    return static_cast<int>(
+        std::count_if(outcome.files.begin(), outcome.files.end(),
+                      [&](const auto& row) { return row.verifyStatus == verifyStatus; }));
+}
+
+CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
+    return {.card = pair.card,
+            .destination = pair.destination,
+            .settings = plan.settings,
+            .camera = pair.camera,
+            .ekip = pair.ekip,
+            .sessionID = Uuid::random(),
+            .now = Clock::now()};
+}
+
+void takeOver(const OffloadOutcome& outcome, PairResult& result) {
+    result.runStatus = outcome.status;
+    result.sessionRoot = outcome.sessionRoot;
+    if (outcome.status == OutcomeStatus::verified) {
+        result.filesDone = countRows(outcome, VerifyStatus::verified);
+        result.bytesDone = outcome.bytesCopied;
+    } else if (outcome.status == OutcomeStatus::hashed) {
+        result.filesDone = countRows(outcome, VerifyStatus::hashed);
+    }
+}
+
+using Obstacle = std::optional<std::string>;
+
+QCoro::Task<> look(std::function<Obstacle()> find, std::shared_ptr<Obstacle> found) {
+    try {
+        const auto looking = onWorker(std::move(find));
+        *found = co_await looking;
+    } catch (const std::exception& failure) {
+        *found = describe(failure);
+    }
+}
+
+QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile) {
+    const OutboxDrainer drainer(database);
+    const auto draining = drainer.drain(std::move(profile));
+    co_await draining;
+}
+
+QCoro::Task<> finishAfter(QCoro::Task<> work, std::shared_ptr<QPromise<void>> over) {
+    co_await work;
+    over->finish();
+}
+
+} // namespace
+
+/// What the steps of one pair hand on to each other. Big things in it come into being and go on
+/// workers alone.
+struct Batch::PairWork {
+    BatchPair pair;
+    RunMailbox mail;
+    PairResult result;
+    std::unique_ptr<const OffloadOutcome> outcome;
+    PairTraces::Folders folders;
+};
+
+Batch::Batch(BatchPlan plan, const BatchSurroundings& surroundings,
+             std::shared_ptr<AppDatabase> database, BatchListener& listener)
+    : plan_(std::move(plan)), surroundings_(surroundings), database_(std::move(database)),
+      listener_(&listener) {}
+
+void Batch::start() {
+    QTimer::singleShot(0, [self = shared_from_this()] { run(self); });
+}
+
+void Batch::abandon() {
+    listener_ = nullptr;
+    cancel();
+}
+
+QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
+    BatchResult result;
+    result.wasHashing = self->plan_.settings.verifyOnly;
+    result.message = co_await self->findObstacle();
+    result.wasBegun = !result.message;
+    if (result.wasBegun && self->listener_)
+        self->listener_->batchBegan(self->plan_);
+    for (const auto& pair : self->plan_.pairs()) {
+        if (result.message) {
+            result.pairs.emplace_back();
+            continue;
+        }
+        const auto ended = co_await self->runPair(pair);
+        result.pairs.push_back(ended);
+        if (ended.page)
+            result.report = ended.page;
+        if (ended.status == OutcomeStatus::failed) {
+            result.message = ended.message;
+            continue;
+        }
+        result.filesDone += ended.filesDone;
+        result.bytesDone += ended.bytesDone;
+        if (pair.isLastOfCard) {
+            result.finishedCardIDs.insert(pair.card.id());
+            co_await self->ejectIfWanted(pair.card);
+        }
+    }
+    if (self->listener_)
+        self->listener_->batchEnded(result);
+}
+
+/// Why nothing can be begun, in the user's words.
+QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
+    const auto found = std::make_shared<Obstacle>();
+    const auto looking = unlessCancelled(
+        look([find = surroundings_.findObstacle, plan = plan_] { return find(plan); }, found));
+    co_await looking;
+    if (stop_.stop_requested())
+        co_return std::string(plan_.l10n().cancelled());
+    co_return *found;
+}
+
+/// Never fails: a failure is a result.
+QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
+    if (listener_)
+        listener_->pairBegan(pair);
+    const auto work = std::make_shared<PairWork>();
+    work->pair = std::move(pair);
+    auto& result = work->result;
+    try {
+        if (stop_.stop_requested())
+            throw CancellationError();
+        co_await runEngine(work);
+        co_await leaveTraces(work);
+        co_await reportToService();
+        result.status = result.runStatus;
+        result.page = work->folders.inArchive / "Reports_Standart.html";
+        if (!endedWell(result.status)) {
+            result.message =
+                plan_.l10n().verifyIncomplete(Text::displayable(work->pair.card.name()),
+                                              Text::displayable(work->pair.destination.name()));
+        }
+    } catch (const CancellationError&) {
+        result.message = plan_.l10n().cancelled();
+    } catch (const std::exception& failure) {
+        result.message = describe(failure);
+        AppLog::append("Offload failed card=" + work->pair.card.name() +
+                       " dest=" + work->pair.destination.name() + ": " + result.message);
+    }
+    deliver(work->mail.take());
+    if (result.sessionRoot.empty())
+        result.sessionRoot = work->mail.sessionRoot();
+    result.reportFolder =
+        work->folders.onDestination.empty() ? work->folders.inArchive : work->folders.onDestination;
+    if (listener_)
+        listener_->pairEnded(work->pair, result);
+    co_return result;
+}
+
+QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
+    QTimer postman;
+    postman.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&postman, &QTimer::timeout, [this, work] { deliver(work->mail.take()); });
+    postman.start(kProgressInterval);
+    auto running = onWorker([self = shared_from_this(), work] {
+        work->outcome = std::make_unique<const OffloadOutcome>(self->surroundings_.runEngine(
+            requestFor(self->plan_, work->pair), work->mail.observer(), self->stop_.get_token()));
+        takeOver(*work->outcome, work->result);
+    });
+    co_await running;
+    postman.stop();
+    deliver(work->mail.take());
+}
+
+QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
+    return onWorker([self = shared_from_this(), work] {
+        const auto outcome = std::move(work->outcome);
+        PairTraces::leave(self->plan_, work->pair, *outcome, *self->database_, work->folders);
+    });
+}
+
+/// Delivers the pair's report and whatever else waits before the next pair begins.
+QCoro::Task<> Batch::reportToService() {
+    return unlessCancelled(drain(*database_, plan_.serviceProfile));
+}
+
+/// Waits for the end of `work`. Who cancels does not wait for a network or a disk: what is under
+/// way goes on by itself.
+QCoro::Task<> Batch::unlessCancelled(QCoro::Task<> work) {
+    const auto over = std::make_shared<QPromise<void>>();
+    over->start();
+    const std::stop_callback cancelled(stop_.get_token(), [over] { over->finish(); });
+    finishAfter(std::move(work), over);
+    const auto ending = over->future();
+    co_await ending;
+}
+
+/// A card that cannot be ejected stays mounted, and that is all.
+QCoro::Task<> Batch::ejectIfWanted(ClassifiedVolume card) {
+    if (!plan_.settings.ejectAfterSuccess || !surroundings_.eject)
+        co_return;
+    auto ejecting = onWorker([eject = surroundings_.eject, card = std::move(card)] {
+        try {
+            eject(card.facts.mountPoint);
+        } catch (const std::exception& failure) {
+            AppLog::append("Not ejected: " + card.name() + ": " + describe(failure));
+        }
+    });
+    co_await ejecting;
+}
+
+void Batch::deliver(const RunMailbox::Mail& mail) {
+    if (!listener_)
+        return;
+    for (const auto& problem : mail.problems)
+        listener_->problemFound(problem);
+    if (mail.phase)
+        listener_->phaseChanged(*mail.phase);
+}
+
+} // namespace slatewise

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "Batch/BatchPlan.h"
+#include "Batch/BatchSurroundings.h"
+#include "Batch/RunMailbox.h"
+#include "Offload/OffloadPhase.h"
+#include "Offload/OffloadRows.h"
+
+#include <QCoro/QCoroTask>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace slatewise {
+
+class AppDatabase;
+
+/// What became of one pair.
+struct PairResult {
+    /// One of `OutcomeStatus`; "failed" whenever anything after the run failed too.
+    std::string status = std::string(OutcomeStatus::failed);
+    /// What the run itself came to; empty when it was never begun or came to nothing.
+    std::string runStatus;
+    /// Where the footage lies; empty when nothing was made there.
+    std::filesystem::path sessionRoot;
+    /// The report set on the destination, else the one in the archive, else empty.
+    std::filesystem::path reportFolder;
+    /// The page that shows the pair; empty when its traces are not complete.
+    std::optional<std::filesystem::path> page;
+    /// Files that were proved or hashed.
+    int filesDone = 0;
+    std::int64_t bytesDone = 0;
+    /// What the user is told about a failure.
+    std::string message;
+};
+
+/// How a batch ended.
+struct BatchResult {
+    /// Why it ended before its time; empty when all went well.
+    std::optional<std::string> message;
+    /// False when it had to be refused, or was cancelled before anything was done.
+    bool wasBegun = false;
+    /// Nothing was to be copied.
+    bool wasHashing = false;
+    /// Cards that every destination has.
+    VolumeIDs finishedCardIDs;
+    int filesDone = 0;
+    std::int64_t bytesDone = 0;
+    /// The page of the last pair that has one, to be shown.
+    std::optional<std::filesystem::path> report;
+    /// In the order of the plan's pairs; those that were never begun are "failed".
+    std::vector<PairResult> pairs;
+};
+
+/// Told of a batch on the GUI thread.
+class BatchListener {
+public:
+    virtual ~BatchListener() = default;
+
+    /// Nothing stands against it; the first pair is next. Not told of a batch that has to be
+    /// refused.
+    virtual void batchBegan(const BatchPlan&) {}
+    virtual void pairBegan(const BatchPair& pair) = 0;
+    virtual void phaseChanged(const OffloadPhase& phase) = 0;
+    /// A sentence that has no other place: why a file failed, which folder could not be read.
+    virtual void problemFound(const std::string& problem) = 0;
+    virtual void pairEnded(const BatchPair& pair, const PairResult& result) = 0;
+    virtual void batchEnded(const BatchResult& result) = 0;
+};
+
+/// One press of the button: every card to every destination, one pair after the other, and each
+/// pair's traces. Lives on the GUI thread, which it never holds up: whatever takes time happens on
+/// a worker that the batch awaits.
+class Batch : public std::enable_shared_from_this<Batch> {
+public:
+    Batch(BatchPlan plan, const BatchSurroundings& surroundings,
+          std::shared_ptr<AppDatabase> database, BatchListener& listener);
+
+    /// Begins once the event loop is back: the listener hears of nothing, and of no end, within
+    /// this call. The batch keeps itself alive to its end.
+    void start();
+
+    /// Asks the run to end between two chunks, and the batch between two pairs.
+    void cancel() { stop_.request_stop(); }
+
+    /// Cancels and tells the listener nothing more, which may go. Traces of the pair at work are
+    /// still left.
+    void abandon();
+
+private:
+    struct PairWork;
+
+    static QCoro::Task<> run(std::shared_ptr<Batch> self);
+    QCoro::Task<std::optional<std::string>> findObstacle();
+    QCoro::Task<PairResult> runPair(BatchPair pair);
+    QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
+    QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
+    QCoro::Task<> reportToService();
+    QCoro::Task<> unlessCancelled(QCoro::Task<> work);
+    QCoro::Task<> ejectIfWanted(ClassifiedVolume card);
+    void deliver(const RunMailbox::Mail& mail);
+
+    const BatchPlan plan_;
+    const BatchSurroundings surroundings_;
+    const std::shared_ptr<AppDatabase> database_;
+    BatchListener* listener_;
+    std::stop_source stop_;
+};
+
+} // namespace slatewise

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Batch/ProgressTexts.h"
+#include "Language/L10n.h"
+#include "Offload/OffloadSettings.h"
+#include "Service/SaaSProfile.h"
+#include "Volumes/VolumeRecords.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace slatewise {
+
+/// One card on its way to one destination.
+struct BatchPair {
+    ClassifiedVolume card;
+    ClassifiedVolume destination;
+    std::string camera;
+    std::string ekip;
+    /// Where the batch stands while this pair is at work.
+    BatchPosition position;
+    bool isLastOfCard = false;
+};
+
+/// What a batch is to do, as it stood when the user pressed the button. Nothing that is changed
+/// later reaches a batch at work. A value.
+struct BatchPlan {
+    OffloadSettings settings;
+    AppLanguage language = AppLanguage::English;
+    std::vector<ClassifiedVolume> cards;
+    std::vector<ClassifiedVolume> destinations;
+    CardLabels cameraByCardID;
+    CardLabels ekipByCardID;
+    /// Of all cards together, as far as they are measured.
+    std::int64_t totalBytes = 0;
+    /// Empty while there is no reporting service.
+    std::optional<SaaSProfile> serviceProfile{};
+
+    L10n l10n() const { return L10n(language); }
+
+    /// Every card to every destination, cards in the outer loop.
+    std::vector<BatchPair> pairs() const;
+};
+
+} // namespace slatewise

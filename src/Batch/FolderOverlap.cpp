@@ -1,0 +1,78 @@
+#include "Batch/FolderOverlap.h"
+
+#include "Offload/FolderTemplate.h"
+#include "Platform/Disks/MountTable.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+
+namespace slatewise::FolderOverlap {
+
+namespace {
+
+/// Where a folder lies, whatever path led to it.
+struct Place {
+    /// 0 when nothing is known but the path.
+    dev_t device = 0;
+    /// Within the device's file system.
+    std::filesystem::path path;
+};
+
+/// Without links, as far as the path exists.
+std::filesystem::path resolved(const std::filesystem::path& path) {
+    std::error_code failure;
+    auto canonical = std::filesystem::weakly_canonical(path, failure);
+    return failure ? path.lexically_normal() : canonical;
+}
+
+bool isBelow(const std::filesystem::path& outer, const std::filesystem::path& inner) {
+    const auto [end, ignored] =
+        std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end());
+    // A slash at the end of a path is an empty last part.
+    return std::all_of(end, outer.end(), [](const auto& part) { return part.empty(); });
+}
+
+Place placeOf(const std::vector<Mount>& mounts, const std::filesystem::path& path) {
+    const auto* mount = MountTable::holding(mounts, path);
+    if (!mount)
+        return {0, path};
+    return {mount->device,
+            (std::filesystem::path(mount->root) / path.lexically_relative(mount->mountPoint))
+                .lexically_normal()};
+}
+
+} // namespace
+
+bool contains(const std::filesystem::path& outer, const std::filesystem::path& inner) {
+    const auto outerPath = resolved(outer);
+    const auto innerPath = resolved(inner);
+    if (isBelow(outerPath, innerPath))
+        return true;
+    const auto mounts = MountTable::read();
+    const auto outerPlace = placeOf(mounts, outerPath);
+    const auto innerPlace = placeOf(mounts, innerPath);
+    return outerPlace.device == innerPlace.device && isBelow(outerPlace.path, innerPlace.path);
+}
+
+std::optional<std::string> find(const BatchPlan& plan, Instant now) {
+    for (const auto& pair : plan.pairs()) {
+        const auto& card = pair.card.facts.mountPoint;
+        const auto& destination = pair.destination.facts.mountPoint;
+        const auto cardName = Text::displayable(pair.card.name());
+        const auto destinationName = Text::displayable(pair.destination.name());
+        if (contains(card, destination))
+            return plan.l10n().destinationInsideCard(destinationName, cardName);
+        // Who only hashes may well hash an earlier session where it lies.
+        if (plan.settings.verifyOnly)
+            continue;
+        const auto session = FolderTemplate::sessionRoot(
+            plan.settings, {destination, pair.card.name(), pair.camera, pair.ekip, "", now});
+        if (contains(card, session))
+            return plan.l10n().destinationInsideCard(destinationName, cardName);
+        if (contains(session, card))
+            return plan.l10n().cardInsideSession(cardName, Text::displayable(session.native()));
+    }
+    return std::nullopt;
+}
+
+} // namespace slatewise::FolderOverlap

@@ -1,0 +1,80 @@
+#include "Batch/ProgressTexts.h"
+
+#include "Offload/PathSize.h"
+#include "Platform/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace slatewise::ProgressTexts {
+
+namespace {
+
+double ownFraction(const OffloadPhase& phase) {
+    if (isSuccess(phase))
+        return 1;
+    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
+        return std::clamp(copying->fraction, 0.0, 1.0);
+    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase))
+        return std::clamp(verifying->fraction, 0.0, 1.0);
+    return 0;
+}
+
+/// One overload for each phase, so that a new one without words does not compile.
+struct Title {
+    L10n l10n;
+
+    std::string size(std::int64_t bytes) const { return PathSize::format(bytes, l10n.language()); }
+
+    std::string operator()(const Phase::Idle&) const { return std::string(l10n.idlePrompt()); }
+    std::string operator()(const Phase::Scanning&) const { return std::string(l10n.scanning()); }
+    std::string operator()(const Phase::Copying& phase) const {
+        const auto speed = size(static_cast<std::int64_t>(phase.bytesPerSecond)) + "/s";
+        return l10n.copying(phase.done, phase.total, Text::onOneLine(phase.file), speed);
+    }
+    std::string operator()(const Phase::Verifying& phase) const {
+        return l10n.verifying(phase.done, phase.total, Text::onOneLine(phase.file));
+    }
+    std::string operator()(const Phase::Verified& phase) const {
+        return l10n.verified(phase.files, size(phase.bytes));
+    }
+    std::string operator()(const Phase::Hashed& phase) const { return l10n.hashed(phase.files); }
+    std::string operator()(const Phase::Failed& phase) const { return l10n.failed(phase.message); }
+};
+
+} // namespace
+
+bool isBusy(const OffloadPhase& phase) {
+    return std::holds_alternative<Phase::Scanning>(phase) ||
+           std::holds_alternative<Phase::Copying>(phase) ||
+           std::holds_alternative<Phase::Verifying>(phase);
+}
+
+bool isSuccess(const OffloadPhase& phase) {
+    return std::holds_alternative<Phase::Verified>(phase) ||
+           std::holds_alternative<Phase::Hashed>(phase);
+}
+
+bool isFailure(const OffloadPhase& phase) {
+    return std::holds_alternative<Phase::Failed>(phase);
+}
+
+double fraction(const OffloadPhase& phase, const BatchPosition& position) {
+    const double own = ownFraction(phase);
+    if (!isBusy(phase) || position.pairCount < 2)
+        return own;
+    return std::min((own + position.pairIndex) / position.pairCount, 1.0);
+}
+
+std::string percent(double fraction) {
+    return std::to_string(std::lround(100 * fraction)) + "%";
+}
+
+std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n) {
+    auto title = std::visit(Title{l10n}, phase);
+    return position.label.empty() || !isBusy(phase) ? title : position.label + " — " + title;
+}
+
+} // namespace slatewise::ProgressTexts

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Language/L10n.h"
+#include "Offload/OffloadPhase.h"
+
+#include <string>
+
+namespace slatewise {
+
+/// Where a batch stands.
+struct BatchPosition {
+    /// Which pair is at work, in words; empty in a batch of one pair.
+    std::string label;
+    int pairIndex = 0;
+    int pairCount = 1;
+
+    friend bool operator==(const BatchPosition&, const BatchPosition&) = default;
+};
+
+/// What the progress area says. Functions of values.
+namespace ProgressTexts {
+
+/// While the phase is one of a run at work.
+bool isBusy(const OffloadPhase& phase);
+bool isSuccess(const OffloadPhase& phase);
+bool isFailure(const OffloadPhase& phase);
+
+/// 0 to 1, once across the whole batch.
+double fraction(const OffloadPhase& phase, const BatchPosition& position);
+/// "42%".
+std::string percent(double fraction);
+
+std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n);
+
+} // namespace ProgressTexts
+
+} // namespace slatewise

@@ -1,0 +1,40 @@
+#include "Batch/RunMailbox.h"
+
+#include "Storage/AppLog.h"
+
+#include <utility>
+
+namespace slatewise {
+
+CopyEngine::Observer RunMailbox::observer() {
+    CopyEngine::Observer observer;
+    observer.progress = [this](const OffloadPhase& phase) {
+        const std::lock_guard guard(lock_);
+        mail_.phase = phase;
+    };
+    observer.log = [](const std::string& line) {
+        AppLog::append(line);
+    };
+    observer.problem = [this](const std::string& line) {
+        AppLog::append(line);
+        const std::lock_guard guard(lock_);
+        mail_.problems.push_back(line);
+    };
+    observer.sessionRootCreated = [this](const std::filesystem::path& root) {
+        const std::lock_guard guard(lock_);
+        sessionRoot_ = root;
+    };
+    return observer;
+}
+
+RunMailbox::Mail RunMailbox::take() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(mail_, {});
+}
+
+std::filesystem::path RunMailbox::sessionRoot() const {
+    const std::lock_guard guard(lock_);
+    return sessionRoot_;
+}
+
+} // namespace slatewise

@@ -1,0 +1,23 @@
+#include "Batch/SpaceCheck.h"
+
+#include "Offload/CopyEngine.h"
+
+namespace slatewise::SpaceCheck {
+
+std::optional<OffloadError> findLackOfRoom(std::int64_t totalBytes,
+                                           std::span<const ClassifiedVolume> destinations,
+                                           const FreeBytes& freeBytes) {
+    if (totalBytes < 1)
+        return std::nullopt;
+    const auto needed = totalBytes + CopyEngine::spaceMargin(totalBytes);
+    for (const auto& destination : destinations) {
+        auto free = destination.facts.freeBytes;
+        if (free < 1)
+            free = freeBytes(destination.facts.mountPoint);
+        if (free >= 1 && free < needed)
+            return OffloadError(OffloadError::InsufficientSpace{needed, free});
+    }
+    return std::nullopt;
+}
+
+} // namespace slatewise::SpaceCheck

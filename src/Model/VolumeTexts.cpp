@@ -1,0 +1,29 @@
+#include "Model/VolumeTexts.h"
+
+#include "Offload/PathSize.h"
+
+namespace slatewise::VolumeTexts {
+
+std::string subtitle(const ClassifiedVolume& volume, Side side, const ContentSizes& sizes,
+                     L10n l10n) {
+    const auto id = volume.id();
+    const auto size = [&](std::int64_t bytes) {
+        return PathSize::format(bytes, l10n.language());
+    };
+    const bool isMeasuring = sizes.isMeasuring(id);
+    if (side == Side::Destination) {
+        if (volume.facts.freeBytes >= 1)
+            return size(volume.facts.freeBytes);
+        return isMeasuring ? std::string(l10n.measuringSize()) : size(0);
+    }
+    std::string line;
+    if (const auto used = sizes.usedBytes(id))
+        line = size(*used);
+    else if (isMeasuring)
+        line = l10n.measuringSize();
+    if (volume.isPickedFolder())
+        line += (line.empty() ? "" : " · ") + std::string(l10n.folderTag());
+    return line;
+}
+
+} // namespace slatewise::VolumeTexts

@@ -1,0 +1,136 @@
+#include "Pdf/PdfFile.h"
+
+#include "Platform/Error.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unicode/unistr.h>
+#include <zlib.h>
+
+#include <cerrno>
+#include <cmath>
+
+namespace slatewise {
+
+namespace {
+
+constexpr std::size_t kWriteBytes = 1 << 20;
+/// Pages of hashes and names hardly get smaller beyond this level, they only take longer.
+constexpr int kCompressionLevel = 3;
+
+FileDescriptor create(const std::filesystem::path& path) {
+    constexpr mode_t kReadableByAll = 0644;
+    FileDescriptor file(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kReadableByAll));
+    if (!file)
+        throw PosixError("open", path, errno);
+    return file;
+}
+
+void compress(std::string_view content, std::string& result) {
+    auto size = ::compressBound(content.size());
+    result.resize(size);
+    if (::compress2(reinterpret_cast<Bytef*>(result.data()), &size,
+                    reinterpret_cast<const Bytef*>(content.data()), content.size(),
+                    kCompressionLevel) != Z_OK)
+        throw std::bad_alloc();
+    result.resize(size);
+}
+
+} // namespace
+
+PdfFile::PdfFile(const std::filesystem::path& path) : path_(path), file_(create(path)) {
+    // Bytes above 127 tell tools that pass files on that this one is not text.
+    put("%PDF-1.5\n%\xE2\xE3\xCF\xD3\n");
+}
+
+PdfFile::ObjectID PdfFile::reserve() {
+    objectOffsets_.push_back(0);
+    return static_cast<ObjectID>(objectOffsets_.size());
+}
+
+void PdfFile::writeObject(ObjectID id, std::string_view body) {
+    objectOffsets_[static_cast<std::size_t>(id) - 1] = offset_;
+    put(fmt::format("{} 0 obj\n", id));
+    put(body);
+    put("\nendobj\n");
+}
+
+PdfFile::ObjectID PdfFile::addObject(std::string_view body) {
+    const auto id = reserve();
+    writeObject(id, body);
+    return id;
+}
+
+PdfFile::ObjectID PdfFile::addStream(std::string_view entries, std::string_view content) {
+    compress(content, compressed_);
+    const auto id = reserve();
+    objectOffsets_.back() = offset_;
+    put(fmt::format("{} 0 obj\n<< {} /Filter /FlateDecode /Length {} >>\nstream\n", id, entries,
+                    compressed_.size()));
+    put(compressed_);
+    put("\nendstream\nendobj\n");
+    return id;
+}
+
+void PdfFile::finish(ObjectID catalog, ObjectID information) {
+    const auto table = offset_;
+    const auto size = objectOffsets_.size() + 1;
+    put(fmt::format("xref\n0 {}\n0000000000 65535 f \n", size));
+    for (const auto offset : objectOffsets_)
+        put(fmt::format("{:010} 00000 n \n", offset));
+    put(fmt::format("trailer\n<< /Size {} /Root {} /Info {} >>\nstartxref\n{}\n%%EOF\n", size,
+                    reference(catalog), reference(information), table));
+    flush();
+    if (::fsync(file_.get()) != 0)
+        throw PosixError("fsync", path_, errno);
+}
+
+std::string PdfFile::reference(ObjectID id) {
+    return fmt::format("{} 0 R", id);
+}
+
+std::string PdfFile::textString(std::string_view text) {
+    const auto units = icu::UnicodeString::fromUTF8(
+        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+    std::string result = "<FEFF";
+    for (std::int32_t index = 0; index < units.length(); ++index)
+        result += fmt::format("{:04X}", static_cast<unsigned>(units[index]));
+    return result + ">";
+}
+
+void PdfFile::appendNumber(std::string& out, double value) {
+    constexpr int kHundredths = 100;
+    auto hundredths = std::llround(value * kHundredths);
+    if (hundredths < 0)
+        out += '-';
+    hundredths = std::abs(hundredths);
+    fmt::format_to(std::back_inserter(out), "{}", hundredths / kHundredths);
+    const auto fraction = static_cast<int>(hundredths % kHundredths);
+    if (fraction == 0)
+        return;
+    out += '.';
+    out += static_cast<char>('0' + fraction / 10);
+    if (fraction % 10 != 0)
+        out += static_cast<char>('0' + fraction % 10);
+}
+
+void PdfFile::put(std::string_view bytes) {
+    pending_ += bytes;
+    offset_ += static_cast<std::int64_t>(bytes.size());
+    if (pending_.size() >= kWriteBytes)
+        flush();
+}
+
+void PdfFile::flush() {
+    std::string_view rest = pending_;
+    while (!rest.empty()) {
+        const auto written = ::write(file_.get(), rest.data(), rest.size());
+        if (written < 1)
+            throw PosixError("write", path_, errno);
+        rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    pending_.clear();
+}
+
+} // namespace slatewise

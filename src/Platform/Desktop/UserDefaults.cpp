@@ -1,0 +1,76 @@
+#include "Platform/Desktop/UserDefaults.h"
+
+#include "Platform/Desktop/UserFolders.h"
+
+#include <QFile>
+#include <QSettings>
+
+#include <map>
+#include <mutex>
+
+namespace slatewise {
+
+namespace {
+
+QString toQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+} // namespace
+
+struct UserDefaults::Storage {
+    explicit Storage(const QString& file) : settings(file, QSettings::IniFormat) {}
+
+    std::mutex lock;
+    QSettings settings;
+    bool keepsChangesInMemory = false;
+    /// Changes that are not written; nothing stands for a removed value.
+    std::map<std::string, std::optional<std::string>, std::less<>> changes;
+};
+
+UserDefaults::UserDefaults(const std::filesystem::path& file)
+    : storage_(std::make_unique<Storage>(QFile::decodeName(file.c_str()))) {}
+
+UserDefaults::~UserDefaults() = default;
+
+UserDefaults& UserDefaults::standard() {
+    static UserDefaults defaults(UserFolders::configuration() / "Slatewise DIT" / "settings.ini");
+    return defaults;
+}
+
+std::optional<std::string> UserDefaults::value(std::string_view key) const {
+    const std::lock_guard guard(storage_->lock);
+    if (const auto found = storage_->changes.find(key); found != storage_->changes.end())
+        return found->second;
+    const QVariant stored = storage_->settings.value(toQString(key));
+    if (!stored.isValid())
+        return std::nullopt;
+    return stored.toString().toStdString();
+}
+
+void UserDefaults::setValue(std::string_view key, std::string_view value) {
+    const std::lock_guard guard(storage_->lock);
+    if (storage_->keepsChangesInMemory) {
+        storage_->changes.insert_or_assign(std::string(key), std::string(value));
+        return;
+    }
+    storage_->settings.setValue(toQString(key), toQString(value));
+    storage_->settings.sync();
+}
+
+void UserDefaults::removeValue(std::string_view key) {
+    const std::lock_guard guard(storage_->lock);
+    if (storage_->keepsChangesInMemory) {
+        storage_->changes.insert_or_assign(std::string(key), std::nullopt);
+        return;
+    }
+    storage_->settings.remove(toQString(key));
+    storage_->settings.sync();
+}
+
+void UserDefaults::keepChangesInMemory() {
+    const std::lock_guard guard(storage_->lock);
+    storage_->keepsChangesInMemory = true;
+}
+
+} // namespace slatewise

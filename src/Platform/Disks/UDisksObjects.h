@@ -1,0 +1,62 @@
+#pragma once
+
+#include "Platform/Disks/DiskFacts.h"
+
+#include <QDBusObjectPath>
+#include <QMap>
+#include <QString>
+#include <QVariantMap>
+
+#include <optional>
+#include <sys/types.h>
+
+namespace slatewise {
+
+/// What is to be done to eject a volume. Paths are those of the service's objects.
+struct EjectPlan {
+    enum class Drive { LeaveAlone, Eject, PowerOff };
+
+    QString fileSystem;
+    /// The encrypted device to lock after unmounting; empty when there is none.
+    QString encrypted;
+    Drive driveStep = Drive::LeaveAlone;
+    QString drive;
+};
+
+/// All that UDisks2 has said about the disks of a machine at one moment. At rest: any thread may
+/// read it.
+class UDisksObjects {
+public:
+    using Interfaces = QMap<QString, QVariantMap>;
+    using Objects = QMap<QDBusObjectPath, Interfaces>;
+
+    UDisksObjects() = default;
+    explicit UDisksObjects(Objects objects);
+
+    /// About the device with these numbers. The bus stays unknown for connections that the service
+    /// does not tell apart. Nothing when it does not know the device.
+    std::optional<DiskFacts> facts(dev_t numbers) const;
+
+    /// A medium is ejected from its reader, any other drive powered off. It is left alone while
+    /// another volume on it is mounted, and not powered off while that is so for a drive in the
+    /// same housing. Nothing when the service does not know the device, or cannot be told which of
+    /// several places to unmount it from.
+    std::optional<EjectPlan> ejectPlan(dev_t numbers) const;
+
+private:
+    const QVariantMap* interface(const QString& object, const char* name) const;
+    QVariant property(const QString& object, const char* interface, const char* name) const;
+    QString referred(const QString& object, const char* interface, const char* name) const;
+
+    QString blockBelow(const QString& block) const;
+    QString driveOf(const QString& block) const;
+    bool isImage(const QString& block) const;
+    qsizetype mountCount(const QString& block) const;
+    bool isInUseBeside(const QString& block, const QString& drive) const;
+    bool isHousingInUseBeside(const QString& block, const QString& drive) const;
+
+    Objects objects_;
+    QMap<quint64, QString> blocks_;
+};
+
+} // namespace slatewise

@@ -1,0 +1,210 @@
+#include "Platform/Files/FileSystem.h"
+
+#include "Platform/Error.h"
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Uuid.h"
+
+#include <fcntl.h>
+#include <sys/statvfs.h>
+
+#include <array>
+#include <cerrno>
+#include <vector>
+
+namespace slatewise::FileSystem {
+
+namespace {
+
+constexpr unsigned kWantedAttributes = STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_BTIME;
+
+/// Empty for a moment outside the years 1 to 9999: no date of ours can be written for it, and what
+/// stands there is a broken clock or a broken file system.
+std::optional<Instant> toInstant(const statx_timestamp& moment) {
+    using namespace std::chrono;
+    constexpr seconds kFirst = sys_days(January / 1 / 1).time_since_epoch();
+    constexpr seconds kPastLast = sys_days(January / 1 / 10000).time_since_epoch();
+    const seconds whole(moment.tv_sec);
+    if (whole < kFirst || whole >= kPastLast)
+        return std::nullopt;
+    return Instant(whole) + microseconds(moment.tv_nsec / 1000);
+}
+
+ItemType typeOf(unsigned mode) {
+    if (S_ISREG(mode))
+        return ItemType::RegularFile;
+    if (S_ISDIR(mode))
+        return ItemType::Folder;
+    return S_ISLNK(mode) ? ItemType::SymbolicLink : ItemType::Special;
+}
+
+/// Gives an errno value, 0 for success.
+int readAttributes(int folder, const char* name, int flags, Attributes& result) noexcept {
+    struct statx facts {};
+    if (::statx(folder, name, flags | AT_NO_AUTOMOUNT, kWantedAttributes, &facts) != 0)
+        return errno;
+    result.type = typeOf(facts.stx_mode);
+    result.sizeBytes =
+        (facts.stx_mask & STATX_SIZE) ? static_cast<std::int64_t>(facts.stx_size) : 0;
+    if (facts.stx_mask & STATX_MTIME) {
+        result.modified = toInstant(facts.stx_mtime);
+        result.exactModified = timespec{facts.stx_mtime.tv_sec, facts.stx_mtime.tv_nsec};
+    }
+    if (facts.stx_mask & STATX_BTIME)
+        result.created = toInstant(facts.stx_btime);
+    return 0;
+}
+
+bool isFolder(const std::filesystem::path& path) noexcept {
+    struct stat facts {};
+    return ::stat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
+}
+
+FileDescriptor open(const std::filesystem::path& path, int flags) {
+    constexpr mode_t kReadableByAll = 0644;
+    FileDescriptor file(::open(path.c_str(), flags | O_CLOEXEC, kReadableByAll));
+    if (!file)
+        throw PosixError("open", path, errno);
+    return file;
+}
+
+void writeAll(const FileDescriptor& file, std::string_view content,
+              const std::filesystem::path& path) {
+    while (!content.empty()) {
+        const auto written = ::write(file.get(), content.data(), content.size());
+        if (written < 1)
+            throw PosixError("write", path, errno);
+        content.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void sync(const FileDescriptor& file, const std::filesystem::path& path) {
+    if (::fsync(file.get()) != 0)
+        throw PosixError("fsync", path, errno);
+}
+
+} // namespace
+
+std::optional<Attributes> attributesIn(int folderDescriptor, const char* name) noexcept {
+    Attributes result;
+    if (readAttributes(folderDescriptor, name, AT_SYMLINK_NOFOLLOW, result) != 0)
+        return std::nullopt;
+    return result;
+}
+
+Attributes attributes(const std::filesystem::path& path) {
+    Attributes result;
+    if (const int code = readAttributes(AT_FDCWD, path.c_str(), 0, result))
+        throw PosixError("stat", path, code);
+    return result;
+}
+
+std::optional<Attributes> attributesIfAny(const std::filesystem::path& path) noexcept {
+    Attributes result;
+    if (readAttributes(AT_FDCWD, path.c_str(), 0, result) != 0)
+        return std::nullopt;
+    return result;
+}
+
+bool isSame(const std::filesystem::path& left, const std::filesystem::path& right) noexcept {
+    struct stat one {};
+    struct stat other {};
+    return ::stat(left.c_str(), &one) == 0 && ::stat(right.c_str(), &other) == 0 &&
+           one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+bool exists(const std::filesystem::path& path) noexcept {
+    struct stat facts {};
+    return ::lstat(path.c_str(), &facts) == 0;
+}
+
+// The library's own way to do this gives up at a thousand levels.
+void createFolders(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> missing;
+    for (auto at = folder; !at.empty() && !isFolder(at); at = at.parent_path())
+        missing.push_back(at);
+    for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
+        // Somebody else may be making the same folders.
+        if (!createNewFolder(*next) && !isFolder(*next))
+            throw PosixError("mkdir", *next, EEXIST);
+    }
+}
+
+bool createNewFolder(const std::filesystem::path& folder) {
+    constexpr mode_t kByUmask = 0777;
+    if (::mkdir(folder.c_str(), kByUmask) == 0)
+        return true;
+    if (errno != EEXIST)
+        throw PosixError("mkdir", folder, errno);
+    return false;
+}
+
+void remove(const std::filesystem::path& path) {
+    std::error_code failure;
+    std::filesystem::remove_all(path, failure);
+    if (failure)
+        throw PosixError("remove", path, failure.value());
+}
+
+void setModified(const std::filesystem::path& path, timespec moment) {
+    const std::array<timespec, 2> moments = {timespec{0, UTIME_OMIT}, moment};
+    if (::utimensat(AT_FDCWD, path.c_str(), moments.data(), 0) != 0)
+        throw PosixError("utimensat", path, errno);
+}
+
+void write(const std::filesystem::path& path, std::string_view content) {
+    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC);
+    writeAll(file, content, path);
+    sync(file, path);
+}
+
+void writeAtomically(const std::filesystem::path& path, std::string_view content) {
+    auto temporary = path;
+    temporary += "." + Uuid::random().text() + ".tmp";
+    try {
+        write(temporary, content);
+        if (::rename(temporary.c_str(), path.c_str()) != 0)
+            throw PosixError("rename", path, errno);
+    } catch (...) {
+        ::unlink(temporary.c_str());
+        throw;
+    }
+}
+
+std::string read(const std::filesystem::path& path) {
+    const auto file = open(path, O_RDONLY);
+    std::string content;
+    std::array<char, 65536> buffer;
+    for (;;) {
+        const auto count = ::read(file.get(), buffer.data(), buffer.size());
+        if (count < 0)
+            throw PosixError("read", path, errno);
+        if (count == 0)
+            return content;
+        content.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+void copy(const std::filesystem::path& from, const std::filesystem::path& to) {
+    write(to, read(from));
+}
+
+void append(const std::filesystem::path& path, std::string_view content) {
+    writeAll(open(path, O_WRONLY | O_CREAT | O_APPEND), content, path);
+}
+
+void syncVolume(const std::filesystem::path& path) {
+    const auto anyFolder = open(path, O_RDONLY);
+    if (::syncfs(anyFolder.get()) != 0)
+        throw PosixError("syncfs", path, errno);
+}
+
+Capacity volumeCapacity(const std::filesystem::path& path) noexcept {
+    struct statvfs facts {};
+    if (::statvfs(path.c_str(), &facts) != 0)
+        return {};
+    const auto blockSize = static_cast<std::int64_t>(facts.f_frsize);
+    return {static_cast<std::int64_t>(facts.f_blocks) * blockSize,
+            static_cast<std::int64_t>(facts.f_bavail) * blockSize};
+}
+
+} // namespace slatewise::FileSystem

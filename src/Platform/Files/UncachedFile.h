@@ -1,0 +1,78 @@
+#pragma once
+
+#include "Platform/Files/FileDescriptor.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <span>
+
+namespace slatewise {
+
+/// Zero-filled memory that may be handed to a device without being copied. Page-aligned.
+class TransferBuffer {
+public:
+    /// At least `size` bytes. Memory that is never touched costs nothing.
+    explicit TransferBuffer(std::size_t size);
+    ~TransferBuffer();
+    TransferBuffer(const TransferBuffer&) = delete;
+    TransferBuffer& operator=(const TransferBuffer&) = delete;
+
+    std::span<std::byte> bytes() noexcept { return {start_, size_}; }
+
+private:
+    std::byte* start_ = nullptr;
+    std::size_t size_;
+};
+
+/// How the bytes of a file travelled.
+enum class FileAccess {
+    /// Between the device and our memory, past the system's cache.
+    Direct,
+    /// Through the cache, which was emptied of this file before reading and after writing.
+    CacheDropped,
+};
+
+/// One regular file, read or written front to back past the system's cache, so that what is read is
+/// what the device holds and not what memory remembers.
+///
+/// Where a file system refuses direct transfers, at opening or at the first transfer, the file goes
+/// through the cache and is dropped from it: before the first read, and after a sync. An unaligned
+/// tail is written that way too, since a device only takes whole blocks. Whoever uses the class
+/// sees none of this, save in `access()`.
+///
+/// Failures are `PosixError`s, but for what is no file at all, which is an `Error`. No operation is
+/// retried when a signal interrupts it. Not shared between threads.
+class UncachedFile {
+public:
+    /// Opens for reading. A FIFO, a socket or a device is refused at once and never waited for.
+    static UncachedFile openForReading(const std::filesystem::path& path);
+
+    /// Creates an empty file for writing, mode 0644; what it held before is gone.
+    static UncachedFile createForWriting(const std::filesystem::path& path);
+
+    /// Reads on. Gives the number of bytes, less than asked for only near the end, 0 at the end.
+    /// `into` should come from a `TransferBuffer`, from its start.
+    std::size_t read(std::span<std::byte> into);
+
+    /// Writes all of the bytes, which should come from the start of a `TransferBuffer`.
+    void write(std::span<const std::byte> from);
+
+    /// Waits until the content is on the device.
+    void sync();
+
+    FileAccess access() const noexcept { return access_; }
+
+private:
+    UncachedFile(FileDescriptor descriptor, std::filesystem::path path, FileAccess access);
+
+    void writeAll(std::span<const std::byte> from);
+    void leaveDirectAccess();
+    void dropFromCache() const noexcept;
+
+    FileDescriptor descriptor_;
+    std::filesystem::path path_;
+    FileAccess access_;
+    bool isDirect_;
+};
+
+} // namespace slatewise

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Platform/Files/FileWatch.h"
+#include "Service/SaaSProfile.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace slatewise {
+
+/// The profile of the reporting service, which whoever administers the machine leaves as
+/// "service-profile.json" in the application-support folder:
+///
+///     {"accountID": "…", "saasAPIURL": "https://…", "presenceToken": "…"}
+///
+/// Read when this is made and whenever the file appears, changes or goes. The profile is what the
+/// file says at the moment: a file that is malformed counts as none and is named in the log, as is
+/// one that others than its owner can get at, since it holds a secret. GUI thread.
+class ServiceProfileFile {
+public:
+    static constexpr auto* fileName = "service-profile.json";
+
+    explicit ServiceProfileFile(const std::filesystem::path& folder);
+
+    const std::optional<SaaSProfile>& current() const { return current_; }
+
+    /// Called when `current` has become another.
+    std::function<void()> onChange;
+
+private:
+    void refresh();
+    std::optional<SaaSProfile> load();
+
+    std::filesystem::path file_;
+    /// The latest complaint, which is not repeated while it stays true.
+    std::string complaint_;
+    std::optional<SaaSProfile> current_;
+    FileWatch watch_;
+};
+
+} // namespace slatewise

@@ -1,0 +1,112 @@
+#include "Batch/BatchOfCards.h"
+
+#include <QCoreApplication>
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+// What is looked at before a batch begins, and what it keeps to once it has begun.
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+TEST_F(BatchOfCards, LooksBeforeItBegins) {
+    disks = {desk.mountDisk("SSD1")};
+    const auto first = desk.mountCard("A001");
+    const auto second = desk.mountCard("B002");
+    start();
+    auto& model = desk.model();
+
+    desk.copy();
+    EXPECT_EQ(title(), "Failed: Select a card and a destination disk.");
+
+    model.toggleCard(first);
+    model.toggleCard(second);
+    model.focusCard(first);
+    model.tapUnit("CamA");
+    model.focusCard(first);
+    desk.copy();
+    EXPECT_EQ(title(), "Failed: Select a card and a destination disk.") << "the phase stays";
+    EXPECT_THAT(model.cardUnits().cardsNeedingUnit, ElementsAre("dev-B002"));
+    EXPECT_EQ(model.board().cardSelection().focused, "dev-B002");
+    model.tapUnit("CamB");
+    EXPECT_THAT(model.cardUnits().cardsNeedingUnit, IsEmpty());
+
+    Desk::waitUntil(
+        [&] { return model.contentSizes().totalOf(model.board().selectedCards()) == 2; });
+    desk.volume(disks[0]).facts.freeBytes = 8'388'609;
+    model.applyVolumes();
+    desk.copy();
+    EXPECT_EQ(title(), "Failed: Not enough space on the destination (need 8.4 MB, 8.4 MB free).");
+
+    desk.choice = desk.folder / "A001/Copies";
+    std::filesystem::create_directories(*desk.choice);
+    model.pickDestinationFolder();
+    Desk::waitUntil([&] { return model.board().selectedDests().size() == 2; });
+    model.toggleCard(second);
+    model.focusCard(second);
+    desk.copy();
+    EXPECT_EQ(title(), "Failed: " + model.l10n().destinationInsideCard("Copies", "A001"));
+    EXPECT_EQ(model.board().cardSelection().focused, "dev-B002") << "where the next unit goes";
+
+    EXPECT_EQ(runs, 0);
+    EXPECT_EQ(record.begun, 0);
+    EXPECT_FALSE(std::filesystem::exists(desk.folder / "SSD1/reports"));
+}
+
+// A share whose server is gone keeps whoever looks at it for as long as it likes.
+TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
+    disks = {desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001");
+    std::atomic<bool> mayAnswer = false;
+    std::atomic<bool> hasAnswered = false;
+    desk.surroundings.findObstacle = [&](const auto& plan) {
+        while (!mayAnswer)
+            std::this_thread::yield();
+        auto found = BatchObstacle::find(plan);
+        hasAnswered = true;
+        return found;
+    };
+    start();
+    desk.selectCard(card, "CamA");
+    desk.model().startCopy();
+    EXPECT_TRUE(desk.model().isBusy());
+    desk.model().cancelCopy();
+    Desk::waitUntil([&] { return !desk.model().isBusy(); });
+    EXPECT_EQ(title(), "Failed: Cancelled.");
+    EXPECT_EQ(record.begun, 0);
+    EXPECT_EQ(record.result.pairs.at(0).status, "failed");
+    mayAnswer = true;
+    Desk::waitUntil([&] { return hasAnswered.load(); });
+    desk.model().startCopy();
+    Desk::waitUntil([&] { return desk.model().progressDidSucceed(); });
+}
+
+TEST_F(BatchOfCards, KeepsToWhatWasSetWhenTheButtonWasPressed) {
+    disks = {desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001");
+    beforeRun([&](int) {
+        std::atomic<bool> done = false;
+        QMetaObject::invokeMethod(QCoreApplication::instance(), [&] {
+            desk.model().setLanguageCode("tr");
+            desk.model().saveTemplate("other/{CardName}");
+            desk.model().toggleCard(card);
+            done = true;
+        });
+        while (!done)
+            std::this_thread::yield();
+    });
+    start();
+    desk.model().saveTemplate("film/{Ekip}/{Cam}/{CardName}");
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    EXPECT_EQ(record.pairs.at(0).sessionRoot, desk.folder / "SSD1/film/Ekip1/CamA/A001");
+    EXPECT_THAT(readFile(record.pairs[0].reportFolder / "Reports_Standart.html"),
+                HasSubstr("Slatewise DIT report"))
+        << "in the language of the press";
+    EXPECT_EQ(title(), "Doğrulandı — 1 dosya, 1 byte") << "shown in the language of now";
+}

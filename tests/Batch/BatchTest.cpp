@@ -1,0 +1,257 @@
+#include "Batch/BatchOfCards.h"
+#include "Platform/Error.h"
+#include "Storage/AppDatabase.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <sys/stat.h>
+#include <thread>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+using ::testing::UnorderedElementsAre;
+
+TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
+    disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
+    const auto first = desk.mountCard("A001");
+    const auto second = desk.mountCard("B002", {{"B.mov", "bb"}, {"C.mov", "c"}});
+    const auto third = desk.mountCard("C003");
+    beforeRun([&](int run) {
+        if (run == 4)
+            ::mkfifo((desk.folder / "B002/Z.fifo").c_str(), 0600);
+    });
+    start();
+    desk.selectCard(first, "CamA");
+    desk.selectCard(second, "CamB");
+    desk.selectCard(third, "CamC");
+    desk.copy();
+
+    EXPECT_THAT(record.labels, ElementsAre("Card 1/3 · Destination 1/2 · CamA · A001 → SSD1",
+                                           "Card 1/3 · Destination 2/2 · CamA · A001 → SSD2",
+                                           "Card 2/3 · Destination 1/2 · CamB · B002 → SSD1",
+                                           "Card 2/3 · Destination 2/2 · CamB · B002 → SSD2"));
+    EXPECT_THAT(record.fractions, ElementsAre(0, 1 / 6.0, 2 / 6.0, 3 / 6.0));
+    EXPECT_EQ(title(), "Failed: Verification did not finish (B002 → SSD2). Card was left mounted.");
+    EXPECT_TRUE(desk.model().progressDidFail());
+    EXPECT_EQ(desk.model().batchPosition(), BatchPosition{});
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("Z.fifo")));
+
+    std::vector<std::string> statuses;
+    for (const auto& pair : record.result.pairs)
+        statuses.push_back(pair.status);
+    EXPECT_THAT(statuses,
+                ElementsAre("verified", "verified", "verified", "failed", "failed", "failed"));
+    EXPECT_EQ(runs, 4) << "no pair runs behind a failed one";
+    // Four sets of reports in the archive, two on each disk; the last is shown all the same.
+    EXPECT_EQ(reportsIn(desk.folder / "user/documents/SlatewiseDIT"), 4);
+    EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), 2);
+    EXPECT_EQ(reportsIn(desk.folder / "SSD2/reports"), 2);
+    ASSERT_THAT(desk.opened, SizeIs(1));
+    EXPECT_EQ(desk.opened[0].filename(), "Reports_Standart.html");
+    EXPECT_THAT(desk.opened[0].native(), HasSubstr("CamB-B002"));
+    const auto& sessions = desk.model().recentSessions();
+    ASSERT_THAT(sessions, SizeIs(4));
+    EXPECT_EQ(sessions[0].status, "failed");
+    EXPECT_EQ(sessions[3].cameraLabel, "CamA");
+    // The finished card is unticked; the others wait, with their units, for another try.
+    EXPECT_THAT(desk.model().board().cardSelection().ids,
+                UnorderedElementsAre("dev-B002", "dev-C003"));
+    EXPECT_EQ(desk.model().cardUnits().cameraLabel("dev-B002"), "CamB");
+    EXPECT_TRUE(desk.model().canCopy());
+}
+
+TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsAllPairs) {
+    disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
+    const auto card = desk.mountCard("A001", {{"A.mov", "1234"}, {".DS_Store", "x"}});
+    start();
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    EXPECT_THAT(record.labels, ElementsAre(StartsWith("Card 1/1 · Destination 1/2 · "),
+                                           StartsWith("Card 1/1 · Destination 2/2 · ")));
+    EXPECT_EQ(desk.model().phase(), OffloadPhase(Phase::Verified({2, 8})));
+    EXPECT_EQ(title(), "Verified — 2 files, 8 bytes");
+    EXPECT_EQ(desk.model().board().cardSelection(), Selection{});
+    EXPECT_EQ(desk.model().cardUnits(), CardUnits{});
+    EXPECT_EQ(readFile(record.pairs[1].sessionRoot / "A.mov"), "1234");
+    EXPECT_THAT(desk.ejected, IsEmpty()) << "nobody asked for it";
+}
+
+TEST_F(BatchOfCards, OnePairHasNoLabelAndHashingCopiesNothing) {
+    disks = {desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001", {{"A.mov", "1"}, {"B.mov", "2"}});
+    start();
+    desk.model().setVerifyOnly(true);
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    EXPECT_THAT(record.labels, ElementsAre(""));
+    EXPECT_EQ(desk.model().phase(), OffloadPhase(Phase::Hashed{2}));
+    EXPECT_EQ(reportsIn(desk.folder / "SSD1"), 1) << "reports alone";
+    EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), 1);
+    EXPECT_EQ(desk.model().recentSessions().size(), 1u);
+}
+
+TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
+    disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
+    const auto first = desk.mountCard("A001");
+    const auto second = desk.mountCard("B002");
+    std::vector<std::size_t> ejectedBefore;
+    beforeRun([&](int run) {
+        ejectedBefore.push_back(desk.ejected.size());
+        if (run == 4)
+            ::mkfifo((desk.folder / "B002/Z.fifo").c_str(), 0600);
+    });
+    desk.surroundings.eject = [this](const auto& mountPoint) {
+        desk.ejected.push_back(mountPoint);
+        throw Error("busy");
+    };
+    start();
+    desk.model().setEjectAfterSuccess(true);
+    desk.selectCard(first, "CamA");
+    desk.selectCard(second, "CamB");
+    desk.copy();
+    EXPECT_THAT(ejectedBefore, ElementsAre(0, 0, 1, 1));
+    EXPECT_THAT(desk.ejected, ElementsAre(desk.folder / "A001")) << "not the card that failed";
+    EXPECT_THAT(title(), HasSubstr("(B002 → SSD2)")) << "a failed eject changes nothing";
+}
+
+TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {
+    struct Case {
+        const char* what;
+        std::function<void(int)> before;
+        const char* message;
+        int sessions;
+        int archived;
+    };
+    const auto blockFolder = [&](const char* name) {
+        return [this, name](int) {
+            writeFile(desk.folder / name, "in the way");
+        };
+    };
+    const std::vector<Case> cases = {
+        {"no folder for the session", blockFolder("SSD1/film"), "SSD1/film", 0, 0},
+        {"no reports on the destination", blockFolder("SSD1/reports"), "SSD1/reports", 0, 1},
+        {"no archive", [](int) { throw Error("odd"); }, "Failed: odd", 0, 0},
+    };
+    disks = {desk.mountDisk("SSD1")};
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.what);
+        std::filesystem::remove_all(desk.folder / "SSD1");
+        std::filesystem::remove_all(desk.folder / "user");
+        std::filesystem::create_directory(desk.folder / "SSD1");
+        desk.volumes.resize(1);
+        const auto card = desk.mountCard("A001");
+        beforeRun(testCase.before);
+        start();
+        desk.model().saveTemplate("film/{CardName}");
+        desk.selectCard(card, "CamA");
+        desk.copy();
+        EXPECT_THAT(title(), HasSubstr(testCase.message));
+        EXPECT_EQ(record.result.pairs.at(0).status, "failed");
+        EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
+        EXPECT_EQ(reportsIn(desk.folder / "user/documents/SlatewiseDIT"), testCase.archived);
+        EXPECT_TRUE(desk.model().board().cardSelection().contains("dev-A001"));
+    }
+}
+
+TEST_F(BatchOfCards, CancelsAtEveryKindOfMoment) {
+    enum Moment { BeforeTheRun, WhileScanning, WhileCopying, WhileVerifying, WhileReporting };
+    struct Case {
+        Moment moment;
+        const char* message;
+        int sessions;
+    };
+    // A run that has begun with a file has rows to tell of it.
+    const std::vector<Case> cases = {
+        {BeforeTheRun, "Failed: Cancelled.", 0},
+        {WhileScanning, "Failed: Cancelled.", 0},
+        {WhileCopying, "Failed: Verification did not finish", 1},
+        {WhileVerifying, "Failed: Verification did not finish", 1},
+        {WhileReporting, "Failed: Cancelled.", 1},
+    };
+    disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.moment);
+        std::filesystem::remove_all(desk.folder / "user");
+        desk.volumes.resize(2);
+        const auto card = desk.mountCard("A001", {{"A.mov", bytesOf(8'000'000)}});
+        // Held up at the moment in question until the button's wish has come.
+        std::atomic<bool> isCancelled = false;
+        const auto holdUp = [&] {
+            QMetaObject::invokeMethod(QCoreApplication::instance(), [&] {
+                desk.model().cancelCopy();
+                isCancelled = true;
+            });
+            while (!isCancelled)
+                std::this_thread::yield();
+        };
+        desk.surroundings.runEngine = [&](const auto& request, auto observer, auto stop) {
+            if (testCase.moment == BeforeTheRun)
+                holdUp();
+            auto progress = observer.progress;
+            observer.progress = [&, progress](const OffloadPhase& phase) {
+                progress(phase);
+                if (isCancelled)
+                    return;
+                if ((testCase.moment == WhileScanning &&
+                     std::holds_alternative<Phase::Scanning>(phase)) ||
+                    (testCase.moment == WhileCopying &&
+                     std::holds_alternative<Phase::Copying>(phase)) ||
+                    (testCase.moment == WhileVerifying &&
+                     std::holds_alternative<Phase::Verifying>(phase)))
+                    holdUp();
+            };
+            auto outcome = CopyEngine::run(request, observer, stop);
+            if (testCase.moment == WhileReporting)
+                holdUp();
+            return outcome;
+        };
+        start();
+        desk.selectCard(card, "CamA");
+        desk.copy();
+        EXPECT_TRUE(isCancelled);
+        EXPECT_THAT(title(), StartsWith(testCase.message));
+        EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
+        EXPECT_EQ(record.result.pairs.at(1).status, "failed") << "the second disk is not begun";
+        EXPECT_TRUE(desk.model().board().cardSelection().contains("dev-A001"));
+        EXPECT_FALSE(desk.model().isBusy());
+    }
+}
+
+TEST_F(BatchOfCards, MayOutliveItsModel) {
+    disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
+    const auto card = desk.mountCard("A001", {{"A.mov", bytesOf(4'000'000)}});
+    std::atomic<bool> isRunning = false;
+    std::atomic<bool> isOver = false;
+    std::atomic<bool> mayGoOn = false;
+    desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+        isRunning = true;
+        while (!mayGoOn)
+            std::this_thread::yield();
+        struct Over {
+            std::atomic<bool>& isOver;
+            ~Over() { isOver = true; }
+        } const over{isOver};
+        return CopyEngine::run(request, observer, stop);
+    };
+    start();
+    desk.selectCard(card, "CamA");
+    desk.model().startCopy();
+    Desk::waitUntil([&] { return isRunning.load(); });
+    desk.quit();
+    mayGoOn = true;
+    Desk::waitUntil([&] { return isOver.load(); });
+    // The batch sees the end of its run with nobody left to tell.
+    QTimer::singleShot(200, [&] { isRunning = false; });
+    Desk::waitUntil([&] { return !isRunning; });
+    EXPECT_FALSE(std::filesystem::exists(desk.folder / "SSD2/reports")) << "it was asked to stop";
+    EXPECT_THAT(record.pairs, IsEmpty());
+}

@@ -1,0 +1,86 @@
+#include "Platform/Desktop/UserDefaults.h"
+
+#include "Language/L10n.h"
+#include "Platform/Desktop/UserFolders.h"
+#include "support/Files.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+
+using namespace slatewise;
+using namespace slatewise::test;
+
+TEST(UserDefaults, KeepsAnyTextAcrossInstances) {
+    const TemporaryFolder folder;
+    const auto file = folder / "deep/settings.ini";
+    const std::string awkward = R"({"a":["x, y; \"z\"","Çığ\\n"],"@b":1})"
+                                "\nsecond line=%41";
+    UserDefaults(file).setValue("offloadSettings", awkward);
+    EXPECT_EQ(UserDefaults(file).value("offloadSettings"), awkward);
+    EXPECT_FALSE(UserDefaults(file).value("unknown"));
+}
+
+TEST(UserDefaults, KeepsChangesToThisProcessWhenAskedTo) {
+    const TemporaryFolder folder;
+    {
+        UserDefaults defaults(folder / "settings.ini");
+        defaults.setValue("appLanguage", "en");
+        defaults.setValue("lastDestID", "disk2");
+        defaults.setValue("gone", "1");
+        defaults.removeValue("gone");
+        defaults.keepChangesInMemory();
+        defaults.setValue("appLanguage", "tr");
+        defaults.removeValue("lastDestID");
+        EXPECT_EQ(defaults.value("appLanguage"), "tr");
+        EXPECT_FALSE(defaults.value("lastDestID"));
+    }
+    const UserDefaults stored(folder / "settings.ini");
+    EXPECT_EQ(stored.value("appLanguage"), "en");
+    EXPECT_EQ(stored.value("lastDestID"), "disk2");
+    EXPECT_FALSE(stored.value("gone"));
+}
+
+TEST(Language, IsEnglishUnlessTurkishIsStored) {
+    TemporaryDefaults stored;
+    EXPECT_EQ(Language::load(stored.defaults), AppLanguage::English);
+    for (const auto& [value, language] : {std::pair{"fr", AppLanguage::English},
+                                          {"TR", AppLanguage::English},
+                                          {"", AppLanguage::English},
+                                          {"tr", AppLanguage::Turkish}}) {
+        stored.defaults.setValue("appLanguage", value);
+        EXPECT_EQ(Language::load(stored.defaults), language) << value;
+    }
+}
+
+TEST(L10n, SetsArgumentsIntoBothLanguages) {
+    const L10n english(AppLanguage::English);
+    const L10n turkish(AppLanguage::Turkish);
+    EXPECT_EQ(english.copying(3, 10, "A/B.mov", "350 MB/s"),
+              "Copying 3 / 10  ·  A/B.mov  ·  350 MB/s");
+    EXPECT_EQ(turkish.verifyIncomplete("A001", "SSD"),
+              "Doğrulama tamamlanamadı (A001 → SSD). Kart yerinde bırakıldı.");
+    EXPECT_EQ(english.reportCountsLine(1, 2, 3), "Files: 1 copied, 2 skipped, 3 failed · ");
+    EXPECT_EQ(turkish.insufficientSpace("28 MB", "24 MB"),
+              "Hedefte yer yok (gerekli 28 MB, boş 24 MB).");
+    EXPECT_EQ(english.fileCount(1), "1 files");
+    EXPECT_EQ(english.cameraChip(""), "—");
+    EXPECT_EQ(english.ejectFailed("/media/A"), "Could not eject /media/A.");
+}
+
+TEST(UserFolders, FollowTheEnvironment) {
+    const std::map<std::string, std::filesystem::path (*)()> cases = {
+        {"XDG_DATA_HOME", UserFolders::applicationSupport},
+        {"XDG_STATE_HOME", UserFolders::library},
+        {"XDG_CONFIG_HOME", UserFolders::configuration},
+        {"XDG_DOCUMENTS_DIR", UserFolders::documents}};
+    for (const auto& [variable, folder] : cases) {
+        ::setenv(variable.c_str(), "/somewhere/of/mine", 1);
+        EXPECT_EQ(folder(), "/somewhere/of/mine") << variable;
+        ::setenv(variable.c_str(), "relative", 1);
+        EXPECT_TRUE(folder().is_absolute()) << variable;
+        EXPECT_EQ(folder().native().find("relative"), std::string::npos) << variable;
+        ::unsetenv(variable.c_str());
+    }
+}

@@ -1,0 +1,61 @@
+#include "Platform/Disks/MountTable.h"
+
+#include "Platform/Disks/BlockDevices.h"
+#include "support/Files.h"
+#include "support/MountedVolume.h"
+
+#include <gmock/gmock.h>
+#include <sys/sysmacros.h>
+
+using namespace slatewise;
+using namespace slatewise::test;
+
+TEST(MountTable, ReadsTheKernelsLines) {
+    const auto mounts =
+        MountTable::parse("27 1 254:0 / / rw,relatime - ext4 /dev/vda rw\n"
+                          "90 27 8:17 / /media/me/A\\040B\\011\\134 rw,nosuid shared:7 master:2 - "
+                          "exfat /dev/sdb1 rw\n"
+                          "91 27 0:45 /@home /media/me/ro ro - btrfs /dev/sdc1 rw\n"
+                          "92 27 0:46 / /media/me/super rw - cifs //server/my\\040share rw,ro\n"
+                          "93 27 0:47 / /media/me/nameless rw - tmpfs  rw,rootcontext=a,b\n"
+                          "94 27 8:33 / /media/me/broken rw no dash\n"
+                          "95 27 8 / /media/me/no-device rw - ext4 /dev/sdd rw\n"
+                          "garbage\n");
+    ASSERT_EQ(mounts.size(), 5U);
+    EXPECT_EQ(mounts[1].mountPoint, "/media/me/A B\t\\");
+    EXPECT_EQ(mounts[1].device, makedev(8, 17));
+    EXPECT_EQ(mounts[1].fileSystem, "exfat");
+    EXPECT_EQ(mounts[1].source, "/dev/sdb1");
+    EXPECT_FALSE(mounts[1].isReadOnly);
+    EXPECT_EQ(mounts[2].root, "/@home");
+    EXPECT_TRUE(mounts[2].isReadOnly);
+    EXPECT_EQ(mounts[3].source, "//server/my share");
+    EXPECT_TRUE(mounts[3].isReadOnly);
+    EXPECT_EQ(mounts[4].source, "");
+}
+
+TEST(MountTable, KnowsWhatOneSeesAtAPath) {
+    const auto mounts = MountTable::parse("27 1 254:0 / / rw - ext4 /dev/vda rw\n"
+                                          "90 27 8:17 / /media/me/A rw - vfat /dev/sdb1 rw\n"
+                                          "91 27 8:33 / /media/me/A rw - exfat /dev/sdc1 rw\n"
+                                          "92 27 8:49 / /media/me/A/B rw - ext4 /dev/sdd1 rw\n");
+    EXPECT_EQ(MountTable::at(mounts, "/media/me/A")->source, "/dev/sdc1");
+    EXPECT_EQ(MountTable::at(mounts, "/media/me"), nullptr);
+    EXPECT_EQ(MountTable::holding(mounts, "/media/me/A/DCIM")->source, "/dev/sdc1");
+    EXPECT_EQ(MountTable::holding(mounts, "/media/me/A/B")->source, "/dev/sdd1");
+    EXPECT_EQ(MountTable::holding(mounts, "/media/me/AB/C")->source, "/dev/vda");
+    EXPECT_EQ(MountTable::holding({}, "/"), nullptr);
+}
+
+/// Btrfs has numbers of its own that stand for no device, exFAT through FUSE those of its device.
+TEST(BlockDevices, AreFoundUnderAnyFileSystem) {
+    constexpr std::int64_t kSmallestBtrfs = 128 * 1'048'576;
+    for (const auto kind : {MountedVolume::FileSystem::Btrfs, MountedVolume::FileSystem::ExFat}) {
+        const MountedVolume volume(kind, kSmallestBtrfs);
+        const auto device = BlockDevices::pathUnder(volume.path());
+        EXPECT_TRUE(std::filesystem::is_block_file(device)) << device;
+        const auto mounts = MountTable::read();
+        EXPECT_EQ(MountTable::at(mounts, volume.path())->source, device);
+    }
+    EXPECT_EQ(BlockDevices::pathUnder("/proc"), "");
+}

@@ -1,0 +1,133 @@
+#include "Service/ServiceProfileFile.h"
+
+#include "support/Files.h"
+
+#include <gmock/gmock.h>
+
+#include <QEventLoop>
+#include <QTimer>
+
+#include <cstdlib>
+#include <sys/stat.h>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+namespace {
+
+constexpr auto* kToken = "s3cret-token";
+
+std::string profileText(const std::string& account) {
+    return R"({"accountID":")" + account + R"(","saasAPIURL":"https://reports.example","more":1,)" +
+           R"("presenceToken":")" + kToken + "\"}";
+}
+
+class ServiceProfile : public ::testing::Test {
+protected:
+    ServiceProfile() { ::setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1); }
+
+    void put(const std::filesystem::path& path, const std::string& content, mode_t mode = 0600) {
+        writeFile(path, content);
+        ::chmod(path.c_str(), mode);
+    }
+
+    /// Waits until the account is that, "none" for no profile.
+    static void expectAccount(const ServiceProfileFile& profile, const std::string& account) {
+        const auto now = [&] {
+            return profile.current() ? profile.current()->accountID : "none";
+        };
+        QEventLoop loop;
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, [&] {
+            if (now() == account)
+                loop.quit();
+        });
+        poll.start(std::chrono::milliseconds(5));
+        QTimer::singleShot(std::chrono::seconds(5), &loop, &QEventLoop::quit);
+        loop.exec();
+        EXPECT_EQ(now(), account);
+    }
+
+    std::string log() const {
+        std::string text;
+        const auto logs = folder / "state/Logs/Slatewise DIT";
+        if (std::filesystem::exists(logs)) {
+            for (const auto& entry : std::filesystem::directory_iterator(logs))
+                text += readFile(entry.path());
+        }
+        return text;
+    }
+
+    TemporaryFolder folder;
+    std::filesystem::path file = folder / "support/service-profile.json";
+};
+
+} // namespace
+
+TEST_F(ServiceProfile, FollowsTheFileHoweverItChanges) {
+    put(file, profileText("first"));
+    ServiceProfileFile profile(file.parent_path());
+    EXPECT_EQ(profile.current(), (SaaSProfile{"first", "https://reports.example", "s3cret-token"}));
+    int changes = 0;
+    profile.onChange = [&] {
+        ++changes;
+    };
+
+    put(file, profileText("in place"));
+    expectAccount(profile, "in place");
+    for (const auto* account : {"renamed over it", "and again"}) {
+        put(folder / "support/new", profileText(account));
+        std::filesystem::rename(folder / "support/new", file);
+        expectAccount(profile, account);
+    }
+    put(file, profileText("in place once more"));
+    expectAccount(profile, "in place once more");
+    std::filesystem::remove(file);
+    expectAccount(profile, "none");
+    put(file, profileText("back"));
+    expectAccount(profile, "back");
+    EXPECT_EQ(changes, 6) << "once for each";
+    EXPECT_EQ(log(), "");
+}
+
+TEST_F(ServiceProfile, WhatIsMalformedCountsAsNoneAndIsNamedOnce) {
+    put(file, profileText("good"));
+    ServiceProfileFile profile(file.parent_path());
+    const std::string token = std::string("\"presenceToken\":\"") + kToken + "\"";
+    const std::pair<std::string, const char*> cases[] = {
+        {"{" + token, "no JSON object"},
+        {"[\"" + std::string(kToken) + "\"]", "no JSON object"},
+        {"", "no JSON object"},
+        {"{" + token + R"(,"saasAPIURL":"x"})", "\"accountID\" is no text"},
+        {"{" + token + R"(,"saasAPIURL":"x","accountID":7})", "\"accountID\" is no text"},
+        {R"({"saasAPIURL":"x","accountID":"a"})", "\"presenceToken\" is no text"},
+        {profileText("large") + std::string(70'000, ' '), "too large"},
+    };
+    for (const auto& [content, complaint] : cases) {
+        put(file, content);
+        expectAccount(profile, "none");
+        EXPECT_THAT(log(), HasSubstr(std::string("service-profile.json ignored: ") +
+                                     (complaint[0] == '"' ? "" : "it is ") + complaint));
+        put(file, profileText("good"));
+        expectAccount(profile, "good");
+    }
+    EXPECT_THAT(log(), Not(HasSubstr(kToken)));
+}
+
+TEST_F(ServiceProfile, WhatOthersCanGetAtIsRefusedUntilMended) {
+    for (const mode_t mode : {0640, 0604, 0644, 0620, 0602}) {
+        put(file, profileText("open"), mode);
+        ServiceProfileFile profile(file.parent_path());
+        EXPECT_FALSE(profile.current()) << mode;
+        EXPECT_THAT(log(), HasSubstr("chmod 600 \"" + file.native() + "\""));
+        ::chmod(file.c_str(), 0600);
+        expectAccount(profile, "open");
+    }
+    EXPECT_THAT(log(), Not(HasSubstr(kToken)));
+
+    std::filesystem::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    EXPECT_FALSE(ServiceProfileFile(file.parent_path()).current()) << "and nobody waits for it";
+}
