@@ -36,7 +36,7 @@ void copyWithTheProgram(const std::filesystem::path& from, const std::filesystem
     // A watcher as light as a window's: whoever shows progress throws most of it away.
     const CopyEngine::Observer observer = {
         .progress = [](const OffloadPhase&) {}, .log = {}, .problem = {}, .sessionRootCreated = {}};
-    if (CopyEngine::run(request, observer, {}).status != OutcomeStatus::verified)
+    if (CopyEngine::run(request, observer, {}).status != OutcomeStatus::Verified)
         throw std::runtime_error("not verified");
 }
 

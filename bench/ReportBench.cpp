@@ -31,16 +31,16 @@ void addClip(OffloadOutcome& outcome, int number) {
                                    number / kFilesPerFolder, number);
     row.sizeBytes = 8'123'456'789 + number;
     row.mtime = row.created = outcome.startedAt + std::chrono::seconds(number);
-    row.action = RowAction::copy;
-    row.verifyStatus = VerifyStatus::verified;
+    row.action = RowAction::Copy;
+    row.verifyStatus = VerifyStatus::Verified;
     row.sourceSHA256 = row.destSHA256 = fmt::format("{:064x}", number);
-    row.timecodeStart = "01:00:00:00";
-    row.timecodeEnd = "01:03:21:14";
-    row.durationTC = "00:03:21:14";
-    row.durationSeconds = 201.58;
-    row.captureFps = row.timecodeRate = 23.976;
-    row.timecodeDropFrame = false;
-    auto& essence = row.essence.emplace();
+    row.media.edit().timecodeStart = "01:00:00:00";
+    row.media.edit().timecodeEnd = "01:03:21:14";
+    row.media.edit().durationTC = "00:03:21:14";
+    row.media.edit().durationSeconds = 201.58;
+    row.media.edit().captureFps = row.media.edit().timecodeRate = 23.976;
+    row.media.edit().timecodeDropFrame = false;
+    auto& essence = row.media.edit().essence.emplace();
     essence.cameraModel = "ALEXA 35";
     essence.recordedDate = "UTC 20260301 093015";
     essence.codec = "ProRes";
@@ -57,14 +57,14 @@ SessionManifest manifestOf(int files) {
     OffloadOutcome outcome;
     outcome.sessionID = Uuid::random();
     outcome.sessionRoot = "/media/disk/session";
-    outcome.status = OutcomeStatus::verified;
+    outcome.status = OutcomeStatus::Verified;
     outcome.startedAt = outcome.finishedAt = Clock::now();
     for (int number = 0; number < files; ++number)
         addClip(outcome, number);
     VolumeFacts card;
     card.volumeName = "A001C002_260301_R1AB";
     card.mountPoint = "/media/A001";
-    return ReportWriter::buildManifest(outcome, card, {}, "CamA", "Unit1");
+    return ReportWriter::buildManifest(outcome, card, {}, "CamA", "Unit1", AppLanguage::English);
 }
 
 struct Cost {

@@ -13,15 +13,15 @@ void benchStore(const std::filesystem::path& folder) {
         OffloadOutcome outcome;
         outcome.sessionID = Uuid::random();
         outcome.sessionRoot = "/media/disk/session";
-        outcome.status = OutcomeStatus::verified;
+        outcome.status = OutcomeStatus::Verified;
         outcome.startedAt = outcome.finishedAt = Clock::now();
         for (int number = 0; number < files; ++number) {
             auto& row = outcome.files.emplace_back();
             row.relativePath = fmt::format("DCIM/{:03}/A001C{:06}.mov", number / 1000, number);
             row.sizeBytes = number;
             row.mtime = row.created = outcome.startedAt;
-            row.action = RowAction::copy;
-            row.verifyStatus = VerifyStatus::verified;
+            row.action = RowAction::Copy;
+            row.verifyStatus = VerifyStatus::Verified;
             row.sourceSHA256 = row.destSHA256 = std::string(64, 'a');
         }
         const auto file = folder / "store.sqlite";

@@ -21,11 +21,7 @@ namespace {
 /// How often progress is looked at: once for each picture that a screen shows.
 constexpr std::chrono::milliseconds kProgressInterval{16};
 
-bool endedWell(const std::string& status) {
-    return status == OutcomeStatus::verified || status == OutcomeStatus::hashed;
-}
-
-int countRows(const OffloadOutcome& outcome, std::string_view verifyStatus) {
+int countRows(const OffloadOutcome& outcome, VerifyStatus verifyStatus) {
     return static_cast<int>(
         std::count_if(outcome.files.begin(), outcome.files.end(),
                       [&](const auto& row) { return row.verifyStatus == verifyStatus; }));
@@ -44,11 +40,11 @@ CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
 void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     result.runStatus = outcome.status;
     result.sessionRoot = outcome.sessionRoot;
-    if (outcome.status == OutcomeStatus::verified) {
-        result.filesDone = countRows(outcome, VerifyStatus::verified);
+    if (outcome.status == OutcomeStatus::Verified) {
+        result.filesDone = countRows(outcome, VerifyStatus::Verified);
         result.bytesDone = outcome.bytesCopied;
-    } else if (outcome.status == OutcomeStatus::hashed) {
-        result.filesDone = countRows(outcome, VerifyStatus::hashed);
+    } else if (outcome.status == OutcomeStatus::Hashed) {
+        result.filesDone = countRows(outcome, VerifyStatus::Hashed);
     }
 }
 
@@ -116,7 +112,7 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         result.pairs.push_back(ended);
         if (ended.page)
             result.report = ended.page;
-        if (ended.status == OutcomeStatus::failed) {
+        if (ended.status == OutcomeStatus::Failed) {
             result.message = ended.message;
             continue;
         }
@@ -155,7 +151,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         co_await runEngine(work);
         co_await leaveTraces(work);
         co_await reportToService();
-        result.status = result.runStatus;
+        result.status = result.runStatus.value_or(OutcomeStatus::Failed);
         result.page = work->folders.inArchive / "Reports_Standart.html";
         if (!endedWell(result.status)) {
             result.message =
@@ -170,6 +166,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
                        " dest=" + work->pair.destination.name() + ": " + result.message);
     }
     deliver(work->mail.take());
+    result.problems = work->mail.problems();
     if (result.sessionRoot.empty())
         result.sessionRoot = work->mail.sessionRoot();
     result.reportFolder =

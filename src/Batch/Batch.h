@@ -22,10 +22,10 @@ class AppDatabase;
 
 /// What became of one pair.
 struct PairResult {
-    /// One of `OutcomeStatus`; "failed" whenever anything after the run failed too.
-    std::string status = std::string(OutcomeStatus::failed);
+    /// Failed whenever anything after the run failed too.
+    OutcomeStatus status = OutcomeStatus::Failed;
     /// What the run itself came to; empty when it was never begun or came to nothing.
-    std::string runStatus;
+    std::optional<OutcomeStatus> runStatus;
     /// Where the footage lies; empty when nothing was made there.
     std::filesystem::path sessionRoot;
     /// The report set on the destination, else the one in the archive, else empty.
@@ -37,6 +37,8 @@ struct PairResult {
     std::int64_t bytesDone = 0;
     /// What the user is told about a failure.
     std::string message;
+    /// What there is to know beyond the message, a failure or not.
+    std::vector<OffloadProblem> problems;
 };
 
 /// How a batch ended.
@@ -67,8 +69,8 @@ public:
     virtual void batchBegan(const BatchPlan&) {}
     virtual void pairBegan(const BatchPair& pair) = 0;
     virtual void phaseChanged(const OffloadPhase& phase) = 0;
-    /// A sentence that has no other place: why a file failed, which folder could not be read.
-    virtual void problemFound(const std::string& problem) = 0;
+    /// As soon as it comes up; the pair's result has it too.
+    virtual void problemFound(const OffloadProblem& problem) = 0;
     virtual void pairEnded(const BatchPair& pair, const PairResult& result) = 0;
     virtual void batchEnded(const BatchResult& result) = 0;
 };

@@ -29,8 +29,8 @@ void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& o
            AppDatabase& database, Folders& folders) {
     const auto& card = pair.card.facts;
     const auto& destination = pair.destination.facts;
-    const auto manifest =
-        ReportWriter::buildManifest(outcome, card, destination, pair.camera, pair.ekip);
+    const auto manifest = ReportWriter::buildManifest(outcome, card, destination, pair.camera,
+                                                      pair.ekip, plan.language);
     const auto archive = SupportPaths::reportsArchive(plan.settings);
     const auto name = ReportFolder::uniqueName(
         ReportFolder::displayName(outcome.startedAt, pair.ekip, pair.camera, card.volumeName),
@@ -43,9 +43,9 @@ void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& o
     folders.onDestination = onDestination;
 
     store(pair, outcome, database);
-    AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}", outcome.status,
-                               card.volumeName, destination.volumeName, outcome.files.size(),
-                               outcome.bytesCopied));
+    AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
+                               rawValue(outcome.status), card.volumeName, destination.volumeName,
+                               outcome.files.size(), outcome.bytesCopied));
     selfEnqueue(outcome, pair.card, pair.destination, manifest, database);
 }
 

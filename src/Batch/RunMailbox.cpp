@@ -15,10 +15,10 @@ CopyEngine::Observer RunMailbox::observer() {
     observer.log = [](const std::string& line) {
         AppLog::append(line);
     };
-    observer.problem = [this](const std::string& line) {
-        AppLog::append(line);
+    observer.problem = [this](const OffloadProblem& problem) {
         const std::lock_guard guard(lock_);
-        mail_.problems.push_back(line);
+        mail_.problems.push_back(problem);
+        problems_.push_back(problem);
     };
     observer.sessionRootCreated = [this](const std::filesystem::path& root) {
         const std::lock_guard guard(lock_);
@@ -30,6 +30,11 @@ CopyEngine::Observer RunMailbox::observer() {
 RunMailbox::Mail RunMailbox::take() {
     const std::lock_guard guard(lock_);
     return std::exchange(mail_, {});
+}
+
+std::vector<OffloadProblem> RunMailbox::problems() const {
+    const std::lock_guard guard(lock_);
+    return problems_;
 }
 
 std::filesystem::path RunMailbox::sessionRoot() const {

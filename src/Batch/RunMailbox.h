@@ -18,7 +18,7 @@ public:
     /// What has come in since the last look.
     struct Mail {
         std::optional<OffloadPhase> phase;
-        std::vector<std::string> problems;
+        std::vector<OffloadProblem> problems;
     };
 
     /// For a run; must not outlive this object. Lines for the log go there at once.
@@ -26,12 +26,16 @@ public:
 
     Mail take();
 
+    /// All problems of the run so far.
+    std::vector<OffloadProblem> problems() const;
+
     /// Where the run leaves everything; empty while it has made no folder.
     std::filesystem::path sessionRoot() const;
 
 private:
     mutable std::mutex lock_;
     Mail mail_;
+    std::vector<OffloadProblem> problems_;
     std::filesystem::path sessionRoot_;
 };
 

@@ -112,6 +112,43 @@ std::string L10n::destinationInsideCard(Text destination, Text card) const {
                              destination, card);
 }
 
+std::string L10n::copyStopped(Text file, Text reason) const {
+    return isTurkish() ? fmt::format("Kopyalama şu dosyada durdu: {} ({})", file, reason)
+                       : fmt::format("Copying stopped at {}: {}", file, reason);
+}
+
+std::string L10n::notReadBack(Text file, Text reason) const {
+    return isTurkish() ? fmt::format("Kopya geri okunamadı: {} ({})", file, reason)
+                       : fmt::format("The copy of {} could not be read back: {}", file, reason);
+}
+
+std::string L10n::copyDiffers(Text file) const {
+    return isTurkish() ? fmt::format("Kopya karttakinden farklı: {}", file)
+                       : fmt::format("The copy of {} differs from the card.", file);
+}
+
+std::string L10n::folderNotRead(Text folder, Text reason) const {
+    return isTurkish()
+               ? fmt::format("Klasör okunamadı, içindekiler kopyalanmadı: {} ({})", folder, reason)
+               : fmt::format("The folder {} could not be read, its content was not copied: {}",
+                             folder, reason);
+}
+
+std::string L10n::nothingReadBack(Text disk, Text reason) const {
+    return isTurkish()
+               ? fmt::format("{} yazılanları saklayamadı, hiçbir kopya geri okunmadı: {}", disk,
+                             reason)
+               : fmt::format("{} could not keep what was written, nothing was read back: {}", disk,
+                             reason);
+}
+
+std::string L10n::readFromMemory(Text subject) const {
+    return isTurkish()
+               ? fmt::format("{}: geri okuma diskten değil bellekten gelmiş olabilir.", subject)
+               : fmt::format("{}: the read-back may have come from memory and not from the disk.",
+                             subject);
+}
+
 std::string L10n::cannotStart(Text reason) const {
     return fmt::format("{}: {}", text("Slatewise DIT cannot start", "Slatewise DIT başlatılamıyor"),
                        reason);

@@ -50,6 +50,12 @@ public:
     std::string reportCountsLine(int copied, int skipped, int failed) const;
     std::string destinationInsideCard(Text destination, Text card) const;
     std::string cardInsideSession(Text card, Text session) const;
+    std::string copyStopped(Text file, Text reason) const;
+    std::string notReadBack(Text file, Text reason) const;
+    std::string copyDiffers(Text file) const;
+    std::string folderNotRead(Text folder, Text reason) const;
+    std::string nothingReadBack(Text disk, Text reason) const;
+    std::string readFromMemory(Text subject) const;
     std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.
     std::string connected(Text account, Text address) const;

@@ -277,7 +277,7 @@ private:
     void batchBegan(const BatchPlan& plan) override;
     void pairBegan(const BatchPair& pair) override;
     void phaseChanged(const OffloadPhase& phase) override;
-    void problemFound(const std::string& problem) override;
+    void problemFound(const OffloadProblem& problem) override;
     void pairEnded(const BatchPair& pair, const PairResult& result) override;
     void batchEnded(const BatchResult& result) override;
     BatchPlan batchPlan() const;

@@ -98,7 +98,7 @@ void AppModel::phaseChanged(const OffloadPhase& phase) {
         batchListener_->phaseChanged(phase);
 }
 
-void AppModel::problemFound(const std::string& problem) {
+void AppModel::problemFound(const OffloadProblem& problem) {
     if (batchListener_)
         batchListener_->problemFound(problem);
 }

@@ -20,8 +20,9 @@ namespace slatewise::CopyEngine {
 
 namespace {
 
-FileCopyResult makeRow(const InventoryEntry& entry, std::string_view action,
-                       std::string_view verifyStatus) {
+using Kind = OffloadProblem::Kind;
+
+FileCopyResult makeRow(const InventoryEntry& entry, RowAction action, VerifyStatus verifyStatus) {
     FileCopyResult row;
     row.relativePath = entry.relativePath;
     row.sizeBytes = entry.sizeBytes;
@@ -36,8 +37,8 @@ bool isSkippedFile(const InventoryEntry& entry) {
     return !entry.isDirectory && !entry.shouldCopy;
 }
 
-void markFailed(FileCopyResult& row, std::string_view verifyStatus) {
-    row.action = RowAction::fail;
+void markFailed(FileCopyResult& row, VerifyStatus verifyStatus) {
+    row.action = RowAction::Fail;
     row.verifyStatus = verifyStatus;
 }
 
@@ -75,13 +76,11 @@ private:
     }
 
     void takeInventory() {
-        entries_ =
-            TreeWalker::walk(cardRoot_, request_.settings.skipNames(), {},
-                             [this](const std::filesystem::path& folder, int code) {
-                                 reportProblem("Folder not read, its content is not copied: " +
-                                               Text::displayable(folder.native()) + ": " +
-                                               std::generic_category().message(code));
-                             });
+        entries_ = TreeWalker::walk(cardRoot_, request_.settings.skipNames(), {},
+                                    [this](const std::filesystem::path& folder, int code) {
+                                        reportProblem({Kind::FolderNotRead, folder.native(),
+                                                       std::generic_category().message(code)});
+                                    });
         for (const auto& entry : entries_) {
             if (!entry.shouldCopy)
                 continue;
@@ -117,16 +116,16 @@ private:
                 continue;
             throwIfCancelled();
             if (!entry.shouldCopy) {
-                results_.push_back(makeRow(entry, RowAction::skip, VerifyStatus::skipped));
+                results_.push_back(makeRow(entry, RowAction::Skip, VerifyStatus::Skipped));
                 continue;
             }
-            auto row = makeRow(entry, RowAction::hash, VerifyStatus::hashed);
+            auto row = makeRow(entry, RowAction::Hash, VerifyStatus::Hashed);
             row.sourceSHA256 = SHA256Hasher::hashFile(cardRoot_ / entry.relativePath,
                                                       SHA256Hasher::bufferSize, watch({}));
             results_.push_back(std::move(row));
         }
         lookIntoClips(cardRoot_);
-        return outcome(OutcomeStatus::hashed, 0);
+        return outcome(OutcomeStatus::Hashed, 0);
     }
 
     // Copying
@@ -144,13 +143,13 @@ private:
         }
         for (const auto& entry : entries_) {
             if (isSkippedFile(entry))
-                results_.push_back(makeRow(entry, RowAction::skip, VerifyStatus::skipped));
+                results_.push_back(makeRow(entry, RowAction::Skip, VerifyStatus::Skipped));
         }
         if (!settleOnDevice())
-            return outcome(OutcomeStatus::failed, progress.bytesDone());
+            return outcome(OutcomeStatus::Failed, progress.bytesDone());
         const bool allProved = verifyCopies();
         lookIntoClips(sessionRoot_);
-        return outcome(allProved ? OutcomeStatus::verified : OutcomeStatus::failed,
+        return outcome(allProved ? OutcomeStatus::Verified : OutcomeStatus::Failed,
                        progress.bytesDone());
     }
 
@@ -160,15 +159,11 @@ private:
         try {
             FileSystem::syncVolume(sessionRoot_);
         } catch (const PosixError& failure) {
-            reportProblem("Nothing was read back: " + describe(failure));
+            reportProblem({Kind::NothingReadBack, destinationRoot_.native(), describe(failure)});
             return false;
         }
-        if (DeviceCache::drop(sessionRoot_) == DeviceCache::Drop::NotPossible) {
-            reportProblem(
-                "This disk's file system keeps copies in memory that we may not empty; the "
-                "read-back may come from there: " +
-                Text::displayable(destinationRoot_.native()));
-        }
+        if (DeviceCache::drop(sessionRoot_) == DeviceCache::Drop::NotPossible)
+            reportProblem({Kind::ReadFromMemory, destinationRoot_.native()});
         return true;
     }
 
@@ -184,7 +179,7 @@ private:
                                    SpeedMeter::Time::clock::now());
                 publishFigures();
             }));
-        auto row = makeRow(entry, RowAction::copy, VerifyStatus::copiedUnverified);
+        auto row = makeRow(entry, RowAction::Copy, VerifyStatus::CopiedUnverified);
         row.sizeBytes = copied.bytes;
         row.sourceSHA256 = copied.sha256;
         results_.push_back(std::move(row));
@@ -192,10 +187,10 @@ private:
 
     OffloadOutcome stopAt(const InventoryEntry& entry, const std::exception& failure,
                           const CopyProgress& progress) {
-        reportFailure("Copy stopped at ", entry.relativePath, failure);
-        results_.push_back(makeRow(entry, RowAction::fail, VerifyStatus::failed));
+        reportFailure(Kind::CopyStopped, entry.relativePath, failure);
+        results_.push_back(makeRow(entry, RowAction::Fail, VerifyStatus::Failed));
         appendSkippedRemainder();
-        return outcome(OutcomeStatus::failed, progress.bytesDone());
+        return outcome(OutcomeStatus::Failed, progress.bytesDone());
     }
 
     /// Gives every file of the inventory that has no row yet the one it deserves.
@@ -207,8 +202,8 @@ private:
             if (entry.isDirectory || done.contains(entry.relativePath))
                 continue;
             results_.push_back(entry.shouldCopy
-                                   ? makeRow(entry, RowAction::fail, VerifyStatus::failed)
-                                   : makeRow(entry, RowAction::skip, VerifyStatus::skipped));
+                                   ? makeRow(entry, RowAction::Fail, VerifyStatus::Failed)
+                                   : makeRow(entry, RowAction::Skip, VerifyStatus::Skipped));
         }
     }
 
@@ -218,7 +213,7 @@ private:
     bool verifyCopies() {
         std::vector<FileCopyResult*> copies;
         for (auto& row : results_) {
-            if (row.action == RowAction::copy)
+            if (row.action == RowAction::Copy)
                 copies.push_back(&row);
         }
         bool allProved = true;
@@ -229,10 +224,10 @@ private:
             try {
                 readBack(row, position, count);
             } catch (const std::exception& failure) {
-                reportFailure("Read-back failed: ", row.relativePath, failure);
-                markFailed(row, VerifyStatus::failed);
+                reportFailure(Kind::NotReadBack, row.relativePath, failure);
+                markFailed(row, VerifyStatus::Failed);
             }
-            allProved = allProved && row.verifyStatus == VerifyStatus::verified;
+            allProved = allProved && row.verifyStatus == VerifyStatus::Verified;
         }
         return allProved;
     }
@@ -252,12 +247,13 @@ private:
                                                        publishFigures();
                                                    }));
         if (Verifier::matches(row.sourceSHA256.value_or(""), *row.destSHA256)) {
-            row.verifyStatus = VerifyStatus::verified;
+            row.verifyStatus = VerifyStatus::Verified;
             return;
         }
-        reportProblem("Mismatch: " + Text::displayable(row.relativePath) + " source " +
-                      row.sourceSHA256.value_or("") + " destination " + *row.destSHA256);
-        markFailed(row, VerifyStatus::mismatch);
+        reportProblem(
+            {Kind::CopyDiffers, row.relativePath,
+             "source " + row.sourceSHA256.value_or("") + " destination " + *row.destSHA256});
+        markFailed(row, VerifyStatus::Mismatch);
     }
 
     // Around all of it
@@ -270,10 +266,11 @@ private:
                                          .stop = stop_});
     }
 
-    OffloadOutcome outcome(std::string_view status, std::int64_t bytesCopied) {
+    OffloadOutcome outcome(OutcomeStatus status, std::int64_t bytesCopied) {
         return {.sessionID = request_.sessionID,
                 .sessionRoot = sessionRoot_,
-                .status = std::string(status),
+                .status = status,
+                .problems = std::move(problems_),
                 .files = std::move(results_),
                 .bytesCopied = bytesCopied,
                 .startedAt = request_.now,
@@ -308,19 +305,21 @@ private:
             observer_.log(line);
     }
 
-    void reportProblem(const std::string& line) const {
+    void reportProblem(OffloadProblem problem) {
+        log(problem.text(L10n(AppLanguage::English)) +
+            (problem.kind == Kind::CopyDiffers ? " " + problem.reason : ""));
         if (observer_.problem)
-            observer_.problem(line);
+            observer_.problem(problem);
+        problems_.push_back(std::move(problem));
     }
 
     /// Whoever asked a run to stop need not be told that it did.
-    void reportFailure(const std::string& what, const std::string& file,
-                       const std::exception& failure) const {
-        const auto line = what + Text::displayable(file) + ": " + describe(failure);
+    void reportFailure(OffloadProblem::Kind kind, const std::string& file,
+                       const std::exception& failure) {
         if (dynamic_cast<const CancellationError*>(&failure))
-            log(line);
+            log("Stopped at " + Text::displayable(file));
         else
-            reportProblem(line);
+            reportProblem({kind, file, describe(failure)});
     }
 
     void throwIfCancelled() const {
@@ -339,6 +338,7 @@ private:
     std::vector<const InventoryEntry*> copyList_;
     std::int64_t totalBytes_ = 0;
     std::vector<FileCopyResult> results_;
+    std::vector<OffloadProblem> problems_;
     std::set<std::pair<bool, FileAccess>> accessesSeen_;
 };
 

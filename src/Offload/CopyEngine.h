@@ -38,9 +38,8 @@ struct Observer {
     std::function<void(const OffloadPhase&)> progress;
     /// One line for the log.
     std::function<void(const std::string&)> log;
-    /// One line for the log and for the user's eyes, for which an outcome has no place: why a file
-    /// failed, or which folder could not be read.
-    std::function<void(const std::string&)> problem;
+    /// As it comes up; the outcome has it too. Its line for the log is told by `log`.
+    std::function<void(const OffloadProblem&)> problem;
     /// Once, before the first file: where the run leaves everything, whatever becomes of it.
     std::function<void(const std::filesystem::path&)> sessionRootCreated;
 };

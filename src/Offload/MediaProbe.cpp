@@ -101,17 +101,9 @@ void attachMediaMetadata(std::span<FileCopyResult> rows, const std::filesystem::
     for (auto& row : rows) {
         if (context.stop.stop_requested())
             return;
-        if (row.action != RowAction::copy && row.action != RowAction::hash)
+        if (row.action != RowAction::Copy && row.action != RowAction::Hash)
             continue;
-        const auto facts = probe(root / row.relativePath, context);
-        row.timecodeStart = facts.timecodeStart;
-        row.timecodeEnd = facts.timecodeEnd;
-        row.durationTC = facts.durationTC;
-        row.durationSeconds = facts.durationSeconds;
-        row.captureFps = facts.captureFps;
-        row.timecodeRate = facts.timecodeRate;
-        row.timecodeDropFrame = facts.timecodeDropFrame;
-        row.essence = facts.essence;
+        row.media = probe(root / row.relativePath, context);
     }
 }
 

@@ -1,9 +1,13 @@
 #pragma once
 
 #include "Offload/MediaMetadata.h"
+#include "Offload/OffloadProblem.h"
+#include "Platform/Boxed.h"
 #include "Platform/Clock.h"
+#include "Platform/RawWords.h"
 #include "Platform/Uuid.h"
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -28,60 +32,67 @@ struct InventoryEntry {
     friend bool operator==(const InventoryEntry&, const InventoryEntry&) = default;
 };
 
-/// What was done with a file. Compared case-sensitively, as stored in every report.
-namespace RowAction {
-inline constexpr std::string_view copy = "COPY";
-inline constexpr std::string_view hash = "HASH";
-inline constexpr std::string_view skip = "SKIP";
-inline constexpr std::string_view fail = "FAIL";
-} // namespace RowAction
+/// What was done with a file.
+enum class RowAction { Copy, Hash, Skip, Fail };
+
+constexpr std::array<std::string_view, 4> rawWords(RowAction) {
+    return {"COPY", "HASH", "SKIP", "FAIL"};
+}
 
 /// What is known of a file's copy.
-namespace VerifyStatus {
-/// Copied; the run stopped before it was read back.
-inline constexpr std::string_view copiedUnverified = "copied_unverified";
-/// Read back from the destination, hashes equal. The word a card is wiped on.
-inline constexpr std::string_view verified = "verified";
-/// Read back, hashes differ.
-inline constexpr std::string_view mismatch = "mismatch";
-/// Copy or read-back failed, or the run stopped before the file.
-inline constexpr std::string_view failed = "failed";
-/// Source read and hashed, nothing copied.
-inline constexpr std::string_view hashed = "hashed";
-/// Not copied, on purpose.
-inline constexpr std::string_view skipped = "skipped";
-} // namespace VerifyStatus
+enum class VerifyStatus {
+    /// Copied; the run stopped before it was read back.
+    CopiedUnverified,
+    /// Read back from the destination, hashes equal. The word a card is wiped on.
+    Verified,
+    /// Read back, hashes differ.
+    Mismatch,
+    /// Copy or read-back failed, or the run stopped before the file.
+    Failed,
+    /// Source read and hashed, nothing copied.
+    Hashed,
+    /// Not copied, on purpose.
+    Skipped,
+};
+
+constexpr std::array<std::string_view, 6> rawWords(VerifyStatus) {
+    return {"copied_unverified", "verified", "mismatch", "failed", "hashed", "skipped"};
+}
 
 /// How a run ended.
-namespace OutcomeStatus {
-/// Every copied file was proved.
-inline constexpr std::string_view verified = "verified";
-/// The source was hashed; nothing was to be copied.
-inline constexpr std::string_view hashed = "hashed";
-/// At least one file failed.
-inline constexpr std::string_view failed = "failed";
-} // namespace OutcomeStatus
+enum class OutcomeStatus {
+    /// Every copied file was proved.
+    Verified,
+    /// The source was hashed; nothing was to be copied.
+    Hashed,
+    /// At least one file failed, or something about the run did.
+    Failed,
+};
+
+constexpr std::array<std::string_view, 3> rawWords(OutcomeStatus) {
+    return {"verified", "hashed", "failed"};
+}
+
+constexpr bool endedWell(OutcomeStatus status) {
+    return status != OutcomeStatus::Failed;
+}
 
 /// The row of one file of a run. Reports, database rows and what the service gets are all made of
-/// it. The media fields are those of `MediaMetadata`.
+/// it.
 struct FileCopyResult {
     std::string relativePath;
     /// Bytes copied for a copied file; the inventory's size otherwise.
     std::int64_t sizeBytes = 0;
     std::optional<Instant> mtime;
     std::optional<Instant> created;
-    /// One of `RowAction`.
-    std::string action;
+    RowAction action = RowAction::Fail;
     /// 64 lower-case hexadecimal digits of the bytes read from the source.
     std::optional<std::string> sourceSHA256;
     /// The same of the bytes read back from the destination.
     std::optional<std::string> destSHA256;
-    /// One of `VerifyStatus`.
-    std::string verifyStatus;
-    std::optional<std::string> timecodeStart, timecodeEnd, durationTC;
-    std::optional<double> durationSeconds, captureFps, timecodeRate;
-    std::optional<bool> timecodeDropFrame;
-    std::optional<ClipEssence> essence;
+    VerifyStatus verifyStatus = VerifyStatus::Failed;
+    /// What the clip says of itself; most files of a card are none.
+    Boxed<MediaMetadata> media;
 
     friend bool operator==(const FileCopyResult&, const FileCopyResult&) = default;
 };
@@ -91,8 +102,9 @@ struct OffloadOutcome {
     Uuid sessionID;
     /// The session's folder on the destination; only a name when nothing was copied.
     std::filesystem::path sessionRoot;
-    /// One of `OutcomeStatus`.
-    std::string status;
+    OutcomeStatus status = OutcomeStatus::Failed;
+    /// What a person must know beyond the rows, in the order in which it came up.
+    std::vector<OffloadProblem> problems;
     /// One row per file of the inventory.
     std::vector<FileCopyResult> files;
     /// Bytes that went through the copy loop.

@@ -19,6 +19,9 @@ Json::Value writeRow(const FileCopyResult& row, RowKeys keys) {
     forEachRowField([&](const char* fieldName, const char* manifestKey, Presence, auto member) {
         Json::put(object, keys == RowKeys::Manifest ? manifestKey : fieldName, row.*member);
     });
+    forEachMediaField([&](const char* fieldName, const char* manifestKey, auto member) {
+        Json::put(object, keys == RowKeys::Manifest ? manifestKey : fieldName, *row.media.*member);
+    });
     return object;
 }
 
@@ -31,6 +34,12 @@ void readRow(const Json::Value& value, RowKeys keys, FileCopyResult& row) {
             else
                 Json::getIfPresent(value, key, row.*member);
         });
+    MediaMetadata media;
+    forEachMediaField([&](const char* fieldName, const char* manifestKey, auto member) {
+        Json::getIfPresent(value, keys == RowKeys::Manifest ? manifestKey : fieldName,
+                           media.*member);
+    });
+    row.media = std::move(media);
 }
 
 } // namespace slatewise

@@ -6,7 +6,8 @@
 /// JSON forms of the rows. Include it in source files only.
 namespace slatewise {
 
-/// Calls `visit(fieldName, manifestKey, presence, member)` for every field of a row; `member` is a
+/// Calls `visit(fieldName, manifestKey, presence, member)` for every field of a row but the media
+/// facts; `member` is a
 /// pointer to member. Required fields must be there when a row is read.
 enum class Presence { Required, Optional };
 
@@ -21,14 +22,6 @@ void forEachRowField(Visit&& visit) {
     visit("sourceSHA256", "source_sha256", Presence::Optional, &Row::sourceSHA256);
     visit("destSHA256", "dest_sha256", Presence::Optional, &Row::destSHA256);
     visit("verifyStatus", "verify_status", Presence::Required, &Row::verifyStatus);
-    visit("timecodeStart", "timecode_start", Presence::Optional, &Row::timecodeStart);
-    visit("timecodeEnd", "timecode_end", Presence::Optional, &Row::timecodeEnd);
-    visit("durationTC", "duration_tc", Presence::Optional, &Row::durationTC);
-    visit("durationSeconds", "duration_seconds", Presence::Optional, &Row::durationSeconds);
-    visit("captureFps", "capture_fps", Presence::Optional, &Row::captureFps);
-    visit("timecodeRate", "timecode_rate", Presence::Optional, &Row::timecodeRate);
-    visit("timecodeDropFrame", "timecode_drop_frame", Presence::Optional, &Row::timecodeDropFrame);
-    visit("essence", "essence", Presence::Optional, &Row::essence);
 }
 
 /// With the field names as keys.

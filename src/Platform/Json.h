@@ -2,6 +2,7 @@
 
 #include "Platform/Clock.h"
 #include "Platform/Error.h"
+#include "Platform/RawWords.h"
 #include "Platform/Text.h"
 
 #include <nlohmann/json.hpp>
@@ -36,6 +37,10 @@ template <typename Number>
 requires std::is_arithmetic_v<Number> Value toJson(Number number) {
     return number;
 }
+template <RawWord Word>
+Value toJson(Word word) {
+    return std::string(rawValue(word));
+}
 
 // The library would make numbers of `true` and cut off what does not fit; these fail with `Error`.
 void fromJson(const Value& value, std::int64_t& result);
@@ -44,6 +49,13 @@ void fromJson(const Value& value, double& result);
 template <typename T>
 void fromJson(const Value& value, T& result) {
     value.get_to(result);
+}
+template <RawWord Word>
+void fromJson(const Value& value, Word& result) {
+    const auto word = fromRawValue<Word>(value.get<std::string>());
+    if (!word)
+        throw Error("not a word of ours: " + value.get<std::string>());
+    result = *word;
 }
 inline void fromJson(const Value& value, Instant& result) {
     const auto moment = Clock::fromIso8601(value.get<std::string>());

@@ -89,6 +89,7 @@ SessionManifest manifestFrom(const Json::Value& object) {
     get(object, "started_at", manifest.startedAt);
     get(object, "finished_at", manifest.finishedAt);
     get(object, "status", manifest.status);
+    getIfPresent(object, "problems", manifest.problems);
     get(object, "hash_algorithm", manifest.hashAlgorithm);
     manifest.card = cardFrom(object.at("card"));
     manifest.destination = destinationFrom(object.at("destination"));
@@ -111,6 +112,8 @@ std::string isoEncode(const SessionManifest& manifest) {
     put(object, "started_at", manifest.startedAt);
     put(object, "finished_at", manifest.finishedAt);
     put(object, "status", manifest.status);
+    if (!manifest.problems.empty())
+        put(object, "problems", manifest.problems);
     put(object, "hash_algorithm", manifest.hashAlgorithm);
     object["card"] = toJson(manifest.card);
     object["destination"] = toJson(manifest.destination);

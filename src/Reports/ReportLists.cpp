@@ -35,15 +35,15 @@ void appendRow(std::string& text, const ManifestFile& file, AppLanguage language
         escaped(PathSize::report(file.sizeBytes, language)),
         escaped(file.mtime ? Clock::iso8601(*file.mtime) : ""),
         file.sourceSHA256.value_or(""),
-        file.action,
-        file.verifyStatus,
-        escaped(file.timecodeStart.value_or("")),
-        escaped(file.timecodeEnd.value_or("")),
-        escaped(file.durationTC.value_or("")),
-        number(file.durationSeconds),
-        number(file.captureFps),
-        number(file.timecodeRate),
-        flag(file.timecodeDropFrame),
+        std::string(rawValue(file.action)),
+        std::string(rawValue(file.verifyStatus)),
+        escaped(file.media->timecodeStart.value_or("")),
+        escaped(file.media->timecodeEnd.value_or("")),
+        escaped(file.media->durationTC.value_or("")),
+        number(file.media->durationSeconds),
+        number(file.media->captureFps),
+        number(file.media->timecodeRate),
+        flag(file.media->timecodeDropFrame),
     };
     for (std::size_t column = 0; column < columns.size(); ++column) {
         if (column > 0)
@@ -76,7 +76,7 @@ std::string inventoryCSV(const SessionManifest& manifest, AppLanguage language) 
 std::string checksumList(const SessionManifest& manifest) {
     std::string text;
     for (const auto& file : manifest.files) {
-        if (file.action == RowAction::copy && file.verifyStatus == VerifyStatus::verified &&
+        if (file.action == RowAction::Copy && file.verifyStatus == VerifyStatus::Verified &&
             file.sourceSHA256)
             text += checksumLine(*file.sourceSHA256, file.relativePath);
     }

@@ -51,12 +51,12 @@ std::string formatClipDate(std::string_view text, AppLanguage language) {
 }
 
 std::vector<std::string> timingLines(const ManifestFile& file) {
-    auto rates = TimecodeFormat::capTC(file.captureFps, file.timecodeRate).text;
-    if (file.timecodeDropFrame)
-        rates += *file.timecodeDropFrame ? "  DF" : "  NDF";
+    auto rates = TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).text;
+    if (file.media->timecodeDropFrame)
+        rates += *file.media->timecodeDropFrame ? "  DF" : "  NDF";
 
     std::vector<std::string> lines;
-    for (auto& line : {TimecodeFormat::range(file.timecodeStart, file.timecodeEnd),
+    for (auto& line : {TimecodeFormat::range(file.media->timecodeStart, file.media->timecodeEnd),
                        file.displayDuration(), rates}) {
         if (line != kNothing)
             lines.push_back(line);

@@ -34,13 +34,13 @@ ManifestCounts count(std::span<const ManifestFile> files, std::int64_t bytesCopi
     };
     return {.folders = folderCount(files),
             .filesCopied = number([](const ManifestFile& file) {
-                return file.action == RowAction::copy &&
-                       file.verifyStatus == VerifyStatus::verified;
+                return file.action == RowAction::Copy &&
+                       file.verifyStatus == VerifyStatus::Verified;
             }),
             .filesSkippedSystem =
-                number([](const ManifestFile& file) { return file.action == RowAction::skip; }),
+                number([](const ManifestFile& file) { return file.action == RowAction::Skip; }),
             .filesFailed =
-                number([](const ManifestFile& file) { return file.action == RowAction::fail; }),
+                number([](const ManifestFile& file) { return file.action == RowAction::Fail; }),
             .bytesCopied = bytesCopied};
 }
 
@@ -48,7 +48,7 @@ ManifestCounts count(std::span<const ManifestFile> files, std::int64_t bytesCopi
 
 SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& card,
                               const VolumeFacts& destination, const std::string& camera,
-                              const std::string& ekip) {
+                              const std::string& ekip, AppLanguage language) {
     SessionManifest manifest;
     manifest.schemaVersion = AppInfo::schemaVersion;
     manifest.app = AppInfo::manifestApp;
@@ -57,6 +57,8 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& 
     manifest.startedAt = outcome.startedAt;
     manifest.finishedAt = outcome.finishedAt;
     manifest.status = outcome.status;
+    for (const auto& problem : outcome.problems)
+        manifest.problems.push_back(problem.text(L10n(language)));
     manifest.hashAlgorithm = "sha256";
     manifest.card = describeCard(card, camera, ekip);
     manifest.destination = {.name = destination.volumeName,

@@ -24,7 +24,7 @@ inline constexpr std::array<std::string_view, 7> fileNames = {
 
 SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& card,
                               const VolumeFacts& destination, const std::string& camera,
-                              const std::string& ekip);
+                              const std::string& ekip, AppLanguage language);
 
 /// Writes the set into a folder, which is made with its parents. The first failure ends it; what is
 /// written by then stays, the manifest first.

@@ -26,16 +26,11 @@ std::string orDash(std::string text) {
 }
 
 std::string clipText(const ManifestFile& file, const ClipEssence& common) {
-    return file.essence ? onLines(EssenceText::clipLines(*file.essence, common)) : "";
+    return file.media->essence ? onLines(EssenceText::clipLines(*file.media->essence, common)) : "";
 }
 
 std::string statusText(const ManifestFile& file) {
-    std::vector<std::string> words;
-    for (const auto& word : {file.action, file.verifyStatus}) {
-        if (!word.empty())
-            words.push_back(word);
-    }
-    return onLines(words);
+    return onLines({std::string(rawValue(file.action)), std::string(rawValue(file.verifyStatus))});
 }
 
 class DetailedReport : public HtmlReport {
@@ -83,7 +78,8 @@ protected:
                 .raw("</span>");
         page.raw("</span></span>");
         sizeCell(page, file.sizeBytes);
-        const bool isMismatch = TimecodeFormat::capTC(file.captureFps, file.timecodeRate).mismatch;
+        const bool isMismatch =
+            TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).mismatch;
         const auto hash = file.sourceSHA256.value_or("");
         page.raw("\n<span class=\"cell\">")
             .escaped(orDash(clipText(file, common_)))

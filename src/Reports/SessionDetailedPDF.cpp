@@ -62,8 +62,7 @@ std::string onLines(const std::vector<std::string>& lines) {
 }
 
 std::string statusText(const ManifestFile& file) {
-    const bool hasBoth = !file.action.empty() && !file.verifyStatus.empty();
-    return file.action + (hasBoth ? "\n" : "") + file.verifyStatus;
+    return std::string(rawValue(file.action)) + "\n" + std::string(rawValue(file.verifyStatus));
 }
 
 Row describeCard(const ClipEssence& common, const std::string& cardName, AppLanguage language) {
@@ -77,12 +76,13 @@ Row describeCard(const ClipEssence& common, const std::string& cardName, AppLang
 }
 
 void describeFile(const ManifestFile& file, const ClipEssence& common, Row& row) {
-    if (file.essence)
-        row.clip = onLines(EssenceText::clipLines(*file.essence, common));
+    if (file.media->essence)
+        row.clip = onLines(EssenceText::clipLines(*file.media->essence, common));
     row.timing = onLines(ReportText::timingLines(file));
     row.status = statusText(file);
     row.hash = file.sourceSHA256.value_or("");
-    row.fpsMismatch = TimecodeFormat::capTC(file.captureFps, file.timecodeRate).mismatch;
+    row.fpsMismatch =
+        TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).mismatch;
     if (file.mtime)
         row.nameStamp = ReportText::fileModified(*file.mtime);
 }

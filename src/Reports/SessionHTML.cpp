@@ -80,20 +80,21 @@ protected:
 private:
     static void renderFate(HtmlText& page, const ManifestFile& file) {
         const bool isSkipped =
-            file.action == RowAction::skip || file.verifyStatus == VerifyStatus::skipped;
+            file.action == RowAction::Skip || file.verifyStatus == VerifyStatus::Skipped;
         const std::string_view styleClass = isSkipped ? "skip" : "";
-        cell(page, styleClass, file.action);
-        cell(page, styleClass, file.verifyStatus);
+        cell(page, styleClass, rawValue(file.action));
+        cell(page, styleClass, rawValue(file.verifyStatus));
     }
 
     static void renderTiming(HtmlText& page, const ManifestFile& file) {
-        const auto range = TimecodeFormat::range(file.timecodeStart, file.timecodeEnd);
+        const auto range =
+            TimecodeFormat::range(file.media->timecodeStart, file.media->timecodeEnd);
         const bool hasTimecode = range != kNothing;
-        const auto rates = TimecodeFormat::capTC(file.captureFps, file.timecodeRate);
+        const auto rates = TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate);
         cell(page, hasTimecode ? "tc" : "muted", range);
         cell(page, hasTimecode ? "dur" : "muted", file.displayDuration());
         cell(page, rateClass(rates.mismatch, hasTimecode), rates.text);
-        cell(page, hasTimecode ? "df" : "muted", dropFrameText(file.timecodeDropFrame));
+        cell(page, hasTimecode ? "df" : "muted", dropFrameText(file.media->timecodeDropFrame));
     }
 };
 

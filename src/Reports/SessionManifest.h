@@ -68,7 +68,9 @@ struct SessionManifest {
     std::string sessionID;
     Instant startedAt{};
     Instant finishedAt{};
-    std::string status;
+    OutcomeStatus status = OutcomeStatus::Failed;
+    /// Sentences about what no row has room for, in the language of the offload.
+    std::vector<std::string> problems;
     std::string hashAlgorithm;
     ManifestVolume card;
     ManifestDestination destination;

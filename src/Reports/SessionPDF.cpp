@@ -70,14 +70,14 @@ std::string dropFrameText(const std::optional<bool>& isDropFrame) {
 }
 
 void describeFile(const ManifestFile& file, Row& row) {
-    const auto rates = TimecodeFormat::capTC(file.captureFps, file.timecodeRate);
-    row.action = file.action;
-    row.verify = file.verifyStatus;
-    row.tc = TimecodeFormat::range(file.timecodeStart, file.timecodeEnd);
+    const auto rates = TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate);
+    row.action = rawValue(file.action);
+    row.verify = rawValue(file.verifyStatus);
+    row.tc = TimecodeFormat::range(file.media->timecodeStart, file.media->timecodeEnd);
     row.dur = file.displayDuration();
     row.fps = rates.text;
     row.fpsMismatch = rates.mismatch;
-    row.df = dropFrameText(file.timecodeDropFrame);
+    row.df = dropFrameText(file.media->timecodeDropFrame);
     row.hash = file.sourceSHA256.value_or(std::string(TimecodeFormat::missing));
 }
 

@@ -50,7 +50,7 @@ QCoro::Task<void> flushWith(DirectSaaSClient client, std::shared_ptr<const Outbo
     if (auto inventory = co_await parsing)
         co_await client.postRaw("/api/dit/inventory", std::move(*inventory));
 
-    const bool isVerified = payload->status == OutcomeStatus::verified;
+    const bool isVerified = payload->status == OutcomeStatus::Verified;
     if (isVerified)
         co_await client.postRaw("/api/session/complete", ServiceMessages::complete(id, *payload));
     else

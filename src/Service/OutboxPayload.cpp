@@ -99,7 +99,7 @@ OutboxPayload makePayload(const OffloadOutcome& outcome, const ClassifiedVolume&
         payload.files.push_back({(card.facts.mountPoint / file.relativePath).native(),
                                  (outcome.sessionRoot / file.relativePath).native(), file.sizeBytes,
                                  file.action});
-    if (outcome.status != OutcomeStatus::verified)
+    if (outcome.status != OutcomeStatus::Verified)
         payload.error = "verify failed";
     return payload;
 }

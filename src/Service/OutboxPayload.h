@@ -22,8 +22,7 @@ struct OutboxFile {
     /// In the session's folder on the destination.
     std::string targetPath;
     std::int64_t fileSize = 0;
-    /// One of `RowAction`.
-    std::string action;
+    RowAction action = RowAction::Fail;
 
     friend bool operator==(const OutboxFile&, const OutboxFile&) = default;
 };
@@ -38,7 +37,7 @@ struct OutboxPayload {
     Instant startedAt{};
     Instant finishedAt{};
     /// The outcome's; only "verified" is a success.
-    std::string status;
+    OutcomeStatus status = OutcomeStatus::Failed;
     /// Megabytes of 1,000,000 bytes per second.
     double averageSpeedMBs = 0;
     /// In the outcome's order.

@@ -19,7 +19,7 @@ Value entry(const OutboxFile& file, const std::string& driveName) {
             {"source_path", text(file.sourcePath)},
             {"target_path", text(file.targetPath)},
             {"file_size", file.fileSize},
-            {"action", file.action}};
+            {"action", rawValue(file.action)}};
 }
 
 } // namespace
@@ -62,7 +62,7 @@ std::optional<std::string> sessionIDIn(std::string_view answer) {
 std::optional<std::string> copiedFiles(const std::string& sessionID, const OutboxPayload& payload) {
     Value entries = Value::array();
     for (const auto& file : payload.files) {
-        if (file.action == RowAction::copy)
+        if (file.action == RowAction::Copy)
             entries.push_back(entry(file, payload.driveName));
     }
     if (entries.empty())

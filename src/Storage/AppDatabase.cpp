@@ -81,8 +81,9 @@ void insertSession(SQLite::Database& database, const OffloadOutcome& outcome,
         database, "INSERT INTO sessions (id, cardName, destName, cameraLabel, sessionRoot, status, "
                   "bytesCopied, startedAt, finishedAt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
     Binder(insert) << outcome.sessionID.text() << cardName << destName
-                   << Text::pathSafeLabel(camera) << outcome.sessionRoot.native() << outcome.status
-                   << outcome.bytesCopied << outcome.startedAt << outcome.finishedAt;
+                   << Text::pathSafeLabel(camera) << outcome.sessionRoot.native()
+                   << std::string(rawValue(outcome.status)) << outcome.bytesCopied
+                   << outcome.startedAt << outcome.finishedAt;
     insert.exec();
 }
 
@@ -95,10 +96,12 @@ void insertFiles(SQLite::Database& database, const std::string& sessionID,
                   "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
     for (const auto& file : files) {
         Binder(insert) << sessionID << file.relativePath << file.sizeBytes << file.mtime
-                       << file.created << file.action << file.sourceSHA256 << file.destSHA256
-                       << file.verifyStatus << file.timecodeStart << file.timecodeEnd
-                       << file.durationTC << file.durationSeconds << file.captureFps
-                       << file.timecodeRate << file.timecodeDropFrame;
+                       << file.created << std::string(rawValue(file.action)) << file.sourceSHA256
+                       << file.destSHA256 << std::string(rawValue(file.verifyStatus))
+                       << file.media->timecodeStart << file.media->timecodeEnd
+                       << file.media->durationTC << file.media->durationSeconds
+                       << file.media->captureFps << file.media->timecodeRate
+                       << file.media->timecodeDropFrame;
         insert.exec();
         insert.reset();
     }
@@ -161,7 +164,7 @@ void AppDatabase::save(const OffloadOutcome& outcome, const std::string& cardNam
                        const std::string& destName, const std::string& camera) {
     const auto sessionID = outcome.sessionID.text();
     const std::string event =
-        outcome.status == OutcomeStatus::verified ? "offload_verified" : "offload_failed";
+        outcome.status == OutcomeStatus::Verified ? "offload_verified" : "offload_failed";
     const auto detail = std::to_string(outcome.files.size()) + " dosya, " +
                         std::to_string(outcome.bytesCopied) + " byte";
     queue_->write([&](SQLite::Database& database) {

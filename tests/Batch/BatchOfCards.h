@@ -25,7 +25,9 @@ struct BatchRecord : BatchListener {
         if (onPhase)
             onPhase(phase);
     }
-    void problemFound(const std::string& problem) override { problems.push_back(problem); }
+    void problemFound(const OffloadProblem& problem) override {
+        problems.push_back(problem.text(L10n(AppLanguage::English)));
+    }
     void pairEnded(const BatchPair&, const PairResult& pair) override { pairs.push_back(pair); }
     void batchEnded(const BatchResult& ended) override { result = ended; }
 

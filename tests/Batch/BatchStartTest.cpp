@@ -79,7 +79,7 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     Desk::waitUntil([&] { return !desk.model().isBusy(); });
     EXPECT_EQ(title(), "Failed: Cancelled.");
     EXPECT_EQ(record.begun, 0);
-    EXPECT_EQ(record.result.pairs.at(0).status, "failed");
+    EXPECT_EQ(record.result.pairs.at(0).status, OutcomeStatus::Failed);
     mayAnswer = true;
     Desk::waitUntil([&] { return hasAnswered.load(); });
     desk.model().startCopy();

@@ -45,9 +45,9 @@ TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
     EXPECT_EQ(desk.model().batchPosition(), BatchPosition{});
     EXPECT_THAT(record.problems, ElementsAre(HasSubstr("Z.fifo")));
 
-    std::vector<std::string> statuses;
+    std::vector<std::string_view> statuses;
     for (const auto& pair : record.result.pairs)
-        statuses.push_back(pair.status);
+        statuses.push_back(rawValue(pair.status));
     EXPECT_THAT(statuses,
                 ElementsAre("verified", "verified", "verified", "failed", "failed", "failed"));
     EXPECT_EQ(runs, 4) << "no pair runs behind a failed one";
@@ -155,7 +155,7 @@ TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {
         desk.selectCard(card, "CamA");
         desk.copy();
         EXPECT_THAT(title(), HasSubstr(testCase.message));
-        EXPECT_EQ(record.result.pairs.at(0).status, "failed");
+        EXPECT_EQ(record.result.pairs.at(0).status, OutcomeStatus::Failed);
         EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
         EXPECT_EQ(reportsIn(desk.folder / "user/documents/SlatewiseDIT"), testCase.archived);
         EXPECT_TRUE(desk.model().board().cardSelection().contains("dev-A001"));
@@ -220,7 +220,8 @@ TEST_F(BatchOfCards, CancelsAtEveryKindOfMoment) {
         EXPECT_TRUE(isCancelled);
         EXPECT_THAT(title(), StartsWith(testCase.message));
         EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
-        EXPECT_EQ(record.result.pairs.at(1).status, "failed") << "the second disk is not begun";
+        EXPECT_EQ(record.result.pairs.at(1).status, OutcomeStatus::Failed)
+            << "the second disk is not begun";
         EXPECT_TRUE(desk.model().board().cardSelection().contains("dev-A001"));
         EXPECT_FALSE(desk.model().isBusy());
     }

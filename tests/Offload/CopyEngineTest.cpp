@@ -60,7 +60,7 @@ TEST_F(CopyEngineTest, CopiesProvesAndSkips) {
 
     const auto outcome = run();
 
-    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_EQ(outcome.bytesCopied, 2 * kMiB + 18);
     EXPECT_EQ(outcome.sessionRoot, destination / "session");
     EXPECT_EQ(outcome.startedAt, request.now);
@@ -71,7 +71,7 @@ TEST_F(CopyEngineTest, CopiesProvesAndSkips) {
                                            {"empty", "COPY/verified"},
                                            {"new\nline \xff", "COPY/verified"}}));
     for (const auto& row : outcome.files) {
-        if (row.action != RowAction::copy)
+        if (row.action != RowAction::Copy)
             continue;
         EXPECT_EQ(row.sourceSHA256, independentSha256(outcome.sessionRoot / row.relativePath));
         EXPECT_EQ(row.destSHA256, row.sourceSHA256);
@@ -108,11 +108,11 @@ TEST_F(CopyEngineTest, PublishesScanningCopyingVerifyingInThatOrder) {
 }
 
 TEST_F(CopyEngineTest, NothingToCopyIsVerified) {
-    EXPECT_EQ(run().status, "verified");
+    EXPECT_EQ(run().status, OutcomeStatus::Verified);
     EXPECT_TRUE(std::filesystem::is_directory(destination / "session"));
     writeFile(card / ".DS_Store", "1");
     const auto outcome = run();
-    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_EQ(verdicts(outcome), (Verdicts{{".DS_Store", "SKIP/skipped"}}));
     EXPECT_EQ(outcome.sessionRoot, destination / "session_2");
 }
@@ -123,7 +123,7 @@ TEST_F(CopyEngineTest, HashingOnlyTouchesNoDestination) {
     request.settings.verifyOnly = true;
     const auto outcome = run();
 
-    EXPECT_EQ(outcome.status, "hashed");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Hashed);
     EXPECT_EQ(outcome.bytesCopied, 0);
     EXPECT_EQ(verdicts(outcome), (Verdicts{{"a", "HASH/hashed"}, {".DS_Store", "SKIP/skipped"}}));
     EXPECT_TRUE(std::filesystem::is_empty(destination.path()));
@@ -144,7 +144,7 @@ TEST_F(CopyEngineTest, AFailingFileStopsTheRunAndEveryFileHasARow) {
     writeFile(card / "5", "5");
     const auto outcome = run();
 
-    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_EQ(outcome.bytesCopied, 2);
     EXPECT_EQ(verdicts(outcome), (Verdicts{{"1", "COPY/copied_unverified"},
                                            {"2", "COPY/copied_unverified"},
@@ -164,7 +164,7 @@ TEST_F(CopyEngineTest, LinksAreOffloadedHonestly) {
     std::filesystem::create_symlink("nowhere", card / "dangling");
     const auto outcome = run();
 
-    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_EQ(verdicts(outcome),
               (Verdicts{{"film.mov", "COPY/verified"}, {"dangling", "SKIP/skipped"}}));
     EXPECT_TRUE(std::filesystem::is_regular_file(
@@ -187,7 +187,7 @@ TEST_F(CopyEngineTest, CancellingBeforeBetweenAndInFiles) {
         if (std::holds_alternative<Phase::Copying>(phase) && ++chunks == 5)
             stop.request_stop();
     });
-    EXPECT_EQ(inFile.status, "failed");
+    EXPECT_EQ(inFile.status, OutcomeStatus::Failed);
     EXPECT_EQ(
         verdicts(inFile),
         (Verdicts{{"1", "COPY/copied_unverified"}, {"2", "FAIL/failed"}, {"3", "FAIL/failed"}}));
@@ -221,7 +221,7 @@ TEST_F(CopyEngineTest, CancellingInTheLastReadBackFailsThatRowAlone) {
         if (verifying && verifying->file == "2" && verifying->fraction > 0.93)
             stop.request_stop();
     });
-    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_EQ(verdicts(outcome), (Verdicts{{"1", "COPY/verified"}, {"2", "FAIL/failed"}}));
 }
 
@@ -232,7 +232,7 @@ TEST_F(CopyEngineTest, ACopyThatVanishesBeforeTheProofFails) {
         if (std::holds_alternative<Phase::Verifying>(phase))
             std::filesystem::remove(destination / "session/2");
     });
-    EXPECT_EQ(outcome.status, "failed");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_EQ(verdicts(outcome),
               (Verdicts{{"1", "COPY/verified"}, {"2", "FAIL/failed"}, {"3", "COPY/verified"}}));
 }
@@ -261,7 +261,7 @@ TEST_F(CopyEngineTest, TenThousandSmallFiles) {
         }
     }
     const auto outcome = run();
-    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_THAT(outcome.files, SizeIs(10'000));
     EXPECT_EQ(readFile(destination / "session/99/98"), "content of 99/98");
 }
@@ -285,7 +285,7 @@ TEST_F(CopyEngineTest, LongNamesDeepTreesAndTooDeepOnes) {
         deep /= "d";
     writeFile(card / deep / "clip.mov", "deep");
     const auto outcome = run();
-    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_EQ(readFile(outcome.sessionRoot / deep / "clip.mov"), "deep");
     // More levels than the standard library can remove.
     test::run({"rm", "-r", card / "d", outcome.sessionRoot / "d"});

@@ -234,13 +234,13 @@ TEST_F(MediaPassTest, FillsTheRowsOfCopiedAndOfHashedFiles) {
     for (const bool verifyOnly : {false, true}) {
         request.settings.verifyOnly = verifyOnly;
         const auto outcome = run();
-        EXPECT_EQ(outcome.status, verifyOnly ? "hashed" : "verified");
+        EXPECT_EQ(outcome.status, verifyOnly ? OutcomeStatus::Hashed : OutcomeStatus::Verified);
         for (const auto& row : outcome.files) {
             const bool isClip = row.relativePath == "a.mov";
-            EXPECT_EQ(row.timecodeStart, isClip ? std::optional("01:00:00:00") : kNone)
+            EXPECT_EQ(row.media->timecodeStart, isClip ? std::optional("01:00:00:00") : kNone)
                 << row.relativePath;
-            EXPECT_EQ(row.captureFps.has_value(), isClip) << row.relativePath;
-            EXPECT_EQ(row.essence.has_value(), isClip) << row.relativePath;
+            EXPECT_EQ(row.media->captureFps.has_value(), isClip) << row.relativePath;
+            EXPECT_EQ(row.media->essence.has_value(), isClip) << row.relativePath;
         }
     }
 }
@@ -254,15 +254,15 @@ TEST_F(MediaPassTest, NoToolCanChangeTheVerdict) {
         fake.says(script);
         request.mediaInfo = fake.tool();
         const auto outcome = run();
-        EXPECT_EQ(outcome.status, "verified");
+        EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
         EXPECT_THAT(verdicts(outcome), Contains(std::pair("a.mov", "COPY/verified")));
         EXPECT_THAT(verdicts(outcome), Contains(std::pair("b.mxf", "COPY/verified")));
         EXPECT_THAT(record.problems, ::testing::IsEmpty());
     }
     request.mediaInfo = kNoTool;
     const auto outcome = run();
-    EXPECT_EQ(outcome.status, "verified");
-    EXPECT_EQ(outcome.files.front().captureFps, 25.0) << "the library knows";
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
+    EXPECT_EQ(outcome.files.front().media->captureFps, 25.0) << "the library knows";
 }
 
 TEST_F(MediaPassTest, StoppingItKeepsWhatWasProved) {
@@ -277,7 +277,7 @@ TEST_F(MediaPassTest, StoppingItKeepsWhatWasProved) {
     const auto start = std::chrono::steady_clock::now();
     const auto outcome = run();
     stop.request_stop();
-    EXPECT_EQ(outcome.status, "verified");
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_THAT(verdicts(outcome), Contains(std::pair("b.mxf", "COPY/verified")));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }

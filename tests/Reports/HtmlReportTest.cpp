@@ -27,8 +27,8 @@ ManifestFile file(const std::string& path) {
     ManifestFile result;
     result.relativePath = path;
     result.sizeBytes = 1'234'567;
-    result.action = RowAction::copy;
-    result.verifyStatus = VerifyStatus::verified;
+    result.action = RowAction::Copy;
+    result.verifyStatus = VerifyStatus::Verified;
     result.sourceSHA256 = kHash;
     return result;
 }
@@ -36,16 +36,16 @@ ManifestFile file(const std::string& path) {
 ManifestFile clip(const std::string& path, double captureFps, double timecodeRate) {
     auto result = file(path);
     result.mtime = Clock::fromIso8601("2026-03-01T09:30:15Z");
-    result.timecodeStart = "01:00:00:00";
-    result.timecodeEnd = "01:00:10:00";
-    result.durationTC = "00:00:10:00";
-    result.captureFps = captureFps;
-    result.timecodeRate = timecodeRate;
-    result.timecodeDropFrame = false;
-    result.essence.emplace().codec = "ProRes";
-    result.essence->width = 1920;
-    result.essence->height = 1080;
-    result.essence->cameraModel = "ALEXA";
+    result.media.edit().timecodeStart = "01:00:00:00";
+    result.media.edit().timecodeEnd = "01:00:10:00";
+    result.media.edit().durationTC = "00:00:10:00";
+    result.media.edit().captureFps = captureFps;
+    result.media.edit().timecodeRate = timecodeRate;
+    result.media.edit().timecodeDropFrame = false;
+    result.media.edit().essence.emplace().codec = "ProRes";
+    result.media.edit().essence->width = 1920;
+    result.media.edit().essence->height = 1080;
+    result.media.edit().essence->cameraModel = "ALEXA";
     return result;
 }
 
@@ -128,8 +128,8 @@ TEST(SessionHTML, IsExactlyThisText) {
 
 TEST(SessionHTML, RowsMuteWhatIsNotKnown) {
     auto skipped = file(".DS_Store");
-    skipped.action = RowAction::skip;
-    skipped.verifyStatus = VerifyStatus::skipped;
+    skipped.action = RowAction::Skip;
+    skipped.verifyStatus = VerifyStatus::Skipped;
     skipped.sourceSHA256.reset();
     EXPECT_THAT(standardRow(skipped),
                 AllOf(HasSubstr("style=\"--d:0\" title=\"\""), HasSubstr("padding-left:8px"),
@@ -148,8 +148,8 @@ TEST(SessionHTML, RowsMuteWhatIsNotKnown) {
     for (const auto& [capture, rate, hasTimecode, cell] : rates) {
         auto row = clip("a.mov", capture, rate);
         if (!hasTimecode) {
-            row.timecodeStart = " ";
-            row.timecodeEnd.reset();
+            row.media.edit().timecodeStart = " ";
+            row.media.edit().timecodeEnd.reset();
             EXPECT_THAT(standardRow(row), HasSubstr("<span class=\"muted\">00:00:10:00</span>"));
             EXPECT_THAT(standardRow(row), HasSubstr("<span class=\"muted\">NDF</span>"));
         }
@@ -184,7 +184,7 @@ TEST(SessionDetailedHTML, DiffersFromTheStandardPageInThesePlaces) {
 
 TEST(SessionDetailedHTML, RowsSayWhatTheCardDoesNot) {
     auto row = clip("a<b.mov", 25, 24);
-    row.essence->lookName = "K445";
+    row.media.edit().essence->lookName = "K445";
     EXPECT_EQ(detailedRow(row, {}, 2),
               "<li><div class=\"file row\">\n<span class=\"name\" style=\"padding-left:32px\">"
               "<span class=\"file-id\"><span class=\"label\">a&lt;b.mov</span>"
@@ -195,14 +195,12 @@ TEST(SessionDetailedHTML, RowsSayWhatTheCardDoesNot) {
               "25 / 24  NDF</span>\n<span class=\"cell\">COPY\nverified</span>\n"
               "<span class=\"hash\" title=\"" +
                   kHash + "\">" + kHash + "</span>\n</div></li>");
-    EXPECT_THAT(detailedRow(row, *row.essence), Not(HasSubstr("K445")));
+    EXPECT_THAT(detailedRow(row, *row.media->essence), Not(HasSubstr("K445")));
 
-    auto bare = file("a");
-    bare.action.clear();
-    EXPECT_THAT(detailedRow(bare),
+    EXPECT_THAT(detailedRow(file("a")),
                 AllOf(HasSubstr("\">a</span></span></span>"),
                       HasSubstr("<span class=\"cell\">—</span>\n<span class=\"cell\">—</span>\n"
-                                "<span class=\"cell\">verified</span>")));
+                                "<span class=\"cell\">COPY\nverified</span>")));
 }
 
 TEST(HtmlReport, NamesTheSiteByItsHost) {
@@ -231,7 +229,7 @@ TEST_P(HtmlInBrowser, FoldsAllAndLinesUpItsColumns) {
     auto huge = clip("A001/B/C/huge.mov", 23.976, 23.976);
     huge.sizeBytes = 12'345'678'901'234;
     auto unproved = file("sound.wav");
-    unproved.verifyStatus = VerifyStatus::copiedUnverified;
+    unproved.verifyStatus = VerifyStatus::CopiedUnverified;
     const auto manifest =
         session({huge, clip("A001/mismatch.mov", 48, 25), unproved, file(std::string(255, 'W'))});
     EXPECT_EQ(evaluate(manifest, R"js(
@@ -294,7 +292,8 @@ TEST_P(HostileHtml, ShowsForeignBytesAsTextAndRunsNothing) {
     Json::Value expected = Json::Value::array();
     for (const auto& name : names) {
         auto& row = files.emplace_back(clip(name, 25, 25));
-        row.essence->lookName = row.essence->lens = row.timecodeEnd = row.sourceSHA256 = name;
+        row.media.edit().essence->lookName = row.media.edit().essence->lens =
+            row.media.edit().timecodeEnd = row.sourceSHA256 = name;
         std::string shown = name;
         std::replace(shown.begin(), shown.end(), '/', '|');
         row.relativePath = shown;

@@ -72,8 +72,8 @@ protected:
         file.relativePath = path;
         file.sizeBytes = 1'234'567;
         file.mtime = manifest.startedAt;
-        file.action = RowAction::copy;
-        file.verifyStatus = VerifyStatus::verified;
+        file.action = RowAction::Copy;
+        file.verifyStatus = VerifyStatus::Verified;
         file.sourceSHA256 = kHash;
         return file;
     }
@@ -215,10 +215,10 @@ TEST_F(PdfReports, DetailedRowsAreAsHighAsTheirLines) {
 
 TEST_F(PdfReports, StandardCellsStandWhereTheirColumnsAre) {
     auto& clip = add("clip.mov");
-    clip.timecodeStart = "01:00:00:00";
-    clip.durationTC = "00:00:10:12";
-    clip.captureFps = clip.timecodeRate = 25;
-    clip.timecodeDropFrame = false;
+    clip.media.edit().timecodeStart = "01:00:00:00";
+    clip.media.edit().durationTC = "00:00:10:12";
+    clip.media.edit().captureFps = clip.media.edit().timecodeRate = 25;
+    clip.media.edit().timecodeDropFrame = false;
     add("clip2.mov").sourceSHA256.reset();
     const auto words = pdfWords(write(kStandard));
     const auto first = [&](const std::string& text) {
@@ -258,13 +258,13 @@ TEST_F(PdfReports, SpeakBothLanguages) {
 }
 
 TEST_P(EachPdfReport, AMismatchIsRedInItsOwnCellOnly) {
-    add("a.mov").captureFps = 24;
-    manifest.files.back().timecodeRate = 23.976;
+    add("a.mov").media.edit().captureFps = 24;
+    manifest.files.back().media.edit().timecodeRate = 23.976;
     auto file = write(GetParam());
     EXPECT_EQ(redArea(pdfPicture(file, 1)).pixels, 0) << "within the tolerance";
 
-    add("b.mov").captureFps = 25;
-    manifest.files.back().timecodeRate = 24;
+    add("b.mov").media.edit().captureFps = 25;
+    manifest.files.back().media.edit().timecodeRate = 24;
     add("c.mov");
     file = write(GetParam());
     const auto red = redArea(pdfPicture(file, 1));
@@ -286,13 +286,13 @@ TEST_P(EachPdfReport, KeepEveryTextInItsCell) {
                              deep + "名前名前名前名前名前"})
         add(name);
     auto& values = add("values.mov");
-    values.verifyStatus = VerifyStatus::copiedUnverified;
-    values.captureFps = 119.88;
-    values.timecodeRate = 23.976;
-    values.timecodeDropFrame = false;
-    values.timecodeStart = "123:00:00:00";
-    values.timecodeEnd = "123:00:10:00";
-    values.essence.emplace().codec = std::string(80, 'c');
+    values.verifyStatus = VerifyStatus::CopiedUnverified;
+    values.media.edit().captureFps = 119.88;
+    values.media.edit().timecodeRate = 23.976;
+    values.media.edit().timecodeDropFrame = false;
+    values.media.edit().timecodeStart = "123:00:00:00";
+    values.media.edit().timecodeEnd = "123:00:10:00";
+    values.media.edit().essence.emplace().codec = std::string(80, 'c');
     manifest.card.mountPoint = "/" + std::string(300, 'a');
     manifest.destination.sessionRoot = "/" + std::string(300, 'b');
 

@@ -99,18 +99,18 @@ TEST_F(ReportTextTest, ReadsDatesAsCamerasWriteThem) {
 TEST_F(ReportTextTest, TimingLeavesOutWhatSaysNothing) {
     ManifestFile file;
     EXPECT_THAT(ReportText::timingLines(file), IsEmpty());
-    file.durationTC = " ";
-    file.timecodeDropFrame = true;
+    file.media.edit().durationTC = " ";
+    file.media.edit().timecodeDropFrame = true;
     EXPECT_THAT(ReportText::timingLines(file), ElementsAre("—  DF"));
-    file.timecodeStart = "01:00:00:00";
-    file.timecodeEnd = "01:00:10:00";
-    file.durationTC = "00:00:10:00";
-    file.captureFps = 25;
-    file.timecodeRate = 23.976;
-    file.timecodeDropFrame = false;
+    file.media.edit().timecodeStart = "01:00:00:00";
+    file.media.edit().timecodeEnd = "01:00:10:00";
+    file.media.edit().durationTC = "00:00:10:00";
+    file.media.edit().captureFps = 25;
+    file.media.edit().timecodeRate = 23.976;
+    file.media.edit().timecodeDropFrame = false;
     EXPECT_THAT(ReportText::timingLines(file),
                 ElementsAre("01:00:00:00 → 01:00:10:00", "00:00:10:00", "25 / 23.976  NDF"));
-    file.timecodeDropFrame.reset();
+    file.media.edit().timecodeDropFrame.reset();
     EXPECT_EQ(ReportText::timingLines(file).back(), "25 / 23.976");
 }
 

@@ -36,7 +36,7 @@ TEST(OutboxOfAProgramThatIsKilled, ArrivesWholeAndOldestFirst) {
     const TemporaryFolder folder;
     const auto store = folder / "dit.sqlite";
     AppDatabase database(store);
-    const auto outcome = reportedOutcome(OutcomeStatus::verified, 1);
+    const auto outcome = reportedOutcome(OutcomeStatus::Verified, 1);
     for (int report = 0; report < kReports; ++report)
         enqueueReport(outcome, database, std::to_string(report));
 

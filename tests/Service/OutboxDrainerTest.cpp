@@ -67,7 +67,7 @@ WireAnswer likeTheService(const ReceivedRequest& request, std::size_t) {
 } // namespace
 
 TEST(OutboxPayload, IsExactlyThisTextAndReadsBack) {
-    auto outcome = reportedOutcome(OutcomeStatus::failed, 1);
+    auto outcome = reportedOutcome(OutcomeStatus::Failed, 1);
     outcome.sessionID = Uuid();
     outcome.files[0].relativePath = "bad \xff.mov";
     auto payload = makePayload(outcome, volumeAt("/media/card"), SessionManifest());
@@ -97,20 +97,20 @@ TEST(OutboxPayload, IsExactlyThisTextAndReadsBack) {
 }
 
 TEST(OutboxPayload, TellsSpeedAndErrorOfEachEnd) {
-    auto outcome = reportedOutcome(OutcomeStatus::verified, 1);
+    auto outcome = reportedOutcome(OutcomeStatus::Verified, 1);
     outcome.finishedAt = outcome.startedAt;
     const auto instantly = makePayload(outcome, {}, {});
     EXPECT_DOUBLE_EQ(instantly.averageSpeedMBs, 25'000'000.0 * 1000 / 1'000'000);
     EXPECT_FALSE(instantly.error);
     EXPECT_THAT(instantly.encoded(), Not(HasSubstr("\"error\"")));
-    outcome.status = OutcomeStatus::hashed;
+    outcome.status = OutcomeStatus::Hashed;
     EXPECT_EQ(makePayload(outcome, {}, {}).error, "verify failed");
 }
 
 TEST_F(Outbox, AVerifiedSessionIsToldInThisOrder) {
     RecordingServer server(likeTheService);
-    auto outcome = reportedOutcome(OutcomeStatus::verified, 2);
-    outcome.files[1].durationSeconds = 24;
+    auto outcome = reportedOutcome(OutcomeStatus::Verified, 2);
+    outcome.files[1].media.edit().durationSeconds = 24;
     enqueueReport(outcome, database);
     drain(server.url());
 
@@ -147,10 +147,10 @@ TEST_F(Outbox, AVerifiedSessionIsToldInThisOrder) {
 
 TEST_F(Outbox, AnyOtherEndIsToldAsAFailure) {
     RecordingServer server; // "{}": no id of its own
-    const auto failed = reportedOutcome(OutcomeStatus::failed, 1);
+    const auto failed = reportedOutcome(OutcomeStatus::Failed, 1);
     enqueueReport(failed, database);
-    auto hashed = reportedOutcome(OutcomeStatus::hashed, 1);
-    hashed.files[0].action = RowAction::hash;
+    auto hashed = reportedOutcome(OutcomeStatus::Hashed, 1);
+    hashed.files[0].action = RowAction::Hash;
     enqueueReport(hashed, database);
     auto unnamed = makePayload(hashed, {}, {});
     unnamed.error.reset();
@@ -176,7 +176,7 @@ TEST_F(Outbox, AnyOtherEndIsToldAsAFailure) {
 
 TEST_F(Outbox, WithoutAProfileNothingHappens) {
     RecordingServer server;
-    enqueueReport(reportedOutcome(OutcomeStatus::verified, 1), database);
+    enqueueReport(reportedOutcome(OutcomeStatus::Verified, 1), database);
     const OutboxDrainer drainer(database);
     QCoro::waitFor(drainer.drain(std::nullopt));
     QCoro::waitFor(drainer.drain(SaaSProfile{"", server.url(), kToken}));
@@ -188,10 +188,10 @@ TEST_F(Outbox, WithoutAProfileNothingHappens) {
 TEST_F(Outbox, AReportThatFailsHoldsUpNoneBehindIt) {
     RecordingServer server;
     database.enqueueOutbox("session", "{}");
-    auto broken = makePayload(reportedOutcome(OutcomeStatus::verified, 1), {}, {});
+    auto broken = makePayload(reportedOutcome(OutcomeStatus::Verified, 1), {}, {});
     broken.inventoryJSON = "{";
     database.enqueueOutbox("session", broken.encoded());
-    enqueueReport(reportedOutcome(OutcomeStatus::verified, 0), database);
+    enqueueReport(reportedOutcome(OutcomeStatus::Verified, 0), database);
     drain(server.url());
     EXPECT_THAT(server.paths(),
                 ElementsAre("presence", "session/start", "session/log_file", "session/start",
@@ -205,7 +205,7 @@ TEST_F(Outbox, AReportThatFailsHoldsUpNoneBehindIt) {
 TEST_F(Outbox, StatusDecidesAboutEachRequest) {
     const std::vector<std::string> sequence = {"session/start", "session/log_file", "dit/inventory",
                                                "session/complete", "session/notify_event"};
-    enqueueReport(reportedOutcome(OutcomeStatus::verified, 1), database);
+    enqueueReport(reportedOutcome(OutcomeStatus::Verified, 1), database);
     int drains = 0;
     for (const int status : {400, 404, 500, 503}) {
         for (std::size_t failing = 0; failing < sequence.size(); ++failing) {
@@ -250,7 +250,7 @@ TEST_F(Outbox, ABadLineOnTheWayIsCountedOnceAndNothingIsSentTwice) {
         {"nothing", WireAnswer::of(200, ""), "what a session's start"},
         {"a flood", WireAnswer::of(200, std::string(3'000'000, ' ') + "{}"), "too large"},
     };
-    enqueueReport(reportedOutcome(OutcomeStatus::verified, 1), database);
+    enqueueReport(reportedOutcome(OutcomeStatus::Verified, 1), database);
     int drains = 0;
     for (const auto& example : cases) {
         RecordingServer server([&](const ReceivedRequest& request, std::size_t) {
@@ -268,7 +268,7 @@ TEST_F(Outbox, ABadLineOnTheWayIsCountedOnceAndNothingIsSentTwice) {
 }
 
 TEST_F(Outbox, AServerThatDoesNotReadOrIsNotThereEndsInTime) {
-    enqueueReport(reportedOutcome(OutcomeStatus::verified, 1), database);
+    enqueueReport(reportedOutcome(OutcomeStatus::Verified, 1), database);
     const DeafServer deaf;
     const auto answer = [](std::string url) {
         return QCoro::waitFor(answerOrFailure({profileOf(url), kShort}, 64'000'000));
@@ -291,7 +291,7 @@ TEST_F(Outbox, ARedirectionIsAnAnswerAndNotFollowed) {
         const auto where = "Location: " + elsewhere.url() + "/api/session/start\r\n";
         return WireAnswer::of(request.line == "POST /api/session/start" ? 200 : 307, "{}", where);
     });
-    enqueueReport(reportedOutcome(OutcomeStatus::verified, 1), database);
+    enqueueReport(reportedOutcome(OutcomeStatus::Verified, 1), database);
     drain(server.url());
     EXPECT_THAT(server.requests(), SizeIs(6));
     EXPECT_THAT(database.pendingOutbox(), IsEmpty());
@@ -299,7 +299,7 @@ TEST_F(Outbox, ARedirectionIsAnAnswerAndNotFollowed) {
     RecordingServer moved([&](const ReceivedRequest&, std::size_t) {
         return WireAnswer::of(301, "", "Location: " + elsewhere.url() + "/\r\n");
     });
-    enqueueReport(reportedOutcome(OutcomeStatus::verified, 1), database);
+    enqueueReport(reportedOutcome(OutcomeStatus::Verified, 1), database);
     drain(moved.url());
     EXPECT_THAT(failures(), HasSubstr("1 ")) << "no session was started";
     EXPECT_THAT(elsewhere.requests(), IsEmpty());
@@ -312,7 +312,7 @@ TEST_F(Outbox, DrainsTakeTurnsWhoeverAskedForThem) {
     });
     constexpr int kSessions = 3;
     for (int session = 0; session < kSessions; ++session)
-        enqueueReport(reportedOutcome(OutcomeStatus::verified, 0), database);
+        enqueueReport(reportedOutcome(OutcomeStatus::Verified, 0), database);
     std::vector<QCoro::Task<void>> drains;
     for (int drain = 0; drain < 3; ++drain)
         drains.push_back(OutboxDrainer(database).drain(profileOf(server.url())));
@@ -330,7 +330,7 @@ TEST(OutboxOfTwoPrograms, IsDrainedByOneAtATime) {
     AppDatabase theirs(folder / "dit.sqlite");
     RecordingServer server;
     for (int session = 0; session < 20; ++session)
-        enqueueReport(reportedOutcome(OutcomeStatus::verified, 0), ours);
+        enqueueReport(reportedOutcome(OutcomeStatus::Verified, 0), ours);
     const OutboxDrainer first(ours);
     const OutboxDrainer second(theirs);
     auto one = first.drain(profileOf(server.url()));
@@ -346,7 +346,7 @@ TEST_F(Outbox, AStoreThatIsGoneMeanwhileIsNoMatter) {
     QCoro::Task<void> drained;
     {
         auto shortLived = AppDatabase::inMemory();
-        enqueueReport(reportedOutcome(OutcomeStatus::verified, 0), shortLived);
+        enqueueReport(reportedOutcome(OutcomeStatus::Verified, 0), shortLived);
         drained = OutboxDrainer(shortLived).drain(profileOf(server.url()));
     }
     QCoro::waitFor(drained);
@@ -361,7 +361,7 @@ TEST_F(Outbox, ACardOfAHundredThousandFilesLeavesTheWindowAlone) {
 #endif
     constexpr auto kAllowed = std::chrono::milliseconds(50);
     RecordingServer server;
-    const auto outcome = reportedOutcome(OutcomeStatus::verified, kFiles);
+    const auto outcome = reportedOutcome(OutcomeStatus::Verified, kFiles);
     // Others use this machine too: a stall of ours shows in every round.
     auto shortest = std::chrono::steady_clock::duration::max();
     for (int round = 0; round < 3 && shortest >= kAllowed; ++round) {

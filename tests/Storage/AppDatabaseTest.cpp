@@ -26,7 +26,7 @@ OffloadOutcome outcomeAt(const char* startedAt, std::size_t files = 0) {
     OffloadOutcome outcome;
     outcome.sessionID = Uuid::random();
     outcome.sessionRoot = "/media/SSD/2026-03-01/A001";
-    outcome.status = OutcomeStatus::verified;
+    outcome.status = OutcomeStatus::Verified;
     outcome.startedAt = *Clock::fromIso8601(startedAt);
     outcome.finishedAt = outcome.startedAt + std::chrono::milliseconds(61'250);
     for (std::size_t number = 0; number < files; ++number) {
@@ -34,8 +34,8 @@ OffloadOutcome outcomeAt(const char* startedAt, std::size_t files = 0) {
         row.relativePath = "DCIM/" + std::to_string(number) + ".mov";
         row.sizeBytes = 1'000'000;
         row.mtime = outcome.startedAt;
-        row.action = RowAction::copy;
-        row.verifyStatus = VerifyStatus::verified;
+        row.action = RowAction::Copy;
+        row.verifyStatus = VerifyStatus::Verified;
         row.sourceSHA256 = row.destSHA256 = std::string(64, 'a');
         outcome.files.push_back(std::move(row));
     }
@@ -131,8 +131,8 @@ TEST_F(StoreFile, SavesAllOfASessionOrNothing) {
     AppDatabase database(file);
     auto outcome = outcomeAt("2026-03-01T09:30:15Z", 2);
     outcome.files[1].relativePath = "bad \xff name";
-    outcome.files[1].timecodeDropFrame = true;
-    outcome.files[1].durationSeconds = 2.5;
+    outcome.files[1].media.edit().timecodeDropFrame = true;
+    outcome.files[1].media.edit().durationSeconds = 2.5;
     outcome.bytesCopied = 12;
     database.save(outcome, "A001", "SSD", "CamA");
     EXPECT_ANY_THROW(database.save(outcome, "again", "SSD", "CamA"));
@@ -150,7 +150,7 @@ TEST_F(StoreFile, SavesAllOfASessionOrNothing) {
               "1|offload_verified|2 dosya, 12 byte\n");
 
     outcome = outcomeAt("2026-03-01T09:30:15Z");
-    outcome.status = OutcomeStatus::hashed;
+    outcome.status = OutcomeStatus::Hashed;
     database.save(outcome, "A001", "SSD", "");
     EXPECT_EQ(ask(file, "SELECT event, detail FROM activity_events WHERE id = 2"),
               "offload_failed|0 dosya, 0 byte\n");

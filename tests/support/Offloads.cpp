@@ -29,14 +29,18 @@ CopyEngine::Observer RunRecord::observer(std::function<void(const OffloadPhase&)
                         onPhase(phase);
                 },
             .log = [this](const std::string& line) { log.push_back(line); },
-            .problem = [this](const std::string& line) { problems.push_back(line); },
+            .problem =
+                [this](const OffloadProblem& problem) {
+                    problems.push_back(problem.text(L10n(AppLanguage::English)));
+                },
             .sessionRootCreated = {}};
 }
 
 std::map<std::string, std::string> verdicts(const OffloadOutcome& outcome) {
     std::map<std::string, std::string> result;
     for (const auto& row : outcome.files)
-        result[row.relativePath] = row.action + "/" + row.verifyStatus;
+        result[row.relativePath] =
+            std::string(rawValue(row.action)) + "/" + std::string(rawValue(row.verifyStatus));
     return result;
 }
 

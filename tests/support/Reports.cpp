@@ -5,7 +5,7 @@
 
 namespace slatewise::test {
 
-OffloadOutcome reportedOutcome(std::string_view status, int copied) {
+OffloadOutcome reportedOutcome(OutcomeStatus status, int copied) {
     OffloadOutcome outcome;
     outcome.sessionID = Uuid::random();
     outcome.sessionRoot = "/media/SSD/2026-03-01/A001";
@@ -17,15 +17,15 @@ OffloadOutcome reportedOutcome(std::string_view status, int copied) {
         auto& file = outcome.files.emplace_back();
         file.relativePath = "DCIM/" + std::to_string(number) + ".mov";
         file.sizeBytes = number;
-        file.action = RowAction::copy;
+        file.action = RowAction::Copy;
         file.sourceSHA256 = file.destSHA256 = std::string(64, 'a');
         file.mtime = outcome.startedAt;
-        file.verifyStatus = VerifyStatus::verified;
+        file.verifyStatus = VerifyStatus::Verified;
     }
     auto& skipped = outcome.files.emplace_back();
     skipped.relativePath = ".DS_Store";
-    skipped.action = RowAction::skip;
-    skipped.verifyStatus = VerifyStatus::skipped;
+    skipped.action = RowAction::Skip;
+    skipped.verifyStatus = VerifyStatus::Skipped;
     return outcome;
 }
 
@@ -33,8 +33,8 @@ void enqueueReport(const OffloadOutcome& outcome, AppDatabase& database,
                    const std::string& cardName) {
     const auto card = volumeAt("/media/card", cardName);
     const auto disk = volumeAt("/media/SSD", "SSD");
-    const auto manifest =
-        ReportWriter::buildManifest(outcome, card.facts, disk.facts, "CamA", "Unit1");
+    const auto manifest = ReportWriter::buildManifest(outcome, card.facts, disk.facts, "CamA",
+                                                      "Unit1", AppLanguage::English);
     selfEnqueue(outcome, card, disk, manifest, database);
 }
 

@@ -9,7 +9,7 @@ namespace slatewise::test {
 
 /// A session of the card "A001" that ran from 09:30:15 to 09:30:25 on 2026-03-01 and copied
 /// 25,000,000 bytes in `copied` files, with one skipped file at its end.
-OffloadOutcome reportedOutcome(std::string_view status, int copied);
+OffloadOutcome reportedOutcome(OutcomeStatus status, int copied);
 
 /// Puts its report into the store, as the batch does.
 void enqueueReport(const OffloadOutcome& outcome, AppDatabase& database,

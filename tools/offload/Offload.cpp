@@ -41,10 +41,6 @@ Surroundings surroundingsWith(UserDefaults& defaults) {
     return surroundings;
 }
 
-bool endedWell(const std::string& status) {
-    return status == OutcomeStatus::verified || status == OutcomeStatus::hashed;
-}
-
 } // namespace
 
 Offload::Offload(const Arguments& arguments, UserDefaults& defaults, const Texts& texts,
@@ -99,22 +95,22 @@ void Offload::phaseChanged(const OffloadPhase& phase) {
     display_.show(phase);
 }
 
-void Offload::problemFound(const std::string& problem) {
-    display_.note(problem);
+void Offload::problemFound(const OffloadProblem& problem) {
+    display_.note(problem.text(texts_.shared));
 }
 
 void Offload::pairEnded(const BatchPair&, const PairResult& result) {
     const auto& shared = texts_.shared;
-    if (result.status == OutcomeStatus::verified) {
+    if (result.status == OutcomeStatus::Verified) {
         display_.finish(shared.verified(result.filesDone,
                                         PathSize::format(result.bytesDone, shared.language())));
         return;
     }
-    if (result.status == OutcomeStatus::hashed) {
+    if (result.status == OutcomeStatus::Hashed) {
         display_.finish(shared.hashed(result.filesDone));
         return;
     }
-    if (endedWell(result.runStatus)) {
+    if (result.runStatus && endedWell(*result.runStatus)) {
         display_.note(shared.failed(texts_.reportsNotWritten(result.message)));
         return;
     }

@@ -26,7 +26,7 @@ private:
     QCoro::Task<> begin();
     void pairBegan(const BatchPair& pair) override;
     void phaseChanged(const OffloadPhase& phase) override;
-    void problemFound(const std::string& problem) override;
+    void problemFound(const OffloadProblem& problem) override;
     void pairEnded(const BatchPair& pair, const PairResult& result) override;
     void batchEnded(const BatchResult& result) override;
 

@@ -26,7 +26,7 @@ std::string fieldText(const std::filesystem::path& path) {
 /// Gives whether whoever reads the results has got them.
 bool print(const std::vector<PairResult>& results) {
     for (const auto& result : results) {
-        std::cout << result.status << '\t' << fieldText(result.sessionRoot) << '\t'
+        std::cout << rawValue(result.status) << '\t' << fieldText(result.sessionRoot) << '\t'
                   << fieldText(result.reportFolder) << '\n';
     }
     return static_cast<bool>(std::cout.flush());
@@ -34,7 +34,7 @@ bool print(const std::vector<PairResult>& results) {
 
 int exitCode(const std::vector<PairResult>& results) {
     const bool anyFailed = std::any_of(results.begin(), results.end(), [](const auto& result) {
-        return result.status == OutcomeStatus::failed;
+        return result.status == OutcomeStatus::Failed;
     });
     return anyFailed ? tool::kExitOffloadFailed : tool::kExitSuccess;
 }

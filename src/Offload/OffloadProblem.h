@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Language/L10n.h"
+
+#include <string>
+
+namespace slatewise {
+
+/// Something about an offload that a person must know and that no row has room for. A value; its
+/// sentence is made in whatever language it is read in.
+struct OffloadProblem {
+    enum class Kind {
+        /// A file could not be read or written; the run ended there.
+        CopyStopped,
+        /// A copy could not be read back.
+        NotReadBack,
+        /// A copy is not the same as what was read from the card.
+        CopyDiffers,
+        /// What lies in a folder of the card was not copied.
+        FolderNotRead,
+        /// The disk could not keep what it was given, so that no copy was proved.
+        NothingReadBack,
+        /// What was compared may not have come from the disk itself.
+        ReadFromMemory,
+    };
+
+    enum class Severity {
+        /// The offload failed by it.
+        Failure,
+        /// The offload holds, but a person should know.
+        Note,
+    };
+
+    Kind kind{};
+    /// The file, folder or disk that it is about. Bytes as the file system has them.
+    std::string subject;
+    /// Why, as far as the system said; may be empty.
+    std::string reason{};
+
+    Severity severity() const;
+
+    /// One sentence.
+    std::string text(L10n l10n) const;
+
+    friend bool operator==(const OffloadProblem&, const OffloadProblem&) = default;
+};
+
+} // namespace slatewise
