@@ -100,6 +100,20 @@ std::string L10n::reportCounts(int copied, int skipped, int failed) const {
                        text("skipped", "atlandı"), failed, text("failed", "hata"));
 }
 
+std::string L10n::reportHashedCounts(int hashed, int skipped, int failed) const {
+    return fmt::format("{} {}, {} {}, {} {}", hashed, text("hashed", "hash alındı"), skipped,
+                       text("skipped", "atlandı"), failed, text("failed", "hata"));
+}
+
+std::string L10n::reportUnproved(int files) const {
+    return fmt::format("{} {}", files, text("not verified", "doğrulanmadı"));
+}
+
+std::string L10n::reportMoreProblems(int count) const {
+    return isTurkish() ? fmt::format("ve {} sorun daha (manifest.json)", count)
+                       : fmt::format("and {} more (manifest.json)", count);
+}
+
 std::string L10n::reportCountsLine(int copied, int skipped, int failed) const {
     return fmt::format("{}: {} · ", text("Files", "Dosya"), reportCounts(copied, skipped, failed));
 }

@@ -46,6 +46,11 @@ public:
     std::string fileCount(int count) const;
     std::string folderCount(int count) const;
     std::string reportCounts(int copied, int skipped, int failed) const;
+    std::string reportHashedCounts(int hashed, int skipped, int failed) const;
+    /// How many files were copied and not proved.
+    std::string reportUnproved(int files) const;
+    /// What a list has no room for.
+    std::string reportMoreProblems(int count) const;
     /// Without the folder and size facts that follow it.
     std::string reportCountsLine(int copied, int skipped, int failed) const;
     std::string destinationInsideCard(Text destination, Text card) const;

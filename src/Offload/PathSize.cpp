@@ -3,14 +3,19 @@
 #include "Language/L10n.h"
 #include "Platform/Numbers.h"
 
+#include <cstdlib>
+
 namespace slatewise::PathSize {
 
 FileSystem::Capacity volumeBytes(const std::filesystem::path& path) {
     return FileSystem::volumeCapacity(path);
 }
 
-std::string format(std::int64_t bytes, AppLanguage) {
-    return Numbers::byteCount(bytes);
+std::string format(std::int64_t bytes, AppLanguage language) {
+    constexpr std::int64_t kFirstWithUnit = 1000;
+    if (language == AppLanguage::Turkish && std::abs(bytes) < kFirstWithUnit)
+        return std::to_string(bytes) + " " + std::string(L10n(language).bytesUnit());
+    return Numbers::byteCount(bytes, Language::locale(language));
 }
 
 std::string report(std::int64_t bytes, AppLanguage language) {

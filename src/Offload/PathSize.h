@@ -13,7 +13,7 @@ namespace slatewise::PathSize {
 /// Total and free bytes of the volume that holds `path`; 0 stands for unknown. Never fails.
 FileSystem::Capacity volumeBytes(const std::filesystem::path& path);
 
-/// "1.2 MB". The language makes no difference: the decimal sign is the machine's.
+/// "1.2 MB", in Turkish "1,2 MB", whatever the machine's own language.
 std::string format(std::int64_t bytes, AppLanguage language);
 
 /// "1.2 MB (1,234,567 bytes)".

@@ -72,6 +72,12 @@ bool steersDirection(UCharDirection direction) {
     }
 }
 
+/// Slashes part a line: folders follow each other from left to right however their names run.
+UCharDirection directionInPaths(const void* /*context*/, UChar32 character) {
+    return character == '/' ? U_SEGMENT_SEPARATOR
+                            : static_cast<UCharDirection>(U_BIDI_CLASS_DEFAULT);
+}
+
 /// Splits a run of one direction by script and font, in reading order.
 void splitRun(const std::u16string& text, Part run,
               const std::function<std::uint16_t(char32_t)>& fontFor, std::vector<Part>& result) {
@@ -180,6 +186,7 @@ std::vector<Part> parts(const std::u16string& text,
     std::vector<Part> result;
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<UBiDi, decltype(&ubidi_close)> bidi(ubidi_open(), &ubidi_close);
+    ubidi_setClassCallback(bidi.get(), directionInPaths, nullptr, nullptr, nullptr, &status);
     ubidi_setPara(bidi.get(), text.data(), static_cast<std::int32_t>(text.size()), UBIDI_LTR,
                   nullptr, &status);
     const auto count = ubidi_countRuns(bidi.get(), &status);

@@ -48,7 +48,7 @@ std::optional<Number> parsed(std::string_view text) {
 
 } // namespace
 
-std::string byteCount(std::int64_t bytes) {
+std::string byteCount(std::int64_t bytes, const char* locale) {
     const double size = std::abs(static_cast<double>(bytes));
     if (size < 1000)
         return std::to_string(bytes) + (size == 1 ? " byte" : " bytes");
@@ -60,16 +60,17 @@ std::string byteCount(std::int64_t bytes) {
         ++unit;
 
     const auto& chosen = kByteUnits[unit];
-    thread_local std::map<int, icu::number::LocalizedNumberFormatter> formatters;
-    auto formatter = formatters.find(chosen.maximumFractionDigits);
+    const std::string name = locale ? locale : icu::Locale::getDefault().getName();
+    const auto key = name + std::to_string(chosen.maximumFractionDigits);
+    thread_local std::map<std::string, icu::number::LocalizedNumberFormatter> formatters;
+    auto formatter = formatters.find(key);
     if (formatter == formatters.end()) {
         using icu::number::Precision;
         formatter =
             formatters
-                .emplace(chosen.maximumFractionDigits,
-                         icu::number::NumberFormatter::withLocale(icu::Locale::getDefault())
-                             .precision(Precision::maxFraction(chosen.maximumFractionDigits))
-                             .roundingMode(UNUM_ROUND_HALFUP))
+                .emplace(key, icu::number::NumberFormatter::withLocale(icu::Locale(name.c_str()))
+                                  .precision(Precision::maxFraction(chosen.maximumFractionDigits))
+                                  .roundingMode(UNUM_ROUND_HALFUP))
                 .first;
     }
     return formatted(formatter->second, static_cast<double>(bytes) / chosen.size) + " " +

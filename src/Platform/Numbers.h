@@ -9,8 +9,9 @@
 namespace slatewise::Numbers {
 
 /// A byte count with a decimal unit (1 kB is 1000 bytes), as precise as its size deserves:
-/// "999 bytes", "12 KB", "1.2 MB", "1.23 GB". The decimal sign is the one of the machine's locale.
-std::string byteCount(std::int64_t bytes);
+/// "999 bytes", "12 KB", "1.2 MB", "1.23 GB". The decimal sign is the one of an ICU locale name;
+/// the machine's when there is none.
+std::string byteCount(std::int64_t bytes, const char* locale = nullptr);
 
 /// The count with the digit grouping of an ICU locale name: "1,234,567" for "en_US".
 std::string grouped(std::int64_t count, const char* locale);

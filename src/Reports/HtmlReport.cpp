@@ -2,8 +2,12 @@
 
 #include "Offload/PathSize.h"
 #include "Platform/AppInfo.h"
+#include "Platform/Text.h"
 #include "Reports/HtmlStyle.h"
 #include "Reports/ReportText.h"
+#include "Reports/SessionSummary.h"
+
+#include <algorithm>
 
 namespace slatewise {
 
@@ -14,6 +18,19 @@ constexpr std::string_view kOpenAll =
 constexpr std::string_view kCloseAll =
     "document.querySelectorAll('details.dir').forEach(d=>d.open=false)";
 
+/// A path whose folders keep their order whatever way their names are written.
+void renderPath(HtmlText& page, const std::string& path) {
+    bool isFirst = true;
+    for (const auto part : Text::pieces(path, '/')) {
+        if (!isFirst || path.starts_with('/'))
+            page.raw("/");
+        page.raw("<bdi>").escaped(part).raw("</bdi>");
+        isFirst = false;
+    }
+}
+
+constexpr std::size_t kRowsPerList = 200;
+
 /// What a row takes on a page, by experience: a long page then grows once and not a dozen times.
 constexpr std::size_t kBytesPerRow = 800;
 
@@ -23,12 +40,10 @@ std::string HtmlReport::document(const SessionManifest& manifest) const {
     HtmlText page;
     page.reserve(16'384 + manifest.files.size() * kBytesPerRow);
     renderHeader(page, manifest);
-    page.raw("<div class=\"tree\">\n<div class=\"head\">");
+    page.raw("<div class=\"tree\">\n");
     renderHead(page, manifest);
-    page.raw("<ul>");
-    for (const auto& node : ReportTree::build(manifest.files))
-        renderNode(page, node, 0);
-    page.raw("</ul>\n</div>");
+    renderItems(page, ReportTree::build(manifest.files), 0);
+    page.raw("\n</div>");
     renderFooter(page);
     return page.take();
 }
@@ -51,8 +66,11 @@ void HtmlReport::renderHeader(HtmlText& page, const SessionManifest& manifest) c
         .escaped(manifest.card.name)
         .raw("</title><style>\n")
         .raw(HtmlStyle::shared)
-        .raw(style())
-        .raw("</style></head><body>\n<header>\n<h1 class=\"report-title\">")
+        .raw(style());
+    renderLabels(page);
+    page.raw("</style></head><body>\n<header>\n");
+    renderVerdict(page, manifest);
+    page.raw("<h1 class=\"report-title\">")
         .escaped(l10n_.reportTitle())
         .raw("</h1>\n<div class=\"when\">")
         .escaped(ReportText::dateTime(manifest.startedAt, l10n_.language()))
@@ -63,15 +81,16 @@ void HtmlReport::renderHeader(HtmlText& page, const SessionManifest& manifest) c
         .raw(" <b>")
         .escaped(manifest.sessionID)
         .raw("</b></div>\n<div class=\"path\">")
-        .escaped(manifest.card.mountPoint)
-        .raw("<span class=\"sep\">→</span>")
-        .escaped(manifest.destination.sessionRoot)
-        .raw("</div>\n<div class=\"counts\"><b>")
+        .raw("<span>");
+    renderPath(page, manifest.card.mountPoint);
+    page.raw("</span><span class=\"sep\">→</span><span>");
+    renderPath(page, manifest.destination.sessionRoot);
+    page.raw("</span></div>\n<div class=\"counts\"><b>")
         .escaped(l10n_.folderCount(counts.folders))
         .raw("</b> · <b>")
         .escaped(l10n_.fileCount(static_cast<int>(manifest.files.size())))
         .raw("</b> · <b>")
-        .escaped(PathSize::report(counts.bytesCopied, l10n_.language()))
+        .escaped(PathSize::report(manifest.bytesHandled(), l10n_.language()))
         .raw("</b></div>\n<div class=\"toolbar\"><button type=\"button\" onclick=\"")
         .raw(kOpenAll)
         .raw("\">")
@@ -83,17 +102,102 @@ void HtmlReport::renderHeader(HtmlText& page, const SessionManifest& manifest) c
         .raw("</button></div>\n</header>\n");
 }
 
+/// Where rows stand as blocks each value bears its column's title.
+void HtmlReport::renderLabels(HtmlText& page) const {
+    page.raw("@media screen and (max-width:").raw(HtmlStyle::blocksBelow).raw("){\n");
+    const auto titles = columnTitles();
+    for (std::size_t column = 1; column < titles.size(); ++column)
+        page.raw(".file.row>:nth-child(")
+            .number(static_cast<long long>(column) + 1)
+            .raw(")::before{content:\"")
+            .raw(titles[column])
+            .raw("\"}\n");
+    page.raw("}\n");
+}
+
+/// A long folder is several lists: a browser lays out those in sight, and looks at each of the
+/// others whenever it paints.
+void HtmlReport::renderItems(HtmlText& page, std::span<const ReportNode> nodes, int depth) const {
+    do {
+        const auto part = nodes.first(std::min(nodes.size(), kRowsPerList));
+        nodes = nodes.subspan(part.size());
+        if (part.size() < kRowsPerList && nodes.empty())
+            page.raw("<ul>");
+        else
+            page.raw("<ul style=\"--n:").number(static_cast<long long>(part.size())).raw("\">");
+        for (const auto& node : part)
+            renderNode(page, node, depth);
+        page.raw("</ul>");
+    } while (!nodes.empty());
+}
+
+void HtmlReport::renderVerdict(HtmlText& page, const SessionManifest& manifest) const {
+    const auto summary = SessionSummary::of(manifest, l10n_);
+    page.raw("<section class=\"verdict ")
+        .raw(rawValue(summary.status))
+        .raw("\"><strong>")
+        .escaped(summary.verdict)
+        .raw("</strong><span>")
+        .escaped(summary.meaning)
+        .raw("</span></section>\n<dl class=\"facts\">");
+    for (const auto* facts : {&summary.identity, &summary.totals}) {
+        for (const auto& fact : *facts)
+            page.raw("<div><dt>")
+                .escaped(fact.label)
+                .raw("</dt><dd>")
+                .escaped(fact.value)
+                .raw("</dd></div>");
+    }
+    page.raw("</dl>\n");
+    if (manifest.problems.empty())
+        return;
+    const bool isFailure = !endedWell(manifest.status);
+    page.raw("<section class=\"problems ")
+        .raw(isFailure ? "failure" : "note")
+        .raw("\"><b>")
+        .escaped(isFailure ? l10n_.reportProblems() : l10n_.reportNotes())
+        .raw("</b><ul>");
+    for (const auto& problem : manifest.problems)
+        page.raw("<li>").escaped(problem).raw("</li>");
+    page.raw("</ul></section>\n");
+}
+
 void HtmlReport::renderFolder(HtmlText& page, const ReportNode& folder, int depth) const {
-    page.raw("<li><details class=\"dir\" open>\n<summary class=\"row\">\n<span class=\"name\">"
+    page.raw("<li><details class=\"dir\" open>\n<summary class=\"row\" style=\"--d:")
+        .number(depth)
+        .raw("\">\n<span class=\"name\">"
              "<span class=\"twist\">▾</span><span class=\"label\">")
         .escaped(folder.name)
         .raw("</span></span>");
     sizeCell(page, folder.totalBytes);
     renderFolderCells(page, folder);
-    page.raw("</summary>\n<ul>");
-    for (const auto& child : folder.children)
-        renderNode(page, child, depth + 1);
-    page.raw("</ul>\n</details></li>");
+    page.raw("</summary>\n");
+    renderItems(page, folder.children, depth + 1);
+    page.raw("\n</details></li>");
+}
+
+void HtmlReport::statusWords(HtmlText& page, std::string_view word) {
+    // The word may be broken where its own words are, and nowhere else.
+    for (std::size_t at; (at = word.find('_')) != std::string_view::npos;
+         word.remove_prefix(at + 1))
+        page.raw(word.substr(0, at + 1)).raw("<wbr>");
+    page.raw(word);
+}
+
+std::string_view HtmlReport::styleOf(VerifyStatus status) {
+    switch (status) {
+    case VerifyStatus::Verified:
+        return "ok";
+    case VerifyStatus::Hashed:
+        return "hashed";
+    case VerifyStatus::Skipped:
+        return "skip";
+    case VerifyStatus::CopiedUnverified:
+    case VerifyStatus::Mismatch:
+    case VerifyStatus::Failed:
+        break;
+    }
+    return "alarm";
 }
 
 void HtmlReport::sizeCell(HtmlText& page, std::int64_t bytes) const {

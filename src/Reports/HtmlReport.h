@@ -4,6 +4,9 @@
 #include "Reports/HtmlText.h"
 #include "Reports/ReportTree.h"
 
+#include <span>
+#include <vector>
+
 namespace slatewise {
 
 /// A session as one page that needs nothing else: header, foldable tree, footer. The two HTML
@@ -25,7 +28,8 @@ protected:
     virtual std::string_view name() const = 0;
     /// Style rules behind those that both pages share.
     virtual std::string_view style() const = 0;
-    /// The column titles, and whatever stands between them and the tree.
+    virtual std::vector<L10n::Text> columnTitles() const = 0;
+    /// The row of column titles, and whatever stands between them and the tree.
     virtual void renderHead(HtmlText& page, const SessionManifest& manifest) const = 0;
     /// What a folder's row holds behind its name and size.
     virtual void renderFolderCells(HtmlText& page, const ReportNode& folder) const = 0;
@@ -35,10 +39,17 @@ protected:
 
     /// A size in two forms, one below the other: for people, and exact.
     void sizeCell(HtmlText& page, std::int64_t bytes) const;
+    /// A word of the manifest, which a narrow column breaks at its underscores only.
+    static void statusWords(HtmlText& page, std::string_view word);
+    /// What is as it should be looks calm, all else cannot be overlooked.
+    static std::string_view styleOf(VerifyStatus status);
     const L10n& l10n() const { return l10n_; }
 
 private:
     void renderHeader(HtmlText& page, const SessionManifest& manifest) const;
+    void renderVerdict(HtmlText& page, const SessionManifest& manifest) const;
+    void renderLabels(HtmlText& page) const;
+    void renderItems(HtmlText& page, std::span<const ReportNode> nodes, int depth) const;
     void renderFolder(HtmlText& page, const ReportNode& folder, int depth) const;
     void renderFooter(HtmlText& page) const;
 

@@ -64,6 +64,8 @@ Json::Value toJson(const ManifestCounts& counts) {
     Json::Value object = Json::Value::object();
     put(object, "folders", counts.folders);
     put(object, "files_copied", counts.filesCopied);
+    if (counts.filesHashed > 0)
+        put(object, "files_hashed", counts.filesHashed);
     put(object, "files_skipped_system", counts.filesSkippedSystem);
     put(object, "files_failed", counts.filesFailed);
     put(object, "bytes_copied", counts.bytesCopied);
@@ -74,6 +76,7 @@ ManifestCounts countsFrom(const Json::Value& object) {
     ManifestCounts counts;
     getIfPresent(object, "folders", counts.folders);
     get(object, "files_copied", counts.filesCopied);
+    getIfPresent(object, "files_hashed", counts.filesHashed);
     get(object, "files_skipped_system", counts.filesSkippedSystem);
     get(object, "files_failed", counts.filesFailed);
     get(object, "bytes_copied", counts.bytesCopied);

@@ -4,6 +4,7 @@
 #include "Platform/AppInfo.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
+#include "Reports/SessionSummary.h"
 
 #include <fmt/format.h>
 
@@ -21,6 +22,15 @@ constexpr std::string_view kArrowBetween = "  →  ";
 /// From the upper edge of a line's box down to its baseline, as a part of the font's size.
 constexpr double kAscent = 0.95;
 constexpr double kCapitalHeight = 0.727;
+
+constexpr TextColumn kRightHalf = {.left = 424, .width = 410};
+
+constexpr PdfColor kWhite = PdfColor::grey(1);
+constexpr PdfColor kGrey = PdfColor::grey(0.45);
+constexpr PdfColor kGreen = {0.09, 0.44, 0.23};
+constexpr PdfColor kBlue = {0.09, 0.36, 0.83};
+constexpr PdfColor kRed = {0.71, 0.14, 0.09};
+constexpr PdfColor kAmber = {0.54, 0.33, 0};
 
 /// There is no document. `what()` keeps the cause.
 class PdfError : public Error {
@@ -76,6 +86,22 @@ void drawAroundArrow(PdfCanvas& canvas, std::string_view before, std::string_vie
     canvas.draw(after, place, style);
 }
 
+/// Each problem on lines of its own, all of the last ones as a number.
+std::vector<std::string> problemLines(PdfCanvas& canvas, const std::vector<std::string>& problems,
+                                      const L10n& l10n, const TextStyle& style, std::size_t room) {
+    std::vector<std::string> lines;
+    if (problems.size() == 1)
+        return canvas.wrapped(problems.front(), style, kRightHalf.width, room);
+    for (const auto& problem : problems) {
+        if (lines.size() + 1 == room && problems.size() > room) {
+            lines.push_back(l10n.reportMoreProblems(static_cast<int>(problems.size() - room + 1)));
+            break;
+        }
+        lines.push_back(problem);
+    }
+    return lines;
+}
+
 } // namespace
 
 void write(const SessionManifest& manifest, const std::filesystem::path& file, AppLanguage language,
@@ -123,6 +149,90 @@ void drawWrappedRoute(PdfCanvas& canvas, const SessionManifest& manifest, const 
     }
 }
 
+PdfColor colorOf(OutcomeStatus status) {
+    switch (status) {
+    case OutcomeStatus::Verified:
+        return kGreen;
+    case OutcomeStatus::Hashed:
+        return kBlue;
+    case OutcomeStatus::Failed:
+        break;
+    }
+    return kRed;
+}
+
+PdfColor colorOf(VerifyStatus status) {
+    switch (status) {
+    case VerifyStatus::Verified:
+        return kGreen;
+    case VerifyStatus::Hashed:
+        return kBlue;
+    case VerifyStatus::Skipped:
+        return kGrey;
+    case VerifyStatus::CopiedUnverified:
+    case VerifyStatus::Mismatch:
+    case VerifyStatus::Failed:
+        break;
+    }
+    return kRed;
+}
+
+FontWeight weightOf(VerifyStatus status) {
+    return colorOf(status) == kRed ? FontWeight::Bold : FontWeight::Regular;
+}
+
+void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top) {
+    constexpr double kHeight = 15;
+    constexpr double kTextInset = 6;
+    constexpr auto kWord = system(10, FontWeight::Bold, kWhite);
+    constexpr auto kMeaning = system(7.5, FontWeight::Medium, kWhite);
+    constexpr auto kFacts = system(6.8, FontWeight::Regular, mainText);
+    constexpr double kLineHeight = 8.2;
+    constexpr std::size_t kProblemLines = 2;
+
+    const auto summary = SessionSummary::of(manifest, l10n);
+    canvas.fill({kRightHalf.left, top - kHeight, kRightHalf.width, kHeight},
+                colorOf(summary.status));
+    TextPlace place{.left = kRightHalf.left + kTextInset,
+                    .width = kRightHalf.width - 2 * kTextInset,
+                    .baseline = centredBaseline(top - kHeight / 2, kWord.size)};
+    canvas.draw(summary.verdict, place, kWord);
+    const double taken = canvas.width(summary.verdict, kWord) + 2 * kTextInset;
+    place.left += taken;
+    place.width -= taken;
+    place.fit = TextFit::NarrowThenCut;
+    canvas.draw(summary.meaning, place, kMeaning);
+
+    top -= kHeight + 2;
+    auto facts = lineAt(kRightHalf, top, kFacts);
+    facts.fit = TextFit::NarrowThenCut;
+    canvas.draw(onOneLine(summary.identity), facts, kFacts);
+    const auto problem =
+        system(6.8, FontWeight::Semibold, endedWell(summary.status) ? kAmber : kRed);
+    for (const auto& line : problemLines(canvas, manifest.problems, l10n, problem, kProblemLines)) {
+        top -= kLineHeight;
+        drawLine(canvas, line, kRightHalf, top, problem);
+    }
+}
+
+void drawTotals(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top) {
+    constexpr auto kStyle = system(8, FontWeight::Regular, mainText);
+    auto place = lineAt(kRightHalf, top, kStyle);
+    place.fit = TextFit::NarrowThenCut;
+    auto totals = SessionSummary::of(manifest, l10n).totals;
+    // The bytes stand among the counts.
+    std::erase_if(totals, [&](const auto& fact) { return fact.label == l10n.reportSize(); });
+    canvas.draw(onOneLine(totals), place, kStyle);
+}
+
+void drawPageNumber(PdfCanvas& canvas, const PageNumber& page, double baseline,
+                    const TextStyle& style) {
+    const auto text = fmt::format("{} / {}", page.number, page.count);
+    const double width = canvas.width(text, style) + 1;
+    canvas.draw(text, {.left = (pageWidth - width) / 2, .width = width, .baseline = baseline},
+                style);
+}
+
 std::string sessionLine(std::string_view reportName, const SessionManifest& manifest,
                         const L10n& l10n) {
     return fmt::format("{}{}{} {}", reportName, kSeparator, l10n.reportSession(),
@@ -132,7 +242,7 @@ std::string sessionLine(std::string_view reportName, const SessionManifest& mani
 std::string countsLine(const SessionManifest& manifest, const L10n& l10n) {
     return fmt::format("{}{}{}{}{}", l10n.folderCount(manifest.counts.folders), kSeparator,
                        l10n.fileCount(static_cast<int>(manifest.files.size())), kSeparator,
-                       PathSize::report(manifest.counts.bytesCopied, l10n.language()));
+                       PathSize::report(manifest.bytesHandled(), l10n.language()));
 }
 
 std::string programLine() {

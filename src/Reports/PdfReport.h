@@ -69,6 +69,29 @@ void drawWrappedRoute(PdfCanvas& canvas, const SessionManifest& manifest, const 
 std::string sessionLine(std::string_view reportName, const SessionManifest& manifest,
                         const L10n& l10n);
 
+/// Where a page stands among all of its document.
+struct PageNumber {
+    std::size_t number = 1;
+    std::size_t count = 1;
+};
+
+/// The colours in which a verdict or a file's fate is told: calm where all is as it should be.
+PdfColor colorOf(OutcomeStatus status);
+PdfColor colorOf(VerifyStatus status);
+/// What is not as it should be is heavier than all around it.
+FontWeight weightOf(VerifyStatus status);
+
+/// In the right half of the header: the verdict as a coloured band, whose session it is, and below
+/// as many of its problems as there is room for.
+void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top);
+
+/// Beside the counts: files by their fate, seconds, speed.
+void drawTotals(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top);
+
+/// "3 / 66" in the middle of the foot.
+void drawPageNumber(PdfCanvas& canvas, const PageNumber& page, double baseline,
+                    const TextStyle& style);
+
 /// "2 folders  ·  5 files  ·  1.2 MB (1,234,567 bytes)".
 std::string countsLine(const SessionManifest& manifest, const L10n& l10n);
 

@@ -53,6 +53,15 @@ void appendRow(std::string& text, const ManifestFile& file, AppLanguage language
     text += '\n';
 }
 
+/// The copy is known to be the card's, or the hash was all that was asked for.
+bool isProvedOrHashed(const ManifestFile& file) {
+    const bool isProved =
+        file.action == RowAction::Copy && file.verifyStatus == VerifyStatus::Verified;
+    const bool isHashed =
+        file.action == RowAction::Hash && file.verifyStatus == VerifyStatus::Hashed;
+    return file.sourceSHA256 && (isProved || isHashed);
+}
+
 /// A name with a line end in it would tear its line in two, and checking tools take a return at the
 /// end of one for part of the line end. They know a form for just these names: a backslash at the
 /// line's start, and escapes in the name.
@@ -76,8 +85,7 @@ std::string inventoryCSV(const SessionManifest& manifest, AppLanguage language) 
 std::string checksumList(const SessionManifest& manifest) {
     std::string text;
     for (const auto& file : manifest.files) {
-        if (file.action == RowAction::Copy && file.verifyStatus == VerifyStatus::Verified &&
-            file.sourceSHA256)
+        if (isProvedOrHashed(file))
             text += checksumLine(*file.sourceSHA256, file.relativePath);
     }
     return text;

@@ -21,6 +21,30 @@ constexpr std::array<std::string_view, 7> kDateTimePatterns = {
 };
 constexpr std::array<std::string_view, 2> kDatePatterns = {"yyyyMMdd", "yyyy-MM-dd"};
 
+struct ZonedText {
+    std::string_view text;
+    Clock::Zone zone;
+};
+
+/// Some writers put the zone before the date, others behind it.
+ZonedText withoutZone(std::string_view text) {
+    constexpr std::string_view kBefore = "utc ";
+    constexpr std::string_view kBehind = " utc";
+    const auto lowercased = Text::asciiLowercased(text);
+    if (lowercased.starts_with(kBefore))
+        return {text.substr(kBefore.size()), Clock::Zone::UTC};
+    if (lowercased.ends_with(kBehind))
+        return {text.substr(0, text.size() - kBehind.size()), Clock::Zone::UTC};
+    return {text, Clock::Zone::Machine};
+}
+
+/// A camera without a clock writes zeros, or the moment from which the container counts.
+bool isZero(std::string_view date) {
+    const bool isDigitsOfZero =
+        !date.empty() && date.find_first_not_of("0-:T. Z") == std::string_view::npos;
+    return isDigitsOfZero || date.starts_with("1904-01-01") || date.starts_with("19040101");
+}
+
 } // namespace
 
 std::string dateTime(Instant moment, AppLanguage language) {
@@ -32,11 +56,10 @@ std::string fileModified(Instant moment) {
 }
 
 std::string formatClipDate(std::string_view text, AppLanguage language) {
-    constexpr std::string_view kUtcMark = "utc ";
     const auto trimmed = Text::trimmed(text);
-    const bool isUtc = Text::asciiLowercased(trimmed).starts_with(kUtcMark);
-    const auto zone = isUtc ? Clock::Zone::UTC : Clock::Zone::Machine;
-    const auto date = std::string_view(trimmed).substr(isUtc ? kUtcMark.size() : 0);
+    const auto [date, zone] = withoutZone(trimmed);
+    if (isZero(date))
+        return "";
 
     for (const auto pattern : kDateTimePatterns) {
         if (const auto moment = Clock::fromText(date, pattern, zone))

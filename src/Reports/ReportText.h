@@ -18,7 +18,8 @@ std::string dateTime(Instant moment, AppLanguage language);
 std::string fileModified(Instant moment);
 
 /// A date as cameras write it ("UTC 20260301 093015", "2026-03-01T09:30:15", "20260301") in the
-/// words of the language. What is no such date comes back as it is, but trimmed.
+/// words of the language. What is no such date comes back as it is, but trimmed; the zero that a
+/// camera without a clock writes comes back as nothing.
 std::string formatClipDate(std::string_view text, AppLanguage language);
 
 /// Timecode range, duration and rates of a file: at most three lines, without those that would say

@@ -37,6 +37,9 @@ ManifestCounts count(std::span<const ManifestFile> files, std::int64_t bytesCopi
                 return file.action == RowAction::Copy &&
                        file.verifyStatus == VerifyStatus::Verified;
             }),
+            .filesHashed = number([](const ManifestFile& file) {
+                return file.action == RowAction::Hash && file.verifyStatus == VerifyStatus::Hashed;
+            }),
             .filesSkippedSystem =
                 number([](const ManifestFile& file) { return file.action == RowAction::Skip; }),
             .filesFailed =

@@ -43,7 +43,8 @@ int folderCount(std::span<const ManifestFile> files);
 std::string inventoryCSV(const SessionManifest& manifest, AppLanguage language);
 
 /// The text of "checksums.sha256": one line per proved file, as `sha256sum --check` reads it from
-/// inside the session's folder.
+/// inside the session's folder; where nothing was to be copied, one per hashed file, to be read on
+/// the card.
 std::string checksumList(const SessionManifest& manifest);
 
 } // namespace slatewise::ReportWriter

@@ -29,10 +29,6 @@ std::string clipText(const ManifestFile& file, const ClipEssence& common) {
     return file.media->essence ? onLines(EssenceText::clipLines(*file.media->essence, common)) : "";
 }
 
-std::string statusText(const ManifestFile& file) {
-    return onLines({std::string(rawValue(file.action)), std::string(rawValue(file.verifyStatus))});
-}
-
 class DetailedReport : public HtmlReport {
 public:
     DetailedReport(const ClipEssence& common, AppLanguage language)
@@ -43,11 +39,16 @@ protected:
     std::string_view style() const override { return HtmlStyle::detailed; }
     std::string_view footerNote() const override { return " · Reports_Detailed"; }
 
+    std::vector<L10n::Text> columnTitles() const override {
+        return {l10n().colName(),   l10n().reportSize(), l10n().colClip(),
+                l10n().colTiming(), l10n().colVerify(),  "SHA-256"};
+    }
+
     void renderHead(HtmlText& page, const SessionManifest& manifest) const override {
-        for (const auto title : {l10n().colName(), l10n().reportSize(), l10n().colClip(),
-                                 l10n().colTiming(), l10n().colVerify(), L10n::Text("SHA-256")})
+        page.raw("<div class=\"heads\"><div class=\"head\">");
+        for (const auto title : columnTitles())
             page.raw("<span>").escaped(title).raw("</span>");
-        page.raw("</div>\n<div class=\"card-row\"><span class=\"card-name\">")
+        page.raw("</div></div>\n<div class=\"card-row\"><span class=\"card-name\">")
             .escaped(manifest.card.name)
             .raw("</span>");
         const auto facts = ReportText::cardFactsLine(common_, l10n().language());
@@ -67,7 +68,9 @@ protected:
 
     void renderFile(HtmlText& page, const ReportNode& node, int depth) const override {
         const auto& file = *node.file;
-        page.raw("<li><div class=\"file row\">\n<span class=\"name\" style=\"padding-left:")
+        page.raw("<li><div class=\"file row\" style=\"--d:")
+            .number(depth)
+            .raw("\">\n<span class=\"name\" style=\"padding-left:")
             .number(depth * kIndent + kMargin)
             .raw("px\"><span class=\"file-id\"><span class=\"label\">")
             .escaped(node.name)
@@ -87,9 +90,13 @@ protected:
             .raw(isMismatch ? " fps mismatch" : "")
             .raw("\">")
             .escaped(orDash(onLines(ReportText::timingLines(file))))
-            .raw("</span>\n<span class=\"cell\">")
-            .escaped(statusText(file))
-            .raw("</span>\n<span class=\"hash\" title=\"")
+            .raw("</span>\n<span class=\"cell ")
+            .raw(styleOf(file.verifyStatus))
+            .raw("\">")
+            .raw(rawValue(file.action))
+            .raw("\n");
+        statusWords(page, rawValue(file.verifyStatus));
+        page.raw("</span>\n<span class=\"hash\" title=\"")
             .escaped(hash)
             .raw("\">")
             .escaped(hash)

@@ -80,6 +80,7 @@ void describeFile(const ManifestFile& file, const ClipEssence& common, Row& row)
         row.clip = onLines(EssenceText::clipLines(*file.media->essence, common));
     row.timing = onLines(ReportText::timingLines(file));
     row.status = statusText(file);
+    row.fate = file.verifyStatus;
     row.hash = file.sourceSHA256.value_or("");
     row.fpsMismatch =
         TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).mismatch;
@@ -126,6 +127,15 @@ std::size_t rowsOnPage(std::span<const Row> rows, bool first) {
         ++count;
     }
     return count;
+}
+
+std::vector<std::span<const Row>> paged(std::span<const Row> rows) {
+    std::vector<std::span<const Row>> pages;
+    while (!rows.empty()) {
+        pages.push_back(rows.first(rowsOnPage(rows, pages.empty())));
+        rows = rows.subspan(pages.back().size());
+    }
+    return pages;
 }
 
 /// Draws the table of one page from its upper edge down.
@@ -207,7 +217,9 @@ private:
         drawLines(row.clip, Clip, system(6.5, FontWeight::Regular, mainText));
         drawLines(row.timing, Timing,
                   digits(6.5, FontWeight::Regular, row.fpsMismatch ? rateMismatch : mainText));
-        drawLines(row.status, Status, system(6.4, FontWeight::Regular, mainText));
+        drawLines(row.status, Status,
+                  row.fate ? system(6.4, weightOf(*row.fate), colorOf(*row.fate))
+                           : system(6.4, FontWeight::Regular, mainText));
         canvas_.draw(row.hash, cell(Hash, baselineOf(0)), monospaced(5.6, mainText));
         for (std::size_t column = 1; column < widths_.size(); ++column) {
             const double x = colX(column, widths_);
@@ -263,6 +275,8 @@ void drawFirstHeader(const SessionManifest& manifest, const L10n& l10n, PdfCanva
     const auto line = [&](std::string_view text, double top, const TextStyle& style) {
         drawLine(canvas, text, kTextColumn, top, style);
     };
+    drawVerdict(canvas, manifest, l10n, 588);
+    drawTotals(canvas, manifest, l10n, 517);
     line(l10n.reportTitle(), 588, system(20, FontWeight::Bold, mainText));
     line(ReportText::dateTime(manifest.startedAt, l10n.language()), 562,
          system(9, FontWeight::Regular, kSecondary));
@@ -279,13 +293,14 @@ void drawLaterHeader(const L10n& l10n, PdfCanvas& canvas) {
     drawLine(canvas, kName, kTextColumn, 573, system(8, FontWeight::Regular, kSecondary));
 }
 
-void drawFoot(PdfCanvas& canvas, double tableBottom) {
+void drawFoot(PdfCanvas& canvas, const PageNumber& page, double tableBottom) {
     constexpr double kFontSize = 6.5;
     constexpr double kHeight = 10;
     constexpr double kDistance = 14;
     constexpr double kLowest = 3;
     const double bottom = std::max(kLowest, tableBottom - kDistance);
     const double baseline = centredBaseline(bottom + kHeight / 2, kFontSize);
+    drawPageNumber(canvas, page, baseline, system(kFontSize, FontWeight::Medium, kSecondary));
     canvas.draw(fmt::format("{}  ·  {}", programLine(), kName),
                 {.left = kTextColumn.left, .width = 316, .baseline = baseline},
                 system(kFontSize, FontWeight::Regular, kSecondary));
@@ -309,13 +324,13 @@ void write(const SessionManifest& manifest, const std::filesystem::path& file,
         const auto rows = flatten(ReportTree::build(manifest.files), manifest.cardEssence(),
                                   manifest.card.name, language, 0);
         const auto widths = columnWidths();
-        bool first = true;
-        for (std::span<const Row> rest = rows; !rest.empty(); first = false) {
-            const auto count = rowsOnPage(rest, first);
+        const auto pages = paged(rows);
+        PageNumber page{.number = 1, .count = pages.size()};
+        for (const auto& onPage : pages) {
             canvas.beginPage();
-            drawPage(manifest, rest.first(count), widths, first, language, canvas);
+            drawPage(manifest, onPage, widths, page, language, canvas);
             canvas.endPage();
-            rest = rest.subspan(count);
+            ++page.number;
         }
     });
 }
@@ -340,7 +355,8 @@ double colX(std::size_t column, const Widths& widths) {
 }
 
 void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const Widths& widths,
-              bool first, AppLanguage language, PdfCanvas& canvas) {
+              const PageNumber& page, AppLanguage language, PdfCanvas& canvas) {
+    const bool first = page.number == 1;
     const L10n l10n(language);
     if (first)
         drawFirstHeader(manifest, l10n, canvas);
@@ -351,7 +367,7 @@ void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const 
     for (const auto& row : rows)
         table.drawRow(row);
     table.drawFrame();
-    drawFoot(canvas, table.bottom());
+    drawFoot(canvas, page, table.bottom());
 }
 
 } // namespace slatewise::SessionDetailedPDF

@@ -2,11 +2,13 @@
 
 #include "Language/AppLanguage.h"
 #include "Pdf/PdfCanvas.h"
+#include "Reports/PdfReport.h"
 #include "Reports/ReportTree.h"
 #include "Reports/SessionManifest.h"
 
 #include <array>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -27,6 +29,8 @@ struct Row {
     std::string clip;
     std::string timing;
     std::string status;
+    /// None on a folder.
+    std::optional<VerifyStatus> fate;
     std::string hash;
     bool fpsMismatch = false;
     /// The one row about the card.
@@ -55,8 +59,8 @@ Widths columnWidths();
 /// The left edge of a column.
 double colX(std::size_t column, const Widths& widths);
 
-/// Draws one page into `canvas`, which has begun it; `first` tells the page with the full header.
+/// Draws one page into `canvas`, which has begun it; the first one has the full header.
 void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const Widths& widths,
-              bool first, AppLanguage language, PdfCanvas& canvas);
+              const PdfReport::PageNumber& page, AppLanguage language, PdfCanvas& canvas);
 
 } // namespace slatewise::SessionDetailedPDF

@@ -39,13 +39,20 @@ protected:
     std::string_view name() const override { return "Reports_Standart"; }
     std::string_view style() const override { return HtmlStyle::standard; }
 
+    std::vector<L10n::Text> columnTitles() const override {
+        return {l10n().colName(),   l10n().reportSize(),  l10n().colAction(),
+                l10n().colVerify(), l10n().colTimecode(), l10n().colDuration(),
+                l10n().colCapTC(),  l10n().colDF(),       "SHA-256"};
+    }
+
     void renderHead(HtmlText& page, const SessionManifest&) const override {
-        page.raw("<span class=\"n\">").escaped(l10n().colName()).raw("</span>");
-        for (const auto title :
-             {l10n().reportSize(), l10n().colAction(), l10n().colVerify(), l10n().colTimecode(),
-              l10n().colDuration(), l10n().colCapTC(), l10n().colDF(), L10n::Text("SHA-256")})
-            page.raw("<span>").escaped(title).raw("</span>");
-        page.raw("</div>\n");
+        page.raw("<div class=\"heads\"><div class=\"head\">");
+        std::string_view opening = "<span class=\"n\">";
+        for (const auto title : columnTitles()) {
+            page.raw(opening).escaped(title).raw("</span>");
+            opening = "<span>";
+        }
+        page.raw("</div></div>\n");
     }
 
     void renderFolderCells(HtmlText& page, const ReportNode& folder) const override {
@@ -79,11 +86,13 @@ protected:
 
 private:
     static void renderFate(HtmlText& page, const ManifestFile& file) {
-        const bool isSkipped =
-            file.action == RowAction::Skip || file.verifyStatus == VerifyStatus::Skipped;
-        const std::string_view styleClass = isSkipped ? "skip" : "";
-        cell(page, styleClass, rawValue(file.action));
-        cell(page, styleClass, rawValue(file.verifyStatus));
+        const auto style = styleOf(file.verifyStatus);
+        const bool isAsWished = style != "alarm" && file.action != RowAction::Fail;
+        page.raw("<span class=\"").raw(isAsWished ? style == "skip" ? "skip" : "" : "alarm");
+        page.raw("\">").raw(rawValue(file.action)).raw("</span><span class=\"").raw(style);
+        page.raw("\">");
+        statusWords(page, rawValue(file.verifyStatus));
+        page.raw("</span>");
     }
 
     static void renderTiming(HtmlText& page, const ManifestFile& file) {

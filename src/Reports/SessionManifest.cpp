@@ -9,6 +9,15 @@ std::string ManifestFile::displayDuration() const {
     return text.empty() ? "—" : text;
 }
 
+std::int64_t SessionManifest::bytesHandled() const {
+    if (counts.filesHashed == 0)
+        return counts.bytesCopied;
+    std::int64_t bytes = 0;
+    for (const auto& file : files)
+        bytes += file.action == RowAction::Hash ? file.sizeBytes : 0;
+    return bytes;
+}
+
 ClipEssence SessionManifest::cardEssence() const {
     std::vector<const ClipEssence*> essences;
     for (const auto& file : files) {

@@ -42,6 +42,8 @@ struct ManifestCounts {
     /// Folders that the files' paths imply.
     int folders = 0;
     int filesCopied = 0;
+    /// Read and hashed where nothing was to be copied.
+    int filesHashed = 0;
     int filesSkippedSystem = 0;
     int filesFailed = 0;
     std::int64_t bytesCopied = 0;
@@ -77,6 +79,9 @@ struct SessionManifest {
     ManifestCounts counts;
     /// In the outcome's order.
     std::vector<ManifestFile> files;
+
+    /// What was copied, or read and hashed where nothing was to be copied.
+    std::int64_t bytesHandled() const;
 
     /// The facts that all files with facts share.
     ClipEssence cardEssence() const;

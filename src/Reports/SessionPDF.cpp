@@ -63,6 +63,12 @@ std::size_t rowsPerPage(bool first) {
     return std::max<std::size_t>(1, static_cast<std::size_t>(room / kRowHeight));
 }
 
+std::size_t pagesFor(std::size_t rows) {
+    const auto onFirst = std::min(rows, rowsPerPage(true));
+    const auto perLater = rowsPerPage(false);
+    return 1 + (rows - onFirst + perLater - 1) / perLater;
+}
+
 std::string dropFrameText(const std::optional<bool>& isDropFrame) {
     if (!isDropFrame)
         return std::string(TimecodeFormat::missing);
@@ -73,6 +79,7 @@ void describeFile(const ManifestFile& file, Row& row) {
     const auto rates = TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate);
     row.action = rawValue(file.action);
     row.verify = rawValue(file.verifyStatus);
+    row.fate = file.verifyStatus;
     row.tc = TimecodeFormat::range(file.media->timecodeStart, file.media->timecodeEnd);
     row.dur = file.displayDuration();
     row.fps = rates.text;
@@ -158,7 +165,7 @@ public:
         canvas_.draw(row.sizeBytes, cell(Size, middle + kLowerLine),
                      digits(kBytesFontSize, FontWeight::Regular, kSecondary));
         canvas_.draw(row.action, cell(Action, baseline), kText);
-        canvas_.draw(row.verify, cell(Verify, baseline), kText);
+        drawFate(row, middle);
         canvas_.draw(row.tc, cell(Timecode, baseline), kDigits);
         canvas_.draw(row.dur, cell(Duration, baseline), kDigits);
         canvas_.draw(
@@ -175,6 +182,21 @@ private:
                 .baseline = baseline,
                 .alignment = TextAlignment::Right,
                 .fit = TextFit::NarrowThenCut};
+    }
+
+    /// A word that has no room is set on two lines, never cut: "copied_" and "unverified".
+    void drawFate(const Row& row, double middle) {
+        if (!row.fate)
+            return;
+        const auto style = system(7, weightOf(*row.fate), colorOf(*row.fate));
+        const auto end = row.verify.find('_');
+        if (end == std::string::npos) {
+            canvas_.draw(row.verify, cell(Verify, centredBaseline(middle, style.size)), style);
+            return;
+        }
+        const auto word = std::string_view(row.verify);
+        canvas_.draw(word.substr(0, end + 1), cell(Verify, middle + kUpperLine), style);
+        canvas_.draw(word.substr(end + 1), cell(Verify, middle + kLowerLine), style);
     }
 
     void drawName(const Row& row, double baseline) {
@@ -198,6 +220,8 @@ void drawFirstHeader(const SessionManifest& manifest, const L10n& l10n, PdfCanva
     const auto line = [&](std::string_view text, double top, const TextStyle& style) {
         drawLine(canvas, text, kTextColumn, top, style);
     };
+    drawVerdict(canvas, manifest, l10n, kHeaderTop);
+    drawTotals(canvas, manifest, l10n, 537);
     line(l10n.reportTitle(), kHeaderTop, system(13, FontWeight::Bold, mainText));
     line(ReportText::dateTime(manifest.startedAt, l10n.language()), 571,
          system(8, FontWeight::Regular, kSecondary));
@@ -206,7 +230,7 @@ void drawFirstHeader(const SessionManifest& manifest, const L10n& l10n, PdfCanva
     line(countsLine(manifest, l10n), 537, system(8, FontWeight::Regular, mainText));
 }
 
-void drawFoot(PdfCanvas& canvas, double tableBottom) {
+void drawFoot(PdfCanvas& canvas, const PageNumber& page, double tableBottom) {
     constexpr double kFontSize = 7;
     constexpr double kTextBesideLogo = 28;
     const double bottom = tableBottom - kFootDistance;
@@ -214,6 +238,7 @@ void drawFoot(PdfCanvas& canvas, double tableBottom) {
     const auto* logo = ReportLogo::image();
     if (logo)
         canvas.draw(*logo, {kTableLeft, bottom, kLogoSize, kLogoSize});
+    drawPageNumber(canvas, page, baseline, system(kFontSize, FontWeight::Medium, kSecondary));
     canvas.draw(
         programLine(),
         {.left = logo ? kTextBesideLogo : kTextColumn.left, .width = 216, .baseline = baseline},
@@ -232,14 +257,14 @@ void write(const SessionManifest& manifest, const std::filesystem::path& file,
         const auto rows = flatten(ReportTree::build(manifest.files), language, 0);
         const auto widths = columnWidths();
         std::span<const Row> rest = rows;
-        bool first = true;
+        PageNumber page{.number = 1, .count = pagesFor(rows.size())};
         do {
-            const auto count = std::min(rest.size(), rowsPerPage(first));
+            const auto count = std::min(rest.size(), rowsPerPage(page.number == 1));
             canvas.beginPage();
-            drawPage(manifest, rest.first(count), widths, first, language, canvas);
+            drawPage(manifest, rest.first(count), widths, page, language, canvas);
             canvas.endPage();
             rest = rest.subspan(count);
-            first = false;
+            ++page.number;
         } while (!rest.empty());
     });
 }
@@ -261,7 +286,8 @@ double colX(std::size_t column, const Widths& widths) {
 }
 
 void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const Widths& widths,
-              bool first, AppLanguage language, PdfCanvas& canvas) {
+              const PageNumber& page, AppLanguage language, PdfCanvas& canvas) {
+    const bool first = page.number == 1;
     const L10n l10n(language);
     if (first)
         drawFirstHeader(manifest, l10n, canvas);
@@ -276,7 +302,7 @@ void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const 
     table.drawHead(l10n);
     for (std::size_t index = 0; index < rows.size(); ++index)
         table.drawRow(index, rows[index]);
-    drawFoot(canvas, table.bottom());
+    drawFoot(canvas, page, table.bottom());
 }
 
 } // namespace slatewise::SessionPDF

@@ -2,11 +2,13 @@
 
 #include "Language/AppLanguage.h"
 #include "Pdf/PdfCanvas.h"
+#include "Reports/PdfReport.h"
 #include "Reports/ReportTree.h"
 #include "Reports/SessionManifest.h"
 
 #include <array>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -25,6 +27,8 @@ struct Row {
     /// How many files there are, on a folder.
     std::string action;
     std::string verify;
+    /// None on a folder.
+    std::optional<VerifyStatus> fate;
     std::string tc;
     std::string dur;
     std::string fps;
@@ -49,8 +53,8 @@ Widths columnWidths();
 /// The left edge of a column.
 double colX(std::size_t column, const Widths& widths);
 
-/// Draws one page into `canvas`, which has begun it; `first` tells the page with the full header.
+/// Draws one page into `canvas`, which has begun it; the first one has the full header.
 void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const Widths& widths,
-              bool first, AppLanguage language, PdfCanvas& canvas);
+              const PdfReport::PageNumber& page, AppLanguage language, PdfCanvas& canvas);
 
 } // namespace slatewise::SessionPDF

@@ -56,11 +56,15 @@ SessionManifest session(std::vector<ManifestFile> files) {
     SessionManifest manifest;
     manifest.sessionID = "12345678-9abc-def0-1234-56789abcdef0";
     manifest.startedAt = *Clock::fromIso8601("2026-03-01T09:30:15Z");
+    manifest.finishedAt = manifest.startedAt + std::chrono::milliseconds(49'500);
     manifest.card.name = "A<001>";
+    manifest.card.camera = "CamA";
+    manifest.card.ekip = "Ünal";
     manifest.card.mountPoint = "/media/A001";
     manifest.destination.sessionRoot = "/media/SSD/A001";
     manifest.files = std::move(files);
     manifest.counts.folders = ReportWriter::folderCount(manifest.files);
+    manifest.counts.filesCopied = static_cast<int>(manifest.files.size());
     manifest.counts.bytesCopied = 1'234'567;
     return manifest;
 }
@@ -86,36 +90,53 @@ std::string detailedRow(const ManifestFile& row, const ClipEssence& common = {},
 } // namespace
 
 TEST(SessionHTML, IsExactlyThisText) {
-    const auto page = SessionHTML::document(session({clip("DCIM/a&b.mov", 25, 24)}), kTurkish);
+    auto manifest = session({clip("DCIM/a&b.mov", 25, 24)});
+    manifest.problems = {"a&b.mov okunamadı"};
+    const auto page = SessionHTML::document(manifest, kTurkish);
     EXPECT_EQ(
         unstyled(page),
         "<!DOCTYPE html>\n<html lang=\"tr\"><head><meta charset=\"utf-8\">\n"
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
         "<title>Slatewise DIT raporu — A&lt;001&gt;</title></style></head><body>\n<header>\n"
+        "<section class=\"verdict failed\"><strong>BAŞARISIZ</strong>"
+        "<span>Bir şey ters gitti. Kartı silmeyin.</span></section>\n"
+        "<dl class=\"facts\"><div><dt>Kart</dt><dd>A&lt;001&gt;</dd></div>"
+        "<div><dt>Kamera</dt><dd>CamA</dd></div><div><dt>Ekip</dt><dd>Ünal</dd></div>"
+        "<div><dt>Başlangıç</dt><dd>1 Mar 2026 09:30</dd></div>"
+        "<div><dt>Bitiş</dt><dd>1 Mar 2026 09:31</dd></div>"
+        "<div><dt>Dosya</dt><dd>1 kopyalandı, 0 atlandı, 0 hata</dd></div>"
+        "<div><dt>Boyut</dt><dd>1,2 MB (1.234.567 bayt)</dd></div>"
+        "<div><dt>Süre</dt><dd>50 sn</dd></div><div><dt>Hız</dt><dd>25 KB/sn</dd></div></dl>\n"
+        "<section class=\"problems failure\"><b>Sorunlar</b><ul>"
+        "<li>a&amp;b.mov okunamadı</li></ul></section>\n"
         "<h1 class=\"report-title\">Slatewise DIT raporu</h1>\n"
         "<div class=\"when\">1 Mar 2026 09:30</div>\n"
         "<div class=\"session\"><b>Reports_Standart</b> · Oturum "
         "<b>12345678-9abc-def0-1234-56789abcdef0</b></div>\n"
-        "<div class=\"path\">/media/A001<span class=\"sep\">→</span>/media/SSD/A001</div>\n"
+        "<div class=\"path\"><span>/<bdi>media</bdi>/<bdi>A001</bdi></span>"
+        "<span class=\"sep\">→</span>"
+        "<span>/<bdi>media</bdi>/<bdi>SSD</bdi>/<bdi>A001</bdi></span></div>\n"
         "<div class=\"counts\"><b>1 klasör</b> · <b>1 dosya</b> · "
-        "<b>1.2 MB (1.234.567 bayt)</b></div>\n"
+        "<b>1,2 MB (1.234.567 bayt)</b></div>\n"
         "<div class=\"toolbar\"><button type=\"button\" onclick=\""
         "document.querySelectorAll('details.dir').forEach(d=>d.open=true)\">Tümünü aç</button>"
         "<button type=\"button\" onclick=\""
         "document.querySelectorAll('details.dir').forEach(d=>d.open=false)\">Tümünü kapat</button>"
-        "</div>\n</header>\n<div class=\"tree\">\n<div class=\"head\"><span class=\"n\">Ad</span>"
+        "</div>\n</header>\n<div class=\"tree\">\n"
+        "<div class=\"heads\"><div class=\"head\"><span class=\"n\">Ad</span>"
         "<span>Boyut</span><span>İşlem</span><span>Doğrulama</span>"
         "<span>TC başlangıç → bitiş</span><span>Süre</span><span>çekim / TC</span><span>DF</span>"
-        "<span>SHA-256</span></div>\n<ul><li><details class=\"dir\" open>\n"
-        "<summary class=\"row\">\n<span class=\"name\"><span class=\"twist\">▾</span>"
+        "<span>SHA-256</span></div></div>\n<ul><li><details class=\"dir\" open>\n"
+        "<summary class=\"row\" style=\"--d:0\">\n<span class=\"name\"><span "
+        "class=\"twist\">▾</span>"
         "<span class=\"label\">DCIM</span></span>"
-        "<span class=\"num\">1.2 MB<small>1.234.567</small></span><span>1 dosya</span>"
+        "<span class=\"num\">1,2 MB<small>1.234.567</small></span><span>1 dosya</span>"
         "<span></span><span class=\"muted\">—</span><span class=\"muted\">—</span>"
         "<span class=\"muted\">—</span><span class=\"muted\">—</span><span></span></summary>\n<ul>"
         "<li><div class=\"file row\" style=\"--d:1\" title=\"2026-03-01T09:30:15Z\">"
         "<span class=\"name\" style=\"padding-left:44px\"><span class=\"label\">a&amp;b.mov</span>"
-        "</span><span class=\"num\">1.2 MB<small>1.234.567</small></span>"
-        "<span class=\"\">COPY</span><span class=\"\">verified</span>"
+        "</span><span class=\"num\">1,2 MB<small>1.234.567</small></span>"
+        "<span class=\"\">COPY</span><span class=\"ok\">verified</span>"
         "<span class=\"tc\">01:00:00:00 → 01:00:10:00</span>"
         "<span class=\"dur\">00:00:10:00</span><span class=\"fps mismatch\">25 / 24</span>"
         "<span class=\"df\">NDF</span><span class=\"hash\" title=\"" +
@@ -139,6 +160,23 @@ TEST(SessionHTML, RowsMuteWhatIsNotKnown) {
                                 "<span class=\"muted\">—</span><span class=\"muted\">—</span>"
                                 "<span class=\"hash\" title=\"\"></span>")));
 
+    const std::tuple<RowAction, VerifyStatus, const char*> fates[] = {
+        {RowAction::Hash, VerifyStatus::Hashed,
+         "<span class=\"\">HASH</span><span class=\"hashed\">hashed</span>"},
+        {RowAction::Copy, VerifyStatus::CopiedUnverified,
+         "<span class=\"alarm\">COPY</span><span class=\"alarm\">copied_<wbr>unverified</span>"},
+        {RowAction::Fail, VerifyStatus::Mismatch,
+         "<span class=\"alarm\">FAIL</span><span class=\"alarm\">mismatch</span>"},
+        {RowAction::Fail, VerifyStatus::Failed,
+         "<span class=\"alarm\">FAIL</span><span class=\"alarm\">failed</span>"},
+    };
+    for (const auto& [action, status, cells] : fates) {
+        auto row = file("a");
+        row.action = action;
+        row.verifyStatus = status;
+        EXPECT_THAT(standardRow(row), HasSubstr(cells));
+    }
+
     const std::tuple<double, double, bool, const char*> rates[] = {
         {25, 24, true, "<span class=\"fps mismatch\">25 / 24</span>"},
         {23.976, 23.98, true, "<span class=\"fps\">23.976 / 23.98</span>"},
@@ -160,7 +198,7 @@ TEST(SessionHTML, RowsMuteWhatIsNotKnown) {
 TEST(SessionHTML, AnEmptySessionIsAWholePage) {
     EXPECT_THAT(SessionHTML::document(session({}), kEnglish),
                 AllOf(HasSubstr("<b>0 folders</b> · <b>0 files</b>"),
-                      HasSubstr("<span>SHA-256</span></div>\n<ul></ul>\n</div><footer>")));
+                      HasSubstr("<span>SHA-256</span></div></div>\n<ul></ul>\n</div><footer>")));
 }
 
 TEST(SessionDetailedHTML, DiffersFromTheStandardPageInThesePlaces) {
@@ -169,8 +207,9 @@ TEST(SessionDetailedHTML, DiffersFromTheStandardPageInThesePlaces) {
     EXPECT_THAT(
         page,
         AllOf(HasSubstr("<b>Reports_Detailed</b> · Session <b>"),
-              HasSubstr("<div class=\"head\"><span>Name</span><span>Size</span><span>Clip</span>"
-                        "<span>Timing</span><span>Verify</span><span>SHA-256</span></div>\n"
+              HasSubstr("<div class=\"heads\"><div "
+                        "class=\"head\"><span>Name</span><span>Size</span><span>Clip</span>"
+                        "<span>Timing</span><span>Verify</span><span>SHA-256</span></div></div>\n"
                         "<div class=\"card-row\"><span class=\"card-name\">A&lt;001&gt;</span>"
                         "<span class=\"card-facts\">ALEXA</span></div>\n<ul><li><details"),
               HasSubstr("DCIM</span></span><span class=\"num\">1.2 MB<small>1,234,567</small>"
@@ -186,13 +225,14 @@ TEST(SessionDetailedHTML, RowsSayWhatTheCardDoesNot) {
     auto row = clip("a<b.mov", 25, 24);
     row.media.edit().essence->lookName = "K445";
     EXPECT_EQ(detailedRow(row, {}, 2),
-              "<li><div class=\"file row\">\n<span class=\"name\" style=\"padding-left:32px\">"
+              "<li><div class=\"file row\" style=\"--d:2\">\n"
+              "<span class=\"name\" style=\"padding-left:32px\">"
               "<span class=\"file-id\"><span class=\"label\">a&lt;b.mov</span>"
               "<span class=\"mtime\">2026-03-01 09:30:15</span></span></span>"
               "<span class=\"num\">1.2 MB<small>1,234,567</small></span>\n"
               "<span class=\"cell\">ProRes\n1920×1080 (HD)\nK445</span>\n"
               "<span class=\"cell fps mismatch\">01:00:00:00 → 01:00:10:00\n00:00:10:00\n"
-              "25 / 24  NDF</span>\n<span class=\"cell\">COPY\nverified</span>\n"
+              "25 / 24  NDF</span>\n<span class=\"cell ok\">COPY\nverified</span>\n"
               "<span class=\"hash\" title=\"" +
                   kHash + "\">" + kHash + "</span>\n</div></li>");
     EXPECT_THAT(detailedRow(row, *row.media->essence), Not(HasSubstr("K445")));
@@ -200,7 +240,7 @@ TEST(SessionDetailedHTML, RowsSayWhatTheCardDoesNot) {
     EXPECT_THAT(detailedRow(file("a")),
                 AllOf(HasSubstr("\">a</span></span></span>"),
                       HasSubstr("<span class=\"cell\">—</span>\n<span class=\"cell\">—</span>\n"
-                                "<span class=\"cell\">COPY\nverified</span>")));
+                                "<span class=\"cell ok\">COPY\nverified</span>")));
 }
 
 TEST(HtmlReport, NamesTheSiteByItsHost) {
@@ -311,7 +351,7 @@ TEST_P(HostileHtml, ShowsForeignBytesAsTextAndRunsNothing) {
         const foreign = document.querySelectorAll('script, img, i, link, iframe').length - 1;
         const handlers = [...document.querySelectorAll('*')].filter(
             e => [...e.attributes].some(a => a.name.startsWith('on'))).map(e => e.tagName);
-        const target = document.querySelector('.path').lastChild;
+        const target = [...document.querySelectorAll('.path bdi')].pop().firstChild;
         const boxOf = at => { const range = document.createRange();
             range.setStart(target, at); range.setEnd(target, at + 1);
             return range.getBoundingClientRect(); };

@@ -60,6 +60,7 @@ protected:
         ::setenv("LC_ALL", "C", 1);
         ::setenv("TZ", "Europe/Istanbul", 1);
         ::tzset();
+        manifest.status = OutcomeStatus::Verified;
         manifest.sessionID = "0f8fad5b-d9cb-469f-a165-70867728950e";
         manifest.startedAt = manifest.finishedAt = *Clock::fromIso8601("2026-03-01T09:30:15Z");
         manifest.card.name = "A001";
@@ -246,14 +247,36 @@ TEST_F(PdfReports, SpeakBothLanguages) {
         const auto turkish = pdfText(write(report, kTurkish));
         for (const auto* text :
              {"Slatewise DIT raporu", "Slatewise DIT raporu (devam)", "1 Mar 2026",
-              "Oturum 0f8fad5b", "1 klasör", "61 dosya", "1.2 MB (1.234.567 bayt)", "Boyut",
-              "Doğrulama", "Gündüz", name.c_str(), "/media/A001", "/media/SSD/2026-03-01/A001",
-              "Slatewise DIT v0.1.42.0"})
+              "Oturum 0f8fad5b", "1 klasör", "61 dosya", "DOĞRULANDI", "2/",
+              "1,2 MB (1.234.567 bayt)", "Boyut", "Doğrulama", "Gündüz", name.c_str(),
+              "/media/A001", "/media/SSD/2026-03-01/A001", "Slatewise DIT v0.1.42.0"})
             EXPECT_THAT(turkish, HasSubstr(text)) << report.name;
         const auto english = pdfText(write(report, kEnglish));
         for (const auto* text : {"Slatewise DIT report (continued)", "Mar 1, 2026", "1 folders",
                                  "61 files", "(1,234,567 bytes)", "Verify"})
             EXPECT_THAT(english, HasSubstr(text)) << report.name;
+    }
+}
+
+TEST_P(EachPdfReport, BeginWithTheVerdictAndItsProblems) {
+    addClips(1);
+    manifest.card.camera = "CamA";
+    const std::tuple<OutcomeStatus, const char*, bool> verdicts[] = {
+        {OutcomeStatus::Verified, "VERIFIED", false},
+        {OutcomeStatus::Hashed, "HASHED", false},
+        {OutcomeStatus::Failed, "FAILED", true},
+    };
+    for (const auto& [status, word, isRed] : verdicts) {
+        manifest.status = status;
+        manifest.problems = {"first problem", "second problem"};
+        const auto file = write(GetParam());
+        const auto words = pdfWords(file);
+        EXPECT_LE(wordsLike(words, word).at(0).bottom, 25) << word;
+        EXPECT_EQ(redArea(pdfPicture(file, 1)).pixels > 10'000, isRed) << word;
+        EXPECT_EQ(wordsLike(words, "CamA").size(), 1U);
+        EXPECT_EQ(wordsLike(words, "problem").size(), 2U) << "all of them, when there is room";
+        manifest.problems.resize(5, "more");
+        EXPECT_THAT(pdfText(write(GetParam())), HasSubstr("and 4 more"));
     }
 }
 
@@ -302,16 +325,19 @@ TEST_P(EachPdfReport, KeepEveryTextInItsCell) {
     const auto& edges = GetParam().edges;
     for (const auto language : {kEnglish, kTurkish}) {
         int cutNames = 0;
+        int wholeFates = 0;
         for (const auto& word : pdfWords(write(GetParam(), language))) {
             const double tableTop = word.page == 1 ? 95 : 35;
             const bool isInTable = word.top > tableTop;
             const bool isInRow = isInTable && !foot.contains(word.text);
             const auto edge = std::upper_bound(edges.begin(), edges.end(), word.left);
             ASSERT_TRUE(edge != edges.begin() && edge != edges.end()) << word.text;
+            wholeFates += word.text == "copied_unverified" || word.text == "unverified" ? 1 : 0;
             EXPECT_LE(word.right, isInRow ? *edge - 3.5 : edges.back()) << word.text;
             if (edge == edges.begin() + 1 && isInRow)
                 cutNames += word.text.find("…") == std::string::npos ? 0 : 1;
         }
+        EXPECT_EQ(wholeFates, 1) << "a fate is never cut";
         EXPECT_EQ(cutNames, 5) << "at every depth and in every script";
     }
 }

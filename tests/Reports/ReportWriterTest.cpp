@@ -220,7 +220,7 @@ TEST(InventoryCSV, QuotesWhatNeedsItAndSpeaksBothLanguages) {
                   "\"new\nline\rcr\",1234567,\"1.2 MB (1,234,567 bytes)\",,,FAIL,failed,,,,,,,\n" +
                   ".DS_Store,1234567,\"1.2 MB (1,234,567 bytes)\",,,SKIP,skipped,,,,,,,\n");
     EXPECT_THAT(ReportWriter::inventoryCSV(manifest, AppLanguage::Turkish),
-                HasSubstr("1.2 MB (1.234.567 bayt)"));
+                HasSubstr("1,2 MB (1.234.567 bayt)"));
     manifest.files.clear();
     EXPECT_EQ(ReportWriter::inventoryCSV(manifest, AppLanguage::English), header);
 }
@@ -245,6 +245,20 @@ TEST(ChecksumList, IsAcceptedByTheToolThatPeopleUse) {
     EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
     EXPECT_EQ(std::count(result.standardOutput.begin(), result.standardOutput.end(), '\n'), 11);
     EXPECT_EQ(ReportWriter::checksumList(SessionManifest()), "");
+}
+
+TEST(ReportWriter, CountsAndListsWhatWasHashedAlone) {
+    OffloadOutcome outcome;
+    outcome.status = OutcomeStatus::Hashed;
+    outcome.files = {row("a.mov", RowAction::Hash, VerifyStatus::Hashed),
+                     row(".DS_Store", RowAction::Skip, VerifyStatus::Skipped)};
+    outcome.files.front().sourceSHA256 = kHash;
+    const auto manifest =
+        ReportWriter::buildManifest(outcome, {}, {}, "", "", AppLanguage::English);
+    EXPECT_EQ(manifest.counts.filesHashed, 1);
+    EXPECT_EQ(manifest.bytesHandled(), 1'234'567);
+    EXPECT_EQ(ReportWriter::checksumList(manifest), kHash + "  a.mov\n");
+    EXPECT_EQ(ReportWriter::isoDecode(ReportWriter::isoEncode(manifest)), manifest);
 }
 
 TEST(ReportWriter, WritesASetThatOthersCanRead) {
