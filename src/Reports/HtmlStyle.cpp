@@ -80,7 +80,7 @@ summary.row,.file.row{display:flex;flex-wrap:wrap;align-items:baseline;gap:2px 1
 .row>.hash{flex:1 0 100%;white-space:normal;overflow-wrap:anywhere}
 summary.row>.muted,.row>span:empty{display:none}
 details>ul{margin-left:9px;border-left:2px solid var(--line)}
-details details details details details details details details>ul{margin-left:0}
+details details details details details details details details>ul{margin-left:0;border-left:0}
 }
 @page{size:A4 landscape;margin:10mm 10mm 12mm;@bottom-right{content:counter(page) " / " counter(pages);font:7px sans-serif;color:#667085}}
 @media print{
@@ -99,10 +99,10 @@ header{padding:0 0 8px}
 .when,.session,.counts{font-size:9px}
 .toolbar{display:none}
 .tree{display:table;table-layout:fixed;width:100%}
-.heads{position:static;display:table-header-group}
+.heads{position:static;display:table-header-group;break-inside:avoid}
+.tree>ul{display:table-row-group}
 .tree>ul,details>ul{content-visibility:visible}
 .row{break-inside:avoid}
-.card-row,summary.row{break-after:avoid}
 .num small{font-size:8px}
 footer{break-inside:avoid;padding:6px 0 0;font-size:7px}
 }
@@ -132,7 +132,8 @@ footer a:hover{text-decoration:underline}
 @media screen and (min-width:900px) and (max-width:1189px){
 :root{--cols:minmax(160px,1.1fr) 110px 64px 84px minmax(170px,1fr) 92px 72px 42px;--high:46px}
 .head>:last-child{display:none}
-.row>:last-child{grid-column:1/-1;text-align:left!important;padding-left:min(calc(var(--d)*36px + 8px),25%)}
+summary.row>:last-child{display:none}
+.file.row>:last-child{grid-column:1/-1;text-align:left!important;padding-left:min(calc(var(--d)*36px + 8px),25%)}
 }
 @media screen and (max-width:899px){
 :root{--high:94px}
@@ -185,6 +186,7 @@ body{font-size:13px}
 .mtime{font-size:11px}
 .card-facts,.hash{font-size:11px}
 .cell{white-space:normal}
+summary.row>:nth-child(5){display:none}
 }
 @media print{
 :root{--cols:minmax(0,1.4fr) 88px minmax(0,1fr) 140px 74px 172px}

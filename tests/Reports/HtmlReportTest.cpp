@@ -294,6 +294,38 @@ TEST_P(HtmlInBrowser, FoldsAllAndLinesUpItsColumns) {
               "true,true,true/true,true,true,true");
 }
 
+TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
+    auto unproved = clip("A001/B/C/unproved.mov", 23.976, 23.976);
+    unproved.verifyStatus = VerifyStatus::CopiedUnverified;
+    auto manifest = session({unproved, file("1/2/3/4/5/6/7/8/9/10/11/12/A001C001_260301.mov")});
+    manifest.problems = {std::string(120, 'x')};
+    const auto framed = [&](const std::string& script) {
+        // A window has a least width, a frame in it has none.
+        return evaluate(manifest, "const page = document.documentElement.outerHTML;"
+                                  "document.documentElement.innerHTML = '<body></body>';"
+                                  "return [360, 700, 1000, 1400].map(width => {"
+                                  "const frame = document.createElement('iframe');"
+                                  "frame.style.width = width + 'px';"
+                                  "frame.style.height = '900px';"
+                                  "document.body.append(frame);"
+                                  "const inner = frame.contentDocument;"
+                                  "inner.open(); inner.write(page.split('<script>')[0]);"
+                                  "inner.close();" +
+                                      script + "}).join();");
+    };
+    EXPECT_EQ(framed(R"js(
+        const wide = inner.documentElement.scrollWidth > width;
+        const outside = [...inner.querySelectorAll('.row > *, dd, .label')].filter(cell => {
+            const box = cell.getBoundingClientRect();
+            return box.width > 0 && box.right > width;
+        }).length;
+        const fate = [...inner.querySelectorAll('wbr')][0].parentNode;
+        return [wide, outside, fate.scrollWidth > fate.clientWidth + 1 && fate.clientWidth > 0,
+                inner.querySelectorAll('.hash')[1].textContent.length].join(' ');
+    )js"),
+              "false 0 false 64,false 0 false 64,false 0 false 64,false 0 false 64");
+}
+
 TEST_P(HtmlInBrowser, ShowsNamesInDeepTrees) {
     const auto manifest = session({clip("1/2/3/4/5/6/7/8/9/A001C001_260301_R1XY.mov", 25, 25)});
     EXPECT_EQ(evaluate(manifest, R"js(
