@@ -110,8 +110,10 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         }
         const auto ended = co_await self->runPair(pair);
         result.pairs.push_back(ended);
-        if (ended.page)
+        if (ended.page) {
             result.report = ended.page;
+            co_await self->reportToService();
+        }
         if (ended.status == OutcomeStatus::Failed) {
             result.message = ended.message;
             continue;
@@ -150,7 +152,6 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
             throw CancellationError();
         co_await runEngine(work);
         co_await leaveTraces(work);
-        co_await reportToService();
         result.status = result.runStatus.value_or(OutcomeStatus::Failed);
         result.page = work->folders.inArchive / "Reports_Standart.html";
         if (!endedWell(result.status)) {
@@ -198,16 +199,24 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
     });
 }
 
-/// Delivers the pair's report and whatever else waits before the next pair begins.
+/// Delivers the pair's report and whatever else waits. A service that is slow holds a batch up for
+/// a moment, once; what is not delivered by then goes out while the batch goes on.
 QCoro::Task<> Batch::reportToService() {
-    return unlessCancelled(drain(*database_, plan_.serviceProfile));
+    const auto before = std::chrono::steady_clock::now();
+    co_await unlessCancelled(drain(*database_, plan_.serviceProfile), serviceTimeLeft_);
+    const auto waited = std::chrono::steady_clock::now() - before;
+    serviceTimeLeft_ -=
+        std::min(serviceTimeLeft_, std::chrono::duration_cast<std::chrono::milliseconds>(waited));
 }
 
-/// Waits for the end of `work`. Who cancels does not wait for a network or a disk: what is under
-/// way goes on by itself.
-QCoro::Task<> Batch::unlessCancelled(QCoro::Task<> work) {
+/// Waits for the end of `work`, no longer than `patience`. Who cancels does not wait for a network
+/// or a disk: what is under way goes on by itself.
+QCoro::Task<> Batch::unlessCancelled(QCoro::Task<> work,
+                                     std::optional<std::chrono::milliseconds> patience) {
     const auto over = std::make_shared<QPromise<void>>();
     over->start();
+    if (patience)
+        QTimer::singleShot(*patience, [over] { over->finish(); });
     const std::stop_callback cancelled(stop_.get_token(), [over] { over->finish(); });
     finishAfter(std::move(work), over);
     const auto ending = over->future();

@@ -8,6 +8,7 @@
 
 #include <QCoro/QCoroTask>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -103,7 +104,8 @@ private:
     QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
     QCoro::Task<> reportToService();
-    QCoro::Task<> unlessCancelled(QCoro::Task<> work);
+    QCoro::Task<> unlessCancelled(QCoro::Task<> work,
+                                  std::optional<std::chrono::milliseconds> patience = {});
     QCoro::Task<> ejectIfWanted(ClassifiedVolume card);
     void deliver(const RunMailbox::Mail& mail);
 
@@ -112,6 +114,8 @@ private:
     const std::shared_ptr<AppDatabase> database_;
     BatchListener* listener_;
     std::stop_source stop_;
+    /// What all pairs together may still wait for the service.
+    std::chrono::milliseconds serviceTimeLeft_{5000};
 };
 
 } // namespace slatewise

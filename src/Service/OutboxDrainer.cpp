@@ -6,6 +6,11 @@
 #include "Storage/AppLog.h"
 
 #include <QPromise>
+#include <QTimer>
+
+#include <algorithm>
+#include <cerrno>
+#include <list>
 
 namespace slatewise {
 
@@ -21,27 +26,47 @@ public:
 
     /// Ends when all that came before have ended.
     QFuture<void> before() const { return before_; }
+    /// Ends when this one does.
+    QFuture<void> end() const { return end_.future(); }
 
-private:
+    /// The end of the latest.
     static QFuture<void>& last() {
         static QFuture<void> future;
         return future;
     }
 
+private:
     QPromise<void> end_;
     QFuture<void> before_;
 };
 
-/// Keeps other programs off the same store; empty where a store has no file to lock beside.
-std::shared_ptr<FileLock> lockStore(const AppDatabase& database) {
+/// A drain that was asked for and has not begun.
+struct WaitingDrain {
+    AppDatabase database;
+    SaaSProfile profile;
+    QFuture<void> end;
+};
+
+/// GUI thread.
+std::list<WaitingDrain>& waitingDrains() {
+    static std::list<WaitingDrain> drains;
+    return drains;
+}
+
+/// Keeps other programs off the same store; empty where a store has no file to lock beside. Fails
+/// when another program does not let go of it.
+std::shared_ptr<FileLock> lockStore(const AppDatabase& database,
+                                    std::chrono::milliseconds patience) {
     auto file = database.file();
     if (file.empty())
         return nullptr;
     file += "-outbox.lock";
     try {
-        return std::make_shared<FileLock>(file);
-    } catch (const Error& failure) {
+        return std::make_shared<FileLock>(file, patience);
+    } catch (const PosixError& failure) {
         AppLog::append("Outbox not locked: " + failure.localizedDescription());
+        if (failure.code() == EWOULDBLOCK)
+            throw;
         return nullptr;
     }
 }
@@ -80,14 +105,15 @@ QCoro::Task<void> tryToDeliver(AppDatabase database, DirectSaaSClient client, st
     co_await counting;
 }
 
-QCoro::Task<void> drainStore(AppDatabase database, DirectSaaSClient client) {
-    const Turn turn;
-    co_await turn.before();
-    const auto locking = onWorker([=] { return lockStore(database); });
-    const auto lock = co_await locking;
-    co_await client.presence();
+/// Never fails.
+QCoro::Task<void> deliverAll(AppDatabase database, DirectSaaSClient client,
+                             std::chrono::milliseconds lockPatience) {
+    std::shared_ptr<FileLock> lock;
     std::vector<std::int64_t> pending;
     try {
+        const auto locking = onWorker([=] { return lockStore(database, lockPatience); });
+        lock = co_await locking;
+        co_await client.presence();
         const auto listing = onWorker([=] { return database.pendingOutboxIDs(); });
         pending = co_await listing;
     } catch (const std::exception&) {
@@ -102,16 +128,54 @@ QCoro::Task<void> drainStore(AppDatabase database, DirectSaaSClient client) {
     }
 }
 
+QCoro::Task<void> drainInTurn(AppDatabase database, DirectSaaSClient client,
+                              std::chrono::milliseconds lockPatience) {
+    auto& waiting = waitingDrains();
+    const auto same = std::find_if(waiting.begin(), waiting.end(), [&](const auto& other) {
+        return other.database.isSame(database) && other.profile == client.profile;
+    });
+    if (same != waiting.end()) {
+        const auto end = same->end;
+        co_await end;
+        co_return;
+    }
+    const Turn turn;
+    const auto place = waiting.insert(waiting.end(), {database, client.profile, turn.end()});
+    co_await turn.before();
+    waiting.erase(place);
+    co_await deliverAll(database, std::move(client), lockPatience);
+}
+
+QCoro::Task<void> finishAfter(QFuture<void> drains, std::shared_ptr<QPromise<bool>> over) {
+    co_await drains;
+    over->addResult(true);
+    over->finish();
+}
+
 } // namespace
 
-OutboxDrainer::OutboxDrainer(AppDatabase& database, HttpSession::Limits limits)
-    : database_(database), limits_(limits) {}
+OutboxDrainer::OutboxDrainer(AppDatabase& database, HttpSession::Limits limits,
+                             std::chrono::milliseconds lockPatience)
+    : database_(database), limits_(limits), lockPatience_(lockPatience) {}
 
 QCoro::Task<void> OutboxDrainer::drain(std::optional<SaaSProfile> profile) const {
     if (!profile || profile->accountID.empty() || profile->saasAPIURL.empty())
         co_return;
     DirectSaaSClient client{.profile = std::move(*profile), .limits = limits_};
-    co_await drainStore(database_, std::move(client));
+    co_await drainInTurn(database_, std::move(client), lockPatience_);
+}
+
+QCoro::Task<bool> OutboxDrainer::waitForAll(std::chrono::milliseconds patience) {
+    const auto over = std::make_shared<QPromise<bool>>();
+    over->start();
+    QTimer::singleShot(patience, [over] {
+        over->addResult(false);
+        over->finish();
+    });
+    finishAfter(Turn::last(), over);
+    const auto ending = over->future();
+    co_await ending;
+    co_return ending.resultAt(0);
 }
 
 } // namespace slatewise

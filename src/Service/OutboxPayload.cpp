@@ -4,6 +4,7 @@
 #include "Platform/Json.h"
 #include "Reports/ManifestJSON.h"
 #include "Storage/AppDatabase.h"
+#include "Storage/AppLog.h"
 
 #include <algorithm>
 
@@ -109,8 +110,9 @@ void selfEnqueue(const OffloadOutcome& outcome, const ClassifiedVolume& card,
                  AppDatabase& database) noexcept {
     try {
         database.enqueueOutbox("session", makePayload(outcome, card, manifest).encoded());
-    } catch (const std::exception&) {
-        // Nobody but the service would miss it, and the footage and its reports are complete.
+    } catch (const std::exception& failure) {
+        // The footage and its reports are complete, but the service will miss it.
+        AppLog::append("Session not reported: " + describe(failure));
     }
 }
 

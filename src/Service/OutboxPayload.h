@@ -61,7 +61,7 @@ OutboxPayload makePayload(const OffloadOutcome& outcome, const ClassifiedVolume&
                           const SessionManifest& manifest);
 
 /// Stores the report of a session among those that wait for the service. A report that cannot be
-/// made or stored is lost without a word: no offload fails because of it. Blocks; any thread.
+/// made or stored is a line in the log: no offload fails because of it. Blocks; any thread.
 void selfEnqueue(const OffloadOutcome& outcome, const ClassifiedVolume& card,
                  const ClassifiedVolume& destination, const SessionManifest& manifest,
                  AppDatabase& database) noexcept;

@@ -28,6 +28,9 @@ public:
     /// The file, empty for a store in memory.
     std::filesystem::path file() const;
 
+    /// Whether both share one connection.
+    bool isSame(const AppDatabase& other) const { return queue_ == other.queue_; }
+
     /// Stores the session, its files and an activity row, all or nothing. A session that is stored
     /// already is a failure.
     void save(const OffloadOutcome& outcome, const std::string& cardName,

@@ -1,6 +1,8 @@
 #include "Platform/Text.h"
+#include "Storage/AppDatabase.h"
 #include "support/Files.h"
 #include "support/Process.h"
+#include "support/RecordingServer.h"
 
 #include <gmock/gmock.h>
 
@@ -77,6 +79,22 @@ protected:
 };
 
 } // namespace
+
+TEST_F(OffloadProgram, IsNotHeldUpByAServiceThatNeverAnswers) {
+    const DeafServer service;
+    const auto profile = store().parent_path() / "service-profile.json";
+    writeFile(profile,
+              R"({"accountID":"a","presenceToken":"t","saasAPIURL":")" + service.url() + "\"}");
+    std::filesystem::permissions(profile, std::filesystem::perms(0600));
+    const auto before = std::chrono::steady_clock::now();
+    const auto result =
+        offload({"--to", folder / "Disk1", "--to", folder / "Disk2", folder / "A001"});
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(25));
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_THAT(lines(result), SizeIs(2));
+    EXPECT_THAT(result.standardError, HasSubstr("The service did not answer"));
+    EXPECT_THAT(AppDatabase(store()).pendingOutboxIDs(), SizeIs(2));
+}
 
 TEST_F(OffloadProgram, TakesEveryCardToEveryDiskAndLeavesItsTraces) {
     const auto result = offload({"--camera", "CamA", "--crew", "Unit 1", "--to", folder / "Disk1",

@@ -4,13 +4,19 @@
 #include "Offload/PathSize.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Text.h"
+#include "Service/OutboxDrainer.h"
 #include "Storage/AppDatabase.h"
 
 #include <QEventLoop>
 
+#include <chrono>
+
 namespace slatewise::tool {
 
 namespace {
+
+/// How long the service may still take when everything else is done.
+constexpr std::chrono::seconds kServicePatience{10};
 
 /// The user's settings, with what the command line says instead. Whether anything is copied is the
 /// command line's word alone: a script must not depend on a switch in a window. The same holds for
@@ -60,6 +66,9 @@ std::vector<PairResult> Offload::run(std::stop_token stop) {
     QObject::connect(&model_, &AppModel::batchFinished, &loop, &QEventLoop::quit);
     begin();
     loop.exec();
+    // Who interrupts does not wait for a network.
+    if (!stop_.stop_requested() && !QCoro::waitFor(OutboxDrainer::waitForAll(kServicePatience)))
+        display_.note(texts_.reportsStillWait());
     return results_;
 }
 

@@ -22,4 +22,10 @@ std::string Texts::reportsNotWritten(std::string_view reason) const {
                              reason);
 }
 
+std::string_view Texts::reportsStillWait() const {
+    return shared.isTurkish()
+               ? "Servis yanıt vermedi; bildirimler bekliyor ve bir sonraki açılışta gönderilecek."
+               : "The service did not answer; its reports wait and are sent at the next start.";
+}
+
 } // namespace slatewise::tool

@@ -15,6 +15,7 @@ public:
     std::string timeLeft(std::string_view time) const;
     std::string leftOnDestination(std::string_view sessionRoot) const;
     std::string reportsNotWritten(std::string_view reason) const;
+    std::string_view reportsStillWait() const;
 
     /// The texts of the application.
     L10n shared;

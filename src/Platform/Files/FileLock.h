@@ -2,6 +2,7 @@
 
 #include "Platform/Files/FileDescriptor.h"
 
+#include <chrono>
 #include <filesystem>
 
 namespace slatewise {
@@ -11,8 +12,9 @@ namespace slatewise {
 /// does.
 class FileLock {
 public:
-    /// Waits as long as another holds the lock. Fails with `PosixError`.
-    explicit FileLock(const std::filesystem::path& file);
+    /// Waits while another holds the lock, no longer than `patience`: whoever holds it may be
+    /// suspended. Fails with `PosixError`, whose code is `EWOULDBLOCK` when the time ran out.
+    FileLock(const std::filesystem::path& file, std::chrono::milliseconds patience);
 
 private:
     FileDescriptor file_;
