@@ -62,10 +62,10 @@ void measureCase(const std::filesystem::path& folder, const Case& example) {
     makeFiles(card, example.files, example.fileBytes, example.filesPerFolder);
     std::map<std::string, std::vector<double>> seconds;
     for (int round = 0; round < kRounds; ++round) {
-        for (const auto& [name, way] : ways) {
+        for (const auto& way : ways) {
             const auto copy = folder / "copy";
             dropCaches({card});
-            seconds[name].push_back(wallSeconds([&] { way(card, copy); }));
+            seconds[way.first].push_back(wallSeconds([&] { way.second(card, copy); }));
             std::filesystem::remove_all(copy);
         }
     }

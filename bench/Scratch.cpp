@@ -33,7 +33,7 @@ double cpuSecondsSoFar() {
 void makeFiles(const std::filesystem::path& root, int count, std::int64_t sizeBytes,
                int perFolder) {
     std::mt19937_64 numbers(1);
-    std::string block(std::min<std::int64_t>(sizeBytes, 1 << 20), '\0');
+    std::string block(static_cast<std::size_t>(std::min<std::int64_t>(sizeBytes, 1 << 20)), '\0');
     for (int file = 0; file < count; ++file) {
         const auto folder = root / fmt::format("{:05}", file / perFolder);
         std::filesystem::create_directories(folder);

@@ -15,7 +15,8 @@ public:
     Boxed(const Boxed& other) : value_(other.copy()) {}
     Boxed(Boxed&&) noexcept = default;
     Boxed& operator=(const Boxed& other) {
-        value_ = other.copy();
+        if (this != &other)
+            value_ = other.copy();
         return *this;
     }
     Boxed& operator=(Boxed&&) noexcept = default;

@@ -147,7 +147,7 @@ void Person::chooseDisk(const QString& disk) {
 
 MountedVolume& Person::makeReady(int clips, std::size_t clipBytes) {
     auto& card = plugInCard("A001", clips, clipBytes);
-    plugIn("SHUTTLE", static_cast<std::int64_t>(4 * clips * clipBytes));
+    plugIn("SHUTTLE", 4 * clips * static_cast<std::int64_t>(clipBytes));
     choose("A001", "CamA");
     chooseDisk("SHUTTLE");
     return card;

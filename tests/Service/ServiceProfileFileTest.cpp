@@ -117,7 +117,7 @@ TEST_F(ServiceProfile, WhatIsMalformedCountsAsNoneAndIsNamedOnce) {
 }
 
 TEST_F(ServiceProfile, WhatOthersCanGetAtIsRefusedUntilMended) {
-    for (const mode_t mode : {0640, 0604, 0644, 0620, 0602}) {
+    for (const mode_t mode : {0640U, 0604U, 0644U, 0620U, 0602U}) {
         put(file, profileText("open"), mode);
         ServiceProfileFile profile(file.parent_path());
         EXPECT_FALSE(profile.current()) << mode;

@@ -103,7 +103,7 @@ protected:
         runPrivileged({"chmod", "0777", disk->path().native()});
         std::uint32_t seed = 0;
         for (int card = 0; card < kCards; ++card) {
-            for (const std::size_t size : {3, 70'000, 1'048'577}) {
+            for (const std::size_t size : {3U, 70'000U, 1'048'577U}) {
                 writeFile(this->card(card) / "DCIM" / std::to_string(size), bytesOf(size, ++seed));
             }
         }
