@@ -4,6 +4,7 @@
 
 namespace slatewise::AppInfo {
 
+const std::string_view version = SLATEWISE_VERSION;
 const std::string_view websiteURL = SLATEWISE_WEBSITE_URL;
 
 std::string linkText(std::string_view url) {

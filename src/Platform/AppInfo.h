@@ -7,7 +7,8 @@
 namespace slatewise::AppInfo {
 
 inline constexpr std::string_view name = "Slatewise DIT";
-inline constexpr std::string_view version = "0.1.42.0";
+/// The build's, "0.1.42.0" for instance.
+extern const std::string_view version;
 inline constexpr std::string_view bundleID = "com.slatewise.dit";
 /// The application's name in a session manifest.
 inline constexpr std::string_view manifestApp = "slw-dit";
