@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace slatewise {
 
@@ -30,6 +31,8 @@ int countRows(const OffloadOutcome& outcome, VerifyStatus verifyStatus) {
 CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
     return {.card = pair.card,
             .destination = pair.destination,
+            .cardFolder = pair.cardFolder,
+            .destinationFolder = pair.destinationFolder,
             .settings = plan.settings,
             .camera = pair.camera,
             .ekip = pair.ekip,
@@ -48,14 +51,12 @@ void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     }
 }
 
-using Obstacle = std::optional<std::string>;
-
-QCoro::Task<> look(std::function<Obstacle()> find, std::shared_ptr<Obstacle> found) {
+std::shared_ptr<const RootFolder> openIfThere(const std::filesystem::path& path) {
     try {
-        const auto looking = onWorker(std::move(find));
-        *found = co_await looking;
-    } catch (const std::exception& failure) {
-        *found = describe(failure);
+        return std::make_shared<const RootFolder>(path);
+    } catch (const PosixError& failure) {
+        AppLog::append(describe(failure));
+        return nullptr;
     }
 }
 
@@ -65,6 +66,19 @@ QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile) {
     co_await draining;
 }
 
+/// Nobody may be told "verified" of what lies on a disk that is not the chosen one any more.
+void withdrawIfMoved(const BatchPair& pair, OffloadOutcome& outcome, RunMailbox& mail) {
+    const auto missing = pair.findMissingFolder();
+    if (!missing)
+        return;
+    outcome.status = OutcomeStatus::Failed;
+    auto& known = outcome.problems;
+    if (std::find(known.begin(), known.end(), *missing) != known.end())
+        return;
+    known.push_back(*missing);
+    mail.observer().problem(*missing);
+}
+
 QCoro::Task<> finishAfter(QCoro::Task<> work, std::shared_ptr<QPromise<void>> over) {
     co_await work;
     over->finish();
@@ -72,13 +86,18 @@ QCoro::Task<> finishAfter(QCoro::Task<> work, std::shared_ptr<QPromise<void>> ov
 
 } // namespace
 
+struct Batch::FirstLook {
+    std::optional<std::string> obstacle;
+    Folders folders;
+};
+
 /// What the steps of one pair hand on to each other. Big things in it come into being and go on
 /// workers alone.
 struct Batch::PairWork {
     BatchPair pair;
     RunMailbox mail;
     PairResult result;
-    std::unique_ptr<const OffloadOutcome> outcome;
+    std::unique_ptr<OffloadOutcome> outcome;
     PairTraces::Folders folders;
 };
 
@@ -131,13 +150,32 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
 
 /// Why nothing can be begun, in the user's words.
 QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
-    const auto found = std::make_shared<Obstacle>();
-    const auto looking = unlessCancelled(
-        look([find = surroundings_.findObstacle, plan = plan_] { return find(plan); }, found));
+    const auto found = std::make_shared<FirstLook>();
+    const auto looking =
+        unlessCancelled(onWorker([found, plan = plan_, surroundings = surroundings_] {
+            *found = lookAt(plan, surroundings);
+        }));
     co_await looking;
     if (stop_.stop_requested())
         co_return std::string(plan_.l10n().cancelled());
-    co_return *found;
+    folders_ = std::move(found->folders);
+    co_return found->obstacle;
+}
+
+/// Takes hold of every card and every disk before anything else is asked of them. One that is not
+/// there fails the pairs that need it.
+Batch::FirstLook Batch::lookAt(const BatchPlan& plan, const BatchSurroundings& surroundings) {
+    FirstLook look;
+    try {
+        for (const auto* volumes : {&plan.cards, &plan.destinations}) {
+            for (const auto& volume : *volumes)
+                look.folders[volume.facts.mountPoint] = openIfThere(volume.facts.mountPoint);
+        }
+        look.obstacle = surroundings.findObstacle(plan);
+    } catch (const std::exception& failure) {
+        look.obstacle = describe(failure);
+    }
+    return look;
 }
 
 /// Never fails: a failure is a result.
@@ -146,6 +184,8 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         listener_->pairBegan(pair);
     const auto work = std::make_shared<PairWork>();
     work->pair = std::move(pair);
+    work->pair.cardFolder = folders_[work->pair.card.facts.mountPoint];
+    work->pair.destinationFolder = folders_[work->pair.destination.facts.mountPoint];
     auto& result = work->result;
     try {
         if (stop_.stop_requested())
@@ -172,6 +212,9 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         result.sessionRoot = work->mail.sessionRoot();
     result.reportFolder =
         work->folders.onDestination.empty() ? work->folders.inArchive : work->folders.onDestination;
+    // Workers may be slower to let go of their work than to end it.
+    work->pair.cardFolder.reset();
+    work->pair.destinationFolder.reset();
     if (listener_)
         listener_->pairEnded(work->pair, result);
     co_return result;
@@ -183,9 +226,10 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
     QObject::connect(&postman, &QTimer::timeout, [this, work] { deliver(work->mail.take()); });
     postman.start(kProgressInterval);
     auto running = onWorker([self = shared_from_this(), work] {
-        work->outcome = std::make_unique<const OffloadOutcome>(self->surroundings_.runEngine(
+        if (const auto missing = work->pair.findMissingFolder())
+            throw Error(missing->text(self->plan_.l10n()));
+        work->outcome = std::make_unique<OffloadOutcome>(self->surroundings_.runEngine(
             requestFor(self->plan_, work->pair), work->mail.observer(), self->stop_.get_token()));
-        takeOver(*work->outcome, work->result);
     });
     co_await running;
     postman.stop();
@@ -195,6 +239,8 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
 QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
     return onWorker([self = shared_from_this(), work] {
         const auto outcome = std::move(work->outcome);
+        withdrawIfMoved(work->pair, *outcome, work->mail);
+        takeOver(*outcome, work->result);
         PairTraces::leave(self->plan_, work->pair, *outcome, *self->database_, work->folders);
     });
 }
@@ -227,8 +273,15 @@ QCoro::Task<> Batch::unlessCancelled(QCoro::Task<> work,
 QCoro::Task<> Batch::ejectIfWanted(ClassifiedVolume card) {
     if (!plan_.settings.ejectAfterSuccess || !surroundings_.eject)
         co_return;
-    auto ejecting = onWorker([eject = surroundings_.eject, card = std::move(card)] {
+    auto ejecting = onWorker([eject = surroundings_.eject,
+                              folder = std::exchange(folders_[card.facts.mountPoint], nullptr),
+                              card = std::move(card)]() mutable {
         try {
+            // Another card may lie there by now.
+            if (!folder || !folder->isStillAtItsPath())
+                return;
+            // A volume that is held open cannot be unmounted.
+            folder.reset();
             eject(card.facts.mountPoint);
         } catch (const std::exception& failure) {
             AppLog::append("Not ejected: " + card.name() + ": " + describe(failure));

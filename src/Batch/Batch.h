@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -97,9 +98,13 @@ public:
 
 private:
     struct PairWork;
+    /// What each path led to when the batch began; nothing where it led to no folder.
+    using Folders = std::map<std::filesystem::path, std::shared_ptr<const RootFolder>>;
+    struct FirstLook;
 
     static QCoro::Task<> run(std::shared_ptr<Batch> self);
     QCoro::Task<std::optional<std::string>> findObstacle();
+    static FirstLook lookAt(const BatchPlan& plan, const BatchSurroundings& surroundings);
     QCoro::Task<PairResult> runPair(BatchPair pair);
     QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
@@ -113,6 +118,7 @@ private:
     const BatchSurroundings surroundings_;
     const std::shared_ptr<AppDatabase> database_;
     BatchListener* listener_;
+    Folders folders_;
     std::stop_source stop_;
     /// What all pairs together may still wait for the service.
     std::chrono::milliseconds serviceTimeLeft_{5000};

@@ -25,6 +25,14 @@ std::string label(const BatchPlan& plan, std::size_t card, std::size_t destinati
 
 } // namespace
 
+std::optional<OffloadProblem> BatchPair::findMissingFolder() const {
+    if (!cardFolder || !cardFolder->isStillAtItsPath())
+        return OffloadProblem{OffloadProblem::Kind::CardGone, card.name()};
+    if (!destinationFolder || !destinationFolder->isStillAtItsPath())
+        return OffloadProblem{OffloadProblem::Kind::DiskReplaced, destination.name()};
+    return std::nullopt;
+}
+
 std::vector<BatchPair> BatchPlan::pairs() const {
     const auto labelOf = [](const CardLabels& labels, const std::string& id) {
         const auto found = labels.find(id);
@@ -42,7 +50,9 @@ std::vector<BatchPair> BatchPlan::pairs() const {
                              labelOf(ekipByCardID, id),
                              {label(*this, card, destination, camera),
                               static_cast<int>(pairs.size()), static_cast<int>(count)},
-                             destination + 1 == destinations.size()});
+                             destination + 1 == destinations.size(),
+                             {},
+                             {}});
         }
     }
     return pairs;

@@ -2,12 +2,15 @@
 
 #include "Batch/ProgressTexts.h"
 #include "Language/L10n.h"
+#include "Offload/OffloadProblem.h"
 #include "Offload/OffloadSettings.h"
+#include "Platform/Files/RootFolder.h"
 #include "Service/SaaSProfile.h"
 #include "Volumes/VolumeRecords.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +26,13 @@ struct BatchPair {
     /// Where the batch stands while this pair is at work.
     BatchPosition position;
     bool isLastOfCard = false;
+    /// The two as the batch found them when it began; empty before it has, or when it found none.
+    std::shared_ptr<const RootFolder> cardFolder{};
+    std::shared_ptr<const RootFolder> destinationFolder{};
+
+    /// What is to be told of a card or a disk whose path does not lead to what was chosen; empty
+    /// when both are in place. Asks the disks; any thread.
+    std::optional<OffloadProblem> findMissingFolder() const;
 };
 
 /// What a batch is to do, as it stood when the user pressed the button. Nothing that is changed

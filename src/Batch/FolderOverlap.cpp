@@ -60,7 +60,8 @@ std::optional<std::string> find(const BatchPlan& plan, Instant now) {
         const auto& destination = pair.destination.facts.mountPoint;
         const auto cardName = Text::displayable(pair.card.name());
         const auto destinationName = Text::displayable(pair.destination.name());
-        if (contains(card, destination))
+        // A link may have taken the place of the folder that the reports go to.
+        if (contains(card, destination) || contains(card, destination / "reports"))
             return plan.l10n().destinationInsideCard(destinationName, cardName);
         // Who only hashes may well hash an earlier session where it lies.
         if (plan.settings.verifyOnly)

@@ -39,6 +39,9 @@ void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& o
     ReportWriter::write(manifest, archive / name, plan.language);
     folders.inArchive = archive / name;
     const auto onDestination = ReportFolder::destinationReportsRoot(destination.mountPoint) / name;
+    // What lies beneath a disk that is gone is none of ours.
+    if (const auto missing = pair.findMissingFolder())
+        throw Error(missing->text(plan.l10n()));
     ReportWriter::copySidecars(folders.inArchive, onDestination);
     folders.onDestination = onDestination;
 

@@ -163,6 +163,27 @@ std::string L10n::readFromMemory(Text subject) const {
                              subject);
 }
 
+std::string L10n::cardGone(Text card) const {
+    return isTurkish() ? fmt::format("{} kartı artık yerinde değil.", card)
+                       : fmt::format("The card {} is no longer there.", card);
+}
+
+std::string L10n::diskReplaced(Text disk) const {
+    return isTurkish() ? fmt::format("{} diski artık seçilen disk değil.", disk)
+                       : fmt::format("The disk {} is no longer the one that was chosen.", disk);
+}
+
+std::string L10n::linkLeadsOut(Text link) const {
+    return isTurkish() ? fmt::format("Bağlantı kartın dışına çıkıyor, kopyalanmadı: {}", link)
+                       : fmt::format("The link {} leads out of the card and was not copied.", link);
+}
+
+std::string L10n::templateLeadsOut(Text pathTemplate) const {
+    return isTurkish()
+               ? fmt::format("Klasör şablonu hedefin dışına çıkıyor: {}", pathTemplate)
+               : fmt::format("The folder template leads out of the destination: {}", pathTemplate);
+}
+
 std::string L10n::cannotStart(Text reason) const {
     return fmt::format("{}: {}", text("Slatewise DIT cannot start", "Slatewise DIT başlatılamıyor"),
                        reason);

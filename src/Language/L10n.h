@@ -61,6 +61,10 @@ public:
     std::string folderNotRead(Text folder, Text reason) const;
     std::string nothingReadBack(Text disk, Text reason) const;
     std::string readFromMemory(Text subject) const;
+    std::string cardGone(Text card) const;
+    std::string diskReplaced(Text disk) const;
+    std::string linkLeadsOut(Text link) const;
+    std::string templateLeadsOut(Text pathTemplate) const;
     std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.
     std::string connected(Text account, Text address) const;

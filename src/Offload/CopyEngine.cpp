@@ -4,11 +4,10 @@
 #include "Offload/FolderTemplate.h"
 #include "Offload/MediaProbe.h"
 #include "Offload/OffloadError.h"
-#include "Offload/PathSize.h"
 #include "Offload/SHA256Hasher.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
-#include "Platform/Files/FileSystem.h"
+#include "Platform/Files/RootFolder.h"
 #include "Platform/Text.h"
 
 #include <cerrno>
@@ -47,13 +46,16 @@ class Run {
 public:
     Run(const Request& request, const Observer& observer, std::stop_token stop)
         : request_(request), observer_(observer), stop_(std::move(stop)),
-          cardRoot_(request.card.facts.mountPoint),
-          destinationRoot_(request.destination.facts.mountPoint) {}
+          card_(folderOf(request.cardFolder, request.card,
+                         OffloadError::CardGone{request.card.name()})),
+          destination_(folderOf(request.destinationFolder, request.destination,
+                                OffloadError::DiskReplaced{request.destination.name()})) {}
 
     OffloadOutcome perform() {
         publish(Phase::Scanning());
-        sessionRoot_ = FolderTemplate::uniqueExisting(wantedSessionRoot());
+        nameSession();
         throwIfCancelled();
+        requireFolders();
         takeInventory();
         if (request_.settings.verifyOnly)
             return hashSource();
@@ -65,22 +67,63 @@ public:
 private:
     // Before anything is written
 
-    std::filesystem::path wantedSessionRoot() const {
-        return FolderTemplate::sessionRoot(request_.settings,
-                                           {.destination = destinationRoot_,
-                                            .cardName = request_.card.facts.volumeName,
-                                            .camera = request_.camera,
-                                            .ekip = request_.ekip,
-                                            .project = {},
-                                            .now = request_.now});
+    /// What nobody has opened yet is opened now. What cannot be is gone.
+    static std::shared_ptr<const RootFolder> folderOf(std::shared_ptr<const RootFolder> opened,
+                                                      const ClassifiedVolume& volume,
+                                                      OffloadError::Reason whenGone) {
+        if (opened)
+            return opened;
+        try {
+            return std::make_shared<const RootFolder>(volume.facts.mountPoint);
+        } catch (const PosixError&) {
+            throw OffloadError(std::move(whenGone));
+        }
+    }
+
+    void nameSession() {
+        const auto wanted = FolderTemplate::sessionRoot(request_.settings,
+                                                        {.destination = destination_->path(),
+                                                         .cardName = request_.card.facts.volumeName,
+                                                         .camera = request_.camera,
+                                                         .ekip = request_.ekip,
+                                                         .project = {},
+                                                         .now = request_.now});
+        const auto below = FolderTemplate::belowDestination(wanted, destination_->path());
+        if (!below)
+            throw OffloadError(OffloadError::TemplateLeadsOut{request_.settings.folderTemplate});
+        session_ = FolderTemplate::uniqueExisting(
+            *below, [this](const auto& path) { return destination_->exists(path); });
+        sessionRoot_ = destination_->path() / session_;
+    }
+
+    /// What lies under the two paths now is what is meant, or nothing is done with it.
+    void requireFolders() const {
+        if (!card_->isStillAtItsPath())
+            throw OffloadError(OffloadError::CardGone{request_.card.name()});
+        if (!destination_->isStillAtItsPath())
+            throw OffloadError(OffloadError::DiskReplaced{request_.destination.name()});
+    }
+
+    /// As `requireFolders`, once there is something to tell of.
+    bool findsFoldersInPlace() {
+        const bool isCardThere = card_->isStillAtItsPath();
+        const bool isDiskThere = destination_->isStillAtItsPath();
+        if (!isCardThere)
+            reportProblem({Kind::CardGone, request_.card.name()});
+        if (!isDiskThere)
+            reportProblem({Kind::DiskReplaced, request_.destination.name()});
+        return isCardThere && isDiskThere;
     }
 
     void takeInventory() {
-        entries_ = TreeWalker::walk(cardRoot_, request_.settings.skipNames(), {},
-                                    [this](const std::filesystem::path& folder, int code) {
-                                        reportProblem({Kind::FolderNotRead, folder.native(),
-                                                       std::generic_category().message(code)});
-                                    });
+        entries_ =
+            TreeWalker::walk(*card_, request_.settings.skipNames(), {},
+                             {.unreadable = [this](const std::string& folder,
+                                                   int code) { noteUnreadable(folder, code); },
+                              .leadsOut =
+                                  [this](const std::string& link) {
+                                      reportProblem({Kind::LinkLeadsOut, link});
+                                  }});
         for (const auto& entry : entries_) {
             if (!entry.shouldCopy)
                 continue;
@@ -89,8 +132,19 @@ private:
         }
     }
 
+    /// Everything else is still copied and proved; only the word for all of it is lost.
+    void noteUnreadable(const std::string& folder, int code) {
+        const auto reason = std::generic_category().message(code);
+        if (folder == "lost+found" && code == EACCES) {
+            reportProblem({Kind::LostAndFoundNotRead, folder, reason});
+            return;
+        }
+        isWholeCardRead_ = false;
+        reportProblem({Kind::FolderNotRead, folder, reason});
+    }
+
     void requireSpace() const {
-        const auto free = PathSize::volumeBytes(destinationRoot_).free;
+        const auto free = destination_->capacity().free;
         if (totalBytes_ < 1 || free < 1)
             return;
         const auto needed = totalBytes_ + spaceMargin(totalBytes_);
@@ -101,9 +155,10 @@ private:
     /// The walk may have taken a while: a folder that came into being meanwhile is not ours, so the
     /// session's folder must be one that this run made.
     void createSessionRoot() {
-        FileSystem::createFolders(sessionRoot_.parent_path());
-        while (!FileSystem::createNewFolder(sessionRoot_))
-            sessionRoot_ = FolderTemplate::uniqueExisting(wantedSessionRoot());
+        requireFolders();
+        destination_->createFolders(session_.parent_path());
+        while (!destination_->createNewFolder(session_))
+            nameSession();
         if (observer_.sessionRootCreated)
             observer_.sessionRootCreated(sessionRoot_);
     }
@@ -120,12 +175,14 @@ private:
                 continue;
             }
             auto row = makeRow(entry, RowAction::Hash, VerifyStatus::Hashed);
-            row.sourceSHA256 = SHA256Hasher::hashFile(cardRoot_ / entry.relativePath,
+            row.sourceSHA256 = SHA256Hasher::hashFile(onCard(entry.relativePath),
                                                       SHA256Hasher::bufferSize, watch({}));
             results_.push_back(std::move(row));
         }
-        lookIntoClips(cardRoot_);
-        return outcome(OutcomeStatus::Hashed, 0);
+        if (!findsFoldersInPlace())
+            return outcome(OutcomeStatus::Failed, 0);
+        lookIntoClips(card_->path());
+        return outcome(isWholeCardRead_ ? OutcomeStatus::Hashed : OutcomeStatus::Failed, 0);
     }
 
     // Copying
@@ -148,8 +205,12 @@ private:
         if (!settleOnDevice())
             return outcome(OutcomeStatus::Failed, progress.bytesDone());
         const bool allProved = verifyCopies();
-        lookIntoClips(sessionRoot_);
-        return outcome(allProved ? OutcomeStatus::Verified : OutcomeStatus::Failed,
+        noteWhatMemoryKept();
+        const bool areInPlace = findsFoldersInPlace();
+        if (areInPlace)
+            lookIntoClips(sessionRoot_);
+        const bool isWell = allProved && areInPlace && isWholeCardRead_;
+        return outcome(isWell ? OutcomeStatus::Verified : OutcomeStatus::Failed,
                        progress.bytesDone());
     }
 
@@ -157,14 +218,30 @@ private:
     /// proof must come from the device. False when the disk could not keep what it was given.
     bool settleOnDevice() {
         try {
-            FileSystem::syncVolume(sessionRoot_);
+            destination_->syncVolume();
         } catch (const PosixError& failure) {
-            reportProblem({Kind::NothingReadBack, destinationRoot_.native(), describe(failure)});
+            reportProblem(
+                {Kind::NothingReadBack, destination_->path().native(), describe(failure)});
             return false;
         }
-        if (DeviceCache::drop(sessionRoot_) == DeviceCache::Drop::NotPossible)
-            reportProblem({Kind::ReadFromMemory, destinationRoot_.native()});
+        if (!findsFoldersInPlace())
+            return false;
+        isDeviceDropped_ =
+            DeviceCache::drop(destination_->path()) != DeviceCache::Drop::NotPossible;
+        if (!isDeviceDropped_)
+            reportProblem({Kind::ReadFromMemory, destination_->path().native()});
         return true;
+    }
+
+    /// A few files by their names; where it is more, it is the disk.
+    void noteWhatMemoryKept() {
+        constexpr std::size_t kFew = 3;
+        if (!isDeviceDropped_ || keptInMemory_.empty())
+            return;
+        if (keptInMemory_.size() > kFew)
+            keptInMemory_ = {destination_->path().native()};
+        for (auto& subject : keptInMemory_)
+            reportProblem({Kind::ReadFromMemory, std::move(subject)});
     }
 
     void copyFile(const InventoryEntry& entry, int index, CopyProgress& progress) {
@@ -172,13 +249,13 @@ private:
             publish(progress.copying(entry.relativePath, index, SpeedMeter::Time::clock::now()));
         };
         publishFigures();
-        const auto copied = SHA256Hasher::copyAndHash(
-            cardRoot_ / entry.relativePath, sessionRoot_ / entry.relativePath,
-            SHA256Hasher::bufferSize, watch([&](std::size_t count) {
-                progress.addCopied(static_cast<std::int64_t>(count),
-                                   SpeedMeter::Time::clock::now());
-                publishFigures();
-            }));
+        const auto copied =
+            SHA256Hasher::copyAndHash(onCard(entry.relativePath), inSession(entry.relativePath),
+                                      SHA256Hasher::bufferSize, watch([&](std::size_t count) {
+                                          progress.addCopied(static_cast<std::int64_t>(count),
+                                                             SpeedMeter::Time::clock::now());
+                                          publishFigures();
+                                      }));
         auto row = makeRow(entry, RowAction::Copy, VerifyStatus::CopiedUnverified);
         row.sizeBytes = copied.bytes;
         row.sourceSHA256 = copied.sha256;
@@ -233,19 +310,20 @@ private:
     }
 
     void readBack(FileCopyResult& row, int position, int count) {
-        const auto target = sessionRoot_ / row.relativePath;
-        const auto attributes = FileSystem::attributesIfAny(target);
-        const std::int64_t size = attributes ? attributes->sizeBytes : 0;
+        const auto target = inSession(row.relativePath);
+        const std::int64_t size = row.sizeBytes;
         std::int64_t bytesRead = 0;
         const auto publishFigures = [&] {
             publish(CopyProgress::verifying(row.relativePath, position, count, bytesRead, size));
         };
         publishFigures();
-        row.destSHA256 = Verifier::hashDestination(target, watch([&](std::size_t bytes) {
-                                                       bytesRead +=
-                                                           static_cast<std::int64_t>(bytes);
-                                                       publishFigures();
-                                                   }));
+        auto proof = Verifier::readDestination(target, watch([&](std::size_t bytes) {
+                                                   bytesRead += static_cast<std::int64_t>(bytes);
+                                                   publishFigures();
+                                               }));
+        if (proof.mayComeFromMemory)
+            keptInMemory_.push_back(row.relativePath);
+        row.destSHA256 = std::move(proof.sha256);
         if (Verifier::matches(row.sourceSHA256.value_or(""), *row.destSHA256)) {
             row.verifyStatus = VerifyStatus::Verified;
             return;
@@ -280,19 +358,25 @@ private:
     TransferWatch watch(std::function<void(std::size_t)> onBytes) {
         return {
             .onBytes = std::move(onBytes),
-            .onAccess = [this](const auto& path, FileAccess access) { noteAccess(path, access); },
+            .onAccess = [this](const auto& file, FileAccess access) { noteAccess(file, access); },
             .stop = stop_};
     }
 
     /// One log line for each way that files of a volume went.
-    void noteAccess(const std::filesystem::path& path, FileAccess access) {
-        const bool isCopy = path.native().starts_with(sessionRoot_.native());
-        if (!accessesSeen_.insert({isCopy, access}).second)
+    void noteAccess(const FileBeneath& file, FileAccess access) {
+        if (!accessesSeen_.insert({&file.folder, access}).second)
             return;
-        const auto& root = isCopy ? destinationRoot_ : cardRoot_;
-        log(Text::displayable(root.native()) + (access == FileAccess::Direct
-                                                    ? ": direct I/O"
-                                                    : ": cached I/O, dropped from the cache"));
+        log(Text::displayable(file.folder.path().native()) +
+            (access == FileAccess::Direct ? ": direct I/O"
+                                          : ": cached I/O, dropped from the cache"));
+    }
+
+    FileBeneath onCard(const std::string& relative) const {
+        return {*card_, relative, RootFolder::Links::FollowBeneath};
+    }
+
+    FileBeneath inSession(const std::string& relative) const {
+        return {*destination_, session_ / relative};
     }
 
     void publish(const OffloadPhase& phase) const {
@@ -330,16 +414,22 @@ private:
     const Request& request_;
     const Observer& observer_;
     const std::stop_token stop_;
-    const std::filesystem::path cardRoot_;
-    const std::filesystem::path destinationRoot_;
+    const std::shared_ptr<const RootFolder> card_;
+    const std::shared_ptr<const RootFolder> destination_;
+    /// Relative to the destination.
+    std::filesystem::path session_;
     std::filesystem::path sessionRoot_;
+    bool isWholeCardRead_ = true;
+    bool isDeviceDropped_ = true;
+    /// Copies whose proof may not come from the disk.
+    std::vector<std::string> keptInMemory_;
     std::vector<InventoryEntry> entries_;
     /// Into `entries_`, in its order.
     std::vector<const InventoryEntry*> copyList_;
     std::int64_t totalBytes_ = 0;
     std::vector<FileCopyResult> results_;
     std::vector<OffloadProblem> problems_;
-    std::set<std::pair<bool, FileAccess>> accessesSeen_;
+    std::set<std::pair<const RootFolder*, FileAccess>> accessesSeen_;
 };
 
 } // namespace

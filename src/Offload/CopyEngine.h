@@ -5,12 +5,14 @@
 #include "Offload/OffloadRows.h"
 #include "Offload/OffloadSettings.h"
 #include "Platform/Clock.h"
+#include "Platform/Files/RootFolder.h"
 #include "Platform/Uuid.h"
 #include "Volumes/VolumeRecords.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <stop_token>
 #include <string>
 
@@ -22,6 +24,9 @@ namespace slatewise::CopyEngine {
 struct Request {
     ClassifiedVolume card;
     ClassifiedVolume destination;
+    /// The two as they were when they were chosen; a run opens for itself what is not given.
+    std::shared_ptr<const RootFolder> cardFolder{};
+    std::shared_ptr<const RootFolder> destinationFolder{};
     OffloadSettings settings;
     std::string camera;
     std::string ekip;
@@ -53,10 +58,14 @@ struct Observer {
 /// proves wrong is a row of such an outcome, and the other files are still proved. Nothing that was
 /// written is ever removed.
 ///
-/// Fails with `CancellationError` when asked to stop between files, with
-/// `OffloadError::InsufficientSpace` before anything is written, and with `PosixError` when the
-/// card cannot be walked, the session's folder cannot be made or, when only hashing, a file cannot
-/// be read.
+/// Works beneath the two folders it was given, wherever their paths lead meanwhile; a path that no
+/// longer leads there fails the run. So does a folder of the card that cannot be read, once all
+/// else is copied and proved.
+///
+/// Fails with `CancellationError` when asked to stop between files, with `OffloadError` when there
+/// is too little space, when card or destination are gone before anything is written or when the
+/// template leads out of the destination, and with `PosixError` when the card cannot be walked, the
+/// session's folder cannot be made or, when only hashing, a file cannot be read.
 OffloadOutcome run(const Request& request, const Observer& observer, std::stop_token stop);
 
 /// What must be free beyond the bytes to copy: 1%, at least 8 MiB.

@@ -1,7 +1,6 @@
 #include "Offload/FolderTemplate.h"
 
 #include "Offload/OffloadSettings.h"
-#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Uuid.h"
 
@@ -26,6 +25,16 @@ std::string orElse(const std::string& text, std::string_view fallback) {
     return text.empty() ? std::string(fallback) : text;
 }
 
+/// "." and ".." are names to a person and ways to a disk.
+std::string orElseIfNoName(const std::string& text, std::string_view fallback) {
+    return text == "." || text == ".." ? std::string(fallback) : orElse(text, fallback);
+}
+
+std::string cardNameInPath(std::string_view name) {
+    auto text = withoutSlashes(name);
+    return text.empty() ? text : orElseIfNoName(text, "CARD");
+}
+
 std::filesystem::path withEnding(const std::filesystem::path& path, const std::string& ending) {
     return path.parent_path() / (path.filename().native() + "_" + ending);
 }
@@ -38,10 +47,10 @@ std::filesystem::path expand(std::string_view pathTemplate, const Values& values
         {"{Dest}", values.destination.native()},
         {"{YYYY-MM-DD}", Clock::localText(values.now, "yyyy-MM-dd")},
         {"{YYYYMMDD}", Clock::localText(values.now, "yyyyMMdd")},
-        {"{Project}", orElse(Text::pathSafeLabel(values.project), "PROJECT")},
-        {"{Ekip}", orElse(Text::pathSafeLabel(values.ekip), "EKIP")},
-        {"{Cam}", orElse(Text::pathSafeLabel(values.camera), "CAM")},
-        {"{CardName}", withoutSlashes(values.cardName)},
+        {"{Project}", orElseIfNoName(Text::pathSafeLabel(values.project), "PROJECT")},
+        {"{Ekip}", orElseIfNoName(Text::pathSafeLabel(values.ekip), "EKIP")},
+        {"{Cam}", orElseIfNoName(Text::pathSafeLabel(values.camera), "CAM")},
+        {"{CardName}", cardNameInPath(values.cardName)},
         {"{HHmmss}", Clock::localText(values.now, "HHmmss")},
     }};
     std::string path = normalize(pathTemplate);
@@ -53,14 +62,36 @@ std::filesystem::path expand(std::string_view pathTemplate, const Values& values
     return values.destination / path;
 }
 
-std::filesystem::path uniqueExisting(const std::filesystem::path& path) {
+std::optional<std::filesystem::path> belowDestination(const std::filesystem::path& session,
+                                                      const std::filesystem::path& destination) {
+    auto below = session.lexically_normal().lexically_relative(destination.lexically_normal());
+    if (!below.has_filename())
+        below = below.parent_path();
+    if (below.empty() || below == "." || *below.begin() == "..")
+        return std::nullopt;
+    return below;
+}
+
+bool leadsOut(std::string_view pathTemplate) {
+    const std::filesystem::path destination = "/destination";
+    const Values names{.destination = destination,
+                       .cardName = "card",
+                       .camera = "camera",
+                       .ekip = "crew",
+                       .project = "project"};
+    return !belowDestination(expand(pathTemplate, names), destination);
+}
+
+std::filesystem::path
+uniqueExisting(const std::filesystem::path& path,
+               const std::function<bool(const std::filesystem::path&)>& exists) {
     constexpr int kLastNumber = 99;
     constexpr std::size_t kRandomDigits = 8;
-    if (!FileSystem::exists(path))
+    if (!exists(path))
         return path;
     for (int number = 2; number <= kLastNumber; ++number) {
         auto candidate = withEnding(path, std::to_string(number));
-        if (!FileSystem::exists(candidate))
+        if (!exists(candidate))
             return candidate;
     }
     return withEnding(path, Uuid::random().text().substr(0, kRandomDigits));

@@ -4,6 +4,8 @@
 
 #include <array>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -61,6 +63,7 @@ inline constexpr std::array<FolderTemplateChoice, 6> choices = {{
 }};
 
 /// What the tokens of a template stand for. Names may hold anything; "/" in them becomes "-".
+/// A crew, unit or project of dots alone becomes the word for none, a card of dots "CARD".
 struct Values {
     std::filesystem::path destination;
     std::string cardName;
@@ -74,9 +77,21 @@ struct Values {
 /// the destination stays inside it. Text in braces that is no token stays as it is.
 std::filesystem::path expand(std::string_view pathTemplate, const Values& values);
 
-/// The path itself if nothing is there, else the first free of "<path>_2" to "<path>_99", else one
-/// with a random ending. A dangling link counts as something.
-std::filesystem::path uniqueExisting(const std::filesystem::path& path);
+/// The part of a session's path below its destination; empty when the path leads out of the
+/// destination, or nowhere but to the destination itself. Looks at no disk.
+std::optional<std::filesystem::path> belowDestination(const std::filesystem::path& session,
+                                                      const std::filesystem::path& destination);
+
+/// Whether a template, whatever names are put into it, leads out of the destination or nowhere but
+/// to the destination itself. Such a template is to be refused before anyone works with it;
+/// `L10n::templateLeadsOut` says so.
+bool leadsOut(std::string_view pathTemplate);
+
+/// The path itself if it is free, else the first free of "<path>_2" to "<path>_99", else one with a
+/// random ending.
+std::filesystem::path
+uniqueExisting(const std::filesystem::path& path,
+               const std::function<bool(const std::filesystem::path&)>& exists);
 
 /// Without blanks around it; the default template when nothing is left.
 std::string normalize(std::string_view pathTemplate);

@@ -2,6 +2,7 @@
 
 #include "Language/L10n.h"
 #include "Offload/PathSize.h"
+#include "Platform/Text.h"
 
 namespace slatewise {
 
@@ -19,6 +20,15 @@ struct Describe {
     std::string operator()(const OffloadError::InsufficientSpace& space) const {
         return texts.insufficientSpace(PathSize::format(space.needed, texts.language()),
                                        PathSize::format(space.free, texts.language()));
+    }
+    std::string operator()(const OffloadError::CardGone& gone) const {
+        return texts.cardGone(Text::displayable(gone.card));
+    }
+    std::string operator()(const OffloadError::DiskReplaced& replaced) const {
+        return texts.diskReplaced(Text::displayable(replaced.disk));
+    }
+    std::string operator()(const OffloadError::TemplateLeadsOut& out) const {
+        return texts.templateLeadsOut(Text::displayable(out.pathTemplate));
     }
     std::string operator()(const OffloadError::MissingSelection&) const {
         return std::string(texts.missingSelection());

@@ -22,13 +22,25 @@ public:
     struct InsufficientSpace {
         std::int64_t needed, free;
     };
+    /// The card's path leads elsewhere now, or nowhere.
+    struct CardGone {
+        std::string card;
+    };
+    /// The same of a destination.
+    struct DiskReplaced {
+        std::string disk;
+    };
+    struct TemplateLeadsOut {
+        std::string pathTemplate;
+    };
     struct MissingSelection {};
     struct MissingUnit {};
     struct NotAppleSilicon {};
     struct Cancelled {};
 
-    using Reason = std::variant<SizeMismatch, HashMismatch, InsufficientSpace, MissingSelection,
-                                MissingUnit, NotAppleSilicon, Cancelled>;
+    using Reason =
+        std::variant<SizeMismatch, HashMismatch, InsufficientSpace, CardGone, DiskReplaced,
+                     TemplateLeadsOut, MissingSelection, MissingUnit, NotAppleSilicon, Cancelled>;
 
     explicit OffloadError(Reason reason) : Error("offload failed"), reason_(std::move(reason)) {}
 

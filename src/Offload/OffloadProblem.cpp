@@ -5,7 +5,14 @@
 namespace slatewise {
 
 OffloadProblem::Severity OffloadProblem::severity() const {
-    return kind == Kind::ReadFromMemory ? Severity::Note : Severity::Failure;
+    switch (kind) {
+    case Kind::ReadFromMemory:
+    case Kind::LinkLeadsOut:
+    case Kind::LostAndFoundNotRead:
+        return Severity::Note;
+    default:
+        return Severity::Failure;
+    }
 }
 
 std::string OffloadProblem::text(L10n l10n) const {
@@ -23,6 +30,14 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.nothingReadBack(about, reason);
     case Kind::ReadFromMemory:
         return l10n.readFromMemory(about);
+    case Kind::CardGone:
+        return l10n.cardGone(about);
+    case Kind::DiskReplaced:
+        return l10n.diskReplaced(about);
+    case Kind::LinkLeadsOut:
+        return l10n.linkLeadsOut(about);
+    case Kind::LostAndFoundNotRead:
+        return l10n.folderNotRead(about, reason);
     }
     return reason;
 }

@@ -22,6 +22,14 @@ struct OffloadProblem {
         NothingReadBack,
         /// What was compared may not have come from the disk itself.
         ReadFromMemory,
+        /// The card's path leads elsewhere now, or nowhere.
+        CardGone,
+        /// The same of a destination.
+        DiskReplaced,
+        /// A link on the card leads out of it; it was not copied.
+        LinkLeadsOut,
+        /// The file system's own folder for what it found when it was repaired; no camera's.
+        LostAndFoundNotRead,
     };
 
     enum class Severity {

@@ -1,7 +1,6 @@
 #include "Offload/SHA256Hasher.h"
 
 #include "Offload/OffloadError.h"
-#include "Platform/Files/FileSystem.h"
 #include "Platform/Sha256.h"
 #include "Platform/Text.h"
 
@@ -55,15 +54,32 @@ void tellBytes(const TransferWatch& watch, std::size_t count) {
         watch.onBytes(count);
 }
 
-void tellAccess(const TransferWatch& watch, const std::filesystem::path& path,
-                const UncachedFile& file) {
+void tellAccess(const TransferWatch& watch, const FileBeneath& name, const UncachedFile& file) {
     if (watch.onAccess)
-        watch.onAccess(path, file.access());
+        watch.onAccess(name, file.access());
 }
 
-/// Copies the bytes and sees them onto the disk. Both files are closed on every way out.
-CopyResult transfer(const std::filesystem::path& from, const std::filesystem::path& to,
-                    std::size_t size, const TransferWatch& watch) {
+std::string hashOpen(UncachedFile& file, const FileBeneath& name, std::size_t size,
+                     const TransferWatch& watch) {
+    Sha256 hash;
+    readUncached(file, size, watch.stop, [&](std::span<const std::byte> chunk) {
+        hash.update(chunk);
+        tellBytes(watch, chunk.size());
+    });
+    tellAccess(watch, name, file);
+    return hex(hash.finish());
+}
+
+} // namespace
+
+std::string hashFile(const FileBeneath& name, std::size_t size, const TransferWatch& watch) {
+    auto file = UncachedFile::openForReading(name);
+    return hashOpen(file, name, size, watch);
+}
+
+CopyResult copyAndHash(const FileBeneath& from, const FileBeneath& to, std::size_t size,
+                       const TransferWatch& watch) {
+    to.folder.createFolders(to.relative.parent_path());
     Sha256 hash;
     CopyResult result;
     auto source = UncachedFile::openForReading(from);
@@ -78,36 +94,13 @@ CopyResult transfer(const std::filesystem::path& from, const std::filesystem::pa
     tellAccess(watch, from, source);
     tellAccess(watch, to, destination);
     result.sha256 = hex(hash.finish());
-    return result;
-}
-
-} // namespace
-
-std::string hashFile(const std::filesystem::path& path, std::size_t size,
-                     const TransferWatch& watch) {
-    Sha256 hash;
-    auto file = UncachedFile::openForReading(path);
-    readUncached(file, size, watch.stop, [&](std::span<const std::byte> chunk) {
-        hash.update(chunk);
-        tellBytes(watch, chunk.size());
-    });
-    tellAccess(watch, path, file);
-    return hex(hash.finish());
-}
-
-CopyResult copyAndHash(const std::filesystem::path& from, const std::filesystem::path& to,
-                       std::size_t size, const TransferWatch& watch) {
-    FileSystem::createFolders(to.parent_path());
-    if (FileSystem::exists(to))
-        FileSystem::remove(to);
-    auto result = transfer(from, to, size, watch);
 
     // A camera or a sync client may still be writing: what grew or shrank is no copy.
-    const auto source = FileSystem::attributes(from);
-    if (source.sizeBytes != result.bytes)
-        throw OffloadError(OffloadError::SizeMismatch{source.sizeBytes, result.bytes});
-    if (source.exactModified)
-        FileSystem::setModified(to, *source.exactModified);
+    const auto facts = source.attributes();
+    if (facts.sizeBytes != result.bytes)
+        throw OffloadError(OffloadError::SizeMismatch{facts.sizeBytes, result.bytes});
+    if (facts.exactModified)
+        destination.setModified(*facts.exactModified);
     return result;
 }
 
@@ -115,8 +108,10 @@ CopyResult copyAndHash(const std::filesystem::path& from, const std::filesystem:
 
 namespace Verifier {
 
-std::string hashDestination(const std::filesystem::path& file, const TransferWatch& watch) {
-    return SHA256Hasher::hashFile(file, SHA256Hasher::bufferSize, watch);
+ReadBack readDestination(const FileBeneath& name, const TransferWatch& watch) {
+    auto file = UncachedFile::openForReading(name);
+    const bool isKept = file.isKeptInMemory();
+    return {SHA256Hasher::hashOpen(file, name, SHA256Hasher::bufferSize, watch), isKept};
 }
 
 bool matches(std::string_view sourceHash, std::string_view destHash) {

@@ -3,7 +3,6 @@
 #include "Platform/Files/UncachedFile.h"
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <stop_token>
 #include <string>
@@ -17,7 +16,7 @@ struct TransferWatch {
     /// With the byte count of each chunk, once it is read and, in a copy, written.
     std::function<void(std::size_t)> onBytes;
     /// Once per file read or written, at its end, with the way its bytes went.
-    std::function<void(const std::filesystem::path&, FileAccess)> onAccess;
+    std::function<void(const FileBeneath&, FileAccess)> onAccess;
     /// Looked at before the first chunk and between chunks.
     std::stop_token stop;
 };
@@ -39,15 +38,15 @@ struct CopyResult {
 };
 
 /// The file's digest: 64 lower-case hexadecimal digits.
-std::string hashFile(const std::filesystem::path& file, std::size_t size = bufferSize,
+std::string hashFile(const FileBeneath& file, std::size_t size = bufferSize,
                      const TransferWatch& watch = {});
 
-/// Copies a file to a new one, replacing whatever bears that name, with all folders on the way and
-/// the source's modification date.
+/// Copies a file to a new one, replacing a file or link that bears that name, with all folders on
+/// the way and the source's modification date.
 ///
 /// The bytes are hashed before they are written, and are on the disk when this returns. A failed
 /// copy leaves at `to` what was written until then.
-CopyResult copyAndHash(const std::filesystem::path& from, const std::filesystem::path& to,
+CopyResult copyAndHash(const FileBeneath& from, const FileBeneath& to,
                        std::size_t size = bufferSize, const TransferWatch& watch = {});
 
 } // namespace SHA256Hasher
@@ -55,8 +54,16 @@ CopyResult copyAndHash(const std::filesystem::path& from, const std::filesystem:
 /// Proves a copy.
 namespace Verifier {
 
-/// Digest of what the destination disk holds.
-std::string hashDestination(const std::filesystem::path& file, const TransferWatch& watch = {});
+/// What was read of a copy.
+struct ReadBack {
+    /// 64 lower-case hexadecimal digits.
+    std::string sha256;
+    /// Part of it stood in the system's memory, and may have been read there and not on the disk.
+    bool mayComeFromMemory = false;
+};
+
+/// Reads what the destination disk holds.
+ReadBack readDestination(const FileBeneath& file, const TransferWatch& watch = {});
 
 /// Whether two digests are the same, in whatever case. An empty one never matches.
 bool matches(std::string_view sourceHash, std::string_view destHash);

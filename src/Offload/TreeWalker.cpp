@@ -1,7 +1,6 @@
 #include "Offload/TreeWalker.h"
 
 #include "Platform/Error.h"
-#include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 
@@ -10,7 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstring>
 #include <memory>
 #include <numeric>
@@ -27,31 +25,12 @@ struct CloseFolder {
 };
 using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
 
-/// Opens a folder by its path below another one, however long that path is. Invalid, with `errno`
-/// set, when it cannot be opened.
-FileDescriptor openBelow(int base, std::string_view relative) {
-    constexpr int kFolder = O_DIRECTORY | O_CLOEXEC;
-    FileDescriptor way;
-    const auto from = [&] {
-        return way ? way.get() : base;
-    };
-    while (relative.size() >= PATH_MAX) {
-        const auto end = relative.rfind('/', PATH_MAX - 1);
-        way = FileDescriptor(
-            ::openat(from(), std::string(relative.substr(0, end)).c_str(), O_PATH | kFolder));
-        if (!way)
-            return way;
-        relative.remove_prefix(end + 1);
-    }
-    const std::string rest(relative.empty() ? "." : relative);
-    return FileDescriptor(::openat(from(), rest.c_str(), O_RDONLY | O_NOFOLLOW | kFolder));
-}
-
-/// Gives nothing, with `errno` set, when there is no such folder to list.
-OpenFolder listable(FileDescriptor descriptor) {
-    OpenFolder folder(descriptor ? ::fdopendir(descriptor.get()) : nullptr);
-    if (folder)
-        (void)descriptor.release();
+OpenFolder openFolder(const RootFolder& root, const std::string& relative) {
+    auto descriptor = root.open(relative, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    OpenFolder folder(::fdopendir(descriptor.get()));
+    if (!folder)
+        throw PosixError("open", root.path() / relative, errno);
+    (void)descriptor.release();
     return folder;
 }
 
@@ -67,23 +46,16 @@ bool isDotEntry(const char* name) {
 
 class Walk {
 public:
-    Walk(const std::filesystem::path& root, const SkipNames& names,
-         const UnreadableFolder& onUnreadable)
-        : root_(root), names_(names), onUnreadable_(onUnreadable) {}
+    Walk(const RootFolder& root, const SkipNames& names, const WalkObserver& observer)
+        : root_(root), names_(names), observer_(observer) {}
 
     std::vector<InventoryEntry> run() {
-        const FileDescriptor root(::open(root_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!root)
-            passOver("", errno);
-        else
-            pending_.emplace_back();
+        list(openFolder(root_, "").get(), "");
         while (!pending_.empty()) {
             const auto relative = std::move(pending_.back());
             pending_.pop_back();
-            if (const auto folder = listable(openBelow(root.get(), relative)))
+            if (const auto folder = openOrPassOver(relative))
                 list(folder.get(), relative);
-            else
-                passOver(relative, errno);
         }
         std::sort(entries_.begin(), entries_.end(), [](const auto& left, const auto& right) {
             return left.relativePath < right.relativePath;
@@ -92,6 +64,15 @@ public:
     }
 
 private:
+    OpenFolder openOrPassOver(const std::string& relative) {
+        try {
+            return openFolder(root_, relative);
+        } catch (const PosixError& failure) {
+            passOver(relative, failure.code());
+            return nullptr;
+        }
+    }
+
     void list(DIR* folder, const std::string& relative) {
         const auto prefix = relative.empty() ? "" : relative + "/";
         for (;;) {
@@ -110,12 +91,11 @@ private:
     void visit(int parent, const char* name, const std::string& relative) {
         auto attributes = FileSystem::attributesIn(parent, name);
         if (!attributes)
-            throw PosixError("stat", root_ / relative, errno);
+            throw PosixError("stat", root_.path() / relative, errno);
         const bool skip = shouldSkip(relative, name, names_);
         const bool isFolder = attributes->type == ItemType::Folder;
-        const bool hasBytes = attributes->type == ItemType::SymbolicLink
-                                  ? follow(root_ / relative, *attributes)
-                                  : !isFolder;
+        const bool hasBytes =
+            attributes->type == ItemType::SymbolicLink ? follow(relative, *attributes) : !isFolder;
         entries_.push_back({relative, isFolder, isFolder ? 0 : attributes->sizeBytes,
                             attributes->modified, attributes->created, hasBytes && !skip});
         if (isFolder && !skip)
@@ -124,31 +104,31 @@ private:
 
     /// Replaces a link's attributes by those of the file it leads to. Gives whether it has bytes to
     /// copy; when that cannot be told it has, so that the copy fails and says why.
-    static bool follow(const std::filesystem::path& link, Attributes& attributes) {
+    bool follow(const std::string& link, Attributes& attributes) {
         attributes.sizeBytes = 0;
         try {
-            const auto target = FileSystem::attributes(link);
-            if (target.type == ItemType::Folder)
+            const auto target = root_.attributes(link, RootFolder::Links::FollowBeneath);
+            if (target.type != ItemType::RegularFile)
                 return false;
-            if (target.type == ItemType::RegularFile)
-                attributes = target;
+            attributes = target;
             return true;
         } catch (const PosixError& failure) {
-            return failure.code() != ENOENT && failure.code() != ELOOP;
+            if (failure.code() == EXDEV && observer_.leadsOut)
+                observer_.leadsOut(link);
+            return failure.code() != ENOENT && failure.code() != ELOOP && failure.code() != EXDEV;
         }
     }
 
     void passOver(const std::string& relative, int code) {
-        const auto folder = relative.empty() ? root_ : root_ / relative;
-        if (isOurOwnLimit(code))
-            throw PosixError("open", folder, code);
-        if (onUnreadable_)
-            onUnreadable_(folder, code);
+        if (relative.empty() || isOurOwnLimit(code))
+            throw PosixError("open", root_.path() / relative, code);
+        if (observer_.unreadable)
+            observer_.unreadable(relative, code);
     }
 
-    const std::filesystem::path& root_;
+    const RootFolder& root_;
     const SkipNames& names_;
-    const UnreadableFolder& onUnreadable_;
+    const WalkObserver& observer_;
     /// Folders to list, by their relative path. None is open but the one at hand: a tree may be
     /// deeper than a process may have files open.
     std::vector<std::string> pending_;
@@ -163,12 +143,12 @@ const SkipNames& defaultSkipNames() {
     return names;
 }
 
-std::vector<InventoryEntry> walk(const std::filesystem::path& root, const SkipNames& skipNames,
+std::vector<InventoryEntry> walk(const RootFolder& root, const SkipNames& skipNames,
                                  std::span<const std::string> extraExcludes,
-                                 const UnreadableFolder& onUnreadable) {
+                                 const WalkObserver& observer) {
     SkipNames names = skipNames;
     names.insert(extraExcludes.begin(), extraExcludes.end());
-    return Walk(root, names, onUnreadable).run();
+    return Walk(root, names, observer).run();
 }
 
 bool shouldSkip(std::string_view relative, std::string_view name, const SkipNames& skipNames) {
@@ -197,7 +177,7 @@ std::optional<std::string> normalizeSkipName(std::string_view raw) {
 std::int64_t copyableBytes(const std::filesystem::path& folder, const SkipNames& skipNames,
                            std::span<const std::string> extraExcludes) {
     try {
-        const auto entries = walk(folder, skipNames, extraExcludes);
+        const auto entries = walk(RootFolder(folder), skipNames, extraExcludes);
         return std::accumulate(entries.begin(), entries.end(), std::int64_t{0},
                                [](std::int64_t sum, const InventoryEntry& entry) {
                                    return entry.shouldCopy ? sum + entry.sizeBytes : sum;

@@ -2,6 +2,7 @@
 
 #include "Offload/OffloadRows.h"
 #include "Offload/OffloadSettings.h"
+#include "Platform/Files/RootFolder.h"
 
 #include <filesystem>
 #include <functional>
@@ -18,25 +19,30 @@ namespace slatewise::TreeWalker {
 /// System leftovers that no card's content is.
 const SkipNames& defaultSkipNames();
 
-/// Told of a folder that could not be read, or not to its end, and why. What lies in it is missing
-/// from the inventory.
-using UnreadableFolder = std::function<void(const std::filesystem::path& folder, int code)>;
+/// What a walk met that a person may have to know. Either may be empty. Paths are relative.
+struct WalkObserver {
+    /// A folder could not be read, or not to its end, and why. What lies in it is missing from the
+    /// inventory.
+    std::function<void(const std::string& folder, int code)> unreadable;
+    /// A link leads out of the tree; what it leads to was not looked at.
+    std::function<void(const std::string& link)> leadsOut;
+};
 
 /// Lists everything under `root`, sorted by the bytes of the relative path.
 ///
 /// Hidden items are listed; below a skipped folder nothing is. An unreadable folder is passed over
-/// and handed to `onUnreadable`; so is a root that cannot be listed, which gives an empty
-/// inventory.
+/// and told.
 ///
-/// A symbolic link is not walked into. One that leads to a regular file is listed with that file's
-/// size and dates, and what is copied is that file's bytes. One that leads to a folder or to
-/// nothing has no bytes of its own: it is listed with `shouldCopy` false.
+/// A symbolic link is not walked into. One that leads to a regular file of the same tree is listed
+/// with that file's size and dates, and what is copied is that file's bytes. One that leads to
+/// anything else, to nothing or out of the tree has no bytes of its own: it is listed with
+/// `shouldCopy` false.
 ///
-/// Fails with `PosixError` when an item's attributes cannot be read, or when the process has no
-/// room left to go on.
-std::vector<InventoryEntry> walk(const std::filesystem::path& root, const SkipNames& skipNames,
+/// Fails with `PosixError` when the root cannot be listed, when an item's attributes cannot be
+/// read, or when the process has no room left to go on.
+std::vector<InventoryEntry> walk(const RootFolder& root, const SkipNames& skipNames,
                                  std::span<const std::string> extraExcludes = {},
-                                 const UnreadableFolder& onUnreadable = {});
+                                 const WalkObserver& observer = {});
 
 /// Whether the item is left out: by its own name, or by a folder's name on its way.
 bool shouldSkip(std::string_view relative, std::string_view name, const SkipNames& skipNames);

@@ -108,5 +108,5 @@ TEST_F(BatchOfCards, KeepsToWhatWasSetWhenTheButtonWasPressed) {
     EXPECT_THAT(readFile(record.pairs[0].reportFolder / "Reports_Standart.html"),
                 HasSubstr("Slatewise DIT report"))
         << "in the language of the press";
-    EXPECT_EQ(title(), "Doğrulandı — 1 dosya, 1 byte") << "shown in the language of now";
+    EXPECT_EQ(title(), "Doğrulandı — 1 dosya, 1 bayt") << "shown in the language of now";
 }

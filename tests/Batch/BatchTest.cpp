@@ -1,6 +1,7 @@
 #include "Batch/BatchOfCards.h"
 #include "Platform/Error.h"
 #include "Storage/AppDatabase.h"
+#include "support/MountedVolume.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -83,6 +84,44 @@ TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsAllPairs) {
     EXPECT_EQ(desk.model().cardUnits(), CardUnits{});
     EXPECT_EQ(readFile(record.pairs[1].sessionRoot / "A.mov"), "1234");
     EXPECT_THAT(desk.ejected, IsEmpty()) << "nobody asked for it";
+}
+
+TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
+    for (const std::string gone : {"B002", "SSD2"}) {
+        SCOPED_TRACE(gone);
+        const bool isCard = gone == "B002";
+        disks = {desk.mountDisk("SSD1")};
+        if (!isCard)
+            disks.push_back(desk.mountDisk(gone));
+        const auto first = desk.mountCard("A001");
+        std::optional<QString> second;
+        if (isCard)
+            second = desk.mountCard(gone, {});
+        std::filesystem::create_directories(desk.folder / gone);
+        MountedVolume volume(MountedVolume::FileSystem::Ext4, 32 << 20, desk.folder / gone, "");
+        writeFile(volume / "B.mov", "b");
+        runs = 0;
+        beforeRun([&](int) { volume.pull(); });
+        start();
+        desk.model().setEjectAfterSuccess(true);
+        desk.selectCard(first, "CamA");
+        if (second)
+            desk.selectCard(*second, "CamB");
+        desk.copy();
+
+        ASSERT_THAT(record.result.pairs, SizeIs(2));
+        EXPECT_EQ(record.result.pairs[0].status, OutcomeStatus::Verified);
+        EXPECT_EQ(record.result.pairs[1].status, OutcomeStatus::Failed);
+        EXPECT_EQ(record.result.message,
+                  isCard ? "The card B002 is no longer there."
+                         : "The disk SSD2 is no longer the one that was chosen.");
+        EXPECT_EQ(runs, 1);
+        EXPECT_THAT(desk.ejected, SizeIs(isCard ? 1 : 0)) << "a card that every disk has";
+        EXPECT_TRUE(std::filesystem::is_empty(volume.path())) << "beneath the mount point";
+        desk.ejected.clear();
+        desk.quit();
+        desk.volumes.clear();
+    }
 }
 
 TEST_F(BatchOfCards, OnePairHasNoLabelAndHashingCopiesNothing) {

@@ -71,11 +71,15 @@ TEST(FolderOverlap, RefusesACopyIntoItsOwnSource) {
         {"a folder of the card", "A", "A/backup", "{Dest}/x", false, "lies on the card A"},
         {"even when only hashing", "A", "A/backup", "{Dest}/x", true, "lies on the card A"},
         {"a template that leads into the card", "A", "D", "/A/x", false, "lies on the card A"},
+        {"reports that a link leads onto the card", "A", "planted", "{Dest}/x", true,
+         "lies on the card A"},
         {"a card on the destination", "D/A", "D", "{Dest}/x", false, nullptr},
         {"a card in its session's folder", "D/x/A", "D", "{Dest}/x", false, "D/x)"},
         {"a session that is hashed where it lies", "D/x/A", "D", "{Dest}/x", true, nullptr},
     };
     const TemporaryFolder folder;
+    std::filesystem::create_directories(folder / "planted");
+    std::filesystem::create_symlink("../A", folder / "planted/reports");
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.what);
         for (const auto* name : {testCase.card, testCase.destination})

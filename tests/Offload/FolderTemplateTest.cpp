@@ -1,6 +1,7 @@
 #include "Offload/FolderTemplate.h"
 
 #include "Offload/OffloadSettings.h"
+#include "Platform/Files/RootFolder.h"
 #include "support/Files.h"
 
 #include <gtest/gtest.h>
@@ -61,22 +62,45 @@ TEST(FolderTemplate, SettingsGiveTemplateAndProject) {
 
 TEST(FolderTemplate, NeverLandsOnSomethingThatExists) {
     const TemporaryFolder folder;
-    const auto wanted = folder / "A001";
-    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), wanted);
+    const RootFolder root(folder.path());
+    const auto free = [&](const std::filesystem::path& wanted) {
+        return FolderTemplate::uniqueExisting(wanted,
+                                              [&](const auto& path) { return root.exists(path); });
+    };
+    const std::filesystem::path wanted = "A001";
+    EXPECT_EQ(free(wanted), wanted);
 
-    std::filesystem::create_directory(wanted);
-    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_2");
+    std::filesystem::create_directory(folder / wanted);
+    EXPECT_EQ(free(wanted), "A001_2");
     writeFile(folder / "A001_2", "a file of that name");
-    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_3");
+    EXPECT_EQ(free(wanted), "A001_3");
     std::filesystem::create_symlink("nowhere", folder / "A001_3");
-    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_4");
+    EXPECT_EQ(free(wanted), "A001_4");
 
     for (int number = 4; number <= 98; ++number)
         std::filesystem::create_directory(folder / ("A001_" + std::to_string(number)));
-    EXPECT_EQ(FolderTemplate::uniqueExisting(wanted), folder / "A001_99");
+    EXPECT_EQ(free(wanted), "A001_99");
     std::filesystem::create_directory(folder / "A001_99");
-    const auto last = FolderTemplate::uniqueExisting(wanted).filename().native();
+    const auto last = free(wanted).filename().native();
     EXPECT_EQ(last.size(), std::string("A001_12345678").size());
     EXPECT_EQ(last.rfind("A001_", 0), 0u);
-    EXPECT_NE(last, FolderTemplate::uniqueExisting(wanted).filename().native());
+    EXPECT_NE(last, free(wanted).filename().native());
+}
+
+TEST(FolderTemplate, NothingLeadsOutOfTheDestination) {
+    for (const auto* out : {"{Dest}", "{Dest}/", "{Dest}/.", "{Dest}/../x", "{Dest}{CardName}",
+                            "/elsewhere/{CardName}", "a/../..", "..", "{Dest}/a/../../x"})
+        EXPECT_TRUE(FolderTemplate::leadsOut(out)) << out;
+    for (const auto& choice : FolderTemplate::choices)
+        EXPECT_FALSE(FolderTemplate::leadsOut(choice.pathTemplate)) << choice.name;
+    EXPECT_FALSE(FolderTemplate::leadsOut("{Dest}/a/../{CardName}"));
+    EXPECT_FALSE(FolderTemplate::leadsOut(""));
+
+    auto dots = values();
+    dots.cardName = "..";
+    dots.camera = " .. ";
+    dots.ekip = ".";
+    dots.project = "..";
+    EXPECT_EQ(FolderTemplate::expand("{Ekip}/{Cam}/{Project}/{CardName}", dots),
+              values().destination / "EKIP/CAM/PROJECT/CARD");
 }

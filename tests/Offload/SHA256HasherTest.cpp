@@ -22,6 +22,7 @@ constexpr auto kBuffer = SHA256Hasher::bufferSize;
 
 TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
     const TemporaryFolder folder;
+    const RootFolder root(folder.path());
     for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4096}, kBuffer - 1,
                                    kBuffer, kBuffer + 1, 3 * kBuffer + 4096 + 7}) {
         SCOPED_TRACE(size);
@@ -32,7 +33,7 @@ TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
             std::filesystem::file_time_type(std::chrono::nanoseconds(123'456'789'012'345'678)));
         std::vector<std::size_t> chunks;
         const auto result = SHA256Hasher::copyAndHash(
-            folder / "source", folder / "new/folders/copy", kBuffer,
+            {root, "source"}, {root, "new/folders/copy"}, kBuffer,
             {.onBytes = [&](std::size_t count) { chunks.push_back(count); },
              .onAccess = {},
              .stop = {}});
@@ -43,18 +44,19 @@ TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
         EXPECT_EQ(std::filesystem::last_write_time(folder / "new/folders/copy"),
                   std::filesystem::last_write_time(folder / "source"));
         EXPECT_EQ(chunks.size(), (size + kBuffer - 1) / kBuffer);
-        EXPECT_EQ(SHA256Hasher::hashFile(folder / "new/folders/copy"), result.sha256);
+        EXPECT_EQ(SHA256Hasher::hashFile({root, "new/folders/copy"}), result.sha256);
     }
 }
 
 TEST(SHA256Hasher, RaisesASmallBufferAndTakesAnOddOne) {
     const TemporaryFolder folder;
+    const RootFolder root(folder.path());
     writeFile(folder / "file", bytesOf(200'000));
     const auto expected = independentSha256(folder / "file");
     for (const std::size_t size : {std::size_t{1}, std::size_t{65'536}, std::size_t{100'001}}) {
         std::size_t largest = 0;
         EXPECT_EQ(SHA256Hasher::hashFile(
-                      folder / "file", size,
+                      {root, "file"}, size,
                       {.onBytes = [&](std::size_t count) { largest = std::max(largest, count); },
                        .onAccess = {},
                        .stop = {}}),
@@ -63,16 +65,18 @@ TEST(SHA256Hasher, RaisesASmallBufferAndTakesAnOddOne) {
     }
 }
 
-TEST(SHA256Hasher, ReplacesWhateverBearsTheName) {
+TEST(SHA256Hasher, ReplacesFilesAndLinksButNoFolder) {
     const TemporaryFolder folder;
+    const RootFolder root(folder.path());
     writeFile(folder / "source", "new");
     writeFile(folder / "precious", "must not be written through a link");
     writeFile(folder / "file", "older and longer");
     std::filesystem::create_symlink(folder / "precious", folder / "link");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     std::filesystem::create_directories(folder / "tree/with/folders");
-    for (const auto* name : {"file", "link", "dangling", "tree"}) {
-        SHA256Hasher::copyAndHash(folder / "source", folder / name);
+    EXPECT_THROW(SHA256Hasher::copyAndHash({root, "source"}, {root, "tree"}), PosixError);
+    for (const auto* name : {"file", "link", "dangling"}) {
+        SHA256Hasher::copyAndHash({root, "source"}, {root, name});
         EXPECT_TRUE(
             std::filesystem::is_regular_file(std::filesystem::symlink_status(folder / name)))
             << name;
@@ -83,31 +87,34 @@ TEST(SHA256Hasher, ReplacesWhateverBearsTheName) {
 
 TEST(SHA256Hasher, CancellingLeavesAShorterFile) {
     const TemporaryFolder folder;
+    const RootFolder root(folder.path());
     writeFile(folder / "source", bytesOf(4 * kBuffer));
     std::stop_source stop;
-    EXPECT_THROW(SHA256Hasher::copyAndHash(folder / "source", folder / "copy", kBuffer,
+    EXPECT_THROW(SHA256Hasher::copyAndHash({root, "source"}, {root, "copy"}, kBuffer,
                                            {.onBytes = [&](std::size_t) { stop.request_stop(); },
                                             .onAccess = {},
                                             .stop = stop.get_token()}),
                  CancellationError);
     EXPECT_EQ(std::filesystem::file_size(folder / "copy"), kBuffer);
-    EXPECT_THROW(SHA256Hasher::hashFile(folder / "source", kBuffer,
+    EXPECT_THROW(SHA256Hasher::hashFile({root, "source"}, kBuffer,
                                         {.onBytes = {}, .onAccess = {}, .stop = stop.get_token()}),
                  CancellationError);
 }
 
 TEST(SHA256Hasher, ASourceThatGrowsOrShrinksIsNoCopy) {
     const TemporaryFolder folder;
+    const RootFolder root(folder.path());
     constexpr std::int64_t kSize = 2 * kBuffer;
     for (const std::int64_t change : {1, -4096}) {
         writeFile(folder / "source", bytesOf(kSize));
         // Told once all is read and written: too late to be copied, soon enough to be seen.
-        const auto resize = [&](const auto& path, FileAccess) {
-            if (path == folder / "source")
-                std::filesystem::resize_file(path, static_cast<std::uintmax_t>(kSize + change));
+        const auto resize = [&](const FileBeneath& file, FileAccess) {
+            if (file.relative == "source")
+                std::filesystem::resize_file(file.path(),
+                                             static_cast<std::uintmax_t>(kSize + change));
         };
         try {
-            SHA256Hasher::copyAndHash(folder / "source", folder / "copy", kBuffer,
+            SHA256Hasher::copyAndHash({root, "source"}, {root, "copy"}, kBuffer,
                                       {.onBytes = {}, .onAccess = resize, .stop = {}});
             FAIL() << "a source that changed by " << change << " was taken";
         } catch (const OffloadError& failure) {
@@ -120,6 +127,7 @@ TEST(SHA256Hasher, ASourceThatGrowsOrShrinksIsNoCopy) {
 
 TEST(SHA256Hasher, WhatIsNoFileFailsAtOnceInClearWords) {
     const TemporaryFolder folder;
+    const RootFolder root(folder.path());
     ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
     const int server = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
@@ -129,14 +137,17 @@ TEST(SHA256Hasher, WhatIsNoFileFailsAtOnceInClearWords) {
     ASSERT_EQ(::bind(server, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     std::filesystem::create_directory(folder / "folder");
 
-    const std::map<std::string, std::string> cases = {{folder / "fifo", "no file"},
-                                                      {folder / "socket", "no file"},
-                                                      {"/dev/zero", "no file"},
-                                                      {folder / "folder", "Is a directory"},
-                                                      {folder / "missing", "No such file"}};
-    for (const auto& [path, words] : cases) {
+    const RootFolder devices("/dev");
+    const std::vector<std::pair<FileBeneath, std::string>> cases = {
+        {{root, "fifo"}, "no file"},
+        {{root, "socket"}, "no file"},
+        {{devices, "zero"}, "no file"},
+        {{root, "folder"}, "Is a directory"},
+        {{root, "missing"}, "No such file"}};
+    for (const auto& [file, words] : cases) {
+        const auto path = file.path().native();
         try {
-            SHA256Hasher::copyAndHash(path, folder / "copy");
+            SHA256Hasher::copyAndHash(file, {root, "copy"});
             FAIL() << path;
         } catch (const Error& failure) {
             const auto description = failure.localizedDescription();

@@ -15,7 +15,6 @@
 using namespace slatewise;
 using namespace slatewise::test;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace {
 
@@ -38,7 +37,7 @@ TEST(TreeWalker, ListsEverythingInByteOrderWithFacts) {
     writeFile(card / "DCIM/clip.mov", "123");
     writeFile(card / "DCIM-notes", "");
     writeFile(card / ".hidden", "1");
-    const auto entries = TreeWalker::walk(card.path(), {});
+    const auto entries = TreeWalker::walk(RootFolder(card.path()), {});
 
     std::vector<std::string> names;
     for (const auto& entry : entries)
@@ -59,7 +58,7 @@ TEST(TreeWalker, SkipRulesDecideByName) {
                              ".Trashes/gone.mov", "A/CACHE/x.bin", "A/cache/y.bin"})
         writeFile(card / name, "1");
 
-    EXPECT_EQ(listing(TreeWalker::walk(card.path(), TreeWalker::defaultSkipNames(),
+    EXPECT_EQ(listing(TreeWalker::walk(RootFolder(card.path()), TreeWalker::defaultSkipNames(),
                                        std::vector<std::string>{"CACHE"})),
               (Listing{{"._A.mov", 's'},
                        {"deep", 'd'},
@@ -74,7 +73,7 @@ TEST(TreeWalker, SkipRulesDecideByName) {
                        {"A/cache", 'd'},
                        {"A/cache/y.bin", 'c'}}));
 
-    const auto bare = listing(TreeWalker::walk(card.path(), {}));
+    const auto bare = listing(TreeWalker::walk(RootFolder(card.path()), {}));
     EXPECT_EQ(bare.at("._A.mov"), 's') << "companion files are skipped whatever the set says";
     EXPECT_EQ(bare.at(".DS_Store"), 'c');
     EXPECT_EQ(bare.at(".Trashes/gone.mov"), 'c');
@@ -96,36 +95,48 @@ TEST(TreeWalker, LinksAreListedAndNeverWalkedInto) {
     ASSERT_EQ(::mkfifo((card / "fifo").c_str(), 0600), 0);
     std::filesystem::create_symlink("fifo", card / "to-fifo");
 
-    const auto entries = TreeWalker::walk(card.path(), {});
+    std::filesystem::create_symlink("clip.mov", card / "to-clip");
+    writeFile(card / "deep/er/x", "1");
+    std::filesystem::create_symlink("../../clip.mov", card / "deep/er/up");
+
+    std::vector<std::string> leadingOut;
+    const auto entries =
+        TreeWalker::walk(RootFolder(card.path()), {}, {},
+                         {.unreadable = {}, .leadsOut = [&](const std::string& link) {
+                              leadingOut.push_back(link);
+                          }});
     EXPECT_EQ(listing(entries), (Listing{{"clip.mov", 'c'},
                                          {"dangling", 's'},
+                                         {"deep", 'd'},
+                                         {"deep/er", 'd'},
+                                         {"deep/er/up", 'c'},
+                                         {"deep/er/x", 'c'},
                                          {"fifo", 'c'},
                                          {"loop", 's'},
                                          {"self", 's'},
-                                         {"to-fifo", 'c'},
-                                         {"to-file", 'c'},
+                                         {"to-clip", 'c'},
+                                         {"to-fifo", 's'},
+                                         {"to-file", 's'},
                                          {"to-folder", 's'}}));
     for (const auto& entry : entries) {
-        if (entry.relativePath == "to-file") {
-            EXPECT_EQ(entry.sizeBytes, 7) << "the size of what will be copied";
+        if (entry.relativePath == "to-clip") {
+            EXPECT_EQ(entry.sizeBytes, 2) << "the size of what will be copied";
         }
     }
-    EXPECT_EQ(TreeWalker::copyableBytes(card.path(), {}), 9);
+    EXPECT_THAT(leadingOut, ::testing::UnorderedElementsAre("to-file", "to-folder"));
+    EXPECT_EQ(TreeWalker::copyableBytes(card.path(), {}), 7);
 }
 
-TEST(TreeWalker, WhatCannotBeListedIsEmptyOrPassedOver) {
-    std::vector<std::string> passedOver;
-    EXPECT_THAT(TreeWalker::walk("/no/such/folder", {}, {},
-                                 [&](const auto& folder, int code) {
-                                     passedOver.push_back(folder.native());
-                                     EXPECT_EQ(code, ENOENT);
-                                 }),
-                IsEmpty());
-    EXPECT_THAT(passedOver, ElementsAre("/no/such/folder"));
+TEST(TreeWalker, ARootThatCannotBeListedIsNoEmptyCard) {
+    TemporaryFolder card;
+    const RootFolder root(card.path());
+    std::filesystem::remove(card.path());
+    EXPECT_THROW(TreeWalker::walk(RootFolder("/no/such/folder"), {}), PosixError);
     EXPECT_EQ(TreeWalker::copyableBytes("/no/such/folder", {}), 0);
-    const TemporaryFolder card;
+    std::filesystem::create_directory(card.path());
+    EXPECT_FALSE(root.isStillAtItsPath());
     writeFile(card / "file", "1");
-    EXPECT_THAT(TreeWalker::walk(card / "file", {}), IsEmpty());
+    EXPECT_THROW(TreeWalker::walk(RootFolder(card / "file"), {}), PosixError);
 }
 
 TEST(TreeWalker, AnUnreadableFolderIsReported) {
@@ -145,10 +156,13 @@ TEST(TreeWalker, AnUnreadableFolderIsReported) {
         if (::geteuid() == 0 && ::seteuid(kNobody) != 0)
             ::_exit(11);
         std::vector<std::string> passedOver;
-        const auto entries = TreeWalker::walk(".", {}, {}, [&](const auto& folder, int code) {
-            if (code == EACCES)
-                passedOver.push_back(folder.filename().native());
-        });
+        const auto entries = TreeWalker::walk(RootFolder("."), {}, {},
+                                              {.unreadable =
+                                                   [&](const std::string& folder, int code) {
+                                                       if (code == EACCES)
+                                                           passedOver.push_back(folder);
+                                                   },
+                                               .leadsOut = {}});
         const bool isRight = passedOver == std::vector<std::string>{"locked"} &&
                              listing(entries) == Listing{{"locked", 'd'}, {"open.mov", 'c'}};
         ::_exit(isRight ? 0 : 1);
@@ -177,7 +191,7 @@ TEST(TreeWalker, NamesAreBytesAndTreesMayBeDeep) {
     ::close(::openat(folder, "bottom", O_WRONLY | O_CREAT, 0600));
     ::close(folder);
 
-    const auto listed = listing(TreeWalker::walk(card.path(), {}));
+    const auto listed = listing(TreeWalker::walk(RootFolder(card.path()), {}));
     EXPECT_EQ(listed.size(), 3u + kLevels + 1u);
     EXPECT_TRUE(listed.contains("line\nend \"quoted\", <b>"));
     EXPECT_TRUE(listed.contains("not utf-8 \xff\xfe"));
@@ -194,7 +208,7 @@ TEST(TreeWalker, ATreeMayBeDeeperThanFilesMayBeOpen) {
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
     const rlimit few{.rlim_cur = kLevels / 2, .rlim_max = limit.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    const auto listed = TreeWalker::walk(card.path(), {});
+    const auto listed = TreeWalker::walk(RootFolder(card.path()), {});
     ::setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(listed.size(), kLevels + 1u);
 }

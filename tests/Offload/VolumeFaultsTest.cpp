@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 
 // What disks do to people, tried on real file systems.
 
@@ -182,63 +183,76 @@ TEST(FullDisk, InMidRunStopsWithAClearReasonAndHonestRows) {
     EXPECT_LT(std::filesystem::file_size(outcome.sessionRoot / "2"), 8 * kMiB);
 }
 
-TEST(PulledCard, InMidCopyEndsAsAFailure) {
+TEST(PulledVolume, FailsTheRunAtEveryStageAndIsWrittenPast) {
+    enum class Stage { Scanning, FolderMade, Copying, Verifying };
+    for (const bool isCard : {true, false}) {
+        for (const auto stage :
+             {Stage::Scanning, Stage::FolderMade, Stage::Copying, Stage::Verifying}) {
+            SCOPED_TRACE((isCard ? "card " : "disk ") + std::to_string(static_cast<int>(stage)));
+            MountedVolume pulled(Volume::Ext4, 64 * kMiB);
+            const TemporaryFolder other;
+            const auto card = isCard ? pulled.path() : other.path();
+            for (const auto* name : {"1", "2"})
+                writeFile(card / name, bytesOf(2 * kMiB));
+            bool isPulled = false;
+            const auto pullAt = [&](Stage now) {
+                if (now == stage && !std::exchange(isPulled, true))
+                    pulled.pull();
+            };
+            RunRecord record;
+            auto observer = record.observer([&](const OffloadPhase& phase) {
+                const auto* copying = std::get_if<Phase::Copying>(&phase);
+                if (std::holds_alternative<Phase::Scanning>(phase))
+                    pullAt(Stage::Scanning);
+                else if (copying && copying->file == "2")
+                    pullAt(Stage::Copying);
+                else if (std::holds_alternative<Phase::Verifying>(phase))
+                    pullAt(Stage::Verifying);
+            });
+            observer.sessionRootCreated = [&](const auto&) {
+                pullAt(Stage::FolderMade);
+            };
+            std::string sentence;
+            try {
+                const auto outcome = CopyEngine::run(
+                    requestFor(card, isCard ? other.path() : pulled.path()), observer, {});
+                EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+                ASSERT_THAT(record.problems, SizeIs(1));
+                sentence = record.problems[0];
+            } catch (const OffloadError& failure) {
+                EXPECT_EQ(stage, Stage::Scanning);
+                sentence = failure.localizedDescription();
+            }
+            EXPECT_THAT(sentence, HasSubstr(isCard ? "is no longer there."
+                                                   : "is no longer the one that was chosen."));
+            EXPECT_TRUE(isPulled);
+            EXPECT_TRUE(std::filesystem::is_empty(pulled.path())) << "beneath the mount point";
+        }
+    }
+}
+
+TEST(DamagedCard, AFolderThatCannotBeReadFailsTheRunAndTheRestIsProved) {
     MountedVolume card(Volume::Ext4, 64 * kMiB);
     const TemporaryFolder destination;
-    for (const auto* name : {"1", "2", "3"})
-        writeFile(card / name, bytesOf(4 * kMiB));
-    RunRecord record;
-    bool isPulled = false;
-    const auto outcome = CopyEngine::run(requestFor(card.path(), destination.path()),
-                                         record.observer([&](const OffloadPhase& phase) {
-                                             const auto* copying =
-                                                 std::get_if<Phase::Copying>(&phase);
-                                             if (copying && copying->file == "2" && !isPulled) {
-                                                 isPulled = true;
-                                                 card.pull();
-                                             }
-                                         }),
-                                         {});
-    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    EXPECT_EQ(verdicts(outcome),
-              (std::map<std::string, std::string>{
-                  {"1", "COPY/copied_unverified"}, {"2", "FAIL/failed"}, {"3", "FAIL/failed"}}));
-    EXPECT_THAT(record.problems, SizeIs(1));
-}
-
-TEST(PulledDisk, BeforeTheProofLeavesNothingVerified) {
-    MountedVolume disk(Volume::Ext4, 64 * kMiB);
-    const TemporaryFolder card;
-    for (const auto* name : {"1", "2"})
-        writeFile(card / name, bytesOf(kMiB));
-    RunRecord record;
-    const auto outcome = CopyEngine::run(
-        requestFor(card.path(), disk.path()), record.observer([&](const OffloadPhase& phase) {
-            const auto* verifying = std::get_if<Phase::Verifying>(&phase);
-            if (verifying && record.problems.empty() && verifying->done == 0 &&
-                std::filesystem::exists(disk / "session"))
-                disk.pull();
-        }),
-        {});
-    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    for (const auto& [path, verdict] : verdicts(outcome))
-        EXPECT_EQ(verdict, "FAIL/failed") << path;
-}
-
-TEST(PulledDisk, BeforeItHasKeptEverythingLeavesNothingVerified) {
-    MountedVolume disk(Volume::Ext4, 64 * kMiB);
-    const TemporaryFolder card;
-    writeFile(card / ".DS_Store", "1");
-    RunRecord record;
-    auto observer = record.observer();
-    observer.sessionRootCreated = [&](const auto&) {
-        disk.pull();
-    };
-    const auto outcome = CopyEngine::run(requestFor(card.path(), disk.path()), observer, {});
-    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    EXPECT_EQ(verdicts(outcome),
-              (std::map<std::string, std::string>{{".DS_Store", "SKIP/skipped"}}));
-    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("nothing was read back")));
+    writeFile(card / "bad/lost.mov", "1");
+    writeFile(card / "good.mov", "2");
+    card.unmount();
+    // Wherever the folder's block lies, in the journal too.
+    const auto image = readFile(card.image());
+    for (auto at = image.find("lost.mov"); at != std::string::npos;
+         at = image.find("lost.mov", at + 1))
+        flipByte(card.image(), static_cast<std::int64_t>(at));
+    card.mount();
+    for (const bool isHashing : {false, true}) {
+        auto request = requestFor(card.path(), destination.path());
+        request.settings.verifyOnly = isHashing;
+        RunRecord record;
+        const auto outcome = CopyEngine::run(request, record.observer(), {});
+        EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+        EXPECT_EQ(verdicts(outcome)["good.mov"], isHashing ? "HASH/hashed" : "COPY/verified");
+        EXPECT_THAT(record.problems,
+                    ::testing::ElementsAre(HasSubstr("The folder bad could not be read")));
+    }
 }
 
 TEST(BadCard, AReadErrorStopsTheRunWithTheDevicesReason) {

@@ -91,6 +91,13 @@ std::optional<Attributes> attributesIn(int folderDescriptor, const char* name) n
     return result;
 }
 
+std::optional<Attributes> attributesOf(int descriptor) noexcept {
+    Attributes result;
+    if (readAttributes(descriptor, "", AT_EMPTY_PATH, result) != 0)
+        return std::nullopt;
+    return result;
+}
+
 Attributes attributes(const std::filesystem::path& path) {
     Attributes result;
     if (const int code = readAttributes(AT_FDCWD, path.c_str(), 0, result))

@@ -34,6 +34,9 @@ struct Attributes {
 /// open folder. Empty, with the reason in `errno`, when they cannot be had.
 std::optional<Attributes> attributesIn(int folderDescriptor, const char* name) noexcept;
 
+/// Attributes of what is open. Empty, with the reason in `errno`, when they cannot be had.
+std::optional<Attributes> attributesOf(int descriptor) noexcept;
+
 /// Attributes of the item, of the target if it is a symbolic link.
 Attributes attributes(const std::filesystem::path& path);
 

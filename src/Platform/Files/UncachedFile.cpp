@@ -6,9 +6,14 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdint>
 #include <new>
+#include <vector>
 
 namespace slatewise {
 
@@ -23,28 +28,70 @@ struct Opened {
     FileAccess access;
 };
 
-Opened openDirectIfPossible(const std::filesystem::path& path, int flags) {
-    constexpr mode_t kReadableByAll = 0644;
-    const int all = flags | O_CLOEXEC;
-    if (FileDescriptor direct(::open(path.c_str(), all | O_DIRECT, kReadableByAll)); direct)
-        return {std::move(direct), FileAccess::Direct};
-    if (errno != EINVAL)
-        throw PosixError("open", path, errno);
-    FileDescriptor cached(::open(path.c_str(), all, kReadableByAll));
-    if (!cached)
-        throw PosixError("open", path, errno);
-    return {std::move(cached), FileAccess::CacheDropped};
+/// Calls `open` with `flags` for direct transfers, and where these are refused with `flags` alone.
+template <typename Open>
+Opened openDirectIfPossible(int flags, Open&& open) {
+    try {
+        return {open(flags | O_DIRECT), FileAccess::Direct};
+    } catch (const PosixError& failure) {
+        if (failure.code() != EINVAL)
+            throw;
+    }
+    return {open(flags), FileAccess::CacheDropped};
 }
 
-/// Opening a device can move a tape or reset a port, so the type is looked at first.
-void requireRegularFile(const std::filesystem::path& path) {
+// Younger than the headers we are built with.
+constexpr long kCachestatCall = 451;
+struct CachedRange {
+    std::uint64_t offset = 0;
+    /// 0: to the end.
+    std::uint64_t length = 0;
+};
+struct CachedPages {
+    std::uint64_t cached, dirty, writeback, evicted, recentlyEvicted;
+};
+
+/// As the kernel's own count, for kernels and file systems that do not know it. A file that cannot
+/// be looked at counts as kept.
+bool hasMappedPagesInMemory(int descriptor) noexcept {
+    constexpr std::size_t kWindow = std::size_t{1} << 30;
     struct stat facts {};
-    if (::stat(path.c_str(), &facts) != 0)
-        throw PosixError("open", path, errno);
+    if (::fstat(descriptor, &facts) != 0)
+        return true;
+    std::vector<unsigned char> pages;
+    for (off_t at = 0; at < facts.st_size; at += static_cast<off_t>(kWindow)) {
+        const auto length = std::min(kWindow, static_cast<std::size_t>(facts.st_size - at));
+        void* const window = ::mmap(nullptr, length, PROT_READ, MAP_SHARED, descriptor, at);
+        if (window == MAP_FAILED)
+            return true;
+        pages.resize((length + kBlockSize - 1) / kBlockSize);
+        const bool isKnown = ::mincore(window, length, pages.data()) == 0;
+        ::munmap(window, length);
+        const auto isKept = [](unsigned char page) {
+            return (page & 1) != 0;
+        };
+        if (!isKnown || std::any_of(pages.begin(), pages.end(), isKept))
+            return true;
+    }
+    return false;
+}
+
+bool hasPagesInMemory(int descriptor) noexcept {
+    CachedRange wholeFile;
+    CachedPages count{};
+    if (::syscall(kCachestatCall, descriptor, &wholeFile, &count, 0) == 0)
+        return count.cached > 0;
+    return hasMappedPagesInMemory(descriptor);
+}
+
+void requireRegularFile(int descriptor, const FileBeneath& file) {
+    struct stat facts {};
+    if (::fstat(descriptor, &facts) != 0)
+        throw PosixError("open", file.path(), errno);
     if (S_ISDIR(facts.st_mode))
-        throw PosixError("open", path, EISDIR);
+        throw PosixError("open", file.path(), EISDIR);
     if (!S_ISREG(facts.st_mode)) {
-        throw Error("open " + Text::displayable(path.native()) +
+        throw Error("open " + Text::displayable(file.path().native()) +
                     ": a FIFO, a socket or a device is no file");
     }
 }
@@ -67,20 +114,49 @@ UncachedFile::UncachedFile(FileDescriptor descriptor, std::filesystem::path path
     : descriptor_(std::move(descriptor)), path_(std::move(path)), access_(access),
       isDirect_(access == FileAccess::Direct) {}
 
-UncachedFile UncachedFile::openForReading(const std::filesystem::path& path) {
-    requireRegularFile(path);
+UncachedFile UncachedFile::openForReading(const FileBeneath& file) {
+    // Opening a device can move a tape or reset a port, so the type is looked at first.
+    requireRegularFile(file.folder.open(file.relative, O_PATH, file.links).get(), file);
     // The type may have changed since: without O_NONBLOCK a FIFO put in its place would hold us.
-    auto [descriptor, access] = openDirectIfPossible(path, O_RDONLY | O_NONBLOCK);
-    UncachedFile file(std::move(descriptor), path, access);
+    auto [descriptor, access] = openDirectIfPossible(O_RDONLY | O_NONBLOCK, [&](int flags) {
+        return file.folder.open(file.relative, flags, file.links);
+    });
+    requireRegularFile(descriptor.get(), file);
+    UncachedFile opened(std::move(descriptor), file.path(), access);
     // Also for direct access: some file systems quietly answer single files from the cache.
-    file.dropFromCache();
-    return file;
+    opened.dropFromCache();
+    return opened;
 }
 
-UncachedFile UncachedFile::createForWriting(const std::filesystem::path& path) {
-    auto [descriptor, access] =
-        openDirectIfPossible(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-    return UncachedFile(std::move(descriptor), path, access);
+UncachedFile UncachedFile::createForWriting(const FileBeneath& file) {
+    constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
+    auto [descriptor, access] = openDirectIfPossible(kNewFile, [&](int flags) {
+        // A file system may refuse direct transfers only after it has made the file.
+        file.folder.removeFile(file.relative);
+        return file.folder.open(file.relative, flags);
+    });
+    return UncachedFile(std::move(descriptor), file.path(), access);
+}
+
+bool UncachedFile::isKeptInMemory() const noexcept {
+    if (!hasPagesInMemory(descriptor_.get()))
+        return false;
+    // What another program was just using may be let go now.
+    dropFromCache();
+    return hasPagesInMemory(descriptor_.get());
+}
+
+FileSystem::Attributes UncachedFile::attributes() const {
+    const auto attributes = FileSystem::attributesOf(descriptor_.get());
+    if (!attributes)
+        throw PosixError("stat", path_, errno);
+    return *attributes;
+}
+
+void UncachedFile::setModified(timespec moment) {
+    const std::array<timespec, 2> moments = {timespec{0, UTIME_OMIT}, moment};
+    if (::futimens(descriptor_.get(), moments.data()) != 0)
+        throw PosixError("utimensat", path_, errno);
 }
 
 std::size_t UncachedFile::read(std::span<std::byte> into) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/RootFolder.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -32,6 +33,16 @@ enum class FileAccess {
     CacheDropped,
 };
 
+/// A file by its name below a folder that is held open. Refers to the folder.
+struct FileBeneath {
+    const RootFolder& folder;
+    std::filesystem::path relative;
+    RootFolder::Links links = RootFolder::Links::Refuse;
+
+    /// For messages.
+    std::filesystem::path path() const { return folder.path() / relative; }
+};
+
 /// One regular file, read or written front to back past the system's cache, so that what is read is
 /// what the device holds and not what memory remembers.
 ///
@@ -45,10 +56,10 @@ enum class FileAccess {
 class UncachedFile {
 public:
     /// Opens for reading. A FIFO, a socket or a device is refused at once and never waited for.
-    static UncachedFile openForReading(const std::filesystem::path& path);
+    static UncachedFile openForReading(const FileBeneath& file);
 
-    /// Creates an empty file for writing, mode 0644; what it held before is gone.
-    static UncachedFile createForWriting(const std::filesystem::path& path);
+    /// Creates a new, empty file for writing; a file or a link that bore its name is gone.
+    static UncachedFile createForWriting(const FileBeneath& file);
 
     /// Reads on. Gives the number of bytes, less than asked for only near the end, 0 at the end.
     /// `into` should come from a `TransferBuffer`, from its start.
@@ -59,6 +70,17 @@ public:
 
     /// Waits until the content is on the device.
     void sync();
+
+    /// Whether some of the file stays in the system's memory although it was dropped from there, as
+    /// when another program has it mapped or there is no device beneath. What is read then may come
+    /// from there. To be asked before the first read.
+    bool isKeptInMemory() const noexcept;
+
+    /// Attributes of the open file itself, whatever bears its name by now.
+    FileSystem::Attributes attributes() const;
+
+    /// Sets the modification date and nothing else.
+    void setModified(timespec moment);
 
     FileAccess access() const noexcept { return access_; }
 

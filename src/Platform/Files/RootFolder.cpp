@@ -1,0 +1,200 @@
+#include "Platform/Files/RootFolder.h"
+
+#include "Platform/Error.h"
+
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/syscall.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <string_view>
+
+namespace slatewise {
+
+namespace {
+
+constexpr mode_t kReadableByAll = 0644;
+constexpr mode_t kOpenToAll = 0755;
+
+/// Invalid, with the reason in `errno`, when it cannot be opened.
+FileDescriptor openByKernel(int base, const std::string& name, int flags,
+                            RootFolder::Links links) noexcept {
+    open_how how{};
+    how.flags = static_cast<__u64>(flags | O_CLOEXEC);
+    how.mode = (flags & O_CREAT) != 0 ? kReadableByAll : 0;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+    if (links == RootFolder::Links::Refuse)
+        how.resolve |= RESOLVE_NO_SYMLINKS;
+    // The kernel gives up when folders are moved about while it looks.
+    constexpr int kTries = 100;
+    long descriptor = -1;
+    for (int attempt = 0; attempt < kTries; ++attempt) {
+        descriptor = ::syscall(SYS_openat2, base, name.c_str(), &how, sizeof how);
+        if (descriptor >= 0 || errno != EAGAIN)
+            break;
+    }
+    return FileDescriptor(static_cast<int>(descriptor));
+}
+
+bool isLink(const FileDescriptor& item) noexcept {
+    struct stat facts {};
+    return ::fstat(item.get(), &facts) == 0 && S_ISLNK(facts.st_mode);
+}
+
+/// As `openByKernel`, for kernels and sandboxes that do not know its call. Where links are to be
+/// followed it cannot tell where they lead, and so takes each for one that leads out.
+FileDescriptor openStepByStep(int base, std::string_view name, int flags,
+                              RootFolder::Links links) noexcept {
+    const int onLink = links == RootFolder::Links::Refuse ? ELOOP : EXDEV;
+    FileDescriptor way;
+    for (;;) {
+        const auto end = std::min(name.find('/'), name.size());
+        const std::string part(name.substr(0, end));
+        if (part == "..") {
+            errno = EXDEV;
+            return FileDescriptor();
+        }
+        const bool isLast = end == name.size();
+        const int how = isLast ? flags : O_PATH;
+        FileDescriptor next(::openat(way ? way.get() : base, part.empty() ? "." : part.c_str(),
+                                     how | O_NOFOLLOW | O_CLOEXEC, kReadableByAll));
+        if (!next) {
+            if (errno == ELOOP)
+                errno = onLink;
+            return next;
+        }
+        // A link opened for its name alone is opened itself.
+        if ((!isLast || (flags & O_NOFOLLOW) == 0) && isLink(next)) {
+            errno = onLink;
+            return FileDescriptor();
+        }
+        if (isLast)
+            return next;
+        way = std::move(next);
+        name.remove_prefix(end + 1);
+    }
+}
+
+FileDescriptor openBeneath(int base, const std::string& name, int flags,
+                           RootFolder::Links links) noexcept {
+    auto opened = openByKernel(base, name, flags, links);
+    // What a sandbox forbids and what a file forbids look alike; the other way tells them apart.
+    if (opened || (errno != ENOSYS && errno != EPERM))
+        return opened;
+    return openStepByStep(base, name, flags, links);
+}
+
+} // namespace
+
+RootFolder::RootFolder(std::filesystem::path path)
+    : path_(std::move(path)), descriptor_(::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+    if (!descriptor_)
+        throw PosixError("open", path_, errno);
+}
+
+bool RootFolder::isStillAtItsPath() const noexcept {
+    struct stat held {};
+    struct stat found {};
+    return ::fstat(descriptor_.get(), &held) == 0 && ::stat(path_.c_str(), &found) == 0 &&
+           held.st_dev == found.st_dev && held.st_ino == found.st_ino;
+}
+
+FileDescriptor RootFolder::open(const std::filesystem::path& relative, int flags,
+                                Links links) const {
+    std::string_view name = relative.native();
+    FileDescriptor way;
+    const auto from = [&] {
+        return way ? way.get() : descriptor_.get();
+    };
+    // A tree may be deeper than a path may be long.
+    while (name.size() >= PATH_MAX) {
+        const auto end = name.rfind('/', PATH_MAX - 1);
+        if (end == std::string_view::npos)
+            throw PosixError("open", path_ / relative, ENAMETOOLONG);
+        way = openBeneath(from(), std::string(name.substr(0, end)), O_PATH | O_DIRECTORY, links);
+        if (!way)
+            throw PosixError("open", path_ / relative, errno);
+        name.remove_prefix(end + 1);
+    }
+    auto opened = openBeneath(from(), name.empty() ? "." : std::string(name), flags, links);
+    if (!opened)
+        throw PosixError("open", path_ / relative, errno);
+    return opened;
+}
+
+FileSystem::Attributes RootFolder::attributes(const std::filesystem::path& relative,
+                                              Links links) const {
+    const int flags = links == Links::Refuse ? O_PATH | O_NOFOLLOW : O_PATH;
+    const auto item = open(relative, flags, links);
+    const auto attributes = FileSystem::attributesOf(item.get());
+    if (!attributes)
+        throw PosixError("stat", path_ / relative, errno);
+    return *attributes;
+}
+
+bool RootFolder::exists(const std::filesystem::path& relative) const {
+    try {
+        (void)open(relative, O_PATH | O_NOFOLLOW);
+        return true;
+    } catch (const PosixError& failure) {
+        return failure.code() != ENOENT;
+    }
+}
+
+RootFolder::Parent RootFolder::parentOf(const std::filesystem::path& relative) const {
+    return {open(relative.parent_path(), O_PATH | O_DIRECTORY), relative.filename().native()};
+}
+
+void RootFolder::createFolders(const std::filesystem::path& relative) const {
+    std::filesystem::path way;
+    for (const auto& part : relative) {
+        way /= part;
+        // Somebody else may be making the same folders.
+        if (part != "." && !createNewFolder(way))
+            (void)open(way, O_PATH | O_DIRECTORY);
+    }
+}
+
+bool RootFolder::createNewFolder(const std::filesystem::path& relative) const {
+    const auto [parent, name] = parentOf(relative);
+    if (::mkdirat(parent.get(), name.c_str(), kOpenToAll) == 0)
+        return true;
+    if (errno != EEXIST)
+        throw PosixError("mkdir", path_ / relative, errno);
+    return false;
+}
+
+void RootFolder::removeFile(const std::filesystem::path& relative) const {
+    const auto [parent, name] = parentOf(relative);
+    if (::unlinkat(parent.get(), name.c_str(), 0) != 0 && errno != ENOENT)
+        throw PosixError("unlink", path_ / relative, errno);
+}
+
+void RootFolder::rename(const std::filesystem::path& from, const std::filesystem::path& to) const {
+    const auto [fromParent, fromName] = parentOf(from);
+    const auto [toParent, toName] = parentOf(to);
+    if (::renameat(fromParent.get(), fromName.c_str(), toParent.get(), toName.c_str()) != 0)
+        throw PosixError("rename", path_ / from, errno);
+}
+
+FileSystem::Capacity RootFolder::capacity() const noexcept {
+    struct statvfs facts {};
+    if (::fstatvfs(descriptor_.get(), &facts) != 0)
+        return {};
+    const auto blockSize = static_cast<std::int64_t>(facts.f_frsize);
+    return {static_cast<std::int64_t>(facts.f_blocks) * blockSize,
+            static_cast<std::int64_t>(facts.f_bavail) * blockSize};
+}
+
+void RootFolder::syncVolume() const {
+    // What is open for its name alone cannot be synced.
+    const auto folder = open("", O_RDONLY | O_DIRECTORY);
+    if (::syncfs(folder.get()) != 0)
+        throw PosixError("syncfs", path_, errno);
+}
+
+} // namespace slatewise

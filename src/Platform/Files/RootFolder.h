@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/FileSystem.h"
+
+#include <filesystem>
+#include <optional>
+
+namespace slatewise {
+
+/// A folder held open, and everything beneath it reached from there: whatever is mounted, unmounted
+/// or put in its place under the same path later, this stays the folder that was opened.
+///
+/// Names are taken relative to it. None leads out of it, and no link on the way is followed but
+/// where a caller asks for that. While it is held, its volume cannot be unmounted without force.
+/// Everything blocks its caller and fails with `PosixError`, unless it says otherwise; any thread.
+class RootFolder {
+public:
+    enum class Links {
+        /// A link anywhere in the name is a failure, ELOOP.
+        Refuse,
+        /// Links are followed as long as they lead to something beneath the folder. One that leads
+        /// out fails with EXDEV; so does every link where the kernel cannot tell.
+        FollowBeneath,
+    };
+
+    explicit RootFolder(std::filesystem::path path);
+
+    /// By which the folder was opened; for messages.
+    const std::filesystem::path& path() const noexcept { return path_; }
+
+    /// Whether its path leads to this very folder now. Never fails.
+    bool isStillAtItsPath() const noexcept;
+
+    /// Opens with the flags of `open`; "" or "." is the folder itself. New files are readable by
+    /// all, less what the umask takes away.
+    FileDescriptor open(const std::filesystem::path& relative, int flags,
+                        Links links = Links::Refuse) const;
+
+    /// Attributes of the item itself, of the target where links are followed.
+    FileSystem::Attributes attributes(const std::filesystem::path& relative,
+                                      Links links = Links::Refuse) const;
+
+    /// Whether anything bears that name, a dangling link included; true also when that cannot be
+    /// told, since it is not known to be free then.
+    bool exists(const std::filesystem::path& relative) const;
+
+    /// Makes a folder with all its parents. A folder that is there already is no failure.
+    void createFolders(const std::filesystem::path& relative) const;
+
+    /// Makes one folder whose parent exists. False when something bears that name already.
+    bool createNewFolder(const std::filesystem::path& relative) const;
+
+    /// Removes a file or a link, never a folder. Nothing of that name is no failure.
+    void removeFile(const std::filesystem::path& relative) const;
+
+    /// Renames within the folder, replacing a file that bears the new name.
+    void rename(const std::filesystem::path& from, const std::filesystem::path& to) const;
+
+    /// Of the volume that holds it; both 0 when that cannot be learnt. Never fails.
+    FileSystem::Capacity capacity() const noexcept;
+
+    /// Waits until everything written to its volume would survive a power cut.
+    void syncVolume() const;
+
+private:
+    struct Parent {
+        FileDescriptor folder;
+        std::string name;
+    };
+    Parent parentOf(const std::filesystem::path& relative) const;
+
+    std::filesystem::path path_;
+    FileDescriptor descriptor_;
+};
+
+} // namespace slatewise
