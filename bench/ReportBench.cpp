@@ -108,15 +108,19 @@ void benchReports(const std::filesystem::path& folder) {
          }},
         {"manifest.json",
          [&](const auto& manifest) {
-             FileSystem::writeAtomically(folder / "file", ReportWriter::isoEncode(manifest));
+             FileSystem::writeAtomically(
+                 folder / "file", [&](const auto& put) { ReportWriter::isoEncode(manifest, put); });
          }},
         {"inventory.csv",
          [&](const auto& manifest) {
-             FileSystem::write(folder / "file", ReportWriter::inventoryCSV(manifest, kLanguage));
+             FileSystem::write(folder / "file", [&](const auto& put) {
+                 ReportWriter::inventoryCSV(manifest, kLanguage, put);
+             });
          }},
         {"checksums.sha256",
          [&](const auto& manifest) {
-             FileSystem::write(folder / "file", ReportWriter::checksumList(manifest));
+             FileSystem::write(folder / "file",
+                               [&](const auto& put) { ReportWriter::checksumList(manifest, put); });
          }},
         {"Reports_Standart.html",
          [&](const auto& manifest) {

@@ -23,20 +23,6 @@ void appendIndented(std::string& result, std::string_view lines, std::size_t bla
     result.append(lines);
 }
 
-void appendList(std::string& result, std::size_t itemCount,
-                const std::function<Value(std::size_t)>& item) {
-    constexpr std::size_t kDepth = 2 * kIndent;
-    for (std::size_t number = 0; number < itemCount; ++number) {
-        result.append(number == 0 ? "[\n" : ",\n").append(kDepth, ' ');
-        const auto lengthBefore = result.size();
-        appendIndented(result, text(item(number), kIndent), kDepth);
-        // Growing step by step holds a long text twice; items tend to be of one length.
-        if (number == 0)
-            result.reserve(lengthBefore + itemCount * (result.size() - lengthBefore) * 9 / 8);
-    }
-    result.append("\n").append(kIndent, ' ').append("]");
-}
-
 /// Whole numbers up to here are exact in a double.
 constexpr double kLargestExact = 9007199254740992.0;
 
@@ -80,19 +66,29 @@ std::string prettyText(const Value& value) {
     return text(value, kIndent);
 }
 
-std::string prettyText(Value object, const char* listKey, std::size_t itemCount,
-                       const std::function<Value(std::size_t)>& item) {
+void prettyText(Value object, const char* listKey, std::size_t itemCount,
+                const std::function<Value(std::size_t)>& item,
+                const std::function<void(std::string_view)>& put) {
+    constexpr std::size_t kDepth = 2 * kIndent;
     object[listKey] = Value::array();
-    std::string result = "{";
+    std::string piece = "{";
+    bool isFirst = true;
     for (const auto& [key, value] : object.items()) {
-        result += (result.size() > 1 ? ",\n  " : "\n  ") + text(key, kIndent) + ": ";
-        if (key == listKey && itemCount > 0)
-            appendList(result, itemCount, item);
-        else
-            appendIndented(result, text(value, kIndent), kIndent);
+        piece += (isFirst ? "\n  " : ",\n  ") + text(key, kIndent) + ": ";
+        isFirst = false;
+        if (key != listKey || itemCount == 0) {
+            appendIndented(piece, text(value, kIndent), kIndent);
+            continue;
+        }
+        for (std::size_t number = 0; number < itemCount; ++number) {
+            piece.append(number == 0 ? "[\n" : ",\n").append(kDepth, ' ');
+            appendIndented(piece, text(item(number), kIndent), kDepth);
+            put(piece);
+            piece.clear();
+        }
+        piece.append("\n").append(kIndent, ' ').append("]");
     }
-    result += "\n}";
-    return result;
+    put(piece + "\n}");
 }
 
 std::string compactText(const Value& value) {

@@ -101,9 +101,10 @@ void get(const Value& object, const char* key, std::optional<T>& result) {
 std::string prettyText(const Value& value);
 
 /// As `prettyText` of the object with one more field, a list, whose items are asked for one after
-/// the other: a tree of a long list in memory is many times its text.
-std::string prettyText(Value object, const char* listKey, std::size_t itemCount,
-                       const std::function<Value(std::size_t)>& item);
+/// the other, and whose text is passed on piece by piece: neither has to be in memory as a whole.
+void prettyText(Value object, const char* listKey, std::size_t itemCount,
+                const std::function<Value(std::size_t)>& item,
+                const std::function<void(std::string_view)>& put);
 
 /// The text of a value on one line.
 std::string compactText(const Value& value);

@@ -31,21 +31,29 @@ void renderPath(HtmlText& page, const std::string& path) {
 
 constexpr std::size_t kRowsPerList = 200;
 
-/// What a row takes on a page, by experience: a long page then grows once and not a dozen times.
-constexpr std::size_t kBytesPerRow = 800;
-
 } // namespace
 
 std::string HtmlReport::document(const SessionManifest& manifest) const {
     HtmlText page;
-    page.reserve(16'384 + manifest.files.size() * kBytesPerRow);
+    render(page, manifest);
+    return page.take();
+}
+
+void HtmlReport::write(const SessionManifest& manifest, const std::filesystem::path& file) const {
+    FileSystem::write(file, [&](const FileSystem::TextSink& put) {
+        HtmlText page(put);
+        render(page, manifest);
+        page.flush();
+    });
+}
+
+void HtmlReport::render(HtmlText& page, const SessionManifest& manifest) const {
     renderHeader(page, manifest);
     page.raw("<div class=\"tree\">\n");
     renderHead(page, manifest);
     renderItems(page, ReportTree::build(manifest.files), 0);
     page.raw("\n</div>");
     renderFooter(page);
-    return page.take();
 }
 
 void HtmlReport::renderNode(HtmlText& page, const ReportNode& node, int depth) const {

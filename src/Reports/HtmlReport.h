@@ -20,6 +20,9 @@ public:
     /// The whole page.
     std::string document(const SessionManifest& manifest) const;
 
+    /// The same into a file, of which no more than a piece is in memory. Fails with `PosixError`.
+    void write(const SessionManifest& manifest, const std::filesystem::path& file) const;
+
     /// A folder with everything below it, or a file, as an item of a list.
     void renderNode(HtmlText& page, const ReportNode& node, int depth) const;
 
@@ -46,6 +49,7 @@ protected:
     const L10n& l10n() const { return l10n_; }
 
 private:
+    void render(HtmlText& page, const SessionManifest& manifest) const;
     void renderHeader(HtmlText& page, const SessionManifest& manifest) const;
     void renderVerdict(HtmlText& page, const SessionManifest& manifest) const;
     void renderLabels(HtmlText& page) const;

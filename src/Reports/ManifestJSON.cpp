@@ -107,23 +107,30 @@ SessionManifest manifestFrom(const Json::Value& object) {
 namespace ReportWriter {
 
 std::string isoEncode(const SessionManifest& manifest) {
+    std::string text;
+    isoEncode(manifest, [&](std::string_view piece) { text += piece; });
+    return text;
+}
+
+void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put) {
     Json::Value object = Json::Value::object();
-    put(object, "schema_version", manifest.schemaVersion);
-    put(object, "app", manifest.app);
-    put(object, "app_version", manifest.appVersion);
-    put(object, "session_id", manifest.sessionID);
-    put(object, "started_at", manifest.startedAt);
-    put(object, "finished_at", manifest.finishedAt);
-    put(object, "status", manifest.status);
+    Json::put(object, "schema_version", manifest.schemaVersion);
+    Json::put(object, "app", manifest.app);
+    Json::put(object, "app_version", manifest.appVersion);
+    Json::put(object, "session_id", manifest.sessionID);
+    Json::put(object, "started_at", manifest.startedAt);
+    Json::put(object, "finished_at", manifest.finishedAt);
+    Json::put(object, "status", manifest.status);
     if (!manifest.problems.empty())
-        put(object, "problems", manifest.problems);
-    put(object, "hash_algorithm", manifest.hashAlgorithm);
+        Json::put(object, "problems", manifest.problems);
+    Json::put(object, "hash_algorithm", manifest.hashAlgorithm);
     object["card"] = toJson(manifest.card);
     object["destination"] = toJson(manifest.destination);
     object["counts"] = toJson(manifest.counts);
-    return Json::prettyText(
+    Json::prettyText(
         std::move(object), "files", manifest.files.size(),
-        [&](std::size_t number) { return writeRow(manifest.files[number], RowKeys::Manifest); });
+        [&](std::size_t number) { return writeRow(manifest.files[number], RowKeys::Manifest); },
+        put);
 }
 
 SessionManifest isoDecode(std::string_view text) {

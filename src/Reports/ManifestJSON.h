@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Files/FileSystem.h"
 #include "Reports/SessionManifest.h"
 
 #include <string>
@@ -10,6 +11,9 @@ namespace slatewise::ReportWriter {
 
 /// The text of "manifest.json": pretty-printed JSON with sorted keys and dates in UTC.
 std::string isoEncode(const SessionManifest& manifest);
+
+/// The same, passed on piece by piece.
+void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put);
 
 /// Reads what `isoEncode` or an older version wrote. Fails with `Error` when it is no manifest.
 SessionManifest isoDecode(std::string_view text);

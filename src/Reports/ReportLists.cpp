@@ -75,20 +75,22 @@ std::string checksumLine(const std::string& hash, const std::string& path) {
 
 } // namespace
 
-std::string inventoryCSV(const SessionManifest& manifest, AppLanguage language) {
-    std::string text(kInventoryHeader);
-    for (const auto& file : manifest.files)
-        appendRow(text, file, language);
-    return text;
+void inventoryCSV(const SessionManifest& manifest, AppLanguage language,
+                  const FileSystem::TextSink& put) {
+    put(kInventoryHeader);
+    std::string row;
+    for (const auto& file : manifest.files) {
+        row.clear();
+        appendRow(row, file, language);
+        put(row);
+    }
 }
 
-std::string checksumList(const SessionManifest& manifest) {
-    std::string text;
+void checksumList(const SessionManifest& manifest, const FileSystem::TextSink& put) {
     for (const auto& file : manifest.files) {
         if (isProvedOrHashed(file))
-            text += checksumLine(*file.sourceSHA256, file.relativePath);
+            put(checksumLine(*file.sourceSHA256, file.relativePath));
     }
-    return text;
 }
 
 } // namespace slatewise::ReportWriter

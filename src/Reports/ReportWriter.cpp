@@ -76,9 +76,13 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& 
 void write(const SessionManifest& manifest, const std::filesystem::path& folder,
            AppLanguage language) {
     FileSystem::createFolders(folder);
-    FileSystem::writeAtomically(folder / "manifest.json", isoEncode(manifest));
-    FileSystem::write(folder / "inventory.csv", inventoryCSV(manifest, language));
-    FileSystem::write(folder / "checksums.sha256", checksumList(manifest));
+    using FileSystem::TextSink;
+    FileSystem::writeAtomically(folder / "manifest.json",
+                                [&](const TextSink& put) { isoEncode(manifest, put); });
+    FileSystem::write(folder / "inventory.csv",
+                      [&](const TextSink& put) { inventoryCSV(manifest, language, put); });
+    FileSystem::write(folder / "checksums.sha256",
+                      [&](const TextSink& put) { checksumList(manifest, put); });
     SessionHTML::write(manifest, folder / "Reports_Standart.html", language);
     SessionPDF::write(manifest, folder / "Reports_Standart.pdf", language);
     SessionDetailedHTML::write(manifest, folder / "Reports_Detailed.html", language);

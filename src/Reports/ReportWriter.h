@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Language/AppLanguage.h"
+#include "Platform/Files/FileSystem.h"
 #include "Reports/ManifestJSON.h"
 #include "Reports/SessionManifest.h"
 #include "Volumes/VolumeRecords.h"
@@ -38,13 +39,14 @@ void copySidecars(const std::filesystem::path& from, const std::filesystem::path
 /// How many distinct folders the files' paths imply.
 int folderCount(std::span<const ManifestFile> files);
 
-/// The text of "inventory.csv": a header and one row per file. The language shows in the words of
-/// the human size only.
-std::string inventoryCSV(const SessionManifest& manifest, AppLanguage language);
+/// Passes on the text of "inventory.csv": a header and one row per file. The language shows in the
+/// words of the human size only.
+void inventoryCSV(const SessionManifest& manifest, AppLanguage language,
+                  const FileSystem::TextSink& put);
 
-/// The text of "checksums.sha256": one line per proved file, as `sha256sum --check` reads it from
-/// inside the session's folder; where nothing was to be copied, one per hashed file, to be read on
-/// the card.
-std::string checksumList(const SessionManifest& manifest);
+/// Passes on the text of "checksums.sha256": one line per proved file, as `sha256sum --check` reads
+/// it from inside the session's folder; where nothing was to be copied, one per hashed file, to be
+/// read on the card.
+void checksumList(const SessionManifest& manifest, const FileSystem::TextSink& put);
 
 } // namespace slatewise::ReportWriter

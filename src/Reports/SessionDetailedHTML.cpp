@@ -111,7 +111,8 @@ private:
 
 void write(const SessionManifest& manifest, const std::filesystem::path& file,
            AppLanguage language) {
-    FileSystem::write(file, document(manifest, language));
+    const auto common = manifest.cardEssence();
+    DetailedReport(common, language).write(manifest, file);
 }
 
 std::string document(const SessionManifest& manifest, AppLanguage language) {

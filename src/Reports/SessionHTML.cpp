@@ -111,7 +111,7 @@ private:
 
 void write(const SessionManifest& manifest, const std::filesystem::path& file,
            AppLanguage language) {
-    FileSystem::write(file, document(manifest, language));
+    StandardReport(language).write(manifest, file);
 }
 
 std::string document(const SessionManifest& manifest, AppLanguage language) {

@@ -62,6 +62,18 @@ SessionManifest session() {
                                        AppLanguage::English);
 }
 
+std::string inventoryText(const SessionManifest& manifest, AppLanguage language) {
+    std::string text;
+    ReportWriter::inventoryCSV(manifest, language, [&](auto piece) { text += piece; });
+    return text;
+}
+
+std::string checksumText(const SessionManifest& manifest) {
+    std::string text;
+    ReportWriter::checksumList(manifest, [&](auto piece) { text += piece; });
+    return text;
+}
+
 } // namespace
 
 TEST(Manifest, IsExactlyThisText) {
@@ -211,7 +223,7 @@ TEST(InventoryCSV, QuotesWhatNeedsItAndSpeaksBothLanguages) {
         "duration_tc,duration_seconds,capture_fps,timecode_rate,timecode_drop_frame\n";
     auto manifest = session();
     manifest.files[2].relativePath = "new\nline\rcr";
-    EXPECT_EQ(ReportWriter::inventoryCSV(manifest, AppLanguage::English),
+    EXPECT_EQ(inventoryText(manifest, AppLanguage::English),
               header + "\"DCIM/a, \"\"b\"\".mov\",1234567,\"1.2 MB (1,234,567 bytes)\"," +
                   "2026-03-01T09:30:15Z," + kHash +
                   ",COPY,verified,01:00:00:00,,,24.0,23.976,,false\n" +
@@ -219,10 +231,10 @@ TEST(InventoryCSV, QuotesWhatNeedsItAndSpeaksBothLanguages) {
                   ",COPY,copied_unverified,,,,,,,\n" +
                   "\"new\nline\rcr\",1234567,\"1.2 MB (1,234,567 bytes)\",,,FAIL,failed,,,,,,,\n" +
                   ".DS_Store,1234567,\"1.2 MB (1,234,567 bytes)\",,,SKIP,skipped,,,,,,,\n");
-    EXPECT_THAT(ReportWriter::inventoryCSV(manifest, AppLanguage::Turkish),
+    EXPECT_THAT(inventoryText(manifest, AppLanguage::Turkish),
                 HasSubstr("1,2 MB (1.234.567 bayt)"));
     manifest.files.clear();
-    EXPECT_EQ(ReportWriter::inventoryCSV(manifest, AppLanguage::English), header);
+    EXPECT_EQ(inventoryText(manifest, AppLanguage::English), header);
 }
 
 TEST(ChecksumList, IsAcceptedByTheToolThatPeopleUse) {
@@ -239,12 +251,12 @@ TEST(ChecksumList, IsAcceptedByTheToolThatPeopleUse) {
     auto& unproved = manifest.files.emplace_back(
         row("missing", RowAction::Copy, VerifyStatus::CopiedUnverified));
     unproved.sourceSHA256 = kHash;
-    writeFile(folder / "list", ReportWriter::checksumList(manifest));
+    writeFile(folder / "list", checksumText(manifest));
 
     const auto result = run({"sh", "-c", "cd \"$0\" && sha256sum --strict -c list", folder.path()});
     EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
     EXPECT_EQ(std::count(result.standardOutput.begin(), result.standardOutput.end(), '\n'), 11);
-    EXPECT_EQ(ReportWriter::checksumList(SessionManifest()), "");
+    EXPECT_EQ(checksumText(SessionManifest()), "");
 }
 
 TEST(ReportWriter, CountsAndListsWhatWasHashedAlone) {
@@ -257,7 +269,7 @@ TEST(ReportWriter, CountsAndListsWhatWasHashedAlone) {
         ReportWriter::buildManifest(outcome, {}, {}, "", "", AppLanguage::English);
     EXPECT_EQ(manifest.counts.filesHashed, 1);
     EXPECT_EQ(manifest.bytesHandled(), 1'234'567);
-    EXPECT_EQ(ReportWriter::checksumList(manifest), kHash + "  a.mov\n");
+    EXPECT_EQ(checksumText(manifest), kHash + "  a.mov\n");
     EXPECT_EQ(ReportWriter::isoDecode(ReportWriter::isoEncode(manifest)), manifest);
 }
 

@@ -164,7 +164,26 @@ void write(const std::filesystem::path& path, std::string_view content) {
     sync(file, path);
 }
 
+void write(const std::filesystem::path& path, const TextSource& content) {
+    constexpr std::size_t kWriteBytes = 1 << 20;
+    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC);
+    std::string pending;
+    content([&](std::string_view text) {
+        pending += text;
+        if (pending.size() < kWriteBytes)
+            return;
+        writeAll(file, pending, path);
+        pending.clear();
+    });
+    writeAll(file, pending, path);
+    sync(file, path);
+}
+
 void writeAtomically(const std::filesystem::path& path, std::string_view content) {
+    writeAtomically(path, [&](const TextSink& put) { put(content); });
+}
+
+void writeAtomically(const std::filesystem::path& path, const TextSource& content) {
     auto temporary = path;
     temporary += "." + Uuid::random().text() + ".tmp";
     try {

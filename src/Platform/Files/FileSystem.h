@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -67,6 +68,15 @@ void write(const std::filesystem::path& path, std::string_view content);
 /// As `write`, but under another name first and then renamed: whoever opens `path` sees the old
 /// content or the new one, never a part.
 void writeAtomically(const std::filesystem::path& path, std::string_view content);
+
+/// Takes a text piece by piece, in its order.
+using TextSink = std::function<void(std::string_view)>;
+/// Makes a text that may be too long to be held as a whole.
+using TextSource = std::function<void(const TextSink&)>;
+
+/// As the two above, of a text as it is made.
+void write(const std::filesystem::path& path, const TextSource& content);
+void writeAtomically(const std::filesystem::path& path, const TextSource& content);
 
 /// The whole content of a file.
 std::string read(const std::filesystem::path& path);
