@@ -1,0 +1,246 @@
+#include "MediaHashList/Generation.h"
+
+#include "Platform/Error.h"
+#include "Platform/Text.h"
+
+#include <QXmlStreamReader>
+
+#include <algorithm>
+
+namespace slatewise::MediaHashList {
+
+namespace {
+
+std::string text(QXmlStreamReader& xml) {
+    return xml.readElementText(QXmlStreamReader::SkipChildElements).toStdString();
+}
+
+std::string nameOf(const QXmlStreamReader& xml) {
+    return xml.name().toString().toStdString();
+}
+
+/// Empty for a date of another form: a date is a fact, nothing depends on it.
+std::optional<Instant> date(const QXmlStreamAttributes& attributes, const char* name) {
+    return Clock::fromIso8601(attributes.value(QLatin1String(name)).toString().toStdString());
+}
+
+std::string downwardPath(std::string path) {
+    if (!leadsDown(path))
+        throw Error("a path in the list leads out of its folder: " + Text::displayable(path));
+    return path;
+}
+
+/// Calls `visit(name)` for each element in the one at hand. It must read the element to its end.
+template <typename Visit>
+void forEachChild(QXmlStreamReader& xml, Visit&& visit) {
+    while (xml.readNextStartElement())
+        visit(nameOf(xml));
+}
+
+std::optional<HashFormat> formatNamed(const std::string& name) {
+    return fromRawValue<HashFormat>(name);
+}
+
+std::string value(QXmlStreamReader& xml, HashFormat format) {
+    auto given = text(xml);
+    if (format != HashFormat::C4)
+        given = Text::asciiLowercased(given);
+    if (!isValue(format, given))
+        throw Error(Text::displayable(given) + " is no " + std::string(rawValue(format)));
+    return given;
+}
+
+void readCreator(QXmlStreamReader& xml, Creator& creator) {
+    forEachChild(xml, [&](const std::string& name) {
+        if (name == "creationdate") {
+            creator.createdAt = Clock::fromIso8601(text(xml)).value_or(Instant{});
+        } else if (name == "hostname") {
+            creator.hostName = text(xml);
+        } else if (name == "tool") {
+            creator.toolVersion = xml.attributes().value("version").toString().toStdString();
+            creator.tool = text(xml);
+        } else if (name == "author") {
+            auto role = xml.attributes().value("role").toString().toStdString();
+            creator.authors.push_back({text(xml), std::move(role)});
+        } else if (name == "location") {
+            creator.location = text(xml);
+        } else if (name == "comment") {
+            creator.comment = text(xml);
+        } else {
+            xml.skipCurrentElement();
+        }
+    });
+}
+
+void readFolderValues(QXmlStreamReader& xml, std::vector<FolderValue>& values,
+                      std::string FolderValue::*part) {
+    forEachChild(xml, [&](const std::string& name) {
+        const auto format = formatNamed(name);
+        if (!format)
+            return xml.skipCurrentElement();
+        auto found = std::find_if(values.begin(), values.end(),
+                                  [&](const FolderValue& each) { return each.format == *format; });
+        if (found == values.end())
+            found = values.insert(found, FolderValue{*format, {}, {}});
+        (*found).*part = value(xml, *format);
+    });
+}
+
+bool readFolderPart(QXmlStreamReader& xml, const std::string& name,
+                    std::vector<FolderValue>& values) {
+    if (name == "content")
+        readFolderValues(xml, values, &FolderValue::content);
+    else if (name == "structure")
+        readFolderValues(xml, values, &FolderValue::structure);
+    else
+        return false;
+    return true;
+}
+
+HashedFolder readFolder(QXmlStreamReader& xml) {
+    HashedFolder folder;
+    forEachChild(xml, [&](const std::string& name) {
+        if (name == "path") {
+            folder.modified = date(xml.attributes(), "lastmodificationdate");
+            folder.path = text(xml);
+        } else if (!readFolderPart(xml, name, folder.values)) {
+            xml.skipCurrentElement();
+        }
+    });
+    folder.path = downwardPath(std::move(folder.path));
+    return folder;
+}
+
+HashedFile readFile(QXmlStreamReader& xml) {
+    HashedFile file;
+    forEachChild(xml, [&](const std::string& name) {
+        const auto attributes = xml.attributes();
+        const auto format = formatNamed(name);
+        if (name == "path") {
+            bool isNumber = false;
+            const auto size = attributes.value("size").toLongLong(&isNumber);
+            if (isNumber && size >= 0)
+                file.sizeBytes = size;
+            file.modified = date(attributes, "lastmodificationdate");
+            file.path = text(xml);
+        } else if (format) {
+            const auto action = attributes.value("action").toString().toStdString();
+            file.values.push_back({.format = *format,
+                                   .value = value(xml, *format),
+                                   .action = fromRawValue<HashAction>(action),
+                                   .hashedAt = date(attributes, "hashdate")});
+        } else {
+            xml.skipCurrentElement();
+        }
+    });
+    file.path = downwardPath(std::move(file.path));
+    return file;
+}
+
+void readProcess(QXmlStreamReader& xml, Generation& generation) {
+    forEachChild(xml, [&](const std::string& name) {
+        if (name == "process") {
+            const auto process = fromRawValue<Process>(text(xml));
+            if (!process)
+                throw Error("not a media hash list: its process is unknown");
+            generation.process = *process;
+        } else if (name == "roothash") {
+            forEachChild(xml, [&](const std::string& part) {
+                if (!readFolderPart(xml, part, generation.root))
+                    xml.skipCurrentElement();
+            });
+        } else if (name == "ignore") {
+            forEachChild(xml, [&](const std::string&) { generation.ignored.push_back(text(xml)); });
+        } else {
+            xml.skipCurrentElement();
+        }
+    });
+}
+
+Reference readReference(QXmlStreamReader& xml) {
+    Reference reference;
+    forEachChild(xml, [&](const std::string& name) {
+        if (name == "path")
+            reference.path = downwardPath(text(xml));
+        else if (name == "c4")
+            reference.c4 = value(xml, HashFormat::C4);
+        else
+            xml.skipCurrentElement();
+    });
+    if (reference.path.empty() || reference.c4.empty())
+        throw Error("not a media hash list: a reference is not complete");
+    return reference;
+}
+
+void readHashes(QXmlStreamReader& xml, Generation& generation) {
+    forEachChild(xml, [&](const std::string& name) {
+        if (name == "hash")
+            generation.files.push_back(readFile(xml));
+        else if (name == "directoryhash")
+            generation.folders.push_back(readFolder(xml));
+        else
+            xml.skipCurrentElement();
+    });
+}
+
+/// Opens the document at its root. A document that declares entities can make a gigabyte of a line,
+/// and no list has a reason to.
+void enter(QXmlStreamReader& xml, const char* root, const char* space) {
+    while (!xml.atEnd() && !xml.isStartElement()) {
+        xml.readNext();
+        if (xml.isDTD())
+            throw Error("not a media hash list: it declares a document type");
+    }
+    if (!xml.isStartElement() || xml.name() != QLatin1String(root) ||
+        xml.namespaceUri() != QLatin1String(space))
+        throw Error("not a media hash list");
+}
+
+void requireWhole(const QXmlStreamReader& xml) {
+    if (xml.hasError())
+        throw Error("not a media hash list: " + xml.errorString().toStdString());
+}
+
+QByteArray bytesIn(std::string_view text) {
+    return QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+} // namespace
+
+Generation readGeneration(std::string_view given) {
+    QXmlStreamReader xml(bytesIn(given));
+    enter(xml, "hashlist", "urn:ASC:MHL:v2.0");
+    Generation generation;
+    forEachChild(xml, [&](const std::string& name) {
+        if (name == "creatorinfo")
+            readCreator(xml, generation.creator);
+        else if (name == "processinfo")
+            readProcess(xml, generation);
+        else if (name == "hashes")
+            readHashes(xml, generation);
+        else if (name == "references")
+            forEachChild(xml,
+                         [&](const auto&) { generation.references.push_back(readReference(xml)); });
+        else
+            xml.skipCurrentElement();
+    });
+    requireWhole(xml);
+    return generation;
+}
+
+std::vector<ChainLink> readChain(std::string_view given) {
+    QXmlStreamReader xml(bytesIn(given));
+    enter(xml, "ascmhldirectory", "urn:ASC:MHL:DIRECTORY:v2.0");
+    std::vector<ChainLink> chain;
+    forEachChild(xml, [&](const std::string&) {
+        const int number = xml.attributes().value("sequencenr").toInt();
+        auto reference = readReference(xml);
+        if (number < 1 || reference.path.find('/') != std::string::npos)
+            throw Error("not a chain of media hash lists");
+        chain.push_back({number, std::move(reference.path), std::move(reference.c4)});
+    });
+    requireWhole(xml);
+    return chain;
+}
+
+} // namespace slatewise::MediaHashList

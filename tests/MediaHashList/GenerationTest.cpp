@@ -1,0 +1,205 @@
+#include "MediaHashList/FolderHashes.h"
+#include "MediaHashList/History.h"
+#include "Platform/Error.h"
+#include "support/Files.h"
+#include "support/Process.h"
+
+#include <gmock/gmock.h>
+
+using namespace slatewise;
+using namespace slatewise::MediaHashList;
+using namespace slatewise::test;
+using ::testing::HasSubstr;
+
+namespace {
+
+const Instant kNoon = Clock::fromIso8601("2026-03-01T12:00:00Z").value();
+
+void expectValid(const std::filesystem::path& file, const std::string& schema) {
+    const auto check = run({"xmllint", "--noout", "--nonet", "--schema",
+                            std::string(SLATEWISE_SCHEMAS) + "/" + schema, file});
+    EXPECT_EQ(check.exitCode, 0) << check.standardError;
+}
+
+/// A generation of these files as it is written, with their folders.
+Generation generationOf(const std::map<std::string, std::string>& contents,
+                        std::vector<HashFormat> formats = {HashFormat::XXH128}) {
+    Generation generation;
+    generation.creator = {.createdAt = kNoon,
+                          .hostName = "cart & <set>",
+                          .tool = "Slatewise DIT",
+                          .toolVersion = "1",
+                          .authors = {{"Ayşe", "DIT"}},
+                          .location = "Kadıköy",
+                          .comment = {}};
+    generation.process = Process::Transfer;
+    generation.ignored = {".DS_Store", "ascmhl", "ascmhl/"};
+    std::map<std::string, HashedFolder> folders;
+    for (const auto format : formats) {
+        FolderHashes hashes(format);
+        for (const auto& [path, content] : contents)
+            hashes.addFile(path, hashOf(format, content));
+        for (const auto& [path, value] : hashes.finish()) {
+            if (path.empty())
+                generation.root.push_back(value);
+            else
+                folders[path].values.push_back(value);
+        }
+    }
+    for (auto& [path, folder] : folders)
+        generation.folders.push_back({path, kNoon, folder.values});
+    for (const auto& [path, content] : contents) {
+        HashedFile file{path, static_cast<std::int64_t>(content.size()), kNoon, {}};
+        for (const auto format : formats)
+            file.values.push_back({format, hashOf(format, content), std::nullopt, kNoon});
+        generation.files.push_back(file);
+    }
+    sortInPostOrder(generation);
+    return generation;
+}
+
+const std::map<std::string, std::string> kExample = {{"CLIP/A001C001.mov", "hello"},
+                                                     {"CLIP/A001C002.mov", "b"},
+                                                     {"CLIP/sub/x.xml", "side"},
+                                                     {"SES/Şarkı ğ.wav", "ses"},
+                                                     {"empty.bin", ""}};
+
+std::string listOf(const std::string& hash, const std::string& before = "") {
+    return before +
+           "<hashlist version=\"2.0\" xmlns=\"urn:ASC:MHL:v2.0\"><processinfo><process>in-place"
+           "</process></processinfo><hashes>" +
+           hash + "</hashes></hashlist>";
+}
+
+} // namespace
+
+TEST(MediaHashListTest, ValuesAreThoseThatOthersCompute) {
+    struct Case {
+        HashFormat format;
+        const char* bytes;
+        const char* value;
+    };
+    const std::string helloC4 = "c447Fm3BJZQ62765jMZJH4m28hrDM7Szbj9CUmj4F4gnvyDYXYz4WfnK2nYRhFvRg"
+                                "YEectEXYBYWLDpLo6XGNAfKdt";
+    const std::string emptyC4 = "c459dsjfscH38cYeXXYogktxf4Cd9ibshE3BHUo6a58hBXmRQdZrAkZzsWcbWtDg5"
+                                "oQstpDuni4Hirj75GEmTc1sFT";
+    const Case cases[] = {
+        {HashFormat::XXH128, "", "99aa06d3014798d86001c324468d497f"},
+        {HashFormat::XXH128, "hello", "b5e9c1ad071b3e7fc779cfaa5e523818"},
+        {HashFormat::C4, "hello", helloC4.c_str()},
+        {HashFormat::C4, "", emptyC4.c_str()},
+        {HashFormat::MD5, "hello", "5d41402abc4b2a76b9719d911017c592"},
+        {HashFormat::SHA1, "hello", "aaf4c61ddcc5e8a2dabede0f3b482cd9aea9434d"},
+        {HashFormat::XXH64, "", "ef46db3751d8e999"},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(hashOf(each.format, each.bytes), each.value);
+        EXPECT_EQ(hashOfList(each.format, {}), hashOf(each.format, ""));
+        EXPECT_FALSE(isValue(each.format, std::string(each.value) + "0"));
+    }
+    EXPECT_EQ(bytesOf(HashFormat::C4, helloC4).substr(0, 4), "\x9b\x71\xd2\x24");
+}
+
+TEST(MediaHashListTest, FoldersHaveTheValuesOfTheWorkedExample) {
+    FolderHashes hashes(HashFormat::XXH128);
+    for (const auto& [path, content] : kExample)
+        hashes.addFile(path, hashOf(HashFormat::XXH128, content));
+    const auto values = hashes.finish();
+    const std::map<std::string, std::pair<std::string, std::string>> expected = {
+        {"CLIP/sub", {"304671136f9a6a8ee8556fcf4954674c", "13e35254e07b0bfc4717f78c53e28364"}},
+        {"CLIP", {"04a8be66dcf7b6b2ef9df6d2a563c765", "b7379663a88a152dc4d8f756ed397287"}},
+        {"SES", {"07608657a41c2ff5d0b6593b2f09d09e", "c268740f102edd290b60347d0e414312"}},
+        {"", {"f5b21a5dc3273455c58cb35ea4548555", "82779b69b7686b6392826f593579451b"}},
+    };
+    ASSERT_EQ(values.size(), expected.size());
+    for (const auto& [path, value] : values) {
+        EXPECT_EQ(value.content, expected.at(path).first) << path;
+        EXPECT_EQ(value.structure, expected.at(path).second) << path;
+    }
+}
+
+TEST(MediaHashListTest, WhatIsWrittenIsValidAndReadsBackTheSame) {
+    std::map<std::string, std::string> many;
+    for (int number = 0; number < 20'000; ++number)
+        many["D" + std::to_string(number % 7) + "/c" + std::to_string(number)] = "x";
+    const std::map<std::string, Generation> cases = {
+        {"plain", generationOf({{"a.mov", "a"}})},
+        {"nothing", generationOf({})},
+        {"example", generationOf(kExample)},
+        {"odd names",
+         generationOf({{"a & <b> \"c\"/ d\t\n.mov ", "x"}, {"a.b/c", "y"}, {"a/b", ""}})},
+        {"all formats", generationOf(kExample, {kHashFormats.begin(), kHashFormats.end()})},
+        {"many", generationOf(many)},
+    };
+    const TemporaryFolder folder;
+    for (const auto& [name, generation] : cases) {
+        SCOPED_TRACE(name);
+        const auto text = writeGeneration(generation);
+        EXPECT_EQ(readGeneration(text), generation);
+        writeFile(folder / "list.mhl", text);
+        expectValid(folder / "list.mhl", "ASCMHL.xsd");
+    }
+    const auto text = writeGeneration(cases.at("example"));
+    EXPECT_LT(text.find(">CLIP/sub/x.xml<"), text.find(">CLIP/sub<"));
+    EXPECT_LT(text.find(">CLIP/sub<"), text.find(">CLIP<"));
+    EXPECT_LT(text.find(">CLIP<"), text.find(">SES/Şarkı"));
+}
+
+TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
+    const TemporaryFolder folder;
+    const auto root = folder / "A001 ğ";
+    std::filesystem::create_directory(root);
+    auto older = generationOf({{"same", "1"}, {"other", "2"}}, {HashFormat::MD5});
+    History::load(root).append(older);
+    auto history = History::load(root);
+    auto next = generationOf({{"same", "1"}, {"other", "changed"}, {"new", "3"}},
+                             {HashFormat::MD5, HashFormat::XXH128});
+    history.judge(next);
+    history.append(next);
+    history.append(next);
+
+    const auto read = History::load(root);
+    ASSERT_EQ(read.generations().size(), 3U);
+    EXPECT_EQ(read.generations().back(), next);
+    std::map<std::string, std::vector<std::string>> actions;
+    for (const auto& file : next.files) {
+        for (const auto& value : file.values)
+            actions[file.path].emplace_back(rawValue(*value.action));
+    }
+    EXPECT_THAT(actions["same"], ::testing::ElementsAre("verified", "verified"));
+    EXPECT_THAT(actions["other"], ::testing::ElementsAre("failed", "verified"));
+    EXPECT_THAT(actions["new"], ::testing::ElementsAre("original", "original"));
+    expectValid(root / "ascmhl/ascmhl_chain.xml", "ASCMHLDirectory.xsd");
+    EXPECT_TRUE(std::filesystem::exists(root / "ascmhl/0003_A001 ğ_2026-03-01_120000Z.mhl"));
+
+    writeFile(root / "ascmhl/0002_A001 ğ_2026-03-01_120000Z.mhl", writeGeneration(older));
+    EXPECT_THROW((void)History::load(root), Error) << "not what the chain names";
+}
+
+TEST(MediaHashListTest, RefusesWhatIsNoListOrWouldDoHarm) {
+    const std::string bomb = "<!DOCTYPE x [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;\">]>";
+    const auto hash = [](const std::string& path, const std::string& value) {
+        return "<hash><path>" + path + "</path>" + value + "</hash>";
+    };
+    const std::string good = "<md5>5d41402abc4b2a76b9719d911017c592</md5>";
+    EXPECT_NO_THROW((void)readGeneration(listOf(hash("a/b", good))));
+    const std::vector<std::string> bad = {"",
+                                          "{}",
+                                          "<hashlist/>",
+                                          listOf(hash("a", good), bomb),
+                                          listOf(hash("../a", good)),
+                                          listOf(hash("a/../../b", good)),
+                                          listOf(hash("/etc/passwd", good)),
+                                          listOf(hash("", good)),
+                                          listOf(hash("a", "<md5>12</md5>")),
+                                          listOf(hash("a", "<c4>c4</c4>")),
+                                          listOf(hash("a", good)).substr(0, 200)};
+    for (const auto& text : bad)
+        EXPECT_THROW((void)readGeneration(text), Error) << text;
+    EXPECT_THROW((void)readChain("<ascmhldirectory xmlns=\"urn:ASC:MHL:DIRECTORY:v2.0\"><hashlist "
+                                 "sequencenr=\"1\"><path>../x.mhl</path></hashlist>"
+                                 "</ascmhldirectory>"),
+                 Error);
+    for (const auto* const name : {"a\rb", "\x01", "bad \xff", "\xef\xbf\xbf"})
+        EXPECT_FALSE(canHold(name)) << name;
+}
