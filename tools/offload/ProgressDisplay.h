@@ -31,12 +31,14 @@ public:
     /// does.
     void note(std::string_view sentence);
 
+    /// Takes the bar away before somebody else writes to the terminal.
+    void clearBar();
+
 private:
     std::string line(const OffloadPhase& phase, std::chrono::steady_clock::time_point now);
     /// What is being done, with the file's name shortened where that many columns are too many.
     std::string words(const OffloadPhase& phase, std::size_t columnsTooMany) const;
     void draw(const std::string& text);
-    void clearBar();
 
     const Texts& texts_;
     const bool isSilent_;

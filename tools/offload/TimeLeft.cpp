@@ -42,7 +42,8 @@ std::optional<std::chrono::seconds> TimeLeft::whileCopying(double fraction, Time
 std::optional<std::chrono::seconds> TimeLeft::whileVerifying(double fraction, Time now) {
     if (!verificationStart_)
         verificationStart_ = now;
-    const double done = (fraction - kCopyShare) / (1 - kCopyShare);
+    // Without a copy before it, reading takes the whole bar.
+    const double done = copyStart_ ? (fraction - kCopyShare) / (1 - kCopyShare) : fraction;
     if (done < kLeastEvidence)
         return std::nullopt;
     const std::chrono::duration<double> whole = (now - *verificationStart_) / done;

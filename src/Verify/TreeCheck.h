@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Offload/OffloadPhase.h"
+#include "Platform/RawWords.h"
+#include "Verify/ListedTree.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <stop_token>
+
+namespace slatewise::Verify {
+
+/// How a file is not what its lists say.
+enum class Difference {
+    Missing,
+    Changed,
+    /// There, but its bytes could not be had.
+    Unreadable,
+    /// In no list.
+    New,
+    /// A list names it, and the run that wrote the list never proved it.
+    Unproved,
+};
+
+constexpr std::array<std::string_view, 5> rawWords(Difference) {
+    return {"missing", "changed", "unreadable", "new", "unproved"};
+}
+
+/// Who watches a check. Called on the check's thread; may be empty.
+struct Watch {
+    std::function<void(const OffloadPhase&)> progress;
+    /// `reason` is empty when the word says all.
+    std::function<void(Difference, const std::string& path, const std::string& reason)> difference;
+};
+
+struct Result {
+    int filesEqual = 0;
+    std::int64_t bytesRead = 0;
+    int differences = 0;
+    /// What was read back may have come from memory and not from the disk.
+    bool mayBeFromMemory = false;
+    /// What was read, ready to be added to the history; only when it was asked for.
+    MediaHashList::Generation generation;
+
+    bool isAllEqual() const { return differences == 0; }
+};
+
+enum class Keep { Nothing, Generation };
+
+/// Reads every listed file from the disk, past the system's cache, and compares it with all that
+/// the lists say of it. Links are not followed. Fails with `CancellationError` when asked to stop,
+/// and with `Error` when the tree cannot be walked. Blocks.
+Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop);
+
+/// Adds what was read to the tree's history as a generation of files hashed where they lie. Gives
+/// the names that such a list cannot hold. Fails with `Error`.
+std::vector<std::string> addGeneration(const ListedTree& tree, Result& result);
+
+} // namespace slatewise::Verify

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Language/L10n.h"
+#include "Verify/TreeCheck.h"
+
+#include <string>
+#include <string_view>
+
+namespace slatewise::tool {
+
+/// The sentences that only this program says, in both languages.
+class VerifyTexts {
+public:
+    explicit VerifyTexts(AppLanguage language) : shared_(language) {}
+
+    /// The verdict on one tree.
+    std::string verdict(const Verify::Result& result, std::string_view tree) const;
+    std::string fromMemory(std::string_view tree) const;
+    std::string nameLeftOut(std::string_view name) const;
+    std::string noGeneration() const;
+
+private:
+    L10n shared_;
+};
+
+} // namespace slatewise::tool

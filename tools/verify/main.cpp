@@ -1,0 +1,93 @@
+#include "VerifyArguments.h"
+#include "VerifyTexts.h"
+
+#include "Platform/Desktop/UserDefaults.h"
+#include "Platform/Error.h"
+#include "Platform/Text.h"
+#include "Storage/AppLog.h"
+#include "offload/ExitCodes.h"
+#include "offload/Interruption.h"
+#include "offload/ProgressDisplay.h"
+
+#include <QCoreApplication>
+
+#include <clocale>
+#include <csignal>
+#include <iostream>
+
+namespace {
+
+using namespace slatewise;
+
+/// Adds the generation and says what it could not hold.
+void keep(const Verify::ListedTree& tree, Verify::Result& result, const tool::VerifyTexts& texts,
+          tool::ProgressDisplay& display) {
+    if (!result.isAllEqual())
+        return display.note(texts.noGeneration());
+    for (const auto& name : Verify::addGeneration(tree, result))
+        display.note(texts.nameLeftOut(Text::onOneLine(name)));
+}
+
+/// Gives whether all is there and equal.
+bool verify(const std::filesystem::path& path, const tool::VerifyArguments& arguments,
+            const tool::VerifyTexts& texts, tool::ProgressDisplay& display, std::stop_token stop) {
+    const auto tree = Verify::findLists(path);
+    const Verify::Watch watch = {
+        .progress = [&](const OffloadPhase& phase) { display.show(phase); },
+        .difference =
+            [&](Verify::Difference difference, const std::string& file, const std::string& reason) {
+                display.clearBar();
+                std::cout << rawValue(difference) << '\t' << Text::onOneLine(file) << std::endl;
+                if (!reason.empty())
+                    display.note(Text::onOneLine(file + ": " + reason));
+            }};
+    auto result = Verify::check(tree, arguments.keep, watch, std::move(stop));
+    const auto name = Text::onOneLine(tree.root.native());
+    if (result.mayBeFromMemory)
+        display.note(texts.fromMemory(name));
+    if (result.isAllEqual())
+        display.finish(texts.verdict(result, name));
+    else
+        display.note(texts.verdict(result, name));
+    if (arguments.keep == Verify::Keep::Generation)
+        keep(tree, result, texts, display);
+    return result.isAllEqual();
+}
+
+int verifyAll(const tool::VerifyArguments& arguments, int count, char** words) {
+    // Before there is any other thread.
+    const tool::Interruption interruption;
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
+        AppLog::append(message.toStdString());
+    });
+    const QCoreApplication application(count, words);
+    const auto language = arguments.language.value_or(Language::load(UserDefaults::standard()));
+    const tool::Texts shared(language);
+    const tool::VerifyTexts texts(language);
+    tool::ProgressDisplay display(shared, arguments.output);
+    bool isAllEqual = true;
+    for (const auto& path : arguments.paths) {
+        try {
+            isAllEqual =
+                verify(path, arguments, texts, display, interruption.token()) && isAllEqual;
+        } catch (const CancellationError&) {
+            display.note(shared.shared.cancelled());
+            return tool::kExitInterrupted;
+        } catch (const std::exception& failure) {
+            display.note(shared.shared.failed(describe(failure)));
+            isAllEqual = false;
+        }
+    }
+    return isAllEqual && std::cout.flush() ? tool::kExitSuccess : tool::kExitOffloadFailed;
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    std::setlocale(LC_ALL, "");
+    std::signal(SIGPIPE, SIG_IGN);
+    const auto parsed = tool::parseVerifyArguments(count, words);
+    if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
+        return code->value;
+    return verifyAll(std::get<tool::VerifyArguments>(parsed), count, words);
+}
