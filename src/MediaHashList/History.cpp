@@ -17,22 +17,19 @@ constexpr std::string_view kChainName = "ascmhl_chain.xml";
 /// A list of a million files is a third of this.
 constexpr std::int64_t kLargestList = std::int64_t{1} << 30;
 
-/// A list that was put there as a link would be read from wherever that leads.
-std::string readList(const std::filesystem::path& file) {
-    std::error_code failure;
-    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(file, failure)))
-        throw PosixError("open", file, failure ? failure.value() : ENOENT);
-    if (FileSystem::attributes(file).sizeBytes > kLargestList)
-        throw PosixError("read", file, EFBIG);
-    return FileSystem::read(file);
-}
-
 /// A name can hold what XML or another disk cannot.
 std::string portable(const std::string& name) {
     std::string text;
     for (const char byte : Text::displayable(name))
         text += static_cast<unsigned char>(byte) < ' ' || byte == '/' ? '_' : byte;
     return text;
+}
+
+std::string fileName(int number, const std::filesystem::path& root, Instant createdAt) {
+    auto moment = Clock::iso8601(createdAt);
+    std::erase(moment, ':');
+    std::replace(moment.begin(), moment.end(), 'T', '_');
+    return fmt::format("{:04}_{}_{}.mhl", number, portable(root.filename().native()), moment);
 }
 
 const FileValue* valueIn(const std::vector<FileValue>& values, HashFormat format) {
@@ -50,6 +47,16 @@ HashAction actionOf(const FileValue& value, const std::vector<FileValue>& earlie
 }
 
 } // namespace
+
+std::string readList(const std::filesystem::path& file) {
+    std::error_code failure;
+    // What a link leads to is none of the tree's.
+    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(file, failure)))
+        throw PosixError("open", file, failure ? failure.value() : ENOENT);
+    if (FileSystem::attributes(file).sizeBytes > kLargestList)
+        throw PosixError("read", file, EFBIG);
+    return FileSystem::read(file);
+}
 
 bool History::isIn(const std::filesystem::path& root) {
     return FileSystem::exists(root / kHistoryFolder / kChainName);
@@ -97,14 +104,11 @@ void History::judge(Generation& next) const {
     }
 }
 
-std::string History::nextFileName(const Generation& next) const {
+int History::nextNumber() const {
     int last = 0;
     for (const auto& link : chain_)
         last = std::max(last, link.number);
-    auto moment = Clock::iso8601(next.creator.createdAt);
-    std::erase(moment, ':');
-    std::replace(moment.begin(), moment.end(), 'T', '_');
-    return fmt::format("{:04}_{}_{}.mhl", last + 1, portable(root_.filename().native()), moment);
+    return last + 1;
 }
 
 void History::append(Generation next) {
@@ -112,12 +116,12 @@ void History::append(Generation next) {
     const auto folder = root_ / kHistoryFolder;
     FileSystem::createFolders(folder);
     const auto text = writeGeneration(next);
-    const auto name = nextFileName(next);
+    const int number = nextNumber();
+    const auto name = fileName(number, root_, next.creator.createdAt);
     FileSystem::writeAtomically(folder / name, text);
     FileSystem::syncVolume(folder);
     auto chain = chain_;
-    chain.push_back(
-        {chain.empty() ? 1 : chain.back().number + 1, name, hashOf(HashFormat::C4, text)});
+    chain.push_back({number, name, hashOf(HashFormat::C4, text)});
     FileSystem::writeAtomically(folder / kChainName, writeChain(chain));
     FileSystem::syncVolume(folder);
     chain_ = std::move(chain);

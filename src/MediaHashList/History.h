@@ -12,6 +12,10 @@ namespace slatewise::MediaHashList {
 /// The folder in which a history lies.
 inline constexpr std::string_view kHistoryFolder = "ascmhl";
 
+/// The text of a list. A link, a FIFO or what is no list for its size alone is refused with
+/// `Error`.
+std::string readList(const std::filesystem::path& file);
+
 /// All generations of one tree. What is read or written fails with `Error`. Blocks.
 class History {
 public:
@@ -37,7 +41,7 @@ public:
 
 private:
     explicit History(std::filesystem::path root) : root_(std::move(root)) {}
-    std::string nextFileName(const Generation& next) const;
+    int nextNumber() const;
 
     std::filesystem::path root_;
     std::vector<ChainLink> chain_;

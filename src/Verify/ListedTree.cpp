@@ -87,7 +87,7 @@ std::string unescaped(std::string_view name) {
 
 void addChecksums(const std::filesystem::path& list, ListedTree& tree) {
     tree.lists.push_back(list);
-    const auto text = FileSystem::read(list);
+    const auto text = MediaHashList::readList(list);
     for (auto line : Text::pieces(text, '\n')) {
         const bool isEscaped = line.starts_with('\\');
         line.remove_prefix(isEscaped ? 1 : 0);
@@ -131,7 +131,7 @@ void addHistories(ListedTree& tree) {
 
 void addReports(const std::filesystem::path& folder, ListedTree& tree) {
     if (FileSystem::exists(folder / kManifest)) {
-        const auto manifest = ReportWriter::isoDecode(FileSystem::read(folder / kManifest));
+        const auto manifest = ReportWriter::isoDecode(MediaHashList::readList(folder / kManifest));
         if (tree.root.empty())
             tree.root = treeOf(manifest, folder);
         addManifest(manifest, folder / kManifest, tree);
@@ -145,7 +145,8 @@ void addReports(const std::filesystem::path& folder, ListedTree& tree) {
 bool isReportOf(const std::filesystem::path& reportFolder, const std::filesystem::path& disk,
                 const std::filesystem::path& session) {
     try {
-        const auto manifest = ReportWriter::isoDecode(FileSystem::read(reportFolder / kManifest));
+        const auto manifest =
+            ReportWriter::isoDecode(MediaHashList::readList(reportFolder / kManifest));
         return manifest.destination.sessionRoot == session || disk / belowDisk(manifest) == session;
     } catch (const Error&) {
         // Somebody else's folder, or one that another session left half written.
