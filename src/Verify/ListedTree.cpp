@@ -4,6 +4,7 @@
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
+#include "Platform/Files/RootFolder.h"
 #include "Platform/Text.h"
 #include "Reports/ManifestJSON.h"
 
@@ -119,7 +120,7 @@ void addHistory(const std::filesystem::path& root, const std::string& prefix, Li
 /// Histories of the tree and of folders in it.
 void addHistories(ListedTree& tree) {
     const auto chain = std::string(kHistoryFolder) + "/ascmhl_chain.xml";
-    for (const auto& entry : TreeWalker::walk(tree.root, {})) {
+    for (const auto& entry : TreeWalker::walk(RootFolder(tree.root), {})) {
         if (entry.isDirectory || !("/" + entry.relativePath).ends_with("/" + chain))
             continue;
         const auto prefix = entry.relativePath.substr(0, entry.relativePath.size() - chain.size());

@@ -49,7 +49,7 @@ bool passesLink(const std::filesystem::path& root, const std::string& path) {
 class Check {
 public:
     Check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop)
-        : tree_(tree), keep_(keep), watch_(watch), stop_(std::move(stop)),
+        : tree_(tree), root_(tree.root), keep_(keep), watch_(watch), stop_(std::move(stop)),
           buffer_(SHA256Hasher::bufferSize) {}
 
     Result run() {
@@ -72,10 +72,13 @@ public:
 
 private:
     std::vector<InventoryEntry> takeInventory() {
-        auto entries = TreeWalker::walk(tree_.root, {}, {}, [this](const auto& folder, int code) {
-            tell(Difference::Unreadable, TreeWalker::relativePath(folder, tree_.root),
-                 std::generic_category().message(code));
-        });
+        auto entries = TreeWalker::walk(root_, {}, {},
+                                        {.unreadable =
+                                             [this](const std::string& folder, int code) {
+                                                 tell(Difference::Unreadable, folder,
+                                                      std::generic_category().message(code));
+                                             },
+                                         .leadsOut = {}});
         for (const auto& entry : entries) {
             if (!entry.isDirectory)
                 sizes_.emplace(entry.relativePath, entry.sizeBytes);
@@ -149,7 +152,7 @@ private:
 
     template <typename Each>
     std::int64_t read(const std::string& path, Each&& each) {
-        auto file = UncachedFile::openForReading(tree_.root / path);
+        auto file = UncachedFile::openForReading({root_, path});
         std::int64_t size = 0;
         while (const auto count = file.read(buffer_.bytes())) {
             each(std::span<const std::byte>(buffer_.bytes().first(count)));
@@ -197,6 +200,7 @@ private:
     }
 
     const ListedTree& tree_;
+    const RootFolder root_;
     const Keep keep_;
     const Watch& watch_;
     const std::stop_token stop_;
