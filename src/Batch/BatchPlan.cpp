@@ -23,6 +23,13 @@ std::string label(const BatchPlan& plan, std::size_t card, std::size_t destinati
            Text::displayable(plan.destinations[destination].name());
 }
 
+std::string joinedNames(const std::vector<ClassifiedVolume>& volumes) {
+    std::string names;
+    for (const auto& volume : volumes)
+        names += (names.empty() ? "" : ",") + volume.name();
+    return names;
+}
+
 } // namespace
 
 std::optional<OffloadProblem> BatchPair::findMissingFolder() const {
@@ -56,6 +63,10 @@ std::vector<BatchPair> BatchPlan::pairs() const {
         }
     }
     return pairs;
+}
+
+std::string BatchPlan::logLine() const {
+    return "Offload start dests=" + joinedNames(destinations) + " cards=" + joinedNames(cards);
 }
 
 } // namespace slatewise

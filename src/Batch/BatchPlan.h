@@ -53,6 +53,9 @@ struct BatchPlan {
 
     /// Every card to every destination, cards in the outer loop.
     std::vector<BatchPair> pairs() const;
+
+    /// What the log says at the start.
+    std::string logLine() const;
 };
 
 } // namespace slatewise

@@ -11,17 +11,6 @@
 
 namespace slatewise {
 
-namespace {
-
-std::string joinedNames(const std::vector<ClassifiedVolume>& volumes) {
-    std::string names;
-    for (const auto& volume : volumes)
-        names += (names.empty() ? "" : ",") + volume.name();
-    return names;
-}
-
-} // namespace
-
 void AppModel::startCopy() {
     const auto plan = batchPlan();
     if (plan.cards.empty() || plan.destinations.empty())
@@ -77,8 +66,7 @@ void AppModel::fail(const std::string& message) {
 void AppModel::batchBegan(const BatchPlan& plan) {
     persistDestIDs();
     settings_.save(defaults_);
-    AppLog::append("Offload start dests=" + joinedNames(plan.destinations) +
-                   " cards=" + joinedNames(plan.cards));
+    AppLog::append(plan.logLine());
     if (batchListener_)
         batchListener_->batchBegan(plan);
 }

@@ -6,6 +6,7 @@
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
 #include "Storage/SupportPaths.h"
+#include "Volumes/PickedFolder.h"
 
 #include <algorithm>
 #include <chrono>
@@ -25,7 +26,7 @@ constexpr std::chrono::seconds kPatience{2};
 
 ClassifiedVolume pickedVolume(const VolumeFactsOf& facts, const std::filesystem::path& folder,
                               VolumeKind kind) {
-    return PickedFolders::volume(facts ? facts(folder) : VolumeFacts(), folder, kind);
+    return pickedFolder(facts ? facts(folder) : VolumeFacts(), folder, kind);
 }
 
 const ClassifiedVolume* findPlace(const std::vector<ClassifiedVolume>& volumes,

@@ -1,6 +1,7 @@
 #include "Model/Surroundings.h"
 
 #include "Platform/Desktop/DesktopServices.h"
+#include "Storage/UserStore.h"
 #include "Volumes/DiskUtilClient.h"
 #include "Volumes/VolumeMonitor.h"
 
@@ -26,7 +27,7 @@ Surroundings Surroundings::ofThisDesktop(UserDefaults& defaults, const VolumesRo
     };
     surroundings.openFile = DesktopServices::openFile;
     surroundings.showFolder = DesktopServices::showFolder;
-    surroundings.openStore = userStore;
+    surroundings.openStore = openUserStore;
     return surroundings;
 }
 

@@ -41,18 +41,6 @@ void savePaths(UserDefaults& defaults, std::string_view key, const Paths& paths)
 
 namespace PickedFolders {
 
-ClassifiedVolume volume(VolumeFacts diskFacts, const std::filesystem::path& folder,
-                        VolumeKind kind) {
-    ClassifiedVolume volume;
-    volume.facts = std::move(diskFacts);
-    volume.facts.mountPoint = folder;
-    volume.facts.volumeName = folder.has_filename() ? folder.filename().native() : folder.native();
-    volume.facts.isWritable = true;
-    volume.kind = kind;
-    volume.reasons = {std::string(pickedReason)};
-    return volume;
-}
-
 std::filesystem::path normalized(const std::filesystem::path& folder) {
     const auto path = folder.lexically_normal();
     return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();

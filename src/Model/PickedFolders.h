@@ -12,13 +12,8 @@ namespace slatewise {
 
 class UserDefaults;
 
-/// Folders that the user picked: as volumes, and as they are remembered from one start to the next.
+/// Folders that the user picked, as they are remembered from one start to the next.
 namespace PickedFolders {
-
-/// The folder in the form in which volumes travel. `diskFacts` are those of the disk that holds it;
-/// the folder keeps them but for what is its own.
-ClassifiedVolume volume(VolumeFacts diskFacts, const std::filesystem::path& folder,
-                        VolumeKind kind);
 
 /// Without dots and without a slash at the end, so that one folder has one path.
 std::filesystem::path normalized(const std::filesystem::path& folder);

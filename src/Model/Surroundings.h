@@ -58,9 +58,6 @@ struct Surroundings : BatchSurroundings {
 
     /// What the machine knows of the disk that holds a folder.
     static VolumeFacts factsOfThisMachine(const std::filesystem::path& folder);
-
-    /// The store in the user's folder; a failure to open it is logged.
-    static std::shared_ptr<AppDatabase> userStore();
 };
 
 } // namespace slatewise

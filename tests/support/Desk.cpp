@@ -4,6 +4,7 @@
 #include "Service/ServiceProfileFile.h"
 #include "Storage/AppDatabase.h"
 #include "Storage/SupportPaths.h"
+#include "Storage/UserStore.h"
 
 #include <QCoreApplication>
 
@@ -49,7 +50,7 @@ Desk::Desk() {
     surroundings.showFolder = [this](const auto& shownFolder) {
         shown.push_back(shownFolder);
     };
-    surroundings.openStore = Surroundings::userStore;
+    surroundings.openStore = openUserStore;
 }
 
 Desk::~Desk() = default;

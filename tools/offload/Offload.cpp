@@ -1,11 +1,16 @@
 #include "Offload.h"
 
-#include "Model/QtText.h"
 #include "Offload/PathSize.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Text.h"
 #include "Service/OutboxDrainer.h"
+#include "Service/ServiceProfileFile.h"
 #include "Storage/AppDatabase.h"
+#include "Storage/AppLog.h"
+#include "Storage/SupportPaths.h"
+#include "Storage/UserStore.h"
+#include "Volumes/DiskUtilClient.h"
+#include "Volumes/PickedFolder.h"
 
 #include <QEventLoop>
 
@@ -19,74 +24,61 @@ namespace {
 constexpr std::chrono::seconds kServicePatience{10};
 
 /// The user's settings, with what the command line says instead. Whether anything is copied is the
-/// command line's word alone: a script must not depend on a switch in a window. The same holds for
-/// destinations.
-UserDefaults& settled(const Arguments& arguments, UserDefaults& defaults) {
-    auto settings = OffloadSettings::load(defaults);
+/// command line's word alone: a script must not depend on a switch in a window.
+OffloadSettings settingsFor(const Arguments& arguments) {
+    auto settings = OffloadSettings::load(UserDefaults::standard());
     settings.verifyOnly = arguments.hashOnly;
-    if (arguments.folderTemplate)
-        settings.folderTemplate = *arguments.folderTemplate;
-    if (arguments.project)
-        settings.projectName = *arguments.project;
+    settings.folderTemplate = arguments.folderTemplate.value_or(settings.folderTemplate);
+    settings.projectName = arguments.project.value_or(settings.projectName);
     for (const auto& name : arguments.excludes)
         settings.addExclude(name);
-    settings.save(defaults);
-    for (const auto* key : {"lastDestIDs", "lastDestID", "pickedDestBookmarks"})
-        defaults.removeValue(key);
-    return defaults;
+    return settings;
 }
 
-/// Folders are all it knows of volumes; nobody looks at its reports, and nobody ejects anything.
-Surroundings surroundingsWith(UserDefaults& defaults) {
-    Surroundings surroundings;
-    surroundings.defaults = &defaults;
-    surroundings.openStore = Surroundings::userStore;
-    surroundings.volumeFacts = Surroundings::factsOfThisMachine;
-    surroundings.measure = nullptr;
-    surroundings.unitRule = Surroundings::UnitRule::Optional;
-    return surroundings;
+std::vector<ClassifiedVolume> volumes(const std::vector<std::filesystem::path>& folders,
+                                      VolumeKind kind) {
+    std::vector<ClassifiedVolume> result;
+    for (const auto& folder : folders)
+        result.push_back(pickedFolder(DiskUtilClient::facts(folder), folder, kind));
+    return result;
+}
+
+BatchPlan planFor(const Arguments& arguments, AppLanguage language) {
+    BatchPlan plan;
+    plan.settings = settingsFor(arguments);
+    plan.language = language;
+    plan.cards = volumes(arguments.cards, VolumeKind::CameraCard);
+    plan.destinations = volumes(arguments.destinations, VolumeKind::Destination);
+    for (const auto& card : plan.cards) {
+        plan.cameraByCardID[card.id()] = Text::pathSafeLabel(arguments.camera);
+        plan.ekipByCardID[card.id()] = arguments.crew;
+    }
+    plan.serviceProfile = ServiceProfileFile(SupportPaths::applicationSupport()).current();
+    return plan;
 }
 
 } // namespace
 
-Offload::Offload(const Arguments& arguments, UserDefaults& defaults, const Texts& texts,
-                 ProgressDisplay& display)
-    : arguments_(arguments), texts_(texts), display_(display),
-      model_(surroundingsWith(settled(arguments, defaults))),
-      results_(arguments.cards.size() * arguments.destinations.size()) {
-    model_.setBatchListener(this);
-}
-
 std::vector<PairResult> Offload::run(std::stop_token stop) {
     stop_ = std::move(stop);
-    const std::stop_callback cancel(stop_, [this] {
-        QMetaObject::invokeMethod(&model_, &AppModel::cancelCopy, Qt::QueuedConnection);
+    AppLog::prune(SupportPaths::logsDirectory(), Clock::now());
+    BatchListener& listener = *this;
+    const auto batch = std::make_shared<Batch>(planFor(arguments_, texts_.shared.language()),
+                                               BatchSurroundings(), openUserStore(), listener);
+    const std::stop_callback cancel(stop_, [this, batch] {
+        QMetaObject::invokeMethod(
+            &loop_, [batch] { batch->cancel(); }, Qt::QueuedConnection);
     });
-    QEventLoop loop;
-    QObject::connect(&model_, &AppModel::batchFinished, &loop, &QEventLoop::quit);
-    begin();
-    loop.exec();
+    batch->start();
+    loop_.exec();
     // Who interrupts does not wait for a network.
     if (!stop_.stop_requested() && !QCoro::waitFor(OutboxDrainer::waitForAll(kServicePatience)))
         display_.note(texts_.reportsStillWait());
     return results_;
 }
 
-QCoro::Task<> Offload::begin() {
-    for (const auto& destination : arguments_.destinations)
-        co_await model_.addDestinationFolder(destination);
-    for (const auto& card : arguments_.cards) {
-        co_await model_.addCardFolder(card);
-        model_.labelCard(toQString(card.native()), arguments_.camera, arguments_.crew);
-    }
-    model_.startCopy();
-    if (stop_.stop_requested())
-        model_.cancelCopy();
-    if (model_.isBusy())
-        co_return;
-    // A folder has gone since it was named, so that there is nothing to begin with.
-    display_.note(model_.progressTitle().toStdString());
-    Q_EMIT model_.batchFinished();
+void Offload::batchBegan(const BatchPlan& plan) {
+    AppLog::append(plan.logLine());
 }
 
 void Offload::pairBegan(const BatchPair& pair) {
@@ -133,6 +125,7 @@ void Offload::batchEnded(const BatchResult& result) {
     if (!result.wasBegun && result.message)
         display_.note(texts_.shared.failed(*result.message));
     results_ = result.pairs;
+    loop_.quit();
 }
 
 } // namespace slatewise::tool

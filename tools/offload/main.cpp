@@ -7,7 +7,7 @@
 #include "Platform/Text.h"
 #include "Storage/AppLog.h"
 
-#include <QGuiApplication>
+#include <QCoreApplication>
 
 #include <algorithm>
 #include <clocale>
@@ -39,6 +39,15 @@ int exitCode(const std::vector<PairResult>& results) {
     return anyFailed ? tool::kExitOffloadFailed : tool::kExitSuccess;
 }
 
+/// The language of this process, from here on. What is stored stays as it is.
+AppLanguage languageFor(const tool::Arguments& arguments) {
+    auto& defaults = UserDefaults::standard();
+    defaults.keepChangesInMemory();
+    if (arguments.language)
+        Language::persist(*arguments.language, defaults);
+    return Language::load(defaults);
+}
+
 int offload(const tool::Arguments& arguments, int count, char** words) {
     // Before there is any other thread.
     tool::Interruption interruption;
@@ -46,17 +55,10 @@ int offload(const tool::Arguments& arguments, int count, char** words) {
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
         AppLog::append(message.toStdString());
     });
-    // The reports are drawn with its fonts; no screen is needed.
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QGuiApplication application(count, words);
-    auto& defaults = UserDefaults::standard();
-    defaults.keepChangesInMemory();
-    if (arguments.language)
-        Language::persist(*arguments.language, defaults);
-    const tool::Texts texts(Language::load(defaults));
+    const QCoreApplication application(count, words);
+    const tool::Texts texts(languageFor(arguments));
     tool::ProgressDisplay display(texts, arguments.output);
-    tool::Offload run(arguments, defaults, texts, display);
+    tool::Offload run(arguments, texts, display);
     const auto results = run.run(interruption.token());
     const int code = print(results) ? exitCode(results) : tool::kExitOffloadFailed;
     return code != tool::kExitSuccess && interruption.happened() ? tool::kExitInterrupted : code;

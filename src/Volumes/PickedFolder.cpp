@@ -1,0 +1,17 @@
+#include "Volumes/PickedFolder.h"
+
+namespace slatewise {
+
+ClassifiedVolume pickedFolder(VolumeFacts diskFacts, const std::filesystem::path& folder,
+                              VolumeKind kind) {
+    ClassifiedVolume volume;
+    volume.facts = std::move(diskFacts);
+    volume.facts.mountPoint = folder;
+    volume.facts.volumeName = folder.has_filename() ? folder.filename().native() : folder.native();
+    volume.facts.isWritable = true;
+    volume.kind = kind;
+    volume.reasons = {std::string(pickedReason)};
+    return volume;
+}
+
+} // namespace slatewise
