@@ -32,16 +32,23 @@ void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& o
     const auto manifest = ReportWriter::buildManifest(outcome, card, destination, pair.camera,
                                                       pair.ekip, plan.language);
     const auto archive = SupportPaths::reportsArchive(plan.settings);
-    const auto name = ReportFolder::uniqueName(
-        ReportFolder::displayName(outcome.startedAt, pair.ekip, pair.camera, card.volumeName),
-        outcome.sessionID.text(), archive);
+    const auto reportsRoot = ReportFolder::destinationReportsRoot(destination.mountPoint);
+    const auto wanted =
+        ReportFolder::displayName(outcome.startedAt, pair.ekip, pair.camera, card.volumeName);
+    // What lies beneath a disk that is gone is none of ours.
+    const auto requireFolders = [&] {
+        if (const auto missing = pair.findMissingFolder())
+            throw Error(missing->text(plan.l10n()));
+    };
+    const auto name =
+        pair.findMissingFolder()
+            ? ReportFolder::uniqueName(wanted, outcome.sessionID.text(), archive)
+            : ReportFolder::claim(wanted, outcome.sessionID.text(), archive, reportsRoot);
 
     ReportWriter::write(manifest, archive / name, plan.language);
     folders.inArchive = archive / name;
-    const auto onDestination = ReportFolder::destinationReportsRoot(destination.mountPoint) / name;
-    // What lies beneath a disk that is gone is none of ours.
-    if (const auto missing = pair.findMissingFolder())
-        throw Error(missing->text(plan.l10n()));
+    const auto onDestination = reportsRoot / name;
+    requireFolders();
     ReportWriter::copySidecars(folders.inArchive, onDestination);
     folders.onDestination = onDestination;
 

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -133,6 +134,14 @@ pid_t start(const Command& command, const Pipe& output, const Pipe& error) {
     return process;
 }
 
+/// A clip of a few kilobytes can make a reader of clips ask for all the memory of the machine.
+void limitMemory(pid_t process, std::uint64_t bytes) {
+    const rlimit limit{.rlim_cur = bytes, .rlim_max = bytes};
+    // One that has ended already needs none.
+    if (::prlimit(process, RLIMIT_AS, &limit, nullptr) != 0 && errno != ESRCH)
+        throw PosixError("prlimit", {}, errno);
+}
+
 /// Our child. Ended and collected at the end of its life at the latest. It is collected only after
 /// its group was ended: until then the group's number cannot go to anyone else.
 class Child {
@@ -166,6 +175,8 @@ public:
             pause = std::min(pause * 2, milliseconds(20));
         }
     }
+
+    void limitMemoryTo(std::uint64_t bytes) const { limitMemory(process_, bytes); }
 
     void signalGroup(int signal) const { ::kill(-process_, signal); }
 
@@ -233,6 +244,7 @@ Result run(const Command& command, const Limits& limits, const std::stop_token& 
     Pipe error;
     const auto deadline = SteadyClock::now() + limits.run;
     Child child(command, output, error);
+    child.limitMemoryTo(limits.memoryBytes);
     // Our copies of the writing ends would keep the pipes open for ever.
     output.writer = FileDescriptor();
     error.writer = FileDescriptor();

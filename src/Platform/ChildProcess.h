@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <stop_token>
@@ -26,6 +27,8 @@ struct Limits {
     std::chrono::milliseconds run{15'000};
     /// From being asked to end to being killed.
     std::chrono::milliseconds grace{2'000};
+    /// What the program, and each of those that it starts, may have in address space.
+    std::uint64_t memoryBytes = std::uint64_t(2) * 1024 * 1024 * 1024;
     /// What lies beyond this many bytes of standard output is read and dropped.
     std::size_t outputBytes = std::size_t(16) * 1024 * 1024;
 };

@@ -49,6 +49,22 @@ std::string fitForADisk(std::string name) {
     return name.substr(0, end);
 }
 
+std::string shortID(const std::string& sessionID) {
+    return Text::replaced(sessionID, "-", "").substr(0, kSessionIDLimit);
+}
+
+/// False when the name is taken there by another set than the archive's, which may lie there.
+bool claimOnDestination(const std::filesystem::path& reportsRoot,
+                        const std::filesystem::path& archive, const std::string& name) {
+    try {
+        FileSystem::createFolders(reportsRoot);
+        return FileSystem::createNewFolder(reportsRoot / name) ||
+               FileSystem::isSame(reportsRoot / name, archive / name);
+    } catch (const PosixError&) {
+        return true;
+    }
+}
+
 /// So that two spellings of one path are equal.
 std::filesystem::path standardised(const std::filesystem::path& path) {
     auto normal = path.lexically_normal();
@@ -112,10 +128,25 @@ std::string uniqueName(const std::string& name, const std::string& sessionID,
         return name;
     if (besides && standardised(*besides) == standardised(candidate))
         return name;
-    auto withShortID = name + "_" + Text::replaced(sessionID, "-", "").substr(0, kSessionIDLimit);
+    auto withShortID = name + "_" + shortID(sessionID);
     if (!FileSystem::exists(root / withShortID))
         return withShortID;
     return name + "_" + sanitize(sessionID, kSessionIDLimit);
+}
+
+std::string claim(const std::string& name, const std::string& sessionID,
+                  const std::filesystem::path& archive, const std::filesystem::path& reportsRoot) {
+    const auto withShortID = name + "_" + shortID(sessionID);
+    auto candidate = name;
+    for (int attempt = 1;; ++attempt) {
+        if (FileSystem::createNewFolder(archive / candidate)) {
+            if (claimOnDestination(reportsRoot, archive, candidate))
+                return candidate;
+            std::error_code ignored;
+            std::filesystem::remove(archive / candidate, ignored);
+        }
+        candidate = attempt == 1 ? withShortID : withShortID + "-" + std::to_string(attempt);
+    }
 }
 
 bool isOpaqueSessionID(std::string_view name) {
@@ -135,7 +166,8 @@ void copyToMountedDestination(const std::filesystem::path& from, const SessionMa
                               const std::string& folderName) noexcept {
     try {
         const std::filesystem::path mountPoint = manifest.destination.mountPoint;
-        if (FileSystem::exists(mountPoint))
+        // The manifest may come from anywhere; what it names must be the disk that it lies on.
+        if (FileSystem::isOnSameVolume(from, mountPoint))
             ReportWriter::copySidecars(from, destinationReportsRoot(mountPoint) / folderName);
     } catch (const std::exception&) {
         // The set lies where it was; a copy that is missing is no reason to trouble anyone.

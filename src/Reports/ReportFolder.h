@@ -23,6 +23,14 @@ std::string uniqueName(const std::string& name, const std::string& sessionID,
                        const std::filesystem::path& root,
                        const std::optional<std::filesystem::path>& besides = std::nullopt);
 
+/// Makes the folders of a session's set, in the archive and on the destination, under one name that
+/// is free in both: `name`, else with the beginning of the session's id behind it, else with a
+/// number too. Nobody else, in whatever program, gets the same. Fails with `PosixError` when the
+/// archive takes no folder. A destination that takes none is passed over: who copies the set there
+/// learns why.
+std::string claim(const std::string& name, const std::string& sessionID,
+                  const std::filesystem::path& archive, const std::filesystem::path& reportsRoot);
+
 /// Whether a folder bears nothing but a session's id, as older versions left them.
 bool isOpaqueSessionID(std::string_view name);
 
@@ -30,7 +38,8 @@ bool isOpaqueSessionID(std::string_view name);
 std::filesystem::path destinationReportsRoot(const std::filesystem::path& mountPoint);
 
 /// Copies a report set to its session's destination, under the given name. Does nothing when the
-/// destination is not there. A failure is not reported.
+/// destination is not there or is another disk than the one that holds the set. A failure is not
+/// reported.
 void copyToMountedDestination(const std::filesystem::path& from, const SessionManifest& manifest,
                               const std::string& folderName) noexcept;
 

@@ -15,6 +15,9 @@ namespace slatewise::ReportWriter {
 
 namespace {
 
+/// More than the reports of millions of files come to.
+constexpr std::int64_t kLargestReportBytes = std::int64_t(8) * 1024 * 1024 * 1024;
+
 ManifestVolume describeCard(const VolumeFacts& card, const std::string& camera,
                             const std::string& ekip) {
     return {.name = card.volumeName,
@@ -95,11 +98,7 @@ void copySidecars(const std::filesystem::path& from, const std::filesystem::path
     if (FileSystem::isSame(from, to))
         return;
     for (const auto name : fileNames) {
-        if (!FileSystem::exists(from / name))
-            continue;
-        if (FileSystem::exists(to / name))
-            FileSystem::remove(to / name);
-        FileSystem::copy(from / name, to / name);
+        FileSystem::copyRegularFile(from / name, to / name, kLargestReportBytes);
     }
     FileSystem::syncVolume(to);
 }

@@ -33,7 +33,8 @@ void write(const SessionManifest& manifest, const std::filesystem::path& folder,
            AppLanguage language);
 
 /// Copies those files of a set that `from` holds, replacing what `to` holds under these names, and
-/// waits until they would survive a power cut, as the footage beside them does.
+/// waits until they would survive a power cut, as the footage beside them does. Neither set may
+/// hold anything but files under these names: a pipe or a link there is a failure.
 void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// How many distinct folders the files' paths imply.

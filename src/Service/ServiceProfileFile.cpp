@@ -5,6 +5,9 @@
 #include "Platform/Json.h"
 #include "Storage/AppLog.h"
 
+#include <QHostAddress>
+#include <QUrl>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -48,14 +51,26 @@ std::string textIn(const Json::Value& object, const char* key) {
     return found->get<std::string>();
 }
 
+/// A token that travels in the open is no secret.
+void requirePrivateAddress(const std::string& text) {
+    const QUrl address(QString::fromStdString(text));
+    const auto host = address.host();
+    const bool isThisMachine = host == "localhost" || QHostAddress(host).isLoopback();
+    if (address.scheme() == "http" && !isThisMachine)
+        throw Error("its address begins with http, so that others on the way could read the "
+                    "token; it has to begin with https");
+}
+
 /// No complaint repeats what the file holds: there is a token in it.
 SaaSProfile profileFrom(const std::string& content) {
     const auto object = Json::Value::parse(content, nullptr, /*allow_exceptions=*/false);
     if (!object.is_object())
         throw Error("it is no JSON object");
-    return {.accountID = textIn(object, "accountID"),
-            .saasAPIURL = textIn(object, "saasAPIURL"),
-            .presenceToken = textIn(object, "presenceToken")};
+    SaaSProfile profile{.accountID = textIn(object, "accountID"),
+                        .saasAPIURL = textIn(object, "saasAPIURL"),
+                        .presenceToken = textIn(object, "presenceToken")};
+    requirePrivateAddress(profile.saasAPIURL);
+    return profile;
 }
 
 } // namespace

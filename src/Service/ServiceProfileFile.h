@@ -17,7 +17,8 @@ namespace slatewise {
 ///
 /// Read when this is made and whenever the file appears, changes or goes. The profile is what the
 /// file says at the moment: a file that is malformed counts as none and is named in the log, as is
-/// one that others than its owner can get at, since it holds a secret. GUI thread.
+/// one that others than its owner can get at, or whose address is plain http to another machine,
+/// since it holds a secret. GUI thread.
 class ServiceProfileFile {
 public:
     static constexpr auto* fileName = "service-profile.json";

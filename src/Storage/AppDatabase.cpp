@@ -1,9 +1,12 @@
 #include "Storage/AppDatabase.h"
 
+#include "Platform/Files/FileDescriptor.h"
 #include "Platform/Text.h"
 #include "Storage/Migrations.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+
+#include <fcntl.h>
 
 #include <mutex>
 
@@ -117,9 +120,22 @@ void insertActivity(SQLite::Database& database, const std::optional<std::string>
 
 } // namespace
 
+namespace {
+
+/// The files beside it take over its rights.
+const std::string& madePrivate(const std::string& path) {
+    constexpr mode_t kOwnersAlone = 0600;
+    if (path != kInMemory)
+        const FileDescriptor made(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnersAlone));
+    return path;
+}
+
+} // namespace
+
 struct AppDatabase::Queue {
     explicit Queue(const std::string& path)
-        : database(path, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, kBusyTimeoutMilliseconds) {
+        : database(madePrivate(path), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE,
+                   kBusyTimeoutMilliseconds) {
         database.exec("PRAGMA foreign_keys = ON");
         Migrations::apply(database);
     }

@@ -2,6 +2,8 @@
 
 #include "Offload/OffloadSettings.h"
 #include "Platform/Desktop/UserFolders.h"
+#include "Platform/Error.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 
 namespace slatewise::SupportPaths {
@@ -9,19 +11,30 @@ namespace slatewise::SupportPaths {
 namespace {
 
 std::filesystem::path made(std::filesystem::path folder) {
+    try {
+        FileSystem::createFolders(folder);
+    } catch (const Error&) {
+        // Whoever writes into it learns why.
+    }
+    return folder;
+}
+
+/// What is on the cards of a production is nobody else's business.
+std::filesystem::path madePrivate(std::filesystem::path folder) {
+    folder = made(std::move(folder));
     std::error_code ignored;
-    std::filesystem::create_directories(folder, ignored);
+    std::filesystem::permissions(folder, std::filesystem::perms::owner_all, ignored);
     return folder;
 }
 
 } // namespace
 
 std::filesystem::path applicationSupport() {
-    return made(UserFolders::applicationSupport() / "Slatewise DIT");
+    return madePrivate(UserFolders::applicationSupport() / "Slatewise DIT");
 }
 
 std::filesystem::path logsDirectory() {
-    return made(UserFolders::library() / "Logs" / "Slatewise DIT");
+    return madePrivate(UserFolders::library() / "Logs" / "Slatewise DIT");
 }
 
 std::filesystem::path databaseURL(std::string_view fileName) {

@@ -1,5 +1,6 @@
 #include "Reports/ReportFolder.h"
 
+#include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Reports/ReportWriter.h"
 #include "support/Files.h"
@@ -97,6 +98,26 @@ TEST_F(ReportFolders, EachSessionGetsANameOfItsOwn) {
     EXPECT_EQ(ReportFolder::uniqueName("name", "a-b", root), "name_ab");
     writeFile(root / "name_ab", "");
     EXPECT_EQ(ReportFolder::uniqueName("name", "a-b", root), "name_a-b");
+}
+
+TEST_F(ReportFolders, OneNameIsClaimedOnBothSides) {
+    const auto reports = disk / "reports";
+    const auto claim = [&](const char* name) {
+        return ReportFolder::claim(name, kID, archive, reports);
+    };
+    std::filesystem::create_directories(archive / "ours");
+    std::filesystem::create_directories(reports / "theirs");
+    std::filesystem::create_directory_symlink(folder.path(), reports / "link");
+    EXPECT_EQ(claim("free"), "free");
+    EXPECT_EQ(claim("free"), "free_12345678");
+    EXPECT_EQ(claim("free"), "free_12345678-2");
+    for (const std::string name : {"ours", "theirs", "link"})
+        EXPECT_EQ(claim(name.c_str()), name + "_12345678");
+    EXPECT_FALSE(std::filesystem::exists(archive / "theirs"));
+    for (const auto& name : namesIn(archive))
+        EXPECT_TRUE(name == "ours" || std::filesystem::exists(reports / name)) << name;
+    EXPECT_EQ(ReportFolder::claim("same", kID, archive, archive), "same");
+    EXPECT_THROW(ReportFolder::claim("x", kID, folder / "none", reports), Error);
 }
 
 TEST_F(ReportFolders, AnIDIsToldFromAName) {

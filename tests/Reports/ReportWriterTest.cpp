@@ -7,6 +7,9 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <sys/stat.h>
+
 #include <cstdlib>
 
 using namespace slatewise;
@@ -302,11 +305,23 @@ TEST(ReportWriter, CopiesThoseFilesOfASetThatAreThere) {
     ReportWriter::copySidecars(folder / "to", folder / "same");
     EXPECT_EQ(readFile(folder / "to/manifest.json"), "new") << "a set is no copy of itself";
 
-    std::filesystem::create_directory(folder / "from/inventory.csv");
+    // What others planted in a set is neither waited for nor followed, and costs no good file.
+    writeFile(folder / "to/inventory.csv", "good");
     writeFile(folder / "from/checksums.sha256", "x");
-    EXPECT_THROW(ReportWriter::copySidecars(folder / "from", folder / "to"), Error);
-    EXPECT_FALSE(std::filesystem::exists(folder / "to/checksums.sha256"))
-        << "the first failure ends it";
+    const auto planted = folder / "from/inventory.csv";
+    const std::function<void()> plants[] = {
+        [&] { std::filesystem::create_directory(planted); },
+        [&] { ASSERT_EQ(::mkfifo(planted.c_str(), 0600), 0); },
+        [&] { std::filesystem::create_symlink("private.txt", planted); },
+    };
+    for (const auto& plant : plants) {
+        plant();
+        EXPECT_THROW(ReportWriter::copySidecars(folder / "from", folder / "to"), Error);
+        EXPECT_EQ(readFile(folder / "to/inventory.csv"), "good");
+        EXPECT_FALSE(std::filesystem::exists(folder / "to/checksums.sha256"))
+            << "the first failure ends it";
+        std::filesystem::remove(planted);
+    }
 }
 
 TEST(ReportWriter, CountsFoldersThatPathsImply) {

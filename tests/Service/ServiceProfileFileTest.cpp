@@ -1,5 +1,6 @@
 #include "Service/ServiceProfileFile.h"
 
+#include "Platform/Text.h"
 #include "support/Files.h"
 
 #include <gmock/gmock.h>
@@ -103,13 +104,17 @@ TEST_F(ServiceProfile, WhatIsMalformedCountsAsNoneAndIsNamedOnce) {
         {"{" + token + R"(,"saasAPIURL":"x"})", "\"accountID\" is no text"},
         {"{" + token + R"(,"saasAPIURL":"x","accountID":7})", "\"accountID\" is no text"},
         {R"({"saasAPIURL":"x","accountID":"a"})", "\"presenceToken\" is no text"},
+        {Text::replaced(profileText("open"), "https:", "HTTP:"), "s address begins with http,"},
         {profileText("large") + std::string(70'000, ' '), "too large"},
     };
     for (const auto& [content, complaint] : cases) {
         put(file, content);
         expectAccount(profile, "none");
         EXPECT_THAT(log(), HasSubstr(std::string("service-profile.json ignored: ") +
-                                     (complaint[0] == '"' ? "" : "it is ") + complaint));
+                                     (complaint[0] == '"'   ? ""
+                                      : complaint[0] == 's' ? "it"
+                                                            : "it is ") +
+                                     complaint));
         put(file, profileText("good"));
         expectAccount(profile, "good");
     }

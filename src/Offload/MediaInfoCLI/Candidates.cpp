@@ -1,5 +1,10 @@
 #include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
 #include <fstream>
 #include <system_error>
 
@@ -10,6 +15,8 @@ namespace {
 using std::filesystem::path;
 
 constexpr const char* kToolName = "mediainfo";
+/// Who may install programs there is the system's business.
+constexpr std::array kSystemFolders = {"/opt/homebrew/bin", "/usr/local/bin", "/usr/bin"};
 
 /// A copy of the tool that lies in a folder of ours or in one above it.
 void appendVendorURLs(path folder, std::vector<path>& candidates) {
@@ -40,6 +47,13 @@ std::optional<std::string> firstArgument() {
     return word;
 }
 
+/// A program that runs from where it was built. One that was installed or copied looks for nothing
+/// in the folders above it.
+bool isDevelopmentBuild(const path& executable) {
+    const auto relative = executable.lexically_relative(SLATEWISE_SOURCE_FOLDER);
+    return !relative.empty() && *relative.begin() != "..";
+}
+
 path resolved(const path& link) {
     std::error_code failure;
     const auto whole = std::filesystem::absolute(link, failure);
@@ -48,6 +62,20 @@ path resolved(const path& link) {
 }
 
 } // namespace
+
+bool isTrusted(const path& candidate) {
+    for (auto at = candidate;; at = at.parent_path()) {
+        struct stat facts {};
+        const bool exists = ::lstat(at.c_str(), &facts) == 0;
+        const bool isLink = exists && S_ISLNK(facts.st_mode);
+        const bool isOurs = facts.st_uid == 0 || facts.st_uid == ::geteuid();
+        const bool isOpen = !isLink && (facts.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+        if (exists && (!isOurs || isOpen))
+            return false;
+        if (at == at.parent_path())
+            return true;
+    }
+}
 
 std::vector<path> candidateURLs(const path& bundle, const std::optional<path>& executable,
                                 const std::optional<std::string>& argv0) {
@@ -66,10 +94,10 @@ std::vector<path> candidateURLs(const path& bundle, const std::optional<path>& e
         candidates.push_back(parent / "Helpers" / kToolName);
         candidates.push_back(folder / "Helpers" / kToolName);
         candidates.push_back(parent / "MacOS" / kToolName);
-        appendVendorURLs(folder, candidates);
+        if (isDevelopmentBuild(*base))
+            appendVendorURLs(folder, candidates);
     }
-    appendVendorURLs(SLATEWISE_SOURCE_FOLDER, candidates);
-    for (const auto* folder : {"/opt/homebrew/bin", "/usr/local/bin", "/usr/bin"})
+    for (const auto* folder : kSystemFolders)
         candidates.push_back(path(folder) / kToolName);
     return candidates;
 }
@@ -77,9 +105,13 @@ std::vector<path> candidateURLs(const path& bundle, const std::optional<path>& e
 Tool Tool::usual() {
     const auto executable = ownExecutable();
     const auto bundle = executable ? executable->parent_path() : path("/");
-    return {.candidates = candidateURLs(bundle, executable, firstArgument()),
-            .limits = {},
-            .noted = &MediaInfoCLI::noted()};
+    auto candidates = candidateURLs(bundle, executable, firstArgument());
+    std::erase_if(candidates, [](const path& file) {
+        const bool isOfSystem = std::find(kSystemFolders.begin(), kSystemFolders.end(),
+                                          file.parent_path()) != kSystemFolders.end();
+        return !isOfSystem && !isTrusted(resolved(file));
+    });
+    return {.candidates = std::move(candidates), .limits = {}, .noted = &MediaInfoCLI::noted()};
 }
 
 } // namespace slatewise::MediaInfoCLI

@@ -33,6 +33,7 @@ struct Tool {
     Noted* noted = &MediaInfoCLI::noted();
 
     /// The tool as this program finds it: beside itself, then where it is usually installed.
+    /// Never a file that anybody but the superuser and the user could have put in its place.
     static Tool usual();
 };
 
@@ -46,11 +47,15 @@ std::optional<std::string> runJSON(const std::filesystem::path& file, const Tool
                                    const Log& log, const std::stop_token& stop = {});
 
 /// Where to look for the tool, in this order: in the application's own folder `bundle`, near its
-/// executable and near what it was started as (`argv0`), in the source tree that it was built from,
-/// in the system.
+/// executable and near what it was started as (`argv0`), in the system. A "Vendor" folder above the
+/// executable counts while that lies in the source tree that it was built from.
 std::vector<std::filesystem::path>
 candidateURLs(const std::filesystem::path& bundle,
               const std::optional<std::filesystem::path>& executable,
               const std::optional<std::string>& argv0);
+
+/// Whether nobody but the superuser and the user could have put a file there, or could yet: what we
+/// run has the user's rights. An absolute path without links.
+bool isTrusted(const std::filesystem::path& file);
 
 } // namespace slatewise::MediaInfoCLI

@@ -59,9 +59,11 @@ bool isFolder(const std::filesystem::path& path) noexcept {
     return ::stat(path.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
 }
 
-FileDescriptor open(const std::filesystem::path& path, int flags) {
-    constexpr mode_t kReadableByAll = 0644;
-    FileDescriptor file(::open(path.c_str(), flags | O_CLOEXEC, kReadableByAll));
+constexpr mode_t kReadableByAll = 0644;
+constexpr mode_t kOwnersAlone = 0600;
+
+FileDescriptor open(const std::filesystem::path& path, int flags, mode_t mode = kReadableByAll) {
+    FileDescriptor file(::open(path.c_str(), flags | O_CLOEXEC, mode));
     if (!file)
         throw PosixError("open", path, errno);
     return file;
@@ -119,6 +121,14 @@ bool isSame(const std::filesystem::path& left, const std::filesystem::path& righ
            one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+bool isOnSameVolume(const std::filesystem::path& left,
+                    const std::filesystem::path& right) noexcept {
+    struct stat one {};
+    struct stat other {};
+    return ::stat(left.c_str(), &one) == 0 && ::stat(right.c_str(), &other) == 0 &&
+           one.st_dev == other.st_dev;
+}
+
 bool exists(const std::filesystem::path& path) noexcept {
     struct stat facts {};
     return ::lstat(path.c_str(), &facts) == 0;
@@ -137,8 +147,8 @@ void createFolders(const std::filesystem::path& folder) {
 }
 
 bool createNewFolder(const std::filesystem::path& folder) {
-    constexpr mode_t kByUmask = 0777;
-    if (::mkdir(folder.c_str(), kByUmask) == 0)
+    constexpr mode_t kListableByAll = 0755;
+    if (::mkdir(folder.c_str(), kListableByAll) == 0)
         return true;
     if (errno != EEXIST)
         throw PosixError("mkdir", folder, errno);
@@ -164,9 +174,11 @@ void write(const std::filesystem::path& path, std::string_view content) {
     sync(file, path);
 }
 
-void write(const std::filesystem::path& path, const TextSource& content) {
+namespace {
+
+void putAll(const FileDescriptor& file, const TextSource& content,
+            const std::filesystem::path& path) {
     constexpr std::size_t kWriteBytes = 1 << 20;
-    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC);
     std::string pending;
     content([&](std::string_view text) {
         pending += text;
@@ -176,24 +188,43 @@ void write(const std::filesystem::path& path, const TextSource& content) {
         pending.clear();
     });
     writeAll(file, pending, path);
-    sync(file, path);
 }
 
-void writeAtomically(const std::filesystem::path& path, std::string_view content) {
-    writeAtomically(path, [&](const TextSink& put) { put(content); });
-}
-
-void writeAtomically(const std::filesystem::path& path, const TextSource& content) {
+/// Has `fill` write a file under another name, which is then renamed to `path`.
+template <typename Fill>
+void replaceAtomically(const std::filesystem::path& path, Fill&& fill) {
     auto temporary = path;
     temporary += "." + Uuid::random().text() + ".tmp";
+    const auto file = open(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
     try {
-        write(temporary, content);
+        fill(file, temporary);
+        sync(file, temporary);
         if (::rename(temporary.c_str(), path.c_str()) != 0)
             throw PosixError("rename", path, errno);
     } catch (...) {
         ::unlink(temporary.c_str());
         throw;
     }
+}
+
+} // namespace
+
+void writeAtomically(const std::filesystem::path& path, std::string_view content) {
+    replaceAtomically(path, [&](const FileDescriptor& file, const std::filesystem::path& name) {
+        writeAll(file, content, name);
+    });
+}
+
+void write(const std::filesystem::path& path, const TextSource& content) {
+    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC);
+    putAll(file, content, path);
+    sync(file, path);
+}
+
+void writeAtomically(const std::filesystem::path& path, const TextSource& content) {
+    replaceAtomically(path, [&](const FileDescriptor& file, const std::filesystem::path& name) {
+        putAll(file, content, name);
+    });
 }
 
 std::string read(const std::filesystem::path& path) {
@@ -210,12 +241,37 @@ std::string read(const std::filesystem::path& path) {
     }
 }
 
-void copy(const std::filesystem::path& from, const std::filesystem::path& to) {
-    write(to, read(from));
+bool copyRegularFile(const std::filesystem::path& from, const std::filesystem::path& to,
+                     std::int64_t largestBytes) {
+    const FileDescriptor source(
+        ::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!source && errno == ENOENT)
+        return false;
+    if (!source)
+        throw PosixError("open", from, errno);
+    struct stat facts {};
+    if (::fstat(source.get(), &facts) != 0)
+        throw PosixError("stat", from, errno);
+    if (!S_ISREG(facts.st_mode))
+        throw PosixError("open", from, S_ISDIR(facts.st_mode) ? EISDIR : EINVAL);
+    if (facts.st_size > largestBytes)
+        throw PosixError("open", from, EFBIG);
+    replaceAtomically(to, [&](const FileDescriptor& target, const std::filesystem::path& path) {
+        std::array<char, 65536> buffer;
+        for (;;) {
+            const auto count = ::read(source.get(), buffer.data(), buffer.size());
+            if (count < 0)
+                throw PosixError("read", from, errno);
+            if (count == 0)
+                return;
+            writeAll(target, {buffer.data(), static_cast<std::size_t>(count)}, path);
+        }
+    });
+    return true;
 }
 
 void append(const std::filesystem::path& path, std::string_view content) {
-    writeAll(open(path, O_WRONLY | O_CREAT | O_APPEND), content, path);
+    writeAll(open(path, O_WRONLY | O_CREAT | O_APPEND, kOwnersAlone), content, path);
 }
 
 void syncVolume(const std::filesystem::path& path) {
