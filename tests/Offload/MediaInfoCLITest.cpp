@@ -109,7 +109,8 @@ TEST(MediaInfoCandidates, StandInTheirOrder) {
     EXPECT_TRUE(MediaInfoCLI::isTrusted("/usr/bin/mediainfo"));
     EXPECT_TRUE(MediaInfoCLI::isTrusted("/usr/bin/not yet/mediainfo"));
     const TemporaryFolder folder;
-    EXPECT_FALSE(MediaInfoCLI::isTrusted(folder / "mediainfo")) << "others can write above it";
+    std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
+    EXPECT_FALSE(MediaInfoCLI::isTrusted(folder / "x/mediainfo")) << "others can write above it";
     writeFile(folder / "real/bin/dit", "");
     std::filesystem::create_symlink(folder / "real/bin/dit", folder / "dit");
     const auto started = texts(MediaInfoCLI::candidateURLs("/b", {}, folder / "dit"));
