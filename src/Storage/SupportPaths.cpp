@@ -23,7 +23,9 @@ std::filesystem::path made(std::filesystem::path folder) {
 std::filesystem::path madePrivate(std::filesystem::path folder) {
     folder = made(std::move(folder));
     std::error_code ignored;
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_all, ignored);
+    // Only where it has to be: who watches the folder would hear of each change of its rights.
+    if (std::filesystem::status(folder, ignored).permissions() != std::filesystem::perms::owner_all)
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, ignored);
     return folder;
 }
 
