@@ -67,7 +67,6 @@ QString Desk::mount(const std::string& name, VolumeKind kind) {
     volume.facts.mountPoint = folder / name;
     volume.facts.volumeName = name;
     volume.facts.deviceIdentifier = "dev-" + name;
-    volume.facts.isWritable = true;
     volume.kind = kind;
     return toQString(volume.id());
 }
