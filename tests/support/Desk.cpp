@@ -43,6 +43,7 @@ Desk::Desk() {
     };
     surroundings.eject = [this](const auto& mountPoint) {
         ejected.push_back(mountPoint);
+        return DiskUtilClient::Ejected();
     };
     surroundings.openFile = [this](const auto& file) {
         opened.push_back(file);
