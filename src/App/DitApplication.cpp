@@ -65,9 +65,9 @@ DitApplication::DitApplication(Surroundings surroundings)
 DitApplication::~DitApplication() = default;
 
 void DitApplication::noteEnd() const {
-    if (model_->isBusy())
+    if (model_->batch()->isBusy())
         AppLog::append("Uygulama kapandı, kopya yarıda kaldı: " +
-                       model_->progressTitle().toStdString());
+                       model_->batch()->title().toStdString());
 }
 
 void showStartFailure(const std::string& reason) {

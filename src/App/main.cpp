@@ -21,7 +21,7 @@ int run() {
     application.noteEnd();
     // A copy that still runs ends here, as it would if the power went: nothing is flushed by hand,
     // and what it has written stays.
-    if (application.model().isBusy())
+    if (application.model().batch()->isBusy())
         std::_Exit(code);
     return code;
 }

@@ -2,7 +2,6 @@
 
 #include "Batch/BatchObstacle.h"
 #include "Offload/CopyEngine.h"
-#include "Volumes/DiskUtilClient.h"
 
 #include <filesystem>
 #include <functional>
@@ -24,7 +23,7 @@ struct BatchSurroundings {
         runEngine = CopyEngine::run;
 
     /// Throws when the volume stays. Empty: nothing is ejected.
-    std::function<DiskUtilClient::Ejected(const std::filesystem::path& mountPoint)> eject;
+    std::function<void(const std::filesystem::path& mountPoint)> eject;
 };
 
 } // namespace slatewise

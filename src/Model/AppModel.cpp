@@ -1,15 +1,10 @@
 #include "Model/AppModel.h"
 
-#include "Model/DestinationMemory.h"
-#include "Model/FolderChooser.h"
 #include "Model/QtText.h"
 #include "Platform/AppInfo.h"
-#include "Platform/Desktop/UserDefaults.h"
-#include "Platform/Files/FileSystem.h"
-#include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Reports/ReportFolder.h"
-#include "Storage/AppDatabase.h"
+#include "Service/DirectSaaSClient.h"
 #include "Storage/AppLog.h"
 #include "Storage/SupportPaths.h"
 
@@ -19,217 +14,120 @@ namespace {
 
 constexpr int kRecentSessions = 20;
 
-std::shared_ptr<AppDatabase> openedStore(const Surroundings& surroundings) {
-    if (surroundings.openStore)
-        return surroundings.openStore();
-    return std::make_shared<AppDatabase>(AppDatabase::inMemory());
+/// Empty when they cannot be read: history is nothing an offload depends on. Blocks while the store
+/// is at work; any thread.
+std::optional<std::vector<SessionRecord>> latestOf(const AppDatabase& database) {
+    try {
+        return database.recentSessions(kRecentSessions);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
 }
 
 } // namespace
 
 AppModel::AppModel(Surroundings surroundings, QObject* parent)
-    : QObject(parent), surroundings_(std::move(surroundings)), defaults_(*surroundings_.defaults),
-      language_(Language::load(defaults_)), settings_(OffloadSettings::load(defaults_)),
-      unitCatalog_(UnitCatalog::load(defaults_)), database_(openedStore(surroundings_)),
-      drainer_(*database_), serviceProfile_(SupportPaths::applicationSupport()),
-      pickedFolders_(defaults_) {
+    : QObject(parent), state_(std::move(surroundings)), drainer_(*state_.database),
+      serviceProfile_(SupportPaths::applicationSupport()), reports_(state_),
+      volumes_(state_, reports_), cards_(VolumeSide::Card, state_, volumes_),
+      destinations_(VolumeSide::Destination, state_, volumes_), units_(state_),
+      settings_(state_, volumes_), pathTemplate_(state_),
+      batch_(state_, volumes_, serviceProfile_) {
     serviceProfile_.onChange = [this] {
         serviceProfileChanged();
     };
-    restoreReportsFolder();
+    connect(&volumes_, &VolumeFollower::cardAppeared, this, &AppModel::notifyService);
+    connect(&batch_, &BatchControl::finished, this, [this] { refreshSessionsLater(this); });
+    reports_.restore();
+    showLanguages();
     updateSaasLine();
-    takeUpVolumes();
-    refreshSessions();
-    migrateReportFolderNames();
+    state_.publish();
+    volumes_.begin();
+    recentSessions_ = latestOf(*state_.database).value_or(recentSessions_);
+    reports_.migrateArchive();
+    for (const auto& destination : state_.board.list(VolumeSide::Destination))
+        reports_.migrate(ReportFolder::destinationReportsRoot(destination.facts.mountPoint));
     AppLog::prune(SupportPaths::logsDirectory(), Clock::now());
     AppLog::append("Uygulama açıldı v" + std::string(AppInfo::version));
     drainer_.drain(serviceProfile_.current());
 }
 
-AppModel::~AppModel() {
-    if (batch_)
-        batch_->abandon();
+QString AppModel::appName() {
+    return toQString(AppInfo::name);
 }
 
-std::optional<std::vector<SessionRecord>> AppModel::latestOf(const AppDatabase& database) {
-    try {
-        return database.recentSessions(kRecentSessions);
-    } catch (const std::exception&) {
-        // The list stays as it is: history is nothing an offload depends on.
-        return std::nullopt;
-    }
+QString AppModel::appVersion() {
+    return toQString(AppInfo::version);
 }
 
-void AppModel::refreshSessions() {
-    if (auto sessions = latestOf(*database_))
-        recentSessions_ = std::move(*sessions);
+QString AppModel::websiteLabel() {
+    return toQString(AppInfo::websiteLabel);
+}
+
+QString AppModel::websiteURL() {
+    return toQString(AppInfo::websiteURL);
 }
 
 QString AppModel::languageCode() const {
-    return toQString(Language::rawValue(language_));
+    return toQString(Language::rawValue(state_.language));
 }
 
 void AppModel::setLanguageCode(const QString& code) {
     for (const auto language : Language::allCases) {
-        if (code != toQString(Language::rawValue(language)) || language == language_)
+        if (code != toQString(Language::rawValue(language)) || language == state_.language)
             continue;
-        language_ = language;
-        Language::persist(language, defaults_);
+        state_.language = language;
+        Language::persist(language, state_.defaults);
+        showLanguages();
         updateSaasLine();
         Q_EMIT languageChanged();
-        publish();
+        state_.publish();
         return;
     }
 }
 
-void AppModel::setAdvancedPresented(bool presented) {
-    if (presented == isAdvancedPresented_)
+void AppModel::showLanguages() {
+    std::vector<Choice> rows;
+    for (const auto language : Language::allCases) {
+        rows.push_back({toQString(Language::rawValue(language)),
+                        toQString(Language::displayName(language)),
+                        {},
+                        language == state_.language});
+    }
+    languages_.setRows(std::move(rows));
+}
+
+void AppModel::serviceProfileChanged() {
+    updateSaasLine();
+    drainer_.drain(serviceProfile_.current());
+}
+
+void AppModel::updateSaasLine() {
+    const auto& profile = serviceProfile_.current();
+    const auto l10n = state_.l10n();
+    auto line = toQString(profile ? l10n.connected(profile->accountID, profile->saasAPIURL)
+                                  : l10n.standalone());
+    if (line == saasLine_)
         return;
-    isAdvancedPresented_ = presented;
-    Q_EMIT advancedPresentedChanged();
+    saasLine_ = std::move(line);
+    Q_EMIT saasLineChanged();
 }
 
-QString AppModel::projectName() const {
-    return toQString(settings_.projectName);
+void AppModel::notifyService(const std::string& cardName) const {
+    if (const auto& profile = serviceProfile_.current())
+        DirectSaaSClient{.profile = *profile, .limits = {}}.notifyDetected(cardName);
 }
 
-void AppModel::setProjectName(const QString& name) {
-    settings_.projectName = name.toStdString();
-    settingsEdited();
-}
-
-void AppModel::setEjectAfterSuccess(bool eject) {
-    settings_.ejectAfterSuccess = eject;
-    settingsEdited();
-}
-
-void AppModel::setVerifyOnly(bool verifyOnly) {
-    settings_.verifyOnly = verifyOnly;
-    settingsEdited();
-}
-
-QString AppModel::folderTemplate() const {
-    return toQString(settings_.folderTemplate);
-}
-
-void AppModel::addSkipName(const QString& name) {
-    const auto before = settings_.skipNames();
-    settings_.addExclude(name.toStdString());
-    // Measuring all cards anew may take minutes.
-    if (settings_.skipNames() != before)
-        skipNamesEdited();
-}
-
-void AppModel::removeSkipName(const QString& name) {
-    settings_.removeExclude(name.toStdString());
-    skipNamesEdited();
-}
-
-void AppModel::setDefaultSkip(const QString& name, bool skipped) {
-    settings_.setDefaultSkipped(name.toStdString(), skipped);
-    skipNamesEdited();
-}
-
-void AppModel::saveSettings() {
-    settings_.save(defaults_);
-}
-
-QString AppModel::normalizedTemplate(const QString& text) const {
-    return toQString(FolderTemplate::normalize(text.toStdString()));
-}
-
-QString AppModel::defaultTemplate() const {
-    return toQString(FolderTemplate::defaultTemplate);
-}
-
-void AppModel::saveTemplate(const QString& text) {
-    settings_.folderTemplate = FolderTemplate::normalize(text.toStdString());
-    saveSettings();
-    settingsEdited();
-}
-
-bool AppModel::isDefaultReportsFolder() const {
-    return Text::trimmed(settings_.outputFolderPath).empty();
-}
-
-void AppModel::pickReportsFolder() {
-    if (!surroundings_.folderChooser)
-        return;
-    surroundings_.folderChooser->choose(std::string(l10n().pickReportsFolder()),
-                                        std::string(l10n().use()),
-                                        [model = QPointer(this)](auto folder) {
-                                            if (model && folder)
-                                                model->useReportsFolder(*folder);
-                                        });
-}
-
-void AppModel::useReportsFolder(const std::filesystem::path& folder) {
-    settings_.outputFolderPath = folder.native();
-    saveSettings();
-    pickedFolders_.saveReportsFolder(folder);
-    reportMigration_.migrate(SupportPaths::reportsArchivePath(settings_));
-    updateReportsFolder();
-    settingsEdited();
-    AppLog::append("Rapor klasörü: " + folder.native());
-}
-
-void AppModel::resetReportsFolder() {
-    settings_.outputFolderPath.clear();
-    saveSettings();
-    pickedFolders_.saveReportsFolder(std::nullopt);
-    updateReportsFolder();
-    settingsEdited();
-}
-
-void AppModel::revealReportsFolder() {
-    showArchive(this);
-}
-
-/// Made by then, so that there is something to show.
-QCoro::Task<> AppModel::showArchive(QPointer<AppModel> model) {
-    const auto making =
-        onWorker([settings = model->settings_] { return SupportPaths::reportsArchive(settings); });
-    const auto archive = co_await making;
-    if (model && model->surroundings_.showFolder)
-        model->surroundings_.showFolder(archive);
-}
-
-void AppModel::revealReports(const SessionRecord& session) {
-    showReportsOf(this, std::filesystem::path(session.sessionRoot) / "reports");
-}
-
-/// The session's disk may be gone, or take its time.
-QCoro::Task<> AppModel::showReportsOf(QPointer<AppModel> model, std::filesystem::path reports) {
-    const auto looking = onWorker([reports] { return FileSystem::exists(reports); });
-    const bool isThere = co_await looking;
-    if (!model)
+/// The store may be at work for others.
+QCoro::Task<> AppModel::refreshSessionsLater(QPointer<AppModel> self) {
+    const auto reading =
+        onWorker([database = self->state_.database] { return latestOf(*database); });
+    auto sessions = co_await reading;
+    if (!self)
         co_return;
-    if (isThere && model->surroundings_.showFolder)
-        model->surroundings_.showFolder(reports);
-    else
-        model->revealReportsFolder();
-}
-
-void AppModel::migrateReportFolderNames() {
-    reportMigration_.migrate(SupportPaths::reportsArchivePath(settings_));
-    for (const auto& destination : board_.lists().destinations)
-        reportMigration_.migrate(
-            ReportFolder::destinationReportsRoot(destination.facts.mountPoint));
-}
-
-void AppModel::updateReportsFolder() {
-    reportsFolderDisplay_ = toQString(SupportPaths::reportsArchivePath(settings_).native());
-}
-
-void AppModel::settingsEdited() {
-    Q_EMIT settingsChanged();
-    publish();
-}
-
-void AppModel::skipNamesEdited() {
-    saveSettings();
-    refreshContentSizes(idsOf(board_.lists().cards));
-    settingsEdited();
+    if (sessions)
+        self->recentSessions_ = std::move(*sessions);
+    Q_EMIT self->recentSessionsRead();
 }
 
 } // namespace slatewise

@@ -26,7 +26,7 @@ std::optional<MeasuringJob> ContentSizes::begin(const VolumeLists& lists, const 
         for (const auto& volume : *list) {
             const auto id = volume.id();
             listed.insert(id);
-            if (!forceIDs.contains(id) && usedBytes_.contains(id))
+            if (!forceIDs.contains(id) && (usedBytes_.contains(id) || isMeasuring(id)))
                 continue;
             job.entries.push_back({id, volume.facts.mountPoint,
                                    volume.kind == VolumeKind::Destination
@@ -35,21 +35,26 @@ std::optional<MeasuringJob> ContentSizes::begin(const VolumeLists& lists, const 
         }
     }
     std::erase_if(usedBytes_, [&](const auto& entry) { return !listed.contains(entry.first); });
-    std::erase_if(measuringIDs_, [&](const auto& id) { return !listed.contains(id); });
+    std::erase_if(measuring_, [&](const auto& entry) { return !listed.contains(entry.first); });
     if (job.entries.empty())
         return std::nullopt;
-    for (const auto& entry : job.entries)
-        measuringIDs_.insert(entry.id);
     job.skipNames = skipNames;
     job.generation = ++generation_;
+    for (const auto& entry : job.entries)
+        measuring_[entry.id] = job.generation;
     return job;
 }
 
+bool ContentSizes::isWanted(int generation, std::string_view id) const {
+    const auto found = measuring_.find(id);
+    return found != measuring_.end() && found->second == generation;
+}
+
 bool ContentSizes::accept(int generation, const std::string& id, std::int64_t usedBytes) {
-    if (!isCurrent(generation))
+    if (!isWanted(generation, id))
         return false;
     usedBytes_[id] = usedBytes;
-    measuringIDs_.erase(id);
+    measuring_.erase(id);
     return true;
 }
 

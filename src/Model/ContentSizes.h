@@ -29,7 +29,7 @@ struct MeasuringEntry {
 struct MeasuringJob {
     std::vector<MeasuringEntry> entries;
     SkipNames skipNames;
-    /// Of the jobs so far; only the latest may publish.
+    /// Counts the jobs so far.
     int generation = 0;
 };
 
@@ -47,18 +47,20 @@ Measurement measure(const MeasuringEntry& entry, const SkipNames& skipNames);
 /// and takes the results; the measuring itself is somebody else's.
 class ContentSizes {
 public:
-    /// What is to be measured now: volumes that have no value, and those in `forceIDs`. Values of
-    /// volumes that are not listed are dropped. A job makes all earlier ones stale.
+    /// What is to be measured now: volumes that have no value and are not being measured, and those
+    /// in `forceIDs`. Values of volumes that are not listed are dropped. Of two jobs that measure
+    /// one volume the later one counts; whatever else the earlier one was to do stays its own.
     std::optional<MeasuringJob> begin(const VolumeLists& lists, const VolumeIDs& forceIDs,
                                       const SkipNames& skipNames);
 
-    bool isCurrent(int generation) const { return generation == generation_; }
+    /// Whether the result of that job is still awaited for a volume.
+    bool isWanted(int generation, std::string_view id) const;
 
-    /// Takes the result of a job that is still current; says whether it is.
+    /// Takes a result that is wanted; says whether it was.
     bool accept(int generation, const std::string& id, std::int64_t usedBytes);
 
     std::optional<std::int64_t> usedBytes(std::string_view id) const;
-    bool isMeasuring(std::string_view id) const { return measuringIDs_.contains(id); }
+    bool isMeasuring(std::string_view id) const { return measuring_.contains(id); }
 
     /// Volumes without a value count nothing.
     std::int64_t totalOf(std::span<const ClassifiedVolume> volumes) const;
@@ -67,7 +69,8 @@ public:
 
 private:
     std::map<std::string, std::int64_t, std::less<>> usedBytes_;
-    VolumeIDs measuringIDs_;
+    /// The job whose result each volume waits for.
+    std::map<std::string, int, std::less<>> measuring_;
     int generation_ = 0;
 };
 

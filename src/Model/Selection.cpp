@@ -7,8 +7,13 @@ namespace slatewise {
 bool Selection::toggle(const std::string& id) {
     if (ids.erase(id) > 0)
         return false;
-    ids.insert(id);
+    tick(id);
     return true;
+}
+
+void Selection::tick(const std::string& id) {
+    ids.insert(id);
+    tickedLast = id;
 }
 
 void Selection::focusAny() {
@@ -21,6 +26,8 @@ void Selection::focusAny() {
 std::optional<std::string> Selection::target() const {
     if (focused)
         return focused;
+    if (tickedLast && contains(*tickedLast))
+        return tickedLast;
     return ids.empty() ? std::nullopt : std::optional(*ids.begin());
 }
 

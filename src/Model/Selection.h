@@ -14,16 +14,20 @@ namespace slatewise {
 struct Selection {
     VolumeIDs ids;
     std::optional<std::string> focused;
+    /// Ticked by the user after all others; may have been unticked since.
+    std::optional<std::string> tickedLast{};
 
     bool contains(std::string_view id) const { return ids.contains(id); }
 
     /// Whether the volume is ticked now.
     bool toggle(const std::string& id);
+    void tick(const std::string& id);
 
     /// Any ticked volume gets the focus, or none.
     void focusAny();
 
-    /// What an operation on "the" volume works on: the one in focus, else a ticked one.
+    /// What an operation on "the" volume works on: the one in focus, else the one ticked last, else
+    /// any that is ticked.
     std::optional<std::string> target() const;
 
     /// Lets go of volumes that are not in the list any more.

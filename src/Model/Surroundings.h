@@ -22,9 +22,6 @@ class UserDefaults;
 /// `Surroundings::ofThisDesktop`; a program without a window leaves out what it has no use for, and
 /// a test puts its own in place. What is empty does nothing and finds nothing.
 struct Surroundings : BatchSurroundings {
-    /// Whether a card may be copied that nobody has named a unit for.
-    enum class UnitRule { Required, Optional };
-
     /// Outlives the model, as the chooser does.
     UserDefaults* defaults = nullptr;
     FolderChooser* folderChooser = nullptr;
@@ -47,8 +44,6 @@ struct Surroundings : BatchSurroundings {
 
     /// The store of the process; one in memory when the file cannot be opened.
     std::function<std::shared_ptr<AppDatabase>()> openStore;
-
-    UnitRule unitRule = UnitRule::Required;
 
     /// The machine's volumes below that folder, the user's store and applications. It still lacks
     /// the folder chooser of a window.

@@ -114,8 +114,6 @@ VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounte
     destinationSelection_.keepOnly(lists_.destinations);
     if (destinationSelection_.ids.empty())
         destinationSelection_.ids = restoredDestinations(stored, lists_.destinations);
-    if (!destinationSelection_.focused)
-        destinationSelection_.focusAny();
 
     Applied applied;
     for (const auto* list : {&lists_.cards, &lists_.destinations}) {
@@ -131,84 +129,80 @@ VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounte
     return applied;
 }
 
-std::vector<ClassifiedVolume> VolumeBoard::selectedCards() const {
-    return cardSelection_.selectedOf(lists_.cards);
+const Volumes& VolumeBoard::list(VolumeSide side) const {
+    return side == VolumeSide::Card ? lists_.cards : lists_.destinations;
 }
 
-std::vector<ClassifiedVolume> VolumeBoard::selectedDests() const {
-    return destinationSelection_.selectedOf(lists_.destinations);
+Selection& VolumeBoard::selection(VolumeSide side) {
+    return side == VolumeSide::Card ? cardSelection_ : destinationSelection_;
+}
+
+const Selection& VolumeBoard::selection(VolumeSide side) const {
+    return side == VolumeSide::Card ? cardSelection_ : destinationSelection_;
+}
+
+Volumes& VolumeBoard::extras(VolumeSide side) {
+    return side == VolumeSide::Card ? corrections_.extraCards : corrections_.extraDestinations;
+}
+
+VolumeIDs& VolumeBoard::overrides(VolumeSide side) {
+    return side == VolumeSide::Card ? corrections_.overrideCardIDs : corrections_.overrideDestIDs;
+}
+
+Volumes VolumeBoard::selected(VolumeSide side) const {
+    return selection(side).selectedOf(list(side));
+}
+
+const ClassifiedVolume* VolumeBoard::find(std::string_view id) const {
+    const auto* card = findVolume(lists_.cards, id);
+    return card ? card : findVolume(lists_.destinations, id);
 }
 
 const ClassifiedVolume* VolumeBoard::selectedCard() const {
-    if (cardSelection_.focused) {
-        if (const auto* focused = findVolume(lists_.cards, *cardSelection_.focused))
-            return focused;
-    }
+    const auto target = cardSelection_.target();
+    if (const auto* card = target ? findVolume(lists_.cards, *target) : nullptr)
+        return card;
     const auto first =
         std::find_if(lists_.cards.begin(), lists_.cards.end(),
                      [&](const auto& card) { return cardSelection_.contains(card.id()); });
     return first == lists_.cards.end() ? nullptr : &*first;
 }
 
-void VolumeBoard::treatAsCard(const std::string& id) {
-    corrections_.overrideDestIDs.erase(id);
-    corrections_.overrideCardIDs.insert(id);
-}
-
-void VolumeBoard::treatAsDestination(const std::string& id) {
+void VolumeBoard::treatAs(VolumeSide side, const std::string& id) {
     corrections_.overrideCardIDs.erase(id);
-    corrections_.overrideDestIDs.insert(id);
-}
-
-void VolumeBoard::removeCard(const ClassifiedVolume& card) {
-    const auto id = card.id();
-    cardSelection_.ids.erase(id);
-    erase(corrections_.extraCards, card);
-    corrections_.overrideCardIDs.erase(id);
-    if (!card.isPickedFolder())
-        corrections_.hiddenVolumeIDs.insert(id);
-    if (cardSelection_.focused != id)
-        return;
-    cardSelection_.focusAny();
-    if (cardSelection_.focused)
-        return;
-    const auto other = std::find_if(lists_.cards.begin(), lists_.cards.end(),
-                                    [&](const auto& volume) { return volume.id() != id; });
-    if (other != lists_.cards.end())
-        cardSelection_.focused = other->id();
-}
-
-void VolumeBoard::removeDestination(const ClassifiedVolume& destination) {
-    const auto id = destination.id();
-    destinationSelection_.ids.erase(id);
-    erase(corrections_.extraDestinations, destination);
     corrections_.overrideDestIDs.erase(id);
-    if (!destination.isPickedFolder())
+    overrides(side).insert(id);
+}
+
+void VolumeBoard::remove(VolumeSide side, const ClassifiedVolume& volume) {
+    const auto id = volume.id();
+    auto& ticks = selection(side);
+    ticks.ids.erase(id);
+    erase(extras(side), volume);
+    overrides(side).erase(id);
+    if (!volume.isPickedFolder())
         corrections_.hiddenVolumeIDs.insert(id);
-    if (destinationSelection_.focused == id)
-        destinationSelection_.focusAny();
+    if (ticks.focused != id)
+        return;
+    ticks.focusAny();
+    if (ticks.focused)
+        return;
+    const auto& listed = list(side);
+    const auto other = std::find_if(listed.begin(), listed.end(),
+                                    [&](const auto& each) { return each.id() != id; });
+    if (other != listed.end())
+        ticks.focused = other->id();
 }
 
-void VolumeBoard::clearAllCards() {
-    cardSelection_ = {};
-    corrections_.extraCards.clear();
+void VolumeBoard::clear(VolumeSide side) {
+    selection(side) = {};
+    extras(side).clear();
 }
 
-void VolumeBoard::clearAllDestinations() {
-    destinationSelection_ = {};
-    corrections_.extraDestinations.clear();
-}
-
-void VolumeBoard::addPickedCard(const ClassifiedVolume& folder) {
-    erase(corrections_.extraDestinations, folder);
-    erase(corrections_.extraCards, folder);
-    corrections_.extraCards.push_back(folder);
-}
-
-void VolumeBoard::addPickedDestination(const ClassifiedVolume& folder) {
+void VolumeBoard::addPicked(VolumeSide side, const ClassifiedVolume& folder) {
     erase(corrections_.extraCards, folder);
     erase(corrections_.extraDestinations, folder);
-    corrections_.extraDestinations.push_back(folder);
+    extras(side).push_back(folder);
 }
 
 void VolumeBoard::applyCapacity(const std::string& id, std::int64_t total, std::int64_t free) {

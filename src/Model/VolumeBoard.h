@@ -13,6 +13,9 @@
 
 namespace slatewise {
 
+/// The two lists of the window: where footage comes from, and where it goes.
+enum class VolumeSide { Card, Destination };
+
 /// What the user has said about volumes. Nothing of it outlives the process but the picked
 /// destinations, which others store. There is never an id in both override sets.
 struct VolumeCorrections {
@@ -71,36 +74,36 @@ public:
                   const ExistsTest& exists);
 
     const VolumeLists& lists() const { return lists_; }
+    const std::vector<ClassifiedVolume>& list(VolumeSide side) const;
     const VolumeCorrections& corrections() const { return corrections_; }
-    Selection& cardSelection() { return cardSelection_; }
-    const Selection& cardSelection() const { return cardSelection_; }
-    Selection& destinationSelection() { return destinationSelection_; }
-    const Selection& destinationSelection() const { return destinationSelection_; }
+    Selection& selection(VolumeSide side);
+    const Selection& selection(VolumeSide side) const;
+    /// The ticked ones, in the list's order.
+    std::vector<ClassifiedVolume> selected(VolumeSide side) const;
 
-    std::vector<ClassifiedVolume> selectedCards() const;
-    std::vector<ClassifiedVolume> selectedDests() const;
-    /// The card in focus if it is listed, else the first ticked one, else null.
+    /// The volume of that id in either list, or null.
+    const ClassifiedVolume* find(std::string_view id) const;
+    /// The card that a unit would be given to, else the first ticked one, else null.
     const ClassifiedVolume* selectedCard() const;
-    bool hasCardFocus() const { return cardSelection_.target().has_value(); }
 
-    void treatAsCard(const std::string& id);
-    void treatAsDestination(const std::string& id);
-    void removeCard(const ClassifiedVolume& card);
-    void removeDestination(const ClassifiedVolume& destination);
-    void clearAllCards();
-    void clearAllDestinations();
+    void treatAs(VolumeSide side, const std::string& id);
+    void remove(VolumeSide side, const ClassifiedVolume& volume);
+    void clear(VolumeSide side);
 
     /// A folder is a card or a destination, whatever it was picked as before.
-    void addPickedCard(const ClassifiedVolume& folder);
-    void addPickedDestination(const ClassifiedVolume& folder);
+    void addPicked(VolumeSide side, const ClassifiedVolume& folder);
 
     /// Fills in sizes that are not known of a volume yet.
     void applyCapacity(const std::string& id, std::int64_t total, std::int64_t free);
 
 private:
+    std::vector<ClassifiedVolume>& extras(VolumeSide side);
+    VolumeIDs& overrides(VolumeSide side);
+
     VolumeCorrections corrections_;
     VolumeLists lists_;
     Selection cardSelection_;
+    /// Nothing works on one destination alone, so that none of them has the focus.
     Selection destinationSelection_;
     VolumeIDs seenCardIDs_;
 };

@@ -1,99 +1,85 @@
 #include "Model/VolumeListModel.h"
 
-#include <algorithm>
+#include "Model/ModelState.h"
+#include "Model/QtText.h"
+#include "Model/VolumeFollower.h"
+#include "Model/VolumeTexts.h"
+#include "Offload/PathSize.h"
 
 namespace slatewise {
 
 namespace {
 
-auto find(const std::vector<VolumeRow>& rows, std::size_t from, const QString& volumeID) {
-    return std::find_if(rows.begin() + static_cast<std::ptrdiff_t>(from), rows.end(),
-                        [&](const auto& row) { return row.volumeID == volumeID; });
+std::string idOf(const QString& volumeID) {
+    return volumeID.toLatin1().toStdString();
 }
 
 } // namespace
 
-void VolumeListModel::setRows(std::vector<VolumeRow> rows) {
-    const auto countBefore = rows_.size();
-    for (auto row = rows_.size(); row-- > 0;) {
-        if (find(rows, 0, rows_[row].volumeID) == rows.end())
-            remove(row);
+VolumeListModel::VolumeListModel(VolumeSide side, const ModelState& state, VolumeFollower& volumes)
+    : side_(side), state_(state), volumes_(volumes) {
+    connect(&state, &ModelState::changed, this, &VolumeListModel::show);
+}
+
+void VolumeListModel::show() {
+    std::vector<VolumeRow> rows;
+    for (const auto& volume : state_.board.list(side_))
+        rows.push_back(rowOf(volume));
+    RowChanges::bring(*this, rows_, std::move(rows));
+    if (auto now = total(); now != totalText_) {
+        totalText_ = std::move(now);
+        Q_EMIT totalTextChanged();
     }
-    for (std::size_t row = 0; row < rows.size(); ++row)
-        bring(row, std::move(rows[row]));
-    while (rows_.size() > rows.size())
-        remove(rows_.size() - 1);
-    if (rows_.size() != countBefore)
-        Q_EMIT countChanged();
 }
 
-void VolumeListModel::remove(std::size_t row) {
-    const int place = static_cast<int>(row);
-    beginRemoveRows({}, place, place);
-    rows_.erase(rows_.begin() + place);
-    endRemoveRows();
+VolumeRow VolumeListModel::rowOf(const ClassifiedVolume& volume) const {
+    const auto id = volume.id();
+    const auto& selection = state_.board.selection(side_);
+    VolumeRow row;
+    row.volumeID = QString::fromLatin1(id.data(), static_cast<qsizetype>(id.size()));
+    row.name = toQString(volume.name());
+    row.subtitle =
+        toQString(VolumeTexts::subtitle(volume, side_, state_.contentSizes, state_.l10n()));
+    row.path = toQString(volume.facts.mountPoint.native());
+    row.selected = selection.contains(id);
+    row.picked = volume.isPickedFolder();
+    if (side_ == VolumeSide::Destination)
+        return row;
+    row.focused = selection.focused == id;
+    row.ekip = toQString(state_.cardUnits.ekipLabel(id));
+    row.unit = toQString(state_.cardUnits.cameraLabel(id));
+    row.needsUnit = state_.cardUnits.cardsNeedingUnit.contains(id);
+    return row;
 }
 
-/// Rows above have their places already.
-void VolumeListModel::bring(std::size_t row, VolumeRow shown) {
-    const int place = static_cast<int>(row);
-    const auto found = find(rows_, row, shown.volumeID);
-    if (found == rows_.end()) {
-        beginInsertRows({}, place, place);
-        rows_.insert(rows_.begin() + place, std::move(shown));
-        endInsertRows();
-        return;
-    }
-    if (const int from = static_cast<int>(found - rows_.begin()); from != place) {
-        beginMoveRows({}, from, from, {}, place);
-        std::rotate(rows_.begin() + place, rows_.begin() + from, rows_.begin() + from + 1);
-        endMoveRows();
-    }
-    if (rows_[row] == shown)
-        return;
-    rows_[row] = std::move(shown);
-    const auto changed = index(place);
-    Q_EMIT dataChanged(changed, changed);
-}
-
-int VolumeListModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : count();
-}
-
-QVariant VolumeListModel::data(const QModelIndex& index, int role) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+QString VolumeListModel::total() const {
+    if (side_ == VolumeSide::Destination)
         return {};
-    const auto& row = rows_[static_cast<std::size_t>(index.row())];
-    switch (role) {
-    case VolumeID:
-        return row.volumeID;
-    case Name:
-        return row.name;
-    case Subtitle:
-        return row.subtitle;
-    case Path:
-        return row.path;
-    case Selected:
-        return row.selected;
-    case Focused:
-        return row.focused;
-    case Ekip:
-        return row.ekip;
-    case Unit:
-        return row.unit;
-    case NeedsUnit:
-        return row.needsUnit;
-    case Picked:
-        return row.picked;
-    default:
-        return {};
-    }
+    const auto cards = state_.board.selected(side_);
+    if (state_.contentSizes.isMeasuringAny(cards))
+        return toQString(state_.l10n().measuringSize());
+    return toQString(PathSize::format(state_.contentSizes.totalOf(cards), state_.language));
 }
 
-QHash<int, QByteArray> VolumeListModel::roleNames() const {
-    return {{VolumeID, "volumeID"},   {Name, "name"},       {Subtitle, "subtitle"}, {Path, "path"},
-            {Selected, "selected"},   {Focused, "focused"}, {Ekip, "ekip"},         {Unit, "unit"},
-            {NeedsUnit, "needsUnit"}, {Picked, "picked"}};
+void VolumeListModel::toggle(const QString& volumeID) {
+    volumes_.toggle(side_, idOf(volumeID));
+}
+
+void VolumeListModel::focus(const QString& volumeID) {
+    if (side_ == VolumeSide::Card)
+        volumes_.focusCard(idOf(volumeID));
+}
+
+void VolumeListModel::remove(const QString& volumeID) {
+    volumes_.remove(side_, idOf(volumeID));
+}
+
+void VolumeListModel::clear() {
+    volumes_.clear(side_);
+}
+
+void VolumeListModel::pickFolder() {
+    volumes_.pickFolder(side_);
 }
 
 } // namespace slatewise

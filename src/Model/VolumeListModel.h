@@ -1,21 +1,41 @@
 #pragma once
 
+#include "Model/RowChanges.h"
+#include "Model/VolumeBoard.h"
+
 #include <QAbstractListModel>
 #include <QString>
 
-#include <cstddef>
 #include <vector>
 
 namespace slatewise {
 
+class ModelState;
+class VolumeFollower;
+
 /// One line of a volume list, ready to be shown.
 struct VolumeRow {
-    /// By which the model is told which volume is meant.
+    Q_GADGET
+    Q_PROPERTY(QString volumeID MEMBER volumeID)
+    Q_PROPERTY(QString name MEMBER name)
+    Q_PROPERTY(QString subtitle MEMBER subtitle)
+    Q_PROPERTY(QString path MEMBER path)
+    Q_PROPERTY(bool selected MEMBER selected)
+    Q_PROPERTY(bool focused MEMBER focused)
+    Q_PROPERTY(QString ekip MEMBER ekip)
+    Q_PROPERTY(QString unit MEMBER unit)
+    Q_PROPERTY(bool needsUnit MEMBER needsUnit)
+    Q_PROPERTY(bool picked MEMBER picked)
+
+public:
+    /// By which the model is told which volume is meant: the bytes of its id, of which each is a
+    /// character, since two ids may differ in bytes that are no UTF-8.
     QString volumeID;
     QString name;
     QString subtitle;
     QString path;
     bool selected = false;
+    /// The card that the unit picker works on.
     bool focused = false;
     /// The crew and the unit of a card; empty when it has none, and for a destination.
     QString ekip;
@@ -24,49 +44,56 @@ struct VolumeRow {
     /// A folder that the user picked.
     bool picked = false;
 
+    const QString& key() const { return volumeID; }
     friend bool operator==(const VolumeRow&, const VolumeRow&) = default;
 };
 
-/// The cards or the destinations, as a list view wants them. The roles are named like the fields of
-/// a row.
+/// The cards or the destinations: what a view shows of them, and what a user can do with them. The
+/// roles are the properties of a `VolumeRow`. GUI thread.
 class VolumeListModel : public QAbstractListModel {
     Q_OBJECT
-    Q_PROPERTY(int count READ count NOTIFY countChanged)
+    Q_PROPERTY(QString totalText READ totalText NOTIFY totalTextChanged)
 
 public:
-    enum Role {
-        VolumeID = Qt::UserRole,
-        Name,
-        Subtitle,
-        Path,
-        Selected,
-        Focused,
-        Ekip,
-        Unit,
-        NeedsUnit,
-        Picked
-    };
+    /// `state` and `volumes` outlive this.
+    VolumeListModel(VolumeSide side, const ModelState& state, VolumeFollower& volumes);
 
-    using QAbstractListModel::QAbstractListModel;
-
-    int count() const { return static_cast<int>(rows_.size()); }
     const std::vector<VolumeRow>& rows() const { return rows_; }
+    int count() const { return static_cast<int>(rows_.size()); }
+    /// How much there is to copy of what is ticked.
+    QString totalText() const { return totalText_; }
 
-    /// Volumes that stay keep their delegates, and with them the keyboard and their place in sight.
-    void setRows(std::vector<VolumeRow> rows);
+    Q_INVOKABLE void toggle(const QString& volumeID);
+    /// Makes a card the one that the unit picker works on; nothing for a destination.
+    Q_INVOKABLE void focus(const QString& volumeID);
+    Q_INVOKABLE void remove(const QString& volumeID);
+    Q_INVOKABLE void clear();
+    /// Asks for a folder and lists it, ticked.
+    Q_INVOKABLE void pickFolder();
 
-    int rowCount(const QModelIndex& parent = {}) const override;
-    QVariant data(const QModelIndex& index, int role) const override;
-    QHash<int, QByteArray> roleNames() const override;
+    int rowCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : count();
+    }
+    QVariant data(const QModelIndex& index, int role) const override {
+        return RowChanges::value(rows_, index, role);
+    }
+    QHash<int, QByteArray> roleNames() const override { return RowChanges::roleNames<VolumeRow>(); }
 
 Q_SIGNALS:
-    void countChanged();
+    void totalTextChanged();
 
 private:
-    void remove(std::size_t row);
-    void bring(std::size_t row, VolumeRow shown);
+    friend struct RowChanges;
 
+    void show();
+    VolumeRow rowOf(const ClassifiedVolume& volume) const;
+    QString total() const;
+
+    const VolumeSide side_;
+    const ModelState& state_;
+    VolumeFollower& volumes_;
     std::vector<VolumeRow> rows_;
+    QString totalText_;
 };
 
 } // namespace slatewise

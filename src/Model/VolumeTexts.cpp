@@ -4,14 +4,14 @@
 
 namespace slatewise::VolumeTexts {
 
-std::string subtitle(const ClassifiedVolume& volume, Side side, const ContentSizes& sizes,
+std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const ContentSizes& sizes,
                      L10n l10n) {
     const auto id = volume.id();
     const auto size = [&](std::int64_t bytes) {
         return PathSize::format(bytes, l10n.language());
     };
     const bool isMeasuring = sizes.isMeasuring(id);
-    if (side == Side::Destination) {
+    if (side == VolumeSide::Destination) {
         if (volume.facts.freeBytes >= 1)
             return size(volume.facts.freeBytes);
         return isMeasuring ? std::string(l10n.measuringSize()) : size(0);

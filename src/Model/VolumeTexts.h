@@ -8,10 +8,8 @@
 /// What the volume lists say. Functions of values.
 namespace slatewise::VolumeTexts {
 
-enum class Side { Card, Destination };
-
 /// The small line under a volume's name: free space of a destination, content of a card.
-std::string subtitle(const ClassifiedVolume& volume, Side side, const ContentSizes& sizes,
+std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const ContentSizes& sizes,
                      L10n l10n);
 
 } // namespace slatewise::VolumeTexts

@@ -8,13 +8,12 @@ import SlatewiseViews
 RowLayout {
     id: row
 
-    required property var appModel
-    required property var l10n
+    required property AppModel appModel
 
-    readonly property ActionButton shown: appModel.isBusy ? stop : copy
+    readonly property ActionButton shown: appModel.batch.isBusy ? stop : copy
     property bool hasKeyboard: false
     property Settling turn: Settling {
-        duration: Qt.styleHints.mouseDoubleClickInterval
+        duration: Appearance.doubleClickInterval
     }
 
     spacing: 8
@@ -22,18 +21,22 @@ RowLayout {
     onShownChanged: {
         turn.restart()
         if (hasKeyboard)
-            Qt.callLater(takeKeyboard)
+            Later.call(takeKeyboard)
     }
 
     Component.onCompleted: turn.begin = 0
 
     // A button that is hidden or disabled loses the keyboard; whether the other one comes in its
     // place shows in the same moment.
-    function followKeyboard(has) {
+    function followKeyboard(has: bool) {
         if (has)
             hasKeyboard = true
         else
-            Qt.callLater(() => hasKeyboard = shown.activeFocus)
+            Later.call(lookAgain)
+    }
+
+    function lookAgain() {
+        hasKeyboard = shown.activeFocus
     }
 
     function takeKeyboard() {
@@ -43,8 +46,8 @@ RowLayout {
     ActionButton {
         objectName: "advanced"
         Layout.preferredHeight: 40
-        text: row.l10n.advanced
-        onClicked: row.appModel.isAdvancedPresented = true
+        text: L10n.advanced
+        onClicked: row.appModel.settings.isPresented = true
     }
     Item {
         Layout.fillWidth: true
@@ -57,10 +60,10 @@ RowLayout {
         visible: row.shown === stop
         onActiveFocusChanged: row.followKeyboard(activeFocus)
         font.pixelSize: DITTheme.headline
-        text: row.l10n.stop
+        text: L10n.stop
         onClicked: {
             if (row.turn.isOver())
-                row.appModel.cancelCopy()
+                row.appModel.batch.cancel()
         }
     }
     ActionButton {
@@ -70,13 +73,13 @@ RowLayout {
         Layout.preferredWidth: Math.max(160, implicitWidth)
         visible: row.shown === copy
         onActiveFocusChanged: row.followKeyboard(activeFocus)
-        enabled: row.appModel.canCopy
+        enabled: row.appModel.batch.canCopy
         kind: ActionButton.Prominent
         font.pixelSize: DITTheme.headline
-        text: row.l10n.copy
+        text: L10n.copy
         onClicked: {
             if (row.turn.isOver())
-                row.appModel.startCopy()
+                row.appModel.batch.start()
         }
     }
 }

@@ -6,18 +6,20 @@ import SlatewiseViews
 Sheet {
     id: sheet
 
-    required property var appModel
-    required property var l10n
+    required property AppModel appModel
+    readonly property SettingsForm settings: appModel.settings
+    readonly property ReportsFolder reports: appModel.reports
 
-    title: l10n.advanced
+    title: L10n.advanced
+    visible: settings.isPresented
 
     foot: ActionButton {
         objectName: "done"
         kind: ActionButton.Prominent
-        text: sheet.l10n.done
+        text: L10n.done
         onClicked: {
-            sheet.appModel.saveSettings()
-            sheet.appModel.isAdvancedPresented = false
+            sheet.settings.save()
+            sheet.settings.isPresented = false
         }
     }
 
@@ -27,47 +29,47 @@ Sheet {
         spacing: 16
 
         FormSection {
-            title: sheet.l10n.languageSection
+            title: L10n.languageSection
 
             ChipStrip {
+                id: languages
                 objectName: "languages"
                 x: -ringWidth
                 width: parent.width
                 hue: DITTheme.accent
-                entries: sheet.appModel.languages
-                isChosen: entry => entry.value === sheet.appModel.language
-                onTapped: entry => sheet.appModel.language = entry.value
+                choices: sheet.appModel.languages
+                onTapped: sheet.appModel.language = languages.tappedValue
             }
         }
         FormSection {
-            title: sheet.l10n.projectName
+            title: L10n.projectName
 
             NameField {
                 objectName: "project"
                 width: parent.width
-                placeholderText: sheet.l10n.projectNamePlaceholder
-                text: sheet.appModel.projectName
-                onTextEdited: sheet.appModel.projectName = text
+                placeholderText: L10n.projectNamePlaceholder
+                text: sheet.settings.projectName
+                onTextEdited: sheet.settings.projectName = text
             }
         }
         FormSection {
             ToggleRow {
                 objectName: "eject"
                 width: parent.width
-                text: sheet.l10n.ejectAfterSuccess
-                on: sheet.appModel.ejectAfterSuccess
-                onFlipped: on => sheet.appModel.ejectAfterSuccess = on
+                text: L10n.ejectAfterSuccess
+                on: sheet.settings.ejectAfterSuccess
+                onFlipped: sheet.settings.ejectAfterSuccess = !on
             }
             ToggleRow {
                 objectName: "verifyOnly"
                 width: parent.width
-                text: sheet.l10n.verifyOnly
-                on: sheet.appModel.verifyOnly
-                onFlipped: on => sheet.appModel.verifyOnly = on
+                text: L10n.verifyOnly
+                on: sheet.settings.verifyOnly
+                onFlipped: sheet.settings.verifyOnly = !on
             }
         }
         FormSection {
-            title: sheet.l10n.folderTemplate
+            title: L10n.folderTemplate
 
             RowLayout {
                 width: parent.width
@@ -76,35 +78,34 @@ Sheet {
                 AppText {
                     objectName: "preview"
                     Layout.fillWidth: true
-                    text: sheet.appModel.folderTemplatePreview
+                    text: sheet.appModel.pathTemplate.preview
                     elide: Text.ElideMiddle
                     font.family: Appearance.fixedFontFamily
                     font.pixelSize: DITTheme.caption
                 }
                 ActionButton {
                     objectName: "edit"
-                    text: sheet.l10n.edit
+                    text: L10n.edit
                     onClicked: editor.present()
                 }
             }
         }
         SkipSection {
-            appModel: sheet.appModel
-            l10n: sheet.l10n
+            settings: sheet.settings
         }
         FormSection {
-            title: sheet.l10n.reportsFolder
+            title: L10n.reportsFolder
 
             AppText {
                 width: parent.width
-                text: sheet.l10n.reportsNote
+                text: L10n.reportsNote
                 wrapMode: Text.Wrap
                 font.pixelSize: DITTheme.caption
                 color: DITTheme.secondary
             }
             AppText {
                 width: parent.width
-                text: sheet.appModel.reportsFolderDisplay
+                text: sheet.reports.path
                 elide: Text.ElideMiddle
                 font.family: Appearance.fixedFontFamily
                 font.pixelSize: DITTheme.caption
@@ -115,19 +116,19 @@ Sheet {
 
                 ActionButton {
                     objectName: "chooseReports"
-                    text: sheet.l10n.chooseFolder
-                    onClicked: sheet.appModel.pickReportsFolder()
+                    text: L10n.chooseFolder
+                    onClicked: sheet.reports.pick()
                 }
                 ActionButton {
                     objectName: "defaultReports"
-                    enabled: !sheet.appModel.isDefaultReportsFolder
-                    text: sheet.l10n.defaultText
-                    onClicked: sheet.appModel.resetReportsFolder()
+                    enabled: !sheet.reports.isDefault
+                    text: L10n.defaultText
+                    onClicked: sheet.reports.reset()
                 }
                 ActionButton {
                     objectName: "revealReports"
-                    text: sheet.l10n.revealInFinder
-                    onClicked: sheet.appModel.revealReportsFolder()
+                    text: L10n.revealInFinder
+                    onClicked: sheet.reports.reveal()
                 }
             }
         }
@@ -135,7 +136,6 @@ Sheet {
 
     FolderTemplateEditor {
         id: editor
-        appModel: sheet.appModel
-        l10n: sheet.l10n
+        pathTemplate: sheet.appModel.pathTemplate
     }
 }

@@ -1,6 +1,8 @@
 #include "Views/Appearance.h"
 
 #include <QFontDatabase>
+#include <QGuiApplication>
+#include <QStyleHints>
 
 namespace slatewise {
 
@@ -10,6 +12,10 @@ Appearance::Appearance(QObject* parent) : QObject(parent) {
 
 QString Appearance::fixedFontFamily() const {
     return QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+}
+
+int Appearance::doubleClickInterval() const {
+    return QGuiApplication::styleHints()->mouseDoubleClickInterval();
 }
 
 } // namespace slatewise

@@ -6,14 +6,13 @@ import SlatewiseViews
 Panel {
     id: picker
 
-    required property var appModel
-    required property var l10n
+    required property UnitPicker picking
 
     implicitHeight: blocks.implicitHeight + 2 * 14
 
     // Takes the keyboard away from both name fields and hands it back to the window.
     function resignNameFieldFocus() {
-        sets.resignFocus()
+        crews.resignFocus()
         units.resignFocus()
     }
 
@@ -23,23 +22,21 @@ Panel {
         spacing: 16
 
         NamedChoice {
-            id: sets
-            objectName: "sets"
+            id: crews
+            objectName: "crews"
             Layout.fillWidth: true
-            l10n: picker.l10n
-            title: picker.l10n.setLabel
+            title: L10n.setLabel
             hue: DITTheme.ekip
-            entries: picker.appModel.sets
-            isChosen: entry => entry.selected === true
-            placeholder: picker.l10n.setNamePlaceholder
-            newName: picker.appModel.newSetName
-            onNewNameEdited: name => picker.appModel.newSetName = name
-            onTapped: entry => {
+            choices: picker.picking.crews
+            placeholder: L10n.setNamePlaceholder
+            newName: picker.picking.newCrewName
+            onNewNameEdited: picker.picking.newCrewName = crews.typedName
+            onTapped: {
                 units.resignFocus()
-                picker.appModel.tapSet(entry.id)
+                picker.picking.tapCrew(crews.tappedValue)
             }
-            onAddRequested: picker.appModel.addSetFromField()
-            onDeleteRequested: picker.appModel.deleteSelectedSet()
+            onAddRequested: picker.picking.addCrew()
+            onDeleteRequested: picker.picking.deleteCrew()
         }
 
         ColumnLayout {
@@ -50,24 +47,22 @@ Panel {
                 id: units
                 objectName: "units"
                 Layout.fillWidth: true
-                l10n: picker.l10n
-                title: picker.appModel.unitTitle
+                title: picker.picking.title
                 hue: DITTheme.unit
-                entries: picker.appModel.units
-                isChosen: entry => entry.active === true
-                placeholder: picker.l10n.unitNamePlaceholder
-                newName: picker.appModel.newUnitName
-                onNewNameEdited: name => picker.appModel.newUnitName = name
-                onTapped: entry => {
-                    sets.resignFocus()
-                    picker.appModel.tapUnit(entry.name)
+                choices: picker.picking.units
+                placeholder: L10n.unitNamePlaceholder
+                newName: picker.picking.newUnitName
+                onNewNameEdited: picker.picking.newUnitName = units.typedName
+                onTapped: {
+                    crews.resignFocus()
+                    picker.picking.tapUnit(units.tappedValue)
                 }
-                onAddRequested: picker.appModel.addUnitFromField()
-                onDeleteRequested: picker.appModel.deleteSelectedUnit()
+                onAddRequested: picker.picking.addUnit()
+                onDeleteRequested: picker.picking.deleteUnit()
             }
             AppText {
                 Layout.fillWidth: true
-                text: picker.l10n.addUnitsHint
+                text: L10n.addUnitsHint
                 wrapMode: Text.Wrap
                 font.pixelSize: DITTheme.caption
                 color: DITTheme.secondary
@@ -75,7 +70,7 @@ Panel {
             AppText {
                 Layout.fillWidth: true
                 Layout.topMargin: -4
-                text: picker.l10n.unitUsedInPath
+                text: L10n.unitUsedInPath
                 wrapMode: Text.Wrap
                 font.pixelSize: DITTheme.caption
                 color: DITTheme.secondary

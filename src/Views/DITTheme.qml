@@ -29,6 +29,7 @@ QtObject {
     readonly property color panelStroke: withOpacity(primary, 0.08)
     // What a panel looks like in the window, for what must cover things on it.
     readonly property color panelGround: Qt.tint(window, panelFill)
+    readonly property color panelGroundClear: withOpacity(panelGround, 0)
     readonly property color divider: withOpacity(primary, 0.12)
     readonly property color controlFill: withOpacity(primary, dark ? 0.1 : 0.05)
     readonly property color controlStroke: withOpacity(primary, dark ? 0.24 : 0.2)
@@ -36,6 +37,29 @@ QtObject {
     readonly property color pressed: withOpacity(primary, 0.12)
     readonly property color focusRing: dark ? "#a594ff" : accent
     readonly property color dim: Qt.rgba(0, 0, 0, dark ? 0.6 : 0.36)
+    readonly property color clear: "transparent"
+    readonly property color accentInk: "#ffffff"
+    readonly property color hint: dark ? "#e9e7f2" : "#2b2933"
+    readonly property color hintInk: dark ? "#17151d" : "#f4f3f8"
+    readonly property color faintIcon: withOpacity(primary, 0.22)
+    readonly property color logoStroke: withOpacity(primary, 0.28)
+    readonly property color versionFill: withOpacity(secondary, 0.18 * secondary.a)
+    readonly property color scrollBar: withOpacity(primary, 0.3)
+    readonly property color switchOff: withOpacity(primary, 0.3)
+    readonly property color knob: "#ffffff"
+    readonly property color track: withOpacity(primary, 0.1)
+    readonly property color failedTrack: withOpacity(danger, 0.25)
+    readonly property color chosenFill: withOpacity(accent, 0.14)
+    readonly property color chosenStroke: withOpacity(accent, 0.45)
+    readonly property color markStroke: withOpacity(primary, 0.4)
+    readonly property color markStrokeHover: withOpacity(primary, 0.6)
+    readonly property color markHover: withOpacity(accent, 0.16)
+    readonly property color destructiveFill: withOpacity(danger, 0.1)
+    readonly property color destructiveStroke: withOpacity(danger, 0.5)
+    readonly property color removeHover: withOpacity(danger, 0.12)
+    readonly property color removePressed: withOpacity(danger, 0.24)
+    // Over a button under the pointer.
+    readonly property color shade: "#000000"
 
     // Pixels of text.
     readonly property int caption2: 11
@@ -49,6 +73,10 @@ QtObject {
     readonly property int title: 26
 
     readonly property int radius: 10
+    readonly property int sheetRadius: 14
+    readonly property int controlRadius: 8
+    readonly property int smallRadius: 6
+    readonly property int linkRadius: 4
     readonly property int controlHeight: 32
     readonly property int smallControlHeight: 28
     readonly property real disabledOpacity: 0.45
@@ -67,6 +95,27 @@ QtObject {
     function inkOn(hue) {
         const luminance = 0.2126 * hue.r ** 2.2 + 0.7152 * hue.g ** 2.2 + 0.0722 * hue.b ** 2.2
         return luminance > 0.18 ? "#14110d" : "#ffffff"
+    }
+
+    function badgeFill(hue) {
+        return withOpacity(hue, 0.18)
+    }
+    function badgeStroke(hue) {
+        return withOpacity(hue, 0.45)
+    }
+    function chipFill(hue, down, hovered) {
+        return withOpacity(hue, down ? 0.3 : hovered ? 0.16 : 0.06)
+    }
+    function chipStroke(hue) {
+        return withOpacity(hue, 0.55)
+    }
+    // Over a chosen chip under the pointer: away from its ink, so that the name stays legible.
+    function chipShade(hue) {
+        return inkOn(hue) === "#ffffff" ? "#000000" : "#ffffff"
+    }
+    // The ground of a verdict.
+    function verdictFill(hue) {
+        return withOpacity(hue, dark ? 0.24 : Qt.colorEqual(hue, danger) ? 0.14 : 0.08)
     }
 
     // A hue as the text of a badge or a chip in that hue.

@@ -9,20 +9,18 @@ import SlatewiseViews
 Sheet {
     id: sheet
 
-    required property var appModel
-    required property var l10n
+    required property PathTemplate pathTemplate
 
-    property var example: ({})
-    readonly property string previewPath: appModel.expandTemplate(editor.suffix, example)
+    readonly property string previewPath: pathTemplate.expand(editor.suffix)
 
     function present() {
-        example = appModel.templateExample()
-        editor.replaceAll(appModel.normalizedTemplate(appModel.folderTemplate))
+        pathTemplate.holdExample()
+        editor.replaceAll(pathTemplate.normalized(pathTemplate.text))
         open()
         editor.forceActiveFocus()
     }
 
-    title: l10n.folderTemplate
+    title: L10n.folderTemplate
     // As its Cancel.
     closePolicy: T.Popup.CloseOnEscape
     width: Math.min(760, parent ? parent.width - 32 : 760)
@@ -30,20 +28,20 @@ Sheet {
     foot: [
         ActionButton {
             objectName: "cancel"
-            text: sheet.l10n.cancel
+            text: L10n.cancel
             onClicked: sheet.close()
         },
         ActionButton {
             objectName: "default"
-            text: sheet.l10n.defaultText
-            onClicked: editor.replaceAll(sheet.appModel.defaultTemplate())
+            text: L10n.defaultText
+            onClicked: editor.replaceAll(sheet.pathTemplate.standardText)
         },
         ActionButton {
             objectName: "done"
             kind: ActionButton.Prominent
-            text: sheet.l10n.done
+            text: L10n.done
             onClicked: {
-                sheet.appModel.saveTemplate(editor.suffix)
+                sheet.pathTemplate.save(editor.suffix)
                 sheet.close()
             }
         }
@@ -65,56 +63,53 @@ Sheet {
                     objectName: "suffix"
                     font.pixelSize: DITTheme.body
                     activeFocusOnTab: true
-                    Accessible.name: sheet.l10n.folderTemplate
+                    Accessible.name: L10n.folderTemplate
                 }
             }
             AppText {
                 width: parent.width
-                text: sheet.l10n.templateHint
+                text: L10n.templateHint
                 wrapMode: Text.Wrap
                 font.pixelSize: DITTheme.caption
                 color: DITTheme.secondary
             }
         }
-        Flow {
+        ChoiceFlow {
+            id: pieces
             width: parent.width
             spacing: 8
+            onTapped: editor.insertToken(pieces.tappedValue)
 
             Repeater {
-                model: sheet.appModel.templateTokens
+                model: sheet.pathTemplate.tokens
 
-                TokenButton {
-                    onTapped: token => editor.insertToken(token)
-                }
-            }
-            Repeater {
-                model: sheet.appModel.templateSeparators
-
-                TokenButton {
-                    onTapped: token => editor.insertToken(token)
-                }
+                TokenButton {}
             }
             ActionButton {
                 objectName: "clear"
                 height: DITTheme.smallControlHeight
-                text: sheet.l10n.clear
+                text: L10n.clear
                 onClicked: editor.replaceAll("")
             }
         }
         FormSection {
-            title: sheet.l10n.presets
+            title: L10n.presets
 
-            Repeater {
-                model: sheet.appModel.templatePresets
+            ChoiceFlow {
+                id: presets
+                width: parent.width
+                spacing: 8
+                onTapped: editor.replaceAll(presets.tappedValue)
 
-                PresetRow {
-                    width: parent.width
-                    onChosen: whole => editor.replaceAll(whole)
+                Repeater {
+                    model: sheet.pathTemplate.presets
+
+                    PresetRow {}
                 }
             }
         }
         FormSection {
-            title: sheet.l10n.livePreview
+            title: L10n.livePreview
 
             Text {
                 objectName: "previewPath"

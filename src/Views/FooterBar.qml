@@ -5,7 +5,7 @@ import SlatewiseViews
 Item {
     id: footer
 
-    required property var appModel
+    required property AppModel appModel
 
     implicitHeight: link.implicitHeight + 2 * 10
 
@@ -39,7 +39,7 @@ Item {
         }
         background: Item {
             FocusRing {
-                radius: 4
+                radius: DITTheme.linkRadius
                 shown: link.visualFocus
             }
         }

@@ -5,7 +5,7 @@ import SlatewiseViews
 Item {
     id: header
 
-    required property var appModel
+    required property AppModel appModel
 
     implicitHeight: 44 + 2 * 12
 
@@ -15,22 +15,22 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         width: 44
         height: 44
-        radius: 10
-        color: "transparent"
+        radius: DITTheme.radius
+        color: DITTheme.clear
 
         Image {
             anchors.fill: parent
             source: DITTheme.logo
-            sourceSize: Qt.size(44 * Screen.devicePixelRatio, 44 * Screen.devicePixelRatio)
+            sourceSize { width: 44 * Screen.devicePixelRatio; height: 44 * Screen.devicePixelRatio }
             smooth: true
             Accessible.ignored: true
         }
         Rectangle {
             anchors.fill: parent
             radius: parent.radius
-            color: "transparent"
+            color: DITTheme.clear
             border.width: 1
-            border.color: DITTheme.withOpacity(DITTheme.primary, 0.28)
+            border.color: DITTheme.logoStroke
         }
     }
 
@@ -49,8 +49,7 @@ Item {
         anchors.leftMargin: -8
         anchors.rightMargin: -8
         radius: height / 2
-        color: DITTheme.secondary
-        opacity: 0.18
+        color: DITTheme.versionFill
     }
     AppText {
         id: version
@@ -69,7 +68,7 @@ Item {
         anchors.rightMargin: 10
         anchors.baseline: name.baseline
         visible: text.length > 0
-        text: header.appModel.projectName
+        text: header.appModel.settings.projectName
         font.pixelSize: DITTheme.title
         font.weight: Font.DemiBold
         color: DITTheme.accentText

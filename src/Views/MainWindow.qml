@@ -5,9 +5,9 @@ import SlatewiseViews
 Window {
     id: window
 
-    required property var appModel
+    required property AppModel appModel
     // Asks for a folder when the model wants one.
-    property var folderChooser: null
+    property QuickFolderChooser folderChooser: null
 
     title: appModel.appName
     color: DITTheme.window
@@ -23,11 +23,11 @@ Window {
 
     Connections {
         target: window.folderChooser
-        function onAsked(message, prompt, start) {
+        function onAsked(message: string, prompt: string, start: url) {
             // Made at the first question: loading a dialog costs more than the whole window.
             if (!folderDialog.item)
                 folderDialog.setSource("FolderChooserDialog.qml", { chooser: window.folderChooser })
-            folderDialog.item.ask(message, prompt, start)
+            (folderDialog.item as FolderChooserDialog).ask(message, prompt, start)
         }
     }
     Loader {
@@ -35,7 +35,7 @@ Window {
     }
 
     Shortcut {
-        sequences: [StandardKey.Quit, StandardKey.Close]
+        sequences: ["Ctrl+Q", "Ctrl+W"]
         onActivated: window.close()
     }
 }

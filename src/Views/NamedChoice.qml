@@ -6,16 +6,16 @@ import SlatewiseViews
 ColumnLayout {
     id: choice
 
-    required property var l10n
     property string title
-    property alias entries: strip.entries
-    property alias isChosen: strip.isChosen
+    required property ChoiceListModel choices
     property color hue
     property string placeholder
     property string newName
+    readonly property alias typedName: field.text
+    readonly property alias tappedValue: strip.tappedValue
 
-    signal tapped(var entry)
-    signal newNameEdited(string name)
+    signal tapped()
+    signal newNameEdited()
     signal addRequested()
     signal deleteRequested()
 
@@ -42,11 +42,11 @@ ColumnLayout {
             objectName: "chips"
             Layout.fillWidth: true
             Layout.margins: -ringWidth
-            entries: []
+            choices: choice.choices
             hue: choice.hue
-            onTapped: entry => {
+            onTapped: {
                 choice.resignFocus()
-                choice.tapped(entry)
+                choice.tapped()
             }
         }
         NameField {
@@ -55,17 +55,17 @@ ColumnLayout {
             Layout.preferredWidth: 240
             placeholderText: choice.placeholder
             text: choice.newName
-            onTextEdited: choice.newNameEdited(text)
+            onTextEdited: choice.newNameEdited()
             onAccepted: choice.addRequested()
         }
         ActionButton {
             objectName: "new"
-            text: choice.l10n.newButton
+            text: L10n.newButton
             onClicked: choice.addRequested()
         }
         DestructiveButton {
             objectName: "delete"
-            text: choice.l10n.deleteButton
+            text: L10n.deleteButton
             onClicked: choice.deleteRequested()
         }
     }

@@ -5,19 +5,20 @@ import SlatewiseViews
 Pressable {
     id: row
 
-    required property var modelData
+    required property string value
+    required property string name
+    required property string detail
 
-    signal chosen(string whole)
-
-    objectName: "preset:" + modelData.template
+    objectName: "preset:" + value
+    width: parent ? parent.width : 0
     implicitHeight: DITTheme.controlHeight
-    text: modelData.name
-    Accessible.description: modelData.blurb
-    onClicked: chosen(modelData.template)
+    text: name
+    Accessible.description: detail
+    onClicked: (parent as ChoiceFlow).tap(value, row)
 
     contentItem: Item {
         AppText {
-            id: name
+            id: label
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, 220)
             text: row.text
@@ -26,8 +27,8 @@ Pressable {
         }
         AppText {
             anchors { left: parent.left; leftMargin: 220; right: parent.right }
-            anchors.baseline: name.baseline
-            text: row.modelData.blurb
+            anchors.baseline: label.baseline
+            text: row.detail
             font.pixelSize: DITTheme.caption
             color: DITTheme.secondary
             Accessible.ignored: true
@@ -37,8 +38,8 @@ Pressable {
         anchors.fill: parent
         anchors.leftMargin: -8
         anchors.rightMargin: -8
-        radius: 6
-        color: row.down ? DITTheme.pressed : row.hovered ? DITTheme.hover : "transparent"
+        radius: DITTheme.smallRadius
+        color: row.down ? DITTheme.pressed : row.hovered ? DITTheme.hover : DITTheme.clear
 
         FocusRing {
             gap: -2

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QString>
 #include <QUrl>
+#include <qqml.h>
 
 namespace slatewise {
 
@@ -13,6 +14,8 @@ namespace slatewise {
 /// hands back the answer. On the GUI thread.
 class QuickFolderChooser : public QObject, public FolderChooser {
     Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("The program makes it.")
 
 public:
     using QObject::QObject;

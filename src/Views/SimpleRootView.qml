@@ -8,9 +8,7 @@ import SlatewiseViews
 FocusScope {
     id: root
 
-    required property var appModel
-    // Read once for each change: the model makes the whole table anew with every look at it.
-    readonly property var l10n: appModel.l10n
+    required property AppModel appModel
 
     readonly property int sidePadding: 20
     readonly property int leastListHeight: 184
@@ -23,6 +21,12 @@ FocusScope {
     }
 
     Component.onCompleted: resignNameFieldFocus()
+
+    Binding {
+        target: L10n
+        property: "language"
+        value: root.appModel.language
+    }
 
     HeaderBar {
         id: header
@@ -54,18 +58,11 @@ FocusScope {
                 objectName: "cards"
                 anchors { left: parent.left; top: parent.top; topMargin: 18; bottom: picker.top; bottomMargin: 16 }
                 width: (parent.width - 16) / 2
-                l10n: root.l10n
                 volumes: root.appModel.cards
-                title: root.l10n.cameraCard
+                title: L10n.cameraCard
                 symbol: "card"
-                emptyText: root.l10n.noCardMounted
+                emptyText: L10n.noCardMounted
                 showsTotal: true
-                totalText: root.appModel.sourceTotalText
-                onChooseFolder: root.appModel.pickCardFolder()
-                onClearAll: root.appModel.clearAllCards()
-                onToggled: volumeID => root.appModel.toggleCard(volumeID)
-                onChosen: volumeID => root.appModel.focusCard(volumeID)
-                onRemoved: volumeID => root.appModel.removeCard(volumeID)
                 onTouched: root.resignNameFieldFocus()
             }
             VolumeColumn {
@@ -73,17 +70,11 @@ FocusScope {
                 objectName: "disks"
                 anchors { right: parent.right; top: cards.top; bottom: cards.bottom }
                 width: cards.width
-                l10n: root.l10n
                 volumes: root.appModel.destinations
-                title: root.l10n.destinationDisk
+                title: L10n.destinationDisk
                 symbol: "drive"
-                emptyText: root.l10n.noDestination
-                emptyHint: root.l10n.noDiskPickFolder
-                onChooseFolder: root.appModel.pickDestinationFolder()
-                onClearAll: root.appModel.clearAllDestinations()
-                onToggled: volumeID => root.appModel.toggleDestination(volumeID)
-                onChosen: volumeID => root.appModel.focusDestination(volumeID)
-                onRemoved: volumeID => root.appModel.removeDestination(volumeID)
+                emptyText: L10n.noDestination
+                emptyHint: L10n.noDiskPickFolder
                 onTouched: root.resignNameFieldFocus()
             }
             CameraPicker {
@@ -91,8 +82,7 @@ FocusScope {
                 objectName: "picker"
                 anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
                 height: implicitHeight
-                appModel: root.appModel
-                l10n: root.l10n
+                picking: root.appModel.units
             }
         }
     }
@@ -104,8 +94,7 @@ FocusScope {
             left: parent.left; right: parent.right; bottom: actions.top
             leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: 16
         }
-        appModel: root.appModel
-        l10n: root.l10n
+        batch: root.appModel.batch
     }
     ActionRow {
         id: actions
@@ -115,7 +104,6 @@ FocusScope {
             leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: 18
         }
         appModel: root.appModel
-        l10n: root.l10n
     }
     Divider {
         id: lowerRule
@@ -132,11 +120,11 @@ FocusScope {
 
     // Made when it is first asked for: the start of the program does not pay for it.
     Loader {
-        active: root.appModel.isAdvancedPresented || item !== null
-        sourceComponent: AdvancedSheet {
-            appModel: root.appModel
-            l10n: root.l10n
-            visible: root.appModel.isAdvancedPresented
+        readonly property bool isWanted: root.appModel.settings.isPresented
+        onIsWantedChanged: {
+            if (isWanted && !item)
+                setSource("AdvancedSheet.qml", { appModel: root.appModel })
         }
+        Component.onCompleted: isWantedChanged()
     }
 }

@@ -6,29 +6,33 @@ import SlatewiseViews
 FormSection {
     id: section
 
-    required property var appModel
-    required property var l10n
+    required property SettingsForm settings
 
-    title: l10n.skipHeader
+    title: L10n.skipHeader
 
     function addName() {
-        appModel.addSkipName(field.text)
+        settings.addSkipName(field.text)
         field.clear()
     }
 
-    // The rows come anew; the keyboard goes on to what stands in the place of the one that is gone.
-    function removeName(name, index, byKeyboard) {
-        appModel.removeSkipName(name)
-        if (!byKeyboard)
+    // The keyboard goes on to what stands in the place of the row that is gone.
+    function removeTapped() {
+        const row = added.tappedItem as SkippedName
+        const place = row.index
+        const hadKeyboard = row.hasKeyboard
+        settings.removeSkipName(row.name)
+        if (!hadKeyboard)
             return
-        const next = names.itemAt(Math.min(index, names.count - 1))
-        const heir = next ? next.button : field
-        heir.forceActiveFocus(Qt.TabFocusReason)
+        const heir = names.itemAt(Math.min(place, names.count - 1)) as SkippedName
+        if (heir)
+            heir.takeKeyboard()
+        else
+            field.forceActiveFocus(Qt.TabFocusReason)
     }
 
     AppText {
         width: parent.width
-        text: section.l10n.skipIntro
+        text: L10n.skipIntro
         wrapMode: Text.Wrap
         font.pixelSize: DITTheme.caption
         color: DITTheme.secondary
@@ -36,64 +40,41 @@ FormSection {
     AppText {
         width: parent.width
         topPadding: 4
-        text: section.l10n.defaultSystemJunk
+        text: L10n.defaultSystemJunk
         font.pixelSize: DITTheme.subheadline
         font.weight: Font.Medium
     }
-    Column {
+    ChoiceFlow {
+        id: defaults
         width: parent.width
+        onTapped: section.settings.setDefaultSkip(tappedValue, !(tappedItem as SkipToggle).on)
 
-        // By position, so that a flipped switch stays where it is, and with it the keyboard.
         Repeater {
-            model: section.appModel.defaultSkipNames.length
+            model: section.settings.defaultSkipNames
 
-            ToggleRow {
-                required property int index
-                readonly property var entry: section.appModel.defaultSkipNames[index] ?? ({})
-
-                objectName: "skip:" + (entry.name ?? "")
-                width: parent.width
-                implicitHeight: DITTheme.smallControlHeight
-                text: entry.name ?? ""
-                font.pixelSize: DITTheme.subheadline
-                on: entry.skipped === true
-                onFlipped: on => section.appModel.setDefaultSkip(entry.name, on)
-            }
+            SkipToggle {}
         }
     }
     AppText {
         width: parent.width
         topPadding: 4
-        visible: section.appModel.extraExcludes.length > 0
-        text: section.l10n.userAdded
+        visible: names.count > 0
+        text: L10n.userAdded
         font.pixelSize: DITTheme.subheadline
         font.weight: Font.Medium
     }
-    Repeater {
-        id: names
-        model: section.appModel.extraExcludes
+    ChoiceFlow {
+        id: added
+        width: parent.width
+        visible: names.count > 0
+        spacing: 8
+        onTapped: section.removeTapped()
 
-        RowLayout {
-            required property string modelData
-            required property int index
-            readonly property alias button: removeButton
+        Repeater {
+            id: names
+            model: section.settings.extraExcludes
 
-            width: parent.width
-            spacing: 8
-
-            AppText {
-                Layout.fillWidth: true
-                text: parent.modelData
-                font.pixelSize: DITTheme.subheadline
-            }
-            DestructiveButton {
-                id: removeButton
-                objectName: "remove:" + parent.modelData
-                Layout.preferredHeight: DITTheme.smallControlHeight
-                text: section.l10n.remove
-                Accessible.name: text + " " + parent.modelData
-                onClicked: section.removeName(parent.modelData, parent.index, activeFocus)
-            }
+            SkippedName {}
         }
     }
     RowLayout {
@@ -104,18 +85,18 @@ FormSection {
             id: field
             objectName: "skipField"
             Layout.fillWidth: true
-            placeholderText: section.l10n.skipNamePlaceholder
+            placeholderText: L10n.skipNamePlaceholder
             onAccepted: section.addName()
         }
         ActionButton {
             objectName: "addSkip"
-            text: section.l10n.add
+            text: L10n.add
             onClicked: section.addName()
         }
     }
     AppText {
         width: parent.width
-        text: section.l10n.skipFooter
+        text: L10n.skipFooter
         wrapMode: Text.Wrap
         font.pixelSize: DITTheme.caption
         color: DITTheme.secondary

@@ -8,7 +8,7 @@ Window {
     required property string message
     required property string buttonText
 
-    title: Qt.application.displayName
+    title: Application.displayName
     color: DITTheme.window
     width: 480
     height: content.implicitHeight + 64

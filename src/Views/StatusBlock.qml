@@ -7,20 +7,19 @@ import SlatewiseViews
 Rectangle {
     id: block
 
-    required property var appModel
-    required property var l10n
+    required property BatchControl batch
 
-    readonly property bool succeeded: appModel.progressDidSucceed
-    readonly property bool failed: appModel.progressDidFail
+    readonly property bool succeeded: batch.standing === BatchControl.Succeeded
+    readonly property bool failed: batch.standing === BatchControl.Failed
     readonly property color hue: succeeded ? DITTheme.success : failed ? DITTheme.danger
                                                                        : DITTheme.primary
     readonly property bool settled: succeeded || failed
 
     implicitHeight: lines.implicitHeight + 2 * 14
     radius: DITTheme.radius
-    color: DITTheme.withOpacity(hue, !settled ? 0.04 : DITTheme.dark ? 0.24 : succeeded ? 0.08 : 0.14)
+    color: settled ? DITTheme.verdictFill(hue) : DITTheme.panelFill
     border.width: settled ? 3 : 1
-    border.color: DITTheme.withOpacity(hue, settled ? 1 : 0.08)
+    border.color: settled ? hue : DITTheme.panelStroke
     Behavior on color {
         ColorAnimation { duration: DITTheme.gentle }
     }
@@ -37,7 +36,7 @@ Rectangle {
 
             AppText {
                 objectName: "percent"
-                text: block.appModel.progressPercentText
+                text: block.batch.percentText
                 font.pixelSize: DITTheme.title3
                 font.weight: Font.DemiBold
             }
@@ -54,7 +53,7 @@ Rectangle {
             AppText {
                 objectName: "successText"
                 visible: block.succeeded
-                text: block.l10n.progressSuccess
+                text: L10n.progressSuccess
                 font.pixelSize: DITTheme.title3
                 font.weight: Font.Bold
                 color: DITTheme.dark ? DITTheme.successText : DITTheme.success
@@ -76,16 +75,15 @@ Rectangle {
         ProgressTrack {
             objectName: "bar"
             Layout.fillWidth: true
-            fraction: block.appModel.progressFraction
+            fraction: block.batch.fraction
             hue: block.succeeded ? DITTheme.success : DITTheme.accent
             // A failure leaves no bar behind: only what went through is full, whatever colours one sees.
-            color: DITTheme.withOpacity(block.failed ? DITTheme.danger : DITTheme.primary,
-                                        block.failed ? 0.25 : 0.1)
+            color: block.failed ? DITTheme.failedTrack : DITTheme.track
         }
         AppText {
             objectName: "title"
             Layout.fillWidth: true
-            text: block.appModel.progressTitle
+            text: block.batch.title
             font.pixelSize: DITTheme.callout
             font.weight: block.settled ? Font.DemiBold : Font.Normal
             color: block.failed ? DITTheme.dangerText : DITTheme.primary

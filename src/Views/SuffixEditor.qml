@@ -18,7 +18,7 @@ TextInput {
     font.family: Appearance.fixedFontFamily
     color: DITTheme.primary
     selectionColor: DITTheme.accent
-    selectedTextColor: "#ffffff"
+    selectedTextColor: DITTheme.accentInk
 
     onTextChanged: {
         const line = text.replace(lineEnds, "")

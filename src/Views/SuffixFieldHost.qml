@@ -8,7 +8,7 @@ Rectangle {
     required property SuffixEditor editor
 
     implicitHeight: 40
-    radius: 8
+    radius: DITTheme.controlRadius
     color: DITTheme.field
     border.width: editor.activeFocus ? 2 : 1
     border.color: editor.activeFocus ? DITTheme.focusRing : DITTheme.controlStroke

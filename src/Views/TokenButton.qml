@@ -3,13 +3,14 @@ import SlatewiseViews
 
 // Puts a token into a template. Wears the token's label; the token itself shows under the pointer.
 ActionButton {
-    required property var modelData
+    id: button
 
-    signal tapped(string token)
+    required property string value
+    required property string name
 
-    objectName: "token:" + modelData.token
+    objectName: "token:" + value
     height: DITTheme.smallControlHeight
-    text: modelData.label
-    help: modelData.token
-    onClicked: tapped(modelData.token)
+    text: name
+    help: value
+    onClicked: (parent as ChoiceFlow).tap(value, button)
 }

@@ -6,21 +6,15 @@ import SlatewiseViews
 Panel {
     id: column
 
-    required property var l10n
-    required property var volumes
+    required property VolumeListModel volumes
     property string title
     property string symbol
     property string emptyText
     property string emptyHint
-    // The size of what is ticked; without it there is no such line.
-    property string totalText
+    // The size of what is ticked.
     property bool showsTotal: false
 
-    signal chooseFolder()
-    signal clearAll()
-    signal toggled(string volumeID)
-    signal chosen(string volumeID)
-    signal removed(string volumeID)
+    // By the pointer, anywhere on a row.
     signal touched()
 
     implicitWidth: header.implicitWidth + 2 * 14
@@ -48,14 +42,14 @@ Panel {
             objectName: "chooseFolder"
             kind: ActionButton.Plain
             symbol: "folder"
-            text: column.l10n.chooseFolder
-            onClicked: column.chooseFolder()
+            text: L10n.chooseFolder
+            onClicked: column.volumes.pickFolder()
         }
         ActionButton {
             objectName: "clearAll"
-            text: column.l10n.clearAll
-            help: column.l10n.clearAll
-            onClicked: column.clearAll()
+            text: L10n.clearAll
+            help: L10n.clearAll
+            onClicked: column.volumes.clear()
         }
     }
 
@@ -67,14 +61,14 @@ Panel {
         spacing: 6
 
         AppText {
-            text: column.l10n.total
+            text: L10n.total
             font.pixelSize: DITTheme.caption
             font.weight: Font.Medium
             color: DITTheme.secondary
         }
         AppText {
             Layout.fillWidth: true
-            text: column.totalText
+            text: column.volumes.totalText
             font.pixelSize: DITTheme.caption
             font.weight: Font.DemiBold
         }
@@ -91,7 +85,7 @@ Panel {
             anchors.horizontalCenter: parent.horizontalCenter
             symbol: column.symbol
             size: 40
-            color: DITTheme.withOpacity(DITTheme.primary, 0.22)
+            color: DITTheme.faintIcon
         }
         AppText {
             width: parent.width
@@ -110,7 +104,7 @@ Panel {
         }
     }
 
-    ListView {
+    VolumeList {
         id: list
         objectName: "list"
         anchors {
@@ -118,66 +112,11 @@ Panel {
             top: total.visible ? total.bottom : header.bottom; bottom: parent.bottom
             margins: 14; topMargin: 10
         }
-        spacing: 8
-        clip: true
-        boundsBehavior: Flickable.StopAtBounds
-        model: column.volumes
-        Accessible.role: Accessible.List
+        volumes: column.volumes
         Accessible.name: column.title
+        onTouched: column.touched()
+        onKeyboardLeft: chooseButton.forceActiveFocus(Qt.TabFocusReason)
 
-        // Volumes come and go by themselves, and one that is removed pulls up the next.
-        Settling {
-            id: settling
-        }
-        Connections {
-            target: column.volumes
-            function onRowsMoved() { settling.restart() }
-        }
-
-        // A list that was empty has no current row yet, and Tab would pass it by.
-        onCountChanged: {
-            if (currentIndex < 0 && count > 0)
-                currentIndex = 0
-            settling.restart()
-        }
-
-        // The keyboard stays in the column when the row that had it goes.
-        function keepKeyboard() {
-            forceLayout()
-            if (currentItem)
-                currentItem.forceActiveFocus(Qt.TabFocusReason)
-            else
-                chooseButton.forceActiveFocus(Qt.TabFocusReason)
-        }
-
-        delegate: VolumeRow {
-            width: ListView.view.width
-            l10n: column.l10n
-            isTabStop: ListView.isCurrentItem
-            settling: settling
-            onHasKeyboardChanged: {
-                if (hasKeyboard)
-                    list.currentIndex = index
-            }
-            ListView.onRemove: {
-                if (hasKeyboard)
-                    Qt.callLater(list.keepKeyboard)
-            }
-            onToggled: column.toggled(volumeID)
-            onChosen: column.chosen(volumeID)
-            onRemoved: column.removed(volumeID)
-            onTouched: {
-                list.currentIndex = index
-                column.touched()
-            }
-        }
-
-        add: Transition {
-            NumberAnimation { property: "opacity"; from: 0; to: 1; duration: DITTheme.gentle }
-        }
-        displaced: Transition {
-            NumberAnimation { properties: "y"; duration: DITTheme.gentle; easing.type: Easing.OutCubic }
-            NumberAnimation { property: "opacity"; to: 1; duration: DITTheme.quick }
-        }
+        delegate: VolumeRow {}
     }
 }

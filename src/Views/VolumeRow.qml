@@ -19,41 +19,62 @@ T.ItemDelegate {
     required property string unit
     required property bool needsUnit
 
-    // The column's texts.
-    property var l10n
+    readonly property VolumeList list: ListView.view as VolumeList
     // Whether Tab stops here: one row of a list is enough.
-    property bool isTabStop: false
-    // Since rows last changed places.
-    property Settling settling: Settling {}
+    readonly property bool isTabStop: ListView.isCurrentItem
     readonly property bool hasKeyboard: activeFocus || mark.activeFocus || remove.activeFocus
 
-    signal toggled()
-    signal chosen()
-    signal removed()
-    // By the pointer, anywhere on the row.
-    signal touched()
-
+    width: list ? list.width : 0
     // Known before anything is laid out: rows below are moved by it as soon as this one is there.
     implicitHeight: nameText.implicitHeight + 3 + subtitleText.implicitHeight + 3
                     + pathText.implicitHeight + 2 * padding
     padding: 10
     focusPolicy: isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
     text: name
-    Accessible.name: [name, subtitle, ekip, unit, needsUnit ? l10n.selectUnit : ""].filter(
-                         part => part.length > 0).join(", ")
+    Accessible.name: spoken()
     Accessible.selected: selected
     Accessible.focusable: true
 
-    onPressed: touched()
-    onClicked: chosen()
-    Keys.forwardTo: PressKeys { button: row }
-    Keys.onSpacePressed: event => {
-        if (!event.isAutoRepeat)
-            toggled()
+    onHasKeyboardChanged: {
+        if (hasKeyboard)
+            list.currentIndex = index
     }
-    Keys.onDeletePressed: event => {
+    ListView.onRemove: {
+        if (hasKeyboard)
+            list.holdKeyboard()
+    }
+    onPressed: touch()
+    onClicked: choose()
+    Keys.forwardTo: PressKeys { button: row }
+    Keys.onSpacePressed: event => toggleOnce(event)
+    Keys.onDeletePressed: event => removeOnce(event)
+
+    function spoken(): string {
+        let words = name
+        for (const word of [subtitle, ekip, unit, needsUnit ? L10n.selectUnit : ""])
+            words += word ? ", " + word : ""
+        return words
+    }
+    function touch() {
+        list.currentIndex = index
+        list.touched()
+    }
+    function choose() {
+        list.volumes.focus(volumeID)
+    }
+    function toggle() {
+        list.volumes.toggle(volumeID)
+    }
+    function take() {
+        list.volumes.remove(volumeID)
+    }
+    function toggleOnce(event: KeyEvent) {
         if (!event.isAutoRepeat)
-            removed()
+            toggle()
+    }
+    function removeOnce(event: KeyEvent) {
+        if (!event.isAutoRepeat)
+            take()
     }
 
     contentItem: RowLayout {
@@ -66,10 +87,10 @@ T.ItemDelegate {
             Layout.preferredWidth: 28
             Layout.preferredHeight: 28
             focusPolicy: row.isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
-            Accessible.name: row.l10n.select + " " + row.name
+            Accessible.name: L10n.select + " " + row.name
             on: row.selected
-            onPressed: row.touched()
-            onClicked: row.toggled()
+            onPressed: row.touch()
+            onClicked: row.toggle()
 
             contentItem: Item {
                 Rectangle {
@@ -77,19 +98,19 @@ T.ItemDelegate {
                     anchors.centerIn: parent
                     width: 22
                     height: 22
-                    radius: 11
+                    radius: height / 2
                     color: row.selected ? DITTheme.accent
-                                        : mark.hovered ? DITTheme.withOpacity(DITTheme.accent, 0.16)
-                                                       : "transparent"
+                                        : mark.hovered ? DITTheme.markHover
+                                                       : DITTheme.clear
                     border.width: row.selected ? 0 : 2
-                    border.color: DITTheme.withOpacity(DITTheme.primary, mark.hovered ? 0.6 : 0.4)
+                    border.color: mark.hovered ? DITTheme.markStrokeHover : DITTheme.markStroke
 
                     Icon {
                         anchors.centerIn: parent
                         visible: row.selected
                         symbol: "check"
                         size: 16
-                        color: "#ffffff"
+                        color: DITTheme.accentInk
                     }
                     FocusRing {
                         shown: mark.visualFocus
@@ -144,7 +165,7 @@ T.ItemDelegate {
             }
             AppText {
                 anchors.verticalCenter: parent.verticalCenter
-                text: row.l10n.selectUnit
+                text: L10n.selectUnit
                 font.pixelSize: DITTheme.callout
                 font.weight: Font.DemiBold
                 color: DITTheme.dangerText
@@ -166,11 +187,11 @@ T.ItemDelegate {
             Layout.preferredWidth: 24
             Layout.preferredHeight: 24
             focusPolicy: row.isTabStop || activeFocus ? Qt.TabFocus : Qt.NoFocus
-            Accessible.name: row.l10n.removePath + " " + row.name
-            onPressed: row.touched()
+            Accessible.name: L10n.removePath + " " + row.name
+            onPressed: row.touch()
             onClicked: {
-                if (visualFocus || row.settling.isOver())
-                    row.removed()
+                if (visualFocus || row.list.settling.isOver())
+                    row.take()
             }
 
             contentItem: Item {
@@ -183,9 +204,9 @@ T.ItemDelegate {
                 }
             }
             background: Rectangle {
-                radius: 12
-                color: remove.down ? DITTheme.withOpacity(DITTheme.danger, 0.24)
-                     : remove.hovered ? DITTheme.withOpacity(DITTheme.danger, 0.12) : "transparent"
+                radius: height / 2
+                color: remove.down ? DITTheme.removePressed
+                     : remove.hovered ? DITTheme.removeHover : DITTheme.clear
 
                 FocusRing {
                     gap: 0
@@ -193,7 +214,7 @@ T.ItemDelegate {
                 }
             }
             Hint {
-                text: row.l10n.removePath
+                text: L10n.removePath
                 shown: remove.hovered
             }
         }
@@ -201,11 +222,11 @@ T.ItemDelegate {
 
     background: Rectangle {
         radius: DITTheme.radius
-        color: row.focused ? DITTheme.withOpacity(DITTheme.accent, 0.14)
-                           : row.hovered ? DITTheme.hover : "transparent"
+        color: row.focused ? DITTheme.chosenFill
+                           : row.hovered ? DITTheme.hover : DITTheme.clear
         border.width: 1
-        border.color: row.selected ? DITTheme.withOpacity(DITTheme.accent, 0.45)
-                                   : "transparent"
+        border.color: row.selected ? DITTheme.chosenStroke
+                                   : DITTheme.clear
 
         FocusRing {
             gap: -3

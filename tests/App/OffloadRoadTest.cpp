@@ -139,7 +139,7 @@ TEST(OffloadTrouble, ACardThatIsPulledFailsAndLeavesTheList) {
     auto& card = person.makeReady(6, 24 * kMiB);
     person.click(person.see("copy"));
     Person::wait("progress",
-                 [&] { return person.application().model().progressFraction() > 0.02; });
+                 [&] { return person.application().model().batch()->fraction() > 0.02; });
     card.pull();
     EXPECT_THAT(shown(person.outcome()), StartsWith("Failed"));
     EXPECT_TRUE(person.see("failureMark"));

@@ -30,19 +30,19 @@ TEST(Pace, ACopyIsShownAsItGoesAndNeverHoldsUpTheWindow) {
     Person person;
     person.makeReady(6, 64 * kMiB);
 
-    const auto& model = person.application().model();
+    auto& model = person.application().model();
     auto& window = person.application().window();
     std::atomic<int> pictures = 0;
     QObject::connect(
         &window, &QQuickWindow::frameSwapped, &window, [&] { ++pictures; }, Qt::DirectConnection);
     const Heartbeat heartbeat;
     person.click(person.see("copy"));
-    Person::wait("begin", [&] { return model.progressFraction() > 0; });
+    Person::wait("begin", [&] { return model.batch()->fraction() > 0; });
     const auto begin = Clock::now();
     pictures = 0;
-    Person::wait("end of copying", [&] { return model.progressFraction() > 0.84; });
+    Person::wait("end of copying", [&] { return model.batch()->fraction() > 0.84; });
     const double perSecond = pictures / std::chrono::duration<double>(Clock::now() - begin).count();
-    Person::wait("end", [&] { return !model.isBusy(); });
+    Person::wait("end", [&] { return !model.batch()->isBusy(); });
 
     EXPECT_GT(perSecond, kFewestPerSecond);
     EXPECT_LT(heartbeat.longest(), kLongestStall);

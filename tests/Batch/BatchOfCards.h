@@ -19,7 +19,7 @@ struct BatchRecord : BatchListener {
     void batchBegan(const BatchPlan&) override { ++begun; }
     void pairBegan(const BatchPair& pair) override {
         labels.push_back(pair.position.label);
-        fractions.push_back(model->progressFraction());
+        fractions.push_back(model->batch()->fraction());
     }
     void phaseChanged(const OffloadPhase& phase) override {
         if (onPhase)
@@ -46,10 +46,13 @@ protected:
     void start() {
         desk.start();
         record.model = &desk.model();
-        desk.model().setBatchListener(&record);
+        desk.model().batch()->setListener(&record);
         for (const auto& disk : disks) {
-            if (!desk.model().board().destinationSelection().contains(disk.toStdString()))
-                desk.model().toggleDestination(disk);
+            if (!desk.model()
+                     .state()
+                     .board.selection(VolumeSide::Destination)
+                     .contains(disk.toStdString()))
+                desk.model().destinations()->toggle(disk);
         }
     }
 
@@ -62,7 +65,7 @@ protected:
         };
     }
 
-    std::string title() { return desk.model().progressTitle().toStdString(); }
+    std::string title() { return desk.model().batch()->title().toStdString(); }
 
     static int reportsIn(const std::filesystem::path& folder) {
         if (!std::filesystem::exists(folder))

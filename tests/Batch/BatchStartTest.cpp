@@ -24,34 +24,38 @@ TEST_F(BatchOfCards, LooksBeforeItBegins) {
     desk.copy();
     EXPECT_EQ(title(), "Failed: Select a card and a destination disk.");
 
-    model.toggleCard(first);
-    model.toggleCard(second);
-    model.focusCard(first);
-    model.tapUnit("CamA");
-    model.focusCard(first);
+    model.cards()->toggle(first);
+    model.cards()->toggle(second);
+    model.cards()->focus(first);
+    model.units()->tapUnit("CamA");
+    model.cards()->focus(first);
     desk.copy();
     EXPECT_EQ(title(), "Failed: Select a card and a destination disk.") << "the phase stays";
-    EXPECT_THAT(model.cardUnits().cardsNeedingUnit, ElementsAre("dev-B002"));
-    EXPECT_EQ(model.board().cardSelection().focused, "dev-B002");
-    model.tapUnit("CamB");
-    EXPECT_THAT(model.cardUnits().cardsNeedingUnit, IsEmpty());
+    EXPECT_THAT(model.state().cardUnits.cardsNeedingUnit, ElementsAre("dev-B002"));
+    EXPECT_EQ(model.state().board.selection(VolumeSide::Card).focused, "dev-B002");
+    model.units()->tapUnit("CamB");
+    EXPECT_THAT(model.state().cardUnits.cardsNeedingUnit, IsEmpty());
 
-    Desk::waitUntil(
-        [&] { return model.contentSizes().totalOf(model.board().selectedCards()) == 2; });
+    Desk::waitUntil([&] {
+        return model.state().contentSizes.totalOf(model.state().board.selected(VolumeSide::Card)) ==
+               2;
+    });
     desk.volume(disks[0]).facts.freeBytes = 8'388'609;
-    model.applyVolumes();
+    model.volumes().apply();
     desk.copy();
     EXPECT_EQ(title(), "Failed: Not enough space on the destination (need 8.4 MB, 8.4 MB free).");
 
     desk.choice = desk.folder / "A001/Copies";
     std::filesystem::create_directories(*desk.choice);
-    model.pickDestinationFolder();
-    Desk::waitUntil([&] { return model.board().selectedDests().size() == 2; });
-    model.toggleCard(second);
-    model.focusCard(second);
+    model.destinations()->pickFolder();
+    Desk::waitUntil(
+        [&] { return model.state().board.selected(VolumeSide::Destination).size() == 2; });
+    model.cards()->toggle(second);
+    model.cards()->focus(second);
     desk.copy();
-    EXPECT_EQ(title(), "Failed: " + model.l10n().destinationInsideCard("Copies", "A001"));
-    EXPECT_EQ(model.board().cardSelection().focused, "dev-B002") << "where the next unit goes";
+    EXPECT_EQ(title(), "Failed: " + model.state().l10n().destinationInsideCard("Copies", "A001"));
+    EXPECT_EQ(model.state().board.selection(VolumeSide::Card).focused, "dev-B002")
+        << "where the next unit goes";
 
     EXPECT_EQ(runs, 0);
     EXPECT_EQ(record.begun, 0);
@@ -73,17 +77,17 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     };
     start();
     desk.selectCard(card, "CamA");
-    desk.model().startCopy();
-    EXPECT_TRUE(desk.model().isBusy());
-    desk.model().cancelCopy();
-    Desk::waitUntil([&] { return !desk.model().isBusy(); });
+    desk.model().batch()->start();
+    EXPECT_TRUE(desk.model().batch()->isBusy());
+    desk.model().batch()->cancel();
+    Desk::waitUntil([&] { return !desk.model().batch()->isBusy(); });
     EXPECT_EQ(title(), "Failed: Cancelled.");
     EXPECT_EQ(record.begun, 0);
     EXPECT_EQ(record.result.pairs.at(0).status, OutcomeStatus::Failed);
     mayAnswer = true;
     Desk::waitUntil([&] { return hasAnswered.load(); });
-    desk.model().startCopy();
-    Desk::waitUntil([&] { return desk.model().progressDidSucceed(); });
+    desk.model().batch()->start();
+    Desk::waitUntil([&] { return desk.model().batch()->standing() == BatchControl::Succeeded; });
 }
 
 TEST_F(BatchOfCards, KeepsToWhatWasSetWhenTheButtonWasPressed) {
@@ -93,15 +97,15 @@ TEST_F(BatchOfCards, KeepsToWhatWasSetWhenTheButtonWasPressed) {
         std::atomic<bool> done = false;
         QMetaObject::invokeMethod(QCoreApplication::instance(), [&] {
             desk.model().setLanguageCode("tr");
-            desk.model().saveTemplate("other/{CardName}");
-            desk.model().toggleCard(card);
+            desk.model().pathTemplate()->save("other/{CardName}");
+            desk.model().cards()->toggle(card);
             done = true;
         });
         while (!done)
             std::this_thread::yield();
     });
     start();
-    desk.model().saveTemplate("film/{Ekip}/{Cam}/{CardName}");
+    desk.model().pathTemplate()->save("film/{Ekip}/{Cam}/{CardName}");
     desk.selectCard(card, "CamA");
     desk.copy();
     EXPECT_EQ(record.pairs.at(0).sessionRoot, desk.folder / "SSD1/film/Ekip1/CamA/A001");

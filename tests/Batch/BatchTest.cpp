@@ -42,8 +42,8 @@ TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
                                            "Card 2/3 · Destination 2/2 · CamB · B002 → SSD2"));
     EXPECT_THAT(record.fractions, ElementsAre(0, 1 / 6.0, 2 / 6.0, 3 / 6.0));
     EXPECT_EQ(title(), "Failed: Verification did not finish (B002 → SSD2). Card was left mounted.");
-    EXPECT_TRUE(desk.model().progressDidFail());
-    EXPECT_EQ(desk.model().batchPosition(), BatchPosition{});
+    EXPECT_TRUE(desk.model().batch()->standing() == BatchControl::Failed);
+    EXPECT_EQ(desk.model().batch()->position(), BatchPosition{});
     EXPECT_THAT(record.problems, ElementsAre(HasSubstr("Z.fifo")));
 
     std::vector<std::string_view> statuses;
@@ -64,10 +64,10 @@ TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
     EXPECT_EQ(sessions[0].status, "failed");
     EXPECT_EQ(sessions[3].cameraLabel, "CamA");
     // The finished card is unticked; the others wait, with their units, for another try.
-    EXPECT_THAT(desk.model().board().cardSelection().ids,
+    EXPECT_THAT(desk.model().state().board.selection(VolumeSide::Card).ids,
                 UnorderedElementsAre("dev-B002", "dev-C003"));
-    EXPECT_EQ(desk.model().cardUnits().cameraLabel("dev-B002"), "CamB");
-    EXPECT_TRUE(desk.model().canCopy());
+    EXPECT_EQ(desk.model().state().cardUnits.cameraLabel("dev-B002"), "CamB");
+    EXPECT_TRUE(desk.model().batch()->canCopy());
 }
 
 TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsAllPairs) {
@@ -78,10 +78,10 @@ TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsAllPairs) {
     desk.copy();
     EXPECT_THAT(record.labels, ElementsAre(StartsWith("Card 1/1 · Destination 1/2 · "),
                                            StartsWith("Card 1/1 · Destination 2/2 · ")));
-    EXPECT_EQ(desk.model().phase(), OffloadPhase(Phase::Verified({2, 8})));
+    EXPECT_EQ(desk.model().batch()->phase(), OffloadPhase(Phase::Verified({2, 8})));
     EXPECT_EQ(title(), "Verified — 2 files, 8 bytes");
-    EXPECT_EQ(desk.model().board().cardSelection(), Selection{});
-    EXPECT_EQ(desk.model().cardUnits(), CardUnits{});
+    EXPECT_EQ(desk.model().state().board.selection(VolumeSide::Card), Selection{});
+    EXPECT_EQ(desk.model().state().cardUnits, CardUnits{});
     EXPECT_EQ(readFile(record.pairs[1].sessionRoot / "A.mov"), "1234");
     EXPECT_THAT(desk.ejected, IsEmpty()) << "nobody asked for it";
 }
@@ -103,7 +103,7 @@ TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
         runs = 0;
         beforeRun([&](int) { volume.pull(); });
         start();
-        desk.model().setEjectAfterSuccess(true);
+        desk.model().settings()->setEjectAfterSuccess(true);
         desk.selectCard(first, "CamA");
         if (second)
             desk.selectCard(*second, "CamB");
@@ -128,11 +128,11 @@ TEST_F(BatchOfCards, OnePairHasNoLabelAndHashingCopiesNothing) {
     disks = {desk.mountDisk("SSD1")};
     const auto card = desk.mountCard("A001", {{"A.mov", "1"}, {"B.mov", "2"}});
     start();
-    desk.model().setVerifyOnly(true);
+    desk.model().settings()->setVerifyOnly(true);
     desk.selectCard(card, "CamA");
     desk.copy();
     EXPECT_THAT(record.labels, ElementsAre(""));
-    EXPECT_EQ(desk.model().phase(), OffloadPhase(Phase::Hashed{2}));
+    EXPECT_EQ(desk.model().batch()->phase(), OffloadPhase(Phase::Hashed{2}));
     EXPECT_EQ(reportsIn(desk.folder / "SSD1"), 1) << "reports alone";
     EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), 1);
     EXPECT_EQ(desk.model().recentSessions().size(), 1u);
@@ -148,12 +148,12 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
         if (run == 4)
             ::mkfifo((desk.folder / "B002/Z.fifo").c_str(), 0600);
     });
-    desk.surroundings.eject = [this](const auto& mountPoint) -> DiskUtilClient::Ejected {
+    desk.surroundings.eject = [this](const auto& mountPoint) {
         desk.ejected.push_back(mountPoint);
         throw Error("busy");
     };
     start();
-    desk.model().setEjectAfterSuccess(true);
+    desk.model().settings()->setEjectAfterSuccess(true);
     desk.selectCard(first, "CamA");
     desk.selectCard(second, "CamB");
     desk.copy();
@@ -190,14 +190,14 @@ TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {
         const auto card = desk.mountCard("A001");
         beforeRun(testCase.before);
         start();
-        desk.model().saveTemplate("film/{CardName}");
+        desk.model().pathTemplate()->save("film/{CardName}");
         desk.selectCard(card, "CamA");
         desk.copy();
         EXPECT_THAT(title(), HasSubstr(testCase.message));
         EXPECT_EQ(record.result.pairs.at(0).status, OutcomeStatus::Failed);
         EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
         EXPECT_EQ(reportsIn(desk.folder / "user/documents/SlatewiseDIT"), testCase.archived);
-        EXPECT_TRUE(desk.model().board().cardSelection().contains("dev-A001"));
+        EXPECT_TRUE(desk.model().state().board.selection(VolumeSide::Card).contains("dev-A001"));
     }
 }
 
@@ -226,7 +226,7 @@ TEST_F(BatchOfCards, CancelsAtEveryKindOfMoment) {
         std::atomic<bool> isCancelled = false;
         const auto holdUp = [&] {
             QMetaObject::invokeMethod(QCoreApplication::instance(), [&] {
-                desk.model().cancelCopy();
+                desk.model().batch()->cancel();
                 isCancelled = true;
             });
             while (!isCancelled)
@@ -261,8 +261,8 @@ TEST_F(BatchOfCards, CancelsAtEveryKindOfMoment) {
         EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
         EXPECT_EQ(record.result.pairs.at(1).status, OutcomeStatus::Failed)
             << "the second disk is not begun";
-        EXPECT_TRUE(desk.model().board().cardSelection().contains("dev-A001"));
-        EXPECT_FALSE(desk.model().isBusy());
+        EXPECT_TRUE(desk.model().state().board.selection(VolumeSide::Card).contains("dev-A001"));
+        EXPECT_FALSE(desk.model().batch()->isBusy());
     }
 }
 
@@ -284,7 +284,7 @@ TEST_F(BatchOfCards, MayOutliveItsModel) {
     };
     start();
     desk.selectCard(card, "CamA");
-    desk.model().startCopy();
+    desk.model().batch()->start();
     Desk::waitUntil([&] { return isRunning.load(); });
     desk.quit();
     mayGoOn = true;

@@ -32,12 +32,16 @@ std::string logText() {
     return text;
 }
 
-QVariantMap selectedEntry(const QVariantList& list, const char* flag) {
-    for (const auto& entry : list) {
-        if (entry.toMap()[flag].toBool())
-            return entry.toMap();
+QString chosenIn(const ChoiceListModel& list) {
+    for (const auto& choice : list.rows()) {
+        if (choice.chosen)
+            return choice.name;
     }
     return {};
+}
+
+QString firstOf(const ChoiceListModel& list) {
+    return list.rows().empty() ? QString() : list.rows().front().name;
 }
 
 class Application : public ::testing::Test {
@@ -46,14 +50,14 @@ protected:
 
     void pickCard(const std::filesystem::path& folder) {
         desk.choice = folder;
-        model().pickCardFolder();
-        Desk::waitUntil([&] { return lists(model().board().lists().cards, folder); });
+        model().cards()->pickFolder();
+        Desk::waitUntil([&] { return lists(model().state().board.lists().cards, folder); });
     }
 
     void pickDestination(const std::filesystem::path& folder) {
         desk.choice = folder;
-        model().pickDestinationFolder();
-        Desk::waitUntil([&] { return lists(model().board().lists().destinations, folder); });
+        model().destinations()->pickFolder();
+        Desk::waitUntil([&] { return lists(model().state().board.lists().destinations, folder); });
     }
 
     static bool lists(const std::vector<ClassifiedVolume>& volumes,
@@ -71,14 +75,14 @@ protected:
 TEST_F(Application, BeginsPlainlyWithNothingStored) {
     desk.start();
     EXPECT_EQ(model().languageCode(), "en");
-    EXPECT_EQ(model().sets().size(), 2);
-    EXPECT_EQ(selectedEntry(model().sets(), "selected")["name"], "Ekip1");
-    EXPECT_EQ(model().units().size(), 7);
-    EXPECT_EQ(model().settings(), OffloadSettings());
-    EXPECT_EQ(model().progressTitle(), toQString(model().l10n().idlePrompt()));
-    EXPECT_EQ(model().unitTitle(), "Select one or more cards first.");
-    EXPECT_FALSE(model().canCopy());
-    EXPECT_TRUE(model().isDefaultReportsFolder());
+    EXPECT_EQ(model().units()->crews()->rowCount(), 2);
+    EXPECT_EQ(chosenIn(*model().units()->crews()), "Ekip1");
+    EXPECT_EQ(model().units()->units()->rowCount(), 7);
+    EXPECT_EQ(model().state().settings, OffloadSettings());
+    EXPECT_EQ(model().batch()->title(), toQString(model().state().l10n().idlePrompt()));
+    EXPECT_EQ(model().units()->title(), "Select one or more cards first.");
+    EXPECT_FALSE(model().batch()->canCopy());
+    EXPECT_TRUE(model().reports()->isDefault());
     EXPECT_THAT(logText(), HasSubstr("Uygulama açıldı v0.1.42.0"));
 }
 
@@ -87,44 +91,42 @@ TEST_F(Application, GivesEachCardItsUnitAndCrew) {
     const auto second = desk.mountCard("B002");
     desk.mountDisk("SSD1");
     desk.start();
-    model().tapUnit("Drone");
-    EXPECT_EQ(selectedEntry(model().units(), "active")["name"], "Drone") << "only a highlight";
-    EXPECT_EQ(model().cardUnits(), CardUnits{});
+    model().units()->tapUnit("Drone");
+    EXPECT_EQ(chosenIn(*model().units()->units()), "Drone") << "only a highlight";
+    EXPECT_EQ(model().state().cardUnits, CardUnits{});
 
-    model().toggleCard(first);
+    model().cards()->toggle(first);
     EXPECT_EQ(model().cards()->rows()[0].ekip, "Ekip1") << "the crew of the moment, no unit";
     EXPECT_EQ(model().cards()->rows()[0].unit, "");
-    EXPECT_EQ(model().unitTitle(), "Which unit does A001 belong to?");
-    EXPECT_TRUE(model().canCopy()) << "a missing unit is told when the button is pressed";
-    EXPECT_FALSE(model().allCardsHaveUnits());
-    model().tapUnit("CamA");
+    EXPECT_EQ(model().units()->title(), "Which unit does A001 belong to?");
+    EXPECT_TRUE(model().batch()->canCopy()) << "a missing unit is told when the button is pressed";
+    model().units()->tapUnit("CamA");
     EXPECT_EQ(model().cards()->rows()[0].unit, "CamA");
 
-    model().toggleCard(second);
-    model().focusCard(second);
-    EXPECT_EQ(model().unitTitle(), "Which unit does this card belong to?");
-    model().tapSet(model().sets()[1].toMap()["id"].toString());
-    model().setNewUnitName(" Crane/1 ");
-    model().addUnitFromField();
-    EXPECT_EQ(model().newUnitName(), "");
+    model().cards()->toggle(second);
+    model().cards()->focus(second);
+    EXPECT_EQ(model().units()->title(), "Which unit does this card belong to?");
+    model().units()->tapCrew(model().units()->crews()->rows()[1].value);
+    model().units()->setNewUnitName(" Crane/1 ");
+    model().units()->addUnit();
+    EXPECT_EQ(model().units()->newUnitName(), "");
     EXPECT_EQ(model().cards()->rows()[1].unit, "Crane-1");
     EXPECT_EQ(model().cards()->rows()[1].ekip, "Ekip2");
     EXPECT_EQ(model().cards()->rows()[0].ekip, "Ekip1") << "the card in focus alone";
-    EXPECT_TRUE(model().allCardsHaveUnits());
 
-    model().deleteSelectedUnit();
+    model().units()->deleteUnit();
     EXPECT_EQ(model().cards()->rows()[1].unit, "");
-    EXPECT_EQ(model().units().size(), 7);
-    EXPECT_THAT(model().cardUnits().cardsNeedingUnit, IsEmpty()) << "nobody asks for another";
-    model().deleteSelectedSet();
+    EXPECT_EQ(model().units()->units()->rowCount(), 7);
+    EXPECT_THAT(model().state().cardUnits.cardsNeedingUnit, IsEmpty()) << "nobody asks for another";
+    model().units()->deleteCrew();
     EXPECT_EQ(model().cards()->rows()[1].ekip, "");
 
-    model().setNewSetName("Gece");
-    model().addSetFromField();
+    model().units()->setNewCrewName("Gece");
+    model().units()->addCrew();
     EXPECT_EQ(model().cards()->rows()[1].ekip, "Gece");
 
-    model().toggleCard(first);
-    model().toggleCard(first);
+    model().cards()->toggle(first);
+    model().cards()->toggle(first);
     EXPECT_EQ(model().cards()->rows()[0].unit, "") << "a fresh tick begins without a unit";
     EXPECT_EQ(model().cards()->rows()[0].ekip, "Gece");
 }
@@ -138,19 +140,19 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
     std::filesystem::create_directories(desk.folder / "Archive");
     desk.start();
     model().setLanguageCode("tr");
-    model().setNewSetName("Gece");
-    model().addSetFromField();
-    model().setNewUnitName("Crane");
-    model().addUnitFromField();
-    model().toggleDestination(disk2);
+    model().units()->setNewCrewName("Gece");
+    model().units()->addCrew();
+    model().units()->setNewUnitName("Crane");
+    model().units()->addUnit();
+    model().destinations()->toggle(disk2);
     pickDestination(desk.folder / "Raid/film");
     pickCard(desk.folder / "OldCard");
     desk.choice = desk.folder / "Archive";
-    model().pickReportsFolder();
-    model().addSkipName("MISC");
-    model().setProjectName("Kış");
+    model().reports()->pick();
+    model().settings()->addSkipName("MISC");
+    model().settings()->setProjectName("Kış");
     desk.selectCard(card, "CamA");
-    model().treatAsDestination(card);
+    model().volumes().treatAs(VolumeSide::Destination, card.toStdString());
 
     desk.start();
     struct {
@@ -159,19 +161,25 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
         bool should;
     } const cases[] = {
         {"language", model().languageCode() == "tr", true},
-        {"set", model().unitCatalog().selectedSet().name == "Gece", true},
-        {"skip name", model().extraExcludes().contains("MISC"), true},
-        {"reports folder", model().settings().outputFolderPath == desk.folder / "Archive", true},
-        {"ticked disk", model().board().destinationSelection().contains("dev-SSD2"), true},
-        {"ticked folder",
-         model().board().destinationSelection().contains((desk.folder / "Raid/film").native()),
+        {"set", model().state().unitCatalog.selectedSet().name == "Gece", true},
+        {"skip name", firstOf(*model().settings()->extraExcludes()) == "MISC", true},
+        {"reports folder", model().state().settings.outputFolderPath == desk.folder / "Archive",
          true},
-        {"unticked disk", model().board().destinationSelection().contains("dev-SSD1"), false},
-        {"unit", model().units().size() != 7, false},
-        {"ticked card", !model().board().cardSelection().ids.empty(), false},
-        {"unit of a card", !model().cardUnits().cameraByCardID.empty(), false},
-        {"picked card", lists(model().board().lists().cards, desk.folder / "OldCard"), false},
-        {"unsaved option", model().projectName() == "Kış", false},
+        {"ticked disk",
+         model().state().board.selection(VolumeSide::Destination).contains("dev-SSD2"), true},
+        {"ticked folder",
+         model()
+             .state()
+             .board.selection(VolumeSide::Destination)
+             .contains((desk.folder / "Raid/film").native()),
+         true},
+        {"unticked disk",
+         model().state().board.selection(VolumeSide::Destination).contains("dev-SSD1"), false},
+        {"unit", model().units()->units()->rowCount() != 7, false},
+        {"ticked card", !model().state().board.selection(VolumeSide::Card).ids.empty(), false},
+        {"unit of a card", !model().state().cardUnits.cameraByCardID.empty(), false},
+        {"picked card", lists(model().state().board.lists().cards, desk.folder / "OldCard"), false},
+        {"unsaved option", model().settings()->projectName() == "Kış", false},
     };
     for (const auto& testCase : cases)
         EXPECT_EQ(testCase.survived, testCase.should) << testCase.what;
@@ -183,7 +191,7 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
     desk.start();
     std::filesystem::create_directories(desk.folder / "Raid/film");
     desk.start();
-    EXPECT_TRUE(lists(model().board().lists().destinations, desk.folder / "Raid/film"))
+    EXPECT_TRUE(lists(model().state().board.lists().destinations, desk.folder / "Raid/film"))
         << "as long as nothing else was stored";
     (void)disk1;
 }
@@ -203,15 +211,15 @@ TEST_F(Application, PickedFoldersLiveSideBySide) {
     EXPECT_TRUE(row.picked && row.focused);
     EXPECT_EQ(row.ekip, "Ekip1");
     EXPECT_EQ(row.volumeID, row.path);
-    const auto& facts = model().board().lists().cards[1].facts;
+    const auto& facts = model().state().board.lists().cards[1].facts;
     EXPECT_EQ(facts.deviceIdentifier, "disk-of-all-folders") << "for the records";
     EXPECT_THAT(logText(), HasSubstr("Manuel kart: " + (desk.folder / "x/two").native()));
 
     desk.choice.reset();
-    model().pickCardFolder();
-    model().removeCard(row.volumeID);
+    model().cards()->pickFolder();
+    model().cards()->remove(row.volumeID);
     EXPECT_EQ(names(*model().cards()), QStringList({"one+"}));
-    model().clearAllDestinations();
+    model().destinations()->clear();
     EXPECT_EQ(names(*model().destinations()), QStringList({"SSD1+"})) << "the only one is ticked";
     EXPECT_EQ(desk.defaults.value("pickedDestBookmarks"), "[]");
 }
@@ -227,23 +235,23 @@ TEST_F(Application, MeasuresInTheBackgroundAndAnewWhenRulesChange) {
         return measure(entry, names);
     };
     desk.start();
-    model().toggleCard(card);
-    EXPECT_EQ(model().sourceTotalText(), "size…");
+    model().cards()->toggle(card);
+    EXPECT_EQ(model().cards()->totalText(), "size…");
     mayMeasure.set_value();
-    Desk::waitUntil([&] { return model().sourceTotalText() == "8 bytes"; });
+    Desk::waitUntil([&] { return model().cards()->totalText() == "8 bytes"; });
     EXPECT_EQ(model().cards()->rows()[0].subtitle, "8 bytes");
     int changes = 0;
     int resets = 0;
     QObject::connect(model().cards(), &QAbstractItemModel::dataChanged, [&] { ++changes; });
     QObject::connect(model().cards(), &QAbstractItemModel::modelReset, [&] { ++resets; });
-    model().addSkipName("MISC");
-    Desk::waitUntil([&] { return model().sourceTotalText() == "5 bytes"; });
+    model().settings()->addSkipName("MISC");
+    Desk::waitUntil([&] { return model().cards()->totalText() == "5 bytes"; });
     EXPECT_GT(changes, 0);
     EXPECT_EQ(resets, 0) << "lines that stay keep their delegates";
     // A card that is ticked only now must not show what it held under other rules.
     Desk::waitUntil([&] { return model().cards()->rows()[1].subtitle == "2 bytes"; });
-    model().addSkipName("  ");
-    EXPECT_EQ(model().extraExcludes(), QStringList({"MISC"}));
+    model().settings()->addSkipName("  ");
+    EXPECT_EQ(model().settings()->extraExcludes()->rowCount(), 1);
 }
 
 TEST_F(Application, AnnouncesACardOnce) {
@@ -251,10 +259,10 @@ TEST_F(Application, AnnouncesACardOnce) {
     desk.start();
     const auto mounted = desk.volume(card);
     desk.unmount(card);
-    model().applyVolumes();
+    model().volumes().apply();
     EXPECT_TRUE(model().cards()->rows().empty());
     desk.volumes.push_back(mounted);
-    model().applyVolumes();
+    model().volumes().apply();
     const auto count = [] {
         return run({"sqlite3", SupportPaths::databaseURL().native(),
                     "SELECT count(*) FROM activity_events WHERE event = 'card_detected' AND detail "
@@ -263,7 +271,7 @@ TEST_F(Application, AnnouncesACardOnce) {
             .standardOutput;
     };
     Desk::waitUntil([&] { return count() == "1\n"; });
-    model().applyVolumes();
+    model().volumes().apply();
     EXPECT_EQ(count(), "1\n");
 }
 
@@ -275,34 +283,33 @@ TEST_F(Application, SwitchesLanguageAtOnce) {
     EXPECT_EQ(told, 0);
     model().setLanguageCode("tr");
     EXPECT_EQ(told, 1);
-    EXPECT_EQ(model().l10nTexts()["copy"], "Kopyala");
-    EXPECT_THAT(model().progressTitle().toStdString(), StartsWith("Kart, birim ve hedef"));
-    EXPECT_EQ(model().templateTokens()[0].toMap()["label"], "Hedef kök");
+    EXPECT_THAT(model().batch()->title().toStdString(), StartsWith("Kart, birim ve hedef"));
+    EXPECT_EQ(firstOf(*model().pathTemplate()->tokens()), "Hedef kök");
     EXPECT_EQ(desk.defaults.value("appLanguage"), "tr");
-    EXPECT_EQ(model().folderTemplatePreview().right(20), toQString("Ekip1/UNIT/CARD_NAME"));
+    EXPECT_EQ(model().pathTemplate()->preview().right(20), toQString("Ekip1/UNIT/CARD_NAME"));
 }
 
 TEST_F(Application, EditsTheTemplateAndTheReportsFolder) {
     desk.start();
-    model().saveTemplate("  Film/{Cam}  ");
-    EXPECT_EQ(model().folderTemplate(), "Film/{Cam}");
-    EXPECT_EQ(model().folderTemplatePreview(), "/Volumes/Backup/Film/UNIT");
-    EXPECT_EQ(model().expandTemplate("{CardName}", model().templateExample()),
-              "/Volumes/Backup/CARD_NAME");
-    model().saveTemplate(" ");
+    model().pathTemplate()->save("  Film/{Cam}  ");
+    EXPECT_EQ(model().pathTemplate()->text(), "Film/{Cam}");
+    EXPECT_EQ(model().pathTemplate()->preview(), "/Volumes/Backup/Film/UNIT");
+    model().pathTemplate()->holdExample();
+    EXPECT_EQ(model().pathTemplate()->expand("{CardName}"), "/Volumes/Backup/CARD_NAME");
+    model().pathTemplate()->save(" ");
     EXPECT_EQ(OffloadSettings::load(desk.defaults).folderTemplate, FolderTemplate::defaultTemplate);
 
     std::filesystem::create_directories(desk.folder / "Archive");
     desk.choice = desk.folder / "Archive";
-    model().pickReportsFolder();
+    model().reports()->pick();
     EXPECT_EQ(desk.asked, "Choose the reports folder|Use");
-    EXPECT_EQ(model().reportsFolderDisplay(), toQString((desk.folder / "Archive").native()));
-    EXPECT_FALSE(model().isDefaultReportsFolder());
-    model().revealReportsFolder();
+    EXPECT_EQ(model().reports()->path(), toQString((desk.folder / "Archive").native()));
+    EXPECT_FALSE(model().reports()->isDefault());
+    model().reports()->reveal();
     Desk::waitUntil([&] { return !desk.shown.empty(); });
     EXPECT_THAT(desk.shown, ElementsAre(desk.folder / "Archive"));
-    model().resetReportsFolder();
-    EXPECT_TRUE(model().isDefaultReportsFolder());
+    model().reports()->reset();
+    EXPECT_TRUE(model().reports()->isDefault());
     EXPECT_FALSE(desk.defaults.value("reportsFolderBookmark"));
     EXPECT_TRUE(std::filesystem::exists(desk.folder / "Archive"));
 }

@@ -85,12 +85,12 @@ TEST(Heartbeat, ALargeCardNeverHoldsUpTheWindow) {
     Desk::leaveServiceProfile(service.url());
     desk.start();
     int shown = 0;
-    QObject::connect(&desk.model(), &AppModel::progressChanged, [&] { ++shown; });
+    QObject::connect(desk.model().batch(), &BatchControl::changed, [&] { ++shown; });
     desk.selectCard(card, "CamA");
 
     const Heartbeat heartbeat;
     desk.copy();
-    EXPECT_EQ(desk.model().phase(), OffloadPhase(Phase::Verified({kFiles, kFiles})));
+    EXPECT_EQ(desk.model().batch()->phase(), OffloadPhase(Phase::Verified({kFiles, kFiles})));
     EXPECT_LT(heartbeat.longest(), kLongestStall);
     EXPECT_GT(shown, 10) << "progress is seen";
     EXPECT_EQ(service.paths().back(), "session/notify_event") << "the report has got through";

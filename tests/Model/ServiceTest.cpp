@@ -81,11 +81,11 @@ TEST(ServiceOfTheModel, HearsOfEachCardAndOfEachPairBeforeTheNextBegins) {
     EXPECT_TRUE(std::any_of(requests.begin(), requests.end(), [](const auto& request) {
         return request.body == R"({"account_id":"acc1","drive_name":"A001","event":"detected"})";
     }));
-    model.toggleDestination(model.destinations()->rows()[0].volumeID);
-    model.toggleDestination(second);
+    model.destinations()->toggle(model.destinations()->rows()[0].volumeID);
+    model.destinations()->toggle(second);
     desk.selectCard(card, "CamA");
     desk.copy();
-    EXPECT_TRUE(model.progressDidSucceed());
+    EXPECT_TRUE(model.batch()->standing() == BatchControl::Succeeded);
     EXPECT_THAT(requestsBefore, ElementsAre(2, 8));
     const auto paths = server.paths();
     EXPECT_THAT(
@@ -109,17 +109,17 @@ TEST(ServiceOfTheModel, WhoCancelsDoesNotWaitForTheNetwork) {
     const auto first = desk.mountDisk("SSD1");
     const auto second = desk.mountDisk("SSD2");
     auto& model = desk.start();
-    model.toggleDestination(first);
-    model.toggleDestination(second);
+    model.destinations()->toggle(first);
+    model.destinations()->toggle(second);
     desk.selectCard(card, "CamA");
-    model.startCopy();
+    model.batch()->start();
     Desk::waitUntil([&] { return isSilent.load(); });
-    EXPECT_TRUE(model.isBusy()) << "the first pair's report is on its way";
+    EXPECT_TRUE(model.batch()->isBusy()) << "the first pair's report is on its way";
     const auto begin = std::chrono::steady_clock::now();
-    model.cancelCopy();
-    Desk::waitUntil([&] { return !model.isBusy(); });
+    model.batch()->cancel();
+    Desk::waitUntil([&] { return !model.batch()->isBusy(); });
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
-    EXPECT_EQ(model.progressTitle(), "Failed: Cancelled.");
+    EXPECT_EQ(model.batch()->title(), "Failed: Cancelled.");
     EXPECT_THAT(waitingReports(), SizeIs(1));
     // What was under way goes on by itself and is settled in its time.
     server.reset();
@@ -155,19 +155,19 @@ TEST(OldReportFolders, GetReadableNamesWhereverTheyTurnUp) {
     Desk::waitUntil([&] { return isMigrated(archive) && isMigrated(onDisk); });
 
     desk.mountDisk("SSD2");
-    model.applyVolumes();
+    model.volumes().apply();
     Desk::waitUntil([&] { return isMigrated(desk.folder / "SSD2/reports"); });
 
     desk.choice = desk.folder / "Elsewhere";
-    model.pickReportsFolder();
+    model.reports()->pick();
     Desk::waitUntil([&] { return isMigrated(desk.folder / "Elsewhere"); });
 
     SessionRecord session;
     session.sessionRoot = (desk.folder / "SSD1").native();
-    model.revealReports(session);
+    model.reports()->revealReports(session);
     Desk::waitUntil([&] { return desk.shown.size() == 1; });
     std::filesystem::rename(onDisk, desk.folder / "SSD1/away");
-    model.revealReports(session);
+    model.reports()->revealReports(session);
     Desk::waitUntil([&] { return desk.shown.size() == 2; });
     EXPECT_THAT(desk.shown, ElementsAre(onDisk, desk.folder / "Elsewhere"));
 }

@@ -68,63 +68,64 @@ TEST(VolumeBoard, SortsByKindAndByWhatTheUserSays) {
     const std::vector<Case> cases = {
         {"as they are", nothing, {"cardA", "cardB"}, {"disk1", "disk2"}},
         {"an unknown one as card",
-         [](Board& board) { board.treatAsCard("odd"); },
+         [](Board& board) { board.treatAs(VolumeSide::Card, "odd"); },
          {"cardA", "odd", "cardB"},
          {"disk1", "disk2"}},
         {"a system one as destination",
-         [](Board& board) { board.treatAsDestination("root"); },
+         [](Board& board) { board.treatAs(VolumeSide::Destination, "root"); },
          {"cardA", "cardB"},
          {"disk1", "disk2", "root"}},
         {"a destination as card",
-         [](Board& board) { board.treatAsCard("disk1"); },
+         [](Board& board) { board.treatAs(VolumeSide::Card, "disk1"); },
          {"cardA", "disk1", "cardB"},
          {"disk2"}},
         {"a card stays a card",
-         [](Board& board) { board.treatAsDestination("cardA"); },
+         [](Board& board) { board.treatAs(VolumeSide::Destination, "cardA"); },
          {"cardA", "cardB"},
          {"disk1", "disk2"}},
         {"the last word counts",
          [](Board& board) {
-             board.treatAsDestination("odd");
-             board.treatAsCard("odd");
+             board.treatAs(VolumeSide::Destination, "odd");
+             board.treatAs(VolumeSide::Card, "odd");
          },
          {"cardA", "odd", "cardB"},
          {"disk1", "disk2"}},
         {"folders come last, two of one disk side by side",
          [](Board& board) {
-             board.addPickedCard(folder("/x/1", VolumeKind::CameraCard));
-             board.addPickedCard(folder("/x/2", VolumeKind::CameraCard));
-             board.addPickedDestination(folder("/x/3", VolumeKind::Destination));
+             board.addPicked(VolumeSide::Card, folder("/x/1", VolumeKind::CameraCard));
+             board.addPicked(VolumeSide::Card, folder("/x/2", VolumeKind::CameraCard));
+             board.addPicked(VolumeSide::Destination, folder("/x/3", VolumeKind::Destination));
          },
          {"cardA", "cardB", "/x/1", "/x/2"},
          {"disk1", "disk2", "/x/3"}},
         {"a folder is what it was picked as last",
          [](Board& board) {
-             board.addPickedCard(folder("/x/1", VolumeKind::CameraCard));
-             board.addPickedDestination(folder("/x/1", VolumeKind::Destination));
+             board.addPicked(VolumeSide::Card, folder("/x/1", VolumeKind::CameraCard));
+             board.addPicked(VolumeSide::Destination, folder("/x/1", VolumeKind::Destination));
          },
          {"cardA", "cardB"},
          {"disk1", "disk2", "/x/1"}},
         {"the place of a volume is listed once",
          [](Board& board) {
-             board.addPickedCard(folder("/media/cardA", VolumeKind::CameraCard));
-             board.addPickedDestination(folder("/media/cardB", VolumeKind::Destination));
+             board.addPicked(VolumeSide::Card, folder("/media/cardA", VolumeKind::CameraCard));
+             board.addPicked(VolumeSide::Destination,
+                             folder("/media/cardB", VolumeKind::Destination));
          },
          {"cardA", "cardB"},
          {"disk1", "disk2"}},
         {"what is removed is hidden",
          [](Board& board) {
              board.pass();
-             board.removeCard(board.at("cardA"));
-             board.removeDestination(board.at("disk2"));
+             board.remove(VolumeSide::Card, board.at("cardA"));
+             board.remove(VolumeSide::Destination, board.at("disk2"));
          },
          {"cardB"},
          {"disk1"}},
         {"a hidden place can be picked as a folder",
          [](Board& board) {
              board.pass();
-             board.removeCard(board.at("cardA"));
-             board.addPickedCard(folder("/media/cardA", VolumeKind::CameraCard));
+             board.remove(VolumeSide::Card, board.at("cardA"));
+             board.addPicked(VolumeSide::Card, folder("/media/cardA", VolumeKind::CameraCard));
          },
          {"cardB", "/media/cardA"},
          {"disk1", "disk2"}},
@@ -143,7 +144,7 @@ TEST(VolumeBoard, SortsByKindAndByWhatTheUserSays) {
 TEST(VolumeBoard, HidesAVolumeWhileItStaysMounted) {
     Board board;
     board.pass();
-    board.removeCard(board.at("cardA"));
+    board.remove(VolumeSide::Card, board.at("cardA"));
     board.pass();
     board.pass();
     EXPECT_THAT(ids(board.lists().cards), ElementsAre("cardB"));
@@ -157,16 +158,16 @@ TEST(VolumeBoard, HidesAVolumeWhileItStaysMounted) {
 
 TEST(VolumeBoard, ForgetsAFolderThatIsGone) {
     Board board;
-    board.addPickedCard(folder("/x/1", VolumeKind::CameraCard));
-    board.addPickedDestination(folder("/x/2", VolumeKind::Destination));
+    board.addPicked(VolumeSide::Card, folder("/x/1", VolumeKind::CameraCard));
+    board.addPicked(VolumeSide::Destination, folder("/x/2", VolumeKind::Destination));
     board.pass();
     board.gone = "/x/2";
     board.pass();
     board.gone.clear();
     board.pass();
     EXPECT_THAT(ids(board.lists().destinations), ElementsAre("disk1", "disk2")) << "for good";
-    board.removeCard(board.at("/x/1"));
-    board.addPickedCard(folder("/x/1", VolumeKind::CameraCard));
+    board.remove(VolumeSide::Card, board.at("/x/1"));
+    board.addPicked(VolumeSide::Card, folder("/x/1", VolumeKind::CameraCard));
     board.pass();
     EXPECT_THAT(ids(board.lists().cards), ElementsAre("cardA", "cardB", "/x/1"))
         << "a removed folder is not hidden";
@@ -175,20 +176,20 @@ TEST(VolumeBoard, ForgetsAFolderThatIsGone) {
 TEST(VolumeBoard, LetsGoOfWhatDisappears) {
     Board board;
     board.pass();
-    board.cardSelection().ids = {"cardA", "cardB"};
-    board.cardSelection().focused = "cardA";
-    board.destinationSelection().ids = {"disk1", "disk2"};
-    board.destinationSelection().focused = "disk1";
+    board.selection(VolumeSide::Card).ids = {"cardA", "cardB"};
+    board.selection(VolumeSide::Card).focused = "cardA";
+    board.selection(VolumeSide::Destination).ids = {"disk1", "disk2"};
     const auto both = board.mounted;
     std::erase_if(board.mounted,
                   [](const auto& each) { return each.id() == "cardA" || each.id() == "disk1"; });
     board.pass();
-    EXPECT_EQ(board.cardSelection(), (Selection{{"cardB"}, "cardB"}));
-    EXPECT_EQ(board.destinationSelection(), (Selection{{"disk2"}, "disk2"}));
+    EXPECT_EQ(board.selection(VolumeSide::Card), (Selection{{"cardB"}, "cardB"}));
+    EXPECT_EQ(board.selection(VolumeSide::Destination), (Selection{{"disk2"}, {}}));
     board.mounted = both;
     const auto applied = board.pass();
-    EXPECT_EQ(board.cardSelection().ids, (VolumeIDs{"cardB"})) << "a tick does not come back";
-    EXPECT_EQ(board.destinationSelection().ids, (VolumeIDs{"disk2"}));
+    EXPECT_EQ(board.selection(VolumeSide::Card).ids, (VolumeIDs{"cardB"}))
+        << "a tick does not come back";
+    EXPECT_EQ(board.selection(VolumeSide::Destination).ids, (VolumeIDs{"disk2"}));
     EXPECT_EQ(applied.appeared, (VolumeIDs{"cardA", "disk1"}));
     EXPECT_THAT(applied.newCards, IsEmpty()) << "a card is new once";
     EXPECT_THAT(board.pass().appeared, IsEmpty()) << "nothing has changed";
@@ -216,8 +217,7 @@ TEST(VolumeBoard, RestoresDestinationsWhereNoneIsTicked) {
             board.mounted.push_back(volume(id, VolumeKind::Destination));
         board.stored = testCase.stored;
         board.pass();
-        EXPECT_EQ(board.destinationSelection().ids, testCase.ticked);
-        EXPECT_EQ(board.destinationSelection().focused.has_value(), !testCase.ticked.empty());
+        EXPECT_EQ(board.selection(VolumeSide::Destination).ids, testCase.ticked);
     }
 }
 
@@ -225,35 +225,35 @@ TEST(VolumeBoard, RemovingMovesTheFocus) {
     Board board;
     board.pass();
     EXPECT_EQ(board.selectedCard(), nullptr) << "no card is ticked by itself";
-    board.cardSelection() = {{"cardB"}, "cardA"};
-    board.removeCard(board.at("cardA"));
-    EXPECT_EQ(board.cardSelection().focused, "cardB") << "to a ticked one";
+    board.selection(VolumeSide::Card) = {{"cardB"}, "cardA"};
+    board.remove(VolumeSide::Card, board.at("cardA"));
+    EXPECT_EQ(board.selection(VolumeSide::Card).focused, "cardB") << "to a ticked one";
     board.pass();
-    board.removeCard(board.at("cardB"));
-    EXPECT_FALSE(board.cardSelection().focused);
+    board.remove(VolumeSide::Card, board.at("cardB"));
+    EXPECT_FALSE(board.selection(VolumeSide::Card).focused);
 
     Board other;
     other.pass();
-    other.cardSelection().focused = "cardB";
-    other.removeCard(other.at("cardB"));
-    EXPECT_EQ(other.cardSelection().focused, "cardA") << "else to another one";
+    other.selection(VolumeSide::Card).focused = "cardB";
+    other.remove(VolumeSide::Card, other.at("cardB"));
+    EXPECT_EQ(other.selection(VolumeSide::Card).focused, "cardA") << "else to another one";
 }
 
 TEST(VolumeBoard, KeepsTheListsOrderAndFindsTheCardInFocus) {
     Board board;
     board.pass();
-    board.cardSelection().ids = {"cardB", "cardA"};
-    EXPECT_THAT(ids(board.selectedCards()), ElementsAre("cardA", "cardB"));
-    board.cardSelection().focused = "cardB";
+    board.selection(VolumeSide::Card).ids = {"cardB", "cardA"};
+    EXPECT_THAT(ids(board.selected(VolumeSide::Card)), ElementsAre("cardA", "cardB"));
+    board.selection(VolumeSide::Card).focused = "cardB";
     EXPECT_EQ(board.selectedCard()->id(), "cardB");
-    board.cardSelection().focused = "long gone";
+    board.selection(VolumeSide::Card).focused = "long gone";
     EXPECT_EQ(board.selectedCard()->id(), "cardA");
 }
 
 TEST(VolumeBoard, FillsInSizesThatAreNotKnown) {
     Board board;
     board.mounted[1].facts.freeBytes = 7;
-    board.addPickedDestination(folder("/x/1", VolumeKind::Destination));
+    board.addPicked(VolumeSide::Destination, folder("/x/1", VolumeKind::Destination));
     board.pass();
     board.applyCapacity("disk1", 100, 50);
     board.applyCapacity("disk2", 100, 50);

@@ -1,21 +1,19 @@
 // Draws the window in one state of a staged model: slatewise-screenshots SCENE LANGUAGE PALETTE
 // FILE [WIDTH HEIGHT]. The scale is Qt's own (QT_SCALE_FACTOR).
 
+#include "Stage.h"
+
 #include <QGuiApplication>
 #include <QPalette>
 #include <QQmlApplicationEngine>
-#include <QQmlComponent>
-#include <QQmlContext>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QTimer>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <cstdio>
-#include <memory>
 
 Q_IMPORT_QML_PLUGIN(SlatewiseViewsPlugin)
-Q_IMPORT_QML_PLUGIN(SlatewiseStagePlugin)
 
 namespace {
 
@@ -49,19 +47,13 @@ int main(int count, char** words) {
     if (arguments.at(3) == "dark")
         useDarkPalette();
 
+    slatewise::test::Stage stage;
+    stage.model()->setLanguageCode(arguments.at(2));
+    stage.play(scene);
+
     QQmlApplicationEngine engine;
     engine.addImportPath("qrc:/qt/qml");
-    QQmlComponent scenesType(&engine, QUrl("qrc:/qt/qml/SlatewiseStage/Scenes.qml"));
-    const std::unique_ptr<QObject> scenes(scenesType.create());
-    if (!scenes) {
-        std::fprintf(stderr, "%s\n", qPrintable(scenesType.errorString()));
-        return 1;
-    }
-    auto* model = scenes->property("model").value<QObject*>();
-    model->setProperty("language", arguments.at(2));
-    QMetaObject::invokeMethod(scenes.get(), "play", Q_ARG(QVariant, scene));
-
-    engine.setInitialProperties({{"appModel", QVariant::fromValue(model)}});
+    engine.setInitialProperties({{"appModel", QVariant::fromValue(stage.model())}});
     engine.load(QUrl("qrc:/qt/qml/SlatewiseViews/MainWindow.qml"));
     if (engine.rootObjects().isEmpty())
         return 1;
@@ -74,8 +66,5 @@ int main(int count, char** words) {
     QTimer::singleShot(kSettledMilliseconds, window, [window, file = arguments.at(4)] {
         QGuiApplication::exit(window->grabWindow().save(file) ? 0 : 1);
     });
-    const int code = QGuiApplication::exec();
-    // The window goes before the model that it shows.
-    delete window;
-    return code;
+    return QGuiApplication::exec();
 }

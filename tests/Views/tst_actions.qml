@@ -7,62 +7,63 @@ ViewCase {
     name: "Actions"
 
     function test_copy_and_stop() {
-        model.canCopy = false
+        model.cards.clear()
         mouseClick(find("copy"))
-        compare(model.calls, [])
+        compare(model.batch.standing, BatchControl.Resting)
         // A missing unit does not hold the button back: pressing it tells.
-        model.canCopy = true
-        model.cards.setProperty(0, "unit", "")
+        stage.choose("A001", "")
         mouseClick(find("copy"))
-        compare(model.calls, [["startCopy"]])
-        model.isBusy = true
+        verify(row("cards", 0).needsUnit)
+        stage.choose("A001", "CamA")
+        mouseClick(find("copy"))
+        verify(model.batch.isBusy)
         verify(!find("copy").visible && find("stop").visible)
         mouseClick(find("stop"))
-        compare(model.calls.length, 1, "the second click of two was meant for Copy")
+        wait(100)
+        verify(model.batch.isBusy, "the second click of two was meant for Copy")
         wait(Qt.styleHints.mouseDoubleClickInterval + 50)
         mouseClick(find("stop"))
-        compare(model.calls[1], ["cancelCopy"])
+        tryCompare(model.batch, "standing", BatchControl.Failed)
     }
 
     function test_the_keyboard_goes_from_copy_to_stop_and_back() {
-        model.canCopy = true
         find("copy").forceActiveFocus(Qt.TabFocusReason)
         desktop.holdKey(root.Window.window, Qt.Key_Return, 5)
-        compare(model.calls, [["startCopy"]])
-        model.canCopy = false
-        model.isBusy = true
+        verify(model.batch.isBusy)
         tryVerify(() => find("stop").activeFocus)
-        // As after a failure: what was ticked still is.
-        model.canCopy = true
-        model.isBusy = false
+        // What was ticked still is.
+        model.batch.cancel()
         tryVerify(() => find("copy").activeFocus)
     }
 
     function test_a_key_that_is_held_down_acts_once() {
-        const remove = find("delete", find("sets"))
-        for (const key of [Qt.Key_Return, Qt.Key_Space]) {
-            model.calls = []
+        const remove = find("delete", find("crews"))
+        for (const name of ["a", "b", "c"]) {
+            model.units.newCrewName = name
+            model.units.addCrew()
+        }
+        for (const [index, key] of [Qt.Key_Return, Qt.Key_Space].entries()) {
             remove.forceActiveFocus(Qt.TabFocusReason)
             desktop.holdKey(root.Window.window, key, 5)
-            compare(model.calls, [["deleteSelectedSet"]])
+            compare(model.units.crews.rowCount(), 4 - index)
         }
-        model.calls = []
         mouseDoubleClickSequence(remove)
-        compare(model.calls, [["deleteSelectedSet"]])
-        model.calls = []
+        compare(model.units.crews.rowCount(), 2)
         row("cards", 0).forceActiveFocus(Qt.TabFocusReason)
-        for (const key of [Qt.Key_Space, Qt.Key_Delete])
-            desktop.holdKey(root.Window.window, key, 5)
-        compare(model.calls, [["toggleCard", "a"], ["removeCard", "a"]])
+        desktop.holdKey(root.Window.window, Qt.Key_Space, 4)
+        verify(!row("cards", 0).selected)
+        desktop.holdKey(root.Window.window, Qt.Key_Delete, 5)
+        compare(names("cards"), ["B004", "SES_MIX_02"])
     }
 
     // A card's unit may be far along the strip, as is one that was just added.
     function test_the_chosen_chip_is_in_sight() {
         const strip = find("chips", find("units"))
-        model.units = model.units.concat(["Steadicam", "Underwater", "Crash Cam", "Witness"].map(
-                                             name => ({ name: name, active: false })))
-        const last = model.units.length - 1
-        model.units = model.units.map((unit, index) => ({ name: unit.name, active: index === last }))
+        for (const name of ["Steadicam", "Underwater", "Crash Cam", "Witness"]) {
+            model.units.newUnitName = name
+            model.units.addUnit()
+        }
+        const last = model.units.units.rowCount() - 1
         tryVerify(() => {
             const chip = strip.itemAtIndex(last)
             return chip !== null && strip.contentX > 0
@@ -78,12 +79,12 @@ ViewCase {
         const bar = find("bar")
         const filled = () => find("fill", bar).width / bar.width
         for (let step = 1; step <= 20; ++step) {
-            model.progressFraction = step / 20
+            stage.copying(step / 20)
             wait(data.pause)
         }
-        verify(filled() > 0.5, "stands at " + filled())
-        tryVerify(() => Math.abs(filled() - 1) < 0.001)
-        model.progressFraction = 0
+        verify(filled() > 0.125, "stands at " + filled())
+        tryVerify(() => Math.abs(filled() - 0.25) < 0.001)
+        stage.fail()
         tryVerify(() => filled() === 0)
     }
 
@@ -95,9 +96,11 @@ ViewCase {
         ]
     }
     function test_how_it_stands(data) {
-        model.progressFraction = data.succeed ? 1 : 0.25
-        model.progressDidSucceed = data.succeed
-        model.progressDidFail = data.fail
+        stage.copying(0.5)
+        if (data.succeed)
+            stage.succeed()
+        if (data.fail)
+            stage.fail()
         compare(find("successMark").visible, data.succeed)
         compare(find("successText").visible, data.succeed)
         compare(find("failureMark").visible, data.fail)
@@ -105,7 +108,7 @@ ViewCase {
         const edge = find("status").border.color
         verify(data.succeed === (edge.g > edge.r * 2), "green " + edge)
         verify(data.fail === (edge.r > edge.g * 2), "red " + edge)
-        compare(find("percent").text, data.succeed ? "100%" : "25%")
+        compare(find("percent").text, data.succeed ? "100%" : data.fail ? "0%" : "13%")
     }
 
     function luminance(colour) {
@@ -147,7 +150,7 @@ ViewCase {
         for (const [what, over, under] of pairs)
             verify(contrast(over, under) >= 4.5, what + ": " + contrast(over, under).toFixed(2))
         // Large and bold: three to one.
-        model.progressDidSucceed = true
+        stage.succeed()
         tryVerify(() => contrast(find("successText").color, laid(find("status").color, DITTheme.window)) >= 3)
         desktop.setDark(false)
     }

@@ -24,10 +24,9 @@ ViewCase {
 
     function test_done_keeps_and_closes() {
         keyClick(Qt.Key_Escape)
-        verify(model.isAdvancedPresented)
+        verify(model.settings.isPresented)
         mouseClick(inSheet("done"))
-        compare(model.calls, [["saveSettings"]])
-        verify(!model.isAdvancedPresented)
+        verify(!model.settings.isPresented)
     }
 
     function test_the_keyboard_comes_back_to_where_it_was() {
@@ -43,13 +42,11 @@ ViewCase {
 
     function test_switches_work_at_once() {
         mouseClick(inSheet("eject"))
-        compare(model.ejectAfterSuccess, false)
+        compare(model.settings.ejectAfterSuccess, false)
         mouseClick(inSheet("verifyOnly"))
-        compare(model.verifyOnly, true)
+        compare(model.settings.verifyOnly, true)
         reach("skip:.Trashes")
         keyClick(Qt.Key_Space)
-        compare(model.calls, [["setDefaultSkip", ".Trashes", false]])
-        // The list came anew; the keyboard is where it was.
         verify(inSheet("skip:.Trashes").activeFocus)
         compare(inSheet("skip:.Trashes").on, false)
     }
@@ -63,20 +60,22 @@ ViewCase {
         reach("addSkip")
         keyClick(Qt.Key_Space)
         compare(inSheet("skipField").text, "")
+        verify(shown("remove:m") && shown("remove:n"))
+        model.settings.removeSkipName("m")
+        model.settings.removeSkipName("n")
         for (const name of ["INDEX.DAT", "MISC"]) {
             reach("remove:" + name)
             keyClick(Qt.Key_Space)
         }
         verify(inSheet("skipField").activeFocus, "as no name is left")
-        compare(model.calls, [["addSkipName", "m"], ["addSkipName", "n"],
-                              ["removeSkipName", "INDEX.DAT"], ["removeSkipName", "MISC"]])
+        compare(model.settings.extraExcludes.rowCount(), 0)
     }
 
     function test_a_new_language_closes_nothing() {
         const turkish = find("languages", root.Window.window.contentItem).itemAtIndex(1)
         mouseClick(turkish)
         compare(model.language, "tr")
-        verify(model.isAdvancedPresented)
+        verify(model.settings.isPresented)
         compare(inSheet("done").text, "Tamam")
         compare(find("copy").text, "Kopyala")
         compare(find("languages", root.Window.window.contentItem).itemAtIndex(1).chosen, true)
@@ -85,13 +84,14 @@ ViewCase {
     function test_project_and_reports_folder() {
         reach("project").selectAll()
         keyClick(Qt.Key_P)
-        compare(model.projectName, "p")
+        compare(model.settings.projectName, "p")
+        reach("defaultReports")
+        keyClick(Qt.Key_Space)
+        verify(model.reports.isDefault)
         compare(inSheet("defaultReports").enabled, false)
-        model.isDefaultReportsFolder = false
-        for (const name of ["chooseReports", "defaultReports", "revealReports"]) {
-            reach(name)
-            keyClick(Qt.Key_Space)
-        }
-        compare(model.calls, [["pickReportsFolder"], ["resetReportsFolder"], ["revealReportsFolder"]])
+        stage.answerWith("reports")
+        reach("chooseReports")
+        keyClick(Qt.Key_Space)
+        verify(model.reports.path.endsWith("/reports"), model.reports.path)
     }
 }

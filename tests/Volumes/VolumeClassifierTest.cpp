@@ -29,7 +29,7 @@ struct Volume {
     bool isInternal = false;
     bool isRemovable = false;
     bool isExternal = false;
-    WriteObstacle obstacle = WriteObstacle::None;
+    bool isWritable = true;
 };
 
 VolumeFacts factsOf(const Volume& volume) {
@@ -41,7 +41,7 @@ VolumeFacts factsOf(const Volume& volume) {
     facts.isInternal = volume.isInternal;
     facts.isRemovable = volume.isRemovable;
     facts.isExternal = volume.isExternal;
-    facts.writeObstacle = volume.obstacle;
+    facts.isWritable = volume.isWritable;
     return facts;
 }
 
@@ -81,28 +81,10 @@ TEST(VolumeClassifier, WeighsFactsBehindHardGates) {
          7,
          {kOuter, "protokol USB", kFolder}},
         {"external disk that is read-only",
-         {.fileSystem = "APFS",
-          .protocol = "USB",
-          .isExternal = true,
-          .obstacle = WriteObstacle::ReadOnly},
+         {.fileSystem = "APFS", .protocol = "USB", .isExternal = true, .isWritable = false},
          kUnknown,
          4,
-         {kOuter, "protokol USB", "salt okunur"}},
-        {"external disk of another user",
-         {.isExternal = true, .obstacle = WriteObstacle::NoPermission},
-         kUnknown,
-         2,
-         {kOuter, "yazma izni yok"}},
-        {"external disk that does not answer",
-         {.isExternal = true, .obstacle = WriteObstacle::NoAnswer},
-         kUnknown,
-         2,
-         {kOuter, "yanıt yok"}},
-        {"card that is locked",
-         {.fileSystem = "ExFAT", .isRemovable = true, .obstacle = WriteObstacle::ReadOnly},
-         kCard,
-         4,
-         {kOuter, "dosya sistemi ExFAT"}},
+         {kOuter, "protokol USB"}},
         {"external disk of a file system that nobody knows",
          {.fileSystem = "ZFS", .isExternal = true},
          kUnknown,

@@ -43,7 +43,6 @@ Desk::Desk() {
     };
     surroundings.eject = [this](const auto& mountPoint) {
         ejected.push_back(mountPoint);
-        return DiskUtilClient::Ejected();
     };
     surroundings.openFile = [this](const auto& file) {
         opened.push_back(file);
@@ -68,6 +67,7 @@ QString Desk::mount(const std::string& name, VolumeKind kind) {
     volume.facts.mountPoint = folder / name;
     volume.facts.volumeName = name;
     volume.facts.deviceIdentifier = "dev-" + name;
+    volume.facts.isWritable = true;
     volume.kind = kind;
     return toQString(volume.id());
 }
@@ -96,17 +96,17 @@ void Desk::unmount(const QString& id) {
 }
 
 void Desk::selectCard(const QString& id, const QString& unit) {
-    model().toggleCard(id);
-    model().focusCard(id);
-    model().tapUnit(unit);
+    model().cards()->toggle(id);
+    model().cards()->focus(id);
+    model().units()->tapUnit(unit);
 }
 
 void Desk::copy() {
     bool isOver = false;
     const auto connection =
-        QObject::connect(&model(), &AppModel::batchFinished, [&isOver] { isOver = true; });
-    model().startCopy();
-    if (model().isBusy())
+        QObject::connect(&model(), &AppModel::recentSessionsRead, [&isOver] { isOver = true; });
+    model().batch()->start();
+    if (model().batch()->isBusy())
         waitUntil([&] { return isOver; }, kLongestBatch);
     QObject::disconnect(connection);
 }

@@ -21,7 +21,7 @@ Pressable {
     readonly property color foreground: {
         switch (kind) {
         case ActionButton.Prominent:
-            return enabled ? "#ffffff" : DITTheme.secondary
+            return enabled ? DITTheme.accentInk : DITTheme.secondary
         case ActionButton.Destructive:
             return DITTheme.dangerText
         case ActionButton.Plain:
@@ -34,9 +34,9 @@ Pressable {
         case ActionButton.Prominent:
             return enabled ? DITTheme.accent : DITTheme.pressed
         case ActionButton.Destructive:
-            return DITTheme.withOpacity(DITTheme.danger, 0.1)
+            return DITTheme.destructiveFill
         case ActionButton.Plain:
-            return "transparent"
+            return DITTheme.clear
         }
         return DITTheme.controlFill
     }
@@ -45,9 +45,9 @@ Pressable {
         case ActionButton.Bordered:
             return DITTheme.controlStroke
         case ActionButton.Destructive:
-            return DITTheme.withOpacity(DITTheme.danger, 0.5)
+            return DITTheme.destructiveStroke
         }
-        return "transparent"
+        return DITTheme.clear
     }
 
     implicitHeight: DITTheme.controlHeight
@@ -88,7 +88,7 @@ Pressable {
 
     background: Rectangle {
         id: ground
-        radius: 8
+        radius: DITTheme.controlRadius
         color: button.fill
         border.width: 1
         border.color: button.stroke
@@ -96,7 +96,7 @@ Pressable {
         Rectangle {
             anchors.fill: parent
             radius: parent.radius
-            color: button.kind === ActionButton.Prominent ? "#000000" : DITTheme.primary
+            color: button.kind === ActionButton.Prominent ? DITTheme.shade : DITTheme.primary
             opacity: button.down ? 0.14 : button.hovered ? 0.07 : 0
             Behavior on opacity {
                 NumberAnimation { duration: DITTheme.quick }

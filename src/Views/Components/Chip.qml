@@ -39,15 +39,14 @@ T.RadioButton {
     background: Rectangle {
         radius: height / 2
         color: chip.chosen ? chip.hue
-                           : DITTheme.withOpacity(chip.hue, chip.down ? 0.3 : chip.hovered ? 0.16 : 0.06)
+                           : DITTheme.chipFill(chip.hue, chip.down, chip.hovered)
         border.width: 1
-        border.color: chip.chosen ? chip.hue : DITTheme.withOpacity(chip.hue, 0.55)
+        border.color: chip.chosen ? chip.hue : DITTheme.chipStroke(chip.hue)
 
         Rectangle {
             anchors.fill: parent
             radius: parent.radius
-            // Away from the ink, so that the name stays legible.
-            color: Qt.colorEqual(chip.foreground, "#ffffff") ? "#000000" : "#ffffff"
+            color: DITTheme.chipShade(chip.hue)
             opacity: !chip.chosen ? 0 : chip.down ? 0.2 : chip.hovered ? 0.1 : 0
         }
         FocusRing {

@@ -5,12 +5,13 @@ import SlatewiseViews
 Rectangle {
     property bool shown: false
     property int gap: 2
+    readonly property Rectangle around: parent as Rectangle
 
     anchors.fill: parent
     anchors.margins: -gap - border.width
     visible: shown
-    color: "transparent"
-    radius: parent.radius !== undefined ? parent.radius + gap + border.width : DITTheme.radius
+    color: DITTheme.clear
+    radius: (around ? around.radius : DITTheme.radius) + gap + border.width
     border.width: 2
     border.color: DITTheme.focusRing
     Accessible.ignored: true

@@ -9,7 +9,7 @@ IconImage {
 
     width: size
     height: size
-    sourceSize: Qt.size(size, size)
+    sourceSize { width: size; height: size }
     source: symbol ? Qt.resolvedUrl("../icons/" + symbol + ".svg") : ""
     color: DITTheme.primary
     Accessible.ignored: true

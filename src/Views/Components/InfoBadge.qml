@@ -12,9 +12,9 @@ Rectangle {
     implicitWidth: Math.ceil(Math.min(label.implicitWidth, 112)) + 16
     implicitHeight: label.implicitHeight + 8
     radius: height / 2
-    color: DITTheme.withOpacity(hue, 0.18)
+    color: DITTheme.badgeFill(hue)
     border.width: 1
-    border.color: DITTheme.withOpacity(hue, 0.45)
+    border.color: DITTheme.badgeStroke(hue)
 
     AppText {
         id: label

@@ -15,7 +15,7 @@ T.TextField {
     color: DITTheme.primary
     placeholderTextColor: DITTheme.tertiary
     selectionColor: DITTheme.accent
-    selectedTextColor: "#ffffff"
+    selectedTextColor: DITTheme.accentInk
     font.pixelSize: DITTheme.subheadline
     Accessible.name: placeholderText
 
@@ -34,7 +34,7 @@ T.TextField {
     }
 
     background: Rectangle {
-        radius: 8
+        radius: DITTheme.controlRadius
         color: DITTheme.field
         border.width: field.activeFocus ? 2 : 1
         border.color: field.activeFocus ? DITTheme.focusRing : DITTheme.controlStroke

@@ -6,13 +6,16 @@ import QtQuick.Templates as T
 Item {
     required property T.AbstractButton button
 
-    Keys.onPressed: event => {
+    Keys.onPressed: event => press(event)
+    Keys.onReleased: event => release(event)
+
+    function press(event: KeyEvent) {
         const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
         if (isReturn && !event.isAutoRepeat)
             button.clicked()
         event.accepted = isReturn || event.key === Qt.Key_Space && event.isAutoRepeat
     }
-    Keys.onReleased: event => {
+    function release(event: KeyEvent) {
         event.accepted = event.key === Qt.Key_Space && event.isAutoRepeat
     }
 }

@@ -17,7 +17,7 @@ Rectangle {
 
     implicitHeight: 8
     radius: height / 2
-    color: DITTheme.withOpacity(DITTheme.primary, 0.1)
+    color: DITTheme.track
     Accessible.role: Accessible.ProgressBar
     Accessible.name: Math.round(fraction * 100) + "%"
 

@@ -19,7 +19,7 @@ Flickable {
     clip: interactive
 
     // What has the keyboard stays in sight when something above it grows.
-    onContentHeightChanged: Qt.callLater(followKeyboard)
+    onContentHeightChanged: Later.call(followKeyboard)
 
     function followKeyboard() {
         const item = Window.window ? Window.window.activeFocusItem : null
@@ -66,8 +66,8 @@ Flickable {
         visible: area.interactive
         contentItem: Rectangle {
             implicitWidth: 6
-            radius: 3
-            color: DITTheme.withOpacity(DITTheme.primary, 0.3)
+            radius: width / 2
+            color: DITTheme.scrollBar
         }
     }
 }

@@ -44,7 +44,7 @@ T.Popup {
 
     background: Rectangle {
         color: DITTheme.sheet
-        radius: 14
+        radius: DITTheme.sheetRadius
         border.width: 1
         border.color: DITTheme.panelStroke
     }

@@ -5,11 +5,12 @@ import SlatewiseViews
 Tick {
     id: row
 
-    signal flipped(bool on)
+    // Asks for the other state; `on` is still the old one.
+    signal flipped()
 
     implicitHeight: Math.max(DITTheme.controlHeight, label.implicitHeight + 8)
     font.pixelSize: DITTheme.body
-    onClicked: flipped(!on)
+    onClicked: flipped()
 
     contentItem: Item {
         AppText {
@@ -29,8 +30,8 @@ Tick {
             anchors.verticalCenter: parent.verticalCenter
             width: 38
             height: 22
-            radius: 11
-            color: row.on ? DITTheme.accent : DITTheme.withOpacity(DITTheme.primary, 0.3)
+            radius: height / 2
+            color: row.on ? DITTheme.accent : DITTheme.switchOff
             Behavior on color {
                 ColorAnimation { duration: DITTheme.quick }
             }
@@ -40,8 +41,8 @@ Tick {
                 anchors.verticalCenter: parent.verticalCenter
                 width: 18
                 height: 18
-                radius: 9
-                color: "#ffffff"
+                radius: height / 2
+                color: DITTheme.knob
                 Behavior on x {
                     NumberAnimation { duration: DITTheme.quick }
                 }
@@ -56,7 +57,7 @@ Tick {
         anchors.fill: parent
         anchors.leftMargin: -8
         anchors.rightMargin: -8
-        radius: 6
-        color: row.down ? DITTheme.pressed : row.hovered ? DITTheme.hover : "transparent"
+        radius: DITTheme.smallRadius
+        color: row.down ? DITTheme.pressed : row.hovered ? DITTheme.hover : DITTheme.clear
     }
 }

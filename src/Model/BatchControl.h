@@ -1,0 +1,94 @@
+#pragma once
+
+#include "Batch/Batch.h"
+#include "Batch/ProgressTexts.h"
+#include "Model/ModelState.h"
+#include "Model/VolumeFollower.h"
+#include "Service/ServiceProfileFile.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace slatewise {
+
+/// The button, and how the offload stands: what is looked at before a batch, what is shown of it,
+/// and what it leaves behind in the model. GUI thread.
+class BatchControl : public QObject, public BatchListener {
+    Q_OBJECT
+    Q_PROPERTY(bool canCopy READ canCopy NOTIFY canCopyChanged)
+    Q_PROPERTY(Standing standing READ standing NOTIFY changed)
+    Q_PROPERTY(bool isBusy READ isBusy NOTIFY changed)
+    Q_PROPERTY(double fraction READ fraction NOTIFY changed)
+    Q_PROPERTY(QString percentText READ percentText NOTIFY changed)
+    Q_PROPERTY(QString title READ title NOTIFY changed)
+
+public:
+    enum Standing { Resting, Busy, Succeeded, Failed };
+    Q_ENUM(Standing)
+
+    /// All outlive this.
+    BatchControl(ModelState& state, VolumeFollower& volumes, const ServiceProfileFile& profile);
+    ~BatchControl() override;
+
+    bool canCopy() const { return canCopy_; }
+    Standing standing() const { return shown_.standing; }
+    bool isBusy() const { return shown_.standing == Busy; }
+    double fraction() const { return shown_.fraction; }
+    QString percentText() const { return shown_.percentText; }
+    QString title() const { return shown_.title; }
+    const OffloadPhase& phase() const { return phase_; }
+    const BatchPosition& position() const { return position_; }
+
+    Q_INVOKABLE void start();
+    Q_INVOKABLE void cancel();
+
+    /// Told of every batch beside the views. Outlives this; null for none.
+    void setListener(BatchListener* listener) { listener_ = listener; }
+
+    void batchBegan(const BatchPlan& plan) override;
+    void pairBegan(const BatchPair& pair) override;
+    void phaseChanged(const OffloadPhase& phase) override;
+    void problemFound(const OffloadProblem& problem) override;
+    void pairEnded(const BatchPair& pair, const PairResult& result) override;
+    void batchEnded(const BatchResult& result) override;
+
+Q_SIGNALS:
+    void canCopyChanged();
+    void changed();
+    /// Of one press of the button, and all that follows it.
+    void finished();
+
+private:
+    struct Shown {
+        Standing standing = Resting;
+        double fraction = 0;
+        QString percentText;
+        QString title;
+        friend bool operator==(const Shown&, const Shown&) = default;
+    };
+
+    void show();
+    void showProgress();
+    BatchPlan plan() const;
+    bool everyCardHasItsUnit(const BatchPlan& plan);
+    static QCoro::Task<> showReport(QPointer<BatchControl> self,
+                                    std::optional<std::filesystem::path> report);
+
+    ModelState& state_;
+    VolumeFollower& volumes_;
+    const ServiceProfileFile& profile_;
+    OffloadPhase phase_;
+    BatchPosition position_;
+    std::shared_ptr<Batch> batch_;
+    BatchListener* listener_ = nullptr;
+    bool canCopy_ = false;
+    Shown shown_;
+};
+
+} // namespace slatewise

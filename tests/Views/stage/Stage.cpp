@@ -1,0 +1,224 @@
+#include "Stage.h"
+
+#include "Model/QtText.h"
+#include "Offload/OffloadError.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace slatewise::test {
+
+namespace {
+
+constexpr double kGB = 1e9;
+constexpr auto kMounts = "/media/dit/";
+
+QString idOf(const QString& name) {
+    return "dev-" + name;
+}
+
+} // namespace
+
+/// What workers are told by the disks. One whose size nobody knows gives no answer before the stage
+/// is cleared.
+class Stage::Disks {
+public:
+    void set(const std::string& id, std::int64_t bytes) {
+        const std::lock_guard lock(mutex_);
+        sizes_[id] = bytes;
+    }
+    std::int64_t size(const std::string& id) const {
+        std::unique_lock lock(mutex_);
+        const auto known = sizes_.find(id);
+        if (known != sizes_.end())
+            return known->second;
+        cleared_.wait(lock, [this] { return isCleared_; });
+        return 0;
+    }
+    void clear() {
+        const std::lock_guard lock(mutex_);
+        isCleared_ = true;
+        cleared_.notify_all();
+    }
+
+private:
+    mutable std::mutex mutex_;
+    mutable std::condition_variable cleared_;
+    std::map<std::string, std::int64_t> sizes_;
+    bool isCleared_ = false;
+};
+
+Stage::Stage(QObject* parent) : QObject(parent), disks_(std::make_shared<Disks>()) {
+    desk_.surroundings.findObstacle = [disks = disks_](const auto&) {
+        disks->size("one that is silent");
+        return std::optional<std::string>("nobody waits for this any more");
+    };
+    desk_.surroundings.measure = [disks = disks_](const auto& entry, const auto&) {
+        return Measurement{disks->size(entry.id), 0, 0};
+    };
+    OffloadSettings settings = OffloadSettings::load(desk_.defaults);
+    settings.outputFolderPath = "/home/dit/Documents/SlatewiseDIT";
+    settings.ejectAfterSuccess = true;
+    settings.save(desk_.defaults);
+    desk_.start();
+}
+
+Stage::~Stage() {
+    disks_->clear();
+}
+
+void Stage::add(const QString& name, VolumeKind kind, std::int64_t bytes) {
+    auto& volume = desk_.volumes.emplace_back();
+    volume.facts.volumeName = name.toStdString();
+    volume.facts.mountPoint = kMounts + volume.facts.volumeName;
+    volume.facts.deviceIdentifier = idOf(name).toStdString();
+    volume.facts.isWritable = true;
+    volume.kind = kind;
+    if (kind == VolumeKind::Destination)
+        volume.facts.freeBytes = bytes;
+    if (bytes > 0)
+        disks_->set(volume.id(), bytes);
+    model()->volumes().apply();
+}
+
+void Stage::plugInCard(const QString& name, double bytes) {
+    add(name, VolumeKind::CameraCard, static_cast<std::int64_t>(bytes));
+}
+
+void Stage::plugInDisk(const QString& name, double freeBytes) {
+    add(name, VolumeKind::Destination, static_cast<std::int64_t>(freeBytes));
+}
+
+void Stage::moveToTop(const QString& name) {
+    auto& volumes = desk_.volumes;
+    const auto found = std::find_if(volumes.begin(), volumes.end(), [&](const auto& volume) {
+        return volume.facts.volumeName == name.toStdString();
+    });
+    std::rotate(volumes.begin(), found, found + 1);
+    model()->volumes().apply();
+}
+
+void Stage::pull(const QString& name) {
+    desk_.unmount(idOf(name));
+    model()->volumes().apply();
+}
+
+void Stage::pullAll() {
+    desk_.volumes.clear();
+    model()->volumes().apply();
+}
+
+void Stage::choose(const QString& card, const QString& unit) {
+    auto& cards = *model()->cards();
+    if (!model()->state().board.selection(VolumeSide::Card).contains(idOf(card).toStdString()))
+        cards.toggle(idOf(card));
+    cards.focus(idOf(card));
+    if (!unit.isEmpty())
+        model()->units()->tapUnit(unit);
+}
+
+void Stage::answerWith(const QString& name) {
+    desk_.choice = desk_.folder / name.toStdString();
+    std::filesystem::create_directories(*desk_.choice);
+}
+
+BatchPlan Stage::plan() {
+    const auto& state = model()->state();
+    return {.settings = state.settings,
+            .language = state.language,
+            .cards = state.board.selected(VolumeSide::Card),
+            .destinations = state.board.selected(VolumeSide::Destination),
+            .cameraByCardID = state.cardUnits.cameraByCardID,
+            .ekipByCardID = state.cardUnits.ekipByCardID,
+            .totalBytes = 0};
+}
+
+void Stage::copying(double fraction) {
+    auto& batch = *model()->batch();
+    if (!batch.isBusy())
+        batch.pairBegan(plan().pairs().front());
+    batch.phaseChanged(Phase::Copying{"CLIP/A001C092_260301.mxf", 92, 214, fraction, 412.6e6});
+}
+
+void Stage::succeed() {
+    BatchResult result;
+    result.wasBegun = true;
+    result.filesDone = 214;
+    result.bytesDone = static_cast<std::int64_t>(182.3 * kGB);
+    model()->batch()->batchEnded(result);
+}
+
+void Stage::fail() {
+    const auto pair = plan().pairs().front();
+    BatchResult result;
+    result.wasBegun = true;
+    result.message =
+        model()->state().l10n().verifyIncomplete(pair.card.name(), pair.destination.name());
+    model()->batch()->batchEnded(result);
+}
+
+void Stage::play(const QString& scene) {
+    if (scene == "empty")
+        return;
+    if (scene == "cards")
+        return playCards();
+    playReady();
+    if (scene == "needsUnit") {
+        plugInCard("C002", 64 * kGB);
+        choose("C002", {});
+        model()->batch()->start();
+    } else if (scene == "busy") {
+        copying(0.86);
+    } else if (scene == "success") {
+        succeed();
+    } else if (scene == "failed") {
+        fail();
+    } else if (scene == "crowded") {
+        playCrowded();
+    } else if (scene == "sheet" || scene == "editor") {
+        model()->settings()->addSkipName("MISC");
+        model()->settings()->addSkipName("INDEX.DAT");
+        model()->settings()->setPresented(true);
+    }
+}
+
+void Stage::playCards() {
+    model()->settings()->setProjectName("Uzak Kıyılar");
+    plugInCard("A001", 118.2 * kGB);
+    plugInCard("B004", 64.07 * kGB);
+    plugInCard("SES_MIX_02", 0);
+    plugInDisk("SHUTTLE_01", 3.12e12);
+    plugInDisk("RAID Backup", 18.4e12);
+    model()->destinations()->toggle(idOf("RAID Backup"));
+    choose("A001", {});
+    Desk::waitUntil([this] {
+        const auto& sizes = model()->state().contentSizes;
+        return sizes.usedBytes("dev-A001") && sizes.usedBytes("dev-B004");
+    });
+}
+
+void Stage::playReady() {
+    playCards();
+    choose("B004", "CamB");
+    choose("A001", "CamA");
+}
+
+void Stage::playCrowded() {
+    for (int card = 0; card < 9; ++card) {
+        const auto name = "A very long card name that nobody asked for " + QString::number(card);
+        plugInCard(name, 512.1 * kGB);
+        choose(name, card % 2 == 0 ? "Steadicam Operator" : "");
+    }
+    for (const auto* unit : {"Underwater", "Crash Cam", "Witness"}) {
+        model()->units()->setNewUnitName(unit);
+        model()->units()->addUnit();
+    }
+    model()->settings()->setProjectName(
+        "A production whose name does not fit into any header that was ever drawn");
+    model()->batch()->start();
+}
+
+} // namespace slatewise::test
