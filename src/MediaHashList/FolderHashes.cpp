@@ -37,19 +37,27 @@ void FolderHashes::addFile(std::string_view path, const std::string& value) {
     parent.structures.push_back(namedHash(path, value));
 }
 
+void FolderHashes::addFolder(std::string_view path, const FolderValue& value) {
+    auto& parent = parentOf(path);
+    parent.contents.push_back(value.content);
+    parent.structures.push_back(namedHash(path, value.structure));
+}
+
 std::map<std::string, FolderValue> FolderHashes::finish() {
     std::map<std::string, FolderValue> values;
     // Backwards, whatever lies in a folder comes before the folder.
     for (auto folder = folders_.rbegin(); folder != folders_.rend(); ++folder) {
         const auto& [path, parts] = *folder;
+        if (!parts.isComplete) {
+            if (!path.empty())
+                addUnknown(path);
+            continue;
+        }
         const FolderValue value = {.format = format_,
                                    .content = hashOfList(format_, parts.contents),
                                    .structure = hashOfList(format_, parts.structures)};
-        if (!path.empty()) {
-            auto& parent = folders_.find(parentPath(path))->second;
-            parent.contents.push_back(value.content);
-            parent.structures.push_back(namedHash(path, value.structure));
-        }
+        if (!path.empty())
+            addFolder(path, value);
         values.emplace(path, value);
     }
     return values;

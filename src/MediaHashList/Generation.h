@@ -1,7 +1,7 @@
 #pragma once
 
-#include "MediaHashList/HashValue.h"
 #include "Platform/Clock.h"
+#include "Platform/HashValue.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,6 +12,10 @@
 /// The industry's exchange format for checksums: a folder `ascmhl` at the root of a delivered tree,
 /// with one generation for each time the tree was hashed and a chain that lists them.
 namespace slatewise::MediaHashList {
+
+/// The formats that a generation may hold, in the order in which they stand there.
+inline constexpr std::array kHashFormats = {HashFormat::C4, HashFormat::MD5, HashFormat::SHA1,
+                                            HashFormat::XXH128, HashFormat::XXH64};
 
 /// What a generation says of a value.
 enum class HashAction {
@@ -139,7 +143,7 @@ void sortInPostOrder(Generation& generation);
 std::string writeGeneration(const Generation& generation);
 
 /// Reads what anybody wrote, dates to the second. Formats that are not known are passed over. Fails
-/// with `Error` when it is no generation, declares entities, or names a path that does not lead
+/// with `ListError` when it is no generation, declares entities, or names a path that does not lead
 /// down.
 Generation readGeneration(std::string_view text);
 

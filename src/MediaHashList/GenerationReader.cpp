@@ -1,6 +1,6 @@
 #include "MediaHashList/Generation.h"
 
-#include "Platform/Error.h"
+#include "MediaHashList/ListError.h"
 #include "Platform/Text.h"
 
 #include <QXmlStreamReader>
@@ -10,6 +10,10 @@
 namespace slatewise::MediaHashList {
 
 namespace {
+
+ListError notAList(const std::string& where) {
+    return ListError(ListError::Reason::NotAList, where);
+}
 
 std::string text(QXmlStreamReader& xml) {
     return xml.readElementText(QXmlStreamReader::SkipChildElements).toStdString();
@@ -26,7 +30,7 @@ std::optional<Instant> date(const QXmlStreamAttributes& attributes, const char* 
 
 std::string downwardPath(std::string path) {
     if (!leadsDown(path))
-        throw Error("a path in the list leads out of its folder: " + Text::displayable(path));
+        throw ListError(ListError::Reason::LeadsOut, path);
     return path;
 }
 
@@ -38,7 +42,10 @@ void forEachChild(QXmlStreamReader& xml, Visit&& visit) {
 }
 
 std::optional<HashFormat> formatNamed(const std::string& name) {
-    return fromRawValue<HashFormat>(name);
+    const auto format = fromRawValue<HashFormat>(name);
+    const bool isListed = format && std::find(kHashFormats.begin(), kHashFormats.end(), *format) !=
+                                        kHashFormats.end();
+    return isListed ? format : std::nullopt;
 }
 
 std::string value(QXmlStreamReader& xml, HashFormat format) {
@@ -46,7 +53,7 @@ std::string value(QXmlStreamReader& xml, HashFormat format) {
     if (format != HashFormat::C4)
         given = Text::asciiLowercased(given);
     if (!isValue(format, given))
-        throw Error(Text::displayable(given) + " is no " + std::string(rawValue(format)));
+        throw ListError(ListError::Reason::NotAValue, given);
     return given;
 }
 
@@ -142,7 +149,7 @@ void readProcess(QXmlStreamReader& xml, Generation& generation) {
         if (name == "process") {
             const auto process = fromRawValue<Process>(text(xml));
             if (!process)
-                throw Error("not a media hash list: its process is unknown");
+                throw notAList("process");
             generation.process = *process;
         } else if (name == "roothash") {
             forEachChild(xml, [&](const std::string& part) {
@@ -168,7 +175,7 @@ Reference readReference(QXmlStreamReader& xml) {
             xml.skipCurrentElement();
     });
     if (reference.path.empty() || reference.c4.empty())
-        throw Error("not a media hash list: a reference is not complete");
+        throw notAList("hashlistreference");
     return reference;
 }
 
@@ -189,16 +196,16 @@ void enter(QXmlStreamReader& xml, const char* root, const char* space) {
     while (!xml.atEnd() && !xml.isStartElement()) {
         xml.readNext();
         if (xml.isDTD())
-            throw Error("not a media hash list: it declares a document type");
+            throw ListError(ListError::Reason::DeclaresDocumentType);
     }
     if (!xml.isStartElement() || xml.name() != QLatin1String(root) ||
         xml.namespaceUri() != QLatin1String(space))
-        throw Error("not a media hash list");
+        throw notAList(root);
 }
 
 void requireWhole(const QXmlStreamReader& xml) {
     if (xml.hasError())
-        throw Error("not a media hash list: " + xml.errorString().toStdString());
+        throw notAList(xml.errorString().toStdString());
 }
 
 QByteArray bytesIn(std::string_view text) {
@@ -236,7 +243,7 @@ std::vector<ChainLink> readChain(std::string_view given) {
         const int number = xml.attributes().value("sequencenr").toInt();
         auto reference = readReference(xml);
         if (number < 1 || reference.path.find('/') != std::string::npos)
-            throw Error("not a chain of media hash lists");
+            throw notAList("sequencenr");
         chain.push_back({number, std::move(reference.path), std::move(reference.c4)});
     });
     requireWhole(xml);

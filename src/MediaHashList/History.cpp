@@ -1,19 +1,16 @@
 #include "MediaHashList/History.h"
 
-#include "Platform/Error.h"
-#include "Platform/Files/FileSystem.h"
+#include "MediaHashList/ListError.h"
 #include "Platform/Text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 
 namespace slatewise::MediaHashList {
 
 namespace {
 
-constexpr std::string_view kChainName = "ascmhl_chain.xml";
 /// A list of a million files is a third of this.
 constexpr std::int64_t kLargestList = std::int64_t{1} << 30;
 
@@ -25,11 +22,11 @@ std::string portable(const std::string& name) {
     return text;
 }
 
-std::string fileName(int number, const std::filesystem::path& root, Instant createdAt) {
-    auto moment = Clock::iso8601(createdAt);
-    std::erase(moment, ':');
-    std::replace(moment.begin(), moment.end(), 'T', '_');
-    return fmt::format("{:04}_{}_{}.mhl", number, portable(root.filename().native()), moment);
+/// What there is room for in a file's name.
+std::string shortened(std::string name, std::size_t room) {
+    while (name.size() > room)
+        name = Text::prefix(name, Text::length(name) - 1);
+    return name;
 }
 
 const FileValue* valueIn(const std::vector<FileValue>& values, HashFormat format) {
@@ -46,42 +43,45 @@ HashAction actionOf(const FileValue& value, const std::vector<FileValue>& earlie
     return known->value == value.value ? HashAction::Verified : HashAction::Failed;
 }
 
+bool hasFailed(const HashedFile& file) {
+    return std::any_of(file.values.begin(), file.values.end(),
+                       [](const auto& value) { return value.action == HashAction::Failed; });
+}
+
+/// Reads with `parse`, whose complaints then name the list.
+template <typename Parse>
+auto parsed(const RootFolder& root, const std::filesystem::path& list, std::string_view text,
+            Parse&& parse) {
+    try {
+        return parse(text);
+    } catch (const ListError& failure) {
+        throw failure.in(root.path() / list);
+    }
+}
+
 } // namespace
 
-std::string readList(const std::filesystem::path& file) {
-    std::error_code failure;
-    // What a link leads to is none of the tree's.
-    if (!std::filesystem::is_regular_file(std::filesystem::symlink_status(file, failure)))
-        throw PosixError("open", file, failure ? failure.value() : ENOENT);
-    if (FileSystem::attributes(file).sizeBytes > kLargestList)
-        throw PosixError("read", file, EFBIG);
-    return FileSystem::read(file);
+std::string readList(const RootFolder& root, const std::filesystem::path& file) {
+    return root.read(file, kLargestList);
 }
 
-bool History::isIn(const std::filesystem::path& root) {
-    return FileSystem::exists(root / kHistoryFolder / kChainName);
-}
-
-History History::load(const std::filesystem::path& root) {
-    History history(root);
-    if (!isIn(root))
-        return history;
-    const auto folder = root / kHistoryFolder;
-    if (std::filesystem::is_symlink(folder))
-        throw PosixError("open", folder, ELOOP);
-    history.chain_ = readChain(readList(folder / kChainName));
+History History::load(const RootFolder& root, std::filesystem::path below) {
+    History history(root, std::move(below));
+    const auto folder = history.below_ / kHistoryFolder;
+    const auto chain = folder / kChainName;
+    history.chain_ = parsed(root, chain, readList(root, chain), readChain);
     for (const auto& link : history.chain_) {
-        const auto text = readList(folder / link.fileName);
+        const auto list = folder / link.fileName;
+        const auto text = readList(root, list);
         if (hashOf(HashFormat::C4, text) != link.c4)
-            throw Error(Text::displayable((folder / link.fileName).native()) +
-                        ": not the list that the chain names");
-        history.generations_.push_back(readGeneration(text));
+            throw ListError(ListError::Reason::NotTheChains, {}, root.path() / list);
+        history.generations_.push_back(parsed(root, list, text, readGeneration));
     }
     return history;
 }
 
-std::map<std::string, std::vector<FileValue>> History::known() const {
-    std::map<std::string, std::vector<FileValue>> known;
+KnownValues History::known() const {
+    KnownValues known;
     for (const auto& generation : generations_) {
         for (const auto& file : generation.files) {
             auto& values = known[file.path];
@@ -96,7 +96,12 @@ std::map<std::string, std::vector<FileValue>> History::known() const {
 
 void History::judge(Generation& next) const {
     const auto earlier = known();
+    std::erase_if(next.files, [&](const HashedFile& file) {
+        return hasFailed(file) && !earlier.contains(file.path);
+    });
     for (auto& file : next.files) {
+        if (hasFailed(file))
+            continue;
         const auto found = earlier.find(file.path);
         for (auto& value : file.values)
             value.action =
@@ -111,21 +116,36 @@ int History::nextNumber() const {
     return last + 1;
 }
 
-void History::append(Generation next) {
+std::string History::nextFileName(Instant createdAt) const {
+    constexpr std::size_t kLongestName = 255;
+    auto moment = Clock::iso8601(createdAt);
+    std::erase(moment, ':');
+    std::replace(moment.begin(), moment.end(), 'T', '_');
+    const auto number = fmt::format("{:04}_", nextNumber());
+    const auto end = fmt::format("_{}.mhl", moment);
+    const auto folder = below_.empty() ? root_->path() : below_;
+    return number +
+           shortened(portable(folder.filename().native()),
+                     kLongestName - number.size() - end.size()) +
+           end;
+}
+
+Reference History::append(Generation next) {
     sortInPostOrder(next);
-    const auto folder = root_ / kHistoryFolder;
-    FileSystem::createFolders(folder);
+    const auto folder = below_ / kHistoryFolder;
+    root_->createFolders(folder);
     const auto text = writeGeneration(next);
-    const int number = nextNumber();
-    const auto name = fileName(number, root_, next.creator.createdAt);
-    FileSystem::writeAtomically(folder / name, text);
-    FileSystem::syncVolume(folder);
+    const ChainLink link = {nextNumber(), nextFileName(next.creator.createdAt),
+                            hashOf(HashFormat::C4, text)};
+    root_->writeAtomically(folder / link.fileName, text);
+    root_->syncVolume();
     auto chain = chain_;
-    chain.push_back({number, name, hashOf(HashFormat::C4, text)});
-    FileSystem::writeAtomically(folder / kChainName, writeChain(chain));
-    FileSystem::syncVolume(folder);
+    chain.push_back(link);
+    root_->writeAtomically(folder / kChainName, writeChain(chain));
+    root_->syncVolume();
     chain_ = std::move(chain);
     generations_.push_back(std::move(next));
+    return {std::string(kHistoryFolder) + "/" + link.fileName, link.c4};
 }
 
 } // namespace slatewise::MediaHashList

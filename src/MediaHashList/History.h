@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MediaHashList/Generation.h"
+#include "Platform/Files/RootFolder.h"
 
 #include <filesystem>
 #include <map>
@@ -11,39 +12,47 @@ namespace slatewise::MediaHashList {
 
 /// The folder in which a history lies.
 inline constexpr std::string_view kHistoryFolder = "ascmhl";
+/// The file in it that names all generations.
+inline constexpr std::string_view kChainName = "ascmhl_chain.xml";
 
-/// The text of a list. A link, a FIFO or what is no list for its size alone is refused with
-/// `Error`.
-std::string readList(const std::filesystem::path& file);
+/// The text of a list, of whatever kind. A link, a FIFO or what is no list for its size alone is
+/// refused with `PosixError`.
+std::string readList(const RootFolder& root, const std::filesystem::path& file);
 
-/// All generations of one tree. What is read or written fails with `Error`. Blocks.
+/// What generations say of each file, the oldest word of each format.
+using KnownValues = std::map<std::string, std::vector<FileValue>, std::less<>>;
+
+/// All generations of one tree. What is read or written fails with `PosixError`. Blocks.
 class History {
 public:
-    /// Of the tree below `root`; without generations when it has none. Every generation must be
-    /// there and be the one that the chain names.
-    static History load(const std::filesystem::path& root);
+    /// One that has no generation yet, of the folder `below` beneath `root`, which is referred to.
+    explicit History(const RootFolder& root, std::filesystem::path below = {})
+        : root_(&root), below_(std::move(below)) {}
 
-    /// Whether a folder has a history at all.
-    static bool isIn(const std::filesystem::path& root);
+    /// As it lies there. Every generation must be there and be the one that the chain names. Fails
+    /// with `ListError`, too.
+    static History load(const RootFolder& root, std::filesystem::path below = {});
 
     const std::vector<Generation>& generations() const { return generations_; }
 
-    /// What the generations say of each file, the oldest word of each format.
-    std::map<std::string, std::vector<FileValue>> known() const;
+    KnownValues known() const;
 
     /// Says of each value of a generation that is to follow what it is to this history. A file
-    /// whose earlier values are of other formats must have one of these too.
+    /// whose earlier values are of other formats must have one of these too. What is said to have
+    /// failed already stays so, if the history knows the file, and else is taken out.
     void judge(Generation& next) const;
 
     /// Writes the next generation and sees it onto the disk, and then the chain, by renaming.
-    /// `next` is sorted, and must only have names that XML can hold.
-    void append(Generation next);
+    /// `next` is sorted, and must only have names that XML can hold. Gives the generation's file,
+    /// as seen from the history's own folder.
+    Reference append(Generation next);
 
 private:
-    explicit History(std::filesystem::path root) : root_(std::move(root)) {}
     int nextNumber() const;
+    std::string nextFileName(Instant createdAt) const;
 
-    std::filesystem::path root_;
+    const RootFolder* root_;
+    std::filesystem::path below_;
     std::vector<ChainLink> chain_;
     std::vector<Generation> generations_;
 };

@@ -176,7 +176,8 @@ private:
             }
             auto row = makeRow(entry, RowAction::Hash, VerifyStatus::Hashed);
             row.sourceSHA256 = SHA256Hasher::hashFile(onCard(entry.relativePath),
-                                                      SHA256Hasher::bufferSize, watch({}));
+                                                      SHA256Hasher::bufferSize, watch({}))
+                                   .sha256;
             results_.push_back(std::move(row));
         }
         if (!findsFoldersInPlace())
@@ -258,7 +259,7 @@ private:
                                       }));
         auto row = makeRow(entry, RowAction::Copy, VerifyStatus::CopiedUnverified);
         row.sizeBytes = copied.bytes;
-        row.sourceSHA256 = copied.sha256;
+        row.sourceSHA256 = copied.digests.sha256;
         results_.push_back(std::move(row));
     }
 
@@ -323,7 +324,7 @@ private:
                                                }));
         if (proof.mayComeFromMemory)
             keptInMemory_.push_back(row.relativePath);
-        row.destSHA256 = std::move(proof.sha256);
+        row.destSHA256 = std::move(proof.digests.sha256);
         if (Verifier::matches(row.sourceSHA256.value_or(""), *row.destSHA256)) {
             row.verifyStatus = VerifyStatus::Verified;
             return;

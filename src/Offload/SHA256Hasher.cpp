@@ -1,7 +1,6 @@
 #include "Offload/SHA256Hasher.h"
 
 #include "Offload/OffloadError.h"
-#include "Platform/Sha256.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
@@ -16,17 +15,6 @@ namespace {
 void throwIfCancelled(const std::stop_token& stop) {
     if (stop.stop_requested())
         throw CancellationError();
-}
-
-std::string hex(const Sha256::Digest& digest) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * digest.size());
-    for (const auto byte : digest) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 0x0f];
-    }
-    return text;
 }
 
 /// This thread's buffer, kept from one file to the next: for a small file, fresh memory costs more
@@ -59,20 +47,35 @@ void tellAccess(const TransferWatch& watch, const FileBeneath& name, const Uncac
         watch.onAccess(name, file.access());
 }
 
-std::string hashOpen(UncachedFile& file, const FileBeneath& name, std::size_t size,
+/// All values of a pass, the SHA-256 first.
+PassHasher hasherFor(const TransferWatch& watch) {
+    std::vector<HashFormat> formats = {HashFormat::SHA256};
+    formats.insert(formats.end(), watch.furtherFormats.begin(), watch.furtherFormats.end());
+    return PassHasher(formats);
+}
+
+FileDigests finish(PassHasher& hasher) {
+    auto values = hasher.finish();
+    FileDigests digests{std::move(values.front().text), {}};
+    values.erase(values.begin());
+    digests.further = std::move(values);
+    return digests;
+}
+
+FileDigests hashOpen(UncachedFile& file, const FileBeneath& name, std::size_t size,
                      const TransferWatch& watch) {
-    Sha256 hash;
+    auto hasher = hasherFor(watch);
     readUncached(file, size, watch.stop, [&](std::span<const std::byte> chunk) {
-        hash.update(chunk);
+        hasher.update(chunk);
         tellBytes(watch, chunk.size());
     });
     tellAccess(watch, name, file);
-    return hex(hash.finish());
+    return finish(hasher);
 }
 
 } // namespace
 
-std::string hashFile(const FileBeneath& name, std::size_t size, const TransferWatch& watch) {
+FileDigests hashFile(const FileBeneath& name, std::size_t size, const TransferWatch& watch) {
     auto file = UncachedFile::openForReading(name);
     return hashOpen(file, name, size, watch);
 }
@@ -80,12 +83,12 @@ std::string hashFile(const FileBeneath& name, std::size_t size, const TransferWa
 CopyResult copyAndHash(const FileBeneath& from, const FileBeneath& to, std::size_t size,
                        const TransferWatch& watch) {
     to.folder.createFolders(to.relative.parent_path());
-    Sha256 hash;
+    auto hasher = hasherFor(watch);
     CopyResult result;
     auto source = UncachedFile::openForReading(from);
     auto destination = UncachedFile::createForWriting(to);
     readUncached(source, size, watch.stop, [&](std::span<const std::byte> chunk) {
-        hash.update(chunk);
+        hasher.update(chunk);
         destination.write(chunk);
         result.bytes += static_cast<std::int64_t>(chunk.size());
         tellBytes(watch, chunk.size());
@@ -93,7 +96,7 @@ CopyResult copyAndHash(const FileBeneath& from, const FileBeneath& to, std::size
     destination.sync();
     tellAccess(watch, from, source);
     tellAccess(watch, to, destination);
-    result.sha256 = hex(hash.finish());
+    result.digests = finish(hasher);
 
     // A camera or a sync client may still be writing: what grew or shrank is no copy.
     const auto facts = source.attributes();

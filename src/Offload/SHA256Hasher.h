@@ -1,17 +1,19 @@
 #pragma once
 
 #include "Platform/Files/UncachedFile.h"
+#include "Platform/HashValue.h"
 
 #include <cstdint>
 #include <functional>
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace slatewise {
 
-/// What someone may want to know of a file's transfer while it goes on. Callbacks are called on the
-/// transfer's own thread and may be empty.
+/// What someone wants of a file's transfer, and to know of it while it goes on. Callbacks are
+/// called on the transfer's own thread and may be empty.
 struct TransferWatch {
     /// With the byte count of each chunk, once it is read and, in a copy, written.
     std::function<void(std::size_t)> onBytes;
@@ -19,6 +21,16 @@ struct TransferWatch {
     std::function<void(const FileBeneath&, FileAccess)> onAccess;
     /// Looked at before the first chunk and between chunks.
     std::stop_token stop;
+    /// To be computed in the same pass, beside the SHA-256.
+    std::vector<HashFormat> furtherFormats{};
+};
+
+/// The values of one pass over a file's bytes.
+struct FileDigests {
+    /// 64 lower-case hexadecimal digits.
+    std::string sha256;
+    /// In the order in which they were wanted.
+    HashValues further;
 };
 
 /// The byte mover: reads a file past the system's cache, hashes it as it goes, and either throws
@@ -33,12 +45,11 @@ inline constexpr std::size_t smallestBufferSize = 65'536;
 
 struct CopyResult {
     std::int64_t bytes = 0;
-    /// 64 lower-case hexadecimal digits of what was read from the source.
-    std::string sha256;
+    /// Of what was read from the source.
+    FileDigests digests;
 };
 
-/// The file's digest: 64 lower-case hexadecimal digits.
-std::string hashFile(const FileBeneath& file, std::size_t size = bufferSize,
+FileDigests hashFile(const FileBeneath& file, std::size_t size = bufferSize,
                      const TransferWatch& watch = {});
 
 /// Copies a file to a new one, replacing a file or link that bears that name, with all folders on
@@ -56,8 +67,7 @@ namespace Verifier {
 
 /// What was read of a copy.
 struct ReadBack {
-    /// 64 lower-case hexadecimal digits.
-    std::string sha256;
+    FileDigests digests;
     /// Part of it stood in the system's memory, and may have been read there and not on the disk.
     bool mayComeFromMemory = false;
 };

@@ -1,6 +1,8 @@
 #include "Verify/ListedTree.h"
 
+#include "MediaHashList/HashedTree.h"
 #include "MediaHashList/History.h"
+#include "MediaHashList/ListError.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
@@ -15,20 +17,30 @@ namespace slatewise::Verify {
 namespace {
 
 using MediaHashList::History;
-using MediaHashList::kHistoryFolder;
+using MediaHashList::ListError;
+using Reason = MediaHashList::ListError::Reason;
 
 constexpr std::string_view kManifest = "manifest.json";
 constexpr std::string_view kChecksums = "checksums.sha256";
 constexpr std::string_view kReports = "reports";
 constexpr std::size_t kDigestLength = 64;
 
-Error notUsable(const std::filesystem::path& list, const std::string& reason) {
-    return Error(Text::displayable(list.native()) + ": " + reason);
-}
-
 void requireDown(const std::filesystem::path& list, const std::string& path) {
     if (!MediaHashList::leadsDown(path))
-        throw notUsable(list, "a path leads out of its folder: " + Text::displayable(path));
+        throw ListError(Reason::LeadsOut, path, list);
+}
+
+std::string readList(const std::filesystem::path& list) {
+    return MediaHashList::readList(RootFolder(list.parent_path()), list.filename());
+}
+
+SessionManifest readManifest(const std::filesystem::path& list) {
+    const auto text = readList(list);
+    try {
+        return ReportWriter::isoDecode(text);
+    } catch (const Error& failure) {
+        throw ListError(Reason::NotAList, failure.what(), list);
+    }
 }
 
 bool isFolder(const std::filesystem::path& path) {
@@ -54,7 +66,14 @@ std::filesystem::path treeOf(const SessionManifest& manifest,
     const std::filesystem::path recorded = manifest.destination.sessionRoot;
     if (recorded.is_absolute() && isFolder(recorded))
         return std::filesystem::canonical(recorded);
-    throw notUsable(recorded, "the session's folder is not there");
+    throw ListError(Reason::NoFolder, {}, recorded);
+}
+
+void expect(Expected& expected, HashFormat format, std::string_view value) {
+    const HashValue wanted{format, format == HashFormat::C4 ? std::string(value)
+                                                            : Text::asciiLowercased(value)};
+    if (std::find(expected.begin(), expected.end(), wanted) == expected.end())
+        expected.push_back(wanted);
 }
 
 void addManifest(const SessionManifest& manifest, const std::filesystem::path& list,
@@ -68,7 +87,7 @@ void addManifest(const SessionManifest& manifest, const std::filesystem::path& l
         requireDown(list, file.relativePath);
         auto& expected = tree.files[file.relativePath];
         if (file.sourceSHA256)
-            expected.sha256.insert(Text::asciiLowercased(*file.sourceSHA256));
+            expect(expected, HashFormat::SHA256, *file.sourceSHA256);
     }
 }
 
@@ -88,51 +107,52 @@ std::string unescaped(std::string_view name) {
 
 void addChecksums(const std::filesystem::path& list, ListedTree& tree) {
     tree.lists.push_back(list);
-    const auto text = MediaHashList::readList(list);
+    const auto text = readList(list);
     for (auto line : Text::pieces(text, '\n')) {
         const bool isEscaped = line.starts_with('\\');
         line.remove_prefix(isEscaped ? 1 : 0);
         const auto digest = Text::asciiLowercased(line.substr(0, kDigestLength));
-        if (line.size() < kDigestLength + 3 ||
-            digest.find_first_not_of("0123456789abcdef") != std::string::npos ||
+        if (line.size() < kDigestLength + 3 || !isValue(HashFormat::SHA256, digest) ||
             line[kDigestLength] != ' ')
-            throw notUsable(list, "not a list of SHA-256 checksums");
+            throw ListError(Reason::NotAList, std::string(line), list);
         const auto name = line.substr(kDigestLength + 2);
         const auto path = isEscaped ? unescaped(name) : std::string(name);
         requireDown(list, path);
-        tree.files[path].sha256.insert(digest);
+        expect(tree.files[path], HashFormat::SHA256, digest);
     }
 }
 
-void addHistory(const std::filesystem::path& root, const std::string& prefix, ListedTree& tree) {
-    tree.lists.push_back(root / kHistoryFolder);
-    const auto history = History::load(root);
+void addHistory(const RootFolder& root, const std::string& folder, ListedTree& tree) {
+    const auto prefix = folder.empty() ? "" : folder + "/";
+    const auto lists = prefix + std::string(MediaHashList::kHistoryFolder);
+    tree.lists.push_back(tree.root / lists);
+    const auto history = History::load(root, folder);
     for (const auto& [path, values] : history.known()) {
-        auto& all = tree.files[prefix + path].values;
-        all.insert(all.end(), values.begin(), values.end());
+        auto& expected = tree.files[prefix + path];
+        for (const auto& value : values)
+            expect(expected, value.format, value.value);
     }
-    for (const auto& generation : history.generations()) {
-        for (const auto& pattern : generation.ignored)
-            tree.ignoredNames.insert(pattern);
-    }
+    for (const auto& generation : history.generations())
+        tree.ignored.insert(tree.ignored.end(), generation.ignored.begin(),
+                            generation.ignored.end());
+    // It grows with each generation, whatever a list of the day before says of it. Reading it has
+    // shown that it holds together.
+    tree.files.erase(lists + "/" + std::string(MediaHashList::kChainName));
 }
 
 /// Histories of the tree and of folders in it.
 void addHistories(ListedTree& tree) {
-    const auto chain = std::string(kHistoryFolder) + "/ascmhl_chain.xml";
-    for (const auto& entry : TreeWalker::walk(RootFolder(tree.root), {})) {
-        if (entry.isDirectory || !("/" + entry.relativePath).ends_with("/" + chain))
-            continue;
-        const auto prefix = entry.relativePath.substr(0, entry.relativePath.size() - chain.size());
-        addHistory(tree.root / prefix, prefix, tree);
-        if (!prefix.empty())
-            tree.nestedHistories.push_back(prefix);
-    }
+    const RootFolder root(tree.root);
+    tree.withHistory = MediaHashList::foldersWithHistory(TreeWalker::walk(root, {}));
+    for (const auto& folder : tree.withHistory)
+        addHistory(root, folder, tree);
+    std::sort(tree.ignored.begin(), tree.ignored.end());
+    tree.ignored.erase(std::unique(tree.ignored.begin(), tree.ignored.end()), tree.ignored.end());
 }
 
 void addReports(const std::filesystem::path& folder, ListedTree& tree) {
     if (FileSystem::exists(folder / kManifest)) {
-        const auto manifest = ReportWriter::isoDecode(MediaHashList::readList(folder / kManifest));
+        const auto manifest = readManifest(folder / kManifest);
         if (tree.root.empty())
             tree.root = treeOf(manifest, folder);
         addManifest(manifest, folder / kManifest, tree);
@@ -146,8 +166,7 @@ void addReports(const std::filesystem::path& folder, ListedTree& tree) {
 bool isReportOf(const std::filesystem::path& reportFolder, const std::filesystem::path& disk,
                 const std::filesystem::path& session) {
     try {
-        const auto manifest =
-            ReportWriter::isoDecode(MediaHashList::readList(reportFolder / kManifest));
+        const auto manifest = readManifest(reportFolder / kManifest);
         return manifest.destination.sessionRoot == session || disk / belowDisk(manifest) == session;
     } catch (const Error&) {
         // Somebody else's folder, or one that another session left half written.
@@ -177,7 +196,7 @@ ListedTree findLists(const std::filesystem::path& given) {
     ListedTree tree;
     if (!isFolder(path)) {
         if (path.filename() != kManifest && path.filename() != kChecksums)
-            throw notUsable(path, "not a list that this program knows");
+            throw ListError(Reason::UnknownFile, {}, path);
         addReports(path.parent_path(), tree);
     } else if (FileSystem::exists(path / kManifest) || FileSystem::exists(path / kChecksums)) {
         addReports(path, tree);
@@ -187,7 +206,7 @@ ListedTree findLists(const std::filesystem::path& given) {
     }
     addHistories(tree);
     if (tree.lists.empty())
-        throw notUsable(path, "no list of checksums belongs to this folder");
+        throw ListError(Reason::NoList, {}, path);
     return tree;
 }
 

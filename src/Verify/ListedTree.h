@@ -1,26 +1,19 @@
 #pragma once
 
-#include "MediaHashList/Generation.h"
+#include "Platform/HashValue.h"
 
 #include <filesystem>
 #include <map>
-#include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 /// Whether a tree is still what its lists say.
 namespace slatewise::Verify {
 
-/// What all lists together say of one file. Values of one kind that differ between lists all stand
-/// here, and no file can be equal to them.
-struct Expected {
-    std::set<std::string> sha256;
-    std::vector<MediaHashList::FileValue> values;
-
-    /// A list names the file and nobody ever proved it.
-    bool isUnproved() const { return sha256.empty() && values.empty(); }
-};
+/// What all lists together say of one file. Values of one format that differ between lists all
+/// stand here, and no file can be equal to them. None: a list names the file and nobody ever proved
+/// it.
+using Expected = HashValues;
 
 /// A tree with every list of it that could be found.
 struct ListedTree {
@@ -29,16 +22,16 @@ struct ListedTree {
     std::vector<std::filesystem::path> lists;
     /// By path below the root, as bytes.
     std::map<std::string, Expected> files;
-    /// Names that no list was to hold.
-    std::set<std::string, std::less<>> ignoredNames;
-    /// Folders below the root that have a history of their own.
-    std::vector<std::string> nestedHistories;
+    /// Patterns of what no list was to hold.
+    std::vector<std::string> ignored;
+    /// Folders that have a history, "" for the root; inner ones first.
+    std::vector<std::string> withHistory;
 };
 
 /// Finds the tree and its lists. `path` is a session's folder, a folder of reports, a
-/// "manifest.json", a "checksums.sha256", or a folder with a history. Fails with `Error` when there
-/// is no list, a list cannot be read or names a path that leads out, or the tree is not there.
-/// Blocks.
+/// "manifest.json", a "checksums.sha256", or a folder with a history. Fails with `ListError` when
+/// there is no list, a list is damaged or names a path that leads out, or the tree is not there,
+/// and with `PosixError`. Blocks.
 ListedTree findLists(const std::filesystem::path& path);
 
 } // namespace slatewise::Verify

@@ -1,19 +1,14 @@
 #include "Verify/TreeCheck.h"
 
-#include "MediaHashList/FolderHashes.h"
 #include "MediaHashList/History.h"
+#include "MediaHashList/IgnorePatterns.h"
 #include "Offload/SHA256Hasher.h"
 #include "Offload/TreeWalker.h"
-#include "Platform/AppInfo.h"
 #include "Platform/Disks/DeviceCache.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/UncachedFile.h"
-#include "Platform/Sha256.h"
 #include "Platform/Text.h"
-
-#include <QString>
-#include <QSysInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -21,19 +16,6 @@
 namespace slatewise::Verify {
 
 namespace {
-
-using MediaHashList::FileValue;
-using MediaHashList::HashFormat;
-
-std::string hex(const Sha256::Digest& digest) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    for (const auto byte : digest) {
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 0x0f];
-    }
-    return text;
-}
 
 /// Whether a link stands anywhere on the way down, which could lead anywhere.
 bool passesLink(const std::filesystem::path& root, const std::string& path) {
@@ -44,6 +26,11 @@ bool passesLink(const std::filesystem::path& root, const std::string& path) {
             return true;
     }
     return false;
+}
+
+SkipNames withHistories(SkipNames names) {
+    names.emplace(MediaHashList::kHistoryFolder);
+    return names;
 }
 
 class Check {
@@ -64,8 +51,12 @@ public:
             ++filesDone_;
         }
         for (const auto& entry : entries) {
-            if (entry.shouldCopy && !isLeftOut(entry.relativePath))
-                tell(Difference::New, entry.relativePath);
+            if (tree_.files.contains(entry.relativePath) || isLeftOut(entry.relativePath))
+                continue;
+            if (entry.isDirectory)
+                result_.tree.folders.push_back(entry.relativePath);
+            else if (entry.shouldCopy)
+                tell({Difference::New, entry.relativePath});
         }
         return std::move(result_);
     }
@@ -75,8 +66,8 @@ private:
         auto entries = TreeWalker::walk(root_, {}, {},
                                         {.unreadable =
                                              [this](const std::string& folder, int code) {
-                                                 tell(Difference::Unreadable, folder,
-                                                      std::generic_category().message(code));
+                                                 tell({Difference::Unreadable, folder, false,
+                                                       std::generic_category().message(code)});
                                              },
                                          .leadsOut = {}});
         for (const auto& entry : entries) {
@@ -88,66 +79,50 @@ private:
 
     /// What systems leave behind on a disk, and the lists themselves, are no additions.
     bool isLeftOut(const std::string& path) const {
-        if (tree_.files.contains(path))
-            return true;
-        auto names = TreeWalker::defaultSkipNames();
-        names.insert(tree_.ignoredNames.begin(), tree_.ignoredNames.end());
-        names.insert(std::string(MediaHashList::kHistoryFolder));
-        return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1), names);
+        return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1), skipNames_) ||
+               MediaHashList::isIgnored(path, tree_.ignored);
     }
 
     void checkFile(const std::string& path, const Expected& expected) {
         publishFigures(path);
         if (!sizes_.contains(path))
-            return tell(Difference::Missing, path);
+            return tell({Difference::Missing, path});
         try {
             if (passesLink(tree_.root, path))
-                return tell(Difference::Changed, path, "a link");
-            const auto equal = isEqual(path, expected);
-            if (expected.isUnproved())
-                tell(Difference::Unproved, path);
-            else if (!equal)
-                tell(Difference::Changed, path);
+                return tell({Difference::Changed, path, true});
+            const bool isEqual = isAsExpected(path, expected);
+            if (expected.empty())
+                tell({Difference::Unproved, path});
+            else if (!isEqual)
+                tell({Difference::Changed, path});
             else
                 ++result_.filesEqual;
         } catch (const CancellationError&) {
             throw;
         } catch (const std::exception& failure) {
-            tell(Difference::Unreadable, path, describe(failure));
+            tell({Difference::Unreadable, path, false, describe(failure)});
         }
     }
 
-    /// Reads the file once, for every kind of value that a list has of it.
-    bool isEqual(const std::string& path, const Expected& expected) {
+    /// Reads the file once, for every format that a list has of it.
+    bool isAsExpected(const std::string& path, const Expected& expected) {
         std::vector<HashFormat> formats;
         const auto want = [&](HashFormat format) {
             if (std::find(formats.begin(), formats.end(), format) == formats.end())
                 formats.push_back(format);
         };
-        for (const auto& value : expected.values)
+        for (const auto& value : expected)
             want(value.format);
-        if (keep_ == Keep::Generation)
+        if (keep_ == Keep::Tree)
             want(HashFormat::XXH128);
-        std::map<HashFormat, MediaHashList::Hasher> hashers;
-        for (const auto format : formats)
-            hashers.emplace(format, format);
-        Sha256 sha256;
-        const auto size = read(path, [&](std::span<const std::byte> chunk) {
-            if (!expected.sha256.empty())
-                sha256.update(chunk);
-            for (auto& [format, hasher] : hashers)
-                hasher.update(chunk);
+        PassHasher hasher(formats);
+        const auto size =
+            read(path, [&](std::span<const std::byte> chunk) { hasher.update(chunk); });
+        const auto found = hasher.finish();
+        remember(path, size, found);
+        return std::all_of(expected.begin(), expected.end(), [&](const HashValue& each) {
+            return each.text == valueOf(found, each.format);
         });
-        std::map<HashFormat, std::string> found;
-        for (auto& [format, hasher] : hashers)
-            found.emplace(format, hasher.finish());
-        note(path, size, found);
-        const auto digest = hex(sha256.finish());
-        return std::all_of(expected.sha256.begin(), expected.sha256.end(),
-                           [&](const auto& each) { return each == digest; }) &&
-               std::all_of(
-                   expected.values.begin(), expected.values.end(),
-                   [&](const FileValue& each) { return each.value == found.at(each.format); });
     }
 
     template <typename Each>
@@ -164,21 +139,21 @@ private:
         return size;
     }
 
-    void note(const std::string& path, std::int64_t size,
-              const std::map<HashFormat, std::string>& found) {
+    void remember(const std::string& path, std::int64_t size, const HashValues& found) {
         if (keep_ == Keep::Nothing)
             return;
-        const auto attributes = FileSystem::attributes(tree_.root / path);
-        MediaHashList::HashedFile file{path, size, attributes.modified, {}};
-        for (const auto& [format, value] : found)
-            file.values.push_back({format, value, std::nullopt, Clock::now()});
-        result_.generation.files.push_back(std::move(file));
+        MediaHashList::HashedFile file{path, size, root_.attributes(path).modified, {}};
+        for (const auto& value : found) {
+            if (value.format != HashFormat::SHA256)
+                file.values.push_back({value.format, value.text, std::nullopt, Clock::now()});
+        }
+        result_.tree.files.push_back(std::move(file));
     }
 
-    void tell(Difference difference, const std::string& path, const std::string& reason = "") {
+    void tell(const Finding& finding) {
         ++result_.differences;
-        if (watch_.difference)
-            watch_.difference(difference, path, reason);
+        if (watch_.finding)
+            watch_.finding(finding);
     }
 
     void publishFigures(const std::string& path) {
@@ -205,6 +180,7 @@ private:
     const Watch& watch_;
     const std::stop_token stop_;
     TransferBuffer buffer_;
+    SkipNames skipNames_ = withHistories(TreeWalker::defaultSkipNames());
     /// Of every file that is there.
     std::map<std::string, std::int64_t> sizes_;
     std::int64_t bytesTotal_ = 0;
@@ -218,46 +194,29 @@ Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_to
     return Check(tree, keep, watch, std::move(stop)).run();
 }
 
-std::vector<std::string> addGeneration(const ListedTree& tree, Result& result) {
-    if (!tree.nestedHistories.empty()) {
-        throw Error("no generation was added: " +
-                    Text::displayable((tree.root / tree.nestedHistories.front()).native()) +
-                    " has a history of its own");
+std::string Finding::explanation(L10n l10n) const {
+    return isLink ? std::string(l10n.itIsALink()) : reason;
+}
+
+std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) {
+    auto& hashed = result.tree;
+    hashed.creator = MediaHashList::creatorHere();
+    hashed.process = MediaHashList::Process::InPlace;
+    hashed.ignored = MediaHashList::ignorePatterns(TreeWalker::defaultSkipNames());
+    for (const auto& pattern : tree.ignored) {
+        if (std::find(hashed.ignored.begin(), hashed.ignored.end(), pattern) ==
+            hashed.ignored.end())
+            hashed.ignored.push_back(pattern);
     }
-    auto& generation = result.generation;
-    std::vector<std::string> leftOut;
-    MediaHashList::FolderHashes hashes(HashFormat::XXH128);
-    std::erase_if(generation.files, [&](const auto& file) {
-        if (MediaHashList::canHold(file.path))
-            return false;
-        leftOut.push_back(file.path);
-        return true;
+    // A name that systems leave behind may have been wanted here.
+    std::erase_if(hashed.ignored, [&](const std::string& pattern) {
+        return std::any_of(hashed.files.begin(), hashed.files.end(), [&](const auto& file) {
+            return !MediaHashList::isOfHistory(file.path) &&
+                   MediaHashList::isIgnored(file.path, {&pattern, 1});
+        });
     });
-    for (const auto& file : generation.files) {
-        for (const auto& value : file.values) {
-            if (value.format == HashFormat::XXH128)
-                hashes.addFile(file.path, value.value);
-        }
-    }
-    for (auto& [path, value] : hashes.finish()) {
-        if (path.empty()) {
-            generation.root = {value};
-            continue;
-        }
-        const auto attributes = FileSystem::attributesIfAny(tree.root / path);
-        generation.folders.push_back(
-            {path, attributes ? attributes->modified : std::nullopt, {value}});
-    }
-    generation.creator.createdAt = Clock::now();
-    generation.creator.hostName = QSysInfo::machineHostName().toStdString();
-    generation.creator.tool = AppInfo::name;
-    generation.creator.toolVersion = AppInfo::version;
-    generation.process = MediaHashList::Process::InPlace;
-    generation.ignored = {".DS_Store", "ascmhl", "ascmhl/"};
-    auto history = MediaHashList::History::load(tree.root);
-    history.judge(generation);
-    history.append(generation);
-    return leftOut;
+    return MediaHashList::addGenerations(RootFolder(tree.root), {}, hashed, tree.withHistory)
+        .leftOut;
 }
 
 } // namespace slatewise::Verify

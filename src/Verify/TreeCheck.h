@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Language/L10n.h"
+#include "MediaHashList/HashedTree.h"
 #include "Offload/OffloadPhase.h"
 #include "Platform/RawWords.h"
 #include "Verify/ListedTree.h"
@@ -27,11 +29,23 @@ constexpr std::array<std::string_view, 5> rawWords(Difference) {
     return {"missing", "changed", "unreadable", "new", "unproved"};
 }
 
+/// One file that is not what its lists say.
+struct Finding {
+    Difference difference;
+    std::string path;
+    /// A link stands in its place or on the way to it.
+    bool isLink = false;
+    /// What the system said; may be empty.
+    std::string reason{};
+
+    /// What there is to say beyond the word; empty when that says all.
+    std::string explanation(L10n l10n) const;
+};
+
 /// Who watches a check. Called on the check's thread; may be empty.
 struct Watch {
     std::function<void(const OffloadPhase&)> progress;
-    /// `reason` is empty when the word says all.
-    std::function<void(Difference, const std::string& path, const std::string& reason)> difference;
+    std::function<void(const Finding&)> finding;
 };
 
 struct Result {
@@ -41,20 +55,21 @@ struct Result {
     /// What was read back may have come from memory and not from the disk.
     bool mayBeFromMemory = false;
     /// What was read, ready to be added to the history; only when it was asked for.
-    MediaHashList::Generation generation;
+    MediaHashList::HashedTree tree;
 
     bool isAllEqual() const { return differences == 0; }
 };
 
-enum class Keep { Nothing, Generation };
+/// Whether what is read is to be remembered for `addGenerations`.
+enum class Keep { Nothing, Tree };
 
 /// Reads every listed file from the disk, past the system's cache, and compares it with all that
 /// the lists say of it. Links are not followed. Fails with `CancellationError` when asked to stop,
 /// and with `Error` when the tree cannot be walked. Blocks.
 Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop);
 
-/// Adds what was read to the tree's history as a generation of files hashed where they lie. Gives
-/// the names that such a list cannot hold. Fails with `Error`.
-std::vector<std::string> addGeneration(const ListedTree& tree, Result& result);
+/// Adds what was read to the tree's histories as generations of files hashed where they lie. Gives
+/// the names that such a list cannot hold. Fails with `PosixError` and `ListError`.
+std::vector<std::string> addGenerations(const ListedTree& tree, Result& result);
 
 } // namespace slatewise::Verify

@@ -1,5 +1,9 @@
 #include "MediaHashList/FolderHashes.h"
+#include "MediaHashList/HashedTree.h"
 #include "MediaHashList/History.h"
+#include "MediaHashList/IgnorePatterns.h"
+#include "MediaHashList/ListError.h"
+#include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "support/Files.h"
 #include "support/Process.h"
@@ -149,16 +153,17 @@ TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
     const TemporaryFolder folder;
     const auto root = folder / "A001 ğ";
     std::filesystem::create_directory(root);
+    const RootFolder handle(root);
     auto older = generationOf({{"same", "1"}, {"other", "2"}}, {HashFormat::MD5});
-    History::load(root).append(older);
-    auto history = History::load(root);
+    History(handle).append(older);
+    auto history = History::load(handle);
     auto next = generationOf({{"same", "1"}, {"other", "changed"}, {"new", "3"}},
                              {HashFormat::MD5, HashFormat::XXH128});
     history.judge(next);
     history.append(next);
     history.append(next);
 
-    const auto read = History::load(root);
+    const auto read = History::load(handle);
     ASSERT_EQ(read.generations().size(), 3U);
     EXPECT_EQ(read.generations().back(), next);
     std::map<std::string, std::vector<std::string>> actions;
@@ -173,7 +178,72 @@ TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
     EXPECT_TRUE(std::filesystem::exists(root / "ascmhl/0003_A001 ğ_2026-03-01_120000Z.mhl"));
 
     writeFile(root / "ascmhl/0002_A001 ğ_2026-03-01_120000Z.mhl", writeGeneration(older));
-    EXPECT_THROW((void)History::load(root), Error) << "not what the chain names";
+    EXPECT_THROW((void)History::load(handle), ListError) << "not what the chain names";
+}
+
+TEST(MediaHashListTest, HistoriesFurtherDownGrowFirstAndAreNamedAbove) {
+    const TemporaryFolder folder;
+    const auto root = folder / "A001";
+    HashedTree tree;
+    tree.creator = creatorHere();
+    tree.folders = {"CLIP", "CLIP/sub", "SES", "bare"};
+    for (const auto& [path, content] : kExample) {
+        writeFile(root / path, content);
+        tree.files.push_back({path,
+                              static_cast<std::int64_t>(content.size()),
+                              std::nullopt,
+                              {{HashFormat::XXH128, hashOf(HashFormat::XXH128, content), {}, {}}}});
+    }
+    std::filesystem::create_directory(root / "bare");
+    const RootFolder handle(root);
+    (void)addGenerations(RootFolder(root / "CLIP"), {}, {}, {});
+    const auto nested = foldersWithHistory(TreeWalker::walk(handle, {}));
+    EXPECT_THAT(nested, ::testing::ElementsAre("CLIP"));
+
+    const auto added = addGenerations(handle, {}, tree, nested);
+    ASSERT_EQ(added.lists.size(), 2U);
+    EXPECT_THAT(added.lists[0], ::testing::StartsWith("CLIP/ascmhl/0002_CLIP_"));
+    EXPECT_THAT(added.lists[1], ::testing::StartsWith("ascmhl/0001_A001_"));
+    for (const auto& list : added.lists)
+        expectValid(root / list, "ASCMHL.xsd");
+    expectValid(root / "ascmhl/ascmhl_chain.xml", "ASCMHLDirectory.xsd");
+    const auto inner = History::load(handle, "CLIP").generations().back();
+    const auto outer = History::load(handle).generations().back();
+    EXPECT_THAT(inner.files, ::testing::SizeIs(3));
+    EXPECT_EQ(inner.root.at(0).content, "04a8be66dcf7b6b2ef9df6d2a563c765");
+    EXPECT_THAT(outer.files, ::testing::SizeIs(2)) << "what lies further down is not said twice";
+    EXPECT_THAT(outer.folders, ::testing::SizeIs(3)) << "CLIP, SES and what is bare";
+    EXPECT_EQ(outer.folders.at(0).values.at(0).structure, "b7379663a88a152dc4d8f756ed397287");
+    EXPECT_EQ(outer.references,
+              (std::vector<Reference>{
+                  {added.lists[0], hashOf(HashFormat::C4, readFile(root / added.lists[0]))}}));
+
+    tree.unknownFiles = {"SES/new.wav"};
+    (void)addGenerations(handle, {}, tree, foldersWithHistory(TreeWalker::walk(handle, {})));
+    const auto partly = History::load(handle).generations().back();
+    EXPECT_TRUE(partly.root.empty()) << "no folder has a value of which a part is not known";
+    EXPECT_THAT(partly.folders, ::testing::SizeIs(2)) << "CLIP and what is bare";
+}
+
+TEST(MediaHashListTest, PatternsSayWhatIsLeftOut) {
+    struct Case {
+        std::string pattern;
+        std::string path;
+        bool isIgnored;
+    };
+    const Case cases[] = {
+        {".DS_Store", "a/.DS_Store", true}, {"tmp/", "a/tmp/b", true},
+        {"/tmp", "a/tmp", false},           {"/tmp", "tmp/a", true},
+        {"a/*.bak", "a/b.bak", true},       {"a/*.bak", "b.bak", false},
+        {"*.bak", "a/b.bak", true},         {"!*.bak", "a/b.bak", false},
+        {"ascmhl", "a/ascmhl2", false},     {"._*", "a/._b", true},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(isIgnored(each.path, {&each.pattern, 1}), each.isIgnored)
+            << each.pattern << " " << each.path;
+    for (const std::string name : {"a*b", "#x", "!x", "x ", "[x]", "back\\slash"})
+        EXPECT_TRUE(isIgnored(name, ignorePatterns({name}))) << name;
+    EXPECT_FALSE(isIgnored("acb", ignorePatterns({"a*b"})));
 }
 
 TEST(MediaHashListTest, RefusesWhatIsNoListOrWouldDoHarm) {

@@ -39,12 +39,12 @@ TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
              .stop = {}});
 
         EXPECT_EQ(result.bytes, static_cast<std::int64_t>(size));
-        EXPECT_EQ(result.sha256, independentSha256(folder / "source"));
+        EXPECT_EQ(result.digests.sha256, independentSha256(folder / "source"));
         EXPECT_EQ(readFile(folder / "new/folders/copy"), content);
         EXPECT_EQ(std::filesystem::last_write_time(folder / "new/folders/copy"),
                   std::filesystem::last_write_time(folder / "source"));
         EXPECT_EQ(chunks.size(), (size + kBuffer - 1) / kBuffer);
-        EXPECT_EQ(SHA256Hasher::hashFile({root, "new/folders/copy"}), result.sha256);
+        EXPECT_EQ(SHA256Hasher::hashFile({root, "new/folders/copy"}).sha256, result.digests.sha256);
     }
 }
 
@@ -59,7 +59,8 @@ TEST(SHA256Hasher, RaisesASmallBufferAndTakesAnOddOne) {
                       {root, "file"}, size,
                       {.onBytes = [&](std::size_t count) { largest = std::max(largest, count); },
                        .onAccess = {},
-                       .stop = {}}),
+                       .stop = {}})
+                      .sha256,
                   expected);
         EXPECT_EQ(largest, std::max(size, SHA256Hasher::smallestBufferSize));
     }

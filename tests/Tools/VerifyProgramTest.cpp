@@ -116,6 +116,8 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
         EXPECT_EQ(result.exitCode, code) << result.standardError;
         EXPECT_NE(result.standardError, "");
     }
+    const auto told = program("slatewise-verify", {"--language", "tr", folder / "lists"});
+    EXPECT_THAT(told.standardError, HasSubstr("bir yol, klasörünün dışına çıkıyor"));
 }
 
 TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
@@ -127,4 +129,11 @@ TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
     const auto counted =
         run({"sh", "-c", "cat \"$0\"/ascmhl/0002_*.mhl | grep -c 'verified'", root});
     EXPECT_EQ(counted.standardOutput, "3\n");
+
+    // As a card, it brings lists that grow again.
+    std::filesystem::remove_all(folder / "A001");
+    std::filesystem::rename(root, folder / "A001");
+    const auto again = offload();
+    for (const auto* const words : {"--mhl", "--quiet"})
+        EXPECT_EQ(program("slatewise-verify", {words, again}).exitCode, 0) << words;
 }

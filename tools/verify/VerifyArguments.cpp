@@ -50,7 +50,7 @@ std::variant<VerifyArguments, ExitCode> parseVerifyArguments(int count, const ch
     VerifyArguments arguments;
     arguments.paths.assign(paths.begin(), paths.end());
     arguments.output = quiet ? Output::ErrorsOnly : Output::Progress;
-    arguments.keep = addsGeneration ? Verify::Keep::Generation : Verify::Keep::Nothing;
+    arguments.keep = addsGeneration ? Verify::Keep::Tree : Verify::Keep::Nothing;
     for (const auto each : Language::allCases) {
         if (Language::rawValue(each) == language)
             arguments.language = each;

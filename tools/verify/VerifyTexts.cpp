@@ -7,21 +7,21 @@
 namespace slatewise::tool {
 
 std::string VerifyTexts::verdict(const Verify::Result& result, std::string_view tree) const {
-    const auto size = PathSize::format(result.bytesRead, shared_.language());
+    const auto size = PathSize::format(result.bytesRead, shared.language());
     if (result.isAllEqual()) {
-        return shared_.isTurkish() ? fmt::format("{}: {} dosyanın hepsi yerinde ve aynı, {}", tree,
-                                                 result.filesEqual, size)
-                                   : fmt::format("{}: all {} files are there and the same, {}",
-                                                 tree, result.filesEqual, size);
+        return shared.isTurkish() ? fmt::format("{}: {} dosyanın hepsi yerinde ve aynı, {}", tree,
+                                                result.filesEqual, size)
+                                  : fmt::format("{}: all {} files are there and the same, {}", tree,
+                                                result.filesEqual, size);
     }
-    return shared_.isTurkish() ? fmt::format("{}: {} FARK, {} dosya aynı, {}", tree,
-                                             result.differences, result.filesEqual, size)
-                               : fmt::format("{}: {} DIFFERENCES, {} files are the same, {}", tree,
-                                             result.differences, result.filesEqual, size);
+    return shared.isTurkish() ? fmt::format("{}: {} FARK, {} dosya aynı, {}", tree,
+                                            result.differences, result.filesEqual, size)
+                              : fmt::format("{}: {} DIFFERENCES, {} files are the same, {}", tree,
+                                            result.differences, result.filesEqual, size);
 }
 
 std::string VerifyTexts::fromMemory(std::string_view tree) const {
-    return shared_.isTurkish()
+    return shared.isTurkish()
                ? fmt::format(
                      "Bu diskin dosya sistemi boşaltamadığımız bir bellek tutuyor; okunanlar "
                      "oradan gelmiş olabilir: {}",
@@ -33,14 +33,14 @@ std::string VerifyTexts::fromMemory(std::string_view tree) const {
 }
 
 std::string VerifyTexts::nameLeftOut(std::string_view name) const {
-    return shared_.isTurkish()
+    return shared.isTurkish()
                ? fmt::format("Adını listenin tutamadığı bir dosya listeye girmedi: {}", name)
                : fmt::format("Left out of the list, which cannot hold its name: {}", name);
 }
 
 std::string VerifyTexts::noGeneration() const {
-    return shared_.isTurkish() ? "Fark olduğu için listeye nesil eklenmedi."
-                               : "No generation was added, since there are differences.";
+    return shared.isTurkish() ? "Fark olduğu için listeye nesil eklenmedi."
+                              : "No generation was added, since there are differences.";
 }
 
 } // namespace slatewise::tool

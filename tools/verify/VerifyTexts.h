@@ -11,7 +11,7 @@ namespace slatewise::tool {
 /// The sentences that only this program says, in both languages.
 class VerifyTexts {
 public:
-    explicit VerifyTexts(AppLanguage language) : shared_(language) {}
+    explicit VerifyTexts(AppLanguage language) : shared(language) {}
 
     /// The verdict on one tree.
     std::string verdict(const Verify::Result& result, std::string_view tree) const;
@@ -19,8 +19,8 @@ public:
     std::string nameLeftOut(std::string_view name) const;
     std::string noGeneration() const;
 
-private:
-    L10n shared_;
+    /// The texts of the application.
+    L10n shared;
 };
 
 } // namespace slatewise::tool

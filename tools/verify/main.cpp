@@ -1,6 +1,7 @@
 #include "VerifyArguments.h"
 #include "VerifyTexts.h"
 
+#include "MediaHashList/ListError.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
@@ -24,7 +25,7 @@ void keep(const Verify::ListedTree& tree, Verify::Result& result, const tool::Ve
           tool::ProgressDisplay& display) {
     if (!result.isAllEqual())
         return display.note(texts.noGeneration());
-    for (const auto& name : Verify::addGeneration(tree, result))
+    for (const auto& name : Verify::addGenerations(tree, result))
         display.note(texts.nameLeftOut(Text::onOneLine(name)));
 }
 
@@ -34,12 +35,14 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
     const auto tree = Verify::findLists(path);
     const Verify::Watch watch = {
         .progress = [&](const OffloadPhase& phase) { display.show(phase); },
-        .difference =
-            [&](Verify::Difference difference, const std::string& file, const std::string& reason) {
+        .finding =
+            [&](const Verify::Finding& finding) {
                 display.clearBar();
-                std::cout << rawValue(difference) << '\t' << Text::onOneLine(file) << std::endl;
-                if (!reason.empty())
-                    display.note(Text::onOneLine(file + ": " + reason));
+                std::cout << rawValue(finding.difference) << '\t' << Text::onOneLine(finding.path)
+                          << std::endl;
+                const auto explanation = finding.explanation(texts.shared);
+                if (!explanation.empty())
+                    display.note(Text::onOneLine(finding.path + ": " + explanation));
             }};
     auto result = Verify::check(tree, arguments.keep, watch, std::move(stop));
     const auto name = Text::onOneLine(tree.root.native());
@@ -49,7 +52,7 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
         display.finish(texts.verdict(result, name));
     else
         display.note(texts.verdict(result, name));
-    if (arguments.keep == Verify::Keep::Generation)
+    if (arguments.keep == Verify::Keep::Tree)
         keep(tree, result, texts, display);
     return result.isAllEqual();
 }
@@ -73,6 +76,9 @@ int verifyAll(const tool::VerifyArguments& arguments, int count, char** words) {
         } catch (const CancellationError&) {
             display.note(shared.shared.cancelled());
             return tool::kExitInterrupted;
+        } catch (const MediaHashList::ListError& failure) {
+            display.note(shared.shared.failed(failure.text(shared.shared)));
+            isAllEqual = false;
         } catch (const std::exception& failure) {
             display.note(shared.shared.failed(describe(failure)));
             isAllEqual = false;

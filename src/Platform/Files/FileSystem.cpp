@@ -1,7 +1,6 @@
 #include "Platform/Files/FileSystem.h"
 
 #include "Platform/Error.h"
-#include "Platform/Files/FileDescriptor.h"
 #include "Platform/Uuid.h"
 
 #include <fcntl.h>
@@ -9,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <limits>
 #include <vector>
 
 namespace slatewise::FileSystem {
@@ -169,7 +169,11 @@ void setModified(const std::filesystem::path& path, timespec moment) {
 }
 
 void write(const std::filesystem::path& path, std::string_view content) {
-    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC);
+    writeAndSync(open(path, O_WRONLY | O_CREAT | O_TRUNC), content, path);
+}
+
+void writeAndSync(const FileDescriptor& file, std::string_view content,
+                  const std::filesystem::path& path) {
     writeAll(file, content, path);
     sync(file, path);
 }
@@ -228,7 +232,11 @@ void writeAtomically(const std::filesystem::path& path, const TextSource& conten
 }
 
 std::string read(const std::filesystem::path& path) {
-    const auto file = open(path, O_RDONLY);
+    return readAll(open(path, O_RDONLY), std::numeric_limits<std::int64_t>::max(), path);
+}
+
+std::string readAll(const FileDescriptor& file, std::int64_t largestBytes,
+                    const std::filesystem::path& path) {
     std::string content;
     std::array<char, 65536> buffer;
     for (;;) {
@@ -238,6 +246,8 @@ std::string read(const std::filesystem::path& path) {
         if (count == 0)
             return content;
         content.append(buffer.data(), static_cast<std::size_t>(count));
+        if (static_cast<std::int64_t>(content.size()) > largestBytes)
+            throw PosixError("read", path, EFBIG);
     }
 }
 

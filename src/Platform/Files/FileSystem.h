@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Clock.h"
+#include "Platform/Files/FileDescriptor.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -68,6 +69,10 @@ void setModified(const std::filesystem::path& path, timespec moment);
 /// Writes a file and waits until it is on the disk.
 void write(const std::filesystem::path& path, std::string_view content);
 
+/// Writes all of a text to what is open and waits until it is on the disk. `path` is for messages.
+void writeAndSync(const FileDescriptor& file, std::string_view content,
+                  const std::filesystem::path& path);
+
 /// As `write`, but under another name first and then renamed: whoever opens `path` sees the old
 /// content or the new one, never a part.
 void writeAtomically(const std::filesystem::path& path, std::string_view content);
@@ -83,6 +88,10 @@ void writeAtomically(const std::filesystem::path& path, const TextSource& conten
 
 /// The whole content of a file.
 std::string read(const std::filesystem::path& path);
+
+/// The rest of what is open. Fails with `EFBIG` when that is longer than `largestBytes`.
+std::string readAll(const FileDescriptor& file, std::int64_t largestBytes,
+                    const std::filesystem::path& path);
 
 /// Copies one regular file's bytes as `writeAtomically` writes them. False when `from` does not
 /// exist. Fails for anything but a file of at most `largestBytes`, and never waits for a pipe or

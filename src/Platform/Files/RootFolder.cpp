@@ -1,6 +1,7 @@
 #include "Platform/Files/RootFolder.h"
 
 #include "Platform/Error.h"
+#include "Platform/Uuid.h"
 
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -134,6 +135,32 @@ FileSystem::Attributes RootFolder::attributes(const std::filesystem::path& relat
     if (!attributes)
         throw PosixError("stat", path_ / relative, errno);
     return *attributes;
+}
+
+std::string RootFolder::read(const std::filesystem::path& relative,
+                             std::int64_t largestBytes) const {
+    const auto path = path_ / relative;
+    const auto file = open(relative, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    const auto facts = FileSystem::attributesOf(file.get());
+    if (!facts || facts->type != FileSystem::ItemType::RegularFile)
+        throw PosixError("open", path, facts ? EINVAL : errno);
+    if (facts->sizeBytes > largestBytes)
+        throw PosixError("read", path, EFBIG);
+    return FileSystem::readAll(file, largestBytes, path);
+}
+
+void RootFolder::writeAtomically(const std::filesystem::path& relative,
+                                 std::string_view content) const {
+    const auto temporary = relative.parent_path() / (Uuid::random().text() + ".tmp");
+    const auto file = open(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
+    try {
+        FileSystem::writeAndSync(file, content, path_ / relative);
+        rename(temporary, relative);
+    } catch (...) {
+        ::unlinkat(open(relative.parent_path(), O_PATH | O_DIRECTORY).get(),
+                   temporary.filename().c_str(), 0);
+        throw;
+    }
 }
 
 bool RootFolder::exists(const std::filesystem::path& relative) const {

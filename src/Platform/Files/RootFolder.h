@@ -3,8 +3,11 @@
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace slatewise {
 
@@ -40,6 +43,14 @@ public:
     /// Attributes of the item itself, of the target where links are followed.
     FileSystem::Attributes attributes(const std::filesystem::path& relative,
                                       Links links = Links::Refuse) const;
+
+    /// The whole content of a regular file. Anything else is a failure, EINVAL, and never waited
+    /// for; so is a file that is longer, EFBIG.
+    std::string read(const std::filesystem::path& relative, std::int64_t largestBytes) const;
+
+    /// Writes a file under another name, waits until it is on the disk, and renames it: whoever
+    /// opens `relative` sees the old content or the new one, never a part.
+    void writeAtomically(const std::filesystem::path& relative, std::string_view content) const;
 
     /// Whether anything bears that name, a dangling link included; true also when that cannot be
     /// told, since it is not known to be free then.

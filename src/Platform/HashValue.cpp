@@ -1,4 +1,4 @@
-#include "MediaHashList/HashValue.h"
+#include "Platform/HashValue.h"
 
 #include "Platform/Error.h"
 
@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace slatewise::MediaHashList {
+namespace slatewise {
 
 namespace {
 
@@ -27,6 +27,8 @@ std::size_t byteCount(HashFormat format) {
         return 16;
     case HashFormat::SHA1:
         return 20;
+    case HashFormat::SHA256:
+        return 32;
     case HashFormat::XXH64:
         return 8;
     }
@@ -41,6 +43,8 @@ const EVP_MD* digestOf(HashFormat format) {
         return EVP_md5();
     case HashFormat::SHA1:
         return EVP_sha1();
+    case HashFormat::SHA256:
+        return EVP_sha256();
     default:
         return nullptr;
     }
@@ -48,6 +52,7 @@ const EVP_MD* digestOf(HashFormat format) {
 
 std::string hex(std::string_view bytes) {
     std::string text;
+    text.reserve(2 * bytes.size());
     for (const char byte : bytes) {
         text += kHexDigits[static_cast<unsigned char>(byte) >> 4];
         text += kHexDigits[static_cast<unsigned char>(byte) & 0x0f];
@@ -165,6 +170,31 @@ std::string Hasher::finish() {
     return state_->format == HashFormat::C4 ? c4(bytes) : hex(bytes);
 }
 
+PassHasher::PassHasher(std::span<const HashFormat> formats) {
+    running_.reserve(formats.size());
+    for (const auto format : formats)
+        running_.push_back({format, Hasher(format)});
+}
+
+void PassHasher::update(std::span<const std::byte> bytes) {
+    for (auto& each : running_)
+        each.hasher.update(bytes);
+}
+
+HashValues PassHasher::finish() {
+    HashValues values;
+    values.reserve(running_.size());
+    for (auto& each : running_)
+        values.push_back({each.format, each.hasher.finish()});
+    return values;
+}
+
+std::string_view valueOf(const HashValues& values, HashFormat format) {
+    const auto found = std::find_if(values.begin(), values.end(),
+                                    [&](const auto& value) { return value.format == format; });
+    return found == values.end() ? std::string_view() : found->text;
+}
+
 std::string hashOf(HashFormat format, std::string_view bytes) {
     Hasher hasher(format);
     hasher.update(std::as_bytes(std::span(bytes)));
@@ -203,4 +233,4 @@ std::string hashOfList(HashFormat format, std::vector<std::string> values) {
     return hasher.finish();
 }
 
-} // namespace slatewise::MediaHashList
+} // namespace slatewise

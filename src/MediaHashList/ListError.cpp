@@ -1,0 +1,42 @@
+#include "MediaHashList/ListError.h"
+
+#include "Platform/Text.h"
+
+namespace slatewise::MediaHashList {
+
+namespace {
+
+std::string_view sentence(ListError::Reason reason, L10n l10n) {
+    using Reason = ListError::Reason;
+    switch (reason) {
+    case Reason::NotAList:
+        return l10n.notAHashList();
+    case Reason::DeclaresDocumentType:
+        return l10n.listDeclaresDocumentType();
+    case Reason::LeadsOut:
+        return l10n.listLeadsOut();
+    case Reason::NotAValue:
+        return l10n.notAChecksum();
+    case Reason::NotTheChains:
+        return l10n.notTheListOfTheChain();
+    case Reason::UnknownFile:
+        return l10n.unknownList();
+    case Reason::NoList:
+        return l10n.noListForFolder();
+    case Reason::NoFolder:
+        return l10n.noFolderForList();
+    }
+    return {};
+}
+
+} // namespace
+
+std::string ListError::text(L10n l10n) const {
+    constexpr std::size_t kEnoughToFindIt = 120;
+    std::string text(sentence(reason_, l10n));
+    if (!subject_.empty())
+        text += ": " + Text::prefix(Text::onOneLine(subject_), kEnoughToFindIt);
+    return list_.empty() ? text : Text::onOneLine(list_.native()) + ": " + text;
+}
+
+} // namespace slatewise::MediaHashList

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Language/L10n.h"
+#include "Platform/Error.h"
+
+#include <filesystem>
+#include <string>
+
+namespace slatewise::MediaHashList {
+
+/// A list of checksums, of whatever kind, that cannot be used, in words of both languages.
+class ListError : public Error {
+public:
+    enum class Reason {
+        /// It is something else, or damaged; the subject says where.
+        NotAList,
+        /// It declares entities, of which a line can become a gigabyte.
+        DeclaresDocumentType,
+        /// A path leads out of the folder that the list is for.
+        LeadsOut,
+        /// A checksum is none.
+        NotAValue,
+        /// It is not the one that the chain names.
+        NotTheChains,
+        /// A file that is no list of ours.
+        UnknownFile,
+        /// No list belongs to a folder.
+        NoList,
+        /// The folder that the list is for is not there.
+        NoFolder,
+    };
+
+    /// `subject` is the part that is wrong; bytes. `list` is the file, where it is known.
+    explicit ListError(Reason reason, std::string subject = {}, std::filesystem::path list = {})
+        : Error("list not usable"), reason_(reason), subject_(std::move(subject)),
+          list_(std::move(list)) {}
+
+    /// The same of a list that was read from this file.
+    ListError in(std::filesystem::path list) const { return ListError(reason_, subject_, list); }
+
+    /// One sentence.
+    std::string text(L10n l10n) const;
+
+    /// In the language that is stored at the moment of asking.
+    std::string localizedDescription() const override { return text(L10n::current()); }
+
+private:
+    Reason reason_;
+    std::string subject_;
+    std::filesystem::path list_;
+};
+
+} // namespace slatewise::MediaHashList
