@@ -1,12 +1,12 @@
 #include "Offload/MediaProbe.h"
 
+#include "Offload/ClipLength.h"
 #include "Offload/MediaInfoCLI/MediaInfoJSON.h"
 #include "Offload/ReportKind.h"
 #include "Offload/TimecodeFormat.h"
 #include "Offload/WavFile.h"
 #include "Platform/Error.h"
 #include "Platform/MediaFile.h"
-#include "Platform/Numbers.h"
 #include "Platform/Text.h"
 
 namespace slatewise::MediaProbe {
@@ -19,8 +19,21 @@ void fill(std::optional<T>& field, const std::optional<T>& further) {
         field = further;
 }
 
-/// Field by field what the primary says, else what the secondary says.
-MediaMetadata merge(MediaMetadata primary, const MediaMetadata& secondary) {
+std::optional<FrameRate> rateOf(const MediaMetadata& facts) {
+    const auto& rate = facts.timecodeRate ? facts.timecodeRate : facts.captureFps;
+    return rate ? FrameRate::near(*rate) : std::nullopt;
+}
+
+/// Field by field what the primary says, else what the secondary says. What the secondary has
+/// counted is of no use where it counted from another start or at another rate.
+MediaMetadata merge(MediaMetadata primary, MediaMetadata secondary) {
+    const auto ownRate = rateOf(primary);
+    if (ownRate && ownRate != rateOf(secondary)) {
+        secondary.durationTC.reset();
+        secondary.timecodeEnd.reset();
+    }
+    if (primary.timecodeStart && primary.timecodeStart != secondary.timecodeStart)
+        secondary.timecodeEnd.reset();
     fill(primary.timecodeStart, secondary.timecodeStart);
     fill(primary.timecodeEnd, secondary.timecodeEnd);
     fill(primary.durationTC, secondary.durationTC);
@@ -41,29 +54,34 @@ MediaMetadata probeLibrary(const std::filesystem::path& file, ReportKind kind,
                            const std::stop_token& stop) {
     const auto timing = MediaFile::timing(file, stop);
     MediaMetadata result;
-    if (kind == ReportKind::Video)
-        result.captureFps = timing.nominalFrameRate;
+    if (kind == ReportKind::Video && timing.frameRate)
+        result.captureFps = timing.frameRate->perSecond();
     result.timecodeRate =
-        timing.timecodeFrameSeconds ? 1 / *timing.timecodeFrameSeconds : result.captureFps;
-    if (timing.durationSeconds) {
-        if (result.timecodeRate)
-            result.durationTC =
-                TimecodeFormat::durationTC(*timing.durationSeconds, *result.timecodeRate);
-        result.durationSeconds = Numbers::rounded(*timing.durationSeconds, 2);
-    }
+        timing.timecodeRate ? timing.timecodeRate->perSecond() : result.captureFps;
+    result.timecodeStart = TimecodeFormat::normalized(timing.timecode);
+    if (result.timecodeStart)
+        result.timecodeDropFrame = timing.timecode->find(';') != std::string::npos;
+    countFrames({.pictures = timing.frameCount, .seconds = timing.durationSeconds}, result);
     return result;
 }
 
 /// Computes from length and rate what no source told.
 void complete(MediaMetadata& facts) {
-    const auto rate = facts.timecodeRate ? facts.timecodeRate : facts.captureFps;
+    constexpr double kRoundingOfSeconds = 0.005;
+    const auto rate = rateOf(facts);
     if (!facts.durationSeconds || !rate)
         return;
-    if (!facts.durationTC)
-        facts.durationTC = TimecodeFormat::durationTC(*facts.durationSeconds, *rate);
+    const auto counting = TimecodeFormat::countingOf(facts.timecodeDropFrame);
+    const auto frames =
+        facts.durationTC
+            ? TimecodeFormat::frameNumber(*facts.durationTC, *rate, counting)
+            : TimecodeFormat::framesIn(*facts.durationSeconds, *rate, kRoundingOfSeconds);
+    if (!frames)
+        return;
+    facts.durationTC = TimecodeFormat::text(*frames, *rate, counting);
     if (!facts.timecodeEnd && facts.timecodeStart)
         facts.timecodeEnd =
-            TimecodeFormat::adding(*facts.timecodeStart, *facts.durationSeconds, *rate);
+            TimecodeFormat::lastFrame(*facts.timecodeStart, *frames, *rate, counting);
 }
 
 MediaMetadata ask(const std::filesystem::path& file, ReportKind kind, const Context& context) {

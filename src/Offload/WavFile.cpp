@@ -71,10 +71,19 @@ private:
 /// What the chunks of one file say.
 struct Facts {
     std::optional<std::uint64_t> channels, samplesPerSecond, bitsPerSample, dataBytes;
+    /// Of a file whose sound may be longer than the size in its chunk can tell.
+    std::optional<std::uint64_t> longDataBytes;
     /// Samples since midnight.
     std::optional<std::uint64_t> timeReference;
     Speed speed;
 };
+
+void takeLongSizes(Bytes chunk, Facts& facts) {
+    constexpr std::size_t kDataSizeOffset = 8;
+    constexpr std::size_t kLeastBytes = kDataSizeOffset + sizeof(std::uint64_t);
+    if (chunk.size() >= kLeastBytes)
+        facts.longDataBytes = littleEndian<8>(chunk, kDataSizeOffset);
+}
 
 void takeFormat(Bytes chunk, Facts& facts) {
     constexpr std::size_t kLeastBytes = 16;
@@ -107,6 +116,8 @@ void takeChunk(const Source& source, std::string_view identifier, std::uint64_t 
     };
     if (identifier == "data")
         facts.dataBytes = size;
+    else if (identifier == "ds64")
+        takeLongSizes(payload(), facts);
     else if (identifier == "fmt ")
         takeFormat(payload(), facts);
     else if (identifier == "bext")
@@ -115,12 +126,25 @@ void takeChunk(const Source& source, std::string_view identifier, std::uint64_t 
         takeSpeed(payload(), facts);
 }
 
+bool isWave(const Source& source) {
+    const auto start = source.read(0, 4);
+    const std::string_view kind(start.data(), start.size());
+    return kind == "RIFF" || kind == "RF64" || kind == "BW64";
+}
+
+/// The size in a header, or the one told before that it stands for.
+std::uint64_t sizeOf(Bytes header, const Facts& facts) {
+    constexpr std::uint64_t kToldBefore = 0xffff'ffff;
+    const auto size = littleEndian<4>(header, 4);
+    const bool isData = std::string_view(header.data(), 4) == "data";
+    return isData && size == kToldBefore ? facts.longDataBytes.value_or(size) : size;
+}
+
 Facts read(const Source& source) {
     constexpr std::uint64_t kLeastBytes = 45;
     constexpr std::uint64_t kFirstChunk = 12;
     Facts facts;
-    const auto start = source.read(0, 4);
-    if (source.size() < kLeastBytes || std::string_view(start.data(), start.size()) != "RIFF")
+    if (source.size() < kLeastBytes || !isWave(source))
         return facts;
     // A file of nothing but empty chunks is no reason to read all of it.
     constexpr int kMostChunks = 10'000;
@@ -130,7 +154,7 @@ Facts read(const Source& source) {
         const auto header = source.read(offset, kChunkHeaderBytes);
         if (header.size() < kChunkHeaderBytes)
             break;
-        const auto size = littleEndian<4>(header, 4);
+        const auto size = sizeOf(header, facts);
         offset += kChunkHeaderBytes;
         if (size > source.size() - offset)
             break;
@@ -140,22 +164,14 @@ Facts read(const Source& source) {
     return facts;
 }
 
-std::optional<double> seconds(const Facts& facts) {
+/// Of each channel.
+std::optional<std::uint64_t> samples(const Facts& facts) {
     if (!facts.channels || !facts.bitsPerSample || !facts.dataBytes ||
         facts.samplesPerSecond.value_or(0) == 0)
         return std::nullopt;
     constexpr std::uint64_t kBitsPerByte = 8;
-    const auto frameBytes =
-        std::max<std::uint64_t>(*facts.channels * *facts.bitsPerSample / kBitsPerByte, 1);
-    return Numbers::rounded(static_cast<double>(*facts.dataBytes) /
-                                static_cast<double>(*facts.samplesPerSecond * frameBytes),
-                            2);
-}
-
-/// Absent where the moment is beyond all counting.
-std::optional<std::string> timecode(double moment, double rate) {
-    auto text = TimecodeFormat::durationTC(moment, rate);
-    return text == TimecodeFormat::missing ? std::nullopt : std::optional(std::move(text));
+    return *facts.dataBytes /
+           std::max<std::uint64_t>(*facts.channels * *facts.bitsPerSample / kBitsPerByte, 1);
 }
 
 std::string_view between(std::string_view text, std::string_view open, std::string_view close) {
@@ -191,20 +207,27 @@ std::optional<double> rateIn(std::string_view text) {
 
 MediaMetadata timing(const std::filesystem::path& file) {
     const auto facts = read(Source(file));
+    const auto length = samples(facts);
+    const auto perSecond = facts.samplesPerSecond.value_or(0);
     MediaMetadata result;
-    result.durationSeconds = seconds(facts);
+    if (length)
+        result.durationSeconds =
+            Numbers::rounded(static_cast<double>(*length) / static_cast<double>(perSecond), 2);
     result.timecodeDropFrame = facts.speed.dropFrame;
     result.timecodeRate = facts.speed.timecodeRate;
-    if (!result.timecodeRate || !facts.timeReference || facts.samplesPerSecond.value_or(0) == 0)
+    const auto rate = result.timecodeRate ? FrameRate::near(*result.timecodeRate) : std::nullopt;
+    if (!rate || !facts.timeReference)
         return result;
-    const double rate = *result.timecodeRate;
-    const double start =
-        static_cast<double>(*facts.timeReference) / static_cast<double>(*facts.samplesPerSecond);
-    result.timecodeStart = timecode(start, rate);
-    if (result.durationSeconds) {
-        result.timecodeEnd = timecode(start + *result.durationSeconds, rate);
-        result.durationTC = timecode(*result.durationSeconds, rate);
-    }
+    const auto start = TimecodeFormat::framesIn(*facts.timeReference, perSecond, *rate);
+    if (!start)
+        return result;
+    const auto counting = TimecodeFormat::countingOf(result.timecodeDropFrame);
+    result.timecodeStart = TimecodeFormat::text(*start, *rate, counting);
+    const auto frames = length ? TimecodeFormat::framesIn(*length, perSecond, *rate) : std::nullopt;
+    if (!frames)
+        return result;
+    result.durationTC = TimecodeFormat::text(*frames, *rate, counting);
+    result.timecodeEnd = TimecodeFormat::lastFrame(*result.timecodeStart, *frames, *rate, counting);
     return result;
 }
 

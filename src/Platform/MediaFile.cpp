@@ -63,8 +63,8 @@ std::optional<double> positive(double number) {
     return std::nullopt;
 }
 
-std::optional<double> positive(AVRational number) {
-    return number.den == 0 ? std::nullopt : positive(av_q2d(number));
+std::optional<FrameRate> rate(AVRational number) {
+    return FrameRate::of(number.num, number.den);
 }
 
 std::span<AVStream* const> tracks(const AVFormatContext& context) {
@@ -93,12 +93,11 @@ std::optional<double> duration(const AVFormatContext& context) {
     if (context.duration == AV_NOPTS_VALUE)
         return std::nullopt;
     const double whole = static_cast<double>(context.duration) / AV_TIME_BASE;
-    // The whole is in microseconds, a track's length in units that divide its frames: the
-    // difference decides whether a last frame counts.
+    // The whole is rounded, a track's length is in units that divide its frames.
     for (const auto* track : tracks(context)) {
         if (track->duration == AV_NOPTS_VALUE)
             continue;
-        constexpr double kRounding = 2.0 / AV_TIME_BASE;
+        constexpr double kRounding = 0.001;
         const double exact = static_cast<double>(track->duration) * av_q2d(track->time_base);
         if (std::abs(exact - whole) < kRounding)
             return positive(exact);
@@ -106,10 +105,42 @@ std::optional<double> duration(const AVFormatContext& context) {
     return positive(whole);
 }
 
+std::optional<FrameRate> frameRate(const AVStream& video) {
+    const auto average = rate(video.avg_frame_rate);
+    return average ? average : rate(video.r_frame_rate);
+}
+
+/// As the container counts them, else as many as fit into the track's length.
+std::optional<std::int64_t> frameCount(const AVStream& video) {
+    if (video.nb_frames > 0)
+        return video.nb_frames;
+    const auto perSecond = frameRate(video);
+    if (!perSecond || video.duration == AV_NOPTS_VALUE || video.duration <= 0)
+        return std::nullopt;
+    const AVRational oneFrame = {static_cast<int>(perSecond->seconds()),
+                                 static_cast<int>(perSecond->frames())};
+    const auto frames = av_rescale_q(video.duration, video.time_base, oneFrame);
+    return frames > 0 ? std::optional(frames) : std::nullopt;
+}
+
+/// Of the file, else of the first track that has one.
+std::optional<std::string> timecodeText(const AVFormatContext& context) {
+    const auto in = [](const AVDictionary* tags) -> std::optional<std::string> {
+        const auto* entry = av_dict_get(tags, "timecode", nullptr, 0);
+        return entry ? std::optional<std::string>(entry->value) : std::nullopt;
+    };
+    auto text = in(context.metadata);
+    for (const auto* track : tracks(context)) {
+        if (!text)
+            text = in(track->metadata);
+    }
+    return text;
+}
+
 /// Some containers tell everything in their headers; others need a look at their content.
 bool isComplete(const AVFormatContext& context) {
     const auto* video = firstVideo(context);
-    return duration(context) && (!video || positive(video->avg_frame_rate));
+    return duration(context) && (!video || frameRate(*video));
 }
 
 } // namespace
@@ -126,10 +157,13 @@ Timing timing(const std::filesystem::path& file, const std::stop_token& stop) {
 
     Timing result;
     result.durationSeconds = duration(*context);
-    if (const auto* video = firstVideo(*context))
-        result.nominalFrameRate = positive(video->avg_frame_rate);
+    if (const auto* video = firstVideo(*context)) {
+        result.frameRate = frameRate(*video);
+        result.frameCount = frameCount(*video);
+    }
     if (const auto* timecode = firstTimecode(*context))
-        result.timecodeFrameSeconds = positive(av_inv_q(timecode->avg_frame_rate));
+        result.timecodeRate = rate(timecode->avg_frame_rate);
+    result.timecode = timecodeText(*context);
     return result;
 }
 

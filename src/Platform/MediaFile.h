@@ -1,8 +1,12 @@
 #pragma once
 
+#include "Platform/FrameRate.h"
+
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <stop_token>
+#include <string>
 
 /// What the media library knows of a file's timing.
 namespace slatewise::MediaFile {
@@ -10,10 +14,13 @@ namespace slatewise::MediaFile {
 /// Every number is finite and above 0.
 struct Timing {
     std::optional<double> durationSeconds;
-    /// Frames per second of the first video track.
-    std::optional<double> nominalFrameRate;
-    /// How long one frame of the first timecode track lasts.
-    std::optional<double> timecodeFrameSeconds;
+    /// Of the first video track.
+    std::optional<FrameRate> frameRate;
+    std::optional<std::int64_t> frameCount;
+    /// Of the first timecode track.
+    std::optional<FrameRate> timecodeRate;
+    /// Of the first frame; with a semicolon when numbers are dropped: "01:00:00;00".
+    std::optional<std::string> timecode;
 
     friend bool operator==(const Timing&, const Timing&) = default;
 };

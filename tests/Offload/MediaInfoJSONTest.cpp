@@ -40,7 +40,7 @@ TEST(MediaInfoJSON, ReadsAClipWithTimecode) {
                             R"("FrameRate_Num": "24000", "FrameRate_Den": "1001",
                                "TimeCode_FirstFrame": "1:00:00;00")");
     EXPECT_EQ(facts.timecodeStart, "01:00:00:00");
-    EXPECT_EQ(facts.timecodeEnd, "01:01:39:22") << "2398 frames later";
+    EXPECT_EQ(facts.timecodeEnd, "01:01:39:21") << "the last of 2398 frames";
     EXPECT_EQ(facts.durationTC, "00:01:39:22");
     EXPECT_EQ(facts.durationSeconds, 100.05);
     EXPECT_EQ(facts.captureFps, 23.976);
@@ -177,6 +177,38 @@ TEST(MediaInfoJSON, ReadsLengths) {
     }
     EXPECT_EQ(read(R"([{"@type": "Audio", "Duration": "9"}])").durationSeconds, 9.0);
     EXPECT_EQ(read(R"("Duration_String4": "00:00:03:00")", "", "").durationTC, "00:00:03:00");
+}
+
+TEST(MediaInfoJSON, CountsFramesAndNotRoundedSeconds) {
+    struct Case {
+        const char *video, *timecode, *durationTC, *end;
+        double rate;
+    };
+    const Case cases[] = {
+        // The timecode's rate is a whole number that stands for the slower one.
+        {R"("Duration": "600.600", "FrameRate": "23.976", "FrameRate_Num": "24000",
+            "FrameRate_Den": "1001", "FrameCount": "14400")",
+         R"("FrameRate": "24.000", "FrameRate_Num": "24", "FrameRate_Den": "1")", "00:10:00:00",
+         "01:09:59:23", 24000.0 / 1001},
+        {R"("Duration": "600.600", "FrameRate": "23.976")", R"("FrameRate": "24")", "00:10:00:00",
+         "01:09:59:23", 23.976},
+        // Rounded up, the length makes the tool count one frame more.
+        {R"("Duration": "1.669", "FrameRate": "59.940", "FrameCount": "100")",
+         R"("FrameRate": "59.940", "TimeCode_LastFrame": "01:00:01:40")", "00:00:01:40",
+         "01:00:01:39", 59.94},
+        {R"("Duration": "1.668", "FrameRate": "59.940")", "", "00:00:01:40", "01:00:01:39", 59.94},
+        // Fast pictures under a slow timecode.
+        {R"("Duration": "2.02", "FrameRate": "50", "FrameCount": "101")", R"("FrameRate": "25")",
+         "00:00:02:01", "01:00:02:00", 25},
+        {R"("FrameRate": "25", "FrameCount": "-1", "Duration": "2")", "", "00:00:02:00",
+         "01:00:01:24", 25},
+    };
+    for (const auto& [video, timecode, durationTC, end, rate] : cases) {
+        const auto facts = read(R"("TimeCode_FirstFrame": "01:00:00:00")", video, timecode);
+        EXPECT_EQ(facts.durationTC, durationTC) << video;
+        EXPECT_EQ(facts.timecodeEnd, end) << video;
+        EXPECT_EQ(facts.timecodeRate, rate) << video;
+    }
 }
 
 TEST(MediaInfoJSON, ReadsWhatTheCameraWrote) {

@@ -9,6 +9,7 @@
 
 using namespace slatewise;
 using TimecodeFormat::CapTC;
+using TimecodeFormat::Counting;
 
 namespace {
 
@@ -42,57 +43,100 @@ TEST(TimecodeFormat, RangeShowsWhatThereIs) {
     EXPECT_EQ(TimecodeFormat::range(kNone, "\t"), "—");
 }
 
-TEST(TimecodeFormat, LengthsCountAtTheNominalRate) {
-    struct Case {
-        double seconds, rate;
-        const char* text;
+TEST(FrameRate, IsTheFractionThatADecimalStandsFor) {
+    const std::map<double, std::optional<FrameRate>> cases = {
+        {23.976, FrameRate::of(24000, 1001)},
+        {23.98, FrameRate::of(24000, 1001)},
+        {24000.0 / 1001, FrameRate::of(24000, 1001)},
+        {29.97, FrameRate::of(30000, 1001)},
+        {119.88, FrameRate::of(120000, 1001)},
+        {24.0004, FrameRate::of(24, 1)},
+        {12.5, FrameRate::of(50, 4)},
+        {0, kNone},
+        {-25, kNone},
+        {1e-9, kNone},
+        {1e300, kNone},
+        {kInfinity, kNone},
     };
-    const Case cases[] = {
-        {10, 25, "00:00:10:00"},
-        {10, 29.97, "00:00:09:29"},
-        {0, 25, "00:00:00:00"},
-        {10, 0, "—"},
-        {10, -25, "—"},
-        {-1, 25, "—"},
-        {kNaN, 25, "—"},
-        {kInfinity, 25, "—"},
-        {10, kNaN, "—"},
-        {0, kInfinity, "—"},
-        {1e300, 25, "—"},
-        {1e-3, 1e300, "—"},
-        {360'000, 25, "100:00:00:00"},
-        {5, 0.2, "00:00:01:00"},
-        {3661.5, 24, "01:01:01:12"},
-        {3600, 24000.0 / 1001, "00:59:56:09"},
-    };
-    for (const auto& [seconds, rate, text] : cases)
-        EXPECT_EQ(TimecodeFormat::durationTC(seconds, rate), text) << seconds << " at " << rate;
+    for (const auto& [decimal, rate] : cases)
+        EXPECT_EQ(FrameRate::near(decimal), rate) << decimal;
+    EXPECT_EQ(FrameRate::near(kNaN), kNone);
+    EXPECT_EQ(FrameRate::of(0, 1), kNone);
+    EXPECT_EQ(FrameRate::of(25, 0), kNone);
 }
 
-TEST(TimecodeFormat, AddsLengthsToATimecode) {
+TEST(TimecodeFormat, CountsWholeFrames) {
     struct Case {
-        const char* start;
         double seconds, rate;
-        std::optional<std::string> sum;
+        std::optional<std::int64_t> frames;
     };
     const Case cases[] = {
-        {"01:00:00;10", 1, 30, "01:00:01:10"},
-        {"23:59:59:24", 0.04, 25, "24:00:00:00"},
-        {"99:59:59:24", 0.04, 25, "100:00:00:00"},
-        {"01:00:00:00", 10, 29.97, "01:00:09:29"},
-        {"x:01:00:00:00", 1, 25, "01:00:01:00"},
+        {10, 25, 250},          {10, 29.97, 299},    {0, 25, 0},
+        {600.6, 23.976, 14400}, {1.668, 59.94, 100}, {86400, 24000.0 / 1001, 2071528},
+        {-1, 25, kNone},        {kNaN, 25, kNone},   {kInfinity, 25, kNone},
+        {1e300, 25, kNone},
+    };
+    for (const auto& [seconds, rate, frames] : cases)
+        EXPECT_EQ(TimecodeFormat::framesIn(seconds, *FrameRate::near(rate)), frames)
+            << seconds << " at " << rate;
+}
+
+TEST(TimecodeFormat, NumbersFramesWithAndWithoutDropping) {
+    struct Case {
+        std::int64_t frame;
+        double rate;
+        Counting counting;
+        const char* text;
+    };
+    using enum Counting;
+    const Case cases[] = {
+        {0, 25, NonDrop, "00:00:00:00"},           {250, 25, NonDrop, "00:00:10:00"},
+        {9'000'000, 25, NonDrop, "100:00:00:00"},  {1, 0.2, NonDrop, "00:00:01:00"},
+        {14399, 23.976, DropFrame, "00:09:59:23"}, {1799, 29.97, DropFrame, "00:00:59:29"},
+        {1800, 29.97, DropFrame, "00:01:00:02"},   {1800, 29.97, NonDrop, "00:01:00:00"},
+        {1800, 30, DropFrame, "00:01:00:00"},      {17981, 29.97, DropFrame, "00:09:59:29"},
+        {17982, 29.97, DropFrame, "00:10:00:00"},  {107892, 29.97, DropFrame, "01:00:00:00"},
+        {3599, 59.94, DropFrame, "00:00:59:59"},   {3600, 59.94, DropFrame, "00:01:00:04"},
+        {35964, 59.94, DropFrame, "00:10:00:00"},
+    };
+    for (const auto& [frame, perSecond, counting, text] : cases) {
+        const auto rate = *FrameRate::near(perSecond);
+        EXPECT_EQ(TimecodeFormat::text(frame, rate, counting), text);
+        EXPECT_EQ(TimecodeFormat::frameNumber(text, rate, counting), frame) << text;
+    }
+    // Every number of an hour that is not left out comes, and in turn.
+    const auto rate = *FrameRate::near(29.97);
+    for (std::int64_t frame = 0; frame < 107'892; ++frame)
+        ASSERT_EQ(TimecodeFormat::frameNumber(TimecodeFormat::text(frame, rate, DropFrame), rate,
+                                              DropFrame),
+                  frame);
+}
+
+TEST(TimecodeFormat, EndsAtTheLastFrame) {
+    struct Case {
+        const char* start;
+        std::int64_t frames;
+        double rate;
+        std::optional<std::string> end;
+    };
+    const Case cases[] = {
+        {"01:00:00;10", 30, 30, "01:00:01:09"},
+        {"23:59:59:24", 2, 25, "24:00:00:00"},
+        {"01:00:00:00", 1, 25, "01:00:00:00"},
+        {"x:01:00:00:00", 26, 25, "01:00:01:00"},
         {"01:00", 1, 30, kNone},
         {"01:00:00:00:00", 1, 30, kNone},
         {"01:00:00:0x", 1, 30, kNone},
-        {"01:00:00:00", -1, 30, kNone},
-        {"01:00:00:00", kNaN, 30, kNone},
-        {"01:00:00:00", kInfinity, 30, kNone},
-        {"01:00:00:00", 1, 0, kNone},
+        {"01:-1:00:00", 1, 30, kNone},
+        {"01:00:00:00", 0, 30, kNone},
         {"9223372036854775807:00:00:00", 1, 25, kNone},
         {"99999999999999999999:01:00:00", 1, 25, kNone},
     };
-    for (const auto& [start, seconds, rate, sum] : cases)
-        EXPECT_EQ(TimecodeFormat::adding(start, seconds, rate), sum) << start << " + " << seconds;
+    for (const auto& [start, frames, rate, end] : cases)
+        EXPECT_EQ(
+            TimecodeFormat::lastFrame(start, frames, *FrameRate::near(rate), Counting::NonDrop),
+            end)
+            << start << " + " << frames;
 }
 
 TEST(ReportKind, GoesByTheExtensionOfTheLastPart) {

@@ -42,7 +42,7 @@ TEST_F(WavFileTest, CountsFromMidnightAtTheRateOfTheSet) {
     const auto facts = timingOf(wavFile({format, wavBext(kTenHours), wavIXML("25"), data}));
     MediaMetadata expected;
     expected.timecodeStart = "10:00:00:00";
-    expected.timecodeEnd = "10:00:02:00";
+    expected.timecodeEnd = "10:00:01:24";
     expected.durationTC = "00:00:02:00";
     expected.durationSeconds = 2.0;
     expected.timecodeRate = 25.0;
@@ -52,6 +52,50 @@ TEST_F(WavFileTest, CountsFromMidnightAtTheRateOfTheSet) {
     EXPECT_EQ(timingOf(wavFile({wavChunk("JUNK", "odd"), data, wavIXML("25000"), wavBext(kTenHours),
                                 wavChunk("cue ", ""), format})),
               expected);
+}
+
+TEST_F(WavFileTest, KeepsEveryFrameOfEveryKindOfSet) {
+    struct Case {
+        const char *rate, *flag;
+        std::uint64_t start, samples;
+        const char *first, *length, *last;
+    };
+    const Case cases[] = {
+        {"24000/1001", "NDF", 1'729'728'000, 2002 * 100, "10:00:00:00", "00:00:04:04",
+         "10:00:04:03"},
+        // What begins between two samples is told as the one before.
+        {"30000/1001", "NDF", 1601, 161'761, "00:00:00:01", "00:00:03:11", "00:00:03:11"},
+        {"29.97", "DF", 1'727'998'272, 96'096, "10:00:00:00", "00:00:02:00", "10:00:01:29"},
+        {"30000/1001", "DF", 95'999'904, 96'096, "00:33:20:00", "00:00:02:00", "00:33:21:29"},
+        {"25", "NDF", 1919, 1920, "00:00:00:00", "00:00:00:01", "00:00:00:00"},
+    };
+    for (const auto& [rate, flag, start, samples, first, length, last] : cases) {
+        const auto ixml = wavChunk("iXML", std::string("<SPEED><TIMECODE_RATE>") + rate +
+                                               "</TIMECODE_RATE><TIMECODE_FLAG>" + flag +
+                                               "</TIMECODE_FLAG></SPEED>");
+        const auto facts = timingOf(wavFile({wavFormat(1, 48'000, 8), wavBext(start), ixml,
+                                             wavChunk("data", std::string(samples, '\0'))}));
+        EXPECT_EQ(facts.timecodeStart, first) << rate << " " << flag;
+        EXPECT_EQ(facts.durationTC, length) << rate << " " << flag;
+        EXPECT_EQ(facts.timecodeEnd, last) << rate << " " << flag;
+    }
+}
+
+TEST_F(WavFileTest, ReadsFilesWhoseSizesStandInAChunkOfTheirOwn) {
+    constexpr std::uint64_t kToldBefore = 0xffff'ffff;
+    constexpr std::size_t kBytes = 2 * 48'000 * 6;
+    std::string sizes(28, '\0');
+    for (int at = 0; at < 8; ++at)
+        sizes[8 + static_cast<std::size_t>(at)] = static_cast<char>(kBytes >> (8 * at) & 0xff);
+    for (const std::string kind : {"RF64", "BW64"}) {
+        const auto content =
+            wavFile({wavChunk("ds64", sizes), format, wavBext(kTenHours),
+                     wavChunk("data", std::string(kBytes, '\0'), kToldBefore), wavIXML("25")});
+        const auto facts = timingOf(kind + content.substr(4));
+        EXPECT_EQ(facts.timecodeStart, "10:00:00:00") << kind;
+        EXPECT_EQ(facts.timecodeEnd, "10:00:01:24") << kind;
+        EXPECT_EQ(facts.durationSeconds, 2.0) << kind;
+    }
 }
 
 TEST_F(WavFileTest, SaysNothingThatItCannotKnow) {

@@ -1,8 +1,9 @@
 #include "Offload/MediaInfoCLI/MediaInfoJSON.h"
 
+#include "Offload/ClipLength.h"
 #include "Offload/MediaInfoCLI/MediaInfoTracks.h"
 #include "Offload/TimecodeFormat.h"
-#include "Platform/Numbers.h"
+#include "Platform/FrameRate.h"
 
 namespace slatewise::MediaInfoJSON {
 
@@ -83,6 +84,17 @@ std::optional<double> timecodeRate(const Sources& sources) {
             return rate;
     }
     return std::nullopt;
+}
+
+/// Some containers write the whole number that a timecode counts to in place of its rate.
+std::optional<double> trueRate(std::optional<double> timecode, std::optional<double> capture) {
+    if (!timecode || !capture)
+        return firstOf(timecode, capture);
+    const auto told = FrameRate::near(*timecode);
+    const auto pictures = FrameRate::near(*capture);
+    const bool isRounded =
+        told && pictures && told != pictures && told->nominal() == pictures->nominal();
+    return isRounded ? capture : timecode;
 }
 
 std::optional<double> seconds(const Sources& sources) {
@@ -167,24 +179,18 @@ MediaMetadata metadata(std::string_view bytes) {
     const Sources sources(tracks);
     const auto start = sources.timecodeText("TimeCode_FirstFrame");
     const auto end = sources.timecodeText("TimeCode_LastFrame");
-    const auto length = seconds(sources);
 
     MediaMetadata result;
     result.captureFps = firstOf(sources.video.frameRate(), sources.general.number("FrameRate"));
-    result.timecodeRate = firstOf(timecodeRate(sources), result.captureFps);
+    result.timecodeRate = trueRate(timecodeRate(sources), result.captureFps);
     result.timecodeDropFrame = dropFrame(sources, start, end);
-    result.timecodeStart = normalizedTimecode(start);
-    result.timecodeEnd = normalizedTimecode(end);
-    if (length && result.timecodeRate)
-        result.durationTC = TimecodeFormat::durationTC(*length, *result.timecodeRate);
-    else
-        result.durationTC = firstOf(normalizedTimecode(sources.video.string("Duration_String4")),
-                                    normalizedTimecode(sources.general.string("Duration_String4")));
-    if (!result.timecodeEnd && result.timecodeStart && length && result.timecodeRate)
-        result.timecodeEnd =
-            TimecodeFormat::adding(*result.timecodeStart, *length, *result.timecodeRate);
-    if (length)
-        result.durationSeconds = Numbers::rounded(*length, 2);
+    result.timecodeStart = TimecodeFormat::normalized(start);
+    result.timecodeEnd = TimecodeFormat::normalized(end);
+    result.durationTC =
+        firstOf(TimecodeFormat::normalized(sources.video.string("Duration_String4")),
+                TimecodeFormat::normalized(sources.general.string("Duration_String4")));
+    // The tool counts its last timecode, too, from a length that it has rounded.
+    countFrames({.pictures = sources.video.frameCount(), .seconds = seconds(sources)}, result);
     result.essence = essence(sources.general, sources.video);
     return result;
 }

@@ -52,24 +52,6 @@ std::optional<double> clockSeconds(const std::optional<std::string>& text) {
     return finite(parts[0] * 3600 + parts[1] * 60 + parts[2]);
 }
 
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
-}
-
-/// How many characters at the start of the text are a timecode, with one digit of hours or two.
-std::size_t timecodeLength(std::string_view text) {
-    constexpr std::string_view kShape = "d:dd:dd:dd";
-    const std::size_t lead = text.size() > 1 && isDigit(text[0]) && isDigit(text[1]) ? 1 : 0;
-    if (text.size() < lead + kShape.size())
-        return 0;
-    for (std::size_t at = 0; at < kShape.size(); ++at) {
-        const char character = text[lead + at];
-        if (kShape[at] == 'd' ? !isDigit(character) : character != ':')
-            return 0;
-    }
-    return lead + kShape.size();
-}
-
 } // namespace
 
 Track::Track(Json::Value values) : values_(std::move(values)) {
@@ -111,11 +93,16 @@ std::string Track::lowercased(const std::string& key) const {
 }
 
 std::optional<double> Track::frameRate() const {
-    if (const auto rate = number("FrameRate"))
-        return rate;
+    constexpr double kRounding = 0.001;
+    const auto told = number("FrameRate");
     const auto frames = number("FrameRate_Num");
     const auto seconds = number("FrameRate_Den");
-    return frames && seconds && *seconds != 0 ? *frames / *seconds : frames;
+    const auto exact = frames && seconds ? *frames / *seconds : frames;
+    return !told || (exact && std::abs(*exact - *told) < kRounding) ? exact : told;
+}
+
+std::optional<std::int64_t> Track::frameCount() const {
+    return Numbers::whole(string("FrameCount").value_or(""));
 }
 
 std::optional<double> Track::durationSeconds() const {
@@ -158,18 +145,6 @@ std::optional<int> wholeNumber(const std::optional<std::string>& text) {
     if (!number || *number <= Limits::min() - 1.0 || *number >= Limits::max() + 1.0)
         return std::nullopt;
     return static_cast<int>(*number);
-}
-
-std::optional<std::string> normalizedTimecode(const std::optional<std::string>& text) {
-    if (!text)
-        return std::nullopt;
-    const auto colonsOnly = Text::replaced(*text, ";", ":");
-    for (std::size_t at = 0; at < colonsOnly.size(); ++at) {
-        const auto length = timecodeLength(std::string_view(colonsOnly).substr(at));
-        if (length > 0)
-            return fmt::format("{:0>11}", colonsOnly.substr(at, length));
-    }
-    return std::nullopt;
 }
 
 } // namespace slatewise::MediaInfoJSON

@@ -31,7 +31,9 @@ public:
     /// As `string`, compared and searched without regard to case.
     std::string lowercased(const std::string& key) const;
 
+    /// As a fraction where the track has one: beside it, the number is rounded.
     std::optional<double> frameRate() const;
+    std::optional<std::int64_t> frameCount() const;
     std::optional<double> durationSeconds() const;
 
 private:
@@ -46,8 +48,5 @@ std::optional<double> decimalNumber(const std::optional<std::string>& text);
 
 /// A whole number; a fraction is cut off, blanks between digits are ignored.
 std::optional<int> wholeNumber(const std::optional<std::string>& text);
-
-/// The first timecode in the text, always with colons: "01:00:00:00".
-std::optional<std::string> normalizedTimecode(const std::optional<std::string>& text);
 
 } // namespace slatewise::MediaInfoJSON
