@@ -1,5 +1,6 @@
 #include "Batch/Batch.h"
 
+#include "Batch/CardEject.h"
 #include "Batch/PairTraces.h"
 #include "Offload/CopyEngine.h"
 #include "Platform/Error.h"
@@ -141,7 +142,8 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         result.bytesDone += ended.bytesDone;
         if (pair.isLastOfCard) {
             result.finishedCardIDs.insert(pair.card.id());
-            co_await self->ejectIfWanted(pair.card);
+            if (auto sentence = co_await self->ejectIfWanted(pair.card))
+                result.ejects.push_back(std::move(*sentence));
         }
     }
     if (self->listener_)
@@ -269,25 +271,23 @@ QCoro::Task<> Batch::unlessCancelled(QCoro::Task<> work,
     co_await ending;
 }
 
-/// A card that cannot be ejected stays mounted, and that is all.
-QCoro::Task<> Batch::ejectIfWanted(ClassifiedVolume card) {
+/// A card that cannot be ejected stays mounted, and that is all. Gives what the user is told.
+QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume card) {
     if (!plan_.settings.ejectAfterSuccess || !surroundings_.eject)
-        co_return;
-    auto ejecting = onWorker([eject = surroundings_.eject,
+        co_return std::nullopt;
+    const auto sentence = std::make_shared<std::optional<std::string>>();
+    auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n = plan_.l10n(),
                               folder = std::exchange(folders_[card.facts.mountPoint], nullptr),
                               card = std::move(card)]() mutable {
-        try {
-            // Another card may lie there by now.
-            if (!folder || !folder->isStillAtItsPath())
-                return;
-            // A volume that is held open cannot be unmounted.
-            folder.reset();
-            eject(card.facts.mountPoint);
-        } catch (const std::exception& failure) {
-            AppLog::append("Not ejected: " + card.name() + ": " + describe(failure));
-        }
+        // Another card may lie there by now.
+        if (!folder || !folder->isStillAtItsPath())
+            return;
+        // A volume that is held open cannot be unmounted.
+        folder.reset();
+        *sentence = CardEject::run(eject, card, l10n);
     });
     co_await ejecting;
+    co_return *sentence;
 }
 
 void Batch::deliver(const RunMailbox::Mail& mail) {

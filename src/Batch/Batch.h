@@ -55,6 +55,8 @@ struct BatchResult {
     VolumeIDs finishedCardIDs;
     int filesDone = 0;
     std::int64_t bytesDone = 0;
+    /// One sentence for each card that was to be ejected: that it may be pulled, or why not.
+    std::vector<std::string> ejects;
     /// The page of the last pair that has one, to be shown.
     std::optional<std::filesystem::path> report;
     /// In the order of the plan's pairs; those that were never begun are "failed".
@@ -111,7 +113,7 @@ private:
     QCoro::Task<> reportToService();
     QCoro::Task<> unlessCancelled(QCoro::Task<> work,
                                   std::optional<std::chrono::milliseconds> patience = {});
-    QCoro::Task<> ejectIfWanted(ClassifiedVolume card);
+    QCoro::Task<std::optional<std::string>> ejectIfWanted(ClassifiedVolume card);
     void deliver(const RunMailbox::Mail& mail);
 
     const BatchPlan plan_;

@@ -2,6 +2,7 @@
 
 #include "Batch/BatchObstacle.h"
 #include "Offload/CopyEngine.h"
+#include "Volumes/DiskUtilClient.h"
 
 #include <filesystem>
 #include <functional>
@@ -23,7 +24,7 @@ struct BatchSurroundings {
         runEngine = CopyEngine::run;
 
     /// Throws when the volume stays. Empty: nothing is ejected.
-    std::function<void(const std::filesystem::path& mountPoint)> eject;
+    std::function<DiskUtilClient::Ejected(const std::filesystem::path& mountPoint)> eject;
 };
 
 } // namespace slatewise

@@ -87,6 +87,25 @@ std::string L10n::ejectFailed(Text name) const {
                        : fmt::format("Could not eject {}.", name);
 }
 
+std::string L10n::safeToPull(Text name) const {
+    return isTurkish() ? fmt::format("{} ayrıldı, güvenle çekilebilir.", name)
+                       : fmt::format("{} is unmounted, safe to pull.", name);
+}
+
+std::string L10n::unmountedButInUse(Text name) const {
+    return isTurkish()
+               ? fmt::format("{} ayrıldı, ama aynı diskin başka bir birimi kullanımda: çekmeyin.",
+                             name)
+               : fmt::format("{} is unmounted, but another volume of the same disk is in use: do "
+                             "not pull it.",
+                             name);
+}
+
+std::string L10n::notEjected(Text name, Text reason) const {
+    return isTurkish() ? fmt::format("{} çıkarılmadı: {}", name, reason)
+                       : fmt::format("{} was not ejected: {}", name, reason);
+}
+
 std::string L10n::fileCount(int count) const {
     return fmt::format("{} {}", count, text("files", "dosya"));
 }

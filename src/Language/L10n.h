@@ -43,6 +43,11 @@ public:
     std::string hashMismatch(Text file) const;
     std::string insufficientSpace(Text needed, Text free) const;
     std::string ejectFailed(Text name) const;
+    /// Of a volume that was unmounted and may be unplugged.
+    std::string safeToPull(Text name) const;
+    /// Of one that must not be unplugged, for the sake of another volume of the same disk.
+    std::string unmountedButInUse(Text name) const;
+    std::string notEjected(Text name, Text reason) const;
     std::string fileCount(int count) const;
     std::string folderCount(int count) const;
     std::string reportCounts(int copied, int skipped, int failed) const;

@@ -23,7 +23,7 @@ Surroundings Surroundings::ofThisDesktop(UserDefaults& defaults, const VolumesRo
     };
     surroundings.volumeFacts = factsOfThisMachine;
     surroundings.eject = [](const std::filesystem::path& mountPoint) {
-        DiskUtilClient::eject(mountPoint);
+        return DiskUtilClient::eject(mountPoint);
     };
     surroundings.openFile = DesktopServices::openFile;
     surroundings.showFolder = DesktopServices::showFolder;

@@ -98,13 +98,28 @@ private:
     bool hasCameraFileSystem_;
 };
 
-bool isDestination(const VolumeFacts& facts) {
-    const bool suits =
-        facts.fileSystem.empty() || containsAny(facts.fileSystem, destinationFileSystems);
-    return suits && !facts.isInternal && facts.isWritable && comesAndGoes(facts);
+/// Of a disk that suits as a destination.
+std::string_view reasonOf(WriteObstacle obstacle) {
+    switch (obstacle) {
+    case WriteObstacle::None:
+        return "yazılabilir hedef";
+    case WriteObstacle::ReadOnly:
+        return "salt okunur";
+    case WriteObstacle::NoPermission:
+        return "yazma izni yok";
+    case WriteObstacle::NoAnswer:
+        break;
+    }
+    return "yanıt yok";
 }
 
 } // namespace
+
+bool suitsAsDestination(const VolumeFacts& facts) {
+    const bool hasFileSystem =
+        facts.fileSystem.empty() || containsAny(facts.fileSystem, destinationFileSystems);
+    return hasFileSystem && !facts.isInternal && comesAndGoes(facts);
+}
 
 ClassifiedVolume classify(VolumeFacts facts) {
     if (hasSystemName(facts))
@@ -117,9 +132,10 @@ ClassifiedVolume classify(VolumeFacts facts) {
     weighing.weigh();
     if (weighing.isCameraCard()) {
         volume.kind = VolumeKind::CameraCard;
-    } else if (isDestination(volume.facts)) {
-        volume.kind = VolumeKind::Destination;
-        volume.reasons.emplace_back("yazılabilir hedef");
+    } else if (suitsAsDestination(volume.facts)) {
+        if (volume.facts.isWritable())
+            volume.kind = VolumeKind::Destination;
+        volume.reasons.emplace_back(reasonOf(volume.facts.writeObstacle));
     }
     return volume;
 }

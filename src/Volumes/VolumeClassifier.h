@@ -30,6 +30,10 @@ inline constexpr std::array<std::string_view, 7> destinationFileSystems = {
     "mac os extended",
     "mac os extended (journaled)"};
 
+/// Whether a volume that is no card suits as a destination, but for what may keep this user from
+/// writing there.
+bool suitsAsDestination(const VolumeFacts& facts);
+
 /// The verdict, its score, and why: the reasons are fixed Turkish words in every language.
 ClassifiedVolume classify(VolumeFacts facts);
 

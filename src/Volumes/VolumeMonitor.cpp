@@ -22,7 +22,9 @@ constexpr std::chrono::seconds kPatience{2};
 
 /// Whether the application would show both in the same way. Free space changes all the time.
 bool looksTheSame(const ClassifiedVolume& left, const ClassifiedVolume& right) {
-    return left.id() == right.id() && left.kind == right.kind && left.name() == right.name() &&
+    return left.id() == right.id() && left.lastingID() == right.lastingID() &&
+           left.kind == right.kind && left.name() == right.name() &&
+           left.facts.writeObstacle == right.facts.writeObstacle &&
            left.facts.mountPoint == right.facts.mountPoint;
 }
 
@@ -37,17 +39,40 @@ std::filesystem::path withoutLinks(const std::filesystem::path& mountPoint) {
     return failure ? mountPoint : parent / mountPoint.filename();
 }
 
-/// Facts of a folder in the volumes root. One on which nothing is mounted has a name and no more:
-/// it must not pass for the disk that it happens to lie on.
+/// Facts of a folder in a volumes root. One on which nothing is mounted has a name and no more: it
+/// must not pass for the disk that it happens to lie on.
 VolumeFacts factsOf(const DiskInfo& disks, const std::filesystem::path& mountPoint) {
-    const auto path = withoutLinks(mountPoint);
-    const auto plist = disks.mountAt(path) ? disks.properties(path) : std::nullopt;
-    return DiskUtilClient::factsFromPlist(plist.value_or(PropertyList()), mountPoint);
+    const auto* mount = disks.mountAt(withoutLinks(mountPoint));
+    auto facts =
+        DiskUtilClient::factsFrom(mountPoint, mount, mount ? disks.facts(*mount) : std::nullopt);
+    DiskUtilClient::lookInto(facts);
+    return facts;
+}
+
+/// Facts of one that does not answer and never has.
+VolumeFacts factsOfSilent(const DiskInfo& disks, const std::filesystem::path& mountPoint) {
+    const auto* mount = disks.mountAt(withoutLinks(mountPoint));
+    auto facts = DiskUtilClient::factsFrom(
+        mountPoint, mount, mount ? disks.factsWithoutReading(*mount) : std::nullopt);
+    facts.writeObstacle = WriteObstacle::NoAnswer;
+    return facts;
 }
 
 PatientReader::Subject subject(const DiskInfo& disks, const std::filesystem::path& mountPoint) {
     const auto* mount = disks.mountAt(withoutLinks(mountPoint));
-    return {mount ? mount->line : mountPoint.native(), mountPoint};
+    return {mount ? disks.identity(*mount) : mountPoint.native(), mountPoint};
+}
+
+/// Of the mounts under the roots those that the service may have something to say of yet.
+std::vector<std::string> awaited(const DiskInfo& disks,
+                                 const std::vector<std::filesystem::path>& mountPoints) {
+    std::vector<std::string> mounts;
+    for (const auto& mountPoint : mountPoints) {
+        const auto* mount = disks.mountAt(withoutLinks(mountPoint));
+        if (mount && disks.isAwaited(*mount))
+            mounts.push_back(disks.identity(*mount));
+    }
+    return mounts;
 }
 
 } // namespace
@@ -104,11 +129,30 @@ void VolumeMonitor::run(const std::stop_token& stop, MountEvents& events) {
     }
 }
 
+/// Looks again while the service owes an answer about a volume, until our patience with it is over.
+std::shared_ptr<const DiskInfo>
+VolumeMonitor::lookAtDisks(const std::vector<std::filesystem::path>& mountPoints) {
+    constexpr std::chrono::milliseconds kBetweenLooks{50};
+    const auto deadline = SteadyClock::now() + kPatience;
+    while (true) {
+        auto disks = std::make_shared<const DiskInfo>(options_.sources, memory_);
+        const auto mounts = awaited(*disks, mountPoints);
+        if (mounts.empty())
+            return disks;
+        if (SteadyClock::now() >= deadline) {
+            for (const auto& mount : mounts)
+                memory_.giveUp(mount);
+            return disks;
+        }
+        std::this_thread::sleep_for(kBetweenLooks);
+    }
+}
+
 std::vector<ClassifiedVolume> VolumeMonitor::read() {
-    const auto mountPoints = DiskUtilClient::listMounts(volumesRoot_.path());
+    const auto mountPoints = DiskUtilClient::listMounts(volumesRoot_);
     if (mountPoints.empty())
         return {};
-    const auto disks = std::make_shared<const DiskInfo>(options_.sources);
+    const auto disks = lookAtDisks(mountPoints);
     std::vector<PatientReader::Subject> subjects;
     for (const auto& mountPoint : mountPoints)
         subjects.push_back(subject(*disks, mountPoint));
@@ -118,7 +162,7 @@ std::vector<ClassifiedVolume> VolumeMonitor::read() {
     std::vector<ClassifiedVolume> volumes;
     for (std::size_t index = 0; index < facts.size(); ++index) {
         volumes.push_back(VolumeClassifier::classify(
-            facts[index] ? *facts[index] : DiskUtilClient::plainFacts(mountPoints[index])));
+            facts[index] ? *facts[index] : factsOfSilent(*disks, mountPoints[index])));
     }
     std::stable_sort(volumes.begin(), volumes.end(), comesBefore);
     return volumes;

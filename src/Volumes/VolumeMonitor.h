@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Disks/DiskMemory.h"
 #include "Platform/Disks/DiskSources.h"
 #include "Platform/Disks/MountEvents.h"
 #include "Volumes/PatientReader.h"
@@ -15,6 +16,8 @@
 
 namespace slatewise {
 
+class DiskInfo;
+
 /// Keeps a classified list of the volumes under the volumes root, and tells when it changes in a
 /// way that matters. Made, started, stopped and destroyed on the GUI thread, before the application
 /// object ends.
@@ -25,9 +28,9 @@ namespace slatewise {
 ///
 /// Nothing that hangs reaches the GUI thread, and nothing keeps the monitor from seeing a new card.
 /// A volume that does not answer within 2 seconds delays that one read; from the next on it is
-/// passed over, with what was last known of it, until it answers again. A disk service that does
-/// not answer within 2 seconds is passed over for that read, and the kernel is asked instead; the
-/// next read tries it again.
+/// passed over, with what was last known of it, until it answers again. What the disk service has
+/// said of a mount holds for as long as that mount lasts, also when the service falls silent, goes
+/// or starts anew; of a new one the kernel is asked after 2 seconds without an answer.
 class VolumeMonitor {
 public:
     struct Options {
@@ -63,6 +66,8 @@ public:
 
 private:
     void run(const std::stop_token& stop, MountEvents& events);
+    std::shared_ptr<const DiskInfo>
+    lookAtDisks(const std::vector<std::filesystem::path>& mountPoints);
     std::vector<ClassifiedVolume> read();
     void publish(std::vector<ClassifiedVolume> volumes);
     void postChange();
@@ -70,6 +75,7 @@ private:
     VolumesRoot volumesRoot_;
     Options options_;
     PatientReader reader_;
+    DiskMemory memory_;
     /// Guards the list, held only to compare, swap or copy it.
     mutable std::mutex lock_;
     std::vector<ClassifiedVolume> volumes_;

@@ -12,6 +12,20 @@
 
 namespace slatewise {
 
+/// What keeps this user from writing to a volume.
+enum class WriteObstacle {
+    None,
+    /// The mount or the device itself.
+    ReadOnly,
+    /// The rights of the folder at the volume's root.
+    NoPermission,
+    /// Nobody knows: the volume does not answer.
+    NoAnswer,
+};
+
+/// How an id begins that goes by the file system: one that lasts when the device changes.
+inline constexpr std::string_view uuidPrefix = "UUID=";
+
 /// Everything known about one mounted volume or picked folder.
 struct VolumeFacts {
     /// The mount point, or the folder for a picked folder.
@@ -19,8 +33,11 @@ struct VolumeFacts {
     std::string volumeName;
     /// Name of the device as the system gives it; empty when unknown.
     std::string deviceIdentifier;
-    /// Carried for the records, never part of the identity.
+    /// Of the file system; never part of the `id`.
     std::optional<std::string> volumeUUID;
+    /// The folder or subvolume that is mounted in place of the whole file system: "/@footage".
+    /// Empty for the whole.
+    std::string mountedPart;
     std::string fileSystem;
     std::string protocolName;
     /// Bytes; 0 when unknown.
@@ -29,7 +46,7 @@ struct VolumeFacts {
     bool isInternal = false;
     bool isRemovable = false;
     bool isExternal = false;
-    bool isWritable = false;
+    WriteObstacle writeObstacle = WriteObstacle::None;
     /// Tags of the camera folders found at the root, in the order of the signature table.
     std::vector<std::string> signatures;
 
@@ -37,6 +54,14 @@ struct VolumeFacts {
     std::string id() const {
         return deviceIdentifier.empty() ? mountPoint.native() : deviceIdentifier;
     }
+
+    /// By which the volume is known again when it comes back, on whatever device that may be: the
+    /// file system, or the `id` where that has no UUID.
+    std::string lastingID() const {
+        return volumeUUID ? std::string(uuidPrefix) + *volumeUUID + mountedPart : id();
+    }
+
+    bool isWritable() const { return writeObstacle == WriteObstacle::None; }
 
     friend bool operator==(const VolumeFacts&, const VolumeFacts&) = default;
 };
@@ -82,6 +107,10 @@ struct ClassifiedVolume {
     /// A picked folder is known by its path, so that several folders of one disk, and the disk
     /// itself, live side by side.
     std::string id() const { return isPickedFolder() ? facts.mountPoint.native() : facts.id(); }
+    /// The same for what is to be remembered.
+    std::string lastingID() const {
+        return isPickedFolder() ? facts.mountPoint.native() : facts.lastingID();
+    }
     const std::string& name() const { return facts.volumeName; }
 
     friend bool operator==(const ClassifiedVolume&, const ClassifiedVolume&) = default;

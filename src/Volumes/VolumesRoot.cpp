@@ -4,8 +4,8 @@
 
 namespace slatewise {
 
-std::filesystem::path VolumesRoot::path() const {
-    return fixed_.empty() ? UserFolders::media() : fixed_;
+std::vector<std::filesystem::path> VolumesRoot::paths() const {
+    return fixed_.value_or(UserFolders::media());
 }
 
 } // namespace slatewise

@@ -1,24 +1,30 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
+#include <vector>
 
 namespace slatewise {
 
-/// The folder under which volumes appear. It need not exist yet.
+/// The folders under which volumes appear. They need not exist yet.
 class VolumesRoot {
 public:
     /// That folder and no other.
-    VolumesRoot(std::filesystem::path folder) : fixed_(std::move(folder)) {}
+    VolumesRoot(std::filesystem::path folder) : fixed_({std::move(folder)}) {}
 
-    /// Where this desktop mounts media for the user: `/run/media/<user>` on a system that has
-    /// `/run/media`, else `/media/<user>`.
-    static VolumesRoot ofThisDesktop() { return VolumesRoot(std::filesystem::path()); }
+    /// Those folders, all of them alike.
+    VolumesRoot(std::vector<std::filesystem::path> folders) : fixed_(std::move(folders)) {}
 
-    /// Looked up each time: `/run/media` can come into being with the first card.
-    std::filesystem::path path() const;
+    /// Where this desktop mounts media for the user: in `/run/media/<user>` and `/media/<user>`.
+    static VolumesRoot ofThisDesktop() { return {}; }
+
+    /// One of them may lead to another one by a link.
+    std::vector<std::filesystem::path> paths() const;
 
 private:
-    std::filesystem::path fixed_;
+    VolumesRoot() = default;
+
+    std::optional<std::vector<std::filesystem::path>> fixed_;
 };
 
 } // namespace slatewise

@@ -148,7 +148,7 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
         if (run == 4)
             ::mkfifo((desk.folder / "B002/Z.fifo").c_str(), 0600);
     });
-    desk.surroundings.eject = [this](const auto& mountPoint) {
+    desk.surroundings.eject = [this](const auto& mountPoint) -> DiskUtilClient::Ejected {
         desk.ejected.push_back(mountPoint);
         throw Error("busy");
     };

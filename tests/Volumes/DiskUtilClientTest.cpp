@@ -1,131 +1,67 @@
 #include "Volumes/DiskUtilClient.h"
 
+#include "Platform/Desktop/UserFolders.h"
 #include "Volumes/CameraSignatures.h"
-#include "Volumes/PropertyReaders.h"
 #include "support/Files.h"
 
 #include <gmock/gmock.h>
 
-#include <cmath>
-#include <limits>
+#include <cstdlib>
 
 using namespace slatewise;
 using namespace slatewise::test;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
 
 namespace {
 
-constexpr auto kLargest = std::numeric_limits<std::int64_t>::max();
-constexpr auto kLowest = std::numeric_limits<std::int64_t>::lowest();
-
-VolumeFacts factsFrom(const PropertyList& plist) {
-    return DiskUtilClient::factsFromPlist(plist, "/nowhere/A001");
-}
+const DiskFacts kDisk = {.deviceName = "sdb1",
+                         .label = " Card\n",
+                         .uuid = "1234-ABCD",
+                         .fileSystem = "exfat",
+                         .fileSystemVersion = {},
+                         .sizeBytes = 64};
+const Mount kMount = {
+    .line = {}, .root = "/", .mountPoint = "/nowhere/A001", .fileSystem = "exfat", .source = {}};
 
 } // namespace
 
-TEST(PropertyReaders, ReadWhateverTypeAValueHas) {
+TEST(DiskUtilClient, NamesAVolumeByWhatTellsItApart) {
     struct Case {
-        PropertyValue value;
-        std::optional<std::string> string;
-        std::int64_t int64;
-        bool boolean;
+        const char* what;
+        std::string label, uuid, root, name, id, lastingID;
     };
     const Case cases[] = {
-        {std::string(" A001\n"), "A001", 0, false},
-        {std::string(" \t "), std::nullopt, 0, false},
-        {std::string("1"), "1", 0, false},
-        {true, "1", 1, true},
-        {false, "0", 0, false},
-        {std::int64_t(-7), "-7", -7, true},
-        {std::uint64_t(1) << 63, "9223372036854775808", kLargest, true},
-        {1.9, "1.9", 1, true},
-        {-1.9, "-1.9", -1, true},
-        {0.25, "0.25", 0, true},
-        {1e19, "1e+19", 0, true},
-        {-std::ldexp(1, 63), "-9.223372036854776e+18", kLowest, true},
-        {std::ldexp(1, 63), "9.223372036854776e+18", 0, true},
-        {std::numeric_limits<double>::quiet_NaN(), "nan", 0, true},
+        {"a label", " Card\n", "12-AB", "/", "Card", "sdb1", "UUID=12-AB"},
+        {"a blank one", " \t", "", "/", "A001", "sdb1", "sdb1"},
+        {"a part", "R", "12-AB", "/@a/b", "R [@a/b]", "sdb1[/@a/b]", "UUID=12-AB/@a/b"},
+        {"a part without a label", "", "", "/@a", "A001", "sdb1[/@a]", "sdb1[/@a]"},
     };
-    for (const auto& [value, string, int64, boolean] : cases) {
-        EXPECT_EQ(PropertyReaders::string(&value), string);
-        EXPECT_EQ(PropertyReaders::int64(&value), int64) << string.value_or("blank");
-        EXPECT_EQ(PropertyReaders::boolean(&value), boolean) << string.value_or("blank");
+    for (const auto& [what, label, uuid, root, name, id, lastingID] : cases) {
+        auto disk = kDisk;
+        auto mount = kMount;
+        disk.label = label;
+        disk.uuid = uuid;
+        mount.root = root;
+        const auto facts = DiskUtilClient::factsFrom("/nowhere/A001", &mount, disk);
+        EXPECT_EQ(facts.volumeName, name) << what;
+        EXPECT_EQ(facts.id(), id) << what;
+        EXPECT_EQ(facts.lastingID(), lastingID) << what;
     }
-    EXPECT_EQ(PropertyReaders::string(nullptr), std::nullopt);
-    EXPECT_EQ(PropertyReaders::int64(nullptr), 0);
-    EXPECT_FALSE(PropertyReaders::boolean(nullptr));
-}
-
-TEST(DiskUtilClient, TakesEachFactFromTheFirstKeyThatHasIt) {
-    const auto facts = factsFrom({{"VolumeName", std::string("Card")},
-                                  {"DeviceIdentifier", std::string("sdb1")},
-                                  {"VolumeUUID", std::string("1234-ABCD")},
-                                  {"FileSystemName", std::string("ExFAT")},
-                                  {"FilesystemUserVisibleName", std::string("another")},
-                                  {"Protocol", std::string("USB")},
-                                  {"TotalSize", std::int64_t(0)},
-                                  {"Size", std::uint64_t(64)},
-                                  {"VolumeSize", std::int64_t(32)},
-                                  {"VolumeFreeSpace", std::int64_t(-1)},
-                                  {"FreeSpace", 16.5},
-                                  {"External", true},
-                                  {"Removable", false},
-                                  {"RemovableMedia", true},
-                                  {"Writable", false}});
-    VolumeFacts expected;
-    expected.mountPoint = "/nowhere/A001";
-    expected.volumeName = "Card";
-    expected.deviceIdentifier = "sdb1";
-    expected.volumeUUID = "1234-ABCD";
-    expected.fileSystem = "ExFAT";
-    expected.protocolName = "USB";
-    expected.totalBytes = 64;
-    expected.freeBytes = 16;
-    expected.isRemovable = true;
-    expected.isExternal = true;
-    EXPECT_EQ(facts, expected);
-    EXPECT_EQ(facts.id(), "sdb1");
-
-    // The best key of each list wins over the others.
-    const auto best = factsFrom({{"FilesystemName", std::string("APFS")},
-                                 {"FileSystemName", std::string("apfs")},
-                                 {"BusProtocol", std::string("SATA")},
-                                 {"Protocol", std::string("USB")},
-                                 {"TotalSize", std::int64_t(4)},
-                                 {"APFSContainerSize", std::int64_t(8)},
-                                 {"APFSContainerFreeSpace", std::int64_t(2)},
-                                 {"Removable", std::int64_t(1)},
-                                 {"Internal", true}});
-    EXPECT_EQ(best.fileSystem, "APFS");
-    EXPECT_EQ(best.protocolName, "SATA");
-    EXPECT_EQ(best.totalBytes, 4);
-    EXPECT_EQ(best.freeBytes, 2);
-    EXPECT_TRUE(best.isInternal && best.isRemovable);
-}
-
-TEST(DiskUtilClient, SaysLittleOfAVolumeThatNobodyKnows) {
-    for (const auto& plist : {PropertyList{}, PropertyList{{"VolumeName", std::string("  ")},
-                                                           {"DeviceIdentifier", std::string(" ")},
-                                                           {"VolumeUUID", std::string("\n")},
-                                                           {"Writable", std::string("no")}}}) {
-        EXPECT_EQ(factsFrom(plist), DiskUtilClient::plainFacts("/nowhere/A001"));
-    }
-    const auto plain = DiskUtilClient::plainFacts("/nowhere/A001/");
-    EXPECT_EQ(plain.volumeName, "A001");
-    EXPECT_EQ(plain.volumeUUID, std::nullopt);
-    EXPECT_TRUE(plain.isWritable);
-    EXPECT_EQ(DiskUtilClient::plainFacts("/").volumeName, "/");
+    const auto unknown = DiskUtilClient::factsFrom("/nowhere/A001/", nullptr, std::nullopt);
+    EXPECT_EQ(unknown.volumeName, "A001");
+    EXPECT_EQ(unknown.id(), "/nowhere/A001/");
+    EXPECT_EQ(DiskUtilClient::factsFrom("/", nullptr, std::nullopt).volumeName, "/");
 }
 
 TEST(DiskUtilClient, LooksAtTheFileSystemForWhatTheListLacks) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder / "DCIM");
     const auto space = std::filesystem::space(folder.path());
-    const auto facts =
-        DiskUtilClient::factsFromPlist({{"TotalSize", std::int64_t(0)}}, folder.path());
+    auto facts = DiskUtilClient::factsFrom(folder.path(), nullptr, std::nullopt);
+    DiskUtilClient::lookInto(facts);
     EXPECT_EQ(facts.totalBytes, static_cast<std::int64_t>(space.capacity));
     EXPECT_GT(facts.freeBytes, 0);
     EXPECT_THAT(facts.signatures, ElementsAre("DCIM"));
@@ -137,18 +73,58 @@ TEST(DiskUtilClient, LooksAtTheFileSystemForWhatTheListLacks) {
     EXPECT_EQ(held.mountPoint, folder.path());
 }
 
-TEST(DiskUtilClient, ListsFoldersOnly) {
-    const TemporaryFolder root;
-    EXPECT_THAT(DiskUtilClient::listMounts(root / "missing"), IsEmpty());
-    std::filesystem::create_directory(root / "CARD");
+TEST(DiskUtilClient, ListsTheFoldersOfAllRoots) {
+    const TemporaryFolder place;
+    const auto root = place / "run/media/me";
+    const auto other = place / "media/me";
+    const VolumesRoot roots({root, other, place / "link"});
+    EXPECT_THAT(DiskUtilClient::listMounts(roots), IsEmpty());
+    std::filesystem::create_directories(root / "CARD");
+    std::filesystem::create_directory_symlink(root, place / "link");
     std::filesystem::create_directory(root / "name\nof \xff bytes");
     std::filesystem::create_directory(root / ".hidden");
-    std::filesystem::create_directory_symlink(root / "CARD", root / "link");
+    std::filesystem::create_directory_symlink(root / "CARD", root / "card");
     std::filesystem::create_directory_symlink(root / "nowhere", root / "dangling");
     writeFile(root / "file", "");
-    EXPECT_THAT(DiskUtilClient::listMounts(root.path()),
+    EXPECT_THAT(DiskUtilClient::listMounts(roots),
                 UnorderedElementsAre(root / "CARD", root / "name\nof \xff bytes"));
-    EXPECT_THAT(DiskUtilClient::listMounts(root / "file"), IsEmpty());
+    // The other root comes into being, and its link would list the first once more.
+    std::filesystem::create_directories(other / "RAID");
+    EXPECT_THAT(DiskUtilClient::listMounts(roots),
+                UnorderedElementsAre(root / "CARD", root / "name\nof \xff bytes", other / "RAID"));
+}
+
+TEST(DiskUtilClient, LooksWhereBothKindsOfDesktopsMountForBothUsers) {
+    const std::vector<std::filesystem::path> roots = {"/run/media", "/media"};
+    ::unsetenv("SUDO_USER");
+    const auto own = UserFolders::media(roots);
+    ASSERT_THAT(own, SizeIs(2));
+    EXPECT_EQ(own[0].parent_path(), "/run/media");
+    EXPECT_EQ(own[1], "/media" / own[0].filename());
+    ::setenv("SUDO_USER", "camera", 1);
+    EXPECT_THAT(UserFolders::media(roots),
+                ElementsAre(own[0], own[1], "/run/media/camera", "/media/camera"));
+    for (const char* nobody : {"", "..", "../../etc"}) {
+        ::setenv("SUDO_USER", nobody, 1);
+        EXPECT_EQ(UserFolders::media(roots), own) << nobody;
+    }
+    ::unsetenv("SUDO_USER");
+}
+
+TEST(DiskUtilClient, SaysWhatKeepsThisUserFromWriting) {
+    const TemporaryFolder folder;
+    const auto obstacle = [&](const std::filesystem::path& place, const Mount& mount) {
+        auto facts = DiskUtilClient::factsFrom(place, &mount, kDisk);
+        DiskUtilClient::lookInto(facts);
+        return facts.writeObstacle;
+    };
+    EXPECT_EQ(obstacle(folder.path(), kMount), WriteObstacle::None);
+    auto readOnly = kMount;
+    readOnly.isReadOnly = true;
+    EXPECT_EQ(obstacle(folder.path(), readOnly), WriteObstacle::ReadOnly);
+    EXPECT_EQ(obstacle(folder / "gone", kMount), WriteObstacle::NoAnswer);
+    // Nobody, not even root, may write there.
+    EXPECT_EQ(obstacle("/proc/sys", kMount), WriteObstacle::NoPermission);
 }
 
 TEST(CameraSignatures, AreFoundInTheOrderOfTheTable) {

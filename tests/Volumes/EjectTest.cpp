@@ -40,14 +40,15 @@ protected:
         return sources;
     }
 
-    std::vector<std::string> deedsOfAnEject() const {
+    std::vector<std::string> deedsOfAnEject() {
         const MockUDisks service(machine.objects());
-        DiskUtilClient::eject(kMountPoint, sourcesWith(service));
+        last = DiskUtilClient::eject(kMountPoint, sourcesWith(service));
         return service.deeds();
     }
 
     Machine machine;
     QVariantMap& drive;
+    DiskUtilClient::Ejected last;
 };
 
 /// The failure of an eject that must fail.
@@ -87,6 +88,27 @@ TEST_F(Eject, LeavesADriveAloneWhileAnotherVolumeOnItIsMounted) {
     EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
     drive["Ejectable"] = true;
     EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+    EXPECT_TRUE(last.isDiskInUse);
+    EXPECT_EQ(last.text("A001", L10n(AppLanguage::English)),
+              "A001 is unmounted, but another volume of the same disk is in use: do not pull it.");
+}
+
+TEST_F(Eject, AsksNoSlotForWhatItCannotDo) {
+    // What the service says of both kinds, whether they can or not.
+    drive["MediaRemovable"] = true;
+    drive["Ejectable"] = true;
+    for (const auto* device : {"mmcblk0p1", "nvme1n1p1"}) {
+        SCOPED_TRACE(device);
+        machine.object("block_devices/sdb1")["org.freedesktop.UDisks2.Block"]["Device"] =
+            QByteArray("/dev/") + device;
+        drive["CanPowerOff"] = false;
+        EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+        EXPECT_EQ(last.text("A001", L10n(AppLanguage::English)),
+                  "A001 is unmounted, safe to pull.");
+        drive["CanPowerOff"] = true;
+        EXPECT_THAT(deedsOfAnEject(),
+                    ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
+    }
 }
 
 TEST_F(Eject, LeavesADriveAloneWhileAnEncryptedVolumeOnItIsMounted) {
@@ -117,12 +139,13 @@ TEST_F(Eject, TakesAwayOnlyThePlaceItIsAskedFor) {
     machine.addBlock("loop0", BlockDevices::text(numbers));
     machine.addFilesystem("loop0", {elsewhere.path(), disk.path()});
     const MockUDisks service(machine.objects());
-    DiskUtilClient::eject(disk.path(), {.busAddress = service.address()});
+    EXPECT_TRUE(DiskUtilClient::eject(disk.path(), {.busAddress = service.address()}).isDiskInUse);
     disk.wasUnmounted();
     EXPECT_FALSE(std::filesystem::exists(disk / "file"));
     EXPECT_TRUE(std::filesystem::exists(elsewhere / "file"));
     EXPECT_THAT(service.deeds(), IsEmpty());
-    DiskUtilClient::eject(elsewhere.path(), {.busAddress = service.address()});
+    EXPECT_FALSE(
+        DiskUtilClient::eject(elsewhere.path(), {.busAddress = service.address()}).isDiskInUse);
     EXPECT_FALSE(std::filesystem::exists(elsewhere / "file"));
 }
 
@@ -147,6 +170,7 @@ TEST_F(Eject, OfABusyDiskFailsInTheUsersLanguageAndGoesNoFurther) {
     EXPECT_EQ(english.localizedDescription(), "Could not eject /media/me/A001.");
     EXPECT_EQ(english.code(), 1);
     EXPECT_THAT(english.reason(), HasSubstr("DeviceBusy"));
+    EXPECT_EQ(english.cause(), DiskUtilClient::EjectError::Cause::Busy);
     UserDefaults::standard().keepChangesInMemory();
     Language::persist(AppLanguage::Turkish, UserDefaults::standard());
     EXPECT_EQ(refusalOf(kMountPoint, sourcesWith(service)).localizedDescription(),
@@ -156,10 +180,12 @@ TEST_F(Eject, OfABusyDiskFailsInTheUsersLanguageAndGoesNoFurther) {
                 ElementsAre("Unmount block_devices/sdb1", "Unmount block_devices/sdb1"));
 }
 
-TEST_F(Eject, ThatDoesNotPowerOffIsAFailureToo) {
+TEST_F(Eject, ThatEndsWithUnmountingIsSafeToPullAllTheSame) {
     MockUDisks service(machine.objects());
     service.refuse("PowerOff", "Failed");
-    EXPECT_THAT(refusalOf(kMountPoint, sourcesWith(service)).reason(), HasSubstr("PowerOff"));
+    const auto ejected = DiskUtilClient::eject(kMountPoint, sourcesWith(service));
+    EXPECT_FALSE(ejected.isDiskInUse);
+    EXPECT_THAT(ejected.remark, HasSubstr("PowerOff"));
 }
 
 TEST_F(Eject, WithoutTheServiceUnmountsWithTheSystemsTool) {

@@ -13,30 +13,12 @@
 /// What people plug in, as kernel and service describe it.
 namespace slatewise::test {
 
-inline constexpr auto kMountPoint = "/media/me/VOLUME";
-
-struct Place {
-    bool isInternal = false;
-    bool isRemovable = false;
-    bool isExternal = false;
-
-    friend bool operator==(const Place&, const Place&) = default;
-};
-
-inline void PrintTo(const Place& place, std::ostream* out) {
-    *out << (place.isInternal ? "internal " : "") << (place.isRemovable ? "removable " : "")
-         << (place.isExternal ? "external" : "");
-}
-
 struct Shape {
     const char* name;
     std::function<void(Machine&)> build;
-    const char* identifier;
-    const char* fileSystem;
-    const char* protocol;
-    Place place;
-    VolumeKind kind;
-    /// Where the kernel alone cannot know as much as the service.
+    /// Identifier, file system, protocol, place and verdict.
+    const char* facts;
+    /// The verdict where the kernel alone cannot know as much as the service.
     std::optional<VolumeKind> kindWithoutService = std::nullopt;
 };
 

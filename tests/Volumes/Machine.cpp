@@ -21,6 +21,7 @@ Machine::Machine() {
     std::filesystem::create_directories(folder_ / "sys/dev/block");
     std::filesystem::create_directories(folder_ / "sys/class/block");
     std::filesystem::create_directories(folder_ / "dev");
+    std::filesystem::create_directory(mountPoint());
 }
 
 void Machine::addDevice(const std::string& numbers, const std::string& folder,

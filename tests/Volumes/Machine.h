@@ -44,6 +44,9 @@ public:
 
     QVariantMap& addDrive(const std::string& name, const std::string& bus);
 
+    /// A real folder, where a test may say that something is mounted.
+    std::filesystem::path mountPoint() const { return folder_ / "VOLUME"; }
+
     static QDBusObjectPath path(const std::string& name);
 
     const UDisksObjects::Objects& objects() const { return objects_; }

@@ -16,6 +16,7 @@ constexpr auto kConfiguration = R"(<!DOCTYPE busconfig PUBLIC
   <listen>unix:tmpdir=/tmp</listen>
   <auth>EXTERNAL</auth>
   <policy context="default">
+    <allow user="*"/>
     <allow send_destination="*"/>
     <allow receive_sender="*"/>
     <allow own="*"/>

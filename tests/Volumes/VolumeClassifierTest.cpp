@@ -29,7 +29,7 @@ struct Volume {
     bool isInternal = false;
     bool isRemovable = false;
     bool isExternal = false;
-    bool isWritable = true;
+    WriteObstacle obstacle = WriteObstacle::None;
 };
 
 VolumeFacts factsOf(const Volume& volume) {
@@ -41,7 +41,7 @@ VolumeFacts factsOf(const Volume& volume) {
     facts.isInternal = volume.isInternal;
     facts.isRemovable = volume.isRemovable;
     facts.isExternal = volume.isExternal;
-    facts.isWritable = volume.isWritable;
+    facts.writeObstacle = volume.obstacle;
     return facts;
 }
 
@@ -81,10 +81,28 @@ TEST(VolumeClassifier, WeighsFactsBehindHardGates) {
          7,
          {kOuter, "protokol USB", kFolder}},
         {"external disk that is read-only",
-         {.fileSystem = "APFS", .protocol = "USB", .isExternal = true, .isWritable = false},
+         {.fileSystem = "APFS",
+          .protocol = "USB",
+          .isExternal = true,
+          .obstacle = WriteObstacle::ReadOnly},
          kUnknown,
          4,
-         {kOuter, "protokol USB"}},
+         {kOuter, "protokol USB", "salt okunur"}},
+        {"external disk of another user",
+         {.isExternal = true, .obstacle = WriteObstacle::NoPermission},
+         kUnknown,
+         2,
+         {kOuter, "yazma izni yok"}},
+        {"external disk that does not answer",
+         {.isExternal = true, .obstacle = WriteObstacle::NoAnswer},
+         kUnknown,
+         2,
+         {kOuter, "yanıt yok"}},
+        {"card that is locked",
+         {.fileSystem = "ExFAT", .isRemovable = true, .obstacle = WriteObstacle::ReadOnly},
+         kCard,
+         4,
+         {kOuter, "dosya sistemi ExFAT"}},
         {"external disk of a file system that nobody knows",
          {.fileSystem = "ZFS", .isExternal = true},
          kUnknown,

@@ -43,6 +43,7 @@ Desk::Desk() {
     };
     surroundings.eject = [this](const auto& mountPoint) {
         ejected.push_back(mountPoint);
+        return DiskUtilClient::Ejected();
     };
     surroundings.openFile = [this](const auto& file) {
         opened.push_back(file);
@@ -67,7 +68,6 @@ QString Desk::mount(const std::string& name, VolumeKind kind) {
     volume.facts.mountPoint = folder / name;
     volume.facts.volumeName = name;
     volume.facts.deviceIdentifier = "dev-" + name;
-    volume.facts.isWritable = true;
     volume.kind = kind;
     return toQString(volume.id());
 }

@@ -6,7 +6,6 @@ ClassifiedVolume volumeAt(const std::filesystem::path& folder, const std::string
     ClassifiedVolume volume;
     volume.facts.mountPoint = folder;
     volume.facts.volumeName = name;
-    volume.facts.isWritable = true;
     return volume;
 }
 

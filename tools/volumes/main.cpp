@@ -23,8 +23,15 @@ void print(const std::vector<ClassifiedVolume>& volumes) {
     std::cout << tool::volumeTable(volumes) << std::endl;
 }
 
+std::string folderNames(const VolumesRoot& root) {
+    std::string names;
+    for (const auto& folder : root.paths())
+        names += (names.empty() ? "" : ", ") + Text::displayable(folder.native());
+    return names;
+}
+
 int follow(VolumesRoot root) {
-    std::cerr << "Watching " << Text::displayable(root.path().native()) << " until Ctrl-C\n";
+    std::cerr << "Watching " << folderNames(root) << " until Ctrl-C\n";
     VolumeMonitor monitor(std::move(root));
     monitor.onChange = [&] {
         print(monitor.currentVolumes());
@@ -50,7 +57,8 @@ int main(int count, char** words) {
     program.add_flag("--once", onlyOnce, "List the volumes of this moment and end");
     CLI11_PARSE(program, count, words);
 
-    auto root = folder.empty() ? VolumesRoot::ofThisDesktop() : VolumesRoot(folder);
+    auto root =
+        folder.empty() ? VolumesRoot::ofThisDesktop() : VolumesRoot(std::filesystem::path(folder));
     if (!onlyOnce)
         return follow(std::move(root));
     VolumeMonitor monitor(std::move(root));

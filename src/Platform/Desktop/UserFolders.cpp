@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <pwd.h>
@@ -39,6 +40,13 @@ std::string userName() {
     return found ? found->pw_name : std::to_string(::geteuid());
 }
 
+/// Empty when nobody has changed users, or when the variable holds no name.
+std::string desktopUserName() {
+    const char* const value = std::getenv("SUDO_USER");
+    const std::string name(value ? value : "");
+    return name == "." || name == ".." || name.find('/') != std::string::npos ? "" : name;
+}
+
 } // namespace
 
 std::filesystem::path applicationSupport() {
@@ -61,10 +69,17 @@ std::filesystem::path documents() {
                             : std::filesystem::path(QFile::encodeName(folder).toStdString());
 }
 
-std::filesystem::path media() {
-    std::error_code failure;
-    const bool isBelowRun = std::filesystem::is_directory("/run/media", failure);
-    return std::filesystem::path(isBelowRun ? "/run/media" : "/media") / userName();
+std::vector<std::filesystem::path> media(const std::vector<std::filesystem::path>& roots) {
+    const auto users = {userName(), desktopUserName()};
+    std::vector<std::filesystem::path> folders;
+    for (const auto& user : users) {
+        for (const auto& root : roots) {
+            if (!user.empty() &&
+                std::find(folders.begin(), folders.end(), root / user) == folders.end())
+                folders.push_back(root / user);
+        }
+    }
+    return folders;
 }
 
 } // namespace slatewise::UserFolders

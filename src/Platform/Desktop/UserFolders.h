@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <vector>
 
 /// Where a user's files of each kind live, by the XDG variables and the habits of desktops. Nothing
 /// is created here.
@@ -20,8 +21,13 @@ std::filesystem::path configuration();
 /// `~/Documents`.
 std::filesystem::path documents();
 
-/// Where the desktop mounts what this user plugs in: `/run/media/<user>` on a system that has
-/// `/run/media`, else `/media/<user>`.
-std::filesystem::path media();
+/// Folders under which desktops mount what a user plugs in, each in one of the user's name.
+inline const std::vector<std::filesystem::path> mediaRoots = {"/run/media", "/media"};
+
+/// Where the desktop may mount what this user plugs in, and also what the desktop's user does when
+/// that is another one who became this one by `sudo`: of both in each of the `roots`. They need not
+/// exist, and come into being with the first card.
+std::vector<std::filesystem::path>
+media(const std::vector<std::filesystem::path>& roots = mediaRoots);
 
 } // namespace slatewise::UserFolders

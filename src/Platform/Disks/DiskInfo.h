@@ -1,13 +1,13 @@
 #pragma once
 
 #include "Platform/Disks/DiskFacts.h"
+#include "Platform/Disks/DiskMemory.h"
 #include "Platform/Disks/DiskSources.h"
 #include "Platform/Disks/MountTable.h"
-#include "Platform/Disks/PropertyList.h"
-#include "Platform/Disks/UDisksObjects.h"
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace slatewise {
@@ -20,26 +20,33 @@ public:
     /// Blocks until UDisks2 has answered, at most 2 seconds.
     explicit DiskInfo(DiskSources sources = {});
 
+    /// One look of several, which share what the service says.
+    DiskInfo(DiskSources sources, DiskMemory& memory);
+
     /// Null when nothing is mounted at that very path.
     const Mount* mountAt(const std::filesystem::path& path) const;
 
-    /// What is known of the volume that holds the path, which must be absolute and lead through no
-    /// links. Nothing when the path lies in no mount. May read from the disk and block as it does.
-    std::optional<PropertyList> properties(const std::filesystem::path& path) const;
+    /// The mount that the path, which must be absolute and lead through no links, lies in. Null
+    /// when it lies in none.
+    const Mount* mountHolding(const std::filesystem::path& path) const;
+
+    /// As long as it stays the same, this is the same mount of the same medium.
+    std::string identity(const Mount& mount) const;
+
+    /// What is known of the device under a mount; nothing of a mount that has none. May read from
+    /// the disk, and blocks as it does.
+    std::optional<DiskFacts> facts(const Mount& mount) const;
+
+    /// The same without what only the disk itself could tell. Does not block.
+    std::optional<DiskFacts> factsWithoutReading(const Mount& mount) const;
+
+    /// Whether the service has been there before and may have something to say of it yet.
+    bool isAwaited(const Mount& mount) const;
 
 private:
-    std::optional<DiskFacts> factsAbout(const Mount& mount) const;
-
     DiskSources sources_;
     std::vector<Mount> mounts_;
-    /// Empty when the service is not there.
-    UDisksObjects service_;
+    DiskMemory::Known service_;
 };
-
-/// The dictionary about a volume from what is known of its mount and its disk. Keys and words are
-/// those of the desktop on which our verdicts were first made. A kind of file system that has no
-/// word there is left out: it says nothing for or against a volume. Nothing is said of the disk
-/// under a mount that has none.
-PropertyList propertyList(const Mount& mount, const std::optional<DiskFacts>& disk);
 
 } // namespace slatewise

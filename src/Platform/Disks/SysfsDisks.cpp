@@ -118,4 +118,15 @@ std::optional<DiskFacts> facts(dev_t numbers, const path& sys) {
     return facts;
 }
 
+path diskUnder(dev_t numbers, const path& sys) {
+    std::error_code failure;
+    const auto device =
+        std::filesystem::canonical(sys / "dev/block" / BlockDevices::text(numbers), failure);
+    return failure ? path() : physicalDisk(device);
+}
+
+std::string mediumNumber(dev_t numbers, const path& sys) {
+    return attribute(diskUnder(numbers, sys) / "diskseq");
+}
+
 } // namespace slatewise::SysfsDisks

@@ -50,8 +50,11 @@ std::optional<UDisksObjects> UDisksClient::objects() const {
         qdbus_cast<UDisksObjects::Objects>(answer.arguments().constFirst().value<QDBusArgument>()));
 }
 
-void UDisksClient::eject(const EjectPlan& plan) const {
+void UDisksClient::unmount(const EjectPlan& plan) const {
     call(plan.fileSystem, "org.freedesktop.UDisks2.Filesystem", "Unmount", kLimitToUnmount);
+}
+
+void UDisksClient::release(const EjectPlan& plan) const {
     if (!plan.encrypted.isEmpty())
         call(plan.encrypted, "org.freedesktop.UDisks2.Encrypted", "Lock", kLimitToRelease);
     if (plan.driveStep == EjectPlan::Drive::Eject)
@@ -67,7 +70,8 @@ void UDisksClient::call(const QString& object, const char* interface, const char
     const auto answer = ask(busAddress_, question, limit);
     if (answer.type() != QDBusMessage::ReplyMessage)
         throw UDisksError(method + (": " + answer.errorMessage().toStdString()) + " (" +
-                          answer.errorName().toStdString() + ")");
+                              answer.errorName().toStdString() + ")",
+                          answer.errorName().toStdString());
 }
 
 } // namespace slatewise

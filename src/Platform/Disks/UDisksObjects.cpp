@@ -45,6 +45,10 @@ std::optional<DiskFacts> UDisksObjects::facts(dev_t numbers) const {
     const auto object = blocks_.value(numbers);
     if (object.isEmpty())
         return std::nullopt;
+    // A service that is just starting may know the partition and not yet the drive.
+    const auto drive = driveOf(object);
+    if (!drive.isEmpty() && !interface(drive, kDrive))
+        return std::nullopt;
     const auto& block = *interface(object, kBlock);
     const auto text = [&](const char* name) {
         return block.value(name).toString().toStdString();
@@ -64,7 +68,6 @@ std::optional<DiskFacts> UDisksObjects::facts(dev_t numbers) const {
         facts.bus = DiskBus::DiskImage;
         return facts;
     }
-    const auto drive = driveOf(object);
     facts.bus = busNamed(property(drive, kDrive, "ConnectionBus").toString());
     facts.isRemovable = property(drive, kDrive, "Removable").toBool();
     facts.hasRemovableMedia = property(drive, kDrive, "MediaRemovable").toBool();
@@ -85,10 +88,11 @@ std::optional<EjectPlan> UDisksObjects::ejectPlan(dev_t numbers) const {
     const auto drive = plan.drive;
     if (const auto below = blockBelow(object); interface(below, kEncrypted))
         plan.encrypted = below;
-    if (drive.isEmpty() || isInUseBeside(object, drive))
+    if (drive.isEmpty())
         return plan;
-    if (property(drive, kDrive, "Ejectable").toBool() ||
-        property(drive, kDrive, "MediaRemovable").toBool())
+    if (isInUseBeside(object, drive))
+        plan.driveStep = EjectPlan::Drive::InUse;
+    else if (understandsEject(object, drive))
         plan.driveStep = EjectPlan::Drive::Eject;
     else if (property(drive, kDrive, "CanPowerOff").toBool() &&
              !isHousingInUseBeside(object, drive))
@@ -134,6 +138,14 @@ QString UDisksObjects::driveOf(const QString& block) const {
 bool UDisksObjects::isImage(const QString& block) const {
     const auto table = referred(block, kPartition, "Table");
     return interface(table.isEmpty() ? block : table, kLoop) != nullptr;
+}
+
+/// The command is one of SCSI, which USB and optical drives speak.
+bool UDisksObjects::understandsEject(const QString& block, const QString& drive) const {
+    const auto device = deviceName(property(blockBelow(block), kBlock, "Device").toByteArray());
+    const bool speaksScsi = device.starts_with("sd") || device.starts_with("sr");
+    return speaksScsi && (property(drive, kDrive, "Ejectable").toBool() ||
+                          property(drive, kDrive, "MediaRemovable").toBool());
 }
 
 qsizetype UDisksObjects::mountCount(const QString& block) const {

@@ -14,7 +14,14 @@ namespace slatewise {
 
 /// What is to be done to eject a volume. Paths are those of the service's objects.
 struct EjectPlan {
-    enum class Drive { LeaveAlone, Eject, PowerOff };
+    enum class Drive {
+        /// Nothing can be done to it, and nothing need be.
+        LeaveAlone,
+        /// Another volume on it is mounted.
+        InUse,
+        Eject,
+        PowerOff,
+    };
 
     QString fileSystem;
     /// The encrypted device to lock after unmounting; empty when there is none.
@@ -37,10 +44,12 @@ public:
     /// does not tell apart. Nothing when it does not know the device.
     std::optional<DiskFacts> facts(dev_t numbers) const;
 
-    /// A medium is ejected from its reader, any other drive powered off. It is left alone while
-    /// another volume on it is mounted, and not powered off while that is so for a drive in the
-    /// same housing. Nothing when the service does not know the device, or cannot be told which of
-    /// several places to unmount it from.
+    /// A medium is ejected from a reader that understands the command: cards in a slot of their
+    /// own and NVMe do not, whatever the service says, and their slots may mount them again for it.
+    /// Any other drive is powered off where that can be done. It is left alone while another volume
+    /// on it is mounted, and not powered off while that is so for a drive in the same housing.
+    /// Nothing when the service does not know the device, or cannot be told which of several places
+    /// to unmount it from.
     std::optional<EjectPlan> ejectPlan(dev_t numbers) const;
 
 private:
@@ -51,6 +60,7 @@ private:
     QString blockBelow(const QString& block) const;
     QString driveOf(const QString& block) const;
     bool isImage(const QString& block) const;
+    bool understandsEject(const QString& block, const QString& drive) const;
     qsizetype mountCount(const QString& block) const;
     bool isInUseBeside(const QString& block, const QString& drive) const;
     bool isHousingInUseBeside(const QString& block, const QString& drive) const;

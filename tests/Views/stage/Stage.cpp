@@ -75,7 +75,6 @@ void Stage::add(const QString& name, VolumeKind kind, std::int64_t bytes) {
     volume.facts.volumeName = name.toStdString();
     volume.facts.mountPoint = kMounts + volume.facts.volumeName;
     volume.facts.deviceIdentifier = idOf(name).toStdString();
-    volume.facts.isWritable = true;
     volume.kind = kind;
     if (kind == VolumeKind::Destination)
         volume.facts.freeBytes = bytes;

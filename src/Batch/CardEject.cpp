@@ -1,0 +1,43 @@
+#include "Batch/CardEject.h"
+
+#include "Platform/Error.h"
+#include "Platform/Text.h"
+#include "Storage/AppLog.h"
+
+namespace slatewise::CardEject {
+
+namespace {
+
+std::string reasonOf(const DiskUtilClient::EjectError& refusal, L10n l10n) {
+    using Cause = DiskUtilClient::EjectError::Cause;
+    switch (refusal.cause()) {
+    case Cause::Busy:
+        return std::string(l10n.volumeIsBusy());
+    case Cause::NotPermitted:
+        return std::string(l10n.notPermitted());
+    case Cause::Other:
+        break;
+    }
+    return refusal.reason();
+}
+
+} // namespace
+
+std::string run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
+                L10n l10n) {
+    const auto name = Text::displayable(card.name());
+    try {
+        const auto ejected = eject(card.facts.mountPoint);
+        AppLog::append("Ejected: " + ejected.text(name, L10n(AppLanguage::English)) +
+                       (ejected.remark.empty() ? "" : " (" + ejected.remark + ")"));
+        return ejected.text(name, l10n);
+    } catch (const DiskUtilClient::EjectError& refusal) {
+        AppLog::append("Not ejected: " + name + ": " + refusal.reason());
+        return l10n.notEjected(name, reasonOf(refusal, l10n));
+    } catch (const std::exception& failure) {
+        AppLog::append("Not ejected: " + name + ": " + describe(failure));
+        return l10n.notEjected(name, describe(failure));
+    }
+}
+
+} // namespace slatewise::CardEject

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Batch/BatchSurroundings.h"
+#include "Language/L10n.h"
+#include "Volumes/VolumeRecords.h"
+
+#include <string>
+
+/// The end of a card's road in a batch.
+namespace slatewise::CardEject {
+
+/// Ejects the card and gives what became of it, in the user's words: that it may be pulled, or why
+/// not. The log has it too, with what the system said. Never fails; blocks as the eject does.
+std::string run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
+                L10n l10n);
+
+} // namespace slatewise::CardEject
