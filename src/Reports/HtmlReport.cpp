@@ -157,16 +157,17 @@ void HtmlReport::renderVerdict(HtmlText& page, const SessionManifest& manifest) 
                 .raw("</dd></div>");
     }
     page.raw("</dl>\n");
-    if (manifest.problems.empty())
+    renderSentences(page, "failure", l10n_.reportProblems(), manifest.problems);
+    renderSentences(page, "note", l10n_.reportNotes(), manifest.notes);
+}
+
+void HtmlReport::renderSentences(HtmlText& page, std::string_view kind, std::string_view title,
+                                 const std::vector<std::string>& sentences) {
+    if (sentences.empty())
         return;
-    const bool isFailure = !endedWell(manifest.status);
-    page.raw("<section class=\"problems ")
-        .raw(isFailure ? "failure" : "note")
-        .raw("\"><b>")
-        .escaped(isFailure ? l10n_.reportProblems() : l10n_.reportNotes())
-        .raw("</b><ul>");
-    for (const auto& problem : manifest.problems)
-        page.raw("<li>").escaped(problem).raw("</li>");
+    page.raw("<section class=\"problems ").raw(kind).raw("\"><b>").escaped(title).raw("</b><ul>");
+    for (const auto& sentence : sentences)
+        page.raw("<li>").escaped(sentence).raw("</li>");
     page.raw("</ul></section>\n");
 }
 

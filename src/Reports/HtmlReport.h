@@ -52,6 +52,8 @@ private:
     void render(HtmlText& page, const SessionManifest& manifest) const;
     void renderHeader(HtmlText& page, const SessionManifest& manifest) const;
     void renderVerdict(HtmlText& page, const SessionManifest& manifest) const;
+    static void renderSentences(HtmlText& page, std::string_view kind, std::string_view title,
+                                const std::vector<std::string>& sentences);
     void renderLabels(HtmlText& page) const;
     void renderItems(HtmlText& page, std::span<const ReportNode> nodes, int depth) const;
     void renderFolder(HtmlText& page, const ReportNode& folder, int depth) const;

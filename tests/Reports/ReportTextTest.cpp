@@ -50,16 +50,7 @@ ClipEssence fullEssence() {
 
 } // namespace
 
-class ReportTextTest : public ::testing::Test {
-protected:
-    ReportTextTest() {
-        ::setenv("LC_ALL", "C", 1);
-        ::setenv("TZ", "Europe/Istanbul", 1);
-        ::tzset();
-    }
-};
-
-TEST_F(ReportTextTest, DatesSpeakTheReportsLanguageInTheMachinesZone) {
+TEST(ReportText, DatesSpeakTheReportsLanguageInTheMachinesZone) {
     const auto moment = *Clock::fromIso8601("2026-03-01T21:30:15Z");
     EXPECT_EQ(plain(ReportText::dateTime(moment, kEnglish)), "Mar 2, 2026, 12:30 AM");
     EXPECT_EQ(ReportText::dateTime(moment, kTurkish), "2 Mar 2026 00:30");
@@ -68,7 +59,7 @@ TEST_F(ReportTextTest, DatesSpeakTheReportsLanguageInTheMachinesZone) {
               "1970-01-01 01:59:59");
 }
 
-TEST_F(ReportTextTest, ReadsDatesAsCamerasWriteThem) {
+TEST(ReportText, ReadsDatesAsCamerasWriteThem) {
     const std::pair<const char*, const char*> cases[] = {
         {" UTC 20260301 213015\n", "Mar 2, 2026, 12:30 AM"},
         {"utc 2026-03-01 21:30:15", "Mar 2, 2026, 12:30 AM"},
@@ -99,7 +90,7 @@ TEST_F(ReportTextTest, ReadsDatesAsCamerasWriteThem) {
     EXPECT_EQ(ReportText::formatClipDate("20260301", kTurkish), "1 Mar 2026");
 }
 
-TEST_F(ReportTextTest, TimingLeavesOutWhatSaysNothing) {
+TEST(ReportText, TimingLeavesOutWhatSaysNothing) {
     ManifestFile file;
     EXPECT_THAT(ReportText::timingLines(file), IsEmpty());
     file.media.edit().durationTC = " ";
@@ -117,7 +108,7 @@ TEST_F(ReportTextTest, TimingLeavesOutWhatSaysNothing) {
     EXPECT_EQ(ReportText::timingLines(file).back(), "25 / 23.976");
 }
 
-TEST_F(ReportTextTest, CardFactsStandInOrderOneSubjectALine) {
+TEST(ReportText, CardFactsStandInOrderOneSubjectALine) {
     EXPECT_THAT(EssenceText::cardLines(fullEssence()),
                 ElementsAre("ALEXA 35  SN 1234  Cam R0ZG", "SUP 1.02",
                             "UTC 20260301 213015  ·  Bebek", "Gece",

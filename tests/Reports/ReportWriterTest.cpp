@@ -220,7 +220,6 @@ TEST(Manifest, RefusesWhatIsNone) {
 }
 
 TEST(InventoryCSV, QuotesWhatNeedsItAndSpeaksBothLanguages) {
-    ::setenv("LC_ALL", "C", 1);
     const std::string header =
         "path,size,size_human,mtime,sha256,action,verify_status,timecode_start,timecode_end,"
         "duration_tc,duration_seconds,capture_fps,timecode_rate,timecode_drop_frame\n";
