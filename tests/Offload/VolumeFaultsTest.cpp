@@ -34,15 +34,6 @@ std::int64_t offsetInImage(const std::filesystem::path& image, const std::string
     return at == std::string::npos ? -1 : static_cast<std::int64_t>(at);
 }
 
-void flipByte(const std::filesystem::path& image, std::int64_t offset) {
-    const int file = ::open(image.c_str(), O_RDWR | O_CLOEXEC);
-    char byte = 0;
-    ASSERT_EQ(::pread(file, &byte, 1, offset), 1);
-    byte = static_cast<char>(byte ^ 0x01);
-    ASSERT_EQ(::pwrite(file, &byte, 1, offset), 1);
-    ::close(file);
-}
-
 /// Fills a file until the disk has about `left` bytes left.
 void fillUp(const std::filesystem::path& folder, std::int64_t left) {
     const auto space = std::filesystem::space(folder);
@@ -90,9 +81,8 @@ TEST_P(EveryFileSystem, AFlippedBitOnTheDiskIsFound) {
         // As an indexer does; outside the kernel it would fill the cache of the whole device again.
         if (GetParam().fileSystem != Volume::ExFat)
             (void)readFile(disk / "session/1");
-        const auto offset = offsetInImage(disk.image(), marker);
-        ASSERT_GE(offset, 0) << "everything written is on the disk before the proof begins";
-        flipByte(disk.image(), offset + 100);
+        ASSERT_GE(disk.flipBitIn(marker), 1)
+            << "everything written is on the disk before the proof begins";
     };
     const auto outcome =
         CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(flipOnce), {});
@@ -238,10 +228,7 @@ TEST(DamagedCard, AFolderThatCannotBeReadFailsTheRunAndTheRestIsProved) {
     writeFile(card / "good.mov", "2");
     card.unmount();
     // Wherever the folder's block lies, in the journal too.
-    const auto image = readFile(card.image());
-    for (auto at = image.find("lost.mov"); at != std::string::npos;
-         at = image.find("lost.mov", at + 1))
-        flipByte(card.image(), static_cast<std::int64_t>(at));
+    EXPECT_GE(card.flipBitIn("lost.mov"), 1);
     card.mount();
     for (const bool isHashing : {false, true}) {
         auto request = requestFor(card.path(), destination.path());

@@ -68,6 +68,21 @@ MountedVolume::~MountedVolume() {
     }
 }
 
+int MountedVolume::flipBitIn(std::string_view content) const {
+    const auto device = readFile(image_);
+    const int file = ::open(image_.c_str(), O_WRONLY | O_CLOEXEC);
+    int places = 0;
+    for (auto at = device.find(content); at != std::string::npos;
+         at = device.find(content, at + content.size())) {
+        const auto flipped = static_cast<char>(device[at] ^ 1);
+        if (::pwrite(file, &flipped, 1, static_cast<off_t>(at)) != 1)
+            throw std::runtime_error("not written: " + image_.native());
+        ++places;
+    }
+    ::close(file);
+    return places;
+}
+
 void MountedVolume::pull() {
     runPrivileged({"umount", "--lazy", mountPoint_.native()});
     isMounted_ = false;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace slatewise::test {
 
@@ -30,6 +31,10 @@ public:
 
     /// The file that stands for the device.
     const std::filesystem::path& image() const { return image_; }
+
+    /// Flips a bit wherever these bytes stand on the device, as a device does that wears out. Gives at
+    /// how many places they do.
+    int flipBitIn(std::string_view content) const;
 
     /// Takes the file system away from under whoever uses it, as a pulled card does: open files go
     /// on, but no path leads there any more.

@@ -1,0 +1,81 @@
+#include "Offload/CopyEngine.h"
+
+#include "support/Files.h"
+#include "support/MountedVolume.h"
+#include "support/Offloads.h"
+#include "support/Process.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+// Where a read-back may not have come from the disk.
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::ElementsAre;
+
+namespace {
+
+constexpr std::size_t kMiB = 1'048'576;
+constexpr auto kReadFromMemory = OffloadProblem::Kind::ReadFromMemory;
+
+/// Another program's view of a file.
+class Mapped {
+public:
+    explicit Mapped(const std::filesystem::path& path, std::size_t size) : size_(size) {
+        const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        start_ = ::mmap(nullptr, size_, PROT_READ, MAP_SHARED | MAP_POPULATE, file, 0);
+        ::close(file);
+    }
+    ~Mapped() { ::munmap(start_, size_); }
+    Mapped(const Mapped&) = delete;
+    Mapped& operator=(const Mapped&) = delete;
+
+private:
+    void* start_ = nullptr;
+    std::size_t size_;
+};
+
+} // namespace
+
+TEST(ReadBack, SaysSoWhenAnotherProgramKeepsTheCopyInMemory) {
+    const MountedVolume disk(MountedVolume::FileSystem::Ext4, 64 * kMiB, "data=journal");
+    const TemporaryFolder card;
+    const auto content = bytesOf(3 * kMiB, 7);
+    writeFile(card / "clip.mov", content);
+    RunRecord record;
+    std::unique_ptr<Mapped> mapped;
+    const auto outcome = CopyEngine::run(
+        requestFor(card.path(), disk.path()), record.observer([&](const OffloadPhase& phase) {
+            if (mapped || !std::holds_alternative<Phase::Verifying>(phase))
+                return;
+            mapped = std::make_unique<Mapped>(disk / "session/clip.mov", content.size());
+            EXPECT_GE(disk.flipBitIn(content.substr(kMiB + 4096, 4096)), 1);
+        }),
+        {});
+    ASSERT_TRUE(mapped);
+    // It looks right, and nobody can know better: that much is said.
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
+    EXPECT_THAT(outcome.problems, ElementsAre(OffloadProblem{kReadFromMemory, "clip.mov"}));
+}
+
+TEST(ReadBack, SaysSoWhereThereIsNothingButMemory) {
+    const TemporaryFolder folder;
+    const TemporaryFolder card;
+    std::filesystem::create_directory(folder / "disk");
+    runPrivileged({"mount", "-t", "ramfs", "-o", "mode=0777", "ramfs", folder / "disk"});
+    for (const auto* name : {"1", "2", "3", "4"})
+        writeFile(card / name, bytesOf(kMiB + 1));
+    RunRecord record;
+    const auto outcome =
+        CopyEngine::run(requestFor(card.path(), folder / "disk"), record.observer(), {});
+    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
+    EXPECT_THAT(outcome.problems,
+                ElementsAre(OffloadProblem{kReadFromMemory, (folder / "disk").native()}))
+        << "once for the disk, not for each of its files";
+    for (const auto& row : outcome.files)
+        EXPECT_EQ(row.destSHA256, independentSha256(card / row.relativePath));
+    runPrivileged({"umount", folder / "disk"});
+}

@@ -1,0 +1,92 @@
+#include "Platform/Files/RootFolder.h"
+
+#include "Platform/Error.h"
+#include "support/Files.h"
+#include "support/Sandbox.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+
+#include <cerrno>
+
+using namespace slatewise;
+using namespace slatewise::test;
+using Links = RootFolder::Links;
+
+namespace {
+
+/// 0 when it could be opened.
+int codeOf(const RootFolder& root, const char* name, Links links, int flags = O_RDONLY) {
+    try {
+        (void)root.open(name, flags, links);
+        return 0;
+    } catch (const PosixError& failure) {
+        return failure.code();
+    }
+}
+
+/// What `openat2` answers in this test; 0: what it does.
+class EveryKernel : public ::testing::TestWithParam<int> {
+protected:
+    TemporaryFolder outside;
+    TemporaryFolder folder;
+};
+
+} // namespace
+
+TEST_P(EveryKernel, NothingLeadsOutOfTheFolder) {
+    writeFile(outside / "secret", "1");
+    writeFile(folder / "in/file", "22");
+    std::filesystem::create_symlink(outside.path(), folder / "out");
+    std::filesystem::create_symlink(outside / "secret", folder / "in/secret");
+    std::filesystem::create_symlink("../..", folder / "in/up");
+    std::filesystem::create_symlink("file", folder / "in/near");
+    runWithout(SYS_openat2, GetParam(), [&] {
+        const RootFolder root(folder.path());
+        for (const auto links : {Links::Refuse, Links::FollowBeneath}) {
+            EXPECT_EQ(codeOf(root, "in/file", links), 0);
+            EXPECT_EQ(codeOf(root, "missing", links), ENOENT);
+            for (const auto* out : {"..", "in/../..", "/etc", "out/secret", "in/secret", "in/up"})
+                EXPECT_NE(codeOf(root, out, links), 0) << out;
+        }
+        EXPECT_EQ(codeOf(root, "in/near", Links::Refuse), ELOOP);
+        // Only a kernel that knows the way can tell this link from one that leads out.
+        EXPECT_EQ(codeOf(root, "in/near", Links::FollowBeneath), GetParam() == 0 ? 0 : EXDEV);
+        EXPECT_EQ(codeOf(root, "in/secret", Links::FollowBeneath), EXDEV);
+
+        EXPECT_THROW(root.createFolders("out/new"), PosixError);
+        EXPECT_THROW((void)root.createNewFolder("out/new"), PosixError);
+        EXPECT_THROW(root.removeFile("out/secret"), PosixError);
+        EXPECT_THROW(root.rename("in/file", "out/file"), PosixError);
+        EXPECT_THROW((void)root.open("in/secret", O_WRONLY | O_CREAT), PosixError);
+        root.removeFile("in/secret");
+        EXPECT_FALSE(root.exists("in/secret"));
+        root.createFolders("in/new/folders");
+        root.rename("in/file", "in/new/folders/file");
+        EXPECT_EQ(root.attributes("in/new/folders/file").sizeBytes, 2);
+    });
+    EXPECT_EQ(readFile(outside / "secret"), "1");
+    EXPECT_FALSE(std::filesystem::exists(outside / "new"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernels, EveryKernel, ::testing::Values(0, ENOSYS, EPERM),
+                         [](const auto& answer) {
+                             return answer.param == 0        ? "Current"
+                                    : answer.param == ENOSYS ? "Old"
+                                                             : "Sandboxed";
+                         });
+
+TEST(RootFolder, StaysTheFolderThatWasOpened) {
+    const TemporaryFolder place;
+    std::filesystem::create_directory(place / "disk");
+    const RootFolder root(place / "disk");
+    EXPECT_TRUE(root.isStillAtItsPath());
+    std::filesystem::rename(place / "disk", place / "elsewhere");
+    EXPECT_FALSE(root.isStillAtItsPath());
+    std::filesystem::create_directory(place / "disk");
+    EXPECT_FALSE(root.isStillAtItsPath());
+    root.createFolders("new");
+    EXPECT_TRUE(std::filesystem::exists(place / "elsewhere/new"));
+    EXPECT_FALSE(std::filesystem::exists(place / "disk/new"));
+}
