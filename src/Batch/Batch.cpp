@@ -130,10 +130,10 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         }
         const auto ended = co_await self->runPair(pair);
         result.pairs.push_back(ended);
-        if (ended.page) {
+        if (ended.page)
             result.report = ended.page;
+        if (ended.runStatus)
             co_await self->reportToService();
-        }
         if (ended.status == OutcomeStatus::Failed) {
             result.message = ended.message;
             continue;
@@ -194,13 +194,6 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
             throw CancellationError();
         co_await runEngine(work);
         co_await leaveTraces(work);
-        result.status = result.runStatus.value_or(OutcomeStatus::Failed);
-        result.page = work->folders.inArchive / "Reports_Standart.html";
-        if (!endedWell(result.status)) {
-            result.message =
-                plan_.l10n().verifyIncomplete(Text::displayable(work->pair.card.name()),
-                                              Text::displayable(work->pair.destination.name()));
-        }
     } catch (const CancellationError&) {
         result.message = plan_.l10n().cancelled();
     } catch (const std::exception& failure) {
@@ -212,8 +205,11 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
     result.problems = work->mail.problems();
     if (result.sessionRoot.empty())
         result.sessionRoot = work->mail.sessionRoot();
-    result.reportFolder =
-        work->folders.onDestination.empty() ? work->folders.inArchive : work->folders.onDestination;
+    const auto& folders = work->folders;
+    result.reportFolder = folders.onDestination.empty() ? folders.inArchive : folders.onDestination;
+    const auto& shown = folders.inArchive.empty() ? folders.onDestination : folders.inArchive;
+    if (!shown.empty())
+        result.page = shown / "Reports_Standart.html";
     // Workers may be slower to let go of their work than to end it.
     work->pair.cardFolder.reset();
     work->pair.destinationFolder.reset();
@@ -242,9 +238,27 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
     return onWorker([self = shared_from_this(), work] {
         const auto outcome = std::move(work->outcome);
         withdrawIfMoved(work->pair, *outcome, work->mail);
-        takeOver(*outcome, work->result);
-        PairTraces::leave(self->plan_, work->pair, *outcome, *self->database_, work->folders);
+        auto& result = work->result;
+        takeOver(*outcome, result);
+        work->folders = PairTraces::leave(self->plan_, work->pair, *outcome, *self->database_,
+                                          work->mail.observer().problem);
+        result.status = outcome->status;
+        if (!endedWell(result.status))
+            result.message = self->reasonOf(work->pair, *outcome, *result.runStatus);
     });
+}
+
+/// Why a pair failed whose run came to something: the proof, else the trace that is missing.
+std::string Batch::reasonOf(const BatchPair& pair, const OffloadOutcome& outcome,
+                            OutcomeStatus runStatus) const {
+    const auto failure = std::find_if(
+        outcome.problems.begin(), outcome.problems.end(), [](const OffloadProblem& problem) {
+            return problem.severity() == OffloadProblem::Severity::Failure;
+        });
+    if (endedWell(runStatus) && failure != outcome.problems.end())
+        return failure->text(plan_.l10n());
+    return plan_.l10n().verifyIncomplete(Text::displayable(pair.card.name()),
+                                         Text::displayable(pair.destination.name()));
 }
 
 /// Delivers the pair's report and whatever else waits. A service that is slow holds a batch up for

@@ -32,7 +32,7 @@ struct PairResult {
     std::filesystem::path sessionRoot;
     /// The report set on the destination, else the one in the archive, else empty.
     std::filesystem::path reportFolder;
-    /// The page that shows the pair; empty when its traces are not complete.
+    /// The page that shows the pair; empty when none could be written.
     std::optional<std::filesystem::path> page;
     /// Files that were proved or hashed.
     int filesDone = 0;
@@ -110,6 +110,8 @@ private:
     QCoro::Task<PairResult> runPair(BatchPair pair);
     QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
+    std::string reasonOf(const BatchPair& pair, const OffloadOutcome& outcome,
+                         OutcomeStatus runStatus) const;
     QCoro::Task<> reportToService();
     QCoro::Task<> unlessCancelled(QCoro::Task<> work,
                                   std::optional<std::chrono::milliseconds> patience = {});

@@ -9,54 +9,200 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <optional>
+
 namespace slatewise::PairTraces {
 
 namespace {
 
-/// Footage that was proved and reported is no less so because the history could not be written.
-void store(const BatchPair& pair, const OffloadOutcome& outcome, AppDatabase& database) {
-    try {
-        database.save(outcome, pair.card.facts.volumeName, pair.destination.facts.volumeName,
-                      pair.camera);
-    } catch (const std::exception& failure) {
-        AppLog::append("Session not stored: " + describe(failure));
+using Kind = OffloadProblem::Kind;
+
+/// A folder of ours alone that goes with its content.
+class PassingFolder {
+public:
+    PassingFolder() {
+        auto name = (std::filesystem::temp_directory_path() / "slatewise-XXXXXX").native();
+        if (!::mkdtemp(name.data()))
+            throw PosixError("mkdtemp", name, errno);
+        path_ = name;
     }
-}
+    ~PassingFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    PassingFolder(const PassingFolder&) = delete;
+    PassingFolder& operator=(const PassingFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+class Traces {
+public:
+    Traces(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
+           AppDatabase& database, const Tell& tell)
+        : plan_(plan), pair_(pair), outcome_(outcome), database_(database), tell_(tell),
+          archive_(SupportPaths::reportsArchive(plan.settings)),
+          manifest_(ReportWriter::buildManifest(outcome, pair.card.facts, pair.destination.facts,
+                                                pair.camera, pair.ekip, plan.language)) {}
+
+    Folders leave() {
+        writeSet();
+        const auto told = manifest_.problems.size();
+        copySetToDestination();
+        if (manifest_.problems.size() != told)
+            writeInto(folders_.inArchive);
+        save();
+        enqueue();
+        return std::move(folders_);
+    }
+
+private:
+    void writeSet() {
+        try {
+            name_ = claimName(archive_);
+            set_ = archive_ / name_;
+            ReportWriter::write(manifest_, set_, plan_.language);
+            folders_.inArchive = set_;
+        } catch (const std::exception& failure) {
+            fail({Kind::ReportsNotArchived, archive_.native(), describe(failure)});
+            writeSetAside();
+        }
+    }
+
+    /// The disk gets its set even so.
+    void writeSetAside() {
+        set_.clear();
+        try {
+            aside_.emplace();
+            if (name_.empty())
+                name_ = claimName(aside_->path());
+            ReportWriter::write(manifest_, aside_->path() / name_, plan_.language);
+            set_ = aside_->path() / name_;
+        } catch (const std::exception& failure) {
+            AppLog::append("Reports not written: " + describe(failure));
+        }
+    }
+
+    std::string claimName(const std::filesystem::path& archive) const {
+        const auto wanted = ReportFolder::displayName(outcome_.startedAt, pair_.ekip, pair_.camera,
+                                                      pair_.card.facts.volumeName);
+        return ReportFolder::claim(wanted, outcome_.sessionID.text(), archive,
+                                   isDiskInPlace() && !isArchiveTheDisk()
+                                       ? pair_.destinationFolder.get()
+                                       : nullptr);
+    }
+
+    /// Who hashes without a disk has the archive for one.
+    bool isArchiveTheDisk() const {
+        return plan_.settings.verifyOnly && pair_.destinationFolder->isSame(RootFolder(archive_));
+    }
+
+    /// What lies beneath a disk that is gone is none of ours.
+    bool isDiskInPlace() const { return pair_.destinationFolder->isStillAtItsPath(); }
+
+    void copySetToDestination() {
+        if (!isDiskInPlace()) {
+            fail({Kind::DiskReplaced, pair_.destination.name()});
+            return;
+        }
+        if (set_.empty())
+            return;
+        try {
+            if (isArchiveTheDisk()) {
+                folders_.onDestination = folders_.inArchive;
+                return;
+            }
+            const auto onDestination = ReportFolder::onDestination(name_);
+            ReportWriter::copySidecars(RootFolder(set_), *pair_.destinationFolder, onDestination);
+            folders_.onDestination = pair_.destination.facts.mountPoint / onDestination;
+        } catch (const std::exception& failure) {
+            fail({Kind::ReportsNotCopied, pair_.destination.name(), describe(failure)});
+        }
+    }
+
+    /// Once more, with what has become known since.
+    void writeInto(const std::filesystem::path& set) const {
+        if (set.empty())
+            return;
+        try {
+            ReportWriter::write(manifest_, set, plan_.language);
+        } catch (const std::exception& failure) {
+            AppLog::append("Reports not written again: " + describe(failure));
+        }
+    }
+
+    void save() {
+        try {
+            database_.save(outcome_, pair_.card.facts.volumeName,
+                           pair_.destination.facts.volumeName, pair_.camera);
+        } catch (const std::exception& failure) {
+            report({Kind::SessionNotStored, pair_.card.name(), describe(failure)});
+        }
+        AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
+                                   rawValue(outcome_.status), pair_.card.facts.volumeName,
+                                   pair_.destination.facts.volumeName, outcome_.files.size(),
+                                   outcome_.bytesCopied));
+    }
+
+    void enqueue() {
+        try {
+            selfEnqueue(outcome_, pair_.card, pair_.destination, manifest_, database_);
+        } catch (const std::exception& failure) {
+            const OffloadProblem problem{Kind::SessionNotQueued, pair_.card.name(),
+                                         describe(failure)};
+            if (plan_.serviceProfile)
+                report(problem);
+            else
+                log(problem);
+        }
+    }
+
+    void fail(const OffloadProblem& problem) {
+        outcome_.status = manifest_.status = OutcomeStatus::Failed;
+        const auto& known = outcome_.problems;
+        if (std::find(known.begin(), known.end(), problem) != known.end())
+            return;
+        manifest_.problems.push_back(problem.text(plan_.l10n()));
+        report(problem);
+    }
+
+    void report(const OffloadProblem& problem) {
+        outcome_.problems.push_back(problem);
+        log(problem);
+        if (tell_)
+            tell_(problem);
+    }
+
+    static void log(const OffloadProblem& problem) {
+        AppLog::append(problem.text(L10n(AppLanguage::English)));
+    }
+
+    const BatchPlan& plan_;
+    const BatchPair& pair_;
+    OffloadOutcome& outcome_;
+    AppDatabase& database_;
+    const Tell& tell_;
+    const std::filesystem::path archive_;
+    SessionManifest manifest_;
+    /// Of the set's folder, wherever it lies.
+    std::string name_;
+    /// Where the set was written, to be copied from; empty when it could not be.
+    std::filesystem::path set_;
+    std::optional<PassingFolder> aside_;
+    Folders folders_;
+};
 
 } // namespace
 
-void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& outcome,
-           AppDatabase& database, Folders& folders) {
-    const auto& card = pair.card.facts;
-    const auto& destination = pair.destination.facts;
-    const auto manifest = ReportWriter::buildManifest(outcome, card, destination, pair.camera,
-                                                      pair.ekip, plan.language);
-    const auto archive = SupportPaths::reportsArchive(plan.settings);
-    const auto reportsRoot = ReportFolder::destinationReportsRoot(destination.mountPoint);
-    const auto wanted =
-        ReportFolder::displayName(outcome.startedAt, pair.ekip, pair.camera, card.volumeName);
-    // What lies beneath a disk that is gone is none of ours.
-    const auto requireFolders = [&] {
-        if (const auto missing = pair.findMissingFolder())
-            throw Error(missing->text(plan.l10n()));
-    };
-    const auto name =
-        pair.findMissingFolder()
-            ? ReportFolder::uniqueName(wanted, outcome.sessionID.text(), archive)
-            : ReportFolder::claim(wanted, outcome.sessionID.text(), archive, reportsRoot);
-
-    ReportWriter::write(manifest, archive / name, plan.language);
-    folders.inArchive = archive / name;
-    const auto onDestination = reportsRoot / name;
-    requireFolders();
-    ReportWriter::copySidecars(folders.inArchive, onDestination);
-    folders.onDestination = onDestination;
-
-    store(pair, outcome, database);
-    AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
-                               rawValue(outcome.status), card.volumeName, destination.volumeName,
-                               outcome.files.size(), outcome.bytesCopied));
-    selfEnqueue(outcome, pair.card, pair.destination, manifest, database);
+Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
+              AppDatabase& database, const Tell& tell) {
+    return Traces(plan, pair, outcome, database, tell).leave();
 }
 
 } // namespace slatewise::PairTraces

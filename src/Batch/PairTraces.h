@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Batch/BatchPlan.h"
-#include "Language/AppLanguage.h"
 #include "Offload/OffloadRows.h"
 #include "Storage/AppDatabase.h"
 
 #include <filesystem>
+#include <functional>
 
 namespace slatewise::PairTraces {
 
@@ -15,13 +15,16 @@ struct Folders {
     std::filesystem::path onDestination;
 };
 
+/// Is told what a person must know.
+using Tell = std::function<void(const OffloadProblem&)>;
+
 /// Leaves all that remains of a finished pair but the footage: the report set in the archive and on
 /// the destination, the session in the store, a line in the log, and a report that waits for the
-/// service. In this order; a report that cannot be written is thrown and ends it, a store that
-/// cannot be is a line in the log. Blocks; any thread.
-///
-/// `folders` is filled in on the way, so that it says what there is after a failure too.
-void leave(const BatchPlan& plan, const BatchPair& pair, const OffloadOutcome& outcome,
-           AppDatabase& database, Folders& folders);
+/// service. In this order, each whatever became of those before it; a disk that is not the chosen
+/// one any more gets nothing. A trace that cannot be left is a problem, told and added to the
+/// outcome. Without its reports an offload has failed, and so say all of its traces; without its
+/// line in the history it has not. Blocks; any thread.
+Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
+              AppDatabase& database, const Tell& tell);
 
 } // namespace slatewise::PairTraces

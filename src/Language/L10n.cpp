@@ -197,6 +197,23 @@ std::string L10n::linkLeadsOut(Text link) const {
                        : fmt::format("The link {} leads out of the card and was not copied.", link);
 }
 
+std::string L10n::reportsNotWritten(Text place, Text reason) const {
+    return isTurkish() ? fmt::format("Raporlar yazılamadı: {} ({})", place, reason)
+                       : fmt::format("The reports could not be written to {}: {}", place, reason);
+}
+
+std::string L10n::sessionNotStored(Text card, Text reason) const {
+    return isTurkish()
+               ? fmt::format("{} aktarımı geçmişe yazılamadı: {}", card, reason)
+               : fmt::format("The offload of {} is missing in the history: {}", card, reason);
+}
+
+std::string L10n::sessionNotQueued(Text card, Text reason) const {
+    return isTurkish()
+               ? fmt::format("{} aktarımı hizmete bildirilemeyecek: {}", card, reason)
+               : fmt::format("The service will not hear of the offload of {}: {}", card, reason);
+}
+
 std::string L10n::templateLeadsOut(Text pathTemplate) const {
     return isTurkish()
                ? fmt::format("Klasör şablonu hedefin dışına çıkıyor: {}", pathTemplate)

@@ -69,6 +69,9 @@ public:
     std::string cardGone(Text card) const;
     std::string diskReplaced(Text disk) const;
     std::string linkLeadsOut(Text link) const;
+    std::string reportsNotWritten(Text place, Text reason) const;
+    std::string sessionNotStored(Text card, Text reason) const;
+    std::string sessionNotQueued(Text card, Text reason) const;
     std::string templateLeadsOut(Text pathTemplate) const;
     std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.

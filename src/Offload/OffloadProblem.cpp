@@ -9,6 +9,8 @@ OffloadProblem::Severity OffloadProblem::severity() const {
     case Kind::ReadFromMemory:
     case Kind::LinkLeadsOut:
     case Kind::LostAndFoundNotRead:
+    case Kind::SessionNotStored:
+    case Kind::SessionNotQueued:
         return Severity::Note;
     default:
         return Severity::Failure;
@@ -38,6 +40,13 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.linkLeadsOut(about);
     case Kind::LostAndFoundNotRead:
         return l10n.folderNotRead(about, reason);
+    case Kind::ReportsNotArchived:
+    case Kind::ReportsNotCopied:
+        return l10n.reportsNotWritten(about, reason);
+    case Kind::SessionNotStored:
+        return l10n.sessionNotStored(about, reason);
+    case Kind::SessionNotQueued:
+        return l10n.sessionNotQueued(about, reason);
     }
     return reason;
 }

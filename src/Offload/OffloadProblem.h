@@ -30,6 +30,14 @@ struct OffloadProblem {
         LinkLeadsOut,
         /// The file system's own folder for what it found when it was repaired; no camera's.
         LostAndFoundNotRead,
+        /// The reports could not be written to the archive, which is the subject.
+        ReportsNotArchived,
+        /// They could not be written to the disk.
+        ReportsNotCopied,
+        /// The offload of the card is missing in the history.
+        SessionNotStored,
+        /// The reporting service will not hear of it.
+        SessionNotQueued,
     };
 
     enum class Severity {

@@ -12,6 +12,11 @@ namespace slatewise::ReportFolder {
 
 namespace {
 
+constexpr auto* kReports = "reports";
+
+/// More than the manifest of a million files comes to.
+constexpr std::int64_t kLargestManifestBytes = std::int64_t{1} << 30;
+
 constexpr std::size_t kPersonLimit = 24;
 constexpr std::size_t kCardLimit = 40;
 constexpr std::size_t kSessionIDLimit = 8;
@@ -54,60 +59,43 @@ std::string shortID(const std::string& sessionID) {
 }
 
 /// False when the name is taken there by another set than the archive's, which may lie there.
-bool claimOnDestination(const std::filesystem::path& reportsRoot,
-                        const std::filesystem::path& archive, const std::string& name) {
+bool claimOnDestination(const RootFolder& destination, const std::filesystem::path& inArchive) {
     try {
-        FileSystem::createFolders(reportsRoot);
-        return FileSystem::createNewFolder(reportsRoot / name) ||
-               FileSystem::isSame(reportsRoot / name, archive / name);
+        const auto set = onDestination(inArchive.filename().native());
+        destination.createFolders(set.parent_path());
+        if (destination.createNewFolder(set))
+            return true;
+        const auto item = destination.attributes(set);
+        return item.type == FileSystem::ItemType::Folder &&
+               destination.below(set).isSame(RootFolder(inArchive));
     } catch (const PosixError&) {
         return true;
     }
 }
 
-/// So that two spellings of one path are equal.
-std::filesystem::path standardised(const std::filesystem::path& path) {
-    auto normal = path.lexically_normal();
-    return normal.has_filename() ? normal : normal.parent_path();
-}
-
 /// The folders in `root` that bear a session's id, in the order of their names.
-std::vector<std::filesystem::path> opaqueFolders(const std::filesystem::path& root) {
-    std::vector<std::filesystem::path> folders;
-    std::error_code failure;
-    for (auto entry = std::filesystem::directory_iterator(root, failure);
-         !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure)) {
-        std::error_code ignored;
-        const bool isFolder = std::filesystem::is_directory(entry->symlink_status(ignored));
-        if (isFolder && isOpaqueSessionID(entry->path().filename().native()))
-            folders.push_back(entry->path());
-    }
-    if (failure)
-        return {};
-    std::sort(folders.begin(), folders.end());
-    return folders;
+std::vector<std::string> opaqueFolders(const RootFolder& root) {
+    auto names = root.names();
+    std::erase_if(names, [&](const std::string& name) {
+        return !isOpaqueSessionID(name) ||
+               root.attributes(name).type != FileSystem::ItemType::Folder;
+    });
+    return names;
 }
 
-SessionManifest readManifest(const std::filesystem::path& file) {
-    // A pipe of that name would hold up whoever opens it.
-    if (FileSystem::attributes(file).type != FileSystem::ItemType::RegularFile)
-        throw Error("no manifest");
-    return ReportWriter::isoDecode(FileSystem::read(file));
-}
-
-void migrateFolder(const std::filesystem::path& folder) {
-    const auto manifest = readManifest(folder / "manifest.json");
-    const auto root = folder.parent_path();
+void migrateFolder(const RootFolder& root, const std::string& folder) {
+    const auto manifest = ReportWriter::isoDecode(
+        root.read(std::filesystem::path(folder) / "manifest.json", kLargestManifestBytes));
     const auto name = uniqueName(displayName(manifest.startedAt, manifest.card.ekip,
                                              manifest.card.camera, manifest.card.name),
                                  manifest.sessionID, root, folder);
-    const auto target = root / name;
-    if (target != folder) {
-        if (FileSystem::exists(target))
+    if (name != folder) {
+        if (root.exists(name))
             throw Error("the name is another session's");
-        std::filesystem::rename(folder, target);
+        root.rename(folder, name);
+        root.sync();
     }
-    copyToMountedDestination(target, manifest, name);
+    copyToMountedDestination(root.below(name), manifest, name);
 }
 
 } // namespace
@@ -121,32 +109,32 @@ std::string displayName(Instant startedAt, std::string_view ekip, std::string_vi
 }
 
 std::string uniqueName(const std::string& name, const std::string& sessionID,
-                       const std::filesystem::path& root,
-                       const std::optional<std::filesystem::path>& besides) {
-    const auto candidate = root / name;
-    if (!FileSystem::exists(candidate))
-        return name;
-    if (besides && standardised(*besides) == standardised(candidate))
+                       const RootFolder& root, std::string_view besides) {
+    if (name == besides || !root.exists(name))
         return name;
     auto withShortID = name + "_" + shortID(sessionID);
-    if (!FileSystem::exists(root / withShortID))
+    if (!root.exists(withShortID))
         return withShortID;
     return name + "_" + sanitize(sessionID, kSessionIDLimit);
 }
 
 std::string claim(const std::string& name, const std::string& sessionID,
-                  const std::filesystem::path& archive, const std::filesystem::path& reportsRoot) {
+                  const std::filesystem::path& archive, const RootFolder* destination) {
     const auto withShortID = name + "_" + shortID(sessionID);
     auto candidate = name;
     for (int attempt = 1;; ++attempt) {
         if (FileSystem::createNewFolder(archive / candidate)) {
-            if (claimOnDestination(reportsRoot, archive, candidate))
+            if (!destination || claimOnDestination(*destination, archive / candidate))
                 return candidate;
             std::error_code ignored;
             std::filesystem::remove(archive / candidate, ignored);
         }
         candidate = attempt == 1 ? withShortID : withShortID + "-" + std::to_string(attempt);
     }
+}
+
+std::filesystem::path onDestination(const std::string& name) {
+    return std::filesystem::path(kReports) / name;
 }
 
 bool isOpaqueSessionID(std::string_view name) {
@@ -159,16 +147,19 @@ bool isOpaqueSessionID(std::string_view name) {
 }
 
 std::filesystem::path destinationReportsRoot(const std::filesystem::path& mountPoint) {
-    return mountPoint / "reports";
+    return mountPoint / kReports;
 }
 
-void copyToMountedDestination(const std::filesystem::path& from, const SessionManifest& manifest,
+void copyToMountedDestination(const RootFolder& from, const SessionManifest& manifest,
                               const std::string& folderName) noexcept {
     try {
         const std::filesystem::path mountPoint = manifest.destination.mountPoint;
+        if (!mountPoint.is_absolute())
+            return;
+        const RootFolder destination(mountPoint);
         // The manifest may come from anywhere; what it names must be the disk that it lies on.
-        if (FileSystem::isOnSameVolume(from, mountPoint))
-            ReportWriter::copySidecars(from, destinationReportsRoot(mountPoint) / folderName);
+        if (destination.isOnSameVolume(from))
+            ReportWriter::copySidecars(from, destination, onDestination(folderName));
     } catch (const std::exception&) {
         // The set lies where it was; a copy that is missing is no reason to trouble anyone.
     }
@@ -176,9 +167,11 @@ void copyToMountedDestination(const std::filesystem::path& from, const SessionMa
 
 void migrateReadableNames(const std::filesystem::path& root) noexcept {
     try {
-        for (const auto& folder : opaqueFolders(root)) {
+        // On a foreign disk the folder may be a link to anywhere.
+        const auto folders = RootFolder(root.parent_path()).below(root.filename());
+        for (const auto& folder : opaqueFolders(folders)) {
             try {
-                migrateFolder(folder);
+                migrateFolder(folders, folder);
             } catch (const std::exception&) {
                 // It keeps its name, by which it is found again the next time.
             }

@@ -1,6 +1,7 @@
 #include "Reports/ReportWriter.h"
 
 #include "Platform/AppInfo.h"
+#include "Platform/Files/FileCopy.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Reports/SessionDetailedHTML.h"
@@ -92,17 +93,19 @@ void write(const SessionManifest& manifest, const std::filesystem::path& folder,
     SessionPDF::write(manifest, folder / "Reports_Standart.pdf", language);
     SessionDetailedHTML::write(manifest, folder / "Reports_Detailed.html", language);
     SessionDetailedPDF::write(manifest, folder / "Reports_Detailed.pdf", language);
+    FileSystem::syncFolder(folder);
+    FileSystem::syncFolder(folder.parent_path());
 }
 
-void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to) {
-    FileSystem::createFolders(to);
+void copySidecars(const RootFolder& from, const RootFolder& disk, const std::filesystem::path& to) {
+    disk.createFolders(to);
+    const auto target = disk.below(to);
     // A user may have put the archive where the copy goes.
-    if (FileSystem::isSame(from, to))
+    if (target.isSame(from))
         return;
-    for (const auto name : fileNames) {
-        FileSystem::copyRegularFile(from / name, to / name, kLargestReportBytes);
-    }
-    FileSystem::syncVolume(to);
+    for (const auto name : fileNames)
+        copyRegularFile({from, name}, {target, name}, kLargestReportBytes);
+    target.syncVolume();
 }
 
 int folderCount(std::span<const ManifestFile> files) {

@@ -2,6 +2,7 @@
 
 #include "Language/AppLanguage.h"
 #include "Platform/Files/FileSystem.h"
+#include "Platform/Files/RootFolder.h"
 #include "Reports/ManifestJSON.h"
 #include "Reports/SessionManifest.h"
 #include "Volumes/VolumeRecords.h"
@@ -27,15 +28,16 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& 
                               const VolumeFacts& destination, const std::string& camera,
                               const std::string& ekip, AppLanguage language);
 
-/// Writes the set into a folder, which is made with its parents. The first failure ends it; what is
-/// written by then stays, the manifest first.
+/// Writes the set into a folder, which is made with its parents, and waits until it would survive a
+/// power cut. The first failure ends it; what is written by then stays, the manifest first.
 void write(const SessionManifest& manifest, const std::filesystem::path& folder,
            AppLanguage language);
 
-/// Copies those files of a set that `from` holds, replacing what `to` holds under these names, and
-/// waits until they would survive a power cut, as the footage beside them does. Neither set may
-/// hold anything but files under these names: a pipe or a link there is a failure.
-void copySidecars(const std::filesystem::path& from, const std::filesystem::path& to);
+/// Copies those files of a set that `from` holds into a folder beneath a disk's root, which is made
+/// if need be, replaces what that holds under these names, and waits until they would survive a
+/// power cut, as the footage beside them does. Neither set may hold anything but files under these
+/// names, nor may a link stand on the way: a failure.
+void copySidecars(const RootFolder& from, const RootFolder& disk, const std::filesystem::path& to);
 
 /// How many distinct folders the files' paths imply.
 int folderCount(std::span<const ManifestFile> files);

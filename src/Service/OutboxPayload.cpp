@@ -4,7 +4,6 @@
 #include "Platform/Json.h"
 #include "Reports/ManifestJSON.h"
 #include "Storage/AppDatabase.h"
-#include "Storage/AppLog.h"
 
 #include <algorithm>
 
@@ -106,14 +105,8 @@ OutboxPayload makePayload(const OffloadOutcome& outcome, const ClassifiedVolume&
 }
 
 void selfEnqueue(const OffloadOutcome& outcome, const ClassifiedVolume& card,
-                 const ClassifiedVolume&, const SessionManifest& manifest,
-                 AppDatabase& database) noexcept {
-    try {
-        database.enqueueOutbox("session", makePayload(outcome, card, manifest).encoded());
-    } catch (const std::exception& failure) {
-        // The footage and its reports are complete, but the service will miss it.
-        AppLog::append("Session not reported: " + describe(failure));
-    }
+                 const ClassifiedVolume&, const SessionManifest& manifest, AppDatabase& database) {
+    database.enqueueOutbox("session", makePayload(outcome, card, manifest).encoded());
 }
 
 } // namespace slatewise

@@ -60,10 +60,10 @@ struct OutboxPayload {
 OutboxPayload makePayload(const OffloadOutcome& outcome, const ClassifiedVolume& card,
                           const SessionManifest& manifest);
 
-/// Stores the report of a session among those that wait for the service. A report that cannot be
-/// made or stored is a line in the log: no offload fails because of it. Blocks; any thread.
+/// Stores the report of a session among those that wait for the service. Fails with an exception of
+/// the store, or of whoever makes the text. Blocks; any thread.
 void selfEnqueue(const OffloadOutcome& outcome, const ClassifiedVolume& card,
                  const ClassifiedVolume& destination, const SessionManifest& manifest,
-                 AppDatabase& database) noexcept;
+                 AppDatabase& database);
 
 } // namespace slatewise

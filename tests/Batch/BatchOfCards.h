@@ -68,7 +68,8 @@ protected:
     std::string title() { return desk.model().batch()->title().toStdString(); }
 
     static int reportsIn(const std::filesystem::path& folder) {
-        if (!std::filesystem::exists(folder))
+        std::error_code isNone;
+        if (!std::filesystem::is_directory(std::filesystem::symlink_status(folder, isNone)))
             return 0;
         return static_cast<int>(std::distance(std::filesystem::directory_iterator(folder),
                                               std::filesystem::directory_iterator()));

@@ -1,6 +1,7 @@
 #include "Batch/BatchOfCards.h"
 #include "Platform/Error.h"
 #include "Storage/AppDatabase.h"
+#include "Storage/UserStore.h"
 #include "support/MountedVolume.h"
 
 #include <QCoreApplication>
@@ -124,6 +125,63 @@ TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
     }
 }
 
+TEST_F(BatchOfCards, WhatGoesBeforeItsReportsKeepsNoOtherTraceAway) {
+    for (const std::string gone : {"A001", "SSD1"}) {
+        SCOPED_TRACE(gone);
+        const bool isCard = gone == "A001";
+        disks = {desk.mountDisk("SSD1")};
+        const auto card = desk.mountCard("A001", {});
+        std::filesystem::create_directories(desk.folder / gone);
+        MountedVolume volume(MountedVolume::FileSystem::Ext4, 32 << 20, desk.folder / gone, "");
+        if (isCard)
+            writeFile(volume / "A.mov", "a");
+        desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+            auto outcome = CopyEngine::run(request, observer, stop);
+            EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
+            volume.pull();
+            return outcome;
+        };
+        start();
+        desk.selectCard(card, "CamA");
+        desk.copy();
+        const auto& pair = record.result.pairs.at(0);
+        EXPECT_EQ(pair.status, OutcomeStatus::Failed);
+        EXPECT_EQ(pair.problems,
+                  (std::vector<OffloadProblem>{
+                      {isCard ? OffloadProblem::Kind::CardGone : OffloadProblem::Kind::DiskReplaced,
+                       gone}}));
+        EXPECT_TRUE(std::filesystem::is_empty(volume.path())) << "beneath the mount point";
+        EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), isCard ? 1 : 0);
+        ASSERT_TRUE(pair.page);
+        EXPECT_THAT(readFile(*pair.page), HasSubstr(gone));
+        ASSERT_THAT(desk.model().recentSessions(), SizeIs(1));
+        EXPECT_EQ(desk.model().recentSessions()[0].status, "failed");
+        EXPECT_THAT(openUserStore()->pendingOutbox(), SizeIs(1));
+        desk.quit();
+        desk.volumes.clear();
+        std::filesystem::remove_all(desk.folder / "user");
+        std::filesystem::remove_all(desk.folder / "SSD1");
+    }
+}
+
+TEST_F(BatchOfCards, ASessionThatCannotBeStoredIsANoteAndWaitsForTheServiceAllTheSame) {
+    disks = {desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001");
+    desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+        auto outcome = CopyEngine::run(request, observer, stop);
+        // The same once more is what no store takes.
+        openUserStore()->save(outcome, "A001", "SSD1", "CamA");
+        return outcome;
+    };
+    start();
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    EXPECT_EQ(record.pairs.at(0).status, OutcomeStatus::Verified);
+    EXPECT_THAT(record.problems,
+                ElementsAre(StartsWith("The offload of A001 is missing in the history: ")));
+    EXPECT_THAT(openUserStore()->pendingOutbox(), SizeIs(1));
+}
+
 TEST_F(BatchOfCards, OnePairHasNoLabelAndHashingCopiesNothing) {
     disks = {desk.mountDisk("SSD1")};
     const auto card = desk.mountCard("A001", {{"A.mov", "1"}, {"B.mov", "2"}});
@@ -169,22 +227,33 @@ TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {
         const char* message;
         int sessions;
         int archived;
+        int onDisk;
     };
     const auto blockFolder = [&](const char* name) {
         return [this, name](int) {
+            std::filesystem::remove_all(desk.folder / name);
             writeFile(desk.folder / name, "in the way");
         };
     };
+    const auto leadOutside = [&](const char* name) {
+        return [this, name](int) {
+            std::filesystem::create_directories((desk.folder / name).parent_path());
+            std::filesystem::create_directories(desk.folder / "outside");
+            std::filesystem::create_directory_symlink(desk.folder / "outside", desk.folder / name);
+        };
+    };
     const std::vector<Case> cases = {
-        {"no folder for the session", blockFolder("SSD1/film"), "SSD1/film", 0, 0},
-        {"no reports on the destination", blockFolder("SSD1/reports"), "SSD1/reports", 0, 1},
-        {"no archive", [](int) { throw Error("odd"); }, "Failed: odd", 0, 0},
+        {"no folder for the session", blockFolder("SSD1/film"), "SSD1/film", 0, 0, 0},
+        {"nothing of the run", [](int) { throw Error("odd"); }, "Failed: odd", 0, 0, 0},
+        {"no reports on the disk", blockFolder("SSD1/reports"), "written to SSD1", 1, 1, 0},
+        {"reports lead elsewhere", leadOutside("SSD1/reports"), "written to SSD1", 1, 1, 0},
+        {"no archive", blockFolder("user/documents"), "user/documents", 1, 0, 1},
     };
     disks = {desk.mountDisk("SSD1")};
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.what);
-        std::filesystem::remove_all(desk.folder / "SSD1");
-        std::filesystem::remove_all(desk.folder / "user");
+        for (const auto* name : {"SSD1", "user", "outside"})
+            std::filesystem::remove_all(desk.folder / name);
         std::filesystem::create_directory(desk.folder / "SSD1");
         desk.volumes.resize(1);
         const auto card = desk.mountCard("A001");
@@ -195,8 +264,15 @@ TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {
         desk.copy();
         EXPECT_THAT(title(), HasSubstr(testCase.message));
         EXPECT_EQ(record.result.pairs.at(0).status, OutcomeStatus::Failed);
-        EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
+        const auto& sessions = desk.model().recentSessions();
+        ASSERT_THAT(sessions, SizeIs(testCase.sessions));
+        if (testCase.sessions == 1) {
+            EXPECT_EQ(sessions[0].status, "failed");
+            EXPECT_THAT(readFile(*record.result.pairs[0].page), HasSubstr("could not be written"));
+        }
         EXPECT_EQ(reportsIn(desk.folder / "user/documents/SlatewiseDIT"), testCase.archived);
+        EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), testCase.onDisk);
+        EXPECT_EQ(reportsIn(desk.folder / "outside"), 0);
         EXPECT_TRUE(desk.model().state().board.selection(VolumeSide::Card).contains("dev-A001"));
     }
 }

@@ -81,25 +81,25 @@ TEST_F(ReportFolders, NamesAreReadableAndFitForAnyDisk) {
 }
 
 TEST_F(ReportFolders, EachSessionGetsANameOfItsOwn) {
-    const auto root = folder.path();
+    const RootFolder root(folder.path());
     EXPECT_EQ(ReportFolder::uniqueName("name", kID, root), "name");
-    std::filesystem::create_directory(root / "name");
+    std::filesystem::create_directory(folder / "name");
     EXPECT_EQ(ReportFolder::uniqueName("name", kID, root), "name_12345678");
-    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root, root / "./name"), "name");
-    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root, root / "x/../name/"), "name");
-    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root, root / "other"), "name_12345678");
-    writeFile(root / "name_12345678", "");
+    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root, "name"), "name");
+    EXPECT_EQ(ReportFolder::uniqueName("name", kID, root, "other"), "name_12345678");
+    writeFile(folder / "name_12345678", "");
     EXPECT_EQ(ReportFolder::uniqueName("name", kID, root), "name_12345678");
-    writeFile(root / "name_a-b", "");
+    writeFile(folder / "name_a-b", "");
     EXPECT_EQ(ReportFolder::uniqueName("name", "a-b", root), "name_ab");
-    writeFile(root / "name_ab", "");
+    writeFile(folder / "name_ab", "");
     EXPECT_EQ(ReportFolder::uniqueName("name", "a-b", root), "name_a-b");
 }
 
 TEST_F(ReportFolders, OneNameIsClaimedOnBothSides) {
     const auto reports = disk / "reports";
+    const RootFolder root(disk);
     const auto claim = [&](const char* name) {
-        return ReportFolder::claim(name, kID, archive, reports);
+        return ReportFolder::claim(name, kID, archive, &root);
     };
     std::filesystem::create_directories(archive / "ours");
     std::filesystem::create_directories(reports / "theirs");
@@ -112,8 +112,10 @@ TEST_F(ReportFolders, OneNameIsClaimedOnBothSides) {
     EXPECT_FALSE(std::filesystem::exists(archive / "theirs"));
     for (const auto& name : namesIn(archive))
         EXPECT_TRUE(name == "ours" || std::filesystem::exists(reports / name)) << name;
-    EXPECT_EQ(ReportFolder::claim("same", kID, archive, archive), "same");
-    EXPECT_THROW(ReportFolder::claim("x", kID, folder / "none", reports), Error);
+    EXPECT_EQ(ReportFolder::claim("same", kID, reports, &root), "same");
+    EXPECT_EQ(ReportFolder::claim("alone", kID, archive, nullptr), "alone");
+    EXPECT_FALSE(std::filesystem::exists(reports / "alone"));
+    EXPECT_THROW(ReportFolder::claim("x", kID, folder / "none", &root), Error);
 }
 
 TEST_F(ReportFolders, AnIDIsToldFromAName) {
@@ -149,7 +151,8 @@ TEST_F(ReportFolders, ADisksOwnFoldersKeepTheirFiles) {
     EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre(kName));
     EXPECT_THAT(namesIn(disk / "reports" / kName),
                 UnorderedElementsAre("manifest.json", "inventory.csv"));
-    ReportWriter::copySidecars(disk / "reports" / kName, disk / "./reports" / kName);
+    ReportWriter::copySidecars(RootFolder(disk / "reports" / kName), RootFolder(disk),
+                               ReportFolder::onDestination(kName));
     EXPECT_EQ(readFile(disk / "reports" / kName / "inventory.csv"), std::string("of ") + kID);
 }
 
@@ -179,4 +182,11 @@ TEST_F(ReportFolders, WhatCannotBeMigratedStaysAndHoldsUpNothing) {
                                      std::string(kName) + "_12345678"));
     ReportFolder::migrateReadableNames(folder / "missing");
     ReportFolder::migrateReadableNames(disk / "reports");
+
+    // What a disk only leads to is none of its own.
+    leaveSet(folder / "outside", id('7'), disk);
+    std::filesystem::remove(disk / "reports");
+    std::filesystem::create_directory_symlink(folder / "outside", disk / "reports");
+    ReportFolder::migrateReadableNames(disk / "reports");
+    EXPECT_THAT(namesIn(folder / "outside"), UnorderedElementsAre(id('7')));
 }

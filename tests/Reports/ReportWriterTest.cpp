@@ -295,14 +295,28 @@ TEST(ReportWriter, CopiesThoseFilesOfASetThatAreThere) {
     writeFile(folder / "from/Reports_Detailed.pdf", "pdf");
     writeFile(folder / "from/private.txt", "no part of a set");
     writeFile(folder / "to/manifest.json", "old and longer");
-    ReportWriter::copySidecars(folder / "from", folder / "to");
+    const RootFolder disk(folder.path());
+    const RootFolder from(folder / "from");
+    ReportWriter::copySidecars(from, disk, "to");
     EXPECT_EQ(readFile(folder / "to/manifest.json"), "new");
     EXPECT_EQ(readFile(folder / "to/Reports_Detailed.pdf"), "pdf");
     EXPECT_FALSE(std::filesystem::exists(folder / "to/private.txt"));
 
-    std::filesystem::create_directory_symlink("to", folder / "same");
-    ReportWriter::copySidecars(folder / "to", folder / "same");
-    EXPECT_EQ(readFile(folder / "to/manifest.json"), "new") << "a set is no copy of itself";
+    ReportWriter::copySidecars(from, disk, "from");
+    EXPECT_EQ(readFile(folder / "from/manifest.json"), "new") << "a set is no copy of itself";
+
+    // Nor does a link lead a copy anywhere, be it a folder on the way or a file.
+    std::filesystem::create_directory_symlink("to", folder / "link");
+    for (const auto* way : {"link", "link/new"})
+        EXPECT_THROW(ReportWriter::copySidecars(from, disk, way), Error);
+    EXPECT_FALSE(std::filesystem::exists(folder / "to/new"));
+    writeFile(folder / "outside", "private");
+    std::filesystem::remove(folder / "to/manifest.json");
+    std::filesystem::create_symlink(folder / "outside", folder / "to/manifest.json");
+    ReportWriter::copySidecars(from, disk, "to");
+    EXPECT_EQ(readFile(folder / "outside"), "private");
+    EXPECT_TRUE(std::filesystem::is_regular_file(
+        std::filesystem::symlink_status(folder / "to/manifest.json")));
 
     // What others planted in a set is neither waited for nor followed, and costs no good file.
     writeFile(folder / "to/inventory.csv", "good");
@@ -315,7 +329,7 @@ TEST(ReportWriter, CopiesThoseFilesOfASetThatAreThere) {
     };
     for (const auto& plant : plants) {
         plant();
-        EXPECT_THROW(ReportWriter::copySidecars(folder / "from", folder / "to"), Error);
+        EXPECT_THROW(ReportWriter::copySidecars(from, disk, "to"), Error);
         EXPECT_EQ(readFile(folder / "to/inventory.csv"), "good");
         EXPECT_FALSE(std::filesystem::exists(folder / "to/checksums.sha256"))
             << "the first failure ends it";

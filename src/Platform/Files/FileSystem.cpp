@@ -114,21 +114,6 @@ std::optional<Attributes> attributesIfAny(const std::filesystem::path& path) noe
     return result;
 }
 
-bool isSame(const std::filesystem::path& left, const std::filesystem::path& right) noexcept {
-    struct stat one {};
-    struct stat other {};
-    return ::stat(left.c_str(), &one) == 0 && ::stat(right.c_str(), &other) == 0 &&
-           one.st_dev == other.st_dev && one.st_ino == other.st_ino;
-}
-
-bool isOnSameVolume(const std::filesystem::path& left,
-                    const std::filesystem::path& right) noexcept {
-    struct stat one {};
-    struct stat other {};
-    return ::stat(left.c_str(), &one) == 0 && ::stat(right.c_str(), &other) == 0 &&
-           one.st_dev == other.st_dev;
-}
-
 bool exists(const std::filesystem::path& path) noexcept {
     struct stat facts {};
     return ::lstat(path.c_str(), &facts) == 0;
@@ -251,37 +236,12 @@ std::string readAll(const FileDescriptor& file, std::int64_t largestBytes,
     }
 }
 
-bool copyRegularFile(const std::filesystem::path& from, const std::filesystem::path& to,
-                     std::int64_t largestBytes) {
-    const FileDescriptor source(
-        ::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (!source && errno == ENOENT)
-        return false;
-    if (!source)
-        throw PosixError("open", from, errno);
-    struct stat facts {};
-    if (::fstat(source.get(), &facts) != 0)
-        throw PosixError("stat", from, errno);
-    if (!S_ISREG(facts.st_mode))
-        throw PosixError("open", from, S_ISDIR(facts.st_mode) ? EISDIR : EINVAL);
-    if (facts.st_size > largestBytes)
-        throw PosixError("open", from, EFBIG);
-    replaceAtomically(to, [&](const FileDescriptor& target, const std::filesystem::path& path) {
-        std::array<char, 65536> buffer;
-        for (;;) {
-            const auto count = ::read(source.get(), buffer.data(), buffer.size());
-            if (count < 0)
-                throw PosixError("read", from, errno);
-            if (count == 0)
-                return;
-            writeAll(target, {buffer.data(), static_cast<std::size_t>(count)}, path);
-        }
-    });
-    return true;
-}
-
 void append(const std::filesystem::path& path, std::string_view content) {
     writeAll(open(path, O_WRONLY | O_CREAT | O_APPEND, kOwnersAlone), content, path);
+}
+
+void syncFolder(const std::filesystem::path& folder) {
+    sync(open(folder, O_RDONLY | O_DIRECTORY), folder);
 }
 
 void syncVolume(const std::filesystem::path& path) {

@@ -48,12 +48,6 @@ std::optional<Attributes> attributesIfAny(const std::filesystem::path& path) noe
 /// Whether anything bears that name, a dangling link included.
 bool exists(const std::filesystem::path& path) noexcept;
 
-/// Whether both paths lead to the same item. False when one leads nowhere.
-bool isSame(const std::filesystem::path& left, const std::filesystem::path& right) noexcept;
-
-/// Whether both paths lead to the same volume. False when one leads nowhere.
-bool isOnSameVolume(const std::filesystem::path& left, const std::filesystem::path& right) noexcept;
-
 /// Makes a folder with all its parents. A folder that is there already is no failure.
 void createFolders(const std::filesystem::path& folder);
 
@@ -93,14 +87,11 @@ std::string read(const std::filesystem::path& path);
 std::string readAll(const FileDescriptor& file, std::int64_t largestBytes,
                     const std::filesystem::path& path);
 
-/// Copies one regular file's bytes as `writeAtomically` writes them. False when `from` does not
-/// exist. Fails for anything but a file of at most `largestBytes`, and never waits for a pipe or
-/// follows a link. For files of ours; footage goes another way.
-bool copyRegularFile(const std::filesystem::path& from, const std::filesystem::path& to,
-                     std::int64_t largestBytes);
-
 /// Appends a line's bytes in one write, creating the file, for its owner alone, if need be.
 void append(const std::filesystem::path& path, std::string_view content);
+
+/// Waits until the folder's entries are on the disk: what was made, renamed or removed in it.
+void syncFolder(const std::filesystem::path& folder);
 
 /// Waits until everything written to the volume that holds `path`, folder entries included, would
 /// survive a power cut.

@@ -3,6 +3,7 @@
 #include "Platform/Error.h"
 #include "Platform/Uuid.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/openat2.h>
 #include <sys/stat.h>
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <memory>
 #include <string_view>
 
 namespace slatewise {
@@ -20,6 +22,10 @@ namespace {
 
 constexpr mode_t kReadableByAll = 0644;
 constexpr mode_t kOpenToAll = 0755;
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
 
 /// Invalid, with the reason in `errno`, when it cannot be opened.
 FileDescriptor openByKernel(int base, const std::string& name, int flags,
@@ -41,9 +47,16 @@ FileDescriptor openByKernel(int base, const std::string& name, int flags,
     return FileDescriptor(static_cast<int>(descriptor));
 }
 
-bool isLink(const FileDescriptor& item) noexcept {
+std::optional<struct stat> statusOf(const FileDescriptor& item) noexcept {
     struct stat facts {};
-    return ::fstat(item.get(), &facts) == 0 && S_ISLNK(facts.st_mode);
+    if (::fstat(item.get(), &facts) != 0)
+        return std::nullopt;
+    return facts;
+}
+
+bool isLink(const FileDescriptor& item) noexcept {
+    const auto facts = statusOf(item);
+    return facts && S_ISLNK(facts->st_mode);
 }
 
 /// As `openByKernel`, for kernels and sandboxes that do not know its call. Where links are to be
@@ -97,11 +110,27 @@ RootFolder::RootFolder(std::filesystem::path path)
         throw PosixError("open", path_, errno);
 }
 
+RootFolder RootFolder::below(const std::filesystem::path& relative) const {
+    return {path_ / relative, open(relative, O_PATH | O_DIRECTORY)};
+}
+
+bool RootFolder::isSame(const RootFolder& other) const noexcept {
+    const auto one = statusOf(descriptor_);
+    const auto another = statusOf(other.descriptor_);
+    return one && another && one->st_dev == another->st_dev && one->st_ino == another->st_ino;
+}
+
+bool RootFolder::isOnSameVolume(const RootFolder& other) const noexcept {
+    const auto one = statusOf(descriptor_);
+    const auto another = statusOf(other.descriptor_);
+    return one && another && one->st_dev == another->st_dev;
+}
+
 bool RootFolder::isStillAtItsPath() const noexcept {
-    struct stat held {};
+    const auto held = statusOf(descriptor_);
     struct stat found {};
-    return ::fstat(descriptor_.get(), &held) == 0 && ::stat(path_.c_str(), &found) == 0 &&
-           held.st_dev == found.st_dev && held.st_ino == found.st_ino;
+    return held && ::stat(path_.c_str(), &found) == 0 && held->st_dev == found.st_dev &&
+           held->st_ino == found.st_ino;
 }
 
 FileDescriptor RootFolder::open(const std::filesystem::path& relative, int flags,
@@ -135,6 +164,28 @@ FileSystem::Attributes RootFolder::attributes(const std::filesystem::path& relat
     if (!attributes)
         throw PosixError("stat", path_ / relative, errno);
     return *attributes;
+}
+
+std::vector<std::string> RootFolder::names() const {
+    auto listed = open("", O_RDONLY | O_DIRECTORY);
+    const std::unique_ptr<DIR, CloseFolder> folder(::fdopendir(listed.get()));
+    if (!folder)
+        throw PosixError("open", path_, errno);
+    (void)listed.release();
+    std::vector<std::string> names;
+    for (;;) {
+        errno = 0;
+        const dirent* const item = ::readdir(folder.get());
+        if (!item)
+            break;
+        const std::string_view name = item->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+    }
+    if (errno != 0)
+        throw PosixError("readdir", path_, errno);
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 std::string RootFolder::read(const std::filesystem::path& relative,
@@ -217,8 +268,14 @@ FileSystem::Capacity RootFolder::capacity() const noexcept {
             static_cast<std::int64_t>(facts.f_bavail) * blockSize};
 }
 
-void RootFolder::syncVolume() const {
+void RootFolder::sync() const {
     // What is open for its name alone cannot be synced.
+    const auto folder = open("", O_RDONLY | O_DIRECTORY);
+    if (::fsync(folder.get()) != 0)
+        throw PosixError("fsync", path_, errno);
+}
+
+void RootFolder::syncVolume() const {
     const auto folder = open("", O_RDONLY | O_DIRECTORY);
     if (::syncfs(folder.get()) != 0)
         throw PosixError("syncfs", path_, errno);

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace slatewise {
 
@@ -29,6 +31,13 @@ public:
 
     explicit RootFolder(std::filesystem::path path);
 
+    /// Takes hold of a folder beneath this one, which may go meanwhile.
+    RootFolder below(const std::filesystem::path& relative) const;
+
+    /// Whether both are one and the same folder, or lie on the same volume. Never fail.
+    bool isSame(const RootFolder& other) const noexcept;
+    bool isOnSameVolume(const RootFolder& other) const noexcept;
+
     /// By which the folder was opened; for messages.
     const std::filesystem::path& path() const noexcept { return path_; }
 
@@ -43,6 +52,9 @@ public:
     /// Attributes of the item itself, of the target where links are followed.
     FileSystem::Attributes attributes(const std::filesystem::path& relative,
                                       Links links = Links::Refuse) const;
+
+    /// The names of all that lies in it, sorted.
+    std::vector<std::string> names() const;
 
     /// The whole content of a regular file. Anything else is a failure, EINVAL, and never waited
     /// for; so is a file that is longer, EFBIG.
@@ -65,16 +77,23 @@ public:
     /// Removes a file or a link, never a folder. Nothing of that name is no failure.
     void removeFile(const std::filesystem::path& relative) const;
 
-    /// Renames within the folder, replacing a file that bears the new name.
+    /// Renames within the folder, replacing a file that bears the new name. The change is on the
+    /// disk when the folders are synced.
     void rename(const std::filesystem::path& from, const std::filesystem::path& to) const;
 
     /// Of the volume that holds it; both 0 when that cannot be learnt. Never fails.
     FileSystem::Capacity capacity() const noexcept;
 
+    /// Waits until its own entries are on the disk: what was made, renamed or removed in it.
+    void sync() const;
+
     /// Waits until everything written to its volume would survive a power cut.
     void syncVolume() const;
 
 private:
+    RootFolder(std::filesystem::path path, FileDescriptor descriptor) noexcept
+        : path_(std::move(path)), descriptor_(std::move(descriptor)) {}
+
     struct Parent {
         FileDescriptor folder;
         std::string name;
