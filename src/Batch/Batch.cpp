@@ -2,6 +2,7 @@
 
 #include "Batch/CardEject.h"
 #include "Batch/PairTraces.h"
+#include "Batch/Waiting.h"
 #include "Offload/CopyEngine.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
@@ -9,7 +10,6 @@
 #include "Service/OutboxDrainer.h"
 #include "Storage/AppLog.h"
 
-#include <QPromise>
 #include <QTimer>
 
 #include <algorithm>
@@ -22,6 +22,9 @@ namespace {
 
 /// How often progress is looked at: once for each picture that a screen shows.
 constexpr std::chrono::milliseconds kProgressInterval{16};
+
+/// How long a step may take to end once a stop is asked for.
+constexpr std::chrono::seconds kGrace{5};
 
 int countRows(const OffloadOutcome& outcome, VerifyStatus verifyStatus) {
     return static_cast<int>(
@@ -52,15 +55,6 @@ void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     }
 }
 
-std::shared_ptr<const RootFolder> openIfThere(const std::filesystem::path& path) {
-    try {
-        return std::make_shared<const RootFolder>(path);
-    } catch (const PosixError& failure) {
-        AppLog::append(describe(failure));
-        return nullptr;
-    }
-}
-
 QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile) {
     const OutboxDrainer drainer(database);
     const auto draining = drainer.drain(std::move(profile));
@@ -80,26 +74,18 @@ void withdrawIfMoved(const BatchPair& pair, OffloadOutcome& outcome, RunMailbox&
     mail.observer().problem(*missing);
 }
 
-QCoro::Task<> finishAfter(QCoro::Task<> work, std::shared_ptr<QPromise<void>> over) {
-    co_await work;
-    over->finish();
-}
-
 } // namespace
-
-struct Batch::FirstLook {
-    std::optional<std::string> obstacle;
-    Folders folders;
-};
 
 /// What the steps of one pair hand on to each other. Big things in it come into being and go on
 /// workers alone.
 struct Batch::PairWork {
     BatchPair pair;
     RunMailbox mail;
-    PairResult result;
     std::unique_ptr<OffloadOutcome> outcome;
     PairTraces::Folders folders;
+    PairResult result;
+    /// Of the step at work.
+    std::exception_ptr failure;
 };
 
 Batch::Batch(BatchPlan plan, const BatchSurroundings& surroundings,
@@ -125,7 +111,7 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         self->listener_->batchBegan(self->plan_);
     for (const auto& pair : self->plan_.pairs()) {
         if (result.message) {
-            result.pairs.emplace_back();
+            result.pairs.push_back(self->notBegun(pair));
             continue;
         }
         const auto ended = co_await self->runPair(pair);
@@ -150,34 +136,32 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
         self->listener_->batchEnded(result);
 }
 
-/// Why nothing can be begun, in the user's words.
-QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
-    const auto found = std::make_shared<FirstLook>();
-    const auto looking =
-        unlessCancelled(onWorker([found, plan = plan_, surroundings = surroundings_] {
-            *found = lookAt(plan, surroundings);
-        }));
-    co_await looking;
-    if (stop_.stop_requested())
-        co_return std::string(plan_.l10n().cancelled());
-    folders_ = std::move(found->folders);
-    co_return found->obstacle;
+PairResult Batch::notBegun(const BatchPair& pair) const {
+    PairResult result;
+    result.message = plan_.l10n().pairNotBegun(Text::displayable(pair.card.name()),
+                                               Text::displayable(pair.destination.name()));
+    return result;
 }
 
-/// Takes hold of every card and every disk before anything else is asked of them. One that is not
-/// there fails the pairs that need it.
-Batch::FirstLook Batch::lookAt(const BatchPlan& plan, const BatchSurroundings& surroundings) {
-    FirstLook look;
-    try {
-        for (const auto* volumes : {&plan.cards, &plan.destinations}) {
-            for (const auto& volume : *volumes)
-                look.folders[volume.facts.mountPoint] = openIfThere(volume.facts.mountPoint);
-        }
-        look.obstacle = surroundings.findObstacle(plan);
-    } catch (const std::exception& failure) {
-        look.obstacle = describe(failure);
-    }
-    return look;
+/// Takes hold of every card and every disk, and looks for what stands against the batch. Gives why
+/// nothing can be begun, in the user's words. What is not there fails the pairs that need it.
+QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
+    const auto holding = HeldFolders::of(plan_, stop_.get_token(), surroundings_.patience);
+    folders_ = co_await holding;
+    const auto found = std::make_shared<std::optional<std::string>>();
+    auto looking = onWorker(
+        [found, plan = folders_.heldPart(plan_), find = surroundings_.findObstacle]() noexcept {
+            try {
+                *found = find(plan);
+            } catch (const std::exception& failure) {
+                *found = describe(failure);
+            }
+        });
+    const auto ending = waitForEnd(std::move(looking), stop_.get_token());
+    co_await ending;
+    if (stop_.stop_requested())
+        co_return std::string(plan_.l10n().cancelled());
+    co_return *found;
 }
 
 /// Never fails: a failure is a result.
@@ -186,14 +170,20 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         listener_->pairBegan(pair);
     const auto work = std::make_shared<PairWork>();
     work->pair = std::move(pair);
-    work->pair.cardFolder = folders_[work->pair.card.facts.mountPoint];
-    work->pair.destinationFolder = folders_[work->pair.destination.facts.mountPoint];
-    auto& result = work->result;
+    work->pair.cardFolder = folders_.at(work->pair.card.facts.mountPoint);
+    work->pair.destinationFolder = folders_.at(work->pair.destination.facts.mountPoint);
+    PairResult result;
     try {
         if (stop_.stop_requested())
             throw CancellationError();
+        if (const auto missing = folders_.findMissing(work->pair))
+            throw Error(missing->text(plan_.l10n()));
         co_await runEngine(work);
         co_await leaveTraces(work);
+        result = std::move(work->result);
+        // Workers may be slower to let go of their work than to end it.
+        work->pair.cardFolder.reset();
+        work->pair.destinationFolder.reset();
     } catch (const CancellationError&) {
         result.message = plan_.l10n().cancelled();
     } catch (const std::exception& failure) {
@@ -205,14 +195,6 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
     result.problems = work->mail.problems();
     if (result.sessionRoot.empty())
         result.sessionRoot = work->mail.sessionRoot();
-    const auto& folders = work->folders;
-    result.reportFolder = folders.onDestination.empty() ? folders.inArchive : folders.onDestination;
-    const auto& shown = folders.inArchive.empty() ? folders.onDestination : folders.inArchive;
-    if (!shown.empty())
-        result.page = shown / "Reports_Standart.html";
-    // Workers may be slower to let go of their work than to end it.
-    work->pair.cardFolder.reset();
-    work->pair.destinationFolder.reset();
     if (listener_)
         listener_->pairEnded(work->pair, result);
     co_return result;
@@ -223,29 +205,70 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
     postman.setTimerType(Qt::PreciseTimer);
     QObject::connect(&postman, &QTimer::timeout, [this, work] { deliver(work->mail.take()); });
     postman.start(kProgressInterval);
-    auto running = onWorker([self = shared_from_this(), work] {
-        if (const auto missing = work->pair.findMissingFolder())
-            throw Error(missing->text(self->plan_.l10n()));
-        work->outcome = std::make_unique<OffloadOutcome>(self->surroundings_.runEngine(
-            requestFor(self->plan_, work->pair), work->mail.observer(), self->stop_.get_token()));
-    });
+    const auto running =
+        perform(work, kGrace, [self = shared_from_this(), work, pair = work->pair] {
+            const auto requireFolders = [&] {
+                if (const auto missing = pair.findMissingFolder())
+                    throw Error(missing->text(self->plan_.l10n()));
+            };
+            requireFolders();
+            try {
+                work->outcome = std::make_unique<OffloadOutcome>(self->surroundings_.runEngine(
+                    requestFor(self->plan_, pair), work->mail.observer(), self->stop_.get_token()));
+            } catch (const PosixError&) {
+                // What a dead disk answers says less than that it is dead.
+                requireFolders();
+                throw;
+            }
+        });
     co_await running;
     postman.stop();
     deliver(work->mail.take());
 }
 
 QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
-    return onWorker([self = shared_from_this(), work] {
+    // Reports of a million files are not written in a moment.
+    constexpr std::size_t kRowsPerSecond = 10'000;
+    const auto grace = kGrace + std::chrono::seconds(work->outcome->files.size() / kRowsPerSecond);
+    return perform(work, grace, [self = shared_from_this(), work, pair = work->pair] {
         const auto outcome = std::move(work->outcome);
-        withdrawIfMoved(work->pair, *outcome, work->mail);
+        withdrawIfMoved(pair, *outcome, work->mail);
         auto& result = work->result;
         takeOver(*outcome, result);
-        work->folders = PairTraces::leave(self->plan_, work->pair, *outcome, *self->database_,
-                                          work->mail.observer().problem);
+        const auto [inArchive, onDestination] = PairTraces::leave(
+            self->plan_, pair, *outcome, *self->database_, work->mail.observer().problem);
         result.status = outcome->status;
         if (!endedWell(result.status))
-            result.message = self->reasonOf(work->pair, *outcome, *result.runStatus);
+            result.message = self->reasonOf(pair, *outcome, *result.runStatus);
+        result.reportFolder = onDestination.empty() ? inArchive : onDestination;
+        const auto& shown = inArchive.empty() ? onDestination : inArchive;
+        if (!shown.empty())
+            result.page = shown / "Reports_Standart.html";
     });
+}
+
+/// Does a step of a pair on a worker. Who stops waits a moment for it to end well; a card or a disk
+/// that does not answer holds it for ever.
+QCoro::Task<> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::seconds grace,
+                             std::function<void()> step) {
+    auto performing = onWorker([work, step = std::move(step)]() noexcept {
+        try {
+            step();
+        } catch (...) {
+            work->failure = std::current_exception();
+        }
+    });
+    const auto ending =
+        waitForEnd(std::move(performing), stop_.get_token(), {.patience = {}, .grace = grace});
+    if (co_await ending) {
+        if (work->failure)
+            std::rethrow_exception(work->failure);
+        co_return;
+    }
+    const auto names = Text::displayable(work->pair.card.name()) + " → " +
+                       Text::displayable(work->pair.destination.name());
+    work->mail.observer().problem({OffloadProblem::Kind::NoAnswer, names});
+    throw CancellationError();
 }
 
 /// Why a pair failed whose run came to something: the proof, else the trace that is missing.
@@ -265,24 +288,12 @@ std::string Batch::reasonOf(const BatchPair& pair, const OffloadOutcome& outcome
 /// a moment, once; what is not delivered by then goes out while the batch goes on.
 QCoro::Task<> Batch::reportToService() {
     const auto before = std::chrono::steady_clock::now();
-    co_await unlessCancelled(drain(*database_, plan_.serviceProfile), serviceTimeLeft_);
+    const auto sending = waitForEnd(drain(*database_, plan_.serviceProfile), stop_.get_token(),
+                                    {.patience = serviceTimeLeft_});
+    co_await sending;
     const auto waited = std::chrono::steady_clock::now() - before;
     serviceTimeLeft_ -=
         std::min(serviceTimeLeft_, std::chrono::duration_cast<std::chrono::milliseconds>(waited));
-}
-
-/// Waits for the end of `work`, no longer than `patience`. Who cancels does not wait for a network
-/// or a disk: what is under way goes on by itself.
-QCoro::Task<> Batch::unlessCancelled(QCoro::Task<> work,
-                                     std::optional<std::chrono::milliseconds> patience) {
-    const auto over = std::make_shared<QPromise<void>>();
-    over->start();
-    if (patience)
-        QTimer::singleShot(*patience, [over] { over->finish(); });
-    const std::stop_callback cancelled(stop_.get_token(), [over] { over->finish(); });
-    finishAfter(std::move(work), over);
-    const auto ending = over->future();
-    co_await ending;
 }
 
 /// A card that cannot be ejected stays mounted, and that is all. Gives what the user is told.
@@ -291,7 +302,7 @@ QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume ca
         co_return std::nullopt;
     const auto sentence = std::make_shared<std::optional<std::string>>();
     auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n = plan_.l10n(),
-                              folder = std::exchange(folders_[card.facts.mountPoint], nullptr),
+                              folder = folders_.release(card.facts.mountPoint),
                               card = std::move(card)]() mutable {
         // Another card may lie there by now.
         if (!folder || !folder->isStillAtItsPath())
@@ -300,8 +311,9 @@ QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume ca
         folder.reset();
         *sentence = CardEject::run(eject, card, l10n);
     });
-    co_await ejecting;
-    co_return *sentence;
+    const auto ending = waitForEnd(std::move(ejecting), stop_.get_token());
+    const bool hasEnded = co_await ending;
+    co_return hasEnded ? *sentence : std::nullopt;
 }
 
 void Batch::deliver(const RunMailbox::Mail& mail) {

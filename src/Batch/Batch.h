@@ -2,6 +2,7 @@
 
 #include "Batch/BatchPlan.h"
 #include "Batch/BatchSurroundings.h"
+#include "Batch/HeldFolders.h"
 #include "Batch/RunMailbox.h"
 #include "Offload/OffloadPhase.h"
 #include "Offload/OffloadRows.h"
@@ -11,7 +12,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
-#include <map>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -100,21 +101,18 @@ public:
 
 private:
     struct PairWork;
-    /// What each path led to when the batch began; nothing where it led to no folder.
-    using Folders = std::map<std::filesystem::path, std::shared_ptr<const RootFolder>>;
-    struct FirstLook;
 
     static QCoro::Task<> run(std::shared_ptr<Batch> self);
     QCoro::Task<std::optional<std::string>> findObstacle();
-    static FirstLook lookAt(const BatchPlan& plan, const BatchSurroundings& surroundings);
     QCoro::Task<PairResult> runPair(BatchPair pair);
     QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
+    QCoro::Task<> perform(std::shared_ptr<PairWork> work, std::chrono::seconds grace,
+                          std::function<void()> step);
+    PairResult notBegun(const BatchPair& pair) const;
     std::string reasonOf(const BatchPair& pair, const OffloadOutcome& outcome,
                          OutcomeStatus runStatus) const;
     QCoro::Task<> reportToService();
-    QCoro::Task<> unlessCancelled(QCoro::Task<> work,
-                                  std::optional<std::chrono::milliseconds> patience = {});
     QCoro::Task<std::optional<std::string>> ejectIfWanted(ClassifiedVolume card);
     void deliver(const RunMailbox::Mail& mail);
 
@@ -122,7 +120,7 @@ private:
     const BatchSurroundings surroundings_;
     const std::shared_ptr<AppDatabase> database_;
     BatchListener* listener_;
-    Folders folders_;
+    HeldFolders folders_;
     std::stop_source stop_;
     /// What all pairs together may still wait for the service.
     std::chrono::milliseconds serviceTimeLeft_{5000};

@@ -4,6 +4,7 @@
 #include "Offload/CopyEngine.h"
 #include "Volumes/DiskUtilClient.h"
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -22,6 +23,9 @@ struct BatchSurroundings {
     std::function<OffloadOutcome(const CopyEngine::Request&, const CopyEngine::Observer&,
                                  std::stop_token)>
         runEngine = CopyEngine::run;
+
+    /// How long a card or a disk may take to answer before the batch begins without it.
+    std::chrono::milliseconds patience = std::chrono::seconds(10);
 
     /// Throws when the volume stays. Empty: nothing is ejected.
     std::function<DiskUtilClient::Ejected(const std::filesystem::path& mountPoint)> eject;

@@ -192,6 +192,26 @@ std::string L10n::diskReplaced(Text disk) const {
                        : fmt::format("The disk {} is no longer the one that was chosen.", disk);
 }
 
+std::string L10n::cardSilent(Text card) const {
+    return isTurkish() ? fmt::format("{} kartı yanıt vermiyor.", card)
+                       : fmt::format("The card {} does not answer.", card);
+}
+
+std::string L10n::diskSilent(Text disk) const {
+    return isTurkish() ? fmt::format("{} diski yanıt vermiyor.", disk)
+                       : fmt::format("The disk {} does not answer.", disk);
+}
+
+std::string L10n::noAnswer(Text pair) const {
+    return isTurkish() ? fmt::format("{}: kart ya da disk yanıt vermiyor.", pair)
+                       : fmt::format("{}: the card or the disk does not answer.", pair);
+}
+
+std::string L10n::pairNotBegun(Text card, Text disk) const {
+    return isTurkish() ? fmt::format("{} → {} başlatılmadı.", card, disk)
+                       : fmt::format("{} → {} was not begun.", card, disk);
+}
+
 std::string L10n::linkLeadsOut(Text link) const {
     return isTurkish() ? fmt::format("Bağlantı kartın dışına çıkıyor, kopyalanmadı: {}", link)
                        : fmt::format("The link {} leads out of the card and was not copied.", link);

@@ -68,6 +68,10 @@ public:
     std::string readFromMemory(Text subject) const;
     std::string cardGone(Text card) const;
     std::string diskReplaced(Text disk) const;
+    std::string cardSilent(Text card) const;
+    std::string diskSilent(Text disk) const;
+    std::string noAnswer(Text pair) const;
+    std::string pairNotBegun(Text card, Text disk) const;
     std::string linkLeadsOut(Text link) const;
     std::string reportsNotWritten(Text place, Text reason) const;
     std::string sessionNotStored(Text card, Text reason) const;

@@ -1,6 +1,7 @@
 #include "Model/VolumeBoard.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace slatewise {
 
@@ -40,6 +41,19 @@ void raise(Volumes& volumes, const std::string& id, std::int64_t total, std::int
         return;
     found->facts.totalBytes = std::max(found->facts.totalBytes, total);
     found->facts.freeBytes = std::max(found->facts.freeBytes, free);
+}
+
+/// What has come back as something else under the id that it bore: another card in the same slot,
+/// or the same one put in again.
+VolumeIDs exchanged(const Volumes& before, const Volumes& now) {
+    VolumeIDs ids;
+    for (const auto& volume : now) {
+        const auto* known = findVolume(before, volume.id());
+        const bool areKnown = known && known->facts.identity && volume.facts.identity;
+        if (areKnown && !known->facts.identity->isSame(*volume.facts.identity))
+            ids.insert(volume.id());
+    }
+    return ids;
 }
 
 } // namespace
@@ -108,8 +122,16 @@ VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounte
     const auto mountedIDs = idsOf(mounted);
     std::erase_if(corrections_.hiddenVolumeIDs,
                   [&](const auto& id) { return !mountedIDs.contains(id); });
-    lists_ = sortVolumes(mounted, corrections_);
+    const auto before = std::exchange(lists_, sortVolumes(mounted, corrections_));
 
+    // Nobody has been asked about it.
+    for (const auto side : {VolumeSide::Card, VolumeSide::Destination}) {
+        const auto& listed = side == VolumeSide::Card ? before.cards : before.destinations;
+        for (const auto& id : exchanged(listed, list(side))) {
+            selection(side).ids.erase(id);
+            previous.erase(id);
+        }
+    }
     cardSelection_.keepOnly(lists_.cards);
     destinationSelection_.keepOnly(lists_.destinations);
     if (destinationSelection_.ids.empty())

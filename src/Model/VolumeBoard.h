@@ -63,7 +63,7 @@ class VolumeBoard {
 public:
     /// What a pass has found.
     struct Applied {
-        /// Listed now and not before.
+        /// Listed now and not before, or something else before.
         VolumeIDs appeared;
         /// Cards that were never listed before in this process.
         std::vector<ClassifiedVolume> newCards;

@@ -36,6 +36,12 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.cardGone(about);
     case Kind::DiskReplaced:
         return l10n.diskReplaced(about);
+    case Kind::CardSilent:
+        return l10n.cardSilent(about);
+    case Kind::DiskSilent:
+        return l10n.diskSilent(about);
+    case Kind::NoAnswer:
+        return l10n.noAnswer(about);
     case Kind::LinkLeadsOut:
         return l10n.linkLeadsOut(about);
     case Kind::LostAndFoundNotRead:

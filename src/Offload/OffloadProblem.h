@@ -26,6 +26,11 @@ struct OffloadProblem {
         CardGone,
         /// The same of a destination.
         DiskReplaced,
+        /// Whoever asks the card for something does not come back.
+        CardSilent,
+        DiskSilent,
+        /// One of the two of a pair, which is the subject.
+        NoAnswer,
         /// A link on the card leads out of it; it was not copied.
         LinkLeadsOut,
         /// The file system's own folder for what it found when it was repaired; no camera's.

@@ -162,6 +162,7 @@ VolumeFacts factsFrom(const std::filesystem::path& mountPoint, const Mount* moun
 }
 
 void lookInto(VolumeFacts& facts) {
+    facts.identity = FolderIdentity::at(facts.mountPoint);
     facts.signatures = CameraSignatures::detect(facts.mountPoint);
     const auto capacity = FileSystem::volumeCapacity(facts.mountPoint);
     if (facts.totalBytes < 1)

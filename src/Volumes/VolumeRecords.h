@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Files/FolderIdentity.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
@@ -30,6 +32,9 @@ inline constexpr std::string_view uuidPrefix = "UUID=";
 struct VolumeFacts {
     /// The mount point, or the folder for a picked folder.
     std::filesystem::path mountPoint;
+    /// Of the folder there, by which it is known again when something is done with it; empty when
+    /// nobody could say.
+    std::optional<FolderIdentity> identity{};
     std::string volumeName;
     /// Name of the device as the system gives it; empty when unknown.
     std::string deviceIdentifier;

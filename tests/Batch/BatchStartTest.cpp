@@ -1,9 +1,11 @@
 #include "Batch/BatchOfCards.h"
+#include "support/MountedVolume.h"
 
 #include <QCoreApplication>
 
 #include <gmock/gmock.h>
 
+#include <csignal>
 #include <thread>
 
 // What is looked at before a batch begins, and what it keeps to once it has begun.
@@ -88,6 +90,67 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     Desk::waitUntil([&] { return hasAnswered.load(); });
     desk.model().batch()->start();
     Desk::waitUntil([&] { return desk.model().batch()->standing() == BatchControl::Succeeded; });
+}
+
+// Outside the kernel a file system is a program, which may be killed or just not answer.
+TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
+    struct Case {
+        const char* name;
+        int signal;
+        bool isDuringRun;
+        std::vector<const char*> sentences;
+    };
+    const std::vector<Case> cases = {
+        {"A001", SIGKILL, false, {"The card A001 is no longer there."}},
+        {"SSD1", SIGKILL, false, {"The disk SSD1 is no longer the one that was chosen."}},
+        {"A001", SIGSTOP, false, {"The card A001 does not answer."}},
+        {"SSD1", SIGSTOP, false, {"The disk SSD1 does not answer."}},
+        {"SSD1", SIGKILL, true, {"The disk SSD1 is no longer the one that was chosen."}},
+        {"SSD1",
+         SIGSTOP,
+         true,
+         {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."}},
+    };
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(std::string(testCase.name) + " " + std::to_string(testCase.signal));
+        disks = {desk.mountDisk("SSD1")};
+        const auto card = desk.mountCard("A001", {});
+        MountedVolume volume(MountedVolume::FileSystem::ExFat, 32 << 20,
+                             desk.folder / testCase.name, "");
+        writeFile(desk.folder / "A001/A.mov", bytesOf(4'000'000));
+        desk.surroundings.patience = std::chrono::milliseconds(500);
+        desk.surroundings.runEngine = [&](const auto& request, auto observer, auto stop) {
+            observer.progress = [&, isHit = false](const OffloadPhase& phase) mutable {
+                if (!testCase.isDuringRun || !std::holds_alternative<Phase::Copying>(phase) ||
+                    std::exchange(isHit, true))
+                    return;
+                volume.signalItsProgram(testCase.signal);
+                if (testCase.signal == SIGSTOP)
+                    QMetaObject::invokeMethod(QCoreApplication::instance(),
+                                              [&] { desk.model().batch()->cancel(); });
+            };
+            return CopyEngine::run(request, observer, stop);
+        };
+        start();
+        desk.selectCard(card, "CamA");
+        if (!testCase.isDuringRun)
+            volume.signalItsProgram(testCase.signal);
+        desk.copy();
+        const auto& pair = record.result.pairs.at(0);
+        EXPECT_EQ(pair.status, OutcomeStatus::Failed);
+        std::vector<std::string> sentences = {pair.message};
+        for (const auto& problem : pair.problems)
+            sentences.push_back(problem.text(L10n(AppLanguage::English)));
+        for (const auto* sentence : testCase.sentences)
+            EXPECT_THAT(sentences, ::testing::Contains(sentence));
+        if (testCase.signal == SIGSTOP)
+            volume.signalItsProgram(SIGCONT);
+        desk.quit();
+        desk.volumes.clear();
+        volume.pull();
+        for (const auto* folder : {"A001", "SSD1"})
+            std::filesystem::remove_all(desk.folder / folder);
+    }
 }
 
 TEST_F(BatchOfCards, KeepsToWhatWasSetWhenTheButtonWasPressed) {

@@ -53,6 +53,7 @@ TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
     EXPECT_THAT(statuses,
                 ElementsAre("verified", "verified", "verified", "failed", "failed", "failed"));
     EXPECT_EQ(runs, 4) << "no pair runs behind a failed one";
+    EXPECT_EQ(record.result.pairs[5].message, "C003 → SSD2 was not begun.");
     // Four sets of reports in the archive, two on each disk; the last is shown all the same.
     EXPECT_EQ(reportsIn(desk.folder / "user/documents/SlatewiseDIT"), 4);
     EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), 2);
@@ -122,6 +123,43 @@ TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
         desk.ejected.clear();
         desk.quit();
         desk.volumes.clear();
+    }
+}
+
+TEST_F(BatchOfCards, OnlyWhatWasTickedIsCopied) {
+    enum Fate { Stays, Unmounted, Exchanged };
+    for (const std::string name : {"A001", "SSD1"}) {
+        for (const auto fate : {Stays, Unmounted, Exchanged}) {
+            SCOPED_TRACE(name + " " + std::to_string(fate));
+            disks = {desk.mountDisk("SSD1")};
+            const auto card = desk.mountCard("A001", {});
+            const auto place = desk.folder / name;
+            MountedVolume ticked(MountedVolume::FileSystem::Ext4, 32 << 20, place, "");
+            desk.volume(name == "A001" ? card : disks[0]).facts.identity =
+                FolderIdentity::at(place);
+            start();
+            desk.selectCard(card, "CamA");
+            std::optional<MountedVolume> other;
+            if (fate != Stays)
+                ticked.unmount();
+            if (fate == Exchanged)
+                other.emplace(MountedVolume::FileSystem::Ext4, 32 << 20, place, "");
+            desk.copy();
+            const auto& pair = record.result.pairs.at(0);
+            if (fate == Stays) {
+                EXPECT_EQ(pair.status, OutcomeStatus::Verified) << "an empty card is no failure";
+            } else {
+                EXPECT_EQ(pair.status, OutcomeStatus::Failed);
+                EXPECT_EQ(pair.message,
+                          name == "A001" ? "The card A001 is no longer there."
+                                         : "The disk SSD1 is no longer the one that was chosen.");
+                EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), 0);
+            }
+            desk.quit();
+            desk.volumes.clear();
+            if (name == "A001")
+                std::filesystem::remove_all(desk.folder / "SSD1");
+        }
     }
 }
 

@@ -193,6 +193,16 @@ TEST(VolumeBoard, LetsGoOfWhatDisappears) {
     EXPECT_EQ(applied.appeared, (VolumeIDs{"cardA", "disk1"}));
     EXPECT_THAT(applied.newCards, IsEmpty()) << "a card is new once";
     EXPECT_THAT(board.pass().appeared, IsEmpty()) << "nothing has changed";
+
+    // Another card in the slot of the one that was ticked.
+    auto& inSlot = *std::find_if(board.mounted.begin(), board.mounted.end(),
+                                 [](const auto& each) { return each.id() == "cardB"; });
+    inSlot.facts.identity = FolderIdentity{.device = 1, .inode = 2, .mount = 3};
+    board.pass();
+    EXPECT_TRUE(board.selection(VolumeSide::Card).contains("cardB")) << "the same, as far as known";
+    inSlot.facts.identity->mount = 4;
+    EXPECT_EQ(board.pass().appeared, (VolumeIDs{"cardB"}));
+    EXPECT_THAT(board.selection(VolumeSide::Card).ids, IsEmpty());
 }
 
 TEST(VolumeBoard, RestoresDestinationsWhereNoneIsTicked) {

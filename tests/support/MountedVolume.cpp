@@ -5,7 +5,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <stdexcept>
 
 namespace slatewise::test {
@@ -86,6 +88,19 @@ int MountedVolume::flipBitIn(std::string_view content) const {
 void MountedVolume::pull() {
     runPrivileged({"umount", "--lazy", mountPoint_.native()});
     isMounted_ = false;
+}
+
+void MountedVolume::signalItsProgram(int signal) const {
+    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream file(process.path() / "cmdline");
+        const std::string words{std::istreambuf_iterator<char>(file), {}};
+        if (words.find("exfat") == std::string::npos ||
+            words.find(mountPoint_.native()) == std::string::npos)
+            continue;
+        runPrivileged({"kill", "-" + std::to_string(signal), process.path().filename().native()});
+        return;
+    }
+    throw std::runtime_error("no program for " + mountPoint_.native());
 }
 
 void MountedVolume::remount() {

@@ -32,13 +32,17 @@ public:
     /// The file that stands for the device.
     const std::filesystem::path& image() const { return image_; }
 
-    /// Flips a bit wherever these bytes stand on the device, as a device does that wears out. Gives at
-    /// how many places they do.
+    /// Flips a bit wherever these bytes stand on the device, as a device does that wears out. Gives
+    /// at how many places they do.
     int flipBitIn(std::string_view content) const;
 
     /// Takes the file system away from under whoever uses it, as a pulled card does: open files go
     /// on, but no path leads there any more.
     void pull();
+
+    /// To the program that is the file system, where it is one outside the kernel: SIGSTOP makes a
+    /// disk that does not answer, SIGKILL a dead one.
+    void signalItsProgram(int signal) const;
 
     /// Unmounts properly and mounts again.
     void remount();

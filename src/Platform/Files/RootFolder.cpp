@@ -54,6 +54,11 @@ std::optional<struct stat> statusOf(const FileDescriptor& item) noexcept {
     return facts;
 }
 
+/// Of the file system itself, and not what is remembered of its last answer.
+bool askAgain(int folder, const char* name, int flags, struct statx& facts) noexcept {
+    return ::statx(folder, name, flags | AT_STATX_FORCE_SYNC, STATX_INO, &facts) == 0;
+}
+
 bool isLink(const FileDescriptor& item) noexcept {
     const auto facts = statusOf(item);
     return facts && S_ISLNK(facts->st_mode);
@@ -127,10 +132,11 @@ bool RootFolder::isOnSameVolume(const RootFolder& other) const noexcept {
 }
 
 bool RootFolder::isStillAtItsPath() const noexcept {
-    const auto held = statusOf(descriptor_);
-    struct stat found {};
-    return held && ::stat(path_.c_str(), &found) == 0 && held->st_dev == found.st_dev &&
-           held->st_ino == found.st_ino;
+    struct statx held {};
+    struct statx found {};
+    return askAgain(descriptor_.get(), "", AT_EMPTY_PATH, held) &&
+           askAgain(AT_FDCWD, path_.c_str(), 0, found) && held.stx_ino == found.stx_ino &&
+           held.stx_dev_major == found.stx_dev_major && held.stx_dev_minor == found.stx_dev_minor;
 }
 
 FileDescriptor RootFolder::open(const std::filesystem::path& relative, int flags,

@@ -2,6 +2,7 @@
 
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
+#include "Platform/Files/FolderIdentity.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -30,6 +31,11 @@ public:
     };
 
     explicit RootFolder(std::filesystem::path path);
+
+    /// Of this folder. Empty, with the reason in `errno`, when it cannot be had.
+    std::optional<FolderIdentity> identity() const noexcept {
+        return FolderIdentity::of(descriptor_.get());
+    }
 
     /// Takes hold of a folder beneath this one, which may go meanwhile.
     RootFolder below(const std::filesystem::path& relative) const;

@@ -1,0 +1,103 @@
+#include "Batch/HeldFolders.h"
+
+#include "Batch/Waiting.h"
+#include "Platform/Error.h"
+#include "Platform/Worker.h"
+#include "Storage/AppLog.h"
+
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace slatewise {
+
+namespace {
+
+using Folder = std::shared_ptr<const RootFolder>;
+
+/// Null when there is no folder, or another one than was chosen.
+Folder openIfChosen(const VolumeFacts& chosen) {
+    try {
+        auto folder = std::make_shared<const RootFolder>(chosen.mountPoint);
+        const auto identity = folder->identity();
+        if (identity && (!chosen.identity || identity->isSame(*chosen.identity)))
+            return folder;
+        AppLog::append("Not the folder that was chosen: " + chosen.mountPoint.native());
+    } catch (const std::exception& failure) {
+        AppLog::append(describe(failure));
+    }
+    return nullptr;
+}
+
+QCoro::Task<> allOf(std::vector<QCoro::Task<>> tasks) {
+    for (const auto& task : tasks)
+        co_await task;
+}
+
+} // namespace
+
+/// Filled by workers, some of which may come too late.
+struct HeldFolders::Look {
+    std::mutex lock;
+    HeldFolders held;
+
+    void answer(const std::filesystem::path& mountPoint, Folder folder) {
+        const std::lock_guard guard(lock);
+        held.folders_[mountPoint] = std::move(folder);
+    }
+    /// A late worker keeps this object, but must not keep a card from being ejected.
+    HeldFolders takeSoFar() {
+        const std::lock_guard guard(lock);
+        return std::exchange(held, {});
+    }
+};
+
+QCoro::Task<HeldFolders> HeldFolders::of(BatchPlan plan, std::stop_token stop,
+                                         std::chrono::milliseconds patience) {
+    const auto look = std::make_shared<Look>();
+    std::vector<QCoro::Task<>> answers;
+    for (const auto* volumes : {&plan.cards, &plan.destinations}) {
+        for (const auto& volume : *volumes) {
+            answers.push_back(onWorker([look, facts = volume.facts] {
+                look->answer(facts.mountPoint, openIfChosen(facts));
+            }));
+        }
+    }
+    const auto answering = waitForEnd(allOf(std::move(answers)), stop, {.patience = patience});
+    co_await answering;
+    co_return look->takeSoFar();
+}
+
+BatchPlan HeldFolders::heldPart(BatchPlan plan) const {
+    const auto isMissing = [this](const ClassifiedVolume& volume) {
+        return !at(volume.facts.mountPoint);
+    };
+    std::erase_if(plan.cards, isMissing);
+    std::erase_if(plan.destinations, isMissing);
+    return plan;
+}
+
+std::optional<OffloadProblem> HeldFolders::findMissing(const BatchPair& pair) const {
+    using Kind = OffloadProblem::Kind;
+    if (!at(pair.card.facts.mountPoint)) {
+        const bool isSilent = !folders_.contains(pair.card.facts.mountPoint);
+        return OffloadProblem{isSilent ? Kind::CardSilent : Kind::CardGone, pair.card.name()};
+    }
+    if (!at(pair.destination.facts.mountPoint)) {
+        const bool isSilent = !folders_.contains(pair.destination.facts.mountPoint);
+        return OffloadProblem{isSilent ? Kind::DiskSilent : Kind::DiskReplaced,
+                              pair.destination.name()};
+    }
+    return std::nullopt;
+}
+
+std::shared_ptr<const RootFolder> HeldFolders::at(const std::filesystem::path& mountPoint) const {
+    const auto found = folders_.find(mountPoint);
+    return found == folders_.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<const RootFolder> HeldFolders::release(const std::filesystem::path& mountPoint) {
+    return std::exchange(folders_[mountPoint], nullptr);
+}
+
+} // namespace slatewise
