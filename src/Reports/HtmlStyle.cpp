@@ -62,7 +62,7 @@ summary.row .label{color:var(--accent-deep);font-weight:650;overflow-wrap:anywhe
 .muted{color:var(--dim)}
 .skip{color:var(--skip)}
 .ok{color:var(--ok)}
-.hashed{color:var(--info)}
+.row .hashed{color:var(--info)}
 .alarm{color:var(--bad);background:var(--red-bg);font-weight:750}
 .fps.mismatch{color:var(--bad);font-weight:650}
 footer{display:flex;color:var(--muted)}

@@ -6,6 +6,7 @@
 #include "Reports/ReportWriter.h"
 #include "support/Browser.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <cstdlib>
@@ -299,6 +300,7 @@ TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
     unproved.verifyStatus = VerifyStatus::CopiedUnverified;
     auto manifest = session({unproved, file("1/2/3/4/5/6/7/8/9/10/11/12/A001C001_260301.mov")});
     manifest.problems = {std::string(120, 'x')};
+    manifest.status = OutcomeStatus::Hashed;
     const auto framed = [&](const std::string& script) {
         // A window has a least width, a frame in it has none.
         return evaluate(manifest, "const page = document.documentElement.outerHTML;"
@@ -321,9 +323,10 @@ TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
         }).length;
         const fate = [...inner.querySelectorAll('wbr')][0].parentNode;
         return [wide, outside, fate.scrollWidth > fate.clientWidth + 1 && fate.clientWidth > 0,
-                inner.querySelectorAll('.hash')[1].textContent.length].join(' ');
+                inner.querySelectorAll('.hash')[1].textContent.length,
+                getComputedStyle(inner.querySelector('.verdict')).color].join(' ');
     )js"),
-              "false 0 false 64,false 0 false 64,false 0 false 64,false 0 false 64");
+              fmt::format("{0},{0},{0},{0}", "false 0 false 64 rgb(255, 255, 255)"));
 }
 
 TEST_P(HtmlInBrowser, ShowsNamesInDeepTrees) {
