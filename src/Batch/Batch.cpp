@@ -1,6 +1,7 @@
 #include "Batch/Batch.h"
 
 #include "Batch/CardEject.h"
+#include "Batch/PairLists.h"
 #include "Batch/PairTraces.h"
 #include "Batch/Waiting.h"
 #include "Offload/CopyEngine.h"
@@ -79,7 +80,10 @@ void withdrawIfMoved(const BatchPair& pair, OffloadOutcome& outcome, RunMailbox&
 /// What the steps of one pair hand on to each other. Big things in it come into being and go on
 /// workers alone.
 struct Batch::PairWork {
+    explicit PairWork(const OffloadSettings& settings) : lists(settings) {}
+
     BatchPair pair;
+    PairLists lists;
     RunMailbox mail;
     std::unique_ptr<OffloadOutcome> outcome;
     PairTraces::Folders folders;
@@ -168,7 +172,7 @@ QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
 QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
     if (listener_)
         listener_->pairBegan(pair);
-    const auto work = std::make_shared<PairWork>();
+    const auto work = std::make_shared<PairWork>(plan_.settings);
     work->pair = std::move(pair);
     work->pair.cardFolder = folders_.at(work->pair.card.facts.mountPoint);
     work->pair.destinationFolder = folders_.at(work->pair.destination.facts.mountPoint);
@@ -212,9 +216,11 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
                     throw Error(missing->text(self->plan_.l10n()));
             };
             requireFolders();
+            auto request = requestFor(self->plan_, pair);
+            work->lists.follow(request);
             try {
                 work->outcome = std::make_unique<OffloadOutcome>(self->surroundings_.runEngine(
-                    requestFor(self->plan_, pair), work->mail.observer(), self->stop_.get_token()));
+                    request, work->mail.observer(), self->stop_.get_token()));
             } catch (const PosixError&) {
                 // What a dead disk answers says less than that it is dead.
                 requireFolders();
@@ -235,6 +241,7 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         withdrawIfMoved(pair, *outcome, work->mail);
         auto& result = work->result;
         takeOver(*outcome, result);
+        work->lists.settle(pair, *outcome, work->mail.observer().problem);
         const auto [inArchive, onDestination] = PairTraces::leave(
             self->plan_, pair, *outcome, *self->database_, work->mail.observer().problem);
         result.status = outcome->status;
@@ -271,7 +278,8 @@ QCoro::Task<> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::second
     throw CancellationError();
 }
 
-/// Why a pair failed whose run came to something: the proof, else the trace that is missing.
+/// Why a pair failed whose run came to something: the proof, else what the card's own lists say of
+/// it, or the trace that is missing.
 std::string Batch::reasonOf(const BatchPair& pair, const OffloadOutcome& outcome,
                             OutcomeStatus runStatus) const {
     const auto failure = std::find_if(

@@ -234,6 +234,38 @@ std::string L10n::sessionNotQueued(Text card, Text reason) const {
                : fmt::format("The service will not hear of the offload of {}: {}", card, reason);
 }
 
+std::string L10n::cardListNotRead(Text list, Text reason) const {
+    return isTurkish()
+               ? fmt::format("Kartın getirdiği hash listesi okunamadı: {} ({})", list, reason)
+               : fmt::format("The hash list that the card brought could not be read: {} "
+                             "({})",
+                             list, reason);
+}
+
+std::string L10n::cardDiffersFromList(Text file) const {
+    return isTurkish()
+               ? fmt::format("Karttaki dosya kartın kendi hash listesinden farklı: {}", file)
+               : fmt::format("{} on the card is not what the card's own hash list says.", file);
+}
+
+std::string L10n::listedFileMissing(Text file) const {
+    return isTurkish()
+               ? fmt::format("Kartın kendi hash listesindeki dosya kartta yok: {}", file)
+               : fmt::format("{} is in the card's own hash list, but not on the card.", file);
+}
+
+std::string L10n::listNotWritten(Text folder, Text reason) const {
+    return isTurkish()
+               ? fmt::format("Kopyanın hash listesi yazılamadı: {} ({})", folder, reason)
+               : fmt::format("The hash list of {} could not be written: {}", folder, reason);
+}
+
+std::string L10n::nameNotListed(Text name) const {
+    return isTurkish()
+               ? fmt::format("Adını tutamadığı için hash listesine girmedi: {}", name)
+               : fmt::format("Left out of the hash list, which cannot hold its name: {}", name);
+}
+
 std::string L10n::templateLeadsOut(Text pathTemplate) const {
     return isTurkish()
                ? fmt::format("Klasör şablonu hedefin dışına çıkıyor: {}", pathTemplate)

@@ -76,6 +76,11 @@ public:
     std::string reportsNotWritten(Text place, Text reason) const;
     std::string sessionNotStored(Text card, Text reason) const;
     std::string sessionNotQueued(Text card, Text reason) const;
+    std::string cardListNotRead(Text list, Text reason) const;
+    std::string cardDiffersFromList(Text file) const;
+    std::string listedFileMissing(Text file) const;
+    std::string listNotWritten(Text folder, Text reason) const;
+    std::string nameNotListed(Text name) const;
     std::string templateLeadsOut(Text pathTemplate) const;
     std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.

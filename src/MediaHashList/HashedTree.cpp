@@ -101,6 +101,8 @@ private:
         auto list = history.append(std::move(next));
         list.path = joined(folder, list.path);
         added_.lists.push_back(list.path);
+        added_.lists.push_back(
+            joined(folder, std::string(kHistoryFolder) + "/" + std::string(kChainName)));
         if (!folder.empty())
             nested_[folderOf(folder, folders_)].push_back({folder, std::move(list), root});
     }

@@ -27,7 +27,8 @@ struct HashedTree {
 
 /// What `addGenerations` did.
 struct AddedGenerations {
-    /// The new lists below the root, inner ones first.
+    /// Every file that was written, below the root: each generation with its chain, inner ones
+    /// first.
     std::vector<std::string> lists;
     /// What the lists cannot hold for its name.
     std::vector<std::string> leftOut;

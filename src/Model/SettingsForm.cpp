@@ -53,6 +53,38 @@ void SettingsForm::setVerifyOnly(bool verifyOnly) {
     state_.publish();
 }
 
+void SettingsForm::setWritesHashList(bool writes) {
+    state_.settings.writesHashList = writes;
+    state_.publish();
+}
+
+QString SettingsForm::listAuthor() const {
+    return toQString(state_.settings.listAuthor);
+}
+
+void SettingsForm::setListAuthor(const QString& author) {
+    state_.settings.listAuthor = author.toStdString();
+    state_.publish();
+}
+
+QString SettingsForm::listRole() const {
+    return toQString(state_.settings.listRole);
+}
+
+void SettingsForm::setListRole(const QString& role) {
+    state_.settings.listRole = role.toStdString();
+    state_.publish();
+}
+
+QString SettingsForm::listLocation() const {
+    return toQString(state_.settings.listLocation);
+}
+
+void SettingsForm::setListLocation(const QString& location) {
+    state_.settings.listLocation = location.toStdString();
+    state_.publish();
+}
+
 void SettingsForm::addSkipName(const QString& name) {
     const auto before = state_.settings.skipNames();
     state_.settings.addExclude(name.toStdString());

@@ -18,6 +18,10 @@ class SettingsForm : public QObject {
     Q_PROPERTY(
         bool ejectAfterSuccess READ ejectAfterSuccess WRITE setEjectAfterSuccess NOTIFY changed)
     Q_PROPERTY(bool verifyOnly READ verifyOnly WRITE setVerifyOnly NOTIFY changed)
+    Q_PROPERTY(bool writesHashList READ writesHashList WRITE setWritesHashList NOTIFY changed)
+    Q_PROPERTY(QString listAuthor READ listAuthor WRITE setListAuthor NOTIFY changed)
+    Q_PROPERTY(QString listRole READ listRole WRITE setListRole NOTIFY changed)
+    Q_PROPERTY(QString listLocation READ listLocation WRITE setListLocation NOTIFY changed)
     Q_PROPERTY(slatewise::ChoiceListModel* defaultSkipNames READ defaultSkipNames CONSTANT)
     Q_PROPERTY(slatewise::ChoiceListModel* extraExcludes READ extraExcludes CONSTANT)
 
@@ -33,6 +37,14 @@ public:
     void setEjectAfterSuccess(bool eject);
     bool verifyOnly() const { return state_.settings.verifyOnly; }
     void setVerifyOnly(bool verifyOnly);
+    bool writesHashList() const { return state_.settings.writesHashList; }
+    void setWritesHashList(bool writes);
+    QString listAuthor() const;
+    void setListAuthor(const QString& author);
+    QString listRole() const;
+    void setListRole(const QString& role);
+    QString listLocation() const;
+    void setListLocation(const QString& location);
     /// Names that come with the program; chosen are those that are skipped.
     ChoiceListModel* defaultSkipNames() { return &defaultSkipNames_; }
     ChoiceListModel* extraExcludes() { return &extraExcludes_; }

@@ -130,6 +130,8 @@ private:
             copyList_.push_back(&entry);
             totalBytes_ += entry.sizeBytes;
         }
+        if (request_.planFormats)
+            formatsOf_ = request_.planFormats(*card_, entries_);
     }
 
     /// Everything else is still copied and proved; only the word for all of it is lost.
@@ -175,9 +177,11 @@ private:
                 continue;
             }
             auto row = makeRow(entry, RowAction::Hash, VerifyStatus::Hashed);
-            row.sourceSHA256 = SHA256Hasher::hashFile(onCard(entry.relativePath),
-                                                      SHA256Hasher::bufferSize, watch({}))
-                                   .sha256;
+            auto digests =
+                SHA256Hasher::hashFile(onCard(entry.relativePath), SHA256Hasher::bufferSize,
+                                       watch(entry.relativePath, {}));
+            row.sourceSHA256 = std::move(digests.sha256);
+            row.further = FurtherHashes{std::move(digests.further), {}, {}};
             results_.push_back(std::move(row));
         }
         if (!findsFoldersInPlace())
@@ -250,16 +254,17 @@ private:
             publish(progress.copying(entry.relativePath, index, SpeedMeter::Time::clock::now()));
         };
         publishFigures();
-        const auto copied =
-            SHA256Hasher::copyAndHash(onCard(entry.relativePath), inSession(entry.relativePath),
-                                      SHA256Hasher::bufferSize, watch([&](std::size_t count) {
-                                          progress.addCopied(static_cast<std::int64_t>(count),
-                                                             SpeedMeter::Time::clock::now());
-                                          publishFigures();
-                                      }));
+        auto copied = SHA256Hasher::copyAndHash(
+            onCard(entry.relativePath), inSession(entry.relativePath), SHA256Hasher::bufferSize,
+            watch(entry.relativePath, [&](std::size_t count) {
+                progress.addCopied(static_cast<std::int64_t>(count),
+                                   SpeedMeter::Time::clock::now());
+                publishFigures();
+            }));
         auto row = makeRow(entry, RowAction::Copy, VerifyStatus::CopiedUnverified);
         row.sizeBytes = copied.bytes;
-        row.sourceSHA256 = copied.digests.sha256;
+        row.sourceSHA256 = std::move(copied.digests.sha256);
+        row.further = FurtherHashes{std::move(copied.digests.further), {}, {}};
         results_.push_back(std::move(row));
     }
 
@@ -318,17 +323,25 @@ private:
             publish(CopyProgress::verifying(row.relativePath, position, count, bytesRead, size));
         };
         publishFigures();
-        auto proof = Verifier::readDestination(target, watch([&](std::size_t bytes) {
-                                                   bytesRead += static_cast<std::int64_t>(bytes);
-                                                   publishFigures();
-                                               }));
+        auto proof =
+            Verifier::readDestination(target, watch(row.relativePath, [&](std::size_t bytes) {
+                                          bytesRead += static_cast<std::int64_t>(bytes);
+                                          publishFigures();
+                                      }));
         if (proof.mayComeFromMemory)
             keptInMemory_.push_back(row.relativePath);
         row.destSHA256 = std::move(proof.digests.sha256);
-        if (Verifier::matches(row.sourceSHA256.value_or(""), *row.destSHA256)) {
+        auto& further = proof.digests.further;
+        const bool isProved = Verifier::matches(row.sourceSHA256.value_or(""), *row.destSHA256) &&
+                              further == row.further->source;
+        if (!further.empty())
+            row.further.edit().hashedAt = Clock::now();
+        if (isProved) {
             row.verifyStatus = VerifyStatus::Verified;
             return;
         }
+        if (!further.empty())
+            row.further.edit().readBack = std::move(further);
         reportProblem(
             {Kind::CopyDiffers, row.relativePath,
              "source " + row.sourceSHA256.value_or("") + " destination " + *row.destSHA256});
@@ -356,11 +369,12 @@ private:
                 .finishedAt = Clock::now()};
     }
 
-    TransferWatch watch(std::function<void(std::size_t)> onBytes) {
+    TransferWatch watch(const std::string& relative, std::function<void(std::size_t)> onBytes) {
         return {
             .onBytes = std::move(onBytes),
             .onAccess = [this](const auto& file, FileAccess access) { noteAccess(file, access); },
-            .stop = stop_};
+            .stop = stop_,
+            .furtherFormats = formatsOf_ ? formatsOf_(relative) : std::vector<HashFormat>()};
     }
 
     /// One log line for each way that files of a volume went.
@@ -428,6 +442,7 @@ private:
     /// Into `entries_`, in its order.
     std::vector<const InventoryEntry*> copyList_;
     std::int64_t totalBytes_ = 0;
+    Request::FormatsOf formatsOf_;
     std::vector<FileCopyResult> results_;
     std::vector<OffloadProblem> problems_;
     std::set<std::pair<const RootFolder*, FileAccess>> accessesSeen_;

@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <span>
 #include <stop_token>
 #include <string>
 
@@ -33,6 +34,11 @@ struct Request {
     Uuid sessionID;
     /// Fills the date and time in the session's path, and becomes `startedAt`.
     Instant now{};
+    /// Gives the formats that are to be computed of a file beyond its SHA-256, in the same passes.
+    using FormatsOf = std::function<std::vector<HashFormat>(const std::string& relativePath)>;
+    /// Asked once, on the run's thread, when the card's inventory is known. Empty: none.
+    std::function<FormatsOf(const RootFolder& card, std::span<const InventoryEntry> entries)>
+        planFormats{};
     /// What clips are looked into with.
     MediaInfoCLI::Tool mediaInfo = MediaInfoCLI::Tool::usual();
 };

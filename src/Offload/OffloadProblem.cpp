@@ -11,6 +11,7 @@ OffloadProblem::Severity OffloadProblem::severity() const {
     case Kind::LostAndFoundNotRead:
     case Kind::SessionNotStored:
     case Kind::SessionNotQueued:
+    case Kind::NameNotListed:
         return Severity::Note;
     default:
         return Severity::Failure;
@@ -53,6 +54,16 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.sessionNotStored(about, reason);
     case Kind::SessionNotQueued:
         return l10n.sessionNotQueued(about, reason);
+    case Kind::CardListNotRead:
+        return l10n.cardListNotRead(about, reason);
+    case Kind::CardDiffersFromList:
+        return l10n.cardDiffersFromList(about);
+    case Kind::ListedFileMissing:
+        return l10n.listedFileMissing(about);
+    case Kind::ListNotWritten:
+        return l10n.listNotWritten(about, reason);
+    case Kind::NameNotListed:
+        return l10n.nameNotListed(about);
     }
     return reason;
 }

@@ -43,6 +43,16 @@ struct OffloadProblem {
         SessionNotStored,
         /// The reporting service will not hear of it.
         SessionNotQueued,
+        /// A hash list that the card brought cannot be read, and so cannot go on.
+        CardListNotRead,
+        /// A file is not what the card's own list says.
+        CardDiffersFromList,
+        /// The card's own list names a file that the card does not hold.
+        ListedFileMissing,
+        /// The hash list of the copy could not be written.
+        ListNotWritten,
+        /// The hash list of the copy cannot hold a name.
+        NameNotListed,
     };
 
     enum class Severity {

@@ -4,6 +4,7 @@
 #include "Offload/OffloadProblem.h"
 #include "Platform/Boxed.h"
 #include "Platform/Clock.h"
+#include "Platform/HashValue.h"
 #include "Platform/RawWords.h"
 #include "Platform/Uuid.h"
 
@@ -77,6 +78,18 @@ constexpr bool endedWell(OutcomeStatus status) {
     return status != OutcomeStatus::Failed;
 }
 
+/// Values of a file's bytes beyond its SHA-256, where a run is asked for them.
+struct FurtherHashes {
+    /// Of what was read from the card.
+    HashValues source;
+    /// Of what was read back, where that differs or could not be proved.
+    HashValues readBack;
+    /// When it was read back.
+    std::optional<Instant> hashedAt;
+
+    friend bool operator==(const FurtherHashes&, const FurtherHashes&) = default;
+};
+
 /// The row of one file of a run. Reports, database rows and what the service gets are all made of
 /// it.
 struct FileCopyResult {
@@ -91,6 +104,7 @@ struct FileCopyResult {
     /// The same of the bytes read back from the destination.
     std::optional<std::string> destSHA256;
     VerifyStatus verifyStatus = VerifyStatus::Failed;
+    Boxed<FurtherHashes> further;
     /// What the clip says of itself; most files of a card are none.
     Boxed<MediaMetadata> media;
 
@@ -107,6 +121,8 @@ struct OffloadOutcome {
     std::vector<OffloadProblem> problems;
     /// One row per file of the inventory.
     std::vector<FileCopyResult> files;
+    /// The hash lists that were written beside the copy, below the session's folder.
+    std::vector<std::string> hashLists{};
     /// Bytes that went through the copy loop.
     std::int64_t bytesCopied = 0;
     Instant startedAt{};

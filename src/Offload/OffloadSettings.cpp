@@ -31,6 +31,10 @@ void forEachField(Visit&& visit) {
     visit("verifyOnly", &Settings::verifyOnly);
     visit("outputFolderPath", &Settings::outputFolderPath);
     visit("projectName", &Settings::projectName);
+    visit("writesHashList", &Settings::writesHashList);
+    visit("listAuthor", &Settings::listAuthor);
+    visit("listRole", &Settings::listRole);
+    visit("listLocation", &Settings::listLocation);
 }
 
 bool contains(const std::vector<std::string>& names, std::string_view name) {

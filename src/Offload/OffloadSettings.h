@@ -29,6 +29,12 @@ struct OffloadSettings {
     /// Folder of the local report archive; empty for the default one.
     std::string outputFolderPath;
     std::string projectName;
+    /// Write an ASC Media Hash List beside each copy.
+    bool writesHashList = false;
+    /// Who stands in such a list, as what and where; empty for nobody.
+    std::string listAuthor;
+    std::string listRole;
+    std::string listLocation;
 
     /// The stored settings. Whatever cannot be read gives the defaults; never fails.
     static OffloadSettings load(const UserDefaults& defaults);

@@ -95,6 +95,7 @@ SessionManifest manifestFrom(const Json::Value& object) {
     // Of a session that ended well nothing can be but a note.
     getIfPresent(object, "problems",
                  endedWell(manifest.status) ? manifest.notes : manifest.problems);
+    getIfPresent(object, "hash_lists", manifest.hashLists);
     get(object, "hash_algorithm", manifest.hashAlgorithm);
     manifest.card = cardFrom(object.at("card"));
     manifest.destination = destinationFrom(object.at("destination"));
@@ -127,6 +128,8 @@ void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put)
     problems.insert(problems.end(), manifest.notes.begin(), manifest.notes.end());
     if (!problems.empty())
         Json::put(object, "problems", problems);
+    if (!manifest.hashLists.empty())
+        Json::put(object, "hash_lists", manifest.hashLists);
     Json::put(object, "hash_algorithm", manifest.hashAlgorithm);
     object["card"] = toJson(manifest.card);
     object["destination"] = toJson(manifest.destination);

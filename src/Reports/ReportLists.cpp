@@ -4,6 +4,8 @@
 #include "Platform/Text.h"
 #include "Reports/ReportWriter.h"
 
+#include <set>
+
 namespace slatewise::ReportWriter {
 
 namespace {
@@ -87,8 +89,10 @@ void inventoryCSV(const SessionManifest& manifest, AppLanguage language,
 }
 
 void checksumList(const SessionManifest& manifest, const FileSystem::TextSink& put) {
+    // A list that the card brought has grown since its copy was proved.
+    const std::set<std::string_view> grown(manifest.hashLists.begin(), manifest.hashLists.end());
     for (const auto& file : manifest.files) {
-        if (isProvedOrHashed(file))
+        if (isProvedOrHashed(file) && !grown.contains(file.relativePath))
             put(checksumLine(*file.sourceSHA256, file.relativePath));
     }
 }

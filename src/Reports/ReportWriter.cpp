@@ -64,6 +64,7 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& 
     manifest.startedAt = outcome.startedAt;
     manifest.finishedAt = outcome.finishedAt;
     manifest.status = outcome.status;
+    manifest.hashLists = outcome.hashLists;
     for (const auto& problem : outcome.problems) {
         const bool isFailure = problem.severity() == OffloadProblem::Severity::Failure;
         (isFailure ? manifest.problems : manifest.notes).push_back(problem.text(L10n(language)));

@@ -75,6 +75,8 @@ struct SessionManifest {
     /// session fail, and what one should know of it anyway. One list in the file.
     std::vector<std::string> problems;
     std::vector<std::string> notes;
+    /// The hash lists that were written beside the copy, below the session's folder.
+    std::vector<std::string> hashLists;
     std::string hashAlgorithm;
     ManifestVolume card;
     ManifestDestination destination;

@@ -69,6 +69,52 @@ Sheet {
             }
         }
         FormSection {
+            ToggleRow {
+                objectName: "hashList"
+                width: parent.width
+                text: L10n.writesHashList
+                on: sheet.settings.writesHashList
+                onFlipped: sheet.settings.writesHashList = !on
+            }
+            AppText {
+                width: parent.width
+                text: L10n.writesHashListHint
+                wrapMode: Text.Wrap
+                font.pixelSize: DITTheme.caption
+                color: DITTheme.secondary
+            }
+            RowLayout {
+                width: parent.width
+                visible: sheet.settings.writesHashList
+                spacing: 8
+
+                NameField {
+                    objectName: "listAuthor"
+                    Layout.fillWidth: true
+                    Layout.preferredWidth: 1
+                    placeholderText: L10n.listAuthorPlaceholder
+                    text: sheet.settings.listAuthor
+                    onTextEdited: sheet.settings.listAuthor = text
+                }
+                NameField {
+                    objectName: "listRole"
+                    Layout.fillWidth: true
+                    Layout.preferredWidth: 1
+                    placeholderText: L10n.listRolePlaceholder
+                    text: sheet.settings.listRole
+                    onTextEdited: sheet.settings.listRole = text
+                }
+                NameField {
+                    objectName: "listLocation"
+                    Layout.fillWidth: true
+                    Layout.preferredWidth: 1
+                    placeholderText: L10n.listLocationPlaceholder
+                    text: sheet.settings.listLocation
+                    onTextEdited: sheet.settings.listLocation = text
+                }
+            }
+        }
+        FormSection {
             title: L10n.folderTemplate
 
             RowLayout {

@@ -86,6 +86,8 @@ void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
                     "Path of a session, such as {Dest}/{YYYY-MM-DD}/{Cam}/{CardName}")
         ->type_name("TEXT");
     program.add_flag("--hash-only", arguments.hashOnly, "Hash the cards and copy nothing");
+    program.add_flag("--mhl,!--no-mhl", arguments.writesHashList,
+                     "Write an ASC Media Hash List beside each copy, or write none");
     program
         .add_option("--exclude", arguments.excludes,
                     "Name of files or folders not to copy (again for more)")

@@ -21,6 +21,8 @@ struct Arguments {
     std::optional<std::string> folderTemplate;
     std::optional<AppLanguage> language;
     bool hashOnly = false;
+    /// Absent: what the user's settings say.
+    std::optional<bool> writesHashList;
     std::vector<std::string> excludes;
     Output output = Output::Progress;
     std::vector<std::filesystem::path> destinations;

@@ -28,6 +28,7 @@ constexpr std::chrono::seconds kServicePatience{10};
 OffloadSettings settingsFor(const Arguments& arguments) {
     auto settings = OffloadSettings::load(UserDefaults::standard());
     settings.verifyOnly = arguments.hashOnly;
+    settings.writesHashList = arguments.writesHashList.value_or(settings.writesHashList);
     settings.folderTemplate = arguments.folderTemplate.value_or(settings.folderTemplate);
     settings.projectName = arguments.project.value_or(settings.projectName);
     for (const auto& name : arguments.excludes)

@@ -16,10 +16,8 @@ std::string Texts::leftOnDestination(std::string_view sessionRoot) const {
 }
 
 std::string Texts::reportsNotWritten(std::string_view reason) const {
-    return shared.isTurkish()
-               ? fmt::format("Kopya bitti, ama raporlar yazılamadı: {}", reason)
-               : fmt::format("The copy is complete, but its reports could not be written: {}",
-                             reason);
+    return shared.isTurkish() ? fmt::format("Kopya bitti, ama: {}", reason)
+                              : fmt::format("The copy is complete, but: {}", reason);
 }
 
 std::string_view Texts::reportsStillWait() const {

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Batch/BatchPlan.h"
+#include "MediaHashList/TransferLists.h"
+#include "Offload/CopyEngine.h"
+#include "Offload/OffloadRows.h"
+
+#include <functional>
+#include <optional>
+
+namespace slatewise {
+
+/// The hash lists of one pair, where the settings want any. One thread at a time.
+class PairLists {
+public:
+    explicit PairLists(const OffloadSettings& settings);
+
+    /// Has a run compute what the lists need. The request refers to this object.
+    void follow(CopyEngine::Request& request);
+
+    /// Holds the card against the lists that it brings, and writes those of the copy. What goes
+    /// wrong becomes a problem of the outcome, which is told to `tell` too, and never throws.
+    void settle(const BatchPair& pair, OffloadOutcome& outcome,
+                const std::function<void(const OffloadProblem&)>& tell) const;
+
+private:
+    std::optional<MediaHashList::TransferLists> lists_;
+};
+
+} // namespace slatewise

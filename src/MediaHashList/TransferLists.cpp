@@ -1,0 +1,133 @@
+#include "MediaHashList/TransferLists.h"
+
+#include "MediaHashList/IgnorePatterns.h"
+#include "MediaHashList/ListError.h"
+#include "Offload/TreeWalker.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace slatewise::MediaHashList {
+
+namespace {
+
+using Kind = OffloadProblem::Kind;
+
+std::vector<FileValue> listed(const HashValues& values, const std::optional<Instant>& hashedAt,
+                              std::optional<HashAction> action) {
+    std::vector<FileValue> result;
+    for (const auto& value : values)
+        result.push_back({value.format, value.text, action, hashedAt});
+    return result;
+}
+
+Creator creatorOf(const OffloadSettings& settings) {
+    auto creator = creatorHere();
+    if (!settings.listAuthor.empty())
+        creator.authors = {{settings.listAuthor, settings.listRole}};
+    creator.location = settings.listLocation;
+    return creator;
+}
+
+} // namespace
+
+void TransferLists::readHistories(const RootFolder& card, std::span<const InventoryEntry> entries) {
+    std::vector<InventoryEntry> copied;
+    std::unordered_set<std::string_view> present;
+    for (const auto& entry : entries) {
+        present.insert(entry.relativePath);
+        if (entry.shouldCopy && isOfHistory(entry.relativePath))
+            copied.push_back(entry);
+    }
+    withHistory_ = foldersWithHistory(copied);
+    for (const auto& folder : withHistory_) {
+        const auto prefix = folder.empty() ? "" : folder + "/";
+        try {
+            for (auto& [path, values] : History::load(card, folder).known()) {
+                auto& all = known_[prefix + path];
+                all.insert(all.end(), values.begin(), values.end());
+            }
+        } catch (const Error& failure) {
+            const auto place = card.path() / prefix / kHistoryFolder;
+            unreadable_.push_back({Kind::CardListNotRead, place.native(), describe(failure)});
+        }
+    }
+    const auto skipNames = settings_.skipNames();
+    for (const auto& [path, values] : known_) {
+        const std::string_view name = path;
+        if (!present.contains(name) &&
+            !TreeWalker::shouldSkip(name, name.substr(name.rfind('/') + 1), skipNames))
+            missing_.push_back(path);
+    }
+}
+
+std::vector<HashFormat> TransferLists::formatsOf(const std::string& path) const {
+    if (isOfHistory(path))
+        return {};
+    std::vector<HashFormat> formats = {HashFormat::XXH128};
+    const auto found = known_.find(path);
+    if (found == known_.end())
+        return formats;
+    for (const auto& value : found->second) {
+        if (std::find(formats.begin(), formats.end(), value.format) == formats.end())
+            formats.push_back(value.format);
+    }
+    return formats;
+}
+
+std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& outcome) const {
+    auto problems = unreadable_;
+    for (const auto& path : missing_)
+        problems.push_back({Kind::ListedFileMissing, path});
+    for (const auto& row : outcome.files) {
+        const auto found = known_.find(row.relativePath);
+        const auto& source = row.further->source;
+        if (found == known_.end() || source.empty())
+            continue;
+        const bool isAsListed =
+            std::all_of(found->second.begin(), found->second.end(), [&](const FileValue& value) {
+                return valueOf(source, value.format) == value.value;
+            });
+        if (!isAsListed)
+            problems.push_back({Kind::CardDiffersFromList, row.relativePath});
+    }
+    return problems;
+}
+
+HashedTree TransferLists::treeOf(const OffloadOutcome& outcome) const {
+    HashedTree tree;
+    tree.creator = creatorOf(settings_);
+    tree.process = Process::Transfer;
+    tree.ignored = ignorePatterns(settings_.skipNames());
+    for (const auto& row : outcome.files) {
+        if (row.action == RowAction::Skip)
+            continue;
+        const bool isProved = row.verifyStatus == VerifyStatus::Verified;
+        const auto& values = isProved ? row.further->source : row.further->readBack;
+        if (values.empty()) {
+            tree.unknownFiles.push_back(row.relativePath);
+            continue;
+        }
+        const auto action = isProved ? std::optional<HashAction>() : HashAction::Failed;
+        tree.files.push_back({row.relativePath, row.sizeBytes, row.mtime,
+                              listed(values, row.further->hashedAt, action)});
+    }
+    return tree;
+}
+
+AddedGenerations TransferLists::write(const RootFolder& destination,
+                                      const std::filesystem::path& session,
+                                      const OffloadOutcome& outcome) const {
+    const auto count = [&](VerifyStatus status) {
+        return std::count_if(outcome.files.begin(), outcome.files.end(),
+                             [&](const auto& row) { return row.verifyStatus == status; });
+    };
+    const bool wasAnythingToProve =
+        count(VerifyStatus::Skipped) < static_cast<std::ptrdiff_t>(outcome.files.size());
+    const bool isNothingProved = wasAnythingToProve && count(VerifyStatus::Verified) == 0;
+    if (settings_.verifyOnly || isNothingProved || !unreadable_.empty())
+        return {};
+    return addGenerations(destination, session, treeOf(outcome), withHistory_);
+}
+
+} // namespace slatewise::MediaHashList

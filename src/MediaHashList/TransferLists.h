@@ -1,0 +1,50 @@
+#pragma once
+
+#include "MediaHashList/HashedTree.h"
+#include "MediaHashList/History.h"
+#include "Offload/OffloadRows.h"
+#include "Offload/OffloadSettings.h"
+#include "Platform/Files/RootFolder.h"
+
+#include <filesystem>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace slatewise::MediaHashList {
+
+/// The hash lists of one run: those that the card brings, which are held against what the card
+/// holds now, and the generations that are written of what was proved. One thread at a time.
+class TransferLists {
+public:
+    explicit TransferLists(const OffloadSettings& settings) : settings_(settings) {}
+
+    /// Reads every history of a card. One that cannot be read is told by `differences`.
+    void readHistories(const RootFolder& card, std::span<const InventoryEntry> entries);
+
+    /// What is to be computed of a file beyond its SHA-256: xxh128, and whatever the card's lists
+    /// have of it.
+    std::vector<HashFormat> formatsOf(const std::string& path) const;
+
+    /// Where the card is not what its own lists say.
+    std::vector<OffloadProblem> differences(const OffloadOutcome& outcome) const;
+
+    /// Writes the generations of a run, beneath `destination`, and sees them onto the disk.
+    /// `session` is the session's folder there. Nothing is written when nothing was copied or
+    /// proved, or when a history of the card could not be read and so cannot go on. Fails with
+    /// `PosixError` and `ListError`.
+    AddedGenerations write(const RootFolder& destination, const std::filesystem::path& session,
+                           const OffloadOutcome& outcome) const;
+
+private:
+    HashedTree treeOf(const OffloadOutcome& outcome) const;
+
+    const OffloadSettings settings_;
+    std::vector<std::string> withHistory_;
+    /// Of all histories together, by the path on the card.
+    KnownValues known_;
+    std::vector<std::string> missing_;
+    std::vector<OffloadProblem> unreadable_;
+};
+
+} // namespace slatewise::MediaHashList
