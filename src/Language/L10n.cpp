@@ -62,11 +62,6 @@ std::string L10n::whichNamedCard(Text card) const {
                        : fmt::format("Which unit does {} belong to?", card);
 }
 
-std::string L10n::markCardAs(Text unit) const {
-    return isTurkish() ? fmt::format("Bu kart {} olarak işaretlensin", unit)
-                       : fmt::format("Label this card as {}", unit);
-}
-
 std::string L10n::sizeMismatch(Text source, Text copy) const {
     return isTurkish() ? fmt::format("Boyut uyuşmadı (kaynak {}, kopya {}).", source, copy)
                        : fmt::format("Size mismatch (source {}, copy {}).", source, copy);
@@ -131,10 +126,6 @@ std::string L10n::reportUnproved(int files) const {
 std::string L10n::reportMoreProblems(int count) const {
     return isTurkish() ? fmt::format("ve {} sorun daha (manifest.json)", count)
                        : fmt::format("and {} more (manifest.json)", count);
-}
-
-std::string L10n::reportCountsLine(int copied, int skipped, int failed) const {
-    return fmt::format("{}: {} · ", text("Files", "Dosya"), reportCounts(copied, skipped, failed));
 }
 
 std::string L10n::destinationInsideCard(Text destination, Text card) const {
@@ -295,10 +286,6 @@ std::string L10n::connected(Text account, Text address) const {
 std::string L10n::standalone() const {
     return std::string(
         text("Standalone, without reporting service", "Bağımsız, raporlama servisi yok"));
-}
-
-std::string L10n::cameraChip(Text unit) const {
-    return std::string(unit.empty() ? "—" : unit);
 }
 
 } // namespace slatewise

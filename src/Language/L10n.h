@@ -38,7 +38,6 @@ public:
     std::string batchDestination(int number, int count) const;
     std::string verifyIncomplete(Text card, Text destination) const;
     std::string whichNamedCard(Text card) const;
-    std::string markCardAs(Text unit) const;
     std::string sizeMismatch(Text source, Text copy) const;
     std::string hashMismatch(Text file) const;
     std::string insufficientSpace(Text needed, Text free) const;
@@ -57,7 +56,6 @@ public:
     /// What a list has no room for.
     std::string reportMoreProblems(int count) const;
     /// Without the folder and size facts that follow it.
-    std::string reportCountsLine(int copied, int skipped, int failed) const;
     std::string destinationInsideCard(Text destination, Text card) const;
     std::string cardInsideSession(Text card, Text session) const;
     std::string copyStopped(Text file, Text reason) const;
@@ -87,7 +85,6 @@ public:
     std::string connected(Text account, Text address) const;
     std::string standalone() const;
     /// The unit of a card, a dash when it has none.
-    std::string cameraChip(Text unit) const;
 
     // Fixed texts.
 

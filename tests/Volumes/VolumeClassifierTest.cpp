@@ -1,6 +1,5 @@
 #include "Volumes/VolumeClassifier.h"
 
-#include "Volumes/CameraLabel.h"
 
 #include <gmock/gmock.h>
 
@@ -194,10 +193,4 @@ TEST(VolumeClassifier, WeighsFactsBehindHardGates) {
                   (ClassifiedVolume{facts, kind, score, reasons}))
             << what;
     }
-}
-
-TEST(CameraLabel, IsFitForAPath) {
-    EXPECT_EQ(CameraLabel::sanitized(" A/B\n"), "A-B");
-    EXPECT_EQ(CameraLabel::sanitized("//"), "--");
-    EXPECT_EQ(CameraLabel::defaultLabel, "");
 }
