@@ -1,23 +1,15 @@
 #include "Storage/AppDatabase.h"
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Error.h"
 #include "Platform/Text.h"
-#include "Storage/Migrations.h"
+#include "Storage/StoreConnection.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
-
-#include <fcntl.h>
-
-#include <mutex>
 
 namespace slatewise {
 
 namespace {
 
-/// How long to wait for another process that holds the file.
-constexpr int kBusyTimeoutMilliseconds = 5000;
-/// SQLite's name for a file that is none.
-constexpr auto* kInMemory = ":memory:";
 /// What `outboxRecord` reads.
 constexpr std::string_view kOutboxColumns = "id, kind, payload, attempts, lastError, createdAt";
 
@@ -120,60 +112,26 @@ void insertActivity(SQLite::Database& database, const std::optional<std::string>
 
 } // namespace
 
-namespace {
-
-/// The files beside it take over its rights.
-const std::string& madePrivate(const std::string& path) {
-    constexpr mode_t kOwnersAlone = 0600;
-    if (path != kInMemory)
-        const FileDescriptor made(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnersAlone));
-    return path;
-}
-
-} // namespace
-
-struct AppDatabase::Queue {
-    explicit Queue(const std::string& path)
-        : database(madePrivate(path), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE,
-                   kBusyTimeoutMilliseconds) {
-        database.exec("PRAGMA foreign_keys = ON");
-        Migrations::apply(database);
-    }
-
-    /// Runs `work` alone and as one transaction.
-    template <typename Work>
-    auto write(Work&& work) {
-        const std::lock_guard guard(lock);
-        SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
-        work(database);
-        transaction.commit();
-    }
-
-    template <typename Work>
-    auto read(Work&& work) {
-        const std::lock_guard guard(lock);
-        SQLite::Transaction transaction(database);
-        auto result = work(database);
-        transaction.commit();
-        return result;
-    }
-
-    std::mutex lock;
-    SQLite::Database database;
-};
-
 AppDatabase::AppDatabase(const std::filesystem::path& file)
-    : queue_(std::make_shared<Queue>(file.native())) {}
+    : AppDatabase(std::make_shared<StoreConnection>(file)) {}
 
-AppDatabase::AppDatabase(std::shared_ptr<Queue> queue) : queue_(std::move(queue)) {}
+AppDatabase::AppDatabase(std::shared_ptr<StoreConnection> connection)
+    : connection_(std::move(connection)) {}
 
 AppDatabase AppDatabase::inMemory() {
-    return AppDatabase(std::make_shared<Queue>(kInMemory));
+    return AppDatabase(std::make_shared<StoreConnection>(StoreConnection::InMemory()));
+}
+
+AppDatabase AppDatabase::openOrWait(const std::filesystem::path& file, Waiting waiting) {
+    try {
+        return AppDatabase(std::make_shared<StoreConnection>(file, waiting.patience));
+    } catch (const std::exception& failure) {
+        return AppDatabase(StoreConnection::waitingFor(file, waiting.interval, describe(failure)));
+    }
 }
 
 std::filesystem::path AppDatabase::file() const {
-    const auto& name = queue_->database.getFilename();
-    return name == kInMemory ? std::filesystem::path() : std::filesystem::path(name);
+    return connection_->file();
 }
 
 void AppDatabase::save(const OffloadOutcome& outcome, const std::string& cardName,
@@ -183,7 +141,7 @@ void AppDatabase::save(const OffloadOutcome& outcome, const std::string& cardNam
         outcome.status == OutcomeStatus::Verified ? "offload_verified" : "offload_failed";
     const auto detail = std::to_string(outcome.files.size()) + " dosya, " +
                         std::to_string(outcome.bytesCopied) + " byte";
-    queue_->write([&](SQLite::Database& database) {
+    connection_->write([&](SQLite::Database& database) {
         insertSession(database, outcome, cardName, destName, camera);
         insertFiles(database, sessionID, outcome.files);
         insertActivity(database, sessionID, event, detail);
@@ -192,22 +150,22 @@ void AppDatabase::save(const OffloadOutcome& outcome, const std::string& cardNam
 
 void AppDatabase::recordActivity(const std::optional<std::string>& sessionID,
                                  const std::string& event, const std::string& detail) {
-    queue_->write(
+    connection_->write(
         [&](SQLite::Database& database) { insertActivity(database, sessionID, event, detail); });
 }
 
 void AppDatabase::enqueueOutbox(const std::string& kind, const std::string& payload) {
-    queue_->write([&](SQLite::Database& database) {
-        SQLite::Statement insert(
-            database,
-            "INSERT INTO outbox (kind, payload, attempts, createdAt) VALUES (?, ?, 0, ?)");
-        Binder(insert) << kind << payload << Clock::now();
+    connection_->write([&](SQLite::Database& database) {
+        SQLite::Statement insert(database,
+                                 "INSERT INTO outbox (id, kind, payload, attempts, createdAt) "
+                                 "VALUES (nullif(?, 0), ?, ?, 0, ?)");
+        Binder(insert) << connection_->nextOutboxID() << kind << payload << Clock::now();
         insert.exec();
     });
 }
 
 std::vector<OutboxRecord> AppDatabase::pendingOutbox() const {
-    return queue_->read([](SQLite::Database& database) {
+    return connection_->read([](SQLite::Database& database) {
         SQLite::Statement query(database, "SELECT " + std::string(kOutboxColumns) +
                                               " FROM outbox ORDER BY id ASC");
         std::vector<OutboxRecord> rows;
@@ -218,7 +176,7 @@ std::vector<OutboxRecord> AppDatabase::pendingOutbox() const {
 }
 
 std::vector<std::int64_t> AppDatabase::pendingOutboxIDs() const {
-    return queue_->read([](SQLite::Database& database) {
+    return connection_->read([](SQLite::Database& database) {
         SQLite::Statement query(database, "SELECT id FROM outbox ORDER BY id ASC");
         std::vector<std::int64_t> ids;
         while (query.executeStep())
@@ -228,33 +186,33 @@ std::vector<std::int64_t> AppDatabase::pendingOutboxIDs() const {
 }
 
 std::optional<OutboxRecord> AppDatabase::outboxRow(std::int64_t id) const {
-    return queue_->read([&](SQLite::Database& database) {
+    return connection_->read([&](SQLite::Database& database) {
         SQLite::Statement query(database, "SELECT " + std::string(kOutboxColumns) +
                                               " FROM outbox WHERE id = ?");
-        query.bind(1, id);
+        query.bind(1, connection_->currentOutboxID(id));
         return query.executeStep() ? std::optional(outboxRecord(query)) : std::nullopt;
     });
 }
 
 void AppDatabase::bumpOutbox(std::int64_t id, const std::string& error) {
-    queue_->write([&](SQLite::Database& database) {
+    connection_->write([&](SQLite::Database& database) {
         SQLite::Statement update(
             database, "UPDATE outbox SET attempts = attempts + 1, lastError = ? WHERE id = ?");
-        Binder(update) << error << id;
+        Binder(update) << error << connection_->currentOutboxID(id);
         update.exec();
     });
 }
 
 void AppDatabase::deleteOutbox(std::int64_t id) {
-    queue_->write([&](SQLite::Database& database) {
+    connection_->write([&](SQLite::Database& database) {
         SQLite::Statement remove(database, "DELETE FROM outbox WHERE id = ?");
-        Binder(remove) << id;
+        Binder(remove) << connection_->currentOutboxID(id);
         remove.exec();
     });
 }
 
 std::vector<SessionRecord> AppDatabase::recentSessions(int limit) const {
-    return queue_->read([&](SQLite::Database& database) {
+    return connection_->read([&](SQLite::Database& database) {
         SQLite::Statement query(database,
                                 "SELECT id, cardName, destName, cameraLabel, sessionRoot, status, "
                                 "bytesCopied, startedAt, finishedAt FROM sessions "

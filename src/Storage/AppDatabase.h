@@ -3,6 +3,7 @@
 #include "Offload/OffloadRows.h"
 #include "Storage/StoreRecords.h"
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -11,6 +12,8 @@
 #include <vector>
 
 namespace slatewise {
+
+class StoreConnection;
 
 /// The local store: finished sessions with their files, an activity log, and the outbox. A record
 /// of what happened; no offload depends on it.
@@ -22,14 +25,25 @@ class AppDatabase {
 public:
     /// Opens or creates the file and brings its tables up to date.
     explicit AppDatabase(const std::filesystem::path& file);
+    /// How a file that cannot be had is waited for: at first, and between one try and the next.
+    struct Waiting {
+        std::chrono::milliseconds patience{500};
+        std::chrono::milliseconds interval{5000};
+    };
+
+    /// The same, but never fails: while the file cannot be had, because another program holds it or
+    /// its disk is not there, all is kept in memory and the file tried again, to the end of the
+    /// process. What was kept is moved there when it can be.
+    static AppDatabase openOrWait(const std::filesystem::path& file, Waiting waiting);
+
     /// A store that ends with the process.
     static AppDatabase inMemory();
 
-    /// The file, empty for a store in memory.
+    /// The file, empty while the store is in memory.
     std::filesystem::path file() const;
 
     /// Whether both share one connection.
-    bool isSame(const AppDatabase& other) const { return queue_ == other.queue_; }
+    bool isSame(const AppDatabase& other) const { return connection_ == other.connection_; }
 
     /// Stores the session, its files and an activity row, all or nothing. A session that is stored
     /// already is a failure.
@@ -60,10 +74,9 @@ public:
     std::vector<SessionRecord> recentSessions(int limit) const;
 
 private:
-    struct Queue;
-    explicit AppDatabase(std::shared_ptr<Queue> queue);
+    explicit AppDatabase(std::shared_ptr<StoreConnection> connection);
 
-    std::shared_ptr<Queue> queue_;
+    std::shared_ptr<StoreConnection> connection_;
 };
 
 } // namespace slatewise

@@ -1,10 +1,11 @@
 #include "Storage/Migrations.h"
 
-#include "Platform/Error.h"
+#include "Storage/AppLog.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <array>
+#include <string>
 
 namespace slatewise::Migrations {
 
@@ -76,10 +77,13 @@ bool isApplied(SQLite::Database& database, const char* identifier) {
     return query.executeStep();
 }
 
-void requireSoundForeignKeys(SQLite::Database& database) {
-    SQLite::Statement check(database, "PRAGMA foreign_key_check");
-    if (check.executeStep())
-        throw Error("the store refers to sessions that it does not hold");
+/// Files of sessions that the store does not hold are of no use to anybody, and must not keep the
+/// others from being used.
+void dropFilesWithoutSession(SQLite::Database& database) {
+    const int dropped =
+        database.exec("DELETE FROM files WHERE sessionID NOT IN (SELECT id FROM sessions)");
+    if (dropped > 0)
+        AppLog::append("Store: " + std::to_string(dropped) + " files without a session dropped");
 }
 
 void applyOne(SQLite::Database& database, const Migration& migration) {
@@ -92,7 +96,7 @@ void applyOne(SQLite::Database& database, const Migration& migration) {
     SQLite::Statement note(database, "INSERT INTO grdb_migrations (identifier) VALUES (?)");
     note.bind(1, migration.identifier);
     note.exec();
-    requireSoundForeignKeys(database);
+    dropFilesWithoutSession(database);
     transaction.commit();
 }
 

@@ -3,6 +3,7 @@
 #include "support/Files.h"
 #include "support/Process.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -98,6 +99,8 @@ TEST_F(StoreFile, HasTheSchemaThatOtherVersionsRead) {
 
 TEST_F(StoreFile, AnOldStoreIsBroughtUpToDateWithItsRows) {
     ask(file, kFirstVersion);
+    ask(file, "INSERT INTO files (sessionID, relativePath, sizeBytes, action, verifyStatus) "
+              "VALUES ('gone', 'b.mov', 7, 'COPY', 'verified')");
     AppDatabase database(file);
     const auto sessions = database.recentSessions(20);
     ASSERT_THAT(sessions, SizeIs(1));
@@ -185,6 +188,48 @@ TEST(AppDatabase, GivesTheLatestSessionsLatestFirst) {
     ASSERT_THAT(sessions, SizeIs(20));
     EXPECT_EQ(sessions.front().cardName, "2026-03-25");
     EXPECT_EQ(sessions.back().cardName, "2026-03-06");
+}
+
+TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
+    using namespace std::chrono_literals;
+    AppDatabase(file).enqueueOutbox("session", "earlier");
+    std::optional<SQLite::Database> holder(std::in_place, file.native(), SQLite::OPEN_READWRITE);
+    holder->exec("BEGIN EXCLUSIVE");
+    const auto open = [&] {
+        return AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 20ms});
+    };
+    auto database = open();
+    EXPECT_EQ(database.file(), "");
+    database.save(outcomeAt("2026-03-01T09:30:15Z", 2), "A001", "SSD", "CamA");
+    for (const auto* payload : {"1", "2"})
+        database.enqueueOutbox("session", payload);
+    const auto pending = database.pendingOutboxIDs();
+    ASSERT_THAT(pending, SizeIs(2));
+    EXPECT_THAT(database.recentSessions(20), SizeIs(1));
+
+    holder.reset();
+    while (database.file().empty())
+        std::this_thread::sleep_for(5ms);
+    EXPECT_EQ(ask(file, "SELECT cardName, count(*) FROM sessions JOIN files ON sessionID = "
+                        "sessions.id"),
+              "A001|2\n");
+    EXPECT_EQ(ask(file, "SELECT payload FROM outbox ORDER BY id"), "earlier\n1\n2\n");
+    // Whoever was sending one of them meanwhile takes off that one and no other.
+    database.deleteOutbox(pending[0]);
+    database.bumpOutbox(pending[1], "no route");
+    EXPECT_EQ(database.outboxRow(pending[1])->payload, "2");
+    database.enqueueOutbox("session", "later");
+    EXPECT_EQ(ask(file, "SELECT payload, attempts FROM outbox ORDER BY id"),
+              "earlier|0\n2|1\nlater|0\n");
+
+    // A program that ends before its next try makes one.
+    holder.emplace(file.native(), SQLite::OPEN_READWRITE);
+    holder->exec("BEGIN EXCLUSIVE");
+    std::optional waiting(AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 1h}));
+    waiting->enqueueOutbox("session", "last");
+    holder.reset();
+    waiting.reset();
+    EXPECT_THAT(ask(file, "SELECT payload FROM outbox"), ::testing::HasSubstr("last"));
 }
 
 TEST_F(StoreFile, WhatIsNoStoreIsRefusedAndKept) {
