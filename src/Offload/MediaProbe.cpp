@@ -6,7 +6,6 @@
 #include "Offload/TimecodeFormat.h"
 #include "Offload/WavFile.h"
 #include "Platform/Error.h"
-#include "Platform/MediaFile.h"
 #include "Platform/Text.h"
 
 namespace slatewise::MediaProbe {
@@ -51,8 +50,8 @@ MediaMetadata probeTool(const std::filesystem::path& file, const Context& contex
 }
 
 MediaMetadata probeLibrary(const std::filesystem::path& file, ReportKind kind,
-                           const std::stop_token& stop) {
-    const auto timing = MediaFile::timing(file, stop);
+                           const Context& context) {
+    const auto timing = ClipReader::timing(file, context.reader, context.log, context.stop);
     MediaMetadata result;
     if (kind == ReportKind::Video && timing.frameRate)
         result.captureFps = timing.frameRate->perSecond();
@@ -89,7 +88,7 @@ MediaMetadata ask(const std::filesystem::path& file, ReportKind kind, const Cont
     auto facts = probeTool(file, context);
     if (kind == ReportKind::Audio && extension == "wav")
         facts = merge(std::move(facts), WavFile::timing(file));
-    facts = merge(std::move(facts), probeLibrary(file, kind, context.stop));
+    facts = merge(std::move(facts), probeLibrary(file, kind, context));
     const bool saysNothing = !facts.durationSeconds && !facts.captureFps && !facts.timecodeStart;
     if (saysNothing && (extension == "r3d" || extension == "braw") && context.log)
         context.log("MediaInfo returned no fields for " +

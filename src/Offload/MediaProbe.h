@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Offload/ClipReader.h"
 #include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 #include "Offload/OffloadRows.h"
 
@@ -14,6 +15,7 @@ namespace slatewise::MediaProbe {
 /// What a probe works with.
 struct Context {
     MediaInfoCLI::Tool tool = MediaInfoCLI::Tool::usual();
+    ClipReader::Program reader = ClipReader::Program::usual();
     MediaInfoCLI::Log log;
     /// When requested, a probe ends at once with what it knows by then.
     std::stop_token stop;

@@ -1,5 +1,6 @@
 #include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 
+#include "Platform/TrustedPrograms.h"
 #include "support/Files.h"
 #include "support/MediaTool.h"
 
@@ -106,11 +107,11 @@ TEST(MediaInfoCandidates, StandInTheirOrder) {
                             "/opt/homebrew/bin/mediainfo", "/usr/local/bin/mediainfo",
                             "/usr/bin/mediainfo"));
 
-    EXPECT_TRUE(MediaInfoCLI::isTrusted("/usr/bin/mediainfo"));
-    EXPECT_TRUE(MediaInfoCLI::isTrusted("/usr/bin/not yet/mediainfo"));
+    EXPECT_TRUE(TrustedPrograms::isTrusted("/usr/bin/mediainfo"));
+    EXPECT_TRUE(TrustedPrograms::isTrusted("/usr/bin/not yet/mediainfo"));
     const TemporaryFolder folder;
     std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
-    EXPECT_FALSE(MediaInfoCLI::isTrusted(folder / "x/mediainfo")) << "others can write above it";
+    EXPECT_FALSE(TrustedPrograms::isTrusted(folder / "x/mediainfo")) << "others can write above it";
     writeFile(folder / "real/bin/dit", "");
     std::filesystem::create_symlink(folder / "real/bin/dit", folder / "dit");
     const auto started = texts(MediaInfoCLI::candidateURLs("/b", {}, folder / "dit"));

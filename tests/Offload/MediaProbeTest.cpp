@@ -272,3 +272,46 @@ TEST_F(MediaPassTest, StoppingItKeepsWhatWasProved) {
     EXPECT_THAT(verdicts(outcome), Contains(std::pair("b.mxf", "COPY/verified")));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
+
+TEST(ClipReader, WhatAProgramBreaksOnCostsItsFactsAlone) {
+    struct Case {
+        const char* script;
+        MediaTiming timing;
+        const char* log;
+    };
+    const std::vector<Case> cases = {
+        {"echo 'duration 2.5'; echo 'rate 24000/1001'; echo 'frames 60'; echo 'timecode "
+         "01:00:00;00'",
+         {.durationSeconds = 2.5,
+          .frameRate = FrameRate::of(24'000, 1001),
+          .frameCount = 60,
+          .timecodeRate = {},
+          .timecode = "01:00:00;00"},
+         nullptr},
+        {"printf 'duration nan\\nduration\\nrate 1/0\\nframes -3\\nframes 9e9\\nrates 1/1\\nx'",
+         {},
+         nullptr},
+        {"kill -SEGV $$", {}, "Clip reader ended with 11: clip.mov"},
+        {"sleep 30", {}, "Clip reader timed out: clip.mov"},
+    };
+    const TemporaryFolder folder;
+    for (const auto& [script, timing, log] : cases) {
+        SCOPED_TRACE(script);
+        writeFile(folder / "reader", std::string("#!/bin/sh\n") + script + "\n");
+        std::filesystem::permissions(folder / "reader", std::filesystem::perms::owner_all);
+        auto program = ClipReader::Program::usual();
+        EXPECT_TRUE(program.executable) << "built with this test, in a folder that is ours alone";
+        program.executable = folder / "reader";
+        program.limits.run = std::chrono::seconds(3);
+        std::vector<std::string> lines;
+        EXPECT_EQ(ClipReader::timing("/card/clip.mov", program,
+                                     [&](const auto& line) { lines.push_back(line); }),
+                  timing);
+        if (log)
+            EXPECT_THAT(lines, ::testing::ElementsAre(log));
+        else
+            EXPECT_THAT(lines, ::testing::IsEmpty());
+    }
+    EXPECT_EQ(ClipReader::timing("/card/clip.mov", {.executable = {}, .limits = {}}, {}),
+              MediaTiming());
+}

@@ -1,7 +1,6 @@
 #include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include "Platform/TrustedPrograms.h"
 
 #include <algorithm>
 #include <array>
@@ -27,14 +26,6 @@ void appendVendorURLs(path folder, std::vector<path>& candidates) {
             return;
         folder = folder.parent_path();
     }
-}
-
-std::optional<path> ownExecutable() {
-    std::error_code failure;
-    auto executable = std::filesystem::read_symlink("/proc/self/exe", failure);
-    if (failure)
-        return std::nullopt;
-    return executable;
 }
 
 /// A bare name was found along PATH and says nothing about a folder. Taken as a path it would mean
@@ -63,20 +54,6 @@ path resolved(const path& link) {
 
 } // namespace
 
-bool isTrusted(const path& candidate) {
-    for (auto at = candidate;; at = at.parent_path()) {
-        struct stat facts {};
-        const bool exists = ::lstat(at.c_str(), &facts) == 0;
-        const bool isLink = exists && S_ISLNK(facts.st_mode);
-        const bool isOurs = facts.st_uid == 0 || facts.st_uid == ::geteuid();
-        const bool isOpen = !isLink && (facts.st_mode & (S_IWGRP | S_IWOTH)) != 0;
-        if (exists && (!isOurs || isOpen))
-            return false;
-        if (at == at.parent_path())
-            return true;
-    }
-}
-
 std::vector<path> candidateURLs(const path& bundle, const std::optional<path>& executable,
                                 const std::optional<std::string>& argv0) {
     std::vector<path> candidates = {
@@ -103,13 +80,13 @@ std::vector<path> candidateURLs(const path& bundle, const std::optional<path>& e
 }
 
 Tool Tool::usual() {
-    const auto executable = ownExecutable();
+    const auto executable = TrustedPrograms::own();
     const auto bundle = executable ? executable->parent_path() : path("/");
     auto candidates = candidateURLs(bundle, executable, firstArgument());
     std::erase_if(candidates, [](const path& file) {
         const bool isOfSystem = std::find(kSystemFolders.begin(), kSystemFolders.end(),
                                           file.parent_path()) != kSystemFolders.end();
-        return !isOfSystem && !isTrusted(resolved(file));
+        return !isOfSystem && !TrustedPrograms::isTrusted(resolved(file));
     });
     return {.candidates = std::move(candidates), .limits = {}, .noted = &MediaInfoCLI::noted()};
 }

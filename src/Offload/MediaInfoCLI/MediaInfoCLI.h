@@ -54,8 +54,4 @@ candidateURLs(const std::filesystem::path& bundle,
               const std::optional<std::filesystem::path>& executable,
               const std::optional<std::string>& argv0);
 
-/// Whether nobody but the superuser and the user could have put a file there, or could yet: what we
-/// run has the user's rights. An absolute path without links.
-bool isTrusted(const std::filesystem::path& file);
-
 } // namespace slatewise::MediaInfoCLI

@@ -1,4 +1,4 @@
-#include "Platform/MediaFile.h"
+#include "MediaFile.h"
 
 #include <chrono>
 #include <cmath>
@@ -26,12 +26,11 @@ constexpr const char* kContainers = "mov,mp4,m4a,3gp,3g2,mj2,mxf,matroska,webm,a
 
 /// How long the library may go on; asked by it while it reads.
 struct Patience {
-    const std::stop_token& stop;
     const SteadyClock::time_point deadline = SteadyClock::now() + kLimit;
 
     static int isOver(void* patience) {
         const auto& self = *static_cast<const Patience*>(patience);
-        return self.stop.stop_requested() || SteadyClock::now() > self.deadline ? 1 : 0;
+        return SteadyClock::now() > self.deadline ? 1 : 0;
     }
 };
 
@@ -145,17 +144,17 @@ bool isComplete(const AVFormatContext& context) {
 
 } // namespace
 
-Timing timing(const std::filesystem::path& file, const std::stop_token& stop) {
+MediaTiming timing(const std::filesystem::path& file) {
     // Its complaints about foreign files would go to standard error.
     av_log_set_level(AV_LOG_QUIET);
-    Patience patience{.stop = stop};
+    Patience patience;
     const auto context = open(file, patience);
     if (!context)
         return {};
     if (!isComplete(*context) && avformat_find_stream_info(context.get(), nullptr) < 0)
         return {};
 
-    Timing result;
+    MediaTiming result;
     result.durationSeconds = duration(*context);
     if (const auto* video = firstVideo(*context)) {
         result.frameRate = frameRate(*video);
