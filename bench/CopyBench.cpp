@@ -56,6 +56,7 @@ using Way = std::function<void(const std::filesystem::path&, const std::filesyst
 
 void measureCase(const std::filesystem::path& folder, const Case& example) {
     const std::vector<std::pair<std::string, Way>> ways = {{"floor", copyAtTheFloor},
+                                                           {"pipeline", copyInAPipeline},
                                                            {"slatewise", copyWithTheProgram},
                                                            {"rsync + sha256sum", copyAndSum}};
     const auto card = folder / "card";

@@ -9,4 +9,8 @@ namespace slatewise::bench {
 /// then one sync of the volume; then for each copy direct read and hash.
 void copyAtTheFloor(const std::filesystem::path& from, const std::filesystem::path& to);
 
+/// The least it can cost when a reader, a hash and a writer work at the same time, each on a thread
+/// of its own with a few chunks between them. Otherwise as the floor.
+void copyInAPipeline(const std::filesystem::path& from, const std::filesystem::path& to);
+
 } // namespace slatewise::bench

@@ -177,9 +177,8 @@ private:
                 continue;
             }
             auto row = makeRow(entry, RowAction::Hash, VerifyStatus::Hashed);
-            auto digests =
-                SHA256Hasher::hashFile(onCard(entry.relativePath), SHA256Hasher::bufferSize,
-                                       watch(entry.relativePath, {}));
+            auto digests = SHA256Hasher::hashFile(transfer_, onCard(entry.relativePath),
+                                                  watch(entry.relativePath, {}));
             row.sourceSHA256 = std::move(digests.sha256);
             row.further = FurtherHashes{std::move(digests.further), {}, {}};
             results_.push_back(std::move(row));
@@ -255,7 +254,7 @@ private:
         };
         publishFigures();
         auto copied = SHA256Hasher::copyAndHash(
-            onCard(entry.relativePath), inSession(entry.relativePath), SHA256Hasher::bufferSize,
+            transfer_, onCard(entry.relativePath), inSession(entry.relativePath),
             watch(entry.relativePath, [&](std::size_t count) {
                 progress.addCopied(static_cast<std::int64_t>(count),
                                    SpeedMeter::Time::clock::now());
@@ -323,11 +322,11 @@ private:
             publish(CopyProgress::verifying(row.relativePath, position, count, bytesRead, size));
         };
         publishFigures();
-        auto proof =
-            Verifier::readDestination(target, watch(row.relativePath, [&](std::size_t bytes) {
-                                          bytesRead += static_cast<std::int64_t>(bytes);
-                                          publishFigures();
-                                      }));
+        auto proof = Verifier::readDestination(transfer_, target,
+                                               watch(row.relativePath, [&](std::size_t bytes) {
+                                                   bytesRead += static_cast<std::int64_t>(bytes);
+                                                   publishFigures();
+                                               }));
         if (proof.mayComeFromMemory)
             keptInMemory_.push_back(row.relativePath);
         row.destSHA256 = std::move(proof.digests.sha256);
@@ -445,6 +444,7 @@ private:
     Request::FormatsOf formatsOf_;
     std::vector<FileCopyResult> results_;
     std::vector<OffloadProblem> problems_;
+    Transfer transfer_;
     std::set<std::pair<const RootFolder*, FileAccess>> accessesSeen_;
 };
 

@@ -3,8 +3,7 @@
 #include "Offload/OffloadError.h"
 #include "Platform/Text.h"
 
-#include <algorithm>
-#include <optional>
+#include <memory>
 
 namespace slatewise {
 
@@ -12,34 +11,14 @@ namespace SHA256Hasher {
 
 namespace {
 
-void throwIfCancelled(const std::stop_token& stop) {
-    if (stop.stop_requested())
-        throw CancellationError();
-}
-
-/// This thread's buffer, kept from one file to the next: for a small file, fresh memory costs more
-/// than reading it.
-TransferBuffer& threadBuffer(std::size_t size) {
-    thread_local std::optional<TransferBuffer> buffer;
-    if (!buffer || buffer->bytes().size() != size)
-        buffer.emplace(size);
-    return *buffer;
-}
-
-/// Hands the file to `each` chunk by chunk. `each` must not transfer another file.
-template <typename Each>
-void readUncached(UncachedFile& file, std::size_t size, const std::stop_token& stop, Each&& each) {
-    auto& buffer = threadBuffer(std::max(size, smallestBufferSize));
-    throwIfCancelled(stop);
-    while (const auto count = file.read(buffer.bytes())) {
-        each(std::span<const std::byte>(buffer.bytes().first(count)));
-        throwIfCancelled(stop);
-    }
-}
-
-void tellBytes(const TransferWatch& watch, std::size_t count) {
-    if (watch.onBytes)
-        watch.onBytes(count);
+/// Hashes each chunk, and tells of it.
+Transfer::Steps stepsOf(PassHasher& hasher, const TransferWatch& watch) {
+    return {.hash = [&hasher](std::span<const std::byte> chunk) { hasher.update(chunk); },
+            .tell =
+                [&watch](std::size_t count) {
+                    if (watch.onBytes)
+                        watch.onBytes(count);
+                }};
 }
 
 void tellAccess(const TransferWatch& watch, const FileBeneath& name, const UncachedFile& file) {
@@ -62,44 +41,44 @@ FileDigests finish(PassHasher& hasher) {
     return digests;
 }
 
-FileDigests hashOpen(UncachedFile& file, const FileBeneath& name, std::size_t size,
-                     const TransferWatch& watch) {
+FileDigests hashOpen(Transfer& transfer, const std::shared_ptr<UncachedFile>& file,
+                     const FileBeneath& name, const TransferWatch& watch) {
     auto hasher = hasherFor(watch);
-    readUncached(file, size, watch.stop, [&](std::span<const std::byte> chunk) {
-        hasher.update(chunk);
-        tellBytes(watch, chunk.size());
-    });
-    tellAccess(watch, name, file);
+    transfer.read(file, stepsOf(hasher, watch), watch.stop);
+    tellAccess(watch, name, *file);
     return finish(hasher);
+}
+
+std::shared_ptr<UncachedFile> openShared(const FileBeneath& name) {
+    return std::make_shared<UncachedFile>(UncachedFile::openForReading(name));
 }
 
 } // namespace
 
-FileDigests hashFile(const FileBeneath& name, std::size_t size, const TransferWatch& watch) {
-    auto file = UncachedFile::openForReading(name);
-    return hashOpen(file, name, size, watch);
+FileDigests hashFile(Transfer& transfer, const FileBeneath& name, const TransferWatch& watch) {
+    return hashOpen(transfer, openShared(name), name, watch);
 }
 
-CopyResult copyAndHash(const FileBeneath& from, const FileBeneath& to, std::size_t size,
+CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBeneath& to,
                        const TransferWatch& watch) {
     to.folder.createFolders(to.relative.parent_path());
     auto hasher = hasherFor(watch);
     CopyResult result;
-    auto source = UncachedFile::openForReading(from);
+    const auto source = openShared(from);
     auto destination = UncachedFile::createForWriting(to);
-    readUncached(source, size, watch.stop, [&](std::span<const std::byte> chunk) {
-        hasher.update(chunk);
-        destination.write(chunk);
-        result.bytes += static_cast<std::int64_t>(chunk.size());
-        tellBytes(watch, chunk.size());
-    });
+    auto steps = stepsOf(hasher, watch);
+    steps.tell = [&, tell = std::move(steps.tell)](std::size_t count) {
+        result.bytes += static_cast<std::int64_t>(count);
+        tell(count);
+    };
+    transfer.copy(source, destination, steps, watch.stop);
     destination.sync();
-    tellAccess(watch, from, source);
+    tellAccess(watch, from, *source);
     tellAccess(watch, to, destination);
     result.digests = finish(hasher);
 
     // A camera or a sync client may still be writing: what grew or shrank is no copy.
-    const auto facts = source.attributes();
+    const auto facts = source->attributes();
     if (facts.sizeBytes != result.bytes)
         throw OffloadError(OffloadError::SizeMismatch{facts.sizeBytes, result.bytes});
     if (facts.exactModified)
@@ -111,10 +90,10 @@ CopyResult copyAndHash(const FileBeneath& from, const FileBeneath& to, std::size
 
 namespace Verifier {
 
-ReadBack readDestination(const FileBeneath& name, const TransferWatch& watch) {
-    auto file = UncachedFile::openForReading(name);
-    const bool isKept = file.isKeptInMemory();
-    return {SHA256Hasher::hashOpen(file, name, SHA256Hasher::bufferSize, watch), isKept};
+ReadBack readDestination(Transfer& transfer, const FileBeneath& name, const TransferWatch& watch) {
+    const auto file = SHA256Hasher::openShared(name);
+    const bool isKept = file->isKeptInMemory();
+    return {SHA256Hasher::hashOpen(transfer, file, name, watch), isKept};
 }
 
 bool matches(std::string_view sourceHash, std::string_view destHash) {

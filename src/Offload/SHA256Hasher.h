@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Offload/Transfer.h"
 #include "Platform/Files/UncachedFile.h"
 #include "Platform/HashValue.h"
 
@@ -13,7 +14,7 @@
 namespace slatewise {
 
 /// What someone wants of a file's transfer, and to know of it while it goes on. Callbacks are
-/// called on the transfer's own thread and may be empty.
+/// called on the caller's thread and may be empty.
 struct TransferWatch {
     /// With the byte count of each chunk, once it is read and, in a copy, written.
     std::function<void(std::size_t)> onBytes;
@@ -38,27 +39,21 @@ struct FileDigests {
 /// `PosixError`, `OffloadError` or, when asked to stop, `CancellationError`.
 namespace SHA256Hasher {
 
-/// Bytes moved at a time.
-inline constexpr std::size_t bufferSize = 1'048'576;
-/// A smaller size asked for is raised to this.
-inline constexpr std::size_t smallestBufferSize = 65'536;
-
 struct CopyResult {
     std::int64_t bytes = 0;
     /// Of what was read from the source.
     FileDigests digests;
 };
 
-FileDigests hashFile(const FileBeneath& file, std::size_t size = bufferSize,
-                     const TransferWatch& watch = {});
+FileDigests hashFile(Transfer& transfer, const FileBeneath& file, const TransferWatch& watch = {});
 
 /// Copies a file to a new one, replacing a file or link that bears that name, with all folders on
 /// the way and the source's modification date.
 ///
 /// The bytes are hashed before they are written, and are on the disk when this returns. A failed
 /// copy leaves at `to` what was written until then.
-CopyResult copyAndHash(const FileBeneath& from, const FileBeneath& to,
-                       std::size_t size = bufferSize, const TransferWatch& watch = {});
+CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBeneath& to,
+                       const TransferWatch& watch = {});
 
 } // namespace SHA256Hasher
 
@@ -73,7 +68,8 @@ struct ReadBack {
 };
 
 /// Reads what the destination disk holds.
-ReadBack readDestination(const FileBeneath& file, const TransferWatch& watch = {});
+ReadBack readDestination(Transfer& transfer, const FileBeneath& file,
+                         const TransferWatch& watch = {});
 
 /// Whether two digests are the same, in whatever case. An empty one never matches.
 bool matches(std::string_view sourceHash, std::string_view destHash);

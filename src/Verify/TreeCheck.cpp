@@ -2,7 +2,7 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
-#include "Offload/SHA256Hasher.h"
+#include "Offload/Transfer.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
 #include "Platform/Error.h"
@@ -36,8 +36,7 @@ SkipNames withHistories(SkipNames names) {
 class Check {
 public:
     Check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop)
-        : tree_(tree), root_(tree.root), keep_(keep), watch_(watch), stop_(std::move(stop)),
-          buffer_(SHA256Hasher::bufferSize) {}
+        : tree_(tree), root_(tree.root), keep_(keep), watch_(watch), stop_(std::move(stop)) {}
 
     Result run() {
         publish(Phase::Scanning());
@@ -116,8 +115,7 @@ private:
         if (keep_ == Keep::Tree)
             want(HashFormat::XXH128);
         PassHasher hasher(formats);
-        const auto size =
-            read(path, [&](std::span<const std::byte> chunk) { hasher.update(chunk); });
+        const auto size = read(path, hasher);
         const auto found = hasher.finish();
         remember(path, size, found);
         return std::all_of(expected.begin(), expected.end(), [&](const HashValue& each) {
@@ -125,17 +123,18 @@ private:
         });
     }
 
-    template <typename Each>
-    std::int64_t read(const std::string& path, Each&& each) {
-        auto file = UncachedFile::openForReading({root_, path});
+    /// Gives how long the file is.
+    std::int64_t read(const std::string& path, PassHasher& hasher) {
         std::int64_t size = 0;
-        while (const auto count = file.read(buffer_.bytes())) {
-            each(std::span<const std::byte>(buffer_.bytes().first(count)));
-            size += static_cast<std::int64_t>(count);
-            result_.bytesRead += static_cast<std::int64_t>(count);
-            publishFigures(path);
-            throwIfCancelled();
-        }
+        transfer_.read(std::make_shared<UncachedFile>(UncachedFile::openForReading({root_, path})),
+                       {.hash = [&](std::span<const std::byte> chunk) { hasher.update(chunk); },
+                        .tell =
+                            [&](std::size_t count) {
+                                size += static_cast<std::int64_t>(count);
+                                result_.bytesRead += static_cast<std::int64_t>(count);
+                                publishFigures(path);
+                            }},
+                       stop_);
         return size;
     }
 
@@ -179,7 +178,7 @@ private:
     const Keep keep_;
     const Watch& watch_;
     const std::stop_token stop_;
-    TransferBuffer buffer_;
+    Transfer transfer_;
     SkipNames skipNames_ = withHistories(TreeWalker::defaultSkipNames());
     /// Of every file that is there.
     std::map<std::string, std::int64_t> sizes_;

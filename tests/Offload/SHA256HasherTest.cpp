@@ -16,13 +16,14 @@ using namespace slatewise::test;
 
 namespace {
 
-constexpr auto kBuffer = SHA256Hasher::bufferSize;
+constexpr auto kBuffer = Transfer::chunkBytes;
 
 } // namespace
 
 TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
     const TemporaryFolder folder;
     const RootFolder root(folder.path());
+    Transfer transfer;
     for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4096}, kBuffer - 1,
                                    kBuffer, kBuffer + 1, 3 * kBuffer + 4096 + 7}) {
         SCOPED_TRACE(size);
@@ -33,7 +34,7 @@ TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
             std::filesystem::file_time_type(std::chrono::nanoseconds(123'456'789'012'345'678)));
         std::vector<std::size_t> chunks;
         const auto result = SHA256Hasher::copyAndHash(
-            {root, "source"}, {root, "new/folders/copy"}, kBuffer,
+            transfer, {root, "source"}, {root, "new/folders/copy"},
             {.onBytes = [&](std::size_t count) { chunks.push_back(count); },
              .onAccess = {},
              .stop = {}});
@@ -44,7 +45,8 @@ TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
         EXPECT_EQ(std::filesystem::last_write_time(folder / "new/folders/copy"),
                   std::filesystem::last_write_time(folder / "source"));
         EXPECT_EQ(chunks.size(), (size + kBuffer - 1) / kBuffer);
-        EXPECT_EQ(SHA256Hasher::hashFile({root, "new/folders/copy"}).sha256, result.digests.sha256);
+        EXPECT_EQ(SHA256Hasher::hashFile(transfer, {root, "new/folders/copy"}).sha256,
+                  result.digests.sha256);
     }
 }
 
@@ -55,29 +57,31 @@ TEST(SHA256Hasher, RaisesASmallBufferAndTakesAnOddOne) {
     const auto expected = independentSha256(folder / "file");
     for (const std::size_t size : {std::size_t{1}, std::size_t{65'536}, std::size_t{100'001}}) {
         std::size_t largest = 0;
+        Transfer transfer(size);
         EXPECT_EQ(SHA256Hasher::hashFile(
-                      {root, "file"}, size,
+                      transfer, {root, "file"},
                       {.onBytes = [&](std::size_t count) { largest = std::max(largest, count); },
                        .onAccess = {},
                        .stop = {}})
                       .sha256,
                   expected);
-        EXPECT_EQ(largest, std::max(size, SHA256Hasher::smallestBufferSize));
+        EXPECT_EQ(largest, std::max(size, Transfer::leastChunkBytes));
     }
 }
 
 TEST(SHA256Hasher, ReplacesFilesAndLinksButNoFolder) {
     const TemporaryFolder folder;
     const RootFolder root(folder.path());
+    Transfer transfer;
     writeFile(folder / "source", "new");
     writeFile(folder / "precious", "must not be written through a link");
     writeFile(folder / "file", "older and longer");
     std::filesystem::create_symlink(folder / "precious", folder / "link");
     std::filesystem::create_symlink("nowhere", folder / "dangling");
     std::filesystem::create_directories(folder / "tree/with/folders");
-    EXPECT_THROW(SHA256Hasher::copyAndHash({root, "source"}, {root, "tree"}), PosixError);
+    EXPECT_THROW(SHA256Hasher::copyAndHash(transfer, {root, "source"}, {root, "tree"}), PosixError);
     for (const auto* name : {"file", "link", "dangling"}) {
-        SHA256Hasher::copyAndHash({root, "source"}, {root, name});
+        SHA256Hasher::copyAndHash(transfer, {root, "source"}, {root, name});
         EXPECT_TRUE(
             std::filesystem::is_regular_file(std::filesystem::symlink_status(folder / name)))
             << name;
@@ -86,25 +90,10 @@ TEST(SHA256Hasher, ReplacesFilesAndLinksButNoFolder) {
     EXPECT_EQ(readFile(folder / "precious"), "must not be written through a link");
 }
 
-TEST(SHA256Hasher, CancellingLeavesAShorterFile) {
-    const TemporaryFolder folder;
-    const RootFolder root(folder.path());
-    writeFile(folder / "source", bytesOf(4 * kBuffer));
-    std::stop_source stop;
-    EXPECT_THROW(SHA256Hasher::copyAndHash({root, "source"}, {root, "copy"}, kBuffer,
-                                           {.onBytes = [&](std::size_t) { stop.request_stop(); },
-                                            .onAccess = {},
-                                            .stop = stop.get_token()}),
-                 CancellationError);
-    EXPECT_EQ(std::filesystem::file_size(folder / "copy"), kBuffer);
-    EXPECT_THROW(SHA256Hasher::hashFile({root, "source"}, kBuffer,
-                                        {.onBytes = {}, .onAccess = {}, .stop = stop.get_token()}),
-                 CancellationError);
-}
-
 TEST(SHA256Hasher, ASourceThatGrowsOrShrinksIsNoCopy) {
     const TemporaryFolder folder;
     const RootFolder root(folder.path());
+    Transfer transfer;
     constexpr std::int64_t kSize = 2 * kBuffer;
     for (const std::int64_t change : {1, -4096}) {
         writeFile(folder / "source", bytesOf(kSize));
@@ -115,7 +104,7 @@ TEST(SHA256Hasher, ASourceThatGrowsOrShrinksIsNoCopy) {
                                              static_cast<std::uintmax_t>(kSize + change));
         };
         try {
-            SHA256Hasher::copyAndHash({root, "source"}, {root, "copy"}, kBuffer,
+            SHA256Hasher::copyAndHash(transfer, {root, "source"}, {root, "copy"},
                                       {.onBytes = {}, .onAccess = resize, .stop = {}});
             FAIL() << "a source that changed by " << change << " was taken";
         } catch (const OffloadError& failure) {
@@ -129,6 +118,7 @@ TEST(SHA256Hasher, ASourceThatGrowsOrShrinksIsNoCopy) {
 TEST(SHA256Hasher, WhatIsNoFileFailsAtOnceInClearWords) {
     const TemporaryFolder folder;
     const RootFolder root(folder.path());
+    Transfer transfer;
     ASSERT_EQ(::mkfifo((folder / "fifo").c_str(), 0600), 0);
     const int server = ::socket(AF_UNIX, SOCK_STREAM, 0);
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
@@ -148,7 +138,7 @@ TEST(SHA256Hasher, WhatIsNoFileFailsAtOnceInClearWords) {
     for (const auto& [file, words] : cases) {
         const auto path = file.path().native();
         try {
-            SHA256Hasher::copyAndHash(file, {root, "copy"});
+            SHA256Hasher::copyAndHash(transfer, file, {root, "copy"});
             FAIL() << path;
         } catch (const Error& failure) {
             const auto description = failure.localizedDescription();

@@ -84,7 +84,8 @@ bool hasPagesInMemory(int descriptor) noexcept {
     return hasMappedPagesInMemory(descriptor);
 }
 
-void requireRegularFile(int descriptor, const FileBeneath& file) {
+/// Gives its size.
+std::int64_t requireRegularFile(int descriptor, const FileBeneath& file) {
     struct stat facts {};
     if (::fstat(descriptor, &facts) != 0)
         throw PosixError("open", file.path(), errno);
@@ -94,6 +95,7 @@ void requireRegularFile(int descriptor, const FileBeneath& file) {
         throw Error("open " + Text::displayable(file.path().native()) +
                     ": a FIFO, a socket or a device is no file");
     }
+    return facts.st_size;
 }
 
 } // namespace
@@ -116,13 +118,14 @@ UncachedFile::UncachedFile(FileDescriptor descriptor, std::filesystem::path path
 
 UncachedFile UncachedFile::openForReading(const FileBeneath& file) {
     // Opening a device can move a tape or reset a port, so the type is looked at first.
-    requireRegularFile(file.folder.open(file.relative, O_PATH, file.links).get(), file);
+    (void)requireRegularFile(file.folder.open(file.relative, O_PATH, file.links).get(), file);
     // The type may have changed since: without O_NONBLOCK a FIFO put in its place would hold us.
     auto [descriptor, access] = openDirectIfPossible(O_RDONLY | O_NONBLOCK, [&](int flags) {
         return file.folder.open(file.relative, flags, file.links);
     });
-    requireRegularFile(descriptor.get(), file);
+    const auto size = requireRegularFile(descriptor.get(), file);
     UncachedFile opened(std::move(descriptor), file.path(), access);
+    opened.sizeAtOpening_ = size;
     // Also for direct access: some file systems quietly answer single files from the cache.
     opened.dropFromCache();
     return opened;

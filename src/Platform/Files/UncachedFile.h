@@ -4,6 +4,7 @@
 #include "Platform/Files/RootFolder.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <span>
 
@@ -76,6 +77,9 @@ public:
     /// from there. To be asked before the first read.
     bool isKeptInMemory() const noexcept;
 
+    /// As it was when the file was opened for reading.
+    std::int64_t sizeAtOpening() const noexcept { return sizeAtOpening_; }
+
     /// Attributes of the open file itself, whatever bears its name by now.
     FileSystem::Attributes attributes() const;
 
@@ -95,6 +99,7 @@ private:
     std::filesystem::path path_;
     FileAccess access_;
     bool isDirect_;
+    std::int64_t sizeAtOpening_ = 0;
 };
 
 } // namespace slatewise

@@ -1,0 +1,201 @@
+#include "Offload/Transfer.h"
+
+#include "Offload/SHA256Hasher.h"
+#include "Platform/Error.h"
+#include "support/Files.h"
+#include "support/MountedVolume.h"
+#include "support/Process.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <fstream>
+#include <future>
+#include <thread>
+
+using namespace slatewise;
+using namespace slatewise::test;
+
+namespace {
+
+constexpr std::size_t kChunk = Transfer::chunkBytes;
+constexpr int kChunks = 8;
+
+/// While it lives, no file of this process may grow beyond some chunks: the write that would make
+/// it fails.
+class FilesNoLongerThan {
+public:
+    explicit FilesNoLongerThan(int chunks) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        auto limit = before_;
+        limit.rlim_cur = static_cast<rlim_t>(chunks) * kChunk;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FilesNoLongerThan() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+    FilesNoLongerThan(const FilesNoLongerThan&) = delete;
+    FilesNoLongerThan& operator=(const FilesNoLongerThan&) = delete;
+
+private:
+    rlimit before_{};
+};
+
+/// The one process that serves a file system outside the kernel.
+std::string serverOf(const MountedVolume& volume) {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream file(entry.path() / "cmdline");
+        const std::string command(std::istreambuf_iterator<char>(file), {});
+        if (command.find("exfat") != std::string::npos &&
+            command.find(volume.path().native()) != std::string::npos)
+            return entry.path().filename();
+    }
+    throw std::runtime_error("nobody serves " + volume.path().native());
+}
+
+} // namespace
+
+TEST(Transfer, FailuresComeInTheOrderOfTheFile) {
+    MountedVolume card(MountedVolume::FileSystem::Ext4, 64 << 20);
+    const TemporaryFolder folder;
+    const auto content = bytesOf(kChunks * kChunk, 3);
+    writeFile(card / "clip", content);
+    card.remount();
+    const auto image = readFile(card.image());
+    const RootFolder from(card.path());
+    const RootFolder to(folder.path());
+    Transfer transfer;
+    struct Case {
+        /// Counted from 1; the first that fails.
+        int read, write;
+        const char* failure;
+        int written;
+    };
+    // The device loses more of its end from case to case.
+    for (const auto& [read, write, failure, written] :
+         {Case{7, 4, "write", 3}, Case{5, 8, "read", 4}, Case{5, 6, "read", 4},
+          Case{5, 5, "read", 4}, Case{5, 4, "write", 3}, Case{3, 3, "read", 2},
+          Case{3, 2, "write", 1}, Case{1, 1, "read", 0}}) {
+        SCOPED_TRACE(fmt::format("read {}, write {}", read, write));
+        const auto end =
+            image.find(content.substr(static_cast<std::size_t>(read - 1) * kChunk, 64));
+        ASSERT_NE(end, std::string::npos);
+        std::filesystem::resize_file(card.image(), end);
+        const FilesNoLongerThan limit(write - 1);
+        std::size_t told = 0;
+        try {
+            SHA256Hasher::copyAndHash(
+                transfer, {from, "clip"}, {to, "copy"},
+                {.onBytes = [&](std::size_t count) { told += count; }, .onAccess = {}, .stop = {}});
+            ADD_FAILURE() << "copied what cannot be copied";
+        } catch (const PosixError& error) {
+            EXPECT_TRUE(error.localizedDescription().starts_with(failure))
+                << error.localizedDescription();
+        }
+        EXPECT_EQ(told, static_cast<std::size_t>(written) * kChunk);
+        EXPECT_EQ(readFile(folder / "copy"), content.substr(0, told));
+    }
+}
+
+TEST(Transfer, StopsWithinAChunkWhereverItIs) {
+    const TemporaryFolder folder;
+    const RootFolder root(folder.path());
+    const auto content = bytesOf(kChunks * kChunk + 1, 4);
+    writeFile(folder / "clip", content);
+    Transfer transfer;
+    for (int chunk = 0; chunk <= kChunks; ++chunk) {
+        SCOPED_TRACE(chunk);
+        std::stop_source stop;
+        std::size_t told = 0;
+        const auto stopAt = [&] {
+            if (told >= static_cast<std::size_t>(chunk) * kChunk)
+                stop.request_stop();
+        };
+        const TransferWatch watch = {.onBytes =
+                                         [&](std::size_t count) {
+                                             told += count;
+                                             stopAt();
+                                         },
+                                     .onAccess = {},
+                                     .stop = stop.get_token()};
+        stopAt();
+        EXPECT_THROW(SHA256Hasher::copyAndHash(transfer, {root, "clip"}, {root, "copy"}, watch),
+                     CancellationError);
+        EXPECT_GE(told, static_cast<std::size_t>(chunk) * kChunk);
+        EXPECT_LE(told, static_cast<std::size_t>(chunk + 1) * kChunk);
+        EXPECT_EQ(readFile(folder / "copy"), content.substr(0, told));
+    }
+}
+
+TEST(Transfer, StopsFromOutsideAtAnyMomentAndGoesOnAfterwards) {
+    const TemporaryFolder folder;
+    const RootFolder root(folder.path());
+    const auto content = bytesOf(3 * kChunk, 5);
+    writeFile(folder / "clip", content);
+    const auto digest = independentSha256(folder / "clip");
+    Transfer transfer;
+    for (int moment = 0; moment < 60; ++moment) {
+        std::stop_source stop;
+        std::size_t told = 0;
+        const TransferWatch watch = {.onBytes = [&](std::size_t count) { told += count; },
+                                     .onAccess = {},
+                                     .stop = stop.get_token()};
+        const std::jthread other([&] {
+            std::this_thread::sleep_for(std::chrono::microseconds(100 * moment));
+            stop.request_stop();
+        });
+        const bool isProof = moment % 2 == 1;
+        try {
+            EXPECT_EQ(
+                isProof ? SHA256Hasher::hashFile(transfer, {root, "clip"}, watch).sha256
+                        : SHA256Hasher::copyAndHash(transfer, {root, "clip"}, {root, "copy"}, watch)
+                              .digests.sha256,
+                digest);
+            EXPECT_EQ(told, content.size());
+        } catch (const CancellationError&) {
+            EXPECT_TRUE(isProof || readFile(folder / "copy") == content.substr(0, told));
+        }
+    }
+    EXPECT_EQ(SHA256Hasher::hashFile(transfer, {root, "clip"}).sha256, digest);
+}
+
+TEST(Transfer, DoesNotWaitForADiskThatDoesNotAnswer) {
+    const MountedVolume card(MountedVolume::FileSystem::ExFat, 64 << 20);
+    const TemporaryFolder folder;
+    writeFile(card / "clip", bytesOf(2 * kChunks * kChunk, 6));
+    // A program that is started while the disk hangs would wait for it.
+    const auto halting =
+        fmt::format("until [ -e '{1}/hang' ]; do sleep 0.01; done; kill -STOP {0}; "
+                    "touch '{1}/hangs'; "
+                    "until [ -e '{1}/answer' ]; do sleep 0.01; done; kill -CONT {0}",
+                    serverOf(card), folder.path().native());
+    auto halted = std::async(std::launch::async, [&] {
+        runPrivileged({"timeout", "60", "sh", "-c", halting});
+    });
+    const RootFolder from(card.path());
+    const RootFolder to(folder.path());
+    std::stop_source stop;
+    std::size_t told = 0;
+    const TransferWatch watch = {.onBytes =
+                                     [&](std::size_t count) {
+                                         writeFile(folder / "hang", "");
+                                         while (told == 0 &&
+                                                !std::filesystem::exists(folder / "hangs"))
+                                             std::this_thread::yield();
+                                         told += count;
+                                     },
+                                 .onAccess = {},
+                                 .stop = stop.get_token()};
+    auto copying = std::async(std::launch::async, [&] {
+        Transfer transfer;
+        SHA256Hasher::copyAndHash(transfer, {from, "clip"}, {to, "copy"}, watch);
+    });
+    EXPECT_EQ(copying.wait_for(std::chrono::seconds(1)), std::future_status::timeout);
+    stop.request_stop();
+    EXPECT_EQ(copying.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    writeFile(folder / "answer", "");
+    EXPECT_THROW(copying.get(), CancellationError);
+    EXPECT_EQ(std::filesystem::file_size(folder / "copy"), told);
+    halted.get();
+}
