@@ -1,7 +1,9 @@
 #include "App/DitApplication.h"
 
+#include "Language/L10n.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
+#include "Platform/Text.h"
 #include "Storage/AppLog.h"
 
 #include <QGuiApplication>
@@ -14,6 +16,21 @@
 namespace {
 
 using namespace slatewise;
+
+void tellOfFailure(const std::string& reason) {
+    AppLog::append("Uygulama açılamadı: " + reason);
+    std::fprintf(stderr, "slatewise-dit: %s\n", Text::visible(reason).c_str());
+}
+
+/// The toolkit aborts where it finds no display, as if it had crashed.
+void endWithoutDisplay(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (type != QtFatalMsg) {
+        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+        return;
+    }
+    tellOfFailure(L10n::current().cannotStart(message.simplified().toStdString()));
+    std::_Exit(EXIT_FAILURE);
+}
 
 int run() {
     DitApplication application(Surroundings::ofThisDesktop(UserDefaults::standard()));
@@ -31,15 +48,20 @@ int run() {
 int main(int count, char** words) {
     // Whoever started this from a terminal may close it.
     std::signal(SIGPIPE, SIG_IGN);
-    DitApplication::prepare();
-    QGuiApplication qt(count, words);
-    QGuiApplication::setWindowIcon(QIcon(":/slatewise/AppLogo.png"));
     try {
-        return run();
-    } catch (const std::exception& error) {
-        AppLog::append(std::string("Uygulama açılamadı: ") + error.what());
-        std::fprintf(stderr, "slatewise-dit: %s\n", error.what());
-        showStartFailure(error.what());
-        return EXIT_FAILURE;
+        DitApplication::prepare();
+        const auto usual = qInstallMessageHandler(endWithoutDisplay);
+        QGuiApplication qt(count, words);
+        qInstallMessageHandler(usual);
+        QGuiApplication::setWindowIcon(QIcon(":/slatewise/AppLogo.png"));
+        try {
+            return run();
+        } catch (const std::exception& failure) {
+            tellOfFailure(describe(failure));
+            showStartFailure(describe(failure));
+        }
+    } catch (const std::exception& failure) {
+        tellOfFailure(describe(failure));
     }
+    return EXIT_FAILURE;
 }

@@ -32,10 +32,10 @@ struct Title {
     std::string operator()(const Phase::Scanning&) const { return std::string(l10n.scanning()); }
     std::string operator()(const Phase::Copying& phase) const {
         const auto speed = size(static_cast<std::int64_t>(phase.bytesPerSecond)) + "/s";
-        return l10n.copying(phase.done, phase.total, Text::onOneLine(phase.file), speed);
+        return l10n.copying(phase.done, phase.total, Text::visible(phase.file), speed);
     }
     std::string operator()(const Phase::Verifying& phase) const {
-        return l10n.verifying(phase.done, phase.total, Text::onOneLine(phase.file));
+        return l10n.verifying(phase.done, phase.total, Text::visible(phase.file));
     }
     std::string operator()(const Phase::Verified& phase) const {
         return l10n.verified(phase.files, size(phase.bytes));

@@ -35,8 +35,8 @@ std::string ListError::text(L10n l10n) const {
     constexpr std::size_t kEnoughToFindIt = 120;
     std::string text(sentence(reason_, l10n));
     if (!subject_.empty())
-        text += ": " + Text::prefix(Text::onOneLine(subject_), kEnoughToFindIt);
-    return list_.empty() ? text : Text::onOneLine(list_.native()) + ": " + text;
+        text += ": " + Text::prefix(Text::visible(subject_), kEnoughToFindIt);
+    return list_.empty() ? text : Text::visible(list_.native()) + ": " + text;
 }
 
 } // namespace slatewise::MediaHashList

@@ -2,6 +2,7 @@
 
 #include "Pdf/PdfFontEmbedding.h"
 #include "Pdf/ShapedText.h"
+#include "Platform/Text.h"
 
 #include <fmt/format.h>
 #include <unicode/utf16.h>
@@ -28,7 +29,7 @@ char32_t nextCharacter(std::string_view text, std::size_t& at) {
     UChar32 character = 0;
     U8_NEXT(bytes, index, static_cast<std::int32_t>(text.size()), character);
     at = static_cast<std::size_t>(index);
-    return ShapedText::shown(character < 0 ? kReplacement : static_cast<char32_t>(character));
+    return Text::visible(character < 0 ? kReplacement : static_cast<char32_t>(character));
 }
 
 std::u16string shownText(std::string_view text) {

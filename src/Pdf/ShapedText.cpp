@@ -14,10 +14,7 @@ namespace slatewise::ShapedText {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-constexpr char32_t kControlPictures = 0x2400;
 constexpr char32_t kDelete = 0x7F;
-constexpr char32_t kDeletePicture = 0x2421;
 
 UScriptCode script(char32_t character) {
     UErrorCode status = U_ZERO_ERROR;
@@ -53,23 +50,6 @@ bool isHangulSyllable(char32_t character) {
 
 bool isRightToLeft(UCharDirection direction) {
     return direction == U_RIGHT_TO_LEFT || direction == U_RIGHT_TO_LEFT_ARABIC;
-}
-
-bool steersDirection(UCharDirection direction) {
-    switch (direction) {
-    case U_LEFT_TO_RIGHT_EMBEDDING:
-    case U_LEFT_TO_RIGHT_OVERRIDE:
-    case U_RIGHT_TO_LEFT_EMBEDDING:
-    case U_RIGHT_TO_LEFT_OVERRIDE:
-    case U_POP_DIRECTIONAL_FORMAT:
-    case U_FIRST_STRONG_ISOLATE:
-    case U_LEFT_TO_RIGHT_ISOLATE:
-    case U_RIGHT_TO_LEFT_ISOLATE:
-    case U_POP_DIRECTIONAL_ISOLATE:
-        return true;
-    default:
-        return false;
-    }
 }
 
 /// Slashes part a line: folders follow each other from left to right however their names run.
@@ -117,21 +97,6 @@ void splitRun(const std::u16string& text, Part run,
 }
 
 } // namespace
-
-char32_t shown(char32_t character) {
-    if (character < ' ')
-        return kControlPictures + character;
-    if (character < kDelete)
-        return character;
-    if (character == kDelete)
-        return kDeletePicture;
-    const auto value = static_cast<UChar32>(character);
-    const auto category = U_GET_GC_MASK(value);
-    if ((category & (U_GC_CC_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK | U_GC_CS_MASK)) != 0 ||
-        steersDirection(u_charDirection(value)))
-        return kReplacement;
-    return character;
-}
 
 bool needsShaping(char32_t character) {
     if (character < kDelete)

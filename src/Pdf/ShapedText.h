@@ -9,10 +9,6 @@
 /// where a line changes its direction, its script or its font. Without state.
 namespace slatewise::ShapedText {
 
-/// The character itself, or a visible sign in place of one that would steer the line: a line feed,
-/// another control character, a mark that turns the direction of what follows.
-char32_t shown(char32_t character);
-
 /// Whether the character cannot be set alone: it joins its neighbours, sits on one of them, or runs
 /// from right to left.
 bool needsShaping(char32_t character);

@@ -8,11 +8,14 @@
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace slatewise::Text {
 
 namespace {
+
+constexpr char kDelete = 0x7F;
 
 icu::UnicodeString toUnicode(std::string_view text) {
     return icu::UnicodeString::fromUTF8(
@@ -52,6 +55,29 @@ UChar32 previousCharacter(std::string_view text, std::int32_t& at) {
 
 bool isBlank(UChar32 character) {
     return character >= 0 && u_isUWhiteSpace(character);
+}
+
+/// Whether a character turns the direction of what follows it.
+bool steersDirection(UChar32 character) {
+    switch (u_charDirection(character)) {
+    case U_LEFT_TO_RIGHT_EMBEDDING:
+    case U_RIGHT_TO_LEFT_EMBEDDING:
+    case U_LEFT_TO_RIGHT_OVERRIDE:
+    case U_RIGHT_TO_LEFT_OVERRIDE:
+    case U_POP_DIRECTIONAL_FORMAT:
+    case U_LEFT_TO_RIGHT_ISOLATE:
+    case U_RIGHT_TO_LEFT_ISOLATE:
+    case U_FIRST_STRONG_ISOLATE:
+    case U_POP_DIRECTIONAL_ISOLATE:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isPlainAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char character) { return character >= ' ' && character < kDelete; });
 }
 
 bool isValidUtf8(std::string_view text) {
@@ -103,13 +129,46 @@ std::string displayable(std::string_view bytes) {
     return text;
 }
 
-std::string onOneLine(std::string_view bytes) {
-    auto text = displayable(bytes);
-    for (char& character : text) {
-        if ((character >= 0 && character < ' ') || character == '\x7f')
-            character = ' ';
+char32_t visible(char32_t character) {
+    constexpr char32_t kControlPictures = 0x2400;
+    constexpr char32_t kDeletePicture = 0x2421;
+    constexpr char32_t kReplacement = 0xFFFD;
+    constexpr auto kUnseen = U_GC_CC_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK | U_GC_CS_MASK;
+    if (character < ' ')
+        return kControlPictures + character;
+    if (character < kDelete)
+        return character;
+    if (character == kDelete)
+        return kDeletePicture;
+    const auto value = static_cast<UChar32>(character);
+    return (U_GET_GC_MASK(value) & kUnseen) != 0 || steersDirection(value) ? kReplacement
+                                                                           : character;
+}
+
+std::string visible(std::string_view bytes) {
+    if (isPlainAscii(bytes))
+        return std::string(bytes);
+    auto text = toUnicode(bytes);
+    for (std::int32_t at = 0; at < text.length(); at = text.moveIndex32(at, 1)) {
+        const auto character = static_cast<char32_t>(text.char32At(at));
+        const auto shown = visible(character);
+        if (shown != character)
+            text.replace(at, U16_LENGTH(character), static_cast<UChar32>(shown));
     }
-    return text;
+    std::string result;
+    text.toUTF8String(result);
+    return result;
+}
+
+std::string shortened(std::string_view text, std::size_t limit) {
+    if (text.size() <= limit)
+        return std::string(text);
+    const auto characters = length(text);
+    if (characters <= limit)
+        return std::string(text);
+    const auto head = prefix(text, limit / 2);
+    const auto upToTail = prefix(text, characters - (limit - limit / 2 - 1));
+    return head + "…" + std::string(text.substr(upToTail.size()));
 }
 
 std::string trimmed(std::string_view text) {

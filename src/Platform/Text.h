@@ -11,9 +11,18 @@ namespace slatewise::Text {
 /// The text with every malformed sequence replaced by U+FFFD, fit for JSON, SQL and a screen.
 std::string displayable(std::string_view bytes);
 
-/// The same with a blank for every control character, so that a file's name can neither tear a line
-/// in two nor move a cursor.
-std::string onOneLine(std::string_view bytes);
+/// The character itself, or a sign in place of one that acts instead of being seen: "␊" for a line
+/// feed, U+FFFD for a line separator, a C1 control or what turns the direction of writing.
+char32_t visible(char32_t character);
+
+/// The same for all of a text, malformed bytes included, so that no name can tear a line in two,
+/// move a cursor, or turn around what stands beside it. For whatever is printed, logged or drawn
+/// for a person.
+std::string visible(std::string_view bytes);
+
+/// At most `limit` user-perceived characters (at least 3). The middle of a longer text gives way to
+/// "…": of a sentence around a path, both ends say most.
+std::string shortened(std::string_view text, std::size_t limit);
 
 /// Without white space and line ends (as Unicode defines them) at both ends.
 std::string trimmed(std::string_view text);

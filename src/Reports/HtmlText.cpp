@@ -22,12 +22,18 @@ std::string_view entity(char character) {
 } // namespace
 
 HtmlText& HtmlText::escaped(std::string_view value) {
-    const std::string displayable = Text::displayable(value);
-    std::string_view rest = displayable;
+    const std::string visible = Text::visible(value);
+    std::string_view rest = visible;
     for (std::size_t at; (at = rest.find_first_of("&<>\"")) != std::string_view::npos;
          rest.remove_prefix(at + 1))
         raw(rest.substr(0, at)).raw(entity(rest[at]));
     return raw(rest);
+}
+
+HtmlText& HtmlText::escapedLines(std::span<const std::string> values) {
+    for (std::size_t line = 0; line < values.size(); ++line)
+        raw(line == 0 ? "" : "\n").escaped(values[line]);
+    return *this;
 }
 
 } // namespace slatewise

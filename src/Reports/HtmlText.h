@@ -2,14 +2,15 @@
 
 #include "Platform/Files/FileSystem.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace slatewise {
 
 /// Hypertext in the making, into which markup goes as it is and everything else escaped. What is no
-/// UTF-8 shows as U+FFFD. It grows as one string, or passes on what it has soon: a long page then
-/// needs no more memory than a short one.
+/// UTF-8 shows as U+FFFD, and a sign stands for what would act on the page unseen. It grows as one
+/// string, or passes on what it has soon: a long page then needs no more memory than a short one.
 class HtmlText {
 public:
     HtmlText() = default;
@@ -26,6 +27,9 @@ public:
 
     /// A value from outside or a label: fit for content and for attributes in double quotes.
     HtmlText& escaped(std::string_view value);
+
+    /// Several of them, each on a line of its own.
+    HtmlText& escapedLines(std::span<const std::string> values);
 
     HtmlText& number(long long value) { return raw(std::to_string(value)); }
 

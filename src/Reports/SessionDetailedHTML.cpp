@@ -7,7 +7,8 @@
 #include "Reports/HtmlStyle.h"
 #include "Reports/ReportText.h"
 
-#include <fmt/ranges.h>
+#include <string>
+#include <vector>
 
 namespace slatewise::SessionDetailedHTML {
 
@@ -17,16 +18,14 @@ namespace {
 constexpr int kIndent = 14;
 constexpr int kMargin = 4;
 
-std::string onLines(const std::vector<std::string>& lines) {
-    return fmt::format("{}", fmt::join(lines, "\n"));
+using Lines = std::vector<std::string>;
+
+Lines orDash(Lines lines) {
+    return lines.empty() ? Lines{"—"} : lines;
 }
 
-std::string orDash(std::string text) {
-    return text.empty() ? "—" : text;
-}
-
-std::string clipText(const ManifestFile& file, const ClipEssence& common) {
-    return file.media->essence ? onLines(EssenceText::clipLines(*file.media->essence, common)) : "";
+Lines clipText(const ManifestFile& file, const ClipEssence& common) {
+    return file.media->essence ? EssenceText::clipLines(*file.media->essence, common) : Lines();
 }
 
 class DetailedReport : public HtmlReport {
@@ -85,11 +84,11 @@ protected:
             TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).mismatch;
         const auto hash = file.sourceSHA256.value_or("");
         page.raw("\n<span class=\"cell\">")
-            .escaped(orDash(clipText(file, common_)))
+            .escapedLines(orDash(clipText(file, common_)))
             .raw("</span>\n<span class=\"cell")
             .raw(isMismatch ? " fps mismatch" : "")
             .raw("\">")
-            .escaped(orDash(onLines(ReportText::timingLines(file))))
+            .escapedLines(orDash(ReportText::timingLines(file)))
             .raw("</span>\n<span class=\"cell ")
             .raw(styleOf(file.verifyStatus))
             .raw("\">")

@@ -5,7 +5,6 @@
 #include "Platform/Text.h"
 #include "Storage/SupportPaths.h"
 
-#include <algorithm>
 #include <optional>
 #include <string>
 
@@ -27,9 +26,7 @@ std::optional<Instant> dayOf(std::string_view fileName) {
 }
 
 std::string line(std::string_view message, Instant now) {
-    std::string text = "[" + Clock::iso8601(now) + "] " + Text::displayable(message);
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    return text + "\n";
+    return "[" + Clock::iso8601(now) + "] " + Text::visible(message) + "\n";
 }
 
 } // namespace

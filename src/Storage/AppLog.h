@@ -12,8 +12,8 @@ namespace slatewise::AppLog {
 /// Days for which a log file is kept.
 inline constexpr int retentionDays = 30;
 
-/// Writes one line, with the moment in UTC before it. A line end inside the message becomes a
-/// blank.
+/// Writes one line, with the moment in UTC before it. What would tear it or act on a terminal is
+/// shown as a sign.
 void append(std::string_view message);
 
 /// Deletes the day files in `folder` that are past their time.

@@ -28,11 +28,20 @@ TEST(Text, ShowsMalformedBytesAsReplacement) {
     EXPECT_EQ(Text::displayable("\xc3"), "\xef\xbf\xbd");
 }
 
+TEST(Text, WritesASignForWhatActsInsteadOfBeingSeen) {
+    EXPECT_EQ(Text::visible("A\x1b[2J\n\x7f.mov"), "A␛[2J␊␡.mov");
+    EXPECT_EQ(Text::visible("\u202eA\u2028\u009b\u2066Ç\xff"), "�A���Ç�");
+    // An Arabic name keeps the marks that it needs.
+    EXPECT_EQ(Text::visible("\u200fكاميرا 😀"), "\u200fكاميرا 😀");
+}
+
 TEST(Text, CutsAtCharactersAPersonSees) {
     EXPECT_EQ(Text::prefix("çğü", 2), "çğ");
     EXPECT_EQ(Text::prefix("e\xcc\x81x", 1), "e\xcc\x81");
     EXPECT_EQ(Text::prefix("short", 24), "short");
     EXPECT_EQ(Text::prefix("ab", 0), "");
+    EXPECT_EQ(Text::shortened("çğüçğü", 6), "çğüçğü");
+    EXPECT_EQ(Text::shortened("açğüçğz", 5), "aç…ğz");
 }
 
 TEST(Text, SplitsReplacesAndOrders) {

@@ -372,7 +372,7 @@ TEST_P(HostileHtml, ShowsForeignBytesAsTextAndRunsNothing) {
         std::string shown = name;
         std::replace(shown.begin(), shown.end(), '/', '|');
         row.relativePath = shown;
-        expected.push_back(Text::displayable(shown));
+        expected.push_back(Text::visible(shown));
     }
     auto manifest = session(files);
     manifest.card.name = "</title></style><script>alert(1)</script><b onclick=x>";

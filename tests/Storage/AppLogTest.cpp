@@ -52,7 +52,7 @@ TEST_F(SupportFolders, LogAppendsOneLineAtATimeToTheDaysFile) {
     EXPECT_EQ(files[0].filename(), "dit-" + Clock::localText(Clock::now(), "yyyy-MM-dd") + ".log");
     EXPECT_THAT(
         readFile(files[0]),
-        MatchesRegex("\\[20[0-9T:-]+Z\\] first\n\\[20[0-9T:-]+Z\\] second line \xef\xbf\xbd\n"));
+        MatchesRegex("\\[20[0-9T:-]+Z\\] first\n\\[20[0-9T:-]+Z\\] second␊line \xef\xbf\xbd\n"));
 }
 
 TEST_F(SupportFolders, ALogThatCannotBeWrittenCostsTheLineAlone) {

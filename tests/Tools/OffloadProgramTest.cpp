@@ -1,12 +1,14 @@
 #include "Platform/Text.h"
 #include "Storage/AppDatabase.h"
 #include "support/Files.h"
+#include "support/MountedVolume.h"
 #include "support/Process.h"
 #include "support/RecordingServer.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <fstream>
 #include <sys/stat.h>
 #include <thread>
 
@@ -25,6 +27,18 @@ struct Line {
     std::filesystem::path sessionRoot;
     std::filesystem::path reportFolder;
 };
+
+/// Until one of its threads waits for a file system that does not answer.
+void waitUntilBlocked(pid_t process) {
+    const auto threads = "/proc/" + std::to_string(process) + "/task";
+    for (;; std::this_thread::sleep_for(std::chrono::milliseconds(10))) {
+        for (const auto& thread : std::filesystem::directory_iterator(threads)) {
+            std::string place;
+            if (std::ifstream(thread.path() / "wchan") >> place && place == "request_wait_answer")
+                return;
+        }
+    }
+}
 
 /// The program with two cards, two disks and a user of its own.
 class OffloadProgram : public ::testing::Test {
@@ -50,6 +64,13 @@ protected:
                     {"XDG_DOCUMENTS_DIR", folder / "user/documents"},
                     {"LC_ALL", "C.UTF-8"}},
                    whileRunning);
+    }
+
+    static std::vector<std::string> entriesOf(const std::filesystem::path& where) {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(where))
+            names.push_back(entry.path().filename());
+        return names;
     }
 
     static std::vector<Line> lines(const ProcessResult& result) {
@@ -147,25 +168,92 @@ TEST_F(OffloadProgram, TheFirstFailureEndsTheBatch) {
         EXPECT_TRUE(pairs[pair].sessionRoot.empty());
     }
     EXPECT_THAT(result.standardError,
-                AllOf(HasSubstr("fifo: open"), HasSubstr("Verification did not finish"),
-                      HasSubstr("not verified: " + pairs[0].sessionRoot.native())));
+                AllOf(HasSubstr("1/4  B002 → Disk1 · Failed: Copying stopped at fifo"),
+                      HasSubstr("Keep the card"),
+                      HasSubstr("not verified: " + pairs[0].sessionRoot.native()),
+                      HasSubstr("4/4  A001 → Disk2 · Not begun.")));
+}
+
+TEST_F(OffloadProgram, AnswersForEveryCardAndDiskThatIsGoneDeadOrSilent) {
+    const MountedVolume dead(MountedVolume::FileSystem::ExFat, 8 << 20, "");
+    const MountedVolume silent(MountedVolume::FileSystem::ExFat, 8 << 20, "");
+    runPrivileged({"kill", "-KILL", dead.serverID()});
+    const auto server = silent.serverID();
+    runPrivileged({"kill", "-STOP", server});
+    const auto result = offload({"--to", folder / "Disk1", "--to", folder / "gone", folder / "A001",
+                                 folder / "no", dead.path(), silent.path(), folder / "B002"});
+    EXPECT_EQ(result.exitCode, 1);
+    const auto pairs = lines(result);
+    ASSERT_THAT(pairs, SizeIs(10));
+    expectProved(pairs[0], folder / "A001");
+    expectProved(pairs[8], folder / "B002");
+    for (const std::size_t pair : {1, 2, 3, 4, 5, 6, 7, 9})
+        EXPECT_EQ(pairs[pair].status, "failed") << pair;
+    EXPECT_THAT(result.standardError,
+                AllOf(HasSubstr("A001 → gone · Failed: " + (folder / "gone").native()),
+                      HasSubstr("no → Disk1 · Failed"), HasSubstr("Transport endpoint"),
+                      HasSubstr(silent.path().native() + " does not answer")));
+
+    // No other program aborts there either.
+    const auto place = dead.path().native();
+    const std::vector<std::vector<std::string>> others = {
+        {"slatewise-verify", place}, {"slatewise-volumes", "--once", "--root", place}};
+    for (auto words : others) {
+        words.front() = programsFolder() / words.front();
+        EXPECT_LE(run(words).exitCode, 2) << words.front();
+    }
+
+    // Nor does the first Ctrl-C wait for it.
+    const auto interrupted = offload({"--to", folder / "Disk1", silent.path()}, [](pid_t process) {
+        waitUntilBlocked(process);
+        ::kill(process, SIGINT);
+    });
+    EXPECT_EQ(interrupted.exitCode, 130);
+    EXPECT_THAT(interrupted.standardError, HasSubstr("Stopping…"));
+    EXPECT_EQ(interrupted.standardOutput, "failed\t\t\n");
+    runPrivileged({"kill", "-CONT", server});
+}
+
+TEST_F(OffloadProgram, WhatNamesHoldActsOnNobody) {
+    const auto card = folder / "A\x1b[2J\n\u202eB";
+    writeFile(card / std::string(200, 'x') / std::string(200, 'y') / "f\r\u009b1m", "x");
+    ASSERT_EQ(::mkfifo((card / "z\tz").c_str(), 0600), 0);
+    const auto result = offload({"--to", folder / "Disk1", card});
+    EXPECT_THAT(result.standardOutput, HasSubstr("A␛[2J␊\ufffdB\t"));
+    EXPECT_THAT(lines(result), SizeIs(1));
+    EXPECT_THAT(result.standardError, HasSubstr("z␉z"));
+    for (const auto line : Text::pieces(result.standardError, '\n')) {
+        EXPECT_EQ(Text::visible(line), line);
+        EXPECT_LT(line.size(), 700U);
+    }
+    int pages = 0;
+    for (const auto& file :
+         std::filesystem::recursive_directory_iterator(folder / "Disk1/reports")) {
+        if (file.path().extension() != ".html")
+            continue;
+        ++pages;
+        EXPECT_THAT(readFile(file.path()), AllOf(HasSubstr("z␉z"), Not(HasSubstr("\u202e")),
+                                                 Not(HasSubstr("\u009b")), Not(HasSubstr("\x1b"))));
+    }
+    EXPECT_EQ(pages, 2);
 }
 
 TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
     const std::string card = folder / "A001";
     const std::string disk = folder / "Disk1";
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
-        {{}, "--to is required"},
+        {{}, "CARD is required"},
         {{card}, "--to is required"},
         {{"--to", disk}, "CARD is required"},
         {{"--to", disk, card, "--unknown"}, "--unknown"},
         {{"--to", disk, "--language", "de", card}, "de not in {en,tr}"},
-        {{"--to", disk, folder / "missing"}, "missing: No such file"},
-        {{"--to", disk, folder / "A001/.DS_Store"}, ".DS_Store: Not a folder"},
-        {{"--to", folder / "missing", card}, "missing: No such file"},
-        {{"--to", disk, card, card + "/"}, "Given twice"},
+        {{"--to", disk, folder / "A001/.DS_Store"}, ".DS_Store is not a folder"},
+        {{"--to", disk, card, card + "/"}, "A001 is given twice"},
+        {{"--to", disk, card, card + "=CamA,Ekip1"}, "A001 is given twice"},
         {{"--to", disk, "--camera"}, "--camera"},
-        {{"--to", disk, "--to", card, card}, "Both card and destination"},
+        {{"--to", disk, "--to", card, card}, "A001 is both a card and a destination"},
+        {{"--to", disk, "--template", "{Dest}/../x", card}, "leads out of the destination"},
+        {{"--to", disk, "--template", "/", card}, "leads out of the destination"},
     };
     for (const auto& [words, complaint] : cases) {
         const auto result = offload(words);
@@ -173,7 +261,7 @@ TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
         EXPECT_THAT(result.standardError, HasSubstr(complaint));
         EXPECT_THAT(result.standardOutput, IsEmpty());
     }
-    EXPECT_FALSE(std::filesystem::exists(folder / "user"));
+    EXPECT_FALSE(std::filesystem::exists(store()));
     EXPECT_EQ(offload({"--help"}).exitCode, 0);
 }
 
@@ -190,18 +278,36 @@ TEST_F(OffloadProgram, NeverCopiesACardIntoItself) {
 }
 
 TEST_F(OffloadProgram, HashingLeavesReportsAlone) {
-    const auto result =
-        offload({"--hash-only", "--quiet", "--to", folder / "Disk1", folder / "A001"});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.standardError, IsEmpty()) << "quiet";
+    for (const bool hasDisk : {true, false}) {
+        std::vector<std::string> words = {"--hash-only", "--quiet", folder / "A001"};
+        if (hasDisk)
+            words.insert(words.end(), {"--to", folder / "Disk1"});
+        const auto result = offload(words);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_THAT(result.standardError, IsEmpty()) << "quiet";
+        const auto pairs = lines(result);
+        ASSERT_THAT(pairs, SizeIs(1));
+        EXPECT_EQ(pairs[0].status, "hashed");
+        EXPECT_THAT(readFile(pairs[0].reportFolder / "inventory.csv"), HasSubstr(",HASH,hashed,"));
+        const auto reports = folder / (hasDisk ? "Disk1/reports" : "user/documents/SlatewiseDIT");
+        EXPECT_EQ(pairs[0].reportFolder.parent_path(), reports);
+        EXPECT_THAT(entriesOf(folder / "Disk1"), ::testing::ElementsAre("reports"));
+        EXPECT_FALSE(std::filesystem::exists(reports / "reports"));
+    }
+}
+
+TEST_F(OffloadProgram, ACardMayHaveWordsOfItsOwn) {
+    std::filesystem::create_directory(folder / "C=3,x");
+    const auto result = offload({"--camera", "CamB", "--to", folder / "Disk1",
+                                 folder / "A001=CamA,Ekip1", folder / "B002", folder / "C=3,x"});
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
     const auto pairs = lines(result);
-    ASSERT_THAT(pairs, SizeIs(1));
-    EXPECT_EQ(pairs[0].status, "hashed");
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder / "Disk1"))
-        names.push_back(entry.path().filename());
-    EXPECT_THAT(names, ::testing::ElementsAre("reports"));
-    EXPECT_THAT(readFile(pairs[0].reportFolder / "inventory.csv"), HasSubstr(",HASH,hashed,"));
+    ASSERT_THAT(pairs, SizeIs(3));
+    EXPECT_THAT(pairs[0].sessionRoot.native(), HasSubstr("/Ekip1/CamA/A001"));
+    EXPECT_THAT(pairs[1].sessionRoot.native(), HasSubstr("/EKIP/CamB/B002"));
+    EXPECT_THAT(pairs[2].sessionRoot.native(), HasSubstr("/EKIP/CamB/C=3,x"));
+    EXPECT_THAT(result.standardError,
+                AllOf(HasSubstr("B002: camera CamB, crew EKIP"), Not(HasSubstr("A001: camera"))));
 }
 
 TEST_F(OffloadProgram, FollowsItsOptions) {
@@ -285,4 +391,11 @@ TEST_F(OffloadProgram, AKilledRunIsNeverContinuedOrOverwritten) {
     EXPECT_EQ(pairs.at(0).sessionRoot, folder / "Disk1/session_2");
     expectProved(pairs.at(0), folder / "A001");
     EXPECT_EQ(std::filesystem::file_size(copy), left);
+}
+
+TEST(Window, SaysThatItFindsNoDisplay) {
+    const auto result = run({programsFolder() / "slatewise-dit"},
+                            {{"QT_QPA_PLATFORM", "xcb"}, {"DISPLAY", ":4711"}});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.standardError, HasSubstr("slatewise-dit: Slatewise DIT cannot start: "));
 }

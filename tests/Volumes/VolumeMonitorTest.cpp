@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <atomic>
 #include <ctime>
-#include <fstream>
 #include <thread>
 
 using namespace slatewise;
@@ -68,18 +67,6 @@ protected:
     int calls = 0;
     bool onGuiThread = true;
 };
-
-/// The process that speaks for a file system outside the kernel.
-std::string pidOfFuse(const MountedVolume& volume) {
-    const auto device = BlockDevices::pathUnder(volume.path()).native();
-    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream file(process.path() / "cmdline");
-        const std::string line(std::istreambuf_iterator<char>(file), {});
-        if (line.find("exfat") != std::string::npos && line.find(device) != std::string::npos)
-            return process.path().filename();
-    }
-    return {};
-}
 
 } // namespace
 
@@ -243,8 +230,7 @@ TEST_F(Monitoring, IsNotHeldUpByADeadVolume) {
     ASSERT_THAT(shown(monitor.currentVolumes()), ElementsAre("CARD cameraCard"));
 
     // The program behind the file system stops: whoever looks into it waits for ever.
-    const auto server = pidOfFuse(card);
-    ASSERT_FALSE(server.empty());
+    const auto server = card.serverID();
     runPrivileged({"kill", "-STOP", server});
     calls = 0;
     MountedVolume disk(Volume::Ext4, kSmall, root / "SSD", "");

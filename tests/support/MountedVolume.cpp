@@ -2,6 +2,8 @@
 
 #include "support/Process.h"
 
+#include "Platform/Disks/BlockDevices.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -83,6 +85,17 @@ int MountedVolume::flipBitIn(std::string_view content) const {
     }
     ::close(file);
     return places;
+}
+
+std::string MountedVolume::serverID() const {
+    const auto device = BlockDevices::pathUnder(mountPoint_).native();
+    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream file(process.path() / "cmdline");
+        const std::string line(std::istreambuf_iterator<char>(file), {});
+        if (line.find("exfat") != std::string::npos && line.find(device) != std::string::npos)
+            return process.path().filename();
+    }
+    throw std::runtime_error("nobody serves " + mountPoint_.native());
 }
 
 void MountedVolume::pull() {

@@ -36,6 +36,9 @@ public:
     /// at how many places they do.
     int flipBitIn(std::string_view content) const;
 
+    /// The process behind a file system that is none of the kernel's own.
+    std::string serverID() const;
+
     /// Takes the file system away from under whoever uses it, as a pulled card does: open files go
     /// on, but no path leads there any more.
     void pull();

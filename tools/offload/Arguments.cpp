@@ -2,11 +2,8 @@
 
 #include "ExitCodes.h"
 #include "Platform/AppInfo.h"
-#include "Platform/Text.h"
 
 #include <CLI/CLI.hpp>
-
-#include <algorithm>
 
 namespace slatewise::tool {
 
@@ -18,47 +15,10 @@ constexpr const char* kDescription =
     "destination, one pair at a time. What no option settles is taken from your settings.";
 
 constexpr const char* kFooter =
+    "--to takes one destination; every word without an option is a card. A card with a camera and\n"
+    "a crew of its own is named CARD=CAMERA,CREW.\n\n"
     "Standard output gets one line per pair: STATUS<TAB>SESSION_ROOT<TAB>REPORT_FOLDER.\n"
     "Exit status: 0 all verified or hashed, 1 an offload failed, 2 wrong usage, 130 interrupted.";
-
-/// An existing folder, absolute, without links, dots or a slash at its end: its last part is the
-/// name that reports show.
-std::filesystem::path existingFolder(const std::string& given) {
-    std::error_code failure;
-    auto folder = std::filesystem::canonical(given, failure);
-    if (failure)
-        throw CLI::ValidationError(Text::displayable(given), failure.message());
-    if (!std::filesystem::is_directory(folder))
-        throw CLI::ValidationError(Text::displayable(given), "Not a folder");
-    return folder;
-}
-
-std::vector<std::filesystem::path> existingFolders(const std::vector<std::string>& given) {
-    std::vector<std::filesystem::path> folders;
-    for (const auto& path : given) {
-        folders.push_back(existingFolder(path));
-        if (std::count(folders.begin(), folders.end(), folders.back()) > 1)
-            throw CLI::ValidationError(Text::displayable(path), "Given twice");
-    }
-    return folders;
-}
-
-/// A folder cannot be copied to itself.
-void refuseCardsAsDestinations(const Arguments& arguments) {
-    for (const auto& card : arguments.cards) {
-        if (std::count(arguments.destinations.begin(), arguments.destinations.end(), card) > 0)
-            throw CLI::ValidationError(Text::displayable(card.native()),
-                                       "Both card and destination");
-    }
-}
-
-/// The command line as typed, before folders are looked at.
-struct Typed {
-    std::vector<std::string> destinations;
-    std::vector<std::string> cards;
-    std::string language;
-    bool quiet = false;
-};
 
 std::vector<std::string> rawLanguages() {
     std::vector<std::string> values;
@@ -75,6 +35,12 @@ std::optional<AppLanguage> languageNamed(std::string_view rawValue) {
     return std::nullopt;
 }
 
+/// What is turned into something else once it is read.
+struct Typed {
+    std::string language;
+    bool quiet = false;
+};
+
 void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
     program.set_version_flag("--version",
                              std::string("slatewise-offload ") + std::string(AppInfo::version));
@@ -85,7 +51,8 @@ void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
         .add_option("--template", arguments.folderTemplate,
                     "Path of a session, such as {Dest}/{YYYY-MM-DD}/{Cam}/{CardName}")
         ->type_name("TEXT");
-    program.add_flag("--hash-only", arguments.hashOnly, "Hash the cards and copy nothing");
+    program.add_flag("--hash-only", arguments.hashOnly,
+                     "Hash the cards and copy nothing; needs no --to");
     program.add_flag("--mhl,!--no-mhl", arguments.writesHashList,
                      "Write an ASC Media Hash List beside each copy, or write none");
     program
@@ -97,11 +64,12 @@ void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
         ->type_name("en|tr")
         ->check(CLI::IsMember(rawLanguages()).description(""));
     program.add_flag("--quiet", typed.quiet, "No progress, errors only");
-    program.add_option("--to", typed.destinations, "Destination folder or disk (again for more)")
+    program
+        .add_option("--to", arguments.destinations,
+                    "One destination folder or disk (--to again for each more)")
         ->type_name("DEST")
-        ->required()
         ->allow_extra_args(false);
-    program.add_option("CARD", typed.cards, "Mounted card or folder")
+    program.add_option("CARD", arguments.cards, "Mounted card or folder, or CARD=CAMERA,CREW")
         ->required()
         ->option_text("...");
 }
@@ -116,11 +84,10 @@ std::variant<Arguments, ExitCode> parseArguments(int count, const char* const* w
     declareOptions(program, arguments, typed);
     try {
         program.parse(count, words);
+        if (arguments.destinations.empty() && !arguments.hashOnly)
+            throw CLI::RequiredError("--to");
         arguments.output = typed.quiet ? Output::ErrorsOnly : Output::Progress;
         arguments.language = languageNamed(typed.language);
-        arguments.destinations = existingFolders(typed.destinations);
-        arguments.cards = existingFolders(typed.cards);
-        refuseCardsAsDestinations(arguments);
         return arguments;
     } catch (const CLI::ParseError& failure) {
         // Asking for help ends here too, with success.

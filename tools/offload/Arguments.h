@@ -2,7 +2,6 @@
 
 #include "Language/AppLanguage.h"
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <variant>
@@ -12,7 +11,7 @@ namespace slatewise::tool {
 
 enum class Output { Progress, ErrorsOnly };
 
-/// What the command line asks for. Folders exist and are absolute.
+/// What the command line asks for. Folders are as they were typed; no disk has been asked yet.
 struct Arguments {
     std::string camera;
     std::string crew;
@@ -25,8 +24,10 @@ struct Arguments {
     std::optional<bool> writesHashList;
     std::vector<std::string> excludes;
     Output output = Output::Progress;
-    std::vector<std::filesystem::path> destinations;
-    std::vector<std::filesystem::path> cards;
+    /// May be empty where nothing is to be copied.
+    std::vector<std::string> destinations;
+    /// "CARD", or "CARD=CAMERA,CREW".
+    std::vector<std::string> cards;
 };
 
 /// The program is to end at once with this code: everything there was to say has been said.

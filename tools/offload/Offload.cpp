@@ -1,7 +1,7 @@
 #include "Offload.h"
 
 #include "Offload/PathSize.h"
-#include "Platform/Desktop/UserDefaults.h"
+#include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Service/OutboxDrainer.h"
 #include "Service/ServiceProfileFile.h"
@@ -9,11 +9,10 @@
 #include "Storage/AppLog.h"
 #include "Storage/SupportPaths.h"
 #include "Storage/UserStore.h"
-#include "Volumes/DiskUtilClient.h"
-#include "Volumes/PickedFolder.h"
 
-#include <QEventLoop>
+#include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace slatewise::tool {
@@ -22,60 +21,116 @@ namespace {
 
 /// How long the service may still take when everything else is done.
 constexpr std::chrono::seconds kServicePatience{10};
+/// More problems of one pair than these are left to the log and the reports.
+constexpr std::size_t kProblemsTold = 3;
 
-/// The user's settings, with what the command line says instead. Whether anything is copied is the
-/// command line's word alone: a script must not depend on a switch in a window.
-OffloadSettings settingsFor(const Arguments& arguments) {
-    auto settings = OffloadSettings::load(UserDefaults::standard());
-    settings.verifyOnly = arguments.hashOnly;
-    settings.writesHashList = arguments.writesHashList.value_or(settings.writesHashList);
-    settings.folderTemplate = arguments.folderTemplate.value_or(settings.folderTemplate);
-    settings.projectName = arguments.project.value_or(settings.projectName);
-    for (const auto& name : arguments.excludes)
-        settings.addExclude(name);
-    return settings;
+std::string pairLabel(const ClassifiedVolume& card, const ClassifiedVolume& destination) {
+    return Text::displayable(card.name()) + " → " + Text::displayable(destination.name());
 }
 
-std::vector<ClassifiedVolume> volumes(const std::vector<std::filesystem::path>& folders,
-                                      VolumeKind kind) {
-    std::vector<ClassifiedVolume> result;
-    for (const auto& folder : folders)
-        result.push_back(pickedFolder(DiskUtilClient::facts(folder), folder, kind));
-    return result;
+std::string pairLabel(const BatchPair& pair) {
+    const auto label = pairLabel(pair.card, pair.destination);
+    const auto& [ignored, index, count] = pair.position;
+    return count > 1 ? fmt::format("{}/{}  {}", index + 1, count, label) : label;
 }
 
-BatchPlan planFor(const Arguments& arguments, AppLanguage language) {
+std::string sentence(const std::string& label, std::string_view text) {
+    return fmt::format("{} · {}", label, text);
+}
+
+std::vector<OffloadProblem> failuresIn(const PairResult& result) {
+    std::vector<OffloadProblem> failures;
+    std::copy_if(result.problems.begin(), result.problems.end(), std::back_inserter(failures),
+                 [](const auto& problem) {
+                     return problem.severity() == OffloadProblem::Severity::Failure;
+                 });
+    return failures;
+}
+
+} // namespace
+
+Offload::Offload(const Order& order, const Texts& texts, ProgressDisplay& display)
+    : order_(order), texts_(texts), display_(display),
+      results_(order.folders.cards.size() * order.folders.destinations.size()) {}
+
+std::vector<PairResult> Offload::run(std::stop_token stop) noexcept {
+    stop_ = std::move(stop);
+    const std::stop_callback cancelled(stop_, [this] {
+        QMetaObject::invokeMethod(
+            &loop_, [this] { cancel(); }, Qt::QueuedConnection);
+    });
+    try {
+        // Then nobody knows yet what can be used and what not.
+        if (stop_.stop_requested()) {
+            display_.note(texts_.shared.cancelled());
+            return results_;
+        }
+        answerForUnusable();
+        if (!places_.empty()) {
+            begin();
+            loop_.exec();
+        }
+    } catch (const std::exception& failure) {
+        display_.note(texts_.shared.failed(describe(failure)));
+    }
+    return results_;
+}
+
+/// Tells of the pairs that a missing card or disk makes impossible, and keeps the places of the
+/// others.
+void Offload::answerForUnusable() {
+    std::size_t place = 0;
+    for (const auto& card : order_.folders.cards) {
+        for (const auto& destination : order_.folders.destinations) {
+            const auto& obstacle = card.obstacle ? card.obstacle : destination.obstacle;
+            if (obstacle) {
+                const auto label = pairLabel(card.volume, destination.volume);
+                results_[place].message = *obstacle;
+                display_.note(sentence(label, texts_.shared.failed(*obstacle)));
+                display_.note(sentence(label, texts_.advice(OffloadProblem::Kind::CardGone)));
+            } else {
+                places_.push_back(place);
+            }
+            ++place;
+        }
+    }
+}
+
+BatchPlan Offload::plan() const {
     BatchPlan plan;
-    plan.settings = settingsFor(arguments);
-    plan.language = language;
-    plan.cards = volumes(arguments.cards, VolumeKind::CameraCard);
-    plan.destinations = volumes(arguments.destinations, VolumeKind::Destination);
-    for (const auto& card : plan.cards) {
-        plan.cameraByCardID[card.id()] = Text::pathSafeLabel(arguments.camera);
-        plan.ekipByCardID[card.id()] = arguments.crew;
+    plan.settings = order_.settings;
+    plan.language = texts_.shared.language();
+    for (const auto& card : order_.folders.cards) {
+        if (card.obstacle)
+            continue;
+        plan.cards.push_back(card.volume);
+        plan.cameraByCardID[card.volume.id()] = Text::pathSafeLabel(order_.cameraOf(card));
+        plan.ekipByCardID[card.volume.id()] = order_.crewOf(card);
+    }
+    for (const auto& destination : order_.folders.destinations) {
+        if (!destination.obstacle)
+            plan.destinations.push_back(destination.volume);
     }
     plan.serviceProfile = ServiceProfileFile(SupportPaths::applicationSupport()).current();
     return plan;
 }
 
-} // namespace
-
-std::vector<PairResult> Offload::run(std::stop_token stop) {
-    stop_ = std::move(stop);
+void Offload::begin() {
     AppLog::prune(SupportPaths::logsDirectory(), Clock::now());
+    const auto whole = plan();
+    pairs_ = whole.pairs();
     BatchListener& listener = *this;
-    const auto batch = std::make_shared<Batch>(planFor(arguments_, texts_.shared.language()),
-                                               BatchSurroundings(), openUserStore(), listener);
-    const std::stop_callback cancel(stop_, [this, batch] {
-        QMetaObject::invokeMethod(
-            &loop_, [batch] { batch->cancel(); }, Qt::QueuedConnection);
-    });
-    batch->start();
-    loop_.exec();
-    // Who interrupts does not wait for a network.
-    if (!stop_.stop_requested() && !QCoro::waitFor(OutboxDrainer::waitForAll(kServicePatience)))
-        display_.note(texts_.reportsStillWait());
-    return results_;
+    batch_ = std::make_shared<Batch>(whole, BatchSurroundings(), openUserStore(), listener);
+    batch_->start();
+    if (stop_.stop_requested())
+        cancel();
+}
+
+void Offload::cancel() {
+    if (batch_)
+        batch_->cancel();
+    else
+        loop_.quit();
 }
 
 void Offload::batchBegan(const BatchPlan& plan) {
@@ -83,14 +138,7 @@ void Offload::batchBegan(const BatchPlan& plan) {
 }
 
 void Offload::pairBegan(const BatchPair& pair) {
-    std::string label;
-    if (pair.position.pairCount > 1) {
-        label = std::to_string(pair.position.pairIndex + 1) + "/" +
-                std::to_string(pair.position.pairCount) + "  " +
-                Text::displayable(pair.card.name()) + " → " +
-                Text::displayable(pair.destination.name());
-    }
-    display_.setLabel(std::move(label));
+    display_.setLabel(pairLabel(pair));
 }
 
 void Offload::phaseChanged(const OffloadPhase& phase) {
@@ -98,34 +146,71 @@ void Offload::phaseChanged(const OffloadPhase& phase) {
 }
 
 void Offload::problemFound(const OffloadProblem& problem) {
-    display_.note(problem.text(texts_.shared));
+    // What the offload failed by is told with its end.
+    if (problem.severity() == OffloadProblem::Severity::Note)
+        display_.note(problem.text(texts_.shared));
 }
 
-void Offload::pairEnded(const BatchPair&, const PairResult& result) {
+void Offload::pairEnded(const BatchPair& pair, const PairResult& result) {
+    const auto label = pairLabel(pair);
+    results_[places_[ended_]] = result;
+    ++ended_;
     const auto& shared = texts_.shared;
     if (result.status == OutcomeStatus::Verified) {
-        display_.finish(shared.verified(result.filesDone,
-                                        PathSize::format(result.bytesDone, shared.language())));
+        const auto size = PathSize::format(result.bytesDone, shared.language());
+        display_.inform(sentence(label, shared.verified(result.filesDone, size)));
         return;
     }
     if (result.status == OutcomeStatus::Hashed) {
-        display_.finish(shared.hashed(result.filesDone));
+        display_.inform(sentence(label, shared.hashed(result.filesDone)));
         return;
     }
-    if (result.runStatus && endedWell(*result.runStatus)) {
-        display_.note(shared.failed(texts_.reportsNotWritten(result.message)));
-        return;
+    tellOfFailure(label, result);
+}
+
+void Offload::tellOfFailure(const std::string& label, const PairResult& result) {
+    const auto& shared = texts_.shared;
+    const auto failures = failuresIn(result);
+    for (std::size_t index = 0; index < std::min(failures.size(), kProblemsTold); ++index)
+        display_.note(sentence(label, shared.failed(failures[index].text(shared))));
+    if (failures.size() > kProblemsTold)
+        display_.note(sentence(label, texts_.moreProblems(failures.size() - kProblemsTold)));
+    const bool isCopyComplete = result.runStatus && endedWell(*result.runStatus);
+    if (stop_.stop_requested() && !isCopyComplete) {
+        display_.note(sentence(label, shared.cancelled()));
+    } else {
+        // A run that came to nothing may have told no problem.
+        const bool isTold = std::any_of(failures.begin(), failures.end(), [&](const auto& failure) {
+            return result.runStatus || failure.text(shared) == result.message;
+        });
+        if (!isTold)
+            display_.note(sentence(label, shared.failed(result.message)));
+        const auto kind = failures.empty() ? std::nullopt : std::optional(failures.front().kind);
+        display_.note(sentence(label, texts_.advice(kind)));
     }
-    display_.note(stop_.stop_requested() ? std::string(shared.cancelled())
-                                         : shared.failed(result.message));
-    if (!result.sessionRoot.empty() && !arguments_.hashOnly)
-        display_.note(texts_.leftOnDestination(Text::displayable(result.sessionRoot.native())));
+    if (!result.sessionRoot.empty() && !isCopyComplete && !order_.settings.verifyOnly) {
+        display_.note(sentence(
+            label, texts_.leftOnDestination(Text::displayable(result.sessionRoot.native()))));
+    }
 }
 
 void Offload::batchEnded(const BatchResult& result) {
     if (!result.wasBegun && result.message)
         display_.note(texts_.shared.failed(*result.message));
-    results_ = result.pairs;
+    for (; ended_ < pairs_.size(); ++ended_)
+        display_.note(sentence(pairLabel(pairs_[ended_]), texts_.notBegun()));
+    batch_.reset();
+    waitForService();
+}
+
+/// Who interrupts does not wait for a network: that ends the loop.
+QCoro::Task<> Offload::waitForService() {
+    if (!stop_.stop_requested()) {
+        const auto waiting = OutboxDrainer::waitForAll(kServicePatience);
+        const bool isAllSent = co_await waiting;
+        if (!isAllSent)
+            display_.note(texts_.reportsStillWait());
+    }
     loop_.quit();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Arguments.h"
+#include "NamedFolders.h"
 #include "ProgressDisplay.h"
 #include "Texts.h"
 
@@ -8,37 +8,69 @@
 
 #include <QEventLoop>
 
+#include <cstddef>
+#include <memory>
 #include <stop_token>
+#include <string>
 #include <vector>
 
 namespace slatewise::tool {
 
-/// One call of the program: the batch that the command line asks for, shown in a terminal. Where
-/// the command line says nothing the user's stored settings count, which are read and never
-/// written. Nothing is ejected. Needs an application object, and lives on its thread.
+/// What one call of the program is to do.
+struct Order {
+    OffloadSettings settings;
+    NamedFolders folders;
+    /// Of the cards that have none of their own.
+    std::string camera;
+    std::string crew;
+
+    const std::string& cameraOf(const NamedFolder& card) const {
+        return card.camera.empty() ? camera : card.camera;
+    }
+    const std::string& crewOf(const NamedFolder& card) const {
+        return card.crew.empty() ? crew : card.crew;
+    }
+};
+
+/// The batch that an order asks for, shown in a terminal. A card or a destination that cannot be
+/// used fails its own pairs and holds up no others. Nothing is ejected. Needs an application
+/// object, and lives on its thread.
 class Offload : private BatchListener {
 public:
     /// Refers to all three.
-    Offload(const Arguments& arguments, const Texts& texts, ProgressDisplay& display)
-        : arguments_(arguments), texts_(texts), display_(display) {}
+    Offload(const Order& order, const Texts& texts, ProgressDisplay& display);
 
-    /// Runs the event loop until all is over. One result per pair, cards in the outer loop.
-    std::vector<PairResult> run(std::stop_token stop);
+    /// Runs the event loop until all is over. One result for each card and each destination, cards
+    /// in the outer loop. Never fails: a failure is a result.
+    std::vector<PairResult> run(std::stop_token stop) noexcept;
 
 private:
+    void begin();
+    void cancel();
+    BatchPlan plan() const;
+    void answerForUnusable();
+    QCoro::Task<> waitForService();
+
     void batchBegan(const BatchPlan& plan) override;
     void pairBegan(const BatchPair& pair) override;
     void phaseChanged(const OffloadPhase& phase) override;
     void problemFound(const OffloadProblem& problem) override;
     void pairEnded(const BatchPair& pair, const PairResult& result) override;
     void batchEnded(const BatchResult& result) override;
+    void tellOfFailure(const std::string& label, const PairResult& result);
 
-    const Arguments& arguments_;
+    const Order& order_;
     const Texts& texts_;
     ProgressDisplay& display_;
     QEventLoop loop_;
     std::stop_token stop_;
+    std::shared_ptr<Batch> batch_;
+    std::vector<BatchPair> pairs_;
     std::vector<PairResult> results_;
+    /// Which of the results each pair of the batch is.
+    std::vector<std::size_t> places_;
+    /// How many of the batch's pairs have ended.
+    std::size_t ended_ = 0;
 };
 
 } // namespace slatewise::tool

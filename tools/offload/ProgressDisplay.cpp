@@ -9,8 +9,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <variant>
+#include <vector>
 
 namespace slatewise::tool {
 
@@ -25,7 +25,26 @@ constexpr std::size_t kWideBar = 24;
 constexpr std::size_t kNarrowBar = 10;
 constexpr std::size_t kColumnsForWideBar = 120;
 /// A file name is not shortened further than to this many columns.
-constexpr std::size_t kShortestName = 12;
+constexpr std::size_t kShortestName = 6;
+/// Of a sentence, in characters. Paths may have thousands.
+constexpr std::size_t kLongestSentence = 400;
+
+constexpr std::string_view kClearLine = "\r\x1b[K";
+/// A line that is too wide after all, as with wide characters, is cut by the terminal: one that
+/// wrapped could not be drawn over.
+constexpr std::string_view kWrapOff = "\x1b[?7l";
+constexpr std::string_view kWrapOn = "\x1b[?7h";
+
+/// In one piece, so that it comes neither apart nor out of order where others write too. Whoever
+/// watched may be gone.
+void write(const std::string& text) {
+    for (std::string_view left = text; !left.empty();) {
+        const auto count = ::write(STDERR_FILENO, left.data(), left.size());
+        if (count <= 0 && errno != EINTR)
+            return;
+        left.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+}
 
 double fractionOf(const OffloadPhase& phase) {
     if (const auto* copying = std::get_if<Phase::Copying>(&phase))
@@ -41,7 +60,7 @@ std::string bar(double fraction, std::size_t width) {
     std::string text = "[";
     for (std::size_t cell = 0; cell < width; ++cell)
         text += cell < filled ? "█" : "░";
-    return text + "]";
+    return text + "] ";
 }
 
 bool startsCharacter(char byte) {
@@ -75,6 +94,27 @@ std::size_t terminalColumns() {
                                                                              : kUsualColumns;
 }
 
+std::string speedText(const Phase::Copying& copying, AppLanguage language) {
+    return PathSize::format(static_cast<std::int64_t>(copying.bytesPerSecond), language) + "/s";
+}
+
+/// What is being done, and with which file.
+struct Words {
+    std::string deed;
+    std::string file;
+};
+
+Words wordsFor(const OffloadPhase& phase, const Texts& texts) {
+    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
+        return {texts.copying(copying->done, copying->total), Text::visible(copying->file)};
+    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase)) {
+        // People count files from one.
+        return {texts.verifying(std::min(verifying->done + 1, verifying->total), verifying->total),
+                Text::visible(verifying->file)};
+    }
+    return {std::string(texts.shared.scanning()), ""};
+}
+
 } // namespace
 
 ProgressDisplay::ProgressDisplay(const Texts& texts, Output output)
@@ -82,13 +122,15 @@ ProgressDisplay::ProgressDisplay(const Texts& texts, Output output)
       shownKind_(std::variant_npos) {}
 
 void ProgressDisplay::setLabel(std::string label) {
-    label_ = std::move(label);
+    const std::lock_guard guard(lock_);
+    label_ = Text::visible(label);
     shownKind_ = std::variant_npos;
 }
 
 void ProgressDisplay::show(const OffloadPhase& phase) {
     if (isSilent_)
         return;
+    const std::lock_guard guard(lock_);
     const auto now = std::chrono::steady_clock::now();
     const auto interval = isTerminal_ ? std::chrono::milliseconds(kBarInterval)
                                       : std::chrono::milliseconds(kLineInterval);
@@ -101,64 +143,55 @@ void ProgressDisplay::show(const OffloadPhase& phase) {
     draw(line(phase, now));
 }
 
+/// The figures come first, since a narrow terminal cuts the end.
 std::string ProgressDisplay::line(const OffloadPhase& phase,
                                   std::chrono::steady_clock::time_point now) {
     const double fraction = fractionOf(phase);
-    auto prefix = fmt::format("{:3.0f}%  ", std::floor(100 * fraction));
+    const auto words = wordsFor(phase, texts_);
+    std::vector<std::string> parts = {fmt::format("{:3.0f}%", std::floor(100 * fraction))};
     if (const auto left = timeLeft_.update(phase, now))
-        prefix += texts_.timeLeft(clockText(*left)) + "  ·  ";
+        parts.push_back(texts_.timeLeft(clockText(*left)));
+    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
+        parts.push_back(speedText(*copying, texts_.shared.language()));
     if (!label_.empty())
-        prefix += label_ + "  ·  ";
-    if (!isTerminal_)
-        return prefix + words(phase, 0);
-
+        parts.push_back(label_);
+    parts.push_back(words.deed);
+    auto text = fmt::format("{}", fmt::join(parts, " · "));
     const auto columns = terminalColumns();
-    prefix = bar(fraction, columns < kColumnsForWideBar ? kNarrowBar : kWideBar) + " " + prefix;
-    const auto needed = columnsOf(prefix) + columnsOf(words(phase, 0));
-    return prefix + words(phase, needed < columns ? 0 : needed - columns + 1);
-}
-
-std::string ProgressDisplay::words(const OffloadPhase& phase, std::size_t columnsTooMany) const {
-    const auto& shared = texts_.shared;
-    if (const auto* copying = std::get_if<Phase::Copying>(&phase)) {
-        const auto speed = PathSize::format(static_cast<std::int64_t>(copying->bytesPerSecond),
-                                            shared.language()) +
-                           "/s";
-        return shared.copying(copying->done, copying->total,
-                              shortenedBy(Text::onOneLine(copying->file), columnsTooMany), speed);
-    }
-    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase)) {
-        // People count files from one.
-        return shared.verifying(std::min(verifying->done + 1, verifying->total), verifying->total,
-                                shortenedBy(Text::onOneLine(verifying->file), columnsTooMany));
-    }
-    return std::string(shared.scanning());
+    if (isTerminal_)
+        text.insert(0, bar(fraction, columns < kColumnsForWideBar ? kNarrowBar : kWideBar));
+    if (words.file.empty())
+        return text;
+    text += " · ";
+    const auto needed = columnsOf(text) + columnsOf(words.file) + 1;
+    return text + shortenedBy(words.file, isTerminal_ && needed > columns ? needed - columns : 0);
 }
 
 void ProgressDisplay::draw(const std::string& text) {
-    if (isTerminal_) {
-        const auto shown = Text::prefix(text, terminalColumns() - 1);
-        std::cerr << "\r\x1b[K" << shown;
-        hasBar_ = true;
-    } else {
-        std::cerr << text << '\n';
-    }
+    if (!isTerminal_)
+        return write(text + "\n");
+    hasBar_ = true;
+    write(fmt::format("{}{}{}{}", kClearLine, kWrapOff, Text::prefix(text, terminalColumns() - 1),
+                      kWrapOn));
 }
 
-void ProgressDisplay::clearBar() {
-    if (hasBar_)
-        std::cerr << "\r\x1b[K";
-    hasBar_ = false;
-}
-
-void ProgressDisplay::finish(std::string_view sentence) {
+void ProgressDisplay::inform(std::string_view sentence) {
     if (!isSilent_)
-        note(label_.empty() ? std::string(sentence) : label_ + "  ·  " + std::string(sentence));
+        note(sentence);
 }
 
 void ProgressDisplay::note(std::string_view sentence) {
-    clearBar();
-    std::cerr << sentence << '\n';
+    const std::lock_guard guard(lock_);
+    const auto text = Text::shortened(Text::visible(sentence), kLongestSentence) + "\n";
+    write(hasBar_ ? std::string(kClearLine) + text : text);
+    hasBar_ = false;
+}
+
+void ProgressDisplay::clearBar() {
+    const std::lock_guard guard(lock_);
+    if (hasBar_)
+        write(std::string(kClearLine));
+    hasBar_ = false;
 }
 
 } // namespace slatewise::tool

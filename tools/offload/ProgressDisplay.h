@@ -7,14 +7,15 @@
 #include "Offload/OffloadPhase.h"
 
 #include <chrono>
+#include <mutex>
 #include <string>
 #include <string_view>
 
 namespace slatewise::tool {
 
 /// Shows where an offload stands on standard error: a bar that is drawn over and over on a
-/// terminal, a plain line every now and then otherwise, nothing when only errors are wanted. One
-/// thread.
+/// terminal, a plain line every now and then otherwise, nothing when only errors are wanted. What
+/// names hold cannot act on the terminal, and each line goes out whole. Any thread.
 class ProgressDisplay {
 public:
     ProgressDisplay(const Texts& texts, Output output);
@@ -24,25 +25,24 @@ public:
 
     void show(const OffloadPhase& phase);
 
-    /// The good end of a pair, which is progress too.
-    void finish(std::string_view sentence);
+    /// What is good to know but no error.
+    void inform(std::string_view sentence);
 
     /// A sentence that stays and is never silent: it stands on a line of its own, whatever the bar
-    /// does.
+    /// does. One that is very long loses its middle.
     void note(std::string_view sentence);
 
-    /// Takes the bar away before somebody else writes to the terminal.
+    /// Makes room for a line of standard output, which may go to the same terminal.
     void clearBar();
 
 private:
     std::string line(const OffloadPhase& phase, std::chrono::steady_clock::time_point now);
-    /// What is being done, with the file's name shortened where that many columns are too many.
-    std::string words(const OffloadPhase& phase, std::size_t columnsTooMany) const;
     void draw(const std::string& text);
 
     const Texts& texts_;
     const bool isSilent_;
     const bool isTerminal_;
+    std::mutex lock_;
     std::string label_;
     TimeLeft timeLeft_;
     std::size_t shownKind_;

@@ -4,26 +4,108 @@
 
 namespace slatewise::tool {
 
+std::string Texts::noFolder(std::string_view path) const {
+    return fmt::format(fmt::runtime(choose("{} is not a folder.", "{} bir klasör değil.")), path);
+}
+
+std::string Texts::namedTwice(std::string_view path) const {
+    return fmt::format(fmt::runtime(choose("{} is given twice.", "{} iki kez verilmiş.")), path);
+}
+
+std::string Texts::cardAndDestination(std::string_view path) const {
+    return fmt::format(
+        fmt::runtime(choose("{} is both a card and a destination. --to takes one destination; "
+                            "every word without an option is a card.",
+                            "{} hem kart hem hedef. --to tek bir hedef alır; seçeneksiz her sözcük "
+                            "bir karttır.")),
+        path);
+}
+
+std::string Texts::doesNotAnswer(std::string_view path) const {
+    return fmt::format(fmt::runtime(choose("{} does not answer.", "{} yanıt vermiyor.")), path);
+}
+
+std::string Texts::looksLikeDestination(std::string_view path) const {
+    return fmt::format(
+        fmt::runtime(choose("Note: {} is taken for a card but looks like a destination. --to takes "
+                            "one destination; write --to before each.",
+                            "Not: {} kart sayılıyor ama hedefe benziyor. --to tek bir hedef alır; "
+                            "her hedeften önce --to yazın.")),
+        path);
+}
+
+std::string Texts::wordsInUse(std::string_view card, std::string_view camera,
+                              std::string_view crew) const {
+    return fmt::format(
+        fmt::runtime(choose("{}: camera {}, crew {}. --camera and --crew name others.",
+                            "{}: kamera {}, ekip {}. --camera ve --crew başkasını belirler.")),
+        card, camera, crew);
+}
+
 std::string Texts::timeLeft(std::string_view time) const {
-    return shared.isTurkish() ? fmt::format("{} kaldı", time) : fmt::format("{} left", time);
+    return fmt::format(fmt::runtime(choose("{} left", "{} kaldı")), time);
+}
+
+std::string Texts::copying(int number, int count) const {
+    return fmt::format("{} {}/{}", choose("Copying", "Kopyalanıyor"), number, count);
+}
+
+std::string Texts::verifying(int number, int count) const {
+    return fmt::format("{} {}/{}", choose("Verifying", "Doğrulanıyor"), number, count);
+}
+
+std::string_view Texts::stopping() const {
+    return choose("Stopping… Ctrl-C again ends at once.",
+                  "Durduruluyor… Yeniden Ctrl-C hemen bitirir.");
+}
+
+std::string_view Texts::notBegun() const {
+    return choose("Not begun.", "Başlanmadı.");
 }
 
 std::string Texts::leftOnDestination(std::string_view sessionRoot) const {
-    return shared.isTurkish()
-               ? fmt::format("O ana kadar kopyalananlar duruyor, ama doğrulanmadı: {}", sessionRoot)
-               : fmt::format("What was copied until then stays, but is not verified: {}",
-                             sessionRoot);
-}
-
-std::string Texts::reportsNotWritten(std::string_view reason) const {
-    return shared.isTurkish() ? fmt::format("Kopya bitti, ama: {}", reason)
-                              : fmt::format("The copy is complete, but: {}", reason);
+    return fmt::format(
+        fmt::runtime(choose("What was copied until then stays, but is not verified: {}",
+                            "O ana kadar kopyalananlar duruyor, ama doğrulanmadı: {}")),
+        sessionRoot);
 }
 
 std::string_view Texts::reportsStillWait() const {
-    return shared.isTurkish()
-               ? "Servis yanıt vermedi; bildirimler bekliyor ve bir sonraki açılışta gönderilecek."
-               : "The service did not answer; its reports wait and are sent at the next start.";
+    return choose("The service did not answer; its reports wait and are sent at the next start.",
+                  "Servis yanıt vermedi; bildirimler bekliyor ve bir sonraki açılışta "
+                  "gönderilecek.");
+}
+
+std::string Texts::moreProblems(std::size_t count) const {
+    return fmt::format(
+        fmt::runtime(choose("And {} more problems; the log and the reports have all.",
+                            "{} sorun daha; tümü günlükte ve raporlarda.")),
+        count);
+}
+
+std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
+    using Kind = OffloadProblem::Kind;
+    switch (kind.value_or(Kind::CopyStopped)) {
+    case Kind::CardGone:
+    case Kind::DiskReplaced:
+        return choose("Connect it again and start once more; the copy goes to a new folder.",
+                      "Yeniden bağlayıp bir daha başlatın; kopya yeni bir klasöre gider.");
+    case Kind::CopyDiffers:
+    case Kind::NotReadBack:
+    case Kind::NothingReadBack:
+        return choose("Keep the card, do not trust this disk, and offload again to another one.",
+                      "Kartı saklayın, bu diske güvenmeyin ve başka bir diske yeniden alın.");
+    case Kind::ReportsNotArchived:
+    case Kind::ReportsNotCopied:
+        return choose(
+            "The copy itself is complete. Mend the cause and offload again for a full set.",
+            "Kopyanın kendisi tamam. Tam bir takım için nedeni giderip yeniden alın.");
+    default:
+        return choose("Keep the card, mend the cause and start again; the copy goes to a new "
+                      "folder.",
+                      "Kartı saklayın, nedeni giderip yeniden başlatın; kopya yeni bir klasöre "
+                      "gider.");
+    }
 }
 
 } // namespace slatewise::tool

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Language/L10n.h"
+#include "Offload/OffloadProblem.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,13 +14,41 @@ class Texts {
 public:
     explicit Texts(AppLanguage language) : shared(language) {}
 
+    // What is wrong with the command line, or with what it names.
+
+    std::string noFolder(std::string_view path) const;
+    std::string namedTwice(std::string_view path) const;
+    std::string cardAndDestination(std::string_view path) const;
+    std::string doesNotAnswer(std::string_view path) const;
+    std::string looksLikeDestination(std::string_view path) const;
+    /// The words that stand for a card in its path.
+    std::string wordsInUse(std::string_view card, std::string_view camera,
+                           std::string_view crew) const;
+
+    // How it goes.
+
     std::string timeLeft(std::string_view time) const;
+    std::string copying(int number, int count) const;
+    std::string verifying(int number, int count) const;
+    std::string_view stopping() const;
+
+    // What became of it.
+
+    std::string_view notBegun() const;
     std::string leftOnDestination(std::string_view sessionRoot) const;
-    std::string reportsNotWritten(std::string_view reason) const;
     std::string_view reportsStillWait() const;
+    std::string moreProblems(std::size_t count) const;
+    /// What to do after a failure; without a kind, after any.
+    std::string_view advice(std::optional<OffloadProblem::Kind> kind) const;
 
     /// The texts of the application.
     L10n shared;
+
+private:
+    template <typename Text>
+    Text choose(Text english, Text turkish) const {
+        return shared.isTurkish() ? turkish : english;
+    }
 };
 
 } // namespace slatewise::tool

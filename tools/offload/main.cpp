@@ -3,9 +3,12 @@
 #include "Interruption.h"
 #include "Offload.h"
 
+#include "Offload/FolderTemplate.h"
 #include "Platform/Desktop/UserDefaults.h"
+#include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Storage/AppLog.h"
+#include "Storage/SupportPaths.h"
 
 #include <QCoreApplication>
 
@@ -18,25 +21,20 @@ namespace {
 
 using namespace slatewise;
 
-/// Control characters would break the lines that scripts read.
-std::string fieldText(const std::filesystem::path& path) {
-    return Text::replaced(Text::replaced(path.native(), "\t", "?"), "\n", "?");
-}
-
 /// Gives whether whoever reads the results has got them.
 bool print(const std::vector<PairResult>& results) {
     for (const auto& result : results) {
-        std::cout << rawValue(result.status) << '\t' << fieldText(result.sessionRoot) << '\t'
-                  << fieldText(result.reportFolder) << '\n';
+        std::cout << rawValue(result.status) << '\t' << Text::visible(result.sessionRoot.native())
+                  << '\t' << Text::visible(result.reportFolder.native()) << '\n';
     }
     return static_cast<bool>(std::cout.flush());
 }
 
 int exitCode(const std::vector<PairResult>& results) {
-    const bool anyFailed = std::any_of(results.begin(), results.end(), [](const auto& result) {
-        return result.status == OutcomeStatus::Failed;
+    const bool allEndedWell = std::all_of(results.begin(), results.end(), [](const auto& result) {
+        return endedWell(result.status);
     });
-    return anyFailed ? tool::kExitOffloadFailed : tool::kExitSuccess;
+    return allEndedWell ? tool::kExitSuccess : tool::kExitOffloadFailed;
 }
 
 /// The language of this process, from here on. What is stored stays as it is.
@@ -48,9 +46,47 @@ AppLanguage languageFor(const tool::Arguments& arguments) {
     return Language::load(defaults);
 }
 
-int offload(const tool::Arguments& arguments, int count, char** words) {
+/// The user's settings, with what the command line says instead. Whether anything is copied is the
+/// command line's word alone: a script must not depend on a switch in a window.
+OffloadSettings settingsFor(const tool::Arguments& arguments) {
+    auto settings = OffloadSettings::load(UserDefaults::standard());
+    settings.verifyOnly = arguments.hashOnly;
+    settings.writesHashList = arguments.writesHashList.value_or(settings.writesHashList);
+    settings.folderTemplate = arguments.folderTemplate.value_or(settings.folderTemplate);
+    settings.projectName = arguments.project.value_or(settings.projectName);
+    for (const auto& name : arguments.excludes)
+        settings.addExclude(name);
+    return settings;
+}
+
+/// What a token of the template stands for.
+std::string wordFor(const char* token, const FolderTemplate::Values& values) {
+    return FolderTemplate::expand(token, values).filename().native();
+}
+
+/// Says what may not be what was meant, though nothing is wrong with it.
+void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
+                   tool::ProgressDisplay& display) {
+    for (const auto& card : order.folders.cards) {
+        if (card.obstacle)
+            continue;
+        if (card.looksLikeDestination)
+            display.inform(texts.looksLikeDestination(card.volume.facts.mountPoint.native()));
+        FolderTemplate::Values values;
+        values.destination = "/";
+        values.camera = order.cameraOf(card);
+        values.ekip = order.crewOf(card);
+        if (values.camera.empty() || values.ekip.empty()) {
+            display.inform(texts.wordsInUse(card.volume.name(), wordFor("{Cam}", values),
+                                            wordFor("{Ekip}", values)));
+        }
+    }
+}
+
+int offload(tool::Arguments arguments, int count, char** words) {
     // Before there is any other thread.
     tool::Interruption interruption;
+    const auto stop = interruption.token();
     // What the toolkit has to say is for the log, not between results and progress.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
         AppLog::append(message.toStdString());
@@ -58,8 +94,31 @@ int offload(const tool::Arguments& arguments, int count, char** words) {
     const QCoreApplication application(count, words);
     const tool::Texts texts(languageFor(arguments));
     tool::ProgressDisplay display(texts, arguments.output);
-    tool::Offload run(arguments, texts, display);
-    const auto results = run.run(interruption.token());
+    const std::stop_callback stopping(stop, [&] { display.note(texts.stopping()); });
+
+    tool::Order order{.settings = settingsFor(arguments),
+                      .folders = {},
+                      .camera = arguments.camera,
+                      .crew = arguments.crew};
+    if (FolderTemplate::leadsOut(order.settings.folderTemplate)) {
+        display.note(texts.shared.templateLeadsOut(order.settings.folderTemplate));
+        return tool::kExitWrongUsage;
+    }
+    const bool isForArchiveAlone = arguments.destinations.empty();
+    if (isForArchiveAlone)
+        arguments.destinations = {SupportPaths::reportsArchive(order.settings)};
+    order.folders = tool::lookAt(arguments, texts, stop);
+    if (const auto misuse = order.folders.misuse(texts)) {
+        display.note(*misuse);
+        return tool::kExitWrongUsage;
+    }
+    tellOfChoices(order, texts, display);
+    auto results = tool::Offload(order, texts, display).run(stop);
+    if (isForArchiveAlone) {
+        // Where copies would go is of no interest where nobody asked for any.
+        for (auto& result : results)
+            result.sessionRoot.clear();
+    }
     const int code = print(results) ? exitCode(results) : tool::kExitOffloadFailed;
     return code != tool::kExitSuccess && interruption.happened() ? tool::kExitInterrupted : code;
 }
@@ -70,8 +129,13 @@ int main(int count, char** words) {
     std::setlocale(LC_ALL, "");
     // Whoever watched the progress may go; the copy goes on.
     std::signal(SIGPIPE, SIG_IGN);
-    const auto parsed = tool::parseArguments(count, words);
-    if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
-        return code->value;
-    return offload(std::get<tool::Arguments>(parsed), count, words);
+    try {
+        auto parsed = tool::parseArguments(count, words);
+        if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
+            return code->value;
+        return offload(std::move(std::get<tool::Arguments>(parsed)), count, words);
+    } catch (const std::exception& failure) {
+        std::cerr << "slatewise-offload: " << Text::visible(describe(failure)) << '\n';
+        return tool::kExitOffloadFailed;
+    }
 }

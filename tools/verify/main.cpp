@@ -26,7 +26,7 @@ void keep(const Verify::ListedTree& tree, Verify::Result& result, const tool::Ve
     if (!result.isAllEqual())
         return display.note(texts.noGeneration());
     for (const auto& name : Verify::addGenerations(tree, result))
-        display.note(texts.nameLeftOut(Text::onOneLine(name)));
+        display.note(texts.nameLeftOut(name));
 }
 
 /// Gives whether all is there and equal.
@@ -38,18 +38,18 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
         .finding =
             [&](const Verify::Finding& finding) {
                 display.clearBar();
-                std::cout << rawValue(finding.difference) << '\t' << Text::onOneLine(finding.path)
+                std::cout << rawValue(finding.difference) << '\t' << Text::visible(finding.path)
                           << std::endl;
                 const auto explanation = finding.explanation(texts.shared);
                 if (!explanation.empty())
-                    display.note(Text::onOneLine(finding.path + ": " + explanation));
+                    display.note(finding.path + ": " + explanation);
             }};
     auto result = Verify::check(tree, arguments.keep, watch, std::move(stop));
-    const auto name = Text::onOneLine(tree.root.native());
+    const auto name = Text::displayable(tree.root.native());
     if (result.mayBeFromMemory)
         display.note(texts.fromMemory(name));
     if (result.isAllEqual())
-        display.finish(texts.verdict(result, name));
+        display.inform(texts.verdict(result, name));
     else
         display.note(texts.verdict(result, name));
     if (arguments.keep == Verify::Keep::Tree)
@@ -60,6 +60,7 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
 int verifyAll(const tool::VerifyArguments& arguments, int count, char** words) {
     // Before there is any other thread.
     const tool::Interruption interruption;
+    const auto stop = interruption.token();
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
         AppLog::append(message.toStdString());
     });
@@ -68,11 +69,11 @@ int verifyAll(const tool::VerifyArguments& arguments, int count, char** words) {
     const tool::Texts shared(language);
     const tool::VerifyTexts texts(language);
     tool::ProgressDisplay display(shared, arguments.output);
+    const std::stop_callback stopping(stop, [&] { display.note(shared.stopping()); });
     bool isAllEqual = true;
     for (const auto& path : arguments.paths) {
         try {
-            isAllEqual =
-                verify(path, arguments, texts, display, interruption.token()) && isAllEqual;
+            isAllEqual = verify(path, arguments, texts, display, stop) && isAllEqual;
         } catch (const CancellationError&) {
             display.note(shared.shared.cancelled());
             return tool::kExitInterrupted;
@@ -92,8 +93,13 @@ int verifyAll(const tool::VerifyArguments& arguments, int count, char** words) {
 int main(int count, char** words) {
     std::setlocale(LC_ALL, "");
     std::signal(SIGPIPE, SIG_IGN);
-    const auto parsed = tool::parseVerifyArguments(count, words);
-    if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
-        return code->value;
-    return verifyAll(std::get<tool::VerifyArguments>(parsed), count, words);
+    try {
+        const auto parsed = tool::parseVerifyArguments(count, words);
+        if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
+            return code->value;
+        return verifyAll(std::get<tool::VerifyArguments>(parsed), count, words);
+    } catch (const std::exception& failure) {
+        std::cerr << "slatewise-verify: " << Text::visible(describe(failure)) << '\n';
+        return tool::kExitOffloadFailed;
+    }
 }

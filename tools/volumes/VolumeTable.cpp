@@ -21,12 +21,7 @@ using Row = std::array<QString, kColumns>;
 constexpr qsizetype kGap = 2;
 
 QString printable(std::string_view bytes) {
-    auto text = QString::fromStdString(Text::displayable(bytes));
-    for (auto& character : text) {
-        if (character < u' ')
-            character = u'?';
-    }
-    return text;
+    return QString::fromStdString(Text::visible(bytes));
 }
 
 QString size(std::int64_t bytes) {

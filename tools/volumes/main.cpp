@@ -1,6 +1,7 @@
 #include "VolumeTable.h"
 
 #include "Platform/AppInfo.h"
+#include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Volumes/VolumeMonitor.h"
 
@@ -9,6 +10,7 @@
 #include <QCoreApplication>
 
 #include <clocale>
+#include <cstdlib>
 #include <iostream>
 
 namespace {
@@ -26,7 +28,7 @@ void print(const std::vector<ClassifiedVolume>& volumes) {
 std::string folderNames(const VolumesRoot& root) {
     std::string names;
     for (const auto& folder : root.paths())
-        names += (names.empty() ? "" : ", ") + Text::displayable(folder.native());
+        names += (names.empty() ? "" : ", ") + Text::visible(folder.native());
     return names;
 }
 
@@ -42,11 +44,8 @@ int follow(VolumesRoot root) {
     return QCoreApplication::exec();
 }
 
-} // namespace
-
-int main(int count, char** words) {
+int list(int count, char** words) {
     const QCoreApplication application(count, words);
-    std::setlocale(LC_ALL, "");
     CLI::App program(kDescription, "slatewise-volumes");
     program.set_version_flag("--version",
                              std::string("slatewise-volumes ") + std::string(AppInfo::version));
@@ -64,5 +63,17 @@ int main(int count, char** words) {
     VolumeMonitor monitor(std::move(root));
     monitor.refresh();
     print(monitor.currentVolumes());
-    return std::cout ? 0 : 1;
+    return std::cout ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    std::setlocale(LC_ALL, "");
+    try {
+        return list(count, words);
+    } catch (const std::exception& failure) {
+        std::cerr << "slatewise-volumes: " << Text::visible(describe(failure)) << '\n';
+        return EXIT_FAILURE;
+    }
 }

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Arguments.h"
+#include "Texts.h"
+
+#include "Volumes/VolumeRecords.h"
+
+#include <filesystem>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace slatewise::tool {
+
+/// A card or a destination of the command line, as it was found.
+struct NamedFolder {
+    /// A picked folder, its path absolute and without links, dots or a slash at its end: the last
+    /// part is the name that reports show. Where nothing was found it has path and name alone.
+    ClassifiedVolume volume;
+    /// Of a card, where the command line names them for it alone.
+    std::string camera{};
+    std::string crew{};
+    /// Why it cannot be used: it is gone, or does not answer.
+    std::optional<std::string> obstacle{};
+    /// It is something else than a folder, which no plugging in mends.
+    bool isNoFolder = false;
+    /// There are report sets in it, or nothing at all, as on a disk that cards are copied to.
+    bool looksLikeDestination = false;
+};
+
+struct NamedFolders {
+    std::vector<NamedFolder> cards;
+    std::vector<NamedFolder> destinations;
+
+    /// What makes no sense however the disks behave: a file, a folder that is named twice, a card
+    /// that is a destination too.
+    std::optional<std::string> misuse(const Texts& texts) const;
+};
+
+/// Looks at everything that the command line names, at each on a thread of its own: one that does
+/// not answer within seconds holds up none of the others and is left to itself. Ends at once, with
+/// what is known by then, when `stop` asks for it.
+NamedFolders lookAt(const Arguments& arguments, const Texts& texts, const std::stop_token& stop);
+
+} // namespace slatewise::tool
