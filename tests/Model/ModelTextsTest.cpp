@@ -41,7 +41,7 @@ TEST(ProgressTexts, RunOnceAcrossTheBatch) {
         {Phase::Scanning{}, single, 0, "0%", "Scanning card…"},
         {Phase::Scanning{}, secondOfTwo, 0.5, "50%", "Card 2/2 · x — Scanning card…"},
         {Phase::Copying{"a\nb.mov", 3, 10, 0.254, 350'000'000.9}, single, 0.254, "25%",
-         "Copying 3 / 10  ·  a b.mov  ·  350 MB/s"},
+         "Copying 3 / 10  ·  a␊b.mov  ·  350 MB/s"},
         {Phase::Verifying{"a.mov", 3, 10, 1.2}, single, 1, "100%", "Verifying 3 / 10  ·  a.mov"},
         {Phase::Verifying{"a.mov", 0, 10, 0.9}, secondOfTwo, 0.95, "95%",
          "Card 2/2 · x — Verifying 0 / 10  ·  a.mov"},

@@ -13,6 +13,15 @@ namespace slatewise {
 
 namespace {
 
+std::int64_t sizeOf(const FileDescriptor& opened, const FileBeneath& file) {
+    struct stat facts {};
+    if (::fstat(opened.get(), &facts) != 0)
+        throw PosixError("stat", file.path(), errno);
+    if (!S_ISREG(facts.st_mode))
+        throw PosixError("open", file.path(), S_ISDIR(facts.st_mode) ? EISDIR : EINVAL);
+    return facts.st_size;
+}
+
 /// Empty when there is nothing of that name.
 FileDescriptor openRegularFile(const FileBeneath& file, std::int64_t largestBytes) {
     FileDescriptor opened;
@@ -24,12 +33,7 @@ FileDescriptor openRegularFile(const FileBeneath& file, std::int64_t largestByte
             return opened;
         throw;
     }
-    struct stat facts {};
-    if (::fstat(opened.get(), &facts) != 0)
-        throw PosixError("stat", file.path(), errno);
-    if (!S_ISREG(facts.st_mode))
-        throw PosixError("open", file.path(), S_ISDIR(facts.st_mode) ? EISDIR : EINVAL);
-    if (facts.st_size > largestBytes)
+    if (sizeOf(opened, file) > largestBytes)
         throw PosixError("open", file.path(), EFBIG);
     return opened;
 }
@@ -46,6 +50,7 @@ void writeAll(const FileDescriptor& file, std::string_view content, const FileBe
 void copyBytes(const FileDescriptor& source, const FileBeneath& from, const FileBeneath& to) {
     const auto target = to.folder.open(to.relative, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
     std::array<char, 65536> buffer;
+    std::int64_t copied = 0;
     for (;;) {
         const auto count = ::read(source.get(), buffer.data(), buffer.size());
         if (count < 0)
@@ -53,7 +58,11 @@ void copyBytes(const FileDescriptor& source, const FileBeneath& from, const File
         if (count == 0)
             break;
         writeAll(target, {buffer.data(), static_cast<std::size_t>(count)}, to);
+        copied += count;
     }
+    // The end may have come too early.
+    if (copied != sizeOf(source, from))
+        throw PosixError("read", from.path(), EIO);
     if (::fsync(target.get()) != 0)
         throw PosixError("fsync", to.path(), errno);
 }
