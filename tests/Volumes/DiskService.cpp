@@ -1,0 +1,155 @@
+#include "DiskService.h"
+
+#include "Platform/Disks/UDisksClient.h"
+#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Text.h"
+#include "support/Process.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <iostream>
+#include <stdexcept>
+#include <thread>
+
+extern char** environ;
+
+namespace slatewise::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+template <typename Condition>
+void waitUntil(const char* what, Condition condition) {
+    const auto deadline = std::chrono::steady_clock::now() + 20s;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            throw std::runtime_error(what);
+        std::this_thread::sleep_for(10ms);
+    }
+}
+
+/// Goes on with what else is to be undone when this fails.
+void undo(const std::vector<std::string>& words) {
+    try {
+        runPrivileged(words);
+    } catch (const std::exception& failure) {
+        std::cerr << "disk left: " << failure.what() << "\n";
+    }
+}
+
+void settleDevices() {
+    runPrivileged({"udevadm", "settle", "--timeout=20"});
+}
+
+} // namespace
+
+Daemon::Daemon(const std::vector<std::string>& words) {
+    const auto file = folder_ / "pid";
+    // Ends with us also when we are killed.
+    std::vector<std::string> command = {
+        "setpriv",    "--pdeathsig", "TERM",
+        "sh",         "-c",          "echo $$ > \"$0\"; exec \"$@\" > /dev/null 2>&1",
+        file.native()};
+    if (::geteuid() != 0)
+        command.insert(command.begin(), {"sudo", "-n"});
+    command.insert(command.end(), words.begin(), words.end());
+    std::vector<char*> arguments;
+    for (auto& word : command)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    if (::posix_spawnp(&child_, arguments.front(), nullptr, nullptr, arguments.data(), environ) !=
+        0)
+        throw std::runtime_error("cannot start " + words.front());
+    waitUntil("no daemon",
+              [&] { return std::filesystem::exists(file) && readFile(file).ends_with('\n'); });
+}
+
+Daemon::~Daemon() {
+    try {
+        send("CONT");
+        send("TERM");
+    } catch (const std::exception& failure) {
+        std::cerr << "left running: " << failure.what() << "\n";
+    }
+    ::waitpid(child_, nullptr, 0);
+}
+
+void Daemon::send(const std::string& signal) const {
+    runPrivileged({"kill", "-" + signal, Text::trimmed(readFile(folder_ / "pid"))});
+}
+
+class DiskService::Turn {
+public:
+    Turn() : lock_(::open("/tmp/slatewise-disk-service.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+        if (::flock(lock_.get(), LOCK_EX) != 0)
+            throw std::runtime_error("no turn");
+    }
+
+private:
+    FileDescriptor lock_;
+};
+
+DiskService::DiskService() : turn_(std::make_unique<Turn>()) {
+    const auto isManaged = [] {
+        return run({"timeout", "5", "udevadm", "control", "--ping"}).exitCode == 0;
+    };
+    if (!isManaged()) {
+        deviceManager_ =
+            std::make_unique<Daemon>(std::vector<std::string>{"/lib/systemd/systemd-udevd"});
+        waitUntil("no device manager", isManaged);
+        runPrivileged({"udevadm", "trigger", "--subsystem-match=block"});
+        settleDevices();
+    }
+    start();
+}
+
+DiskService::~DiskService() = default;
+
+void DiskService::end() {
+    service_.reset();
+}
+
+void DiskService::start() {
+    service_ = std::make_unique<Daemon>(std::vector<std::string>{
+        "env", "DBUS_SYSTEM_BUS_ADDRESS=" + bus_.address(), "/usr/libexec/udisks2/udisksd"});
+    waitUntil("no disk service",
+              [&] { return UDisksClient(bus_.address()).objects().has_value(); });
+}
+
+LoopDisk::LoopDisk(std::vector<std::string> format) {
+    const auto image = (folder_ / "disk.img").native();
+    runPrivileged({"truncate", "-s", "128M", image});
+    format.push_back(image);
+    runPrivileged(format);
+    device_ = Text::trimmed(runPrivileged({"losetup", "--find", "--show", image}));
+    settleDevices();
+}
+
+LoopDisk::~LoopDisk() {
+    for (const auto& folder : mountPoints_)
+        undo({"umount", "--lazy", folder.native()});
+    undo({"losetup", "--detach", device_.native()});
+}
+
+void LoopDisk::mount(const std::filesystem::path& folder, const std::vector<std::string>& options) {
+    std::filesystem::create_directories(folder);
+    std::vector<std::string> words = {"mount"};
+    words.insert(words.end(), options.begin(), options.end());
+    words.insert(words.end(), {device_.native(), folder.native()});
+    runPrivileged(words);
+    mountPoints_.push_back(folder);
+}
+
+void LoopDisk::unmount() {
+    for (const auto& folder : mountPoints_)
+        runPrivileged({"umount", folder.native()});
+    mountPoints_.clear();
+}
+
+} // namespace slatewise::test

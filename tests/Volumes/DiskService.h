@@ -1,0 +1,81 @@
+#pragma once
+
+#include "PrivateBus.h"
+
+#include <memory>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace slatewise::test {
+
+/// A program of the system that runs beside the test, as root, and ends with it.
+class Daemon {
+public:
+    explicit Daemon(const std::vector<std::string>& words);
+    ~Daemon();
+    Daemon(const Daemon&) = delete;
+    Daemon& operator=(const Daemon&) = delete;
+
+    /// "STOP" holds it, "CONT" lets it go on.
+    void send(const std::string& signal) const;
+
+private:
+    TemporaryFolder folder_;
+    /// What we have started, which may be a program that raises rights.
+    pid_t child_ = 0;
+};
+
+/// The system's real disk service, on a bus of its own, where it knows the machine's real devices.
+/// One at a time on a machine: others wait for its end.
+class DiskService {
+public:
+    /// Running, and knowing all devices.
+    DiskService();
+    ~DiskService();
+
+    const std::string& address() const { return bus_.address(); }
+
+    /// Takes questions and does not answer.
+    void fallSilent() { service_->send("STOP"); }
+    void speakAgain() { service_->send("CONT"); }
+
+    void end();
+    void start();
+
+private:
+    class Turn;
+
+    std::unique_ptr<Turn> turn_;
+    PrivateBus bus_;
+    /// Tells the service of devices; a machine of containers may lack it.
+    std::unique_ptr<Daemon> deviceManager_;
+    std::unique_ptr<Daemon> service_;
+};
+
+/// A file that stands for a disk, and the device that carries it.
+class LoopDisk {
+public:
+    /// Of 128 MiB, formatted by the command, to which the file is added.
+    explicit LoopDisk(std::vector<std::string> format);
+    ~LoopDisk();
+    LoopDisk(const LoopDisk&) = delete;
+    LoopDisk& operator=(const LoopDisk&) = delete;
+
+    /// "loop3".
+    std::string deviceName() const { return device_.filename(); }
+
+    /// At a folder that is made if need be. All that is mounted is unmounted at the end.
+    void mount(const std::filesystem::path& folder, const std::vector<std::string>& options = {});
+    void unmount();
+
+    /// Somebody else has done it.
+    void wasUnmounted() { mountPoints_.clear(); }
+
+private:
+    TemporaryFolder folder_;
+    std::filesystem::path device_;
+    std::vector<std::filesystem::path> mountPoints_;
+};
+
+} // namespace slatewise::test
