@@ -67,7 +67,7 @@ ViewCase {
         tryVerify(() => row("cards", 0) !== null)
         keyClick(Qt.Key_Tab)
         keyClick(Qt.Key_Tab)
-        verify(row("cards", 0).activeFocus)
+        tryVerify(() => row("cards", 0).activeFocus)
     }
 
     function test_rows_lie_one_below_the_other() {
