@@ -92,10 +92,9 @@ private:
     std::string claimName(const std::filesystem::path& archive) const {
         const auto wanted = ReportFolder::displayName(outcome_.startedAt, pair_.ekip, pair_.camera,
                                                       pair_.card.facts.volumeName);
-        return ReportFolder::claim(wanted, outcome_.sessionID.text(), archive,
-                                   isDiskInPlace() && !isArchiveTheDisk()
-                                       ? pair_.destinationFolder.get()
-                                       : nullptr);
+        return ReportFolder::claim(
+            wanted, outcome_.sessionID.text(), archive,
+            isDiskInPlace() && !isArchiveTheDisk() ? pair_.destinationFolder.get() : nullptr);
     }
 
     /// Who hashes without a disk has the archive for one.

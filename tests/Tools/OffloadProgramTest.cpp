@@ -187,7 +187,7 @@ TEST_F(OffloadProgram, AnswersForEveryCardAndDiskThatIsGoneDeadOrSilent) {
     ASSERT_THAT(pairs, SizeIs(10));
     expectProved(pairs[0], folder / "A001");
     expectProved(pairs[8], folder / "B002");
-    for (const std::size_t pair : {1, 2, 3, 4, 5, 6, 7, 9})
+    for (const auto pair : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 9U})
         EXPECT_EQ(pairs[pair].status, "failed") << pair;
     EXPECT_THAT(result.standardError,
                 AllOf(HasSubstr("A001 → gone · Failed: " + (folder / "gone").native()),

@@ -1,6 +1,5 @@
 #include "Volumes/VolumeClassifier.h"
 
-
 #include <gmock/gmock.h>
 
 using namespace slatewise;
