@@ -27,7 +27,7 @@ void benchStore(const std::filesystem::path& folder) {
         const auto file = folder / "store.sqlite";
         AppDatabase database(file);
         fmt::print("  {:>8} files {:8.3f} s CPU\n", files,
-                   cpuSeconds([&] { database.save(outcome, "card", "disk", "A"); }));
+                   cpuSeconds([&] { database.save(outcome, outcome.files, "card", "disk", "A"); }));
         std::filesystem::remove(file);
     }
     fmt::print("\n");

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <optional>
+#include <utility>
 
 namespace slatewise::PairTraces {
 
@@ -48,7 +49,8 @@ public:
            AppDatabase& database, const Tell& tell)
         : plan_(plan), pair_(pair), outcome_(outcome), database_(database), tell_(tell),
           archive_(SupportPaths::reportsArchive(plan.settings)),
-          manifest_(ReportWriter::buildManifest(outcome, pair.card.facts, pair.destination.facts,
+          manifest_(ReportWriter::buildManifest(outcome, std::exchange(outcome.files, {}),
+                                                pair.card.facts, pair.destination.facts,
                                                 pair.camera, pair.ekip, plan.language)) {}
 
     Folders leave() {
@@ -138,20 +140,20 @@ private:
 
     void save() {
         try {
-            database_.save(outcome_, pair_.card.facts.volumeName,
+            database_.save(outcome_, manifest_.files, pair_.card.facts.volumeName,
                            pair_.destination.facts.volumeName, pair_.camera);
         } catch (const std::exception& failure) {
             report({Kind::SessionNotStored, pair_.card.name(), describe(failure)});
         }
         AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
                                    rawValue(outcome_.status), pair_.card.facts.volumeName,
-                                   pair_.destination.facts.volumeName, outcome_.files.size(),
+                                   pair_.destination.facts.volumeName, manifest_.files.size(),
                                    outcome_.bytesCopied));
     }
 
     void enqueue() {
         try {
-            selfEnqueue(outcome_, pair_.card, pair_.destination, manifest_, database_);
+            selfEnqueue(manifest_, database_);
         } catch (const std::exception& failure) {
             const OffloadProblem problem{Kind::SessionNotQueued, pair_.card.name(),
                                          describe(failure)};

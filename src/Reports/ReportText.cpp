@@ -80,7 +80,7 @@ std::vector<std::string> timingLines(const ManifestFile& file) {
 
     std::vector<std::string> lines;
     for (auto& line : {TimecodeFormat::range(file.media->timecodeStart, file.media->timecodeEnd),
-                       file.displayDuration(), rates}) {
+                       displayDuration(file), rates}) {
         if (line != kNothing)
             lines.push_back(line);
     }

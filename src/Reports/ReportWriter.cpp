@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <unordered_set>
+#include <utility>
 
 namespace slatewise::ReportWriter {
 
@@ -53,9 +54,10 @@ ManifestCounts count(std::span<const ManifestFile> files, std::int64_t bytesCopi
 
 } // namespace
 
-SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& card,
-                              const VolumeFacts& destination, const std::string& camera,
-                              const std::string& ekip, AppLanguage language) {
+SessionManifest buildManifest(const OffloadOutcome& outcome, std::vector<FileCopyResult> files,
+                              const VolumeFacts& card, const VolumeFacts& destination,
+                              const std::string& camera, const std::string& ekip,
+                              AppLanguage language) {
     SessionManifest manifest;
     manifest.schemaVersion = AppInfo::schemaVersion;
     manifest.app = AppInfo::manifestApp;
@@ -75,7 +77,7 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& 
                             .volumeUUID = destination.volumeUUID,
                             .mountPoint = destination.mountPoint.native(),
                             .sessionRoot = outcome.sessionRoot.native()};
-    manifest.files = std::vector<ManifestFile>(outcome.files.begin(), outcome.files.end());
+    manifest.files = std::move(files);
     manifest.counts = count(manifest.files, outcome.bytesCopied);
     return manifest;
 }

@@ -12,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Makes the report set that travels with the footage. Without state; synchronous. What touches the
 /// disk fails with `PosixError`.
@@ -24,9 +25,12 @@ inline constexpr std::array<std::string_view, 7> fileNames = {
     "Reports_Detailed.pdf",
 };
 
-SessionManifest buildManifest(const OffloadOutcome& outcome, const VolumeFacts& card,
-                              const VolumeFacts& destination, const std::string& camera,
-                              const std::string& ekip, AppLanguage language);
+/// The record of a session. `files` are the outcome's rows, of which there may be too many to be
+/// held twice; those that the outcome itself holds are not looked at.
+SessionManifest buildManifest(const OffloadOutcome& outcome, std::vector<FileCopyResult> files,
+                              const VolumeFacts& card, const VolumeFacts& destination,
+                              const std::string& camera, const std::string& ekip,
+                              AppLanguage language);
 
 /// Writes the set into a folder, which is made with its parents, and waits until it would survive a
 /// power cut. The first failure ends it; what is written by then stays, the manifest first.

@@ -101,7 +101,7 @@ private:
         const bool hasTimecode = range != kNothing;
         const auto rates = TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate);
         cell(page, hasTimecode ? "tc" : "muted", range);
-        cell(page, hasTimecode ? "dur" : "muted", file.displayDuration());
+        cell(page, hasTimecode ? "dur" : "muted", displayDuration(file));
         cell(page, rateClass(rates.mismatch, hasTimecode), rates.text);
         cell(page, hasTimecode ? "df" : "muted", dropFrameText(file.media->timecodeDropFrame));
     }

@@ -4,8 +4,8 @@
 
 namespace slatewise {
 
-std::string ManifestFile::displayDuration() const {
-    const auto text = Text::trimmed(media->durationTC.value_or(""));
+std::string displayDuration(const ManifestFile& file) {
+    const auto text = Text::trimmed(file.media->durationTC.value_or(""));
     return text.empty() ? "—" : text;
 }
 

@@ -51,16 +51,11 @@ struct ManifestCounts {
     friend bool operator==(const ManifestCounts&, const ManifestCounts&) = default;
 };
 
-/// One file of a session: its row, and what reports derive from it.
-struct ManifestFile : FileCopyResult {
-    ManifestFile() = default;
-    explicit ManifestFile(const FileCopyResult& row) : FileCopyResult(row) {}
+/// One file of a session is its row, as the run gave it.
+using ManifestFile = FileCopyResult;
 
-    /// The duration as timecode, a dash when there is none.
-    std::string displayDuration() const;
-
-    friend bool operator==(const ManifestFile&, const ManifestFile&) = default;
-};
+/// The duration as timecode, a dash when there is none.
+std::string displayDuration(const ManifestFile& file);
 
 /// The record of one session, from which every report is made.
 struct SessionManifest {

@@ -81,7 +81,7 @@ void describeFile(const ManifestFile& file, Row& row) {
     row.verify = rawValue(file.verifyStatus);
     row.fate = file.verifyStatus;
     row.tc = TimecodeFormat::range(file.media->timecodeStart, file.media->timecodeEnd);
-    row.dur = file.displayDuration();
+    row.dur = displayDuration(file);
     row.fps = rates.text;
     row.fpsMismatch = rates.mismatch;
     row.df = dropFrameText(file.media->timecodeDropFrame);

@@ -6,10 +6,15 @@
 #include "Storage/AppDatabase.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <utility>
 
 namespace slatewise {
 
 namespace {
+
+constexpr const char* kFiles = "files";
+constexpr const char* kInventory = "inventoryJSON";
 
 template <typename Visit>
 void forEachFileField(Visit&& visit) {
@@ -29,7 +34,7 @@ void forEachPayloadField(Visit&& visit) {
     visit("finishedAt", &OutboxPayload::finishedAt);
     visit("status", &OutboxPayload::status);
     visit("averageSpeedMBs", &OutboxPayload::averageSpeedMBs);
-    visit("inventoryJSON", &OutboxPayload::inventoryJSON);
+    visit(kInventory, &OutboxPayload::inventoryJSON);
     visit("error", &OutboxPayload::error);
 }
 
@@ -45,34 +50,87 @@ void read(const Json::Value& object, const char* key, std::optional<T>& result) 
 OutboxPayload payloadFrom(const Json::Value& object) {
     OutboxPayload payload;
     forEachPayloadField([&](const char* key, auto member) { read(object, key, payload.*member); });
-    for (const auto& file : object.at("files").get_ref<const Json::Value::array_t&>()) {
+    for (const auto& file : object.at(kFiles).get_ref<const Json::Value::array_t&>()) {
         auto& entry = payload.files.emplace_back();
         forEachFileField([&](const char* key, auto member) { read(file, key, entry.*member); });
     }
     return payload;
 }
 
-double megabytesPerSecond(const OffloadOutcome& outcome) {
+double megabytesPerSecond(const SessionManifest& manifest) {
     using Seconds = std::chrono::duration<double>;
     constexpr Seconds kShortest(0.001);
     constexpr double kBytesPerMegabyte = 1'000'000;
-    const auto duration = std::max(Seconds(outcome.finishedAt - outcome.startedAt), kShortest);
-    return static_cast<double>(outcome.bytesCopied) / duration.count() / kBytesPerMegabyte;
+    const auto duration = std::max(Seconds(manifest.finishedAt - manifest.startedAt), kShortest);
+    return static_cast<double>(manifest.counts.bytesCopied) / duration.count() / kBytesPerMegabyte;
+}
+
+/// All but the files and the inventory, which can be long.
+OutboxPayload headOf(const SessionManifest& manifest) {
+    OutboxPayload head;
+    head.sessionID = manifest.sessionID;
+    head.driveName = manifest.card.name;
+    head.totalSizeBytes = manifest.counts.bytesCopied;
+    head.startedAt = manifest.startedAt;
+    head.finishedAt = manifest.finishedAt;
+    head.status = manifest.status;
+    head.averageSpeedMBs = megabytesPerSecond(manifest);
+    if (manifest.status != OutcomeStatus::Verified)
+        head.error = "verify failed";
+    return head;
+}
+
+std::string fileText(const SessionManifest& manifest, const ManifestFile& file) {
+    const std::filesystem::path card = manifest.card.mountPoint;
+    const std::filesystem::path session = manifest.destination.sessionRoot;
+    const OutboxFile entry{(card / file.relativePath).native(),
+                           (session / file.relativePath).native(), file.sizeBytes, file.action};
+    Json::Value object = Json::Value::object();
+    forEachFileField([&](const char* key, auto member) { Json::put(object, key, entry.*member); });
+    return Json::compactText(object);
+}
+
+void putFiles(const SessionManifest& manifest, const FileSystem::TextSink& put) {
+    put("[");
+    bool isFirst = true;
+    for (const auto& file : manifest.files)
+        put((std::exchange(isFirst, false) ? "" : ",") + fileText(manifest, file));
+    put("]");
+}
+
+/// The manifest's text as one JSON string; of an empty object where the manifest is longer than any
+/// service would take in one request, and than the store can take without holding it whole.
+void putInventory(const SessionManifest& manifest, const FileSystem::TextSink& put) {
+    constexpr std::size_t kMostFiles = 250'000;
+    if (manifest.files.size() > kMostFiles)
+        return put(Json::compactText("{}"));
+    put("\"");
+    ReportWriter::isoEncode(manifest, [&](std::string_view text) {
+        const auto quoted = Json::compactText(Json::Value(text));
+        put(std::string_view(quoted).substr(1, quoted.size() - 2));
+    });
+    put("\"");
 }
 
 } // namespace
 
-std::string OutboxPayload::encoded() const {
+void writePayload(const SessionManifest& manifest, const FileSystem::TextSink& put) {
+    const auto head = headOf(manifest);
     Json::Value object = Json::Value::object();
     forEachPayloadField(
-        [&](const char* key, auto member) { Json::put(object, key, this->*member); });
-    auto& list = object["files"] = Json::Value::array();
-    for (const auto& file : files) {
-        auto& entry = list.emplace_back(Json::Value::object());
-        forEachFileField(
-            [&](const char* key, auto member) { Json::put(entry, key, file.*member); });
+        [&](const char* key, auto member) { Json::put(object, key, head.*member); });
+    object[kFiles] = nullptr;
+    bool isFirst = true;
+    for (const auto& [key, value] : object.items()) {
+        put((std::exchange(isFirst, false) ? "{" : ",") + Json::compactText(key) + ":");
+        if (key == kFiles)
+            putFiles(manifest, put);
+        else if (key == kInventory)
+            putInventory(manifest, put);
+        else
+            put(Json::compactText(value));
     }
-    return Json::compactText(object);
+    put("}");
 }
 
 OutboxPayload OutboxPayload::decode(std::string_view text) {
@@ -83,30 +141,8 @@ OutboxPayload OutboxPayload::decode(std::string_view text) {
     }
 }
 
-OutboxPayload makePayload(const OffloadOutcome& outcome, const ClassifiedVolume& card,
-                          const SessionManifest& manifest) {
-    OutboxPayload payload;
-    payload.inventoryJSON = ReportWriter::isoEncode(manifest);
-    payload.sessionID = outcome.sessionID.text();
-    payload.driveName = card.name();
-    payload.totalSizeBytes = outcome.bytesCopied;
-    payload.startedAt = outcome.startedAt;
-    payload.finishedAt = outcome.finishedAt;
-    payload.status = outcome.status;
-    payload.averageSpeedMBs = megabytesPerSecond(outcome);
-    payload.files.reserve(outcome.files.size());
-    for (const auto& file : outcome.files)
-        payload.files.push_back({(card.facts.mountPoint / file.relativePath).native(),
-                                 (outcome.sessionRoot / file.relativePath).native(), file.sizeBytes,
-                                 file.action});
-    if (outcome.status != OutcomeStatus::Verified)
-        payload.error = "verify failed";
-    return payload;
-}
-
-void selfEnqueue(const OffloadOutcome& outcome, const ClassifiedVolume& card,
-                 const ClassifiedVolume&, const SessionManifest& manifest, AppDatabase& database) {
-    database.enqueueOutbox("session", makePayload(outcome, card, manifest).encoded());
+void selfEnqueue(const SessionManifest& manifest, AppDatabase& database) {
+    database.enqueueOutbox("session", [&](const auto& put) { writePayload(manifest, put); });
 }
 
 } // namespace slatewise

@@ -2,8 +2,8 @@
 
 #include "Offload/OffloadRows.h"
 #include "Platform/Clock.h"
+#include "Platform/Files/FileSystem.h"
 #include "Reports/SessionManifest.h"
-#include "Volumes/VolumeRecords.h"
 
 #include <cstdint>
 #include <optional>
@@ -47,23 +47,18 @@ struct OutboxPayload {
     /// Absent for a verified session.
     std::optional<std::string> error;
 
-    /// JSON text with the field names as keys; dates to the second.
-    std::string encoded() const;
-
-    /// Reads what `encoded` gave. Fails with `Error` when it is no such report.
+    /// Reads JSON text with the field names as keys. Fails with `Error` when it is no such report.
     static OutboxPayload decode(std::string_view text);
 
     friend bool operator==(const OutboxPayload&, const OutboxPayload&) = default;
 };
 
-/// The report of a session that ended, whatever its end.
-OutboxPayload makePayload(const OffloadOutcome& outcome, const ClassifiedVolume& card,
-                          const SessionManifest& manifest);
+/// Passes on the report of a session that ended, whatever its end, as JSON text; dates to the
+/// second. A session of very many files has no inventory in it.
+void writePayload(const SessionManifest& manifest, const FileSystem::TextSink& put);
 
 /// Stores the report of a session among those that wait for the service. Fails with an exception of
 /// the store, or of whoever makes the text. Blocks; any thread.
-void selfEnqueue(const OffloadOutcome& outcome, const ClassifiedVolume& card,
-                 const ClassifiedVolume& destination, const SessionManifest& manifest,
-                 AppDatabase& database);
+void selfEnqueue(const SessionManifest& manifest, AppDatabase& database);
 
 } // namespace slatewise

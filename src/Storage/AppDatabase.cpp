@@ -5,6 +5,7 @@
 #include "Storage/StoreConnection.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <sqlite3.h>
 
 namespace slatewise {
 
@@ -57,6 +58,42 @@ std::optional<Instant> moment(const SQLite::Column& column) {
     return Clock::fromDatabaseText(column.getString());
 }
 
+/// `payload` stands for the text. An id of 0 is the next one.
+std::string insertOutbox(const std::string& payload) {
+    return "INSERT INTO outbox (id, kind, payload, attempts, createdAt) "
+           "VALUES (nullif(?, 0), ?, " +
+           payload + ", 0, ?)";
+}
+
+/// Writes, front to back, into the room that was made for the payload of the row inserted last.
+class PayloadWriter {
+public:
+    explicit PayloadWriter(SQLite::Database& database) : database_(database.getHandle()) {
+        constexpr int kForWriting = 1;
+        require(::sqlite3_blob_open(database_, "main", "outbox", "payload",
+                                    database.getLastInsertRowid(), kForWriting, &blob_));
+    }
+    ~PayloadWriter() { ::sqlite3_blob_close(blob_); }
+    PayloadWriter(const PayloadWriter&) = delete;
+    PayloadWriter& operator=(const PayloadWriter&) = delete;
+
+    void put(std::string_view text) {
+        const auto size = static_cast<int>(text.size());
+        require(::sqlite3_blob_write(blob_, text.data(), size, at_));
+        at_ += size;
+    }
+
+private:
+    void require(int code) const {
+        if (code != SQLITE_OK)
+            throw SQLite::Exception(database_, code);
+    }
+
+    sqlite3* database_;
+    sqlite3_blob* blob_ = nullptr;
+    int at_ = 0;
+};
+
 OutboxRecord outboxRecord(SQLite::Statement& query) {
     OutboxRecord row;
     row.id = query.getColumn("id").getInt64();
@@ -83,7 +120,7 @@ void insertSession(SQLite::Database& database, const OffloadOutcome& outcome,
 }
 
 void insertFiles(SQLite::Database& database, const std::string& sessionID,
-                 const std::vector<FileCopyResult>& files) {
+                 std::span<const FileCopyResult> files) {
     SQLite::Statement insert(
         database, "INSERT INTO files (sessionID, relativePath, sizeBytes, mtime, created, action, "
                   "sourceSHA256, destSHA256, verifyStatus, timecodeStart, timecodeEnd, durationTC, "
@@ -134,16 +171,17 @@ std::filesystem::path AppDatabase::file() const {
     return connection_->file();
 }
 
-void AppDatabase::save(const OffloadOutcome& outcome, const std::string& cardName,
-                       const std::string& destName, const std::string& camera) {
+void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
+                       const std::string& cardName, const std::string& destName,
+                       const std::string& camera) {
     const auto sessionID = outcome.sessionID.text();
     const std::string event =
         outcome.status == OutcomeStatus::Verified ? "offload_verified" : "offload_failed";
-    const auto detail = std::to_string(outcome.files.size()) + " dosya, " +
-                        std::to_string(outcome.bytesCopied) + " byte";
+    const auto detail =
+        std::to_string(files.size()) + " dosya, " + std::to_string(outcome.bytesCopied) + " byte";
     connection_->write([&](SQLite::Database& database) {
         insertSession(database, outcome, cardName, destName, camera);
-        insertFiles(database, sessionID, outcome.files);
+        insertFiles(database, sessionID, files);
         insertActivity(database, sessionID, event, detail);
     });
 }
@@ -156,11 +194,31 @@ void AppDatabase::recordActivity(const std::optional<std::string>& sessionID,
 
 void AppDatabase::enqueueOutbox(const std::string& kind, const std::string& payload) {
     connection_->write([&](SQLite::Database& database) {
-        SQLite::Statement insert(database,
-                                 "INSERT INTO outbox (id, kind, payload, attempts, createdAt) "
-                                 "VALUES (nullif(?, 0), ?, ?, 0, ?)");
+        SQLite::Statement insert(database, insertOutbox("?"));
         Binder(insert) << connection_->nextOutboxID() << kind << payload << Clock::now();
         insert.exec();
+    });
+}
+
+void AppDatabase::enqueueOutbox(const std::string& kind, const FileSystem::TextSource& payload) {
+    constexpr std::size_t kHeldWhole = 16 << 20;
+    std::string beginning;
+    std::size_t size = 0;
+    payload([&](std::string_view text) {
+        size += text.size();
+        if (size <= kHeldWhole)
+            beginning += text;
+    });
+    if (size <= kHeldWhole)
+        return enqueueOutbox(kind, beginning);
+    beginning = {};
+    connection_->write([&](SQLite::Database& database) {
+        SQLite::Statement insert(database, insertOutbox("zeroblob(?)"));
+        Binder(insert) << connection_->nextOutboxID() << kind << static_cast<std::int64_t>(size)
+                       << Clock::now();
+        insert.exec();
+        PayloadWriter writer(database);
+        payload([&](std::string_view text) { writer.put(text); });
     });
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "Offload/OffloadRows.h"
+#include "Platform/Files/FileSystem.h"
 #include "Storage/StoreRecords.h"
 
 #include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,15 +48,19 @@ public:
     bool isSame(const AppDatabase& other) const { return connection_ == other.connection_; }
 
     /// Stores the session, its files and an activity row, all or nothing. A session that is stored
-    /// already is a failure.
-    void save(const OffloadOutcome& outcome, const std::string& cardName,
-              const std::string& destName, const std::string& camera);
+    /// already is a failure. The outcome's rows are those of `files`, whoever holds them.
+    void save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
+              const std::string& cardName, const std::string& destName, const std::string& camera);
 
     /// `sessionID` may be empty.
     void recordActivity(const std::optional<std::string>& sessionID, const std::string& event,
                         const std::string& detail);
 
     void enqueueOutbox(const std::string& kind, const std::string& payload);
+
+    /// The same of a text that may be too long to be held whole. It is made twice then, to be
+    /// measured and to be written, and must be the same both times.
+    void enqueueOutbox(const std::string& kind, const FileSystem::TextSource& payload);
 
     /// Oldest first.
     std::vector<OutboxRecord> pendingOutbox() const;

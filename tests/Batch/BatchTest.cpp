@@ -208,7 +208,7 @@ TEST_F(BatchOfCards, ASessionThatCannotBeStoredIsANoteAndWaitsForTheServiceAllTh
     desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
         auto outcome = CopyEngine::run(request, observer, stop);
         // The same once more is what no store takes.
-        openUserStore()->save(outcome, "A001", "SSD1", "CamA");
+        openUserStore()->save(outcome, outcome.files, "A001", "SSD1", "CamA");
         return outcome;
     };
     start();

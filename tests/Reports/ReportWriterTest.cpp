@@ -61,7 +61,7 @@ SessionManifest session() {
     VolumeFacts disk;
     disk.mountPoint = "/media/SSD";
     disk.volumeName = "SSD";
-    return ReportWriter::buildManifest(outcome, card, disk, " A/B \n", " Ünal ",
+    return ReportWriter::buildManifest(outcome, outcome.files, card, disk, " A/B \n", " Ünal ",
                                        AppLanguage::English);
 }
 
@@ -268,7 +268,7 @@ TEST(ReportWriter, CountsAndListsWhatWasHashedAlone) {
                      row(".DS_Store", RowAction::Skip, VerifyStatus::Skipped)};
     outcome.files.front().sourceSHA256 = kHash;
     const auto manifest =
-        ReportWriter::buildManifest(outcome, {}, {}, "", "", AppLanguage::English);
+        ReportWriter::buildManifest(outcome, outcome.files, {}, {}, "", "", AppLanguage::English);
     EXPECT_EQ(manifest.counts.filesHashed, 1);
     EXPECT_EQ(manifest.bytesHandled(), 1'234'567);
     EXPECT_EQ(checksumText(manifest), kHash + "  a.mov\n");

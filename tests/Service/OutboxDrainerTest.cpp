@@ -71,8 +71,12 @@ TEST(OutboxPayload, IsExactlyThisTextAndReadsBack) {
     auto outcome = reportedOutcome(OutcomeStatus::Failed, 1);
     outcome.sessionID = Uuid();
     outcome.files[0].relativePath = "bad \xff.mov";
-    auto payload = makePayload(outcome, volumeAt("/media/card"), SessionManifest());
-    payload.inventoryJSON = R"({"a":"\/"})";
+    const auto manifest = manifestOf(outcome);
+    const auto written = Json::Value::parse(payloadOf(manifest));
+    EXPECT_EQ(Json::compactText(written), payloadOf(manifest)) << "in the order of the keys";
+    EXPECT_EQ(written["inventoryJSON"], ReportWriter::isoEncode(manifest));
+    auto payload = written;
+    payload["inventoryJSON"] = R"({"a":"\/"})";
     const std::string text =
         R"({"averageSpeedMBs":2.5,"driveName":"A001","error":"verify failed","files":[)"
         R"({"action":"COPY","fileSize":0,"sourcePath":"\/media\/card\/bad )"
@@ -84,8 +88,13 @@ TEST(OutboxPayload, IsExactlyThisTextAndReadsBack) {
         R"("finishedAt":"2026-03-01T09:30:25Z","inventoryJSON":"{\"a\":\"\\\/\"}",)"
         R"("sessionID":"00000000-0000-0000-0000-000000000000",)"
         R"("startedAt":"2026-03-01T09:30:15Z","status":"failed","totalSizeBytes":25000000})";
-    EXPECT_EQ(payload.encoded(), text);
-    EXPECT_EQ(OutboxPayload::decode(text).encoded(), text);
+    EXPECT_EQ(Json::compactText(payload), text);
+    const auto read = OutboxPayload::decode(text);
+    EXPECT_EQ(read.files.at(1),
+              (OutboxFile{"/media/card/.DS_Store", "/media/SSD/2026-03-01/A001/.DS_Store", 0,
+                          RowAction::Skip}));
+    EXPECT_EQ(read.inventoryJSON, R"({"a":"\/"})");
+    EXPECT_EQ(read.finishedAt, outcome.finishedAt);
 
     for (const auto* key :
          {"sessionID", "files", "startedAt", "inventoryJSON", "averageSpeedMBs"}) {
@@ -100,12 +109,12 @@ TEST(OutboxPayload, IsExactlyThisTextAndReadsBack) {
 TEST(OutboxPayload, TellsSpeedAndErrorOfEachEnd) {
     auto outcome = reportedOutcome(OutcomeStatus::Verified, 1);
     outcome.finishedAt = outcome.startedAt;
-    const auto instantly = makePayload(outcome, {}, {});
+    const auto instantly = OutboxPayload::decode(payloadOf(manifestOf(outcome)));
     EXPECT_DOUBLE_EQ(instantly.averageSpeedMBs, 25'000'000.0 * 1000 / 1'000'000);
     EXPECT_FALSE(instantly.error);
-    EXPECT_THAT(instantly.encoded(), Not(HasSubstr("\"error\"")));
+    EXPECT_THAT(payloadOf(manifestOf(outcome)), Not(HasSubstr("\"error\"")));
     outcome.status = OutcomeStatus::Hashed;
-    EXPECT_EQ(makePayload(outcome, {}, {}).error, "verify failed");
+    EXPECT_EQ(OutboxPayload::decode(payloadOf(manifestOf(outcome))).error, "verify failed");
 }
 
 TEST_F(Outbox, AVerifiedSessionIsToldInThisOrder) {
@@ -138,7 +147,7 @@ TEST_F(Outbox, AVerifiedSessionIsToldInThisOrder) {
     const auto manifest = ReportWriter::isoDecode(told[3]["inventory"].dump());
     EXPECT_EQ(manifest.sessionID, outcome.sessionID.text());
     ASSERT_THAT(manifest.files, SizeIs(3));
-    EXPECT_EQ(static_cast<const FileCopyResult&>(manifest.files[1]), outcome.files[1]);
+    EXPECT_EQ(manifest.files[1], outcome.files[1]);
     EXPECT_EQ(told[4], Json::Value::parse(R"({"session_id":"theirs","total_size_bytes":25000000,
         "start_time":"2026-03-01T09:30:15Z","end_time":"2026-03-01T09:30:25Z",
         "eject_time":"2026-03-01T09:30:25Z","average_speed_mbs":2.5})"));
@@ -153,10 +162,10 @@ TEST_F(Outbox, AnyOtherEndIsToldAsAFailure) {
     auto hashed = reportedOutcome(OutcomeStatus::Hashed, 1);
     hashed.files[0].action = RowAction::Hash;
     enqueueReport(hashed, database);
-    auto unnamed = makePayload(hashed, {}, {});
-    unnamed.error.reset();
-    unnamed.inventoryJSON = "[1]";
-    database.enqueueOutbox("session", unnamed.encoded());
+    auto unnamed = Json::Value::parse(payloadOf(manifestOf(hashed)));
+    unnamed.erase("error");
+    unnamed["inventoryJSON"] = "[1]";
+    database.enqueueOutbox("session", unnamed.dump());
     drain(server.url() + "/");
 
     EXPECT_THAT(server.paths(),
@@ -189,9 +198,10 @@ TEST_F(Outbox, WithoutAProfileNothingHappens) {
 TEST_F(Outbox, AReportThatFailsHoldsUpNoneBehindIt) {
     RecordingServer server;
     database.enqueueOutbox("session", "{}");
-    auto broken = makePayload(reportedOutcome(OutcomeStatus::Verified, 1), {}, {});
-    broken.inventoryJSON = "{";
-    database.enqueueOutbox("session", broken.encoded());
+    auto broken =
+        Json::Value::parse(payloadOf(manifestOf(reportedOutcome(OutcomeStatus::Verified, 1))));
+    broken["inventoryJSON"] = "{";
+    database.enqueueOutbox("session", broken.dump());
     enqueueReport(reportedOutcome(OutcomeStatus::Verified, 0), database);
     drain(server.url());
     EXPECT_THAT(server.paths(),

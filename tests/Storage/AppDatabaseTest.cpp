@@ -43,6 +43,11 @@ OffloadOutcome outcomeAt(const char* startedAt, std::size_t files = 0) {
     return outcome;
 }
 
+void save(AppDatabase& database, const OffloadOutcome& outcome, const std::string& card,
+          const std::string& disk, const std::string& camera) {
+    database.save(outcome, outcome.files, card, disk, camera);
+}
+
 class StoreFile : public ::testing::Test {
 protected:
     TemporaryFolder folder;
@@ -108,7 +113,7 @@ TEST_F(StoreFile, AnOldStoreIsBroughtUpToDateWithItsRows) {
     EXPECT_EQ(sessions[0].startedAt,
               *Clock::fromIso8601("2025-01-02T03:04:05Z") + std::chrono::milliseconds(678));
     EXPECT_FALSE(sessions[0].finishedAt);
-    database.save(outcomeAt("2026-03-01T09:30:15Z", 1), "B001", "SSD", " A/B\n");
+    save(database, outcomeAt("2026-03-01T09:30:15Z", 1), "B001", "SSD", " A/B\n");
     EXPECT_EQ(ask(file, "SELECT count(*), sum(timecodeStart IS NULL) FROM files"), "2|2\n");
     EXPECT_EQ(ask(file, "SELECT cameraLabel FROM sessions WHERE cardName = 'B001'"), "A-B\n");
 }
@@ -137,8 +142,8 @@ TEST_F(StoreFile, SavesAllOfASessionOrNothing) {
     outcome.files[1].media.edit().timecodeDropFrame = true;
     outcome.files[1].media.edit().durationSeconds = 2.5;
     outcome.bytesCopied = 12;
-    database.save(outcome, "A001", "SSD", "CamA");
-    EXPECT_ANY_THROW(database.save(outcome, "again", "SSD", "CamA"));
+    save(database, outcome, "A001", "SSD", "CamA");
+    EXPECT_ANY_THROW(save(database, outcome, "again", "SSD", "CamA"));
 
     EXPECT_EQ(ask(file, "SELECT cardName, destName, cameraLabel, sessionRoot, status, bytesCopied, "
                         "startedAt, finishedAt FROM sessions"),
@@ -154,7 +159,7 @@ TEST_F(StoreFile, SavesAllOfASessionOrNothing) {
 
     outcome = outcomeAt("2026-03-01T09:30:15Z");
     outcome.status = OutcomeStatus::Hashed;
-    database.save(outcome, "A001", "SSD", "");
+    save(database, outcome, "A001", "SSD", "");
     EXPECT_EQ(ask(file, "SELECT event, detail FROM activity_events WHERE id = 2"),
               "offload_failed|0 dosya, 0 byte\n");
 }
@@ -176,13 +181,24 @@ TEST_F(StoreFile, OutboxKeepsItsOrderAndCountsFailures) {
     EXPECT_EQ(rows[1].payload, "3");
     EXPECT_EQ(rows[1].kind, "session");
     EXPECT_FALSE(rows[1].lastError);
+
+    // A text that is never held whole, but by this test.
+    const auto piece = bytesOf(1 << 20);
+    std::string whole;
+    database.enqueueOutbox("session", [&](const auto& put) {
+        whole.clear();
+        for (int number = 0; number < 17; ++number)
+            put(whole.insert(whole.size(), piece).substr(whole.size() - piece.size()));
+    });
+    EXPECT_EQ(database.outboxRow(4)->payload, whole);
+    EXPECT_EQ(ask(file, "SELECT length(payload) FROM outbox WHERE id = 4"), "17825792\n");
 }
 
 TEST(AppDatabase, GivesTheLatestSessionsLatestFirst) {
     auto database = AppDatabase::inMemory();
     for (int day = 1; day <= 25; ++day) {
         const auto text = "2026-03-" + std::string(day < 10 ? "0" : "") + std::to_string(day);
-        database.save(outcomeAt((text + "T00:00:00Z").c_str()), text, "SSD", "");
+        save(database, outcomeAt((text + "T00:00:00Z").c_str()), text, "SSD", "");
     }
     const auto sessions = database.recentSessions(20);
     ASSERT_THAT(sessions, SizeIs(20));
@@ -200,7 +216,7 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     };
     auto database = open();
     EXPECT_EQ(database.file(), "");
-    database.save(outcomeAt("2026-03-01T09:30:15Z", 2), "A001", "SSD", "CamA");
+    save(database, outcomeAt("2026-03-01T09:30:15Z", 2), "A001", "SSD", "CamA");
     for (const auto* payload : {"1", "2"})
         database.enqueueOutbox("session", payload);
     const auto pending = database.pendingOutboxIDs();
@@ -248,7 +264,7 @@ TEST_F(StoreFile, AHundredThousandFilesCostLittle) {
     AppDatabase database(file);
     const auto outcome = outcomeAt("2026-03-01T09:30:15Z", 100'000);
     const auto before = std::clock();
-    database.save(outcome, "A001", "SSD", "CamA");
+    save(database, outcome, "A001", "SSD", "CamA");
     const double seconds = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
     EXPECT_LT(seconds, 3.0) << "sanitizers included";
     EXPECT_EQ(ask(file, "SELECT count(*) FROM files"), "100000\n");

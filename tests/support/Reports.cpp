@@ -29,13 +29,21 @@ OffloadOutcome reportedOutcome(OutcomeStatus status, int copied) {
     return outcome;
 }
 
+SessionManifest manifestOf(const OffloadOutcome& outcome, const std::string& cardName) {
+    return ReportWriter::buildManifest(
+        outcome, outcome.files, volumeAt("/media/card", cardName).facts,
+        volumeAt("/media/SSD", "SSD").facts, "CamA", "Unit1", AppLanguage::English);
+}
+
+std::string payloadOf(const SessionManifest& manifest) {
+    std::string text;
+    writePayload(manifest, [&](std::string_view piece) { text += piece; });
+    return text;
+}
+
 void enqueueReport(const OffloadOutcome& outcome, AppDatabase& database,
                    const std::string& cardName) {
-    const auto card = volumeAt("/media/card", cardName);
-    const auto disk = volumeAt("/media/SSD", "SSD");
-    const auto manifest = ReportWriter::buildManifest(outcome, card.facts, disk.facts, "CamA",
-                                                      "Unit1", AppLanguage::English);
-    selfEnqueue(outcome, card, disk, manifest, database);
+    selfEnqueue(manifestOf(outcome, cardName), database);
 }
 
 } // namespace slatewise::test
