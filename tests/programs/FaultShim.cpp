@@ -1,18 +1,16 @@
-/// Loaded before a program's libraries, it makes one of the program's reads, writes or opens come
-/// out otherwise: with an error, or with half of the bytes. What is to happen stands in the
-/// environment, as "CALL POSITION ERRNO PREFIX": the POSITIONth such CALL on a file whose path
-/// begins with PREFIX fails with ERRNO, or is cut short when that is 0.
+/// Loaded before a program's libraries, it makes one of the program's transfers fail or come up
+/// short. Which one stands in the environment, as "CALL POSITION OUTCOME PREFIX": the POSITIONth
+/// such CALL on a file whose path begins with PREFIX. OUTCOME is an error's number, "0" for half of
+/// the bytes, or "-1" for none.
 
 #include <atomic>
 #include <cerrno>
-#include <cstdarg>
 #include <cstdlib>
-#include <cstring>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <sstream>
 #include <string>
-#include <sys/stat.h>
+#include <string_view>
 #include <unistd.h>
 
 namespace {
@@ -20,7 +18,7 @@ namespace {
 struct Order {
     std::string call;
     int position = 0;
-    int error = 0;
+    int outcome = 0;
     std::string prefix;
 };
 
@@ -28,7 +26,7 @@ const Order& order() {
     static const Order order = [] {
         Order read;
         const char* text = std::getenv("SLATEWISE_FAULT");
-        std::istringstream(text ? text : "") >> read.call >> read.position >> read.error >>
+        std::istringstream(text ? text : "") >> read.call >> read.position >> read.outcome >>
             read.prefix;
         return read;
     }();
@@ -42,17 +40,14 @@ std::string pathOf(int descriptor) {
     return {path, length > 0 ? static_cast<std::size_t>(length) : 0};
 }
 
-/// Whether this is the call that is meant.
-bool isMeant(const char* call, const std::string& path) {
+/// Whether this is the call that is meant, which is then noted.
+bool isMeant(std::string_view call, int descriptor) {
     static std::atomic<int> calls = 0;
-    if (order().call != call || path.compare(0, order().prefix.size(), order().prefix) != 0 ||
+    if (order().call != call || pathOf(descriptor).rfind(order().prefix, 0) != 0 ||
         ++calls != order().position)
         return false;
-    constexpr char kSign[] = "(FAULT)\n";
-    const char* file = std::getenv("SLATEWISE_FAULT_LOG");
-    const int log = file ? ::creat(file, 0600) : -1;
-    (void)!::write(log, kSign, sizeof kSign - 1);
-    ::close(log);
+    const char* note = std::getenv("SLATEWISE_FAULT_NOTE");
+    ::close(::creat(note ? note : "/dev/null", 0600));
     return true;
 }
 
@@ -73,26 +68,12 @@ template <typename Buffer, typename... Rest>
 ssize_t transfer(const char* name, int descriptor, Buffer buffer, std::size_t count, Rest... rest) {
     using Function = ssize_t (*)(int, Buffer, std::size_t, Rest...);
     static const auto function = next<Function>(name);
-    const bool isIdle = order().call != name;
-    if (isIdle || !isMeant(name, pathOf(descriptor)))
+    if (!isMeant(name, descriptor))
         return function(descriptor, buffer, count, rest...);
-    if (order().error == 0)
+    if (order().outcome == 0)
         return function(descriptor, buffer, half(descriptor, count), rest...);
-    errno = order().error;
-    return -1;
-}
-
-int open(const char* name, const char* path, int flags, mode_t mode) {
-    using Function = int (*)(const char*, int, mode_t);
-    static const auto function = next<Function>(name);
-    if (!isMeant("open", path))
-        return function(path, flags, mode);
-    errno = order().error;
-    return -1;
-}
-
-mode_t modeIn(int flags, va_list& rest) {
-    return (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+    errno = order().outcome;
+    return order().outcome < 0 ? 0 : -1;
 }
 
 } // namespace
@@ -119,19 +100,11 @@ ssize_t pwrite64(int descriptor, const void* buffer, std::size_t count, off64_t 
     return transfer("pwrite64", descriptor, buffer, count, offset);
 }
 
-int open(const char* path, int flags, ...) {
-    va_list rest;
-    va_start(rest, flags);
-    const auto mode = modeIn(flags, rest);
-    va_end(rest);
-    return open("open", path, flags, mode);
-}
-
-int open64(const char* path, int flags, ...) {
-    va_list rest;
-    va_start(rest, flags);
-    const auto mode = modeIn(flags, rest);
-    va_end(rest);
-    return open("open64", path, flags, mode);
+int fsync(int descriptor) {
+    static const auto function = next<int (*)(int)>("fsync");
+    if (!isMeant("fsync", descriptor))
+        return function(descriptor);
+    errno = order().outcome;
+    return -1;
 }
 }
