@@ -31,10 +31,13 @@ struct Line {
 /// Until one of its threads waits for a file system that does not answer.
 void waitUntilBlocked(pid_t process) {
     const auto threads = "/proc/" + std::to_string(process) + "/task";
-    for (;; std::this_thread::sleep_for(std::chrono::milliseconds(10))) {
-        for (const auto& thread : std::filesystem::directory_iterator(threads)) {
+    for (; ::kill(process, 0) == 0; std::this_thread::sleep_for(std::chrono::milliseconds(10))) {
+        std::error_code ended;
+        for (const auto& thread : std::filesystem::directory_iterator(threads, ended)) {
             std::string place;
-            if (std::ifstream(thread.path() / "wchan") >> place && place == "request_wait_answer")
+            std::ifstream(thread.path() / "wchan") >> place;
+            // The second while the file system's program has not even greeted the kernel.
+            if (place == "request_wait_answer" || place == "fuse_get_req")
                 return;
         }
     }
