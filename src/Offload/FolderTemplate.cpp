@@ -4,6 +4,7 @@
 #include "Platform/Text.h"
 #include "Platform/Uuid.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace slatewise::FolderTemplate {
@@ -53,9 +54,18 @@ std::filesystem::path expand(std::string_view pathTemplate, const Values& values
         {"{CardName}", cardNameInPath(values.cardName)},
         {"{HHmmss}", Clock::localText(values.now, "HHmmss")},
     }};
-    std::string path = normalize(pathTemplate);
-    for (const auto& [token, value] : replacements)
-        path = Text::replaced(path, token, value);
+    // What a value holds is a name and no template: a disk may be called "{Cam}".
+    const auto text = normalize(pathTemplate);
+    std::string path;
+    for (std::string_view rest = text; !rest.empty();) {
+        const auto* const match =
+            std::find_if(replacements.begin(), replacements.end(), [&](const auto& replacement) {
+                return rest.starts_with(replacement.first);
+            });
+        const bool isToken = match != replacements.end();
+        path += isToken ? std::string_view(match->second) : rest.substr(0, 1);
+        rest.remove_prefix(isToken ? match->first.size() : 1);
+    }
     while (path.size() > 1 && path.ends_with('/'))
         path.pop_back();
     // Appending an absolute path gives that path.

@@ -46,6 +46,9 @@ TEST(FolderTemplate, NamesBecomeOnePathComponentEach) {
     named.project = "";
     EXPECT_EQ(FolderTemplate::expand("{Ekip}|{Cam}|{Project}|{CardName}", named),
               "/media/u/SSD 1/C-D|CAM|PROJECT| A-B ");
+    named.cardName = "{HHmmss}{Cam}";
+    EXPECT_EQ(FolderTemplate::expand("{CardName}", named), "/media/u/SSD 1/{HHmmss}{Cam}")
+        << "a name is no template";
     named.ekip = "";
     named.destination = "/";
     EXPECT_EQ(FolderTemplate::expand("{Ekip}{DestName}", named), "/EKIP-");
