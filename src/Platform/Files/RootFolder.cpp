@@ -33,7 +33,7 @@ FileDescriptor openByKernel(int base, const std::string& name, int flags,
     open_how how{};
     how.flags = static_cast<__u64>(flags | O_CLOEXEC);
     how.mode = (flags & O_CREAT) != 0 ? kReadableByAll : 0;
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS | RESOLVE_NO_XDEV;
     if (links == RootFolder::Links::Refuse)
         how.resolve |= RESOLVE_NO_SYMLINKS;
     // The kernel gives up when folders are moved about while it looks.
@@ -64,6 +64,20 @@ bool isLink(const FileDescriptor& item) noexcept {
     return facts && S_ISLNK(facts->st_mode);
 }
 
+/// Whether no other volume is mounted between the two. A device is no measure where its kernel
+/// tells mounts apart: a Btrfs subvolume has one of its own.
+bool isOnMountOf(int base, const FileDescriptor& item) noexcept {
+    struct statx outer {};
+    struct statx inner {};
+    constexpr unsigned kWanted = STATX_INO | STATX_MNT_ID;
+    if (::statx(base, "", AT_EMPTY_PATH, kWanted, &outer) != 0 ||
+        ::statx(item.get(), "", AT_EMPTY_PATH, kWanted, &inner) != 0)
+        return false;
+    if ((outer.stx_mask & inner.stx_mask & STATX_MNT_ID) != 0)
+        return outer.stx_mnt_id == inner.stx_mnt_id;
+    return outer.stx_dev_major == inner.stx_dev_major && outer.stx_dev_minor == inner.stx_dev_minor;
+}
+
 /// As `openByKernel`, for kernels and sandboxes that do not know its call. Where links are to be
 /// followed it cannot tell where they lead, and so takes each for one that leads out.
 FileDescriptor openStepByStep(int base, std::string_view name, int flags,
@@ -89,6 +103,10 @@ FileDescriptor openStepByStep(int base, std::string_view name, int flags,
         // A link opened for its name alone is opened itself.
         if ((!isLast || (flags & O_NOFOLLOW) == 0) && isLink(next)) {
             errno = onLink;
+            return FileDescriptor();
+        }
+        if (!isOnMountOf(base, next)) {
+            errno = EXDEV;
             return FileDescriptor();
         }
         if (isLast)

@@ -17,8 +17,10 @@ namespace slatewise {
 /// A folder held open, and everything beneath it reached from there: whatever is mounted, unmounted
 /// or put in its place under the same path later, this stays the folder that was opened.
 ///
-/// Names are taken relative to it. None leads out of it, and no link on the way is followed but
-/// where a caller asks for that. While it is held, its volume cannot be unmounted without force.
+/// Names are taken relative to it. None leads out of it or onto another volume that is mounted
+/// beneath it, EXDEV: what comes to be mounted there in mid-run would take footage that was meant
+/// for this one, or pass for a part of a card. No link on the way is followed but where a caller
+/// asks for that. While it is held, its volume cannot be unmounted without force.
 /// Everything blocks its caller and fails with `PosixError`, unless it says otherwise; any thread.
 class RootFolder {
 public:

@@ -2,6 +2,7 @@
 
 #include "Platform/Error.h"
 #include "support/Files.h"
+#include "support/Process.h"
 #include "support/Sandbox.h"
 
 #include <fcntl.h>
@@ -68,6 +69,20 @@ TEST_P(EveryKernel, NothingLeadsOutOfTheFolder) {
     });
     EXPECT_EQ(readFile(outside / "secret"), "1");
     EXPECT_FALSE(std::filesystem::exists(outside / "new"));
+}
+
+TEST_P(EveryKernel, NothingLeadsOntoAnotherVolume) {
+    const auto place = folder / "in/mounted";
+    std::filesystem::create_directories(place);
+    runPrivileged({"mount", "-t", "tmpfs", "tmpfs", place});
+    writeFile(place / "file", "1");
+    runWithout(SYS_openat2, GetParam(), [&] {
+        const RootFolder root(folder.path());
+        EXPECT_EQ(codeOf(root, "in/mounted", Links::Refuse, O_PATH), EXDEV);
+        EXPECT_EQ(codeOf(root, "in/mounted/file", Links::FollowBeneath), EXDEV);
+        EXPECT_EQ(codeOf(RootFolder(place), "file", Links::Refuse), 0);
+    });
+    runPrivileged({"umount", place});
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernels, EveryKernel, ::testing::Values(0, ENOSYS, EPERM),
