@@ -1,5 +1,6 @@
 #include "Offload/CopyEngine.h"
 
+#include "Platform/Disks/BlockDevices.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
 #include "support/Offloads.h"
@@ -59,6 +60,21 @@ TEST(ReadBack, SaysSoWhenAnotherProgramKeepsTheCopyInMemory) {
     // It looks right, and nobody can know better: that much is said.
     EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_THAT(outcome.problems, ElementsAre(OffloadProblem{kReadFromMemory, "clip.mov"}));
+}
+
+TEST(ReadBack, SaysSoWhereTheDiskIsAFileInMemory) {
+    const MountedVolume disk(MountedVolume::FileSystem::Ext4, 64 * kMiB);
+    const TemporaryFolder card;
+    writeFile(card / "clip.mov", "1");
+    for (const auto* isDirect : {"on", "off"}) {
+        runPrivileged({"losetup", std::string("--direct-io=") + isDirect,
+                       BlockDevices::pathUnder(disk.path())});
+        RunRecord record;
+        const auto outcome =
+            CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
+        EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
+        EXPECT_EQ(outcome.problems.empty(), isDirect == std::string("on")) << isDirect;
+    }
 }
 
 TEST(ReadBack, SaysSoWhereThereIsNothingButMemory) {

@@ -133,6 +133,8 @@ void MountedVolume::mount() {
         runPrivileged({"mount", "-o", options, image_.native(), mountPoint_.native()});
     }
     isMounted_ = true;
+    // A disk is none of the files that the system remembers.
+    runPrivileged({"losetup", "--direct-io=on", BlockDevices::pathUnder(mountPoint_)});
 }
 
 void MountedVolume::unmount() {
