@@ -136,6 +136,16 @@ std::string L10n::destinationInsideCard(Text destination, Text card) const {
                              destination, card);
 }
 
+std::string L10n::archiveInsideCard(Text archive, Text card) const {
+    return isTurkish()
+               ? fmt::format("Rapor arşivi {} kartın içinde ({}). Kartın dışında bir yer seçin.",
+                             archive, card)
+               : fmt::format(
+                     "The archive of reports {} lies on the card {}. Choose a place outside "
+                     "the card.",
+                     archive, card);
+}
+
 std::string L10n::copyStopped(Text file, Text reason) const {
     return isTurkish() ? fmt::format("Kopyalama şu dosyada durdu: {} ({})", file, reason)
                        : fmt::format("Copying stopped at {}: {}", file, reason);
@@ -149,6 +159,39 @@ std::string L10n::notReadBack(Text file, Text reason) const {
 std::string L10n::copyDiffers(Text file) const {
     return isTurkish() ? fmt::format("Kopya karttakinden farklı: {}", file)
                        : fmt::format("The copy of {} differs from the card.", file);
+}
+
+std::string L10n::foldersFellTogether(Text folder) const {
+    return isTurkish()
+               ? fmt::format("Kartın iki klasörü bu diskte tek klasör oldu: {}", folder)
+               : fmt::format("Two folders of the card are one folder on this disk: {}", folder);
+}
+
+std::string L10n::copyGone(Text file) const {
+    return isTurkish() ? fmt::format("Kopya yazıldığı yerde artık yok: {}", file)
+                       : fmt::format("The copy of {} is no longer where it was written.", file);
+}
+
+std::string L10n::cardChanged(Text file) const {
+    return isTurkish() ? fmt::format("Kopyalanırken değişti: {}", file)
+                       : fmt::format("This file changed while it was copied: {}", file);
+}
+
+std::string L10n::cameMeanwhile(Text file) const {
+    return isTurkish()
+               ? fmt::format("Kopyalama sırasında karta geldi, kopyalanmadı: {}", file)
+               : fmt::format("This file came while the card was copied and is not in the copy: {}",
+                             file);
+}
+
+std::string L10n::nameTaken() const {
+    return isTurkish() ? "bu diskte aynı adla başka bir dosya duruyor"
+                       : "another file of that name stands on this disk";
+}
+
+std::string L10n::otherVolumeThere() const {
+    return isTurkish() ? "orada başka bir disk bağlı ya da bir bağlantı dışarı çıkıyor"
+                       : "another disk is mounted there, or a link leads out";
 }
 
 std::string L10n::folderNotRead(Text folder, Text reason) const {
@@ -206,6 +249,11 @@ std::string L10n::pairNotBegun(Text card, Text disk) const {
 std::string L10n::linkLeadsOut(Text link) const {
     return isTurkish() ? fmt::format("Bağlantı kartın dışına çıkıyor, kopyalanmadı: {}", link)
                        : fmt::format("The link {} leads out of the card and was not copied.", link);
+}
+
+std::string L10n::linkLeadsNowhere(Text link) const {
+    return isTurkish() ? fmt::format("Bağlantı hiçbir yere çıkmıyor, kopyalanmadı: {}", link)
+                       : fmt::format("The link {} leads nowhere and was not copied.", link);
 }
 
 std::string L10n::reportsNotWritten(Text place, Text reason) const {

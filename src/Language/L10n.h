@@ -57,10 +57,18 @@ public:
     std::string reportMoreProblems(int count) const;
     /// Without the folder and size facts that follow it.
     std::string destinationInsideCard(Text destination, Text card) const;
+    std::string archiveInsideCard(Text archive, Text card) const;
     std::string cardInsideSession(Text card, Text session) const;
     std::string copyStopped(Text file, Text reason) const;
     std::string notReadBack(Text file, Text reason) const;
     std::string copyDiffers(Text file) const;
+    std::string foldersFellTogether(Text folder) const;
+    std::string copyGone(Text file) const;
+    std::string cardChanged(Text file) const;
+    std::string cameMeanwhile(Text file) const;
+    /// Reasons why a file or folder could not be made or read.
+    std::string nameTaken() const;
+    std::string otherVolumeThere() const;
     std::string folderNotRead(Text folder, Text reason) const;
     std::string nothingReadBack(Text disk, Text reason) const;
     std::string readFromMemory(Text subject) const;
@@ -71,6 +79,7 @@ public:
     std::string noAnswer(Text pair) const;
     std::string pairNotBegun(Text card, Text disk) const;
     std::string linkLeadsOut(Text link) const;
+    std::string linkLeadsNowhere(Text link) const;
     std::string reportsNotWritten(Text place, Text reason) const;
     std::string sessionNotStored(Text card, Text reason) const;
     std::string sessionNotQueued(Text card, Text reason) const;

@@ -10,9 +10,15 @@
 #include "Platform/Files/RootFolder.h"
 #include "Platform/Text.h"
 
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+
 #include <cerrno>
 #include <set>
 #include <system_error>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace slatewise::CopyEngine {
@@ -34,6 +40,21 @@ FileCopyResult makeRow(const InventoryEntry& entry, RowAction action, VerifyStat
 
 bool isSkippedFile(const InventoryEntry& entry) {
     return !entry.isDirectory && !entry.shouldCopy;
+}
+
+/// The system's own words for these say nothing to a person.
+std::string reasonOf(int code) {
+    if (code == EEXIST)
+        return L10n::current().nameTaken();
+    if (code == EXDEV)
+        return L10n::current().otherVolumeThere();
+    return std::generic_category().message(code);
+}
+
+std::string reasonOf(const std::exception& failure) {
+    const auto* ofSystem = dynamic_cast<const PosixError*>(&failure);
+    const bool isOurs = ofSystem && (ofSystem->code() == EEXIST || ofSystem->code() == EXDEV);
+    return isOurs ? reasonOf(ofSystem->code()) : describe(failure);
 }
 
 void markFailed(FileCopyResult& row, VerifyStatus verifyStatus) {
@@ -123,6 +144,10 @@ private:
                               .leadsOut =
                                   [this](const std::string& link) {
                                       reportProblem({Kind::LinkLeadsOut, link});
+                                  },
+                              .leadsNowhere =
+                                  [this](const std::string& link) {
+                                      reportProblem({Kind::LinkLeadsNowhere, link});
                                   }});
         for (const auto& entry : entries_) {
             if (!entry.shouldCopy)
@@ -134,10 +159,28 @@ private:
             formatsOf_ = request_.planFormats(*card_, entries_);
     }
 
+    /// Whether the file system itself made the folder when it was formatted, for itself alone. A
+    /// camera or a person may name a folder so too, and its footage counts.
+    bool isRepairFolder(const std::string& folder) const {
+        if (folder != "lost+found")
+            return false;
+        struct stat owner {};
+        struct statfs volume {};
+        try {
+            const auto opened = card_->open(folder, O_PATH | O_DIRECTORY);
+            // Of ext2, ext3 and ext4 alike.
+            return ::fstat(opened.get(), &owner) == 0 && owner.st_uid == 0 &&
+                   ::fstatfs(opened.get(), &volume) == 0 && volume.f_type == EXT4_SUPER_MAGIC;
+        } catch (const PosixError&) {
+            return false;
+        }
+    }
+
     /// Everything else is still copied and proved; only the word for all of it is lost.
     void noteUnreadable(const std::string& folder, int code) {
-        const auto reason = std::generic_category().message(code);
-        if (folder == "lost+found" && code == EACCES) {
+        foldersNotRead_.insert(folder);
+        const auto reason = reasonOf(code);
+        if (code == EACCES && isRepairFolder(folder)) {
             reportProblem({Kind::LostAndFoundNotRead, folder, reason});
             return;
         }
@@ -161,6 +204,8 @@ private:
         destination_->createFolders(session_.parent_path());
         while (!destination_->createNewFolder(session_))
             nameSession();
+        // Held, so that another folder of its name is known for one in the end.
+        sessionFolder_.emplace(destination_->below(session_));
         if (observer_.sessionRootCreated)
             observer_.sessionRootCreated(sessionRoot_);
     }
@@ -185,8 +230,10 @@ private:
         }
         if (!findsFoldersInPlace())
             return outcome(OutcomeStatus::Failed, 0);
+        const bool isUnchanged = findsCardUnchanged();
         lookIntoClips(card_->path());
-        return outcome(isWholeCardRead_ ? OutcomeStatus::Hashed : OutcomeStatus::Failed, 0);
+        return outcome(
+            isUnchanged && isWholeCardRead_ ? OutcomeStatus::Hashed : OutcomeStatus::Failed, 0);
     }
 
     // Copying
@@ -211,9 +258,12 @@ private:
         const bool allProved = verifyCopies();
         noteWhatMemoryKept();
         const bool areInPlace = findsFoldersInPlace();
+        const bool areComplete = areInPlace && findsCopiesInPlace();
+        const bool isUnchanged = areInPlace && findsCardUnchanged();
         if (areInPlace)
             lookIntoClips(sessionRoot_);
-        const bool isWell = allProved && areInPlace && isWholeCardRead_;
+        const bool isWell =
+            allProved && areFoldersApart_ && areComplete && isUnchanged && isWholeCardRead_;
         return outcome(isWell ? OutcomeStatus::Verified : OutcomeStatus::Failed,
                        progress.bytesDone());
     }
@@ -253,6 +303,7 @@ private:
             publish(progress.copying(entry.relativePath, index, SpeedMeter::Time::clock::now()));
         };
         publishFigures();
+        makeFoldersTo(entry.relativePath);
         auto copied = SHA256Hasher::copyAndHash(
             transfer_, onCard(entry.relativePath), inSession(entry.relativePath),
             watch(entry.relativePath, [&](std::size_t count) {
@@ -265,6 +316,23 @@ private:
         row.sourceSHA256 = std::move(copied.digests.sha256);
         row.further = FurtherHashes{std::move(copied.digests.further), {}, {}};
         results_.push_back(std::move(row));
+    }
+
+    /// Each folder is made once, by this run. One that is there before that is another folder of
+    /// the card whose name the disk takes for the same, as where case means nothing: what is listed
+    /// later would not be what the card holds. Of files that is seen when they are made.
+    void makeFoldersTo(const std::string& file) {
+        std::filesystem::path folder;
+        for (const auto& part : std::filesystem::path(file).parent_path()) {
+            folder /= part;
+            if (!foldersMade_.insert(folder.native()).second ||
+                destination_->createNewFolder(session_ / folder))
+                continue;
+            // Anything but a folder stops the copy.
+            (void)destination_->open(session_ / folder, O_PATH | O_DIRECTORY);
+            reportProblem({Kind::FoldersFellTogether, folder.native()});
+            areFoldersApart_ = false;
+        }
     }
 
     OffloadOutcome stopAt(const InventoryEntry& entry, const std::exception& failure,
@@ -347,6 +415,80 @@ private:
         markFailed(row, VerifyStatus::Mismatch);
     }
 
+    /// Whether every copy lies under its name still: a proof says nothing of what became of the
+    /// file after it.
+    bool findsCopiesInPlace() {
+        if (!sessionFolder_->isStillAtItsPath()) {
+            reportProblem({Kind::CopyGone, sessionRoot_.native()});
+            return false;
+        }
+        bool areThere = true;
+        for (auto& row : results_) {
+            if (row.verifyStatus != VerifyStatus::Verified || isCopyThere(row))
+                continue;
+            reportProblem({Kind::CopyGone, row.relativePath});
+            markFailed(row, VerifyStatus::Failed);
+            areThere = false;
+        }
+        return areThere;
+    }
+
+    bool isCopyThere(const FileCopyResult& row) const {
+        try {
+            const auto copy = sessionFolder_->attributes(row.relativePath);
+            return copy.type == FileSystem::ItemType::RegularFile &&
+                   copy.sizeBytes == row.sizeBytes;
+        } catch (const PosixError&) {
+            return false;
+        }
+    }
+
+    /// Looks through the card once more: a camera or a person may have gone on working with it, and
+    /// what was copied is then not what lies there. Inodes are not compared, since some file
+    /// systems number a file anew each time they meet it.
+    bool findsCardUnchanged() {
+        std::vector<InventoryEntry> now;
+        try {
+            now = TreeWalker::walk(*card_, request_.settings.skipNames(), {},
+                                   {.unreadable =
+                                        [this](const std::string& folder, int code) {
+                                            if (!foldersNotRead_.contains(folder))
+                                                noteUnreadable(folder, code);
+                                        },
+                                    .leadsOut = {}});
+        } catch (const PosixError& failure) {
+            reportFailure(Kind::FolderNotRead, card_->path(), failure);
+            return false;
+        }
+        std::unordered_map<std::string, const InventoryEntry*> found;
+        for (const auto& entry : now) {
+            if (entry.shouldCopy)
+                found.emplace(entry.relativePath, &entry);
+        }
+        std::set<std::string> changed;
+        for (const auto* before : copyList_) {
+            const auto match = found.find(before->relativePath);
+            if (match == found.end() || match->second->sizeBytes != before->sizeBytes ||
+                match->second->changes != before->changes)
+                changed.insert(before->relativePath);
+            if (match != found.end())
+                found.erase(match);
+        }
+        for (auto& row : results_) {
+            if (changed.contains(row.relativePath))
+                markFailed(row, VerifyStatus::Failed);
+        }
+        for (const auto& file : changed)
+            reportProblem({Kind::CardChanged, file});
+        for (const auto& entry : now) {
+            if (!found.contains(entry.relativePath))
+                continue;
+            reportProblem({Kind::CameMeanwhile, entry.relativePath});
+            results_.push_back(makeRow(entry, RowAction::Fail, VerifyStatus::Failed));
+        }
+        return changed.empty() && found.empty();
+    }
+
     // Around all of it
 
     /// Reads through the system's cache, and so only after the last proof.
@@ -417,7 +559,7 @@ private:
         if (dynamic_cast<const CancellationError*>(&failure))
             log("Stopped at " + Text::displayable(file));
         else
-            reportProblem({kind, file, describe(failure)});
+            reportProblem({kind, file, reasonOf(failure)});
     }
 
     void throwIfCancelled() const {
@@ -433,7 +575,11 @@ private:
     /// Relative to the destination.
     std::filesystem::path session_;
     std::filesystem::path sessionRoot_;
+    std::optional<RootFolder> sessionFolder_;
     bool isWholeCardRead_ = true;
+    std::set<std::string> foldersNotRead_;
+    std::unordered_set<std::string> foldersMade_;
+    bool areFoldersApart_ = true;
     bool isDeviceDropped_ = true;
     /// Copies whose proof may not come from the disk.
     std::vector<std::string> keptInMemory_;

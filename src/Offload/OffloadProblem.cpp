@@ -8,6 +8,7 @@ OffloadProblem::Severity OffloadProblem::severity() const {
     switch (kind) {
     case Kind::ReadFromMemory:
     case Kind::LinkLeadsOut:
+    case Kind::LinkLeadsNowhere:
     case Kind::LostAndFoundNotRead:
     case Kind::SessionNotStored:
     case Kind::SessionNotQueued:
@@ -27,6 +28,14 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.notReadBack(about, reason);
     case Kind::CopyDiffers:
         return l10n.copyDiffers(about);
+    case Kind::FoldersFellTogether:
+        return l10n.foldersFellTogether(about);
+    case Kind::CopyGone:
+        return l10n.copyGone(about);
+    case Kind::CardChanged:
+        return l10n.cardChanged(about);
+    case Kind::CameMeanwhile:
+        return l10n.cameMeanwhile(about);
     case Kind::FolderNotRead:
         return l10n.folderNotRead(about, reason);
     case Kind::NothingReadBack:
@@ -45,6 +54,8 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.noAnswer(about);
     case Kind::LinkLeadsOut:
         return l10n.linkLeadsOut(about);
+    case Kind::LinkLeadsNowhere:
+        return l10n.linkLeadsNowhere(about);
     case Kind::LostAndFoundNotRead:
         return l10n.folderNotRead(about, reason);
     case Kind::ReportsNotArchived:

@@ -16,6 +16,14 @@ struct OffloadProblem {
         NotReadBack,
         /// A copy is not the same as what was read from the card.
         CopyDiffers,
+        /// Two folders of the card have become one on the disk, which is the subject.
+        FoldersFellTogether,
+        /// What was proved does not lie where it was copied to any more.
+        CopyGone,
+        /// A file of the card is not the one that was read any more.
+        CardChanged,
+        /// A file came to the card after it was looked through, and was not copied.
+        CameMeanwhile,
         /// What lies in a folder of the card was not copied.
         FolderNotRead,
         /// The disk could not keep what it was given, so that no copy was proved.
@@ -33,6 +41,8 @@ struct OffloadProblem {
         NoAnswer,
         /// A link on the card leads out of it; it was not copied.
         LinkLeadsOut,
+        /// A link on the card leads to nothing, or in a circle.
+        LinkLeadsNowhere,
         /// The file system's own folder for what it found when it was repaired; no camera's.
         LostAndFoundNotRead,
         /// The reports could not be written to the archive, which is the subject.

@@ -29,6 +29,9 @@ struct InventoryEntry {
     std::optional<Instant> created;
     /// Only ever true for something that has bytes to copy and hits no skip rule.
     bool shouldCopy = false;
+    /// When its bytes and when anything about it changed last, to the nanosecond, as far as the
+    /// file system keeps that.
+    std::array<std::int64_t, 4> changes{};
 
     friend bool operator==(const InventoryEntry&, const InventoryEntry&) = default;
 };

@@ -61,7 +61,6 @@ FileDigests hashFile(Transfer& transfer, const FileBeneath& name, const Transfer
 
 CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBeneath& to,
                        const TransferWatch& watch) {
-    to.folder.createFolders(to.relative.parent_path());
     auto hasher = hasherFor(watch);
     CopyResult result;
     const auto source = openShared(from);

@@ -47,8 +47,8 @@ struct CopyResult {
 
 FileDigests hashFile(Transfer& transfer, const FileBeneath& file, const TransferWatch& watch = {});
 
-/// Copies a file to a new one, replacing a file or link that bears that name, with all folders on
-/// the way and the source's modification date.
+/// Copies a file to a new one in a folder that is there, with the source's modification date.
+/// Nothing that bears that name is replaced.
 ///
 /// The bytes are hashed before they are written, and are on the disk when this returns. A failed
 /// copy leaves at `to` what was written until then.

@@ -44,6 +44,12 @@ bool isDotEntry(const char* name) {
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
+std::array<std::int64_t, 4> changesOf(const Attributes& attributes) {
+    const auto modified = attributes.exactModified.value_or(timespec{});
+    const auto changed = attributes.changed.value_or(timespec{});
+    return {modified.tv_sec, modified.tv_nsec, changed.tv_sec, changed.tv_nsec};
+}
+
 class Walk {
 public:
     Walk(const RootFolder& root, const SkipNames& names, const WalkObserver& observer)
@@ -97,7 +103,8 @@ private:
         const bool hasBytes =
             attributes->type == ItemType::SymbolicLink ? follow(relative, *attributes) : !isFolder;
         entries_.push_back({relative, isFolder, isFolder ? 0 : attributes->sizeBytes,
-                            attributes->modified, attributes->created, hasBytes && !skip});
+                            attributes->modified, attributes->created, hasBytes && !skip,
+                            changesOf(*attributes)});
         if (isFolder && !skip)
             pending_.push_back(relative);
     }
@@ -115,7 +122,10 @@ private:
         } catch (const PosixError& failure) {
             if (failure.code() == EXDEV && observer_.leadsOut)
                 observer_.leadsOut(link);
-            return failure.code() != ENOENT && failure.code() != ELOOP && failure.code() != EXDEV;
+            const bool isNowhere = failure.code() == ENOENT || failure.code() == ELOOP;
+            if (isNowhere && observer_.leadsNowhere)
+                observer_.leadsNowhere(link);
+            return !isNowhere && failure.code() != EXDEV;
         }
     }
 

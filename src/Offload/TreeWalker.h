@@ -19,13 +19,15 @@ namespace slatewise::TreeWalker {
 /// System leftovers that no card's content is.
 const SkipNames& defaultSkipNames();
 
-/// What a walk met that a person may have to know. Either may be empty. Paths are relative.
+/// What a walk met that a person may have to know. Any may be empty. Paths are relative.
 struct WalkObserver {
     /// A folder could not be read, or not to its end, and why. What lies in it is missing from the
     /// inventory.
     std::function<void(const std::string& folder, int code)> unreadable;
     /// A link leads out of the tree; what it leads to was not looked at.
-    std::function<void(const std::string& link)> leadsOut;
+    std::function<void(const std::string& link)> leadsOut{};
+    /// A link leads to nothing, or in a circle.
+    std::function<void(const std::string& link)> leadsNowhere{};
 };
 
 /// Lists everything under `root`, sorted by the bytes of the relative path.

@@ -11,13 +11,16 @@
 #include <sys/stat.h>
 
 #include <climits>
+#include <utility>
 
 using namespace slatewise;
 using namespace slatewise::test;
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+using ::testing::UnorderedElementsAre;
 
 namespace {
 
@@ -176,8 +179,10 @@ TEST_F(CopyEngineTest, LinksAreOffloadedHonestly) {
         std::filesystem::symlink_status(destination / "session/film.mov")));
     EXPECT_EQ(readFile(destination / "session/film.mov"), "the bytes");
     EXPECT_FALSE(std::filesystem::exists(destination / "session/readme.txt"));
-    EXPECT_THAT(record.problems,
-                ElementsAre("The link readme.txt leads out of the card and was not copied."));
+    EXPECT_THAT(
+        record.problems,
+        UnorderedElementsAre("The link dangling leads nowhere and was not copied.",
+                             "The link readme.txt leads out of the card and was not copied."));
 }
 
 TEST_F(CopyEngineTest, NoLinkOnTheDestinationAndNoTemplateLeadsOut) {
@@ -285,6 +290,111 @@ TEST_F(CopyEngineTest, ACopyThatVanishesBeforeTheProofFails) {
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_EQ(verdicts(outcome),
               (Verdicts{{"1", "COPY/verified"}, {"2", "FAIL/failed"}, {"3", "COPY/verified"}}));
+}
+
+TEST_F(CopyEngineTest, WhatChangesOnTheCardMeanwhileIsNotVerified) {
+    const auto film = card / "DCIM/a";
+    struct Case {
+        const char* what;
+        std::function<void()> happens;
+        /// Empty: nothing is wrong.
+        std::string problem;
+    };
+    const std::vector<Case> cases = {
+        {"rewritten", [&] { writeFile(film, "CONTENT"); },
+         "This file changed while it was copied: DCIM/a"},
+        {"replaced",
+         [&] {
+             writeFile(card / "other", "CONTENT");
+             std::filesystem::rename(card / "other", film);
+         },
+         "This file changed while it was copied: DCIM/a"},
+        {"truncated", [&] { std::filesystem::resize_file(film, 3); },
+         "This file changed while it was copied: DCIM/a"},
+        {"removed", [&] { std::filesystem::remove(film); },
+         "This file changed while it was copied: DCIM/a"},
+        {"added", [&] { writeFile(card / "DCIM/c", "new"); },
+         "This file came while the card was copied and is not in the copy: DCIM/c"},
+        {"added by the system", [&] { writeFile(card / ".DS_Store", "x"); }, ""},
+    };
+    for (const auto& testCase : cases) {
+        for (const bool isHashing : {false, true}) {
+            SCOPED_TRACE(std::string(testCase.what) + (isHashing ? ", hashing" : ""));
+            std::filesystem::remove_all(card / "DCIM");
+            for (const auto& name : {film, card / "DCIM/b"}) {
+                writeFile(name, "content");
+                std::filesystem::last_write_time(
+                    name, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+            }
+            record = {};
+            request.settings.verifyOnly = isHashing;
+            bool isDone = false;
+            const auto happensOnce = [&] {
+                if (!std::exchange(isDone, true))
+                    testCase.happens();
+            };
+            auto observer = record.observer([&](const OffloadPhase& phase) {
+                if (std::holds_alternative<Phase::Verifying>(phase))
+                    happensOnce();
+            });
+            // How a file went is told at its end.
+            if (isHashing)
+                observer.log = [&](const std::string&) {
+                    happensOnce();
+                };
+            const auto outcome = CopyEngine::run(request, observer, {});
+            EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !testCase.problem.empty());
+            EXPECT_EQ(record.problems, testCase.problem.empty()
+                                           ? std::vector<std::string>()
+                                           : std::vector<std::string>{testCase.problem});
+        }
+    }
+}
+
+TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
+    const auto session = destination / "session";
+    struct Case {
+        /// Seen first in this phase, of the second file.
+        bool whenVerifying;
+        std::function<void()> happens;
+        std::string problem;
+    };
+    const std::vector<Case> cases = {
+        {true, [&] { std::filesystem::remove(session / "DCIM/a"); },
+         "The copy of DCIM/a is no longer where it was written."},
+        {true, [&] { writeFile(session / "DCIM/a", "longer than it was"); },
+         "The copy of DCIM/a is no longer where it was written."},
+        {true,
+         [&] {
+             std::filesystem::rename(session, destination / "moved");
+             std::filesystem::copy(destination / "moved", session,
+                                   std::filesystem::copy_options::recursive);
+         },
+         "The copy of " + session.native() + " is no longer where it was written."},
+        {false, [&] { writeFile(session / "DCIM/b", "a stranger's"); },
+         "Copying stopped at DCIM/b: another file of that name stands on this disk"},
+    };
+    for (const auto* name : {"DCIM/a", "DCIM/b"})
+        writeFile(card / name, "content");
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.problem);
+        for (const auto* name : {"session", "moved"})
+            std::filesystem::remove_all(destination / name);
+        record = {};
+        bool isDone = false;
+        const auto outcome = run([&](const OffloadPhase& phase) {
+            const auto* copying = std::get_if<Phase::Copying>(&phase);
+            const auto* verifying = std::get_if<Phase::Verifying>(&phase);
+            const bool isNow = testCase.whenVerifying ? verifying && verifying->file == "DCIM/b"
+                                                      : copying && copying->file == "DCIM/b";
+            if (isNow && !std::exchange(isDone, true))
+                testCase.happens();
+        });
+        EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+        // What was copied only now may not be on the disk when it is read back.
+        EXPECT_THAT(record.problems, Contains(testCase.problem));
+    }
+    EXPECT_EQ(readFile(session / "DCIM/b"), "a stranger's");
 }
 
 TEST_F(CopyEngineTest, TheSessionFolderIsAlwaysOneOfItsOwn) {

@@ -82,6 +82,7 @@ TEST(Transfer, FailuresComeInTheOrderOfTheFile) {
             image.find(content.substr(static_cast<std::size_t>(read - 1) * kChunk, 64));
         ASSERT_NE(end, std::string::npos);
         std::filesystem::resize_file(card.image(), end);
+        to.removeFile("copy");
         const FilesNoLongerThan limit(write - 1);
         std::size_t told = 0;
         try {
@@ -94,7 +95,7 @@ TEST(Transfer, FailuresComeInTheOrderOfTheFile) {
                 << error.localizedDescription();
         }
         EXPECT_EQ(told, static_cast<std::size_t>(written) * kChunk);
-        EXPECT_EQ(readFile(folder / "copy"), content.substr(0, told));
+        EXPECT_TRUE(readFile(folder / "copy") == content.substr(0, told));
     }
 }
 
@@ -106,6 +107,7 @@ TEST(Transfer, StopsWithinAChunkWhereverItIs) {
     Transfer transfer;
     for (int chunk = 0; chunk <= kChunks; ++chunk) {
         SCOPED_TRACE(chunk);
+        root.removeFile("copy");
         std::stop_source stop;
         std::size_t told = 0;
         const auto stopAt = [&] {
@@ -124,7 +126,7 @@ TEST(Transfer, StopsWithinAChunkWhereverItIs) {
                      CancellationError);
         EXPECT_GE(told, static_cast<std::size_t>(chunk) * kChunk);
         EXPECT_LE(told, static_cast<std::size_t>(chunk + 1) * kChunk);
-        EXPECT_EQ(readFile(folder / "copy"), content.substr(0, told));
+        EXPECT_TRUE(readFile(folder / "copy") == content.substr(0, told));
     }
 }
 
@@ -146,6 +148,7 @@ TEST(Transfer, StopsFromOutsideAtAnyMomentAndGoesOnAfterwards) {
             stop.request_stop();
         });
         const bool isProof = moment % 2 == 1;
+        root.removeFile("copy");
         try {
             EXPECT_EQ(
                 isProof ? SHA256Hasher::hashFile(transfer, {root, "clip"}, watch).sha256

@@ -9,10 +9,12 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <utility>
 
 // What disks do to people, tried on real file systems.
@@ -239,6 +241,82 @@ TEST(DamagedCard, AFolderThatCannotBeReadFailsTheRunAndTheRestIsProved) {
         EXPECT_EQ(verdicts(outcome)["good.mov"], isHashing ? "HASH/hashed" : "COPY/verified");
         EXPECT_THAT(record.problems,
                     ::testing::ElementsAre(HasSubstr("The folder bad could not be read")));
+    }
+}
+
+TEST(DamagedCard, ALostAndFoundIsPassedOverOnlyWhereTheFileSystemMadeIt) {
+    constexpr uid_t kNobody = 65534;
+    const std::vector<std::pair<std::string, OffloadProblem::Kind>> cases = {
+        {"root", OffloadProblem::Kind::LostAndFoundNotRead},
+        {std::to_string(kNobody), OffloadProblem::Kind::FolderNotRead}};
+    for (const auto& [owner, kind] : cases) {
+        SCOPED_TRACE(owner);
+        const MountedVolume card(Volume::Ext4, 8 * kMiB);
+        std::filesystem::create_directory(card / "lost+found");
+        std::filesystem::permissions(card / "lost+found", std::filesystem::perms::none);
+        runPrivileged({"chown", owner, card / "lost+found"});
+        // Root reads every folder, and the folders on the way may be closed to others.
+        const pid_t child = ::fork();
+        if (child == 0) {
+            if (::chdir(card.path().c_str()) != 0 || (::geteuid() == 0 && ::seteuid(kNobody) != 0))
+                ::_exit(10);
+            auto request = requestFor(".", ".");
+            request.settings.verifyOnly = true;
+            RunRecord record;
+            const auto outcome = CopyEngine::run(request, record.observer(), {});
+            ::_exit(outcome.problems.size() == 1 && outcome.problems[0].kind == kind ? 0 : 1);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+}
+
+TEST(OtherVolume, BelowACardOrADiskIsNotTakenForIt) {
+    for (const bool isOnCard : {true, false}) {
+        SCOPED_TRACE(isOnCard);
+        const TemporaryFolder card;
+        const TemporaryFolder destination;
+        writeFile(card / "1", "1");
+        writeFile(card / "DCIM/2", "2");
+        writeFile(card / "DCIM/3", "3");
+        RunRecord record;
+        std::optional<MountedVolume> other;
+        const auto mountAt = [&](const std::filesystem::path& place) {
+            if (!other)
+                other.emplace(Volume::Ext4, 8 * kMiB, place, "");
+        };
+        if (isOnCard)
+            mountAt(card / "extra");
+        const auto outcome =
+            CopyEngine::run(requestFor(card.path(), destination.path()),
+                            record.observer([&](const OffloadPhase& phase) {
+                                const auto* copying = std::get_if<Phase::Copying>(&phase);
+                                if (!isOnCard && copying && copying->file == "DCIM/3")
+                                    mountAt(destination / "session/DCIM");
+                            }),
+                            {});
+        EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+        EXPECT_THAT(record.problems,
+                    ::testing::ElementsAre(HasSubstr("another disk is mounted there")));
+    }
+}
+
+TEST(DiskWithoutCase, NamesThatBecomeOneFailTheRun) {
+    const std::vector<std::pair<std::vector<const char*>, const char*>> cases = {
+        {{"A.txt", "a.txt"}, "a.txt: another file of that name stands on this disk"},
+        {{"CLIP/1", "clip/2"}, "Two folders of the card are one folder on this disk: clip"},
+    };
+    const MountedVolume disk(Volume::ExFat, 64 * kMiB);
+    for (const auto& [names, problem] : cases) {
+        const TemporaryFolder card;
+        for (const auto* name : names)
+            writeFile(card / name, name);
+        RunRecord record;
+        const auto outcome =
+            CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
+        EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+        EXPECT_THAT(record.problems, ::testing::Contains(HasSubstr(problem)));
     }
 }
 

@@ -30,6 +30,8 @@ struct Attributes {
     std::optional<Instant> created;
     /// The modification date as the system keeps it: to the nanosecond, and of any year.
     std::optional<timespec> exactModified;
+    /// When anything about the item changed last, which nobody can set.
+    std::optional<timespec> changed;
 };
 
 /// Attributes of the item itself; a symbolic link is not followed. `name` is taken relative to the

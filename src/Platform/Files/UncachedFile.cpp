@@ -133,12 +133,12 @@ UncachedFile UncachedFile::openForReading(const FileBeneath& file) {
 
 UncachedFile UncachedFile::createForWriting(const FileBeneath& file) {
     constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
-    auto [descriptor, access] = openDirectIfPossible(kNewFile, [&](int flags) {
-        // A file system may refuse direct transfers only after it has made the file.
-        file.folder.removeFile(file.relative);
-        return file.folder.open(file.relative, flags);
-    });
-    return UncachedFile(std::move(descriptor), file.path(), access);
+    // A file system may refuse direct transfers only after it has made the file, and a second
+    // attempt could not tell that file from a stranger's. So it is made first and asked then.
+    auto descriptor = file.folder.open(file.relative, kNewFile);
+    const bool isDirect = ::fcntl(descriptor.get(), F_SETFL, O_DIRECT) == 0;
+    return UncachedFile(std::move(descriptor), file.path(),
+                        isDirect ? FileAccess::Direct : FileAccess::CacheDropped);
 }
 
 bool UncachedFile::isKeptInMemory() const noexcept {

@@ -59,7 +59,8 @@ public:
     /// Opens for reading. A FIFO, a socket or a device is refused at once and never waited for.
     static UncachedFile openForReading(const FileBeneath& file);
 
-    /// Creates a new, empty file for writing; a file or a link that bore its name is gone.
+    /// Creates a new, empty file for writing. Anything that bears its name stays as it is and is a
+    /// failure, EEXIST; so is a name that the file system takes for another one's.
     static UncachedFile createForWriting(const FileBeneath& file);
 
     /// Reads on. Gives the number of bytes, less than asked for only near the end, 0 at the end.

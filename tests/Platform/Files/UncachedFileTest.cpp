@@ -35,6 +35,7 @@ TEST(UncachedFile, WritesAndReadsEverySize) {
          {0u, 1u, 511u, 512u, 4095u, 4096u, 4097u, 65536u, 65537u, 131072u, 200001u}) {
         SCOPED_TRACE(size);
         const auto content = test::bytesOf(size);
+        root.removeFile("file");
         auto file = UncachedFile::createForWriting({root, "file"});
         TransferBuffer buffer(kBuffer);
         for (std::size_t at = 0; at < size; at += kBuffer) {
