@@ -3,6 +3,7 @@
 #include "Offload/FolderTemplate.h"
 #include "Platform/Disks/MountTable.h"
 #include "Platform/Text.h"
+#include "Storage/SupportPaths.h"
 
 #include <algorithm>
 
@@ -55,6 +56,7 @@ bool contains(const std::filesystem::path& outer, const std::filesystem::path& i
 }
 
 std::optional<std::string> find(const BatchPlan& plan, Instant now) {
+    const auto archive = SupportPaths::reportsArchivePath(plan.settings);
     for (const auto& pair : plan.pairs()) {
         const auto& card = pair.card.facts.mountPoint;
         const auto& destination = pair.destination.facts.mountPoint;
@@ -63,6 +65,8 @@ std::optional<std::string> find(const BatchPlan& plan, Instant now) {
         // A link may have taken the place of the folder that the reports go to.
         if (contains(card, destination) || contains(card, destination / "reports"))
             return plan.l10n().destinationInsideCard(destinationName, cardName);
+        if (contains(card, archive))
+            return plan.l10n().archiveInsideCard(Text::displayable(archive.native()), cardName);
         // Who only hashes may well hash an earlier session where it lies.
         if (plan.settings.verifyOnly)
             continue;

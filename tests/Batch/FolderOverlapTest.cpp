@@ -73,6 +73,8 @@ TEST(FolderOverlap, RefusesACopyIntoItsOwnSource) {
         {"a template that leads into the card", "A", "D", "/A/x", false, "lies on the card A"},
         {"reports that a link leads onto the card", "A", "planted", "{Dest}/x", true,
          "lies on the card A"},
+        {"an archive that a link leads onto the card", "archived", "D", "{Dest}/x", true,
+         "The archive of reports"},
         {"a card on the destination", "D/A", "D", "{Dest}/x", false, nullptr},
         {"a card in its session's folder", "D/x/A", "D", "{Dest}/x", false, "D/x)"},
         {"a session that is hashed where it lies", "D/x/A", "D", "{Dest}/x", true, nullptr},
@@ -80,6 +82,7 @@ TEST(FolderOverlap, RefusesACopyIntoItsOwnSource) {
     const TemporaryFolder folder;
     std::filesystem::create_directories(folder / "planted");
     std::filesystem::create_symlink("../A", folder / "planted/reports");
+    std::filesystem::create_directory_symlink("archived", folder / "archive");
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.what);
         for (const auto* name : {testCase.card, testCase.destination})
@@ -91,6 +94,7 @@ TEST(FolderOverlap, RefusesACopyIntoItsOwnSource) {
         if (plan.settings.folderTemplate.starts_with('/'))
             plan.settings.folderTemplate = folder.path().native() + plan.settings.folderTemplate;
         plan.settings.verifyOnly = testCase.verifyOnly;
+        plan.settings.outputFolderPath = folder / "archive";
         const auto message = FolderOverlap::find(plan, Clock::now());
         ASSERT_EQ(message.has_value(), testCase.message != nullptr) << message.value_or("");
         if (message) {
