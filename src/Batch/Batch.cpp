@@ -5,6 +5,7 @@
 #include "Batch/PairTraces.h"
 #include "Batch/Waiting.h"
 #include "Offload/CopyEngine.h"
+#include "Offload/OffloadError.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -54,6 +55,11 @@ void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     } else if (outcome.status == OutcomeStatus::Hashed) {
         result.filesDone = countRows(outcome, VerifyStatus::Hashed);
     }
+}
+
+bool isLackOfSpace(const std::exception& failure) {
+    const auto* known = dynamic_cast<const OffloadError*>(&failure);
+    return known && std::holds_alternative<OffloadError::InsufficientSpace>(known->reason());
 }
 
 QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile) {
@@ -190,8 +196,10 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         work->pair.destinationFolder.reset();
     } catch (const CancellationError&) {
         result.message = plan_.l10n().cancelled();
+        result.failure = PairFailure::Stopped;
     } catch (const std::exception& failure) {
         result.message = describe(failure);
+        result.failure = isLackOfSpace(failure) ? PairFailure::NoSpace : PairFailure::Other;
         AppLog::append("Offload failed card=" + work->pair.card.name() +
                        " dest=" + work->pair.destination.name() + ": " + result.message);
     }
@@ -245,8 +253,11 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         const auto [inArchive, onDestination] = PairTraces::leave(
             self->plan_, pair, *outcome, *self->database_, work->mail.observer().problem);
         result.status = outcome->status;
-        if (!endedWell(result.status))
+        if (!endedWell(result.status)) {
             result.message = self->reasonOf(pair, *outcome, *result.runStatus);
+            result.failure =
+                self->stop_.stop_requested() ? PairFailure::Stopped : PairFailure::Other;
+        }
         result.reportFolder = onDestination.empty() ? inArchive : onDestination;
         const auto& shown = inArchive.empty() ? onDestination : inArchive;
         if (!shown.empty())
@@ -288,8 +299,15 @@ std::string Batch::reasonOf(const BatchPair& pair, const OffloadOutcome& outcome
         });
     if (endedWell(runStatus) && failure != outcome.problems.end())
         return failure->text(plan_.l10n());
-    return plan_.l10n().verifyIncomplete(Text::displayable(pair.card.name()),
-                                         Text::displayable(pair.destination.name()));
+    auto reason = plan_.l10n().verifyIncomplete(Text::displayable(pair.card.name()),
+                                                Text::displayable(pair.destination.name()));
+    const bool isCardGone =
+        std::any_of(outcome.problems.begin(), outcome.problems.end(), [](const auto& problem) {
+            return problem.kind == OffloadProblem::Kind::CardGone;
+        });
+    if (!isCardGone)
+        reason += " " + std::string(plan_.l10n().cardLeftMounted());
+    return reason;
 }
 
 /// Delivers the pair's report and whatever else waits. A service that is slow holds a batch up for
@@ -306,7 +324,8 @@ QCoro::Task<> Batch::reportToService() {
 
 /// A card that cannot be ejected stays mounted, and that is all. Gives what the user is told.
 QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume card) {
-    if (!plan_.settings.ejectAfterSuccess || !surroundings_.eject)
+    // A card that was only hashed is still to be copied.
+    if (!plan_.settings.ejectAfterSuccess || plan_.settings.verifyOnly || !surroundings_.eject)
         co_return std::nullopt;
     const auto sentence = std::make_shared<std::optional<std::string>>();
     auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n = plan_.l10n(),

@@ -23,6 +23,15 @@ namespace slatewise {
 
 class AppDatabase;
 
+/// Why a pair failed, where it was neither the card nor a file.
+enum class PairFailure {
+    None,
+    /// By the user.
+    Stopped,
+    NoSpace,
+    Other,
+};
+
 /// What became of one pair.
 struct PairResult {
     /// Failed whenever anything after the run failed too.
@@ -40,6 +49,8 @@ struct PairResult {
     std::int64_t bytesDone = 0;
     /// What the user is told about a failure.
     std::string message;
+    /// What kind of failure it is, as far as no problem tells.
+    PairFailure failure = PairFailure::None;
     /// What there is to know beyond the message, a failure or not.
     std::vector<OffloadProblem> problems;
 };

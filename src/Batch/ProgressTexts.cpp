@@ -35,7 +35,9 @@ struct Title {
         return l10n.copying(phase.done, phase.total, Text::visible(phase.file), speed);
     }
     std::string operator()(const Phase::Verifying& phase) const {
-        return l10n.verifying(phase.done, phase.total, Text::visible(phase.file));
+        // The file at hand is counted, as while it was copied.
+        return l10n.verifying(std::min(phase.done + 1, phase.total), phase.total,
+                              Text::visible(phase.file));
     }
     std::string operator()(const Phase::Verified& phase) const {
         return l10n.verified(phase.files, size(phase.bytes));

@@ -12,8 +12,11 @@ std::optional<OffloadError> findLackOfRoom(std::int64_t totalBytes,
     const auto needed = totalBytes + CopyEngine::spaceMargin(totalBytes);
     for (const auto& destination : destinations) {
         auto free = destination.facts.freeBytes;
-        if (free < 1)
-            free = freeBytes(destination.facts.mountPoint);
+        // What is known of a disk may be minutes old.
+        if (free < needed) {
+            const auto now = freeBytes(destination.facts.mountPoint);
+            free = now >= 1 ? now : free;
+        }
         if (free >= 1 && free < needed)
             return OffloadError(OffloadError::InsufficientSpace{needed, free});
     }

@@ -50,16 +50,57 @@ std::string L10n::batchDestination(int number, int count) const {
 }
 
 std::string L10n::verifyIncomplete(Text card, Text destination) const {
-    return isTurkish()
-               ? fmt::format("Doğrulama tamamlanamadı ({} → {}). Kart yerinde bırakıldı.", card,
-                             destination)
-               : fmt::format("Verification did not finish ({} → {}). Card was left mounted.", card,
-                             destination);
+    return isTurkish() ? fmt::format("Doğrulama tamamlanamadı ({} → {}).", card, destination)
+                       : fmt::format("Verification did not finish ({} → {}).", card, destination);
 }
 
 std::string L10n::whichNamedCard(Text card) const {
     return isTurkish() ? fmt::format("{} hangisine ait?", card)
                        : fmt::format("Which unit does {} belong to?", card);
+}
+
+std::string L10n::pairVerified(Text card, Text destination, int files) const {
+    return isTurkish() ? fmt::format("{} → {}: doğrulandı, {} dosya", card, destination, files)
+                       : fmt::format("{} → {}: verified, {} files", card, destination, files);
+}
+
+std::string L10n::pairHashed(Text card, int files) const {
+    return isTurkish() ? fmt::format("{}: hash alındı, {} dosya", card, files)
+                       : fmt::format("{}: hashed, {} files", card, files);
+}
+
+std::string L10n::pairFailed(Text card, Text destination, Text why) const {
+    return fmt::format("{} → {}: {}{}{}", card, destination, text("FAILED", "BAŞARISIZ"),
+                       why.empty() ? "" : " · ", why);
+}
+
+std::string L10n::lastVerified(int files, Text time) const {
+    return isTurkish() ? fmt::format("Son kopya: doğrulandı, {} dosya, {}", files, time)
+                       : fmt::format("Last offload: verified, {} files, {}", files, time);
+}
+
+std::string L10n::lastHashed(int files, Text time) const {
+    return isTurkish() ? fmt::format("Son işlem: yalnızca hash, {} dosya, {}", files, time)
+                       : fmt::format("Last offload: only hashed, {} files, {}", files, time);
+}
+
+std::string L10n::lastFailed(Text time) const {
+    return isTurkish() ? fmt::format("Son kopya: BAŞARISIZ, {}", time)
+                       : fmt::format("Last offload: FAILED, {}", time);
+}
+
+std::string L10n::unitFor(Text card) const {
+    return isTurkish() ? fmt::format("{} için birim", card) : fmt::format("Unit for {}", card);
+}
+
+std::string L10n::cardHasNoUnit(Text card) const {
+    return isTurkish() ? fmt::format("{} kartının birimi henüz yok", card)
+                       : fmt::format("{} has no unit yet", card);
+}
+
+std::string L10n::cardIsNoDestination(Text card) const {
+    return isTurkish() ? fmt::format("{} kart olarak listede; hedef olamaz", card)
+                       : fmt::format("{} is listed as a card, so it cannot be a destination", card);
 }
 
 std::string L10n::sizeMismatch(Text source, Text copy) const {

@@ -38,6 +38,17 @@ public:
     std::string batchDestination(int number, int count) const;
     std::string verifyIncomplete(Text card, Text destination) const;
     std::string whichNamedCard(Text card) const;
+    /// What became of a pair; `why` may be empty.
+    std::string pairVerified(Text card, Text destination, int files) const;
+    std::string pairHashed(Text card, int files) const;
+    std::string pairFailed(Text card, Text destination, Text why) const;
+    /// Of a batch that is no news any more.
+    std::string lastVerified(int files, Text time) const;
+    std::string lastHashed(int files, Text time) const;
+    std::string lastFailed(Text time) const;
+    std::string unitFor(Text card) const;
+    std::string cardHasNoUnit(Text card) const;
+    std::string cardIsNoDestination(Text card) const;
     std::string sizeMismatch(Text source, Text copy) const;
     std::string hashMismatch(Text file) const;
     std::string insufficientSpace(Text needed, Text free) const;

@@ -13,6 +13,8 @@ namespace {
 BatchControl::Standing standingOf(const OffloadPhase& phase) {
     if (ProgressTexts::isBusy(phase))
         return BatchControl::Busy;
+    if (std::holds_alternative<Phase::Hashed>(phase))
+        return BatchControl::Hashed;
     if (ProgressTexts::isSuccess(phase))
         return BatchControl::Succeeded;
     return ProgressTexts::isFailure(phase) ? BatchControl::Failed : BatchControl::Resting;
@@ -33,6 +35,7 @@ BatchControl::~BatchControl() {
 
 void BatchControl::show() {
     showProgress();
+    showOutcome();
     const bool canCopy = !state_.board.selection(VolumeSide::Card).ids.empty() &&
                          !state_.board.selection(VolumeSide::Destination).ids.empty() && !isBusy();
     if (canCopy == canCopy_)
@@ -42,29 +45,82 @@ void BatchControl::show() {
 }
 
 void BatchControl::showProgress() {
-    Shown now;
-    now.standing = standingOf(phase_);
-    now.fraction = ProgressTexts::fraction(phase_, position_);
-    now.percentText = toQString(ProgressTexts::percent(now.fraction));
-    now.title = toQString(ProgressTexts::title(phase_, position_, state_.l10n()));
+    auto now = shownNow();
     if (now == shown_)
         return;
     shown_ = std::move(now);
     Q_EMIT changed();
 }
 
+BatchControl::Shown BatchControl::shownNow() const {
+    const auto l10n = state_.l10n();
+    const bool stepsBack = state_.isVerdictOld && !ProgressTexts::isBusy(phase_);
+    const OffloadPhase phase = stepsBack ? OffloadPhase() : phase_;
+    Shown now;
+    now.standing = standingOf(phase);
+    now.fraction = ProgressTexts::fraction(phase, position_);
+    now.percentText = toQString(ProgressTexts::percent(now.fraction));
+    now.isRefused = stepsBack && state_.notice;
+    now.title = toQString(now.isRefused ? state_.notice->text(l10n)
+                                        : ProgressTexts::title(phase, position_, l10n));
+    if (now.standing == Failed && lastResult_ && lastResult_->message)
+        now.advice = toQString(BatchOutcome::advice(*lastResult_, l10n));
+    if (now.standing == Resting)
+        now.lastOffload = lastOffloadNow();
+    return now;
+}
+
+QString BatchControl::lastOffloadNow() const {
+    if (!lastResult_)
+        return {};
+    const auto l10n = state_.l10n();
+    const auto time = Clock::localText(lastEnd_, "HH:mm");
+    if (lastResult_->message)
+        return toQString(l10n.lastFailed(time));
+    return toQString(lastResult_->wasHashing ? l10n.lastHashed(lastResult_->filesDone, time)
+                                             : l10n.lastVerified(lastResult_->filesDone, time));
+}
+
+void BatchControl::showOutcome() {
+    if (!lastResult_ || isBusy()) {
+        pairs_.setRows({});
+        problems_.setRows({});
+        return;
+    }
+    pairs_.setRows(BatchOutcome::pairs(lastPlan_, *lastResult_, state_.l10n()));
+    problems_.setRows(BatchOutcome::problems(*lastResult_, state_.l10n()));
+}
+
+QString BatchControl::report() const {
+    QStringList lines;
+    if (lastResult_)
+        lines << lastOffloadNow();
+    for (const auto* list : {&pairs_, &problems_}) {
+        for (const auto& line : list->rows())
+            lines << line.text;
+    }
+    return lines.join('\n');
+}
+
 void BatchControl::start() {
+    state_.notice.reset();
     const auto batchPlan = plan();
     if (batchPlan.cards.empty() || batchPlan.destinations.empty()) {
         phase_ =
             Phase::Failed{OffloadError(OffloadError::MissingSelection{}).localizedDescription()};
+        state_.isVerdictOld = false;
         return state_.publish();
     }
-    if (!everyCardHasItsUnit(batchPlan))
-        return state_.publish();
+    if (auto refusal = findRefusal(batchPlan)) {
+        state_.refuse(std::move(*refusal));
+        if (const auto card = state_.targetCard())
+            Q_EMIT state_.cardWanted(*card);
+        return;
+    }
     if (batch_)
         batch_->abandon();
     position_ = {};
+    state_.isVerdictOld = false;
     phase_ = Phase::Scanning{};
     state_.publish();
     batch_ = std::make_shared<Batch>(batchPlan, state_.surroundings, state_.database, *this);
@@ -89,8 +145,11 @@ BatchPlan BatchControl::plan() const {
             .serviceProfile = profile_.current()};
 }
 
-/// Asks for units where they are missing.
-bool BatchControl::everyCardHasItsUnit(const BatchPlan& plan) {
+/// What keeps the user from a batch; asks for units where they are missing.
+std::optional<Notice> BatchControl::findRefusal(const BatchPlan& plan) {
+    const auto& folderTemplate = plan.settings.folderTemplate;
+    if (FolderTemplate::leadsOut(folderTemplate))
+        return Notice{Notice::Kind::TemplateLeadsOut, folderTemplate};
     auto& missing = state_.cardUnits.cardsNeedingUnit;
     missing.clear();
     for (const auto& card : plan.cards) {
@@ -100,10 +159,15 @@ bool BatchControl::everyCardHasItsUnit(const BatchPlan& plan) {
             state_.board.selection(VolumeSide::Card).focused = card.id();
         missing.insert(card.id());
     }
-    return missing.empty();
+    const auto* first = missing.empty() ? nullptr : state_.board.selectedCard();
+    if (!first)
+        return std::nullopt;
+    return Notice{Notice::Kind::CardWithoutUnit, first->name()};
 }
 
 void BatchControl::batchBegan(const BatchPlan& plan) {
+    lastResult_.reset();
+    lastPlan_ = plan;
     volumes_.persistDestinations();
     state_.settings.save(state_.defaults);
     AppLog::append(plan.logLine());
@@ -139,6 +203,13 @@ void BatchControl::pairEnded(const BatchPair& pair, const PairResult& result) {
 void BatchControl::batchEnded(const BatchResult& result) {
     batch_.reset();
     position_ = {};
+    // Whatever was ticked in the meantime.
+    state_.isVerdictOld = false;
+    // A refusal says nothing of the batch before.
+    if (result.wasBegun) {
+        lastResult_ = result;
+        lastEnd_ = Clock::now();
+    }
     auto& selection = state_.board.selection(VolumeSide::Card);
     if (result.message) {
         phase_ = Phase::Failed{*result.message};

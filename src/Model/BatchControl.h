@@ -2,6 +2,7 @@
 
 #include "Batch/Batch.h"
 #include "Batch/ProgressTexts.h"
+#include "Model/BatchOutcome.h"
 #include "Model/ModelState.h"
 #include "Model/VolumeFollower.h"
 #include "Service/ServiceProfileFile.h"
@@ -27,9 +28,16 @@ class BatchControl : public QObject, public BatchListener {
     Q_PROPERTY(double fraction READ fraction NOTIFY changed)
     Q_PROPERTY(QString percentText READ percentText NOTIFY changed)
     Q_PROPERTY(QString title READ title NOTIFY changed)
+    Q_PROPERTY(bool isRefused READ isRefused NOTIFY changed)
+    Q_PROPERTY(QString advice READ advice NOTIFY changed)
+    Q_PROPERTY(QString lastOffload READ lastOffload NOTIFY changed)
+    Q_PROPERTY(slatewise::OutcomeListModel* pairs READ pairs CONSTANT)
+    Q_PROPERTY(slatewise::OutcomeListModel* problems READ problems CONSTANT)
+    Q_PROPERTY(QString report READ report NOTIFY changed)
 
 public:
-    enum Standing { Resting, Busy, Succeeded, Failed };
+    /// Resting also while the user prepares the next batch, whatever became of the last.
+    enum Standing { Resting, Busy, Succeeded, Hashed, Failed };
     Q_ENUM(Standing)
 
     /// All outlive this.
@@ -42,6 +50,17 @@ public:
     double fraction() const { return shown_.fraction; }
     QString percentText() const { return shown_.percentText; }
     QString title() const { return shown_.title; }
+    /// Whether the title says why nothing came of what the user did.
+    bool isRefused() const { return shown_.isRefused; }
+    /// What to do about a failure.
+    QString advice() const { return shown_.advice; }
+    /// One quiet line about a batch whose verdict has stepped back.
+    QString lastOffload() const { return shown_.lastOffload; }
+    /// What became of each pair of the last batch, and what it met; kept until the next begins.
+    OutcomeListModel* pairs() { return &pairs_; }
+    OutcomeListModel* problems() { return &problems_; }
+    /// All of that as one text.
+    QString report() const;
     const OffloadPhase& phase() const { return phase_; }
     const BatchPosition& position() const { return position_; }
 
@@ -70,13 +89,19 @@ private:
         double fraction = 0;
         QString percentText;
         QString title;
+        bool isRefused = false;
+        QString advice;
+        QString lastOffload;
         friend bool operator==(const Shown&, const Shown&) = default;
     };
 
     void show();
     void showProgress();
+    void showOutcome();
+    Shown shownNow() const;
+    QString lastOffloadNow() const;
     BatchPlan plan() const;
-    bool everyCardHasItsUnit(const BatchPlan& plan);
+    std::optional<Notice> findRefusal(const BatchPlan& plan);
     static QCoro::Task<> showReport(QPointer<BatchControl> self,
                                     std::optional<std::filesystem::path> report);
 
@@ -85,6 +110,12 @@ private:
     const ServiceProfileFile& profile_;
     OffloadPhase phase_;
     BatchPosition position_;
+    /// The batch that ran last, what came of it, and when.
+    BatchPlan lastPlan_;
+    std::optional<BatchResult> lastResult_;
+    Instant lastEnd_;
+    OutcomeListModel pairs_;
+    OutcomeListModel problems_;
     std::shared_ptr<Batch> batch_;
     BatchListener* listener_ = nullptr;
     bool canCopy_ = false;

@@ -15,7 +15,10 @@ std::shared_ptr<AppDatabase> openedStore(const Surroundings& surroundings) {
 ModelState::ModelState(Surroundings around)
     : surroundings(std::move(around)), defaults(*surroundings.defaults),
       language(Language::load(defaults)), settings(OffloadSettings::load(defaults)),
-      unitCatalog(UnitCatalog::load(defaults)), database(openedStore(surroundings)) {}
+      unitCatalog(UnitCatalog::load(defaults)), database(openedStore(surroundings)) {
+    // Nobody should find cards merely hashed that they meant to copy, for a setting of last week.
+    settings.verifyOnly = false;
+}
 
 std::string ModelState::targetUnit() const {
     const auto card = targetCard();
@@ -23,8 +26,7 @@ std::string ModelState::targetUnit() const {
 }
 
 std::string ModelState::activeUnit() const {
-    const auto unit = targetUnit();
-    return unit.empty() ? highlightedUnit : unit;
+    return targetCard() ? targetUnit() : highlightedUnit;
 }
 
 void ModelState::giveCurrentCrewTo(const std::string& card) {

@@ -3,6 +3,7 @@
 #include "Language/L10n.h"
 #include "Model/CardUnits.h"
 #include "Model/ContentSizes.h"
+#include "Model/Notice.h"
 #include "Model/Surroundings.h"
 #include "Model/UnitCatalog.h"
 #include "Model/VolumeBoard.h"
@@ -14,6 +15,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace slatewise {
@@ -40,16 +42,27 @@ public:
     ContentSizes contentSizes;
     /// The unit that was tapped last.
     std::string highlightedUnit;
+    /// Why nothing came of what the user did last; empty when something did.
+    std::optional<Notice> notice;
+    /// The user has turned to what is next: how the last batch ended is no news any more.
+    bool isVerdictOld = false;
 
     L10n l10n() const { return L10n(language); }
     void publish() { Q_EMIT changed(); }
+    /// Puts aside how the last batch ended, and says what stands against the next one.
+    void refuse(Notice why) {
+        notice = std::move(why);
+        isVerdictOld = true;
+        publish();
+    }
 
     /// The card that a unit or a crew is given to.
     std::optional<std::string> targetCard() const {
         return board.selection(VolumeSide::Card).target();
     }
     std::string targetUnit() const;
-    /// The unit that an edit works on: the target card's, else the one tapped last.
+    /// The unit that is highlighted and that an edit works on: the target card's, or the one tapped
+    /// last where there is no card.
     std::string activeUnit() const;
     void giveCurrentCrewTo(const std::string& card);
     void giveTargetCurrentCrew();
@@ -59,6 +72,8 @@ public:
 
 Q_SIGNALS:
     void changed();
+    /// The user is to look at that card.
+    void cardWanted(const std::string& id);
 };
 
 } // namespace slatewise

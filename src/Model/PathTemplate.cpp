@@ -19,8 +19,11 @@ void PathTemplate::show() {
         state_.templateValues(), static_cast<int>(state_.board.selected(VolumeSide::Card).size()),
         static_cast<int>(state_.board.selected(VolumeSide::Destination).size())};
     auto text = toQString(state_.settings.folderTemplate);
-    auto preview =
-        toQString(TemplatePreview::line(state_.settings.folderTemplate, selected, state_.l10n()));
+    auto preview = objection(text);
+    isUsable_ = preview.isEmpty();
+    if (isUsable_)
+        preview = toQString(
+            TemplatePreview::line(state_.settings.folderTemplate, selected, state_.l10n()));
     if (text == text_ && preview == preview_)
         return;
     text_ = std::move(text);
@@ -59,11 +62,21 @@ QString PathTemplate::expand(const QString& pathTemplate) const {
     return toQString(TemplatePreview::path(pathTemplate.toStdString(), example_, state_.l10n()));
 }
 
+QString PathTemplate::objection(const QString& pathTemplate) const {
+    const auto text = FolderTemplate::normalize(pathTemplate.toStdString());
+    if (!FolderTemplate::leadsOut(text))
+        return {};
+    return toQString(Notice{Notice::Kind::TemplateLeadsOut, text}.text(state_.l10n()));
+}
+
 QString PathTemplate::normalized(const QString& pathTemplate) const {
     return toQString(FolderTemplate::normalize(pathTemplate.toStdString()));
 }
 
 void PathTemplate::save(const QString& pathTemplate) {
+    if (!objection(pathTemplate).isEmpty())
+        return;
+    state_.notice.reset();
     state_.settings.folderTemplate = FolderTemplate::normalize(pathTemplate.toStdString());
     state_.settings.save(state_.defaults);
     state_.publish();

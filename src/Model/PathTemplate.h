@@ -13,6 +13,7 @@ class PathTemplate : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString text READ text NOTIFY changed)
     Q_PROPERTY(QString preview READ preview NOTIFY changed)
+    Q_PROPERTY(bool isUsable READ isUsable NOTIFY changed)
     Q_PROPERTY(QString standardText READ standardText CONSTANT)
     Q_PROPERTY(slatewise::ChoiceListModel* tokens READ tokens CONSTANT)
     Q_PROPERTY(slatewise::ChoiceListModel* presets READ presets CONSTANT)
@@ -22,7 +23,11 @@ public:
     explicit PathTemplate(ModelState& state);
 
     QString text() const { return text_; }
-    /// The path of the next copy, with how many more cards and destinations there are.
+    /// Whether the template in force keeps below the destination, as one that was stored by hand
+    /// may not.
+    bool isUsable() const { return isUsable_; }
+    /// The path of the next copy, with how many more cards and destinations there are; why there is
+    /// none when the template is not usable.
     QString preview() const { return preview_; }
     static QString standardText();
     /// Pieces to put into a template, under their labels; separators come last.
@@ -35,8 +40,11 @@ public:
     Q_INVOKABLE void holdExample();
     /// The path that a template leads to today, with the names of the example.
     Q_INVOKABLE QString expand(const QString& pathTemplate) const;
+    /// Why a template cannot be used; empty when it can.
+    Q_INVOKABLE QString objection(const QString& pathTemplate) const;
     /// As it would be stored.
     Q_INVOKABLE QString normalized(const QString& pathTemplate) const;
+    /// Nothing for a template that cannot be used.
     Q_INVOKABLE void save(const QString& pathTemplate);
 
 Q_SIGNALS:
@@ -49,6 +57,7 @@ private:
     ModelState& state_;
     QString text_;
     QString preview_;
+    bool isUsable_ = true;
     ChoiceListModel tokens_;
     ChoiceListModel presets_;
     FolderTemplate::Values example_;

@@ -20,6 +20,13 @@ void UnitPicker::show() {
     for (const auto& unit : state_.unitCatalog.units)
         units.push_back({toQString(unit), toQString(unit), {}, unit == active});
     units_.setRows(std::move(units));
+    const bool canDeleteCrew = state_.unitCatalog.sets.size() > 1;
+    const bool canDeleteUnit = !Text::trimmed(active).empty();
+    if (canDeleteCrew != canDeleteCrew_ || canDeleteUnit != canDeleteUnit_) {
+        canDeleteCrew_ = canDeleteCrew;
+        canDeleteUnit_ = canDeleteUnit;
+        Q_EMIT deletableChanged();
+    }
     if (auto now = titleNow(); now != title_) {
         title_ = std::move(now);
         Q_EMIT titleChanged();
@@ -28,12 +35,10 @@ void UnitPicker::show() {
 
 QString UnitPicker::titleNow() const {
     const auto l10n = state_.l10n();
-    const auto cards = state_.board.selected(VolumeSide::Card);
-    if (cards.empty())
-        return toQString(l10n.selectCardsFirst());
-    if (cards.size() > 1)
-        return toQString(l10n.whichThisCard());
-    return toQString(l10n.whichNamedCard(Text::displayable(cards.front().name())));
+    const auto target = state_.targetCard();
+    const auto* card = target ? state_.board.find(*target) : nullptr;
+    return toQString(card ? l10n.unitFor(Text::displayable(card->name()))
+                          : std::string(l10n.selectCardsFirst()));
 }
 
 void UnitPicker::setNewCrewName(const QString& name) {
@@ -66,6 +71,7 @@ void UnitPicker::tapUnit(const QString& name) {
 }
 
 void UnitPicker::giveTargetUnit(const std::string& unit) {
+    state_.notice.reset();
     state_.highlightedUnit = unit;
     if (const auto card = state_.targetCard())
         state_.cardUnits.setCamera(*card, unit);

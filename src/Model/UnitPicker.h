@@ -14,6 +14,8 @@ class UnitPicker : public QObject {
     Q_PROPERTY(slatewise::ChoiceListModel* crews READ crews CONSTANT)
     Q_PROPERTY(slatewise::ChoiceListModel* units READ units CONSTANT)
     Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    Q_PROPERTY(bool canDeleteCrew READ canDeleteCrew NOTIFY deletableChanged)
+    Q_PROPERTY(bool canDeleteUnit READ canDeleteUnit NOTIFY deletableChanged)
     Q_PROPERTY(QString newCrewName READ newCrewName WRITE setNewCrewName NOTIFY newNamesChanged)
     Q_PROPERTY(QString newUnitName READ newUnitName WRITE setNewUnitName NOTIFY newNamesChanged)
 
@@ -25,6 +27,10 @@ public:
     ChoiceListModel* units() { return &units_; }
     /// Which card a tap is for.
     QString title() const { return title_; }
+    /// The last crew stays.
+    bool canDeleteCrew() const { return canDeleteCrew_; }
+    /// The one that is highlighted.
+    bool canDeleteUnit() const { return canDeleteUnit_; }
     QString newCrewName() const { return newCrewName_; }
     void setNewCrewName(const QString& name);
     QString newUnitName() const { return newUnitName_; }
@@ -40,6 +46,7 @@ public:
 
 Q_SIGNALS:
     void titleChanged();
+    void deletableChanged();
     void newNamesChanged();
 
 private:
@@ -51,6 +58,8 @@ private:
     ChoiceListModel crews_;
     ChoiceListModel units_;
     QString title_;
+    bool canDeleteCrew_ = false;
+    bool canDeleteUnit_ = false;
     QString newCrewName_;
     QString newUnitName_;
 };

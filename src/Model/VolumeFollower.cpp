@@ -156,10 +156,12 @@ void VolumeFollower::announce(const std::vector<ClassifiedVolume>& newCards) {
 void VolumeFollower::toggle(VolumeSide side, const std::string& id) {
     if (!findVolume(state_.board.list(side), id))
         return;
+    state_.notice.reset();
     const bool isTicked = state_.board.selection(side).toggle(id);
     if (side == VolumeSide::Destination) {
         persistDestinations();
     } else if (isTicked) {
+        state_.isVerdictOld = true;
         state_.cardUnits.clearUnit(id);
         state_.giveCurrentCrewTo(id);
     } else {
@@ -234,9 +236,12 @@ void VolumeFollower::useFolder(VolumeSide side, const ClassifiedVolume& folder) 
         selection.tick(id);
         if (side == VolumeSide::Card) {
             selection.focused = id;
+            state_.isVerdictOld = true;
             state_.cardUnits.clearUnit(id);
             state_.giveCurrentCrewTo(id);
         }
+    } else {
+        state_.refuse({Notice::Kind::CardAsDestination, folder.name()});
     }
     if (side == VolumeSide::Destination)
         persistDestinations();

@@ -19,6 +19,14 @@ std::string idOf(const QString& volumeID) {
 VolumeListModel::VolumeListModel(VolumeSide side, const ModelState& state, VolumeFollower& volumes)
     : side_(side), state_(state), volumes_(volumes) {
     connect(&state, &ModelState::changed, this, &VolumeListModel::show);
+    connect(&state, &ModelState::cardWanted, this, &VolumeListModel::want);
+}
+
+void VolumeListModel::want(const std::string& id) {
+    const auto found = std::find_if(rows_.begin(), rows_.end(),
+                                    [&](const auto& row) { return idOf(row.volumeID) == id; });
+    if (side_ == VolumeSide::Card && found != rows_.end())
+        Q_EMIT rowWanted(static_cast<int>(found - rows_.begin()));
 }
 
 void VolumeListModel::show() {

@@ -81,11 +81,14 @@ public:
 
 Q_SIGNALS:
     void totalTextChanged();
+    /// The user is to look at that row.
+    void rowWanted(int row);
 
 private:
     friend struct RowChanges;
 
     void show();
+    void want(const std::string& id);
     VolumeRow rowOf(const ClassifiedVolume& volume) const;
     QString total() const;
 

@@ -13,6 +13,8 @@ namespace slatewise {
 namespace {
 
 constexpr std::string_view kStoredUnder = "offloadSettings";
+/// Stands in settings whose template is what the user wants, be it one of those below.
+constexpr auto* kTemplateIsChosen = "folderTemplateIsChosen";
 
 /// Templates that were the default once. Who never chose another gets today's default.
 constexpr std::array<std::string_view, 3> kEarlierDefaults = {
@@ -57,8 +59,10 @@ OffloadSettings OffloadSettings::load(const UserDefaults& defaults) {
         forEachField([&](const char* name, auto member) {
             Json::getIfPresent(object, name, settings.*member);
         });
-        if (std::find(kEarlierDefaults.begin(), kEarlierDefaults.end(), settings.folderTemplate) !=
-            kEarlierDefaults.end())
+        bool isChosen = false;
+        Json::getIfPresent(object, kTemplateIsChosen, isChosen);
+        if (!isChosen && std::find(kEarlierDefaults.begin(), kEarlierDefaults.end(),
+                                   settings.folderTemplate) != kEarlierDefaults.end())
             settings.folderTemplate = FolderTemplate::defaultTemplate;
         return settings;
     } catch (const Json::Value::exception&) {
@@ -68,6 +72,7 @@ OffloadSettings OffloadSettings::load(const UserDefaults& defaults) {
 
 void OffloadSettings::save(UserDefaults& defaults) const {
     Json::Value object = Json::Value::object();
+    Json::put(object, kTemplateIsChosen, true);
     forEachField([&](const char* name, auto member) { Json::put(object, name, this->*member); });
     defaults.setValue(kStoredUnder, Json::compactText(object));
 }

@@ -76,7 +76,7 @@ RowLayout {
         enabled: row.appModel.batch.canCopy
         kind: ActionButton.Prominent
         font.pixelSize: DITTheme.headline
-        text: L10n.copy
+        text: row.appModel.settings.verifyOnly ? L10n.hashOnly : L10n.copy
         onClicked: {
             if (row.turn.isOver())
                 row.appModel.batch.start()

@@ -12,6 +12,10 @@ Sheet {
 
     title: L10n.advanced
     visible: settings.isPresented
+    onVisibleChanged: {
+        if (visible)
+            skipped.forgetTyped()
+    }
 
     foot: ActionButton {
         objectName: "done"
@@ -128,6 +132,7 @@ Sheet {
                     elide: Text.ElideMiddle
                     font.family: Appearance.fixedFontFamily
                     font.pixelSize: DITTheme.caption
+                    color: sheet.appModel.pathTemplate.isUsable ? DITTheme.primary : DITTheme.dangerText
                 }
                 ActionButton {
                     objectName: "edit"
@@ -137,6 +142,7 @@ Sheet {
             }
         }
         SkipSection {
+            id: skipped
             settings: sheet.settings
         }
         FormSection {

@@ -7,8 +7,11 @@ Panel {
     id: picker
 
     required property UnitPicker picking
+    // No room for explanations.
+    property bool compact: false
+    readonly property int inset: compact ? 8 : 14
 
-    implicitHeight: blocks.implicitHeight + 2 * 14
+    implicitHeight: blocks.implicitHeight + 2 * inset
 
     // Takes the keyboard away from both name fields and hands it back to the window.
     function resignNameFieldFocus() {
@@ -18,8 +21,8 @@ Panel {
 
     ColumnLayout {
         id: blocks
-        anchors { left: parent.left; right: parent.right; top: parent.top; margins: 14 }
-        spacing: 16
+        anchors { left: parent.left; right: parent.right; top: parent.top; margins: picker.inset }
+        spacing: picker.compact ? 8 : 16
 
         NamedChoice {
             id: crews
@@ -30,6 +33,7 @@ Panel {
             choices: picker.picking.crews
             placeholder: L10n.setNamePlaceholder
             newName: picker.picking.newCrewName
+            canDelete: picker.picking.canDeleteCrew
             onNewNameEdited: picker.picking.newCrewName = crews.typedName
             onTapped: {
                 units.resignFocus()
@@ -52,6 +56,7 @@ Panel {
                 choices: picker.picking.units
                 placeholder: L10n.unitNamePlaceholder
                 newName: picker.picking.newUnitName
+                canDelete: picker.picking.canDeleteUnit
                 onNewNameEdited: picker.picking.newUnitName = units.typedName
                 onTapped: {
                     crews.resignFocus()
@@ -61,7 +66,9 @@ Panel {
                 onDeleteRequested: picker.picking.deleteUnit()
             }
             AppText {
+                objectName: "unitsHint"
                 Layout.fillWidth: true
+                visible: !picker.compact
                 text: L10n.addUnitsHint
                 wrapMode: Text.Wrap
                 font.pixelSize: DITTheme.caption
@@ -70,6 +77,7 @@ Panel {
             AppText {
                 Layout.fillWidth: true
                 Layout.topMargin: -4
+                visible: !picker.compact
                 text: L10n.unitUsedInPath
                 wrapMode: Text.Wrap
                 font.pixelSize: DITTheme.caption

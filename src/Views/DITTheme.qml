@@ -13,11 +13,14 @@ QtObject {
     readonly property color ekip: Qt.rgba(14 / 255, 148 / 255, 148 / 255, 1)
     readonly property color unit: Qt.rgba(224 / 255, 122 / 255, 46 / 255, 1)
     readonly property color success: Qt.rgba(18 / 255, 158 / 255, 80 / 255, 1)
+    readonly property color info: Qt.rgba(28 / 255, 110 / 255, 214 / 255, 1)
     readonly property color danger: Qt.rgba(214 / 255, 45 / 255, 48 / 255, 1)
 
     // The same hues as text: deep enough on light, pale enough on dark to be read in the sun.
     readonly property color accentText: dark ? "#b3a4ff" : accentDeep
     readonly property color successText: dark ? "#4cd98a" : "#0b7a3b"
+    readonly property color infoText: dark ? "#8cc0ff" : "#12468c"
+    readonly property color warningText: dark ? "#ffd08a" : "#7a4a00"
     readonly property color dangerText: dark ? "#ffa19a" : "#9f181c"
     readonly property color window: dark ? "#1a1920" : "#fcfbff"
     readonly property color sheet: dark ? "#24232b" : "#ffffff"
@@ -80,6 +83,7 @@ QtObject {
     readonly property int controlHeight: 32
     readonly property int smallControlHeight: 28
     readonly property real disabledOpacity: 0.45
+    readonly property real asideOpacity: 0.6
 
     // Motion explains what came or grew; nothing moves for its own sake.
     readonly property int quick: 120

@@ -12,6 +12,7 @@ Sheet {
     required property PathTemplate pathTemplate
 
     readonly property string previewPath: pathTemplate.expand(editor.suffix)
+    readonly property string objection: pathTemplate.objection(editor.suffix)
 
     function present() {
         pathTemplate.holdExample()
@@ -39,6 +40,7 @@ Sheet {
         ActionButton {
             objectName: "done"
             kind: ActionButton.Prominent
+            enabled: sheet.objection.length === 0
             text: L10n.done
             onClicked: {
                 sheet.pathTemplate.save(editor.suffix)
@@ -67,11 +69,12 @@ Sheet {
                 }
             }
             AppText {
+                objectName: "objection"
                 width: parent.width
-                text: L10n.templateHint
+                text: sheet.objection || L10n.templateHint
                 wrapMode: Text.Wrap
                 font.pixelSize: DITTheme.caption
-                color: DITTheme.secondary
+                color: sheet.objection ? DITTheme.dangerText : DITTheme.secondary
             }
         }
         ChoiceFlow {

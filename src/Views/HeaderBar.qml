@@ -6,8 +6,9 @@ Item {
     id: header
 
     required property AppModel appModel
+    property bool compact: false
 
-    implicitHeight: 44 + 2 * 12
+    implicitHeight: 44 + 2 * (compact ? 4 : 12)
 
     Rectangle {
         id: logo

@@ -11,8 +11,8 @@ Window {
 
     title: appModel.appName
     color: DITTheme.window
-    minimumWidth: Math.max(800, root.implicitWidth)
-    minimumHeight: 480
+    minimumWidth: Math.max(700, root.implicitWidth)
+    minimumHeight: 400
 
     SimpleRootView {
         id: root

@@ -11,6 +11,7 @@ ColumnLayout {
     property color hue
     property string placeholder
     property string newName
+    property bool canDelete: true
     readonly property alias typedName: field.text
     readonly property alias tappedValue: strip.tappedValue
 
@@ -52,7 +53,7 @@ ColumnLayout {
         NameField {
             id: field
             objectName: "field"
-            Layout.preferredWidth: 240
+            Layout.preferredWidth: choice.width < 800 ? 140 : 240
             placeholderText: choice.placeholder
             text: choice.newName
             onTextEdited: choice.newNameEdited()
@@ -60,11 +61,13 @@ ColumnLayout {
         }
         ActionButton {
             objectName: "new"
+            enabled: choice.newName.trim().length > 0
             text: L10n.newButton
             onClicked: choice.addRequested()
         }
         DestructiveButton {
             objectName: "delete"
+            enabled: choice.canDelete
             text: L10n.deleteButton
             onClicked: choice.deleteRequested()
         }

@@ -10,8 +10,12 @@ FocusScope {
 
     required property AppModel appModel
 
+    // A laptop's screen: what explains gives way to what is worked with.
+    readonly property bool compact: height < 800
     readonly property int sidePadding: 20
-    readonly property int leastListHeight: 184
+    readonly property int topPadding: compact ? 8 : 18
+    readonly property int gap: compact ? 8 : 16
+    readonly property int leastListHeight: Math.max(cards.heightOfTwoRows, disks.heightOfTwoRows)
 
     implicitWidth: 2 * sidePadding + 16 + 2 * Math.max(cards.implicitWidth, disks.implicitWidth)
 
@@ -34,6 +38,7 @@ FocusScope {
             left: parent.left; right: parent.right; top: parent.top
             leftMargin: root.sidePadding; rightMargin: root.sidePadding
         }
+        compact: root.compact
         appModel: root.appModel
     }
     Divider {
@@ -45,24 +50,28 @@ FocusScope {
         id: upper
         anchors {
             left: parent.left; right: parent.right
-            top: upperRule.bottom; bottom: status.top; bottomMargin: 16
+            top: upperRule.bottom; bottom: status.top; bottomMargin: root.gap
         }
         sidePadding: root.sidePadding
 
         Item {
             width: parent.width
-            height: Math.max(upper.height, 18 + root.leastListHeight + 16 + picker.implicitHeight)
+            height: Math.max(upper.height, root.topPadding + root.leastListHeight + root.gap
+                                           + picker.implicitHeight)
+            // What is changed now is for the next batch.
+            opacity: root.appModel.batch.isBusy ? DITTheme.asideOpacity : 1
 
             VolumeColumn {
                 id: cards
                 objectName: "cards"
-                anchors { left: parent.left; top: parent.top; topMargin: 18; bottom: picker.top; bottomMargin: 16 }
+                anchors { left: parent.left; top: parent.top; topMargin: root.topPadding; bottom: picker.top; bottomMargin: root.gap }
                 width: (parent.width - 16) / 2
                 volumes: root.appModel.cards
                 title: L10n.cameraCard
                 symbol: "card"
                 emptyText: L10n.noCardMounted
                 showsTotal: true
+                compact: root.compact
                 onTouched: root.resignNameFieldFocus()
             }
             VolumeColumn {
@@ -75,6 +84,7 @@ FocusScope {
                 symbol: "drive"
                 emptyText: L10n.noDestination
                 emptyHint: L10n.noDiskPickFolder
+                compact: root.compact
                 onTouched: root.resignNameFieldFocus()
             }
             CameraPicker {
@@ -83,6 +93,7 @@ FocusScope {
                 anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
                 height: implicitHeight
                 picking: root.appModel.units
+                compact: root.compact
             }
         }
     }
@@ -92,8 +103,9 @@ FocusScope {
         objectName: "status"
         anchors {
             left: parent.left; right: parent.right; bottom: actions.top
-            leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: 16
+            leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: root.gap
         }
+        compact: root.compact
         batch: root.appModel.batch
     }
     ActionRow {
@@ -101,7 +113,7 @@ FocusScope {
         objectName: "actions"
         anchors {
             left: parent.left; right: parent.right; bottom: lowerRule.top
-            leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: 18
+            leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: root.compact ? 10 : 18
         }
         appModel: root.appModel
     }

@@ -10,6 +10,9 @@ FormSection {
 
     title: L10n.skipHeader
 
+    function forgetTyped() {
+        field.clear()
+    }
     function addName() {
         settings.addSkipName(field.text)
         field.clear()
@@ -90,6 +93,7 @@ FormSection {
         }
         ActionButton {
             objectName: "addSkip"
+            enabled: field.text.trim().length > 0
             text: L10n.add
             onClicked: section.addName()
         }

@@ -3,19 +3,32 @@ import QtQuick.Layouts
 import SlatewiseViews
 
 // How the offload stands. Read from across the truck: success is green with a tick, failure red with
-// a cross, and each colours the whole block.
+// a cross, and each colours the whole block; blue says that nothing was copied. Below stands what
+// became of each pair and what it met, until the next batch begins.
 Rectangle {
     id: block
 
     required property BatchControl batch
+    property bool compact: false
+    readonly property int inset: compact ? 8 : 14
 
     readonly property bool succeeded: batch.standing === BatchControl.Succeeded
+    readonly property bool hashed: batch.standing === BatchControl.Hashed
     readonly property bool failed: batch.standing === BatchControl.Failed
-    readonly property color hue: succeeded ? DITTheme.success : failed ? DITTheme.danger
-                                                                       : DITTheme.primary
-    readonly property bool settled: succeeded || failed
+    readonly property color hue: succeeded ? DITTheme.success : hashed ? DITTheme.info
+                               : failed ? DITTheme.danger : DITTheme.primary
+    // The same hue as text.
+    readonly property color ink: succeeded ? (DITTheme.dark ? DITTheme.successText : DITTheme.success)
+                               : hashed ? (DITTheme.dark ? DITTheme.infoText : DITTheme.info)
+                               : DITTheme.dark ? DITTheme.dangerText : DITTheme.danger
+    readonly property bool settled: succeeded || hashed || failed
+    // More is for the sheet.
+    readonly property int mostPairs: 4
+    readonly property int mostProblems: 3
+    readonly property int untold: Math.max(0, batch.pairs.count - mostPairs)
+                                + Math.max(0, batch.problems.count - mostProblems)
 
-    implicitHeight: lines.implicitHeight + 2 * 14
+    implicitHeight: lines.implicitHeight + 2 * inset
     radius: DITTheme.radius
     color: settled ? DITTheme.verdictFill(hue) : DITTheme.panelFill
     border.width: settled ? 3 : 1
@@ -26,8 +39,8 @@ Rectangle {
 
     ColumnLayout {
         id: lines
-        anchors { left: parent.left; right: parent.right; top: parent.top; margins: 14 }
-        spacing: 8
+        anchors { left: parent.left; right: parent.right; top: parent.top; margins: block.inset }
+        spacing: block.compact ? 4 : 8
 
         RowLayout {
             Layout.fillWidth: true
@@ -48,7 +61,7 @@ Rectangle {
                 visible: block.succeeded
                 symbol: "check-circle"
                 size: 26
-                color: DITTheme.dark ? DITTheme.successText : DITTheme.success
+                color: block.ink
             }
             AppText {
                 objectName: "successText"
@@ -56,7 +69,16 @@ Rectangle {
                 text: L10n.progressSuccess
                 font.pixelSize: DITTheme.title3
                 font.weight: Font.Bold
-                color: DITTheme.dark ? DITTheme.successText : DITTheme.success
+                color: block.ink
+            }
+            AppText {
+                objectName: "hashedText"
+                Layout.leftMargin: 6
+                visible: block.hashed
+                text: L10n.nothingCopied
+                font.pixelSize: DITTheme.title3
+                font.weight: Font.Bold
+                color: block.ink
             }
             Icon {
                 objectName: "failureMark"
@@ -66,17 +88,24 @@ Rectangle {
                 visible: block.failed
                 symbol: "cross-octagon"
                 size: 26
-                color: DITTheme.dark ? DITTheme.dangerText : DITTheme.danger
+                color: block.ink
             }
             Item {
                 Layout.fillWidth: true
+            }
+            ActionButton {
+                objectName: "showOutcome"
+                Layout.preferredHeight: DITTheme.smallControlHeight
+                visible: block.untold > 0 || block.batch.problems.count > 0
+                text: L10n.showAll
+                onClicked: outcome.show()
             }
         }
         ProgressTrack {
             objectName: "bar"
             Layout.fillWidth: true
             fraction: block.batch.fraction
-            hue: block.succeeded ? DITTheme.success : DITTheme.accent
+            hue: block.succeeded || block.hashed ? block.hue : DITTheme.accent
             // A failure leaves no bar behind: only what went through is full, whatever colours one sees.
             color: block.failed ? DITTheme.failedTrack : DITTheme.track
         }
@@ -86,10 +115,56 @@ Rectangle {
             text: block.batch.title
             font.pixelSize: DITTheme.callout
             font.weight: block.settled ? Font.DemiBold : Font.Normal
-            color: block.failed ? DITTheme.dangerText : DITTheme.primary
+            color: block.failed || block.batch.isRefused ? DITTheme.dangerText : DITTheme.primary
             wrapMode: Text.Wrap
             maximumLineCount: 2
             Accessible.role: Accessible.AlertMessage
+        }
+        AppText {
+            objectName: "advice"
+            Layout.fillWidth: true
+            visible: text.length > 0
+            text: block.batch.advice
+            font.pixelSize: DITTheme.callout
+            wrapMode: Text.Wrap
+        }
+        AppText {
+            objectName: "lastOffload"
+            Layout.fillWidth: true
+            visible: text.length > 0
+            text: block.batch.lastOffload
+            font.pixelSize: DITTheme.caption
+            color: DITTheme.secondary
+        }
+        OutcomeList {
+            objectName: "pairs"
+            Layout.fillWidth: true
+            visible: block.settled && block.batch.pairs.count > 0
+            lines: block.batch.pairs
+            most: block.mostPairs
+        }
+        OutcomeList {
+            objectName: "problems"
+            Layout.fillWidth: true
+            lines: block.batch.problems
+            most: block.mostProblems
+        }
+        AppText {
+            objectName: "untold"
+            visible: block.untold > 0
+            text: L10n.andMore.replace("%1", block.untold)
+            font.pixelSize: DITTheme.subheadline
+            color: DITTheme.secondary
+        }
+    }
+
+    Loader {
+        id: outcome
+
+        function show() {
+            if (!item)
+                setSource("OutcomeSheet.qml", { batch: block.batch })
+            (item as OutcomeSheet).open()
         }
     }
 }

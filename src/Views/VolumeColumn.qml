@@ -13,15 +13,21 @@ Panel {
     property string emptyHint
     // The size of what is ticked.
     property bool showsTotal: false
+    property bool compact: false
+    readonly property int inset: compact ? 8 : 14
+    // Too little room for words on every button.
+    readonly property bool isNarrow: width < 440
+    readonly property int heightOfTwoRows: Math.ceil(list.y + 2 * list.rowHeight + list.spacing + inset)
 
     // By the pointer, anywhere on a row.
     signal touched()
 
-    implicitWidth: header.implicitWidth + 2 * 14
+    // As wide as its head is without the word on the button for folders.
+    implicitWidth: 20 + 10 + 80 + 10 + 36 + 10 + clearButton.implicitWidth + 2 * 14
 
     RowLayout {
         id: header
-        anchors { left: parent.left; right: parent.right; top: parent.top; margins: 14 }
+        anchors { left: parent.left; right: parent.right; top: parent.top; margins: column.inset }
         spacing: 10
 
         Icon {
@@ -42,11 +48,15 @@ Panel {
             objectName: "chooseFolder"
             kind: ActionButton.Plain
             symbol: "folder"
-            text: L10n.chooseFolder
+            text: column.isNarrow ? "" : L10n.chooseFolder
+            help: column.isNarrow ? L10n.chooseFolder : ""
+            Accessible.name: L10n.chooseFolder
             onClicked: column.volumes.pickFolder()
         }
         ActionButton {
+            id: clearButton
             objectName: "clearAll"
+            enabled: list.count > 0
             text: L10n.clearAll
             help: L10n.clearAll
             onClicked: column.volumes.clear()
@@ -56,7 +66,7 @@ Panel {
     RowLayout {
         id: total
         objectName: "total"
-        anchors { left: parent.left; right: parent.right; top: header.bottom; margins: 14; topMargin: 4 }
+        anchors { left: parent.left; right: parent.right; top: header.bottom; margins: column.inset; topMargin: 4 }
         visible: column.showsTotal
         spacing: 6
 
@@ -77,7 +87,8 @@ Panel {
     Column {
         id: empty
         objectName: "empty"
-        anchors { left: list.left; right: list.right; verticalCenter: list.verticalCenter }
+        // At one height in both columns, however long their words and heads are.
+        anchors { left: list.left; right: list.right; top: parent.top; topMargin: parent.height * 0.36 }
         visible: list.count === 0
         spacing: 8
 
@@ -110,7 +121,7 @@ Panel {
         anchors {
             left: parent.left; right: parent.right
             top: total.visible ? total.bottom : header.bottom; bottom: parent.bottom
-            margins: 14; topMargin: 10
+            margins: column.inset; topMargin: column.compact ? 6 : 10
         }
         volumes: column.volumes
         Accessible.name: column.title
@@ -118,5 +129,18 @@ Panel {
         onKeyboardLeft: chooseButton.forceActiveFocus(Qt.TabFocusReason)
 
         delegate: VolumeRow {}
+    }
+    ListEdge {
+        objectName: "above"
+        anchors { left: list.left; right: list.right; top: list.top }
+        count: list.hiddenAbove
+        pointsUp: true
+        onPressed: list.showPage(-1)
+    }
+    ListEdge {
+        objectName: "below"
+        anchors { left: list.left; right: list.right; bottom: list.bottom }
+        count: list.hiddenBelow
+        onPressed: list.showPage(1)
     }
 }

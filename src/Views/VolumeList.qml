@@ -10,6 +10,15 @@ ListView {
     // pulls up the next.
     readonly property Settling settling: Settling {}
     property bool holdsKeyboard: false
+    property int newest: 0
+    // All rows are of one height.
+    readonly property real rowPitch: count > 0 && contentHeight > 0 ? (contentHeight + spacing) / count : 86
+    readonly property real rowHeight: rowPitch - spacing
+    readonly property int hiddenAbove: count > 0 ? Math.max(0, Math.round((contentY - originY) / rowPitch)) : 0
+    readonly property int hiddenBelow: {
+        const shown = Math.floor((contentY - originY + height + spacing + 1) / rowPitch)
+        return height > 0 ? Math.max(0, count - shown) : 0
+    }
 
     // By the pointer, anywhere on a row.
     signal touched()
@@ -27,6 +36,18 @@ ListView {
         if (currentIndex < 0 && count > 0)
             currentIndex = 0
         settling.restart()
+    }
+
+    function showPage(direction: int) {
+        const most = Math.max(0, contentHeight - height)
+        const wanted = contentY - originY + direction * Math.max(rowPitch, height - rowPitch)
+        contentY = originY + Math.max(0, Math.min(most, wanted))
+    }
+    function showRow(row: int) {
+        positionViewAtIndex(row, ListView.Contain)
+    }
+    function showNewest() {
+        showRow(newest)
     }
 
     // The keyboard stays in the column when the row that had it goes; once, however many rows go.
@@ -49,6 +70,13 @@ ListView {
         target: list.volumes
         function onRowsMoved() {
             list.settling.restart()
+        }
+        function onRowsInserted(parent: var, first: int) {
+            list.newest = first
+            Later.call(list.showNewest)
+        }
+        function onRowWanted(row: int) {
+            list.showRow(row)
         }
     }
 

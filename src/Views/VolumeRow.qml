@@ -222,11 +222,12 @@ T.ItemDelegate {
 
     background: Rectangle {
         radius: DITTheme.radius
-        color: row.focused ? DITTheme.chosenFill
-                           : row.hovered ? DITTheme.hover : DITTheme.clear
-        border.width: 1
-        border.color: row.selected ? DITTheme.chosenStroke
-                                   : DITTheme.clear
+        // A fill is a tick; a ring is the card that the unit picker works on.
+        color: row.selected ? DITTheme.chosenFill
+                            : row.hovered ? DITTheme.hover : DITTheme.clear
+        border.width: row.focused ? 2 : 1
+        border.color: row.focused ? DITTheme.accent
+                    : row.selected ? DITTheme.chosenStroke : DITTheme.clear
 
         FocusRing {
             gap: -3

@@ -1,6 +1,7 @@
 #include "App/Person.h"
 
 #include "Storage/SupportPaths.h"
+#include "support/Process.h"
 
 #include <gmock/gmock.h>
 
@@ -174,6 +175,14 @@ TEST(OffloadTrouble, ClosingTheWindowCutsACopyOffAndTheLogSaysSo) {
     person.application().window().close();
     person.application().noteEnd();
     EXPECT_THAT(person.logText(), HasSubstr("kopya yarıda kaldı"));
+}
+
+TEST(Shell, EndsWithASentenceWhereThereIsNoScreen) {
+    const auto ended = run({"env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM=xcb",
+                            (programsFolder() / "slatewise-dit").native()});
+    EXPECT_EQ(ended.exitCode, 1);
+    EXPECT_THAT(ended.standardError,
+                StartsWith("slatewise-dit: Slatewise DIT cannot start: "));
 }
 
 TEST(Shell, TheFolderDialogsAnswerGoesToTheModel) {

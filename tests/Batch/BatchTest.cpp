@@ -225,8 +225,10 @@ TEST_F(BatchOfCards, OnePairHasNoLabelAndHashingCopiesNothing) {
     const auto card = desk.mountCard("A001", {{"A.mov", "1"}, {"B.mov", "2"}});
     start();
     desk.model().settings()->setVerifyOnly(true);
+    desk.model().settings()->setEjectAfterSuccess(true);
     desk.selectCard(card, "CamA");
     desk.copy();
+    EXPECT_THAT(desk.ejected, IsEmpty()) << "it is still to be copied";
     EXPECT_THAT(record.labels, ElementsAre(""));
     EXPECT_EQ(desk.model().batch()->phase(), OffloadPhase(Phase::Hashed{2}));
     EXPECT_EQ(reportsIn(desk.folder / "SSD1"), 1) << "reports alone";

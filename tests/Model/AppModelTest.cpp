@@ -98,14 +98,15 @@ TEST_F(Application, GivesEachCardItsUnitAndCrew) {
     model().cards()->toggle(first);
     EXPECT_EQ(model().cards()->rows()[0].ekip, "Ekip1") << "the crew of the moment, no unit";
     EXPECT_EQ(model().cards()->rows()[0].unit, "");
-    EXPECT_EQ(model().units()->title(), "Which unit does A001 belong to?");
+    EXPECT_EQ(model().units()->title(), "Unit for A001");
+    EXPECT_EQ(chosenIn(*model().units()->units()), "") << "it has none yet";
     EXPECT_TRUE(model().batch()->canCopy()) << "a missing unit is told when the button is pressed";
     model().units()->tapUnit("CamA");
     EXPECT_EQ(model().cards()->rows()[0].unit, "CamA");
 
     model().cards()->toggle(second);
     model().cards()->focus(second);
-    EXPECT_EQ(model().units()->title(), "Which unit does this card belong to?");
+    EXPECT_EQ(model().units()->title(), "Unit for B002");
     model().units()->tapCrew(model().units()->crews()->rows()[1].value);
     model().units()->setNewUnitName(" Crane/1 ");
     model().units()->addUnit();
@@ -149,6 +150,7 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
     pickCard(desk.folder / "OldCard");
     desk.choice = desk.folder / "Archive";
     model().reports()->pick();
+    model().settings()->setVerifyOnly(true);
     model().settings()->addSkipName("MISC");
     model().settings()->setProjectName("Kış");
     desk.selectCard(card, "CamA");
@@ -179,6 +181,7 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
         {"ticked card", !model().state().board.selection(VolumeSide::Card).ids.empty(), false},
         {"unit of a card", !model().state().cardUnits.cameraByCardID.empty(), false},
         {"picked card", lists(model().state().board.lists().cards, desk.folder / "OldCard"), false},
+        {"hashing alone", model().settings()->verifyOnly(), false},
         {"unsaved option", model().settings()->projectName() == "Kış", false},
     };
     for (const auto& testCase : cases)
@@ -222,6 +225,27 @@ TEST_F(Application, PickedFoldersLiveSideBySide) {
     model().destinations()->clear();
     EXPECT_EQ(names(*model().destinations()), QStringList({"SSD1+"})) << "the only one is ticked";
     EXPECT_EQ(desk.defaults.value("pickedDestBookmarks"), "[]");
+}
+
+TEST_F(Application, TellsCardsApartAndSaysWhyOneIsNoDestination) {
+    const std::string twins[] = {"A\xff", "A\xfe"};
+    for (const auto& name : twins)
+        desk.mountCard(name);
+    const auto card = desk.mountCard("B002");
+    desk.start();
+    const auto rows = model().cards()->rows();
+    model().cards()->toggle(rows[1].volumeID);
+    model().units()->tapUnit("CamA");
+    model().cards()->toggle(card);
+    model().units()->tapUnit("CamB");
+    const auto& units = model().state().cardUnits;
+    EXPECT_EQ(units.cameraByCardID, (CardLabels{{"dev-" + twins[1], "CamA"}, {"dev-B002", "CamB"}}))
+        << "no row has the focus: the card ticked last is meant";
+
+    desk.choice = desk.folder / "B002";
+    model().destinations()->pickFolder();
+    Desk::waitUntil([&] { return model().batch()->isRefused(); });
+    EXPECT_EQ(model().batch()->title(), "B002 is listed as a card, so it cannot be a destination");
 }
 
 TEST_F(Application, MeasuresInTheBackgroundAndAnewWhenRulesChange) {
@@ -315,16 +339,31 @@ TEST_F(Application, EditsTheTemplateAndTheReportsFolder) {
 }
 
 TEST_F(Application, StartsWithoutVolumesThatDoNotAnswer) {
-    std::promise<void> answer;
-    const auto answered = answer.get_future().share();
-    desk.surroundings.lookAtVolumes = [answered] {
-        answered.wait();
-    };
-    desk.mountDisk("SSD1");
-    const auto begin = std::chrono::steady_clock::now();
-    desk.start();
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
-    EXPECT_EQ(model().destinations()->count(), 0);
-    answer.set_value();
-    Desk::waitUntil([&] { return model().destinations()->count() == 1; });
+    for (const bool isFolder : {false, true}) {
+        Desk own;
+        std::promise<void> answer;
+        const auto answered = answer.get_future().share();
+        own.mountDisk("SSD1");
+        own.choice = own.folder / "share";
+        std::filesystem::create_directories(*own.choice);
+        own.start().destinations()->pickFolder();
+        Desk::waitUntil([&] { return own.model().destinations()->count() == 2; });
+        if (isFolder) {
+            own.surroundings.volumeFacts = [answered](const auto&) {
+                answered.wait();
+                return VolumeFacts();
+            };
+        } else {
+            own.surroundings.lookAtVolumes = [answered] {
+                answered.wait();
+            };
+        }
+        const auto begin = std::chrono::steady_clock::now();
+        own.start();
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+        EXPECT_EQ(own.model().destinations()->count(), isFolder ? 1 : 0)
+            << "a folder that is silent keeps back no volume";
+        answer.set_value();
+        Desk::waitUntil([&] { return own.model().destinations()->count() == 2; });
+    }
 }

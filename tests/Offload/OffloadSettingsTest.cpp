@@ -25,6 +25,10 @@ TEST(OffloadSettings, SurviveARestart) {
     settings.setDefaultSkipped(".DS_Store", false);
     settings.save(stored.defaults);
     EXPECT_EQ(OffloadSettings::load(stored.defaults), settings);
+    // Also a template that was the default of an older version, once somebody has chosen it.
+    settings.folderTemplate = "{Dest}/{YYYY-MM-DD}/{Cam}_{CardName}_{HHmmss}";
+    settings.save(stored.defaults);
+    EXPECT_EQ(OffloadSettings::load(stored.defaults), settings);
 }
 
 TEST(OffloadSettings, LoadWhatCanBeRead) {

@@ -90,25 +90,71 @@ ViewCase {
 
     function test_how_it_stands_data() {
         return [
-            { tag: "under way", succeed: false, fail: false },
-            { tag: "success", succeed: true, fail: false },
-            { tag: "failure", succeed: false, fail: true }
+            { tag: "under way", succeed: false, fail: false, hash: false },
+            { tag: "success", succeed: true, fail: false, hash: false },
+            { tag: "failure", succeed: false, fail: true, hash: false },
+            { tag: "hashed only", succeed: false, fail: false, hash: true }
         ]
     }
     function test_how_it_stands(data) {
+        model.settings.verifyOnly = data.hash
+        compare(find("copy").text, data.hash ? "Hash only" : "Copy")
         stage.copying(0.5)
-        if (data.succeed)
+        if (data.succeed || data.hash)
             stage.succeed()
         if (data.fail)
             stage.fail()
         compare(find("successMark").visible, data.succeed)
         compare(find("successText").visible, data.succeed)
         compare(find("failureMark").visible, data.fail)
+        compare(find("hashedText").visible, data.hash)
         // What is seen from afar: the hue of the block's edge.
         const edge = find("status").border.color
         verify(data.succeed === (edge.g > edge.r * 2), "green " + edge)
         verify(data.fail === (edge.r > edge.g * 2), "red " + edge)
-        compare(find("percent").text, data.succeed ? "100%" : data.fail ? "0%" : "13%")
+        verify(data.hash === (edge.b > edge.r * 2), "blue " + edge)
+        compare(find("percent").text, data.succeed || data.hash ? "100%" : data.fail ? "0%" : "13%")
+    }
+
+    // A tired person must not take yesterday's green for today's.
+    function test_a_verdict_belongs_to_its_batch() {
+        stage.succeed()
+        stage.choose("A001", "")
+        compare(model.batch.standing, BatchControl.Resting)
+        verify(!find("successMark").visible)
+        compare(find("percent").text, "0%")
+        verify(/^Last offload: verified, 214 files, \d\d:\d\d$/.test(find("lastOffload").text))
+        mouseClick(find("copy"))
+        compare(find("title", find("status")).text, "A001 has no unit yet")
+        stage.choose("A001", "CamA")
+        compare(find("title", find("status")).text, L10n.idlePrompt)
+    }
+
+    function test_a_failure_says_what_and_what_to_do() {
+        const lines = () => Array.from(find("pairs").children).concat(Array.from(find("problems").children)).filter(
+                              line => line.visible && line.text).map(line => line.text)
+        stage.fail(7)
+        compare(lines().slice(0, 4).map(line => line.split(":")[0]),
+                ["A001 → SHUTTLE_01", "A001 → RAID Backup", "B004 → SHUTTLE_01 was not begun.",
+                 "B004 → RAID Backup was not begun."])
+        compare(lines().length, 4 + 3, "the first three problems")
+        compare(find("untold").text, "and 4 more")
+        verify(find("advice").text.includes("Do not wipe the card"))
+        mouseClick(find("showOutcome"))
+        tryVerify(() => findChild(root.Window.window.contentItem, "outcomeText") !== null)
+        const all = find("outcomeText", root.Window.window.contentItem)
+        verify(all.text.includes("CLIPS7"))
+        tryVerify(() => find("copyText", root.Window.window.contentItem).visible)
+        waitForRendering(root)
+        mouseClick(find("copyText", root.Window.window.contentItem))
+        clipboard.paste()
+        compare(clipboard.text, all.text)
+        stage.copying(0.1)
+        compare(lines(), [], "until the next batch")
+    }
+    TextEdit {
+        id: clipboard
+        visible: false
     }
 
     function luminance(colour) {
@@ -158,7 +204,7 @@ ViewCase {
     function test_both_languages_fit_data() {
         const cases = []
         for (const language of ["en", "tr"]) {
-            for (const width of [984, 880])
+            for (const width of [984, 700])
                 cases.push({ tag: language + " " + width, language: language, width: width })
         }
         return cases
@@ -178,7 +224,22 @@ ViewCase {
         }
         look(root)
         test.width = 984
-        verify(root.implicitWidth <= 880, "least width " + root.implicitWidth)
+        verify(root.implicitWidth <= 700, "least width " + root.implicitWidth)
+    }
+
+    function test_a_laptop_shows_two_cards_and_two_disks() {
+        test.width = 1280
+        test.height = 720
+        waitForRendering(root)
+        for (const column of ["cards", "disks"]) {
+            const second = row(column, 1)
+            const bottom = second.mapToItem(root, 0, second.height).y
+            verify(bottom <= find("picker").mapToItem(root, 0, 0).y, column)
+        }
+        const hint = find("picker").mapToItem(root, 0, find("picker").height).y
+        verify(hint <= find("status").y, "without scrolling")
+        test.width = 984
+        test.height = 900
     }
 
     function test_a_low_window_keeps_the_buttons_in_sight() {

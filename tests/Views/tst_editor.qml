@@ -107,6 +107,17 @@ ViewCase {
         compare(model.pathTemplate.text, standard)
     }
 
+    function test_a_path_out_of_the_disk_is_refused() {
+        init_editor()
+        for (const text of ["{Dest}/../x", "{Dest}", "/film/{CardName}"]) {
+            editor.replaceAll(text)
+            verify(!part("done").enabled, text)
+            verify(part("objection").text.includes("leads out of the destination"))
+        }
+        editor.replaceAll("{Dest}/{CardName}")
+        verify(part("done").enabled)
+    }
+
     function test_how_it_ends_data() {
         return [
             { tag: "cancel", text: "{Dest}/x", button: "cancel", stored: standard },

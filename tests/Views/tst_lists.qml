@@ -82,7 +82,7 @@ ViewCase {
     }
 
     function test_long_names_push_nothing_out_of_a_row() {
-        for (const width of [984, 870]) {
+        for (const width of [984, 700]) {
             test.width = width
             for (const needsUnit of [false, true]) {
                 model.cards.clear()
@@ -99,6 +99,22 @@ ViewCase {
             }
         }
         test.width = 984
+    }
+
+    function test_what_is_hidden_shows_that_it_is_there() {
+        for (let card = 0; card < 8; ++card)
+            stage.plugInCard("M" + card)
+        const cards = find("cards")
+        const list = find("list", cards)
+        tryVerify(() => list.atYEnd, 5000, "what is new is in sight")
+        verify(!find("below", cards).visible)
+        compare(find("words", find("above", cards)).text, find("above", cards).count + " more")
+        verify(find("above", cards).count > 3)
+        model.cards.clear()
+        stage.choose("A001", "")
+        model.batch.start()
+        tryVerify(() => list.atYBeginning, 5000, "so is what needs a unit")
+        verify(find("below", cards).visible)
     }
 
     function test_heads_of_the_columns() {

@@ -24,7 +24,10 @@ T.Popup {
     // What had the keyboard before, and gets it back.
     property Item opener: null
 
-    onAboutToShow: opener = parent.Window.window.activeFocusItem
+    onAboutToShow: {
+        opener = parent.Window.window.activeFocusItem
+        body.contentY = 0
+    }
     onClosed: {
         if (opener)
             opener.forceActiveFocus(Qt.TabFocusReason)

@@ -137,25 +137,47 @@ BatchPlan Stage::plan() {
 
 void Stage::copying(double fraction) {
     auto& batch = *model()->batch();
-    if (!batch.isBusy())
+    if (!batch.isBusy()) {
+        batch.batchBegan(plan());
         batch.pairBegan(plan().pairs().front());
+    }
     batch.phaseChanged(Phase::Copying{"CLIP/A001C092_260301.mxf", 92, 214, fraction, 412.6e6});
 }
 
 void Stage::succeed() {
     BatchResult result;
     result.wasBegun = true;
+    result.wasHashing = model()->settings()->verifyOnly();
     result.filesDone = 214;
     result.bytesDone = static_cast<std::int64_t>(182.3 * kGB);
-    model()->batch()->batchEnded(result);
+    for (std::size_t pair = 0; pair < plan().pairs().size(); ++pair) {
+        auto& each = result.pairs.emplace_back();
+        each.status = result.wasHashing ? OutcomeStatus::Hashed : OutcomeStatus::Verified;
+        each.filesDone = 107;
+    }
+    end(result);
 }
 
-void Stage::fail() {
-    const auto pair = plan().pairs().front();
+void Stage::fail(int unreadFolders) {
+    const auto l10n = model()->state().l10n();
+    const auto pairs = plan().pairs();
     BatchResult result;
     result.wasBegun = true;
-    result.message =
-        model()->state().l10n().verifyIncomplete(pair.card.name(), pair.destination.name());
+    result.pairs.resize(pairs.size());
+    result.pairs.front() = {.status = OutcomeStatus::Verified, .filesDone = 107};
+    auto& failed = result.pairs.at(1);
+    failed.failure = PairFailure::Other;
+    failed.message = l10n.verifyIncomplete(pairs[1].card.name(), pairs[1].destination.name()) +
+                     " " + std::string(l10n.cardLeftMounted());
+    for (int folder = 1; folder <= unreadFolders; ++folder)
+        failed.problems.push_back({OffloadProblem::Kind::FolderNotRead,
+                                   "CLIPS" + std::to_string(folder), "Input/output error"});
+    result.message = failed.message;
+    end(result);
+}
+
+void Stage::end(const BatchResult& result) {
+    model()->batch()->batchBegan(plan());
     model()->batch()->batchEnded(result);
 }
 

@@ -43,7 +43,8 @@ public:
     /// What a batch would tell.
     Q_INVOKABLE void copying(double fraction);
     Q_INVOKABLE void succeed();
-    Q_INVOKABLE void fail();
+    /// The second pair, for folders of the card that could not be read.
+    Q_INVOKABLE void fail(int unreadFolders = 1);
 
 private:
     class Disks;
@@ -52,6 +53,7 @@ private:
     void playCards();
     void playReady();
     void playCrowded();
+    void end(const BatchResult& result);
     BatchPlan plan();
 
     Desk desk_;

@@ -1,0 +1,17 @@
+import QtQuick
+import SlatewiseViews
+
+// The first few sentences of what came out of a batch.
+OutcomeColumn {
+    id: list
+
+    required property OutcomeListModel lines
+
+    visible: lines.count > 0
+
+    Repeater {
+        model: list.lines
+
+        OutcomeText {}
+    }
+}
