@@ -63,6 +63,8 @@ BatchControl::Shown BatchControl::shownNow() const {
     now.isRefused = stepsBack && state_.notice;
     now.title = toQString(now.isRefused ? state_.notice->text(l10n)
                                         : ProgressTexts::title(phase, position_, l10n));
+    for (const auto& sentence : stepsBack ? std::vector<std::string>() : ejects_)
+        now.title += (now.title.contains('\n') ? " " : "\n") + toQString(sentence);
     if (now.standing == Failed && lastResult_ && lastResult_->message)
         now.advice = toQString(BatchOutcome::advice(*lastResult_, l10n));
     if (now.standing == Resting)
@@ -104,6 +106,7 @@ QString BatchControl::report() const {
 
 void BatchControl::start() {
     state_.notice.reset();
+    ejects_.clear();
     const auto batchPlan = plan();
     if (batchPlan.cards.empty() || batchPlan.destinations.empty()) {
         phase_ =
@@ -203,8 +206,7 @@ void BatchControl::pairEnded(const BatchPair& pair, const PairResult& result) {
 void BatchControl::batchEnded(const BatchResult& result) {
     batch_.reset();
     position_ = {};
-    // Whatever was ticked in the meantime.
-    state_.isVerdictOld = false;
+    ejects_ = result.ejects;
     // A refusal says nothing of the batch before.
     if (result.wasBegun) {
         lastResult_ = result;

@@ -15,6 +15,8 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace slatewise {
 
@@ -116,6 +118,8 @@ private:
     Instant lastEnd_;
     OutcomeListModel pairs_;
     OutcomeListModel problems_;
+    /// What became of the cards of the last batch that were to be ejected.
+    std::vector<std::string> ejects_;
     std::shared_ptr<Batch> batch_;
     BatchListener* listener_ = nullptr;
     bool canCopy_ = false;

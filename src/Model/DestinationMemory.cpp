@@ -11,6 +11,8 @@ constexpr std::string_view kIDs = "lastDestIDs";
 /// The older form, which knew one destination only.
 constexpr std::string_view kSingleID = "lastDestID";
 
+constexpr std::string_view kWanted = "wantedDestIDs";
+
 } // namespace
 
 StoredDestinations load(const UserDefaults& defaults) {
@@ -23,6 +25,15 @@ void save(const VolumeIDs& selected, UserDefaults& defaults) {
         defaults.removeValue(kSingleID);
     else
         defaults.setValue(kSingleID, *selected.begin());
+}
+
+VolumeIDs loadWanted(const UserDefaults& defaults) {
+    const auto stored = StoredList::load(defaults, kWanted);
+    return {stored.begin(), stored.end()};
+}
+
+void saveWanted(const VolumeIDs& wanted, UserDefaults& defaults) {
+    StoredList::save(defaults, kWanted, {wanted.begin(), wanted.end()});
 }
 
 } // namespace slatewise::DestinationMemory

@@ -1,5 +1,7 @@
 #include "Model/VolumeBoard.h"
 
+#include "Volumes/VolumeClassifier.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -56,6 +58,11 @@ VolumeIDs exchanged(const Volumes& before, const Volumes& now) {
     return ids;
 }
 
+bool lacksOnlyWriting(const ClassifiedVolume& volume) {
+    return volume.kind == VolumeKind::Unknown && !volume.facts.isWritable() &&
+           VolumeClassifier::suitsAsDestination(volume.facts);
+}
+
 } // namespace
 
 VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
@@ -67,15 +74,15 @@ VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
     };
     for (const auto& volume : mounted) {
         if (volume.kind != VolumeKind::CameraCard &&
-            !corrections.overrideCardIDs.contains(volume.id()))
+            !corrections.overrideCardIDs.contains(volume.lastingID()))
             continue;
         cardIDs.insert(volume.id());
         if (!isHidden(volume))
             lists.cards.push_back(volume);
     }
     for (const auto& volume : mounted) {
-        if (volume.kind != VolumeKind::Destination &&
-            !corrections.overrideDestIDs.contains(volume.id()))
+        if (volume.kind != VolumeKind::Destination && !lacksOnlyWriting(volume) &&
+            !corrections.overrideDestIDs.contains(volume.lastingID()))
             continue;
         if (!cardIDs.contains(volume.id()) && !isHidden(volume))
             lists.destinations.push_back(volume);
@@ -96,17 +103,25 @@ VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
 }
 
 VolumeIDs restoredDestinations(const StoredDestinations& stored,
-                               std::span<const ClassifiedVolume> destinations) {
-    const auto present = idsOf(destinations);
+                               std::span<const ClassifiedVolume> destinations,
+                               const VolumeIDs& replacements) {
     VolumeIDs restored;
-    for (const auto& id : stored.ids) {
-        if (present.contains(id))
-            restored.insert(id);
-    }
-    if (restored.empty() && stored.single && present.contains(*stored.single))
-        restored.insert(*stored.single);
-    if (restored.empty() && destinations.size() == 1)
-        restored.insert(destinations.front().id());
+    const auto restore = [&](std::string_view lastingID) {
+        // A mere device name says nothing of a disk that came in place of another.
+        if (!lastingID.starts_with(uuidPrefix) && replacements.contains(std::string(lastingID)))
+            return;
+        for (const auto& destination : destinations) {
+            if (destination.lastingID() == lastingID && destination.facts.isWritable())
+                restored.insert(destination.id());
+        }
+    };
+    for (const auto& id : stored.ids)
+        restore(id);
+    if (restored.empty() && stored.single)
+        restore(*stored.single);
+    if (restored.empty() && destinations.size() == 1 &&
+        !replacements.contains(destinations.front().lastingID()))
+        restore(destinations.front().lastingID());
     return restored;
 }
 
@@ -119,6 +134,10 @@ VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounte
     for (auto* extras : {&corrections_.extraCards, &corrections_.extraDestinations})
         std::erase_if(*extras,
                       [&](const auto& folder) { return !exists(folder.facts.mountPoint); });
+    const auto replaced = takeInLastingIDs(mounted);
+    letGoOf(replaced);
+    for (const auto& id : replaced)
+        previous.erase(id);
     const auto mountedIDs = idsOf(mounted);
     std::erase_if(corrections_.hiddenVolumeIDs,
                   [&](const auto& id) { return !mountedIDs.contains(id); });
@@ -130,12 +149,15 @@ VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounte
         for (const auto& id : exchanged(listed, list(side))) {
             selection(side).ids.erase(id);
             previous.erase(id);
+            if (lastingID(id) == id)
+                replacements_.insert(id);
         }
     }
     cardSelection_.keepOnly(lists_.cards);
     destinationSelection_.keepOnly(lists_.destinations);
     if (destinationSelection_.ids.empty())
-        destinationSelection_.ids = restoredDestinations(stored, lists_.destinations);
+        destinationSelection_.ids =
+            restoredDestinations(stored, lists_.destinations, replacements_);
 
     Applied applied;
     for (const auto* list : {&lists_.cards, &lists_.destinations}) {
@@ -145,10 +167,51 @@ VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounte
         }
     }
     for (const auto& card : lists_.cards) {
-        if (seenCardIDs_.insert(card.id()).second)
+        if (seenCardIDs_.insert(card.lastingID()).second)
             applied.newCards.push_back(card);
     }
     return applied;
+}
+
+/// Gives the ids under which another volume is mounted than before.
+VolumeIDs VolumeBoard::takeInLastingIDs(std::span<const ClassifiedVolume> mounted) {
+    VolumeIDs replaced;
+    for (const auto& volume : mounted) {
+        const auto now = volume.lastingID();
+        auto& known = lastingIDs_.try_emplace(volume.id(), now).first->second;
+        if (known == now)
+            continue;
+        if (known.starts_with(uuidPrefix)) {
+            replaced.insert(volume.id());
+            replacements_.insert(now);
+        } else if (seenCardIDs_.contains(known)) {
+            // The same one, of which more is known by now.
+            seenCardIDs_.insert(now);
+        }
+        known = now;
+    }
+    return replaced;
+}
+
+/// What was ticked and taken off a list were the volumes that are gone.
+void VolumeBoard::letGoOf(const VolumeIDs& replaced) {
+    for (const auto& id : replaced) {
+        corrections_.hiddenVolumeIDs.erase(id);
+        for (auto* selection : {&cardSelection_, &destinationSelection_})
+            selection->ids.erase(id);
+    }
+}
+
+std::string VolumeBoard::lastingID(const std::string& id) const {
+    const auto known = lastingIDs_.find(id);
+    return known == lastingIDs_.end() ? id : known->second;
+}
+
+VolumeIDs VolumeBoard::lastingDestIDs() const {
+    VolumeIDs ids;
+    for (const auto& destination : selected(VolumeSide::Destination))
+        ids.insert(destination.lastingID());
+    return ids;
 }
 
 const Volumes& VolumeBoard::list(VolumeSide side) const {
@@ -191,9 +254,20 @@ const ClassifiedVolume* VolumeBoard::selectedCard() const {
 }
 
 void VolumeBoard::treatAs(VolumeSide side, const std::string& id) {
-    corrections_.overrideCardIDs.erase(id);
-    corrections_.overrideDestIDs.erase(id);
-    overrides(side).insert(id);
+    const auto volume = lastingID(id);
+    corrections_.overrideCardIDs.erase(volume);
+    corrections_.overrideDestIDs.erase(volume);
+    overrides(side).insert(volume);
+}
+
+void VolumeBoard::treatAsDestinations(const VolumeIDs& lastingIDs) {
+    corrections_.overrideDestIDs.insert(lastingIDs.begin(), lastingIDs.end());
+}
+
+VolumeIDs VolumeBoard::wantedDestIDs() const {
+    auto ids = corrections_.overrideDestIDs;
+    std::erase_if(ids, [](const std::string& id) { return !id.starts_with(uuidPrefix); });
+    return ids;
 }
 
 void VolumeBoard::remove(VolumeSide side, const ClassifiedVolume& volume) {
@@ -201,7 +275,7 @@ void VolumeBoard::remove(VolumeSide side, const ClassifiedVolume& volume) {
     auto& ticks = selection(side);
     ticks.ids.erase(id);
     erase(extras(side), volume);
-    overrides(side).erase(id);
+    overrides(side).erase(volume.lastingID());
     if (!volume.isPickedFolder())
         corrections_.hiddenVolumeIDs.insert(id);
     if (ticks.focused != id)

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <span>
@@ -16,9 +17,11 @@ namespace slatewise {
 /// The two lists of the window: where footage comes from, and where it goes.
 enum class VolumeSide { Card, Destination };
 
-/// What the user has said about volumes. Nothing of it outlives the process but the picked
-/// destinations, which others store. There is never an id in both override sets.
+/// What the user has said about volumes. Nothing of it outlives the process but picked destinations
+/// and disks to be used as such, which others store. There is never an id in both override sets.
 struct VolumeCorrections {
+    /// Both sets hold lasting ids: what is said of a disk does not hold for another one that comes
+    /// in its place.
     VolumeIDs overrideCardIDs;
     VolumeIDs overrideDestIDs;
     /// Mounted volumes that the user took off a list, for as long as they stay mounted.
@@ -40,21 +43,24 @@ struct VolumeLists {
     friend bool operator==(const VolumeLists&, const VolumeLists&) = default;
 };
 
-/// Mounted volumes in their order, then picked folders. What qualifies as both is a card. A picked
-/// folder that is the very place of a volume in the same list is not listed twice.
+/// Mounted volumes in their order, then picked folders. What qualifies as both is a card. A disk
+/// that would be a destination if only one might write to it is listed as one. A picked folder that
+/// is the very place of a volume in the same list is not listed twice.
 VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
                         const VolumeCorrections& corrections);
 
-/// The destinations that were ticked last, as stored.
+/// The destinations that were ticked last, by their lasting ids, as stored.
 struct StoredDestinations {
     std::vector<std::string> ids;
     /// How they were stored once.
     std::optional<std::string> single;
 };
 
-/// What to tick where nothing is: what was ticked last, else the only destination there is.
+/// What to tick where nothing is: what was ticked last, else the only destination there is, unless
+/// it came in place of another disk, by its lasting id. Never one that cannot be written to.
 VolumeIDs restoredDestinations(const StoredDestinations& stored,
-                               std::span<const ClassifiedVolume> destinations);
+                               std::span<const ClassifiedVolume> destinations,
+                               const VolumeIDs& replacements);
 
 /// The volume lists of the application with their ticks, kept true to what is mounted. `apply` may
 /// run at any time and as often as one likes; every operation below wants it to run afterwards.
@@ -86,7 +92,14 @@ public:
     /// The card that a unit would be given to, else the first ticked one, else null.
     const ClassifiedVolume* selectedCard() const;
 
+    /// Of the ticked destinations.
+    VolumeIDs lastingDestIDs() const;
+
     void treatAs(VolumeSide side, const std::string& id);
+    /// Says of disks that a person wanted them as destinations once. By their lasting ids.
+    void treatAsDestinations(const VolumeIDs& lastingIDs);
+    /// Those of the disks treated so that can be known again, by their lasting ids.
+    VolumeIDs wantedDestIDs() const;
     void remove(VolumeSide side, const ClassifiedVolume& volume);
     void clear(VolumeSide side);
 
@@ -99,13 +112,21 @@ public:
 private:
     std::vector<ClassifiedVolume>& extras(VolumeSide side);
     VolumeIDs& overrides(VolumeSide side);
+    VolumeIDs takeInLastingIDs(std::span<const ClassifiedVolume> mounted);
+    void letGoOf(const VolumeIDs& replaced);
+    std::string lastingID(const std::string& id) const;
 
     VolumeCorrections corrections_;
     VolumeLists lists_;
     Selection cardSelection_;
     /// Nothing works on one destination alone, so that none of them has the focus.
     Selection destinationSelection_;
+    /// Lasting ids.
     VolumeIDs seenCardIDs_;
+    /// The lasting id of every volume that was ever mounted under an id, the last one of each.
+    std::map<std::string, std::string> lastingIDs_;
+    /// Lasting ids of volumes that came where another one was.
+    VolumeIDs replacements_;
 };
 
 } // namespace slatewise

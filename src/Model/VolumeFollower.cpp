@@ -73,6 +73,7 @@ VolumeFollower::VolumeFollower(ModelState& state, ReportsFolder& reports)
 void VolumeFollower::begin() {
     const auto end = std::chrono::steady_clock::now() + kPatience;
     pickedFolders_.forgetCards();
+    state_.board.treatAsDestinations(DestinationMemory::loadWanted(state_.defaults));
     // Each by itself: a folder on a share that is gone must not keep back the volumes.
     std::vector<Look<LookedAt>> folders;
     for (const auto& folder : pickedFolders_.storedDestinations()) {
@@ -200,6 +201,7 @@ void VolumeFollower::clear(VolumeSide side) {
 
 void VolumeFollower::treatAs(VolumeSide side, const std::string& id) {
     state_.board.treatAs(side, id);
+    persistDestinations();
     apply();
 }
 
@@ -252,7 +254,8 @@ void VolumeFollower::useFolder(VolumeSide side, const ClassifiedVolume& folder) 
 }
 
 void VolumeFollower::persistDestinations() {
-    DestinationMemory::save(state_.board.selection(VolumeSide::Destination).ids, state_.defaults);
+    DestinationMemory::save(state_.board.lastingDestIDs(), state_.defaults);
+    DestinationMemory::saveWanted(state_.board.wantedDestIDs(), state_.defaults);
 }
 
 void VolumeFollower::persistPickedFolders() {

@@ -4,6 +4,24 @@
 
 namespace slatewise::VolumeTexts {
 
+namespace {
+
+std::string_view obstacleText(WriteObstacle obstacle, L10n l10n) {
+    switch (obstacle) {
+    case WriteObstacle::ReadOnly:
+        return l10n.diskIsReadOnly();
+    case WriteObstacle::NoPermission:
+        return l10n.mayNotWriteToDisk();
+    case WriteObstacle::NoAnswer:
+        return l10n.diskDoesNotAnswer();
+    case WriteObstacle::None:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
 std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const ContentSizes& sizes,
                      L10n l10n) {
     const auto id = volume.id();
@@ -12,6 +30,8 @@ std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const Cont
     };
     const bool isMeasuring = sizes.isMeasuring(id);
     if (side == VolumeSide::Destination) {
+        if (const auto obstacle = obstacleText(volume.facts.writeObstacle, l10n); !obstacle.empty())
+            return std::string(obstacle);
         if (volume.facts.freeBytes >= 1)
             return size(volume.facts.freeBytes);
         return isMeasuring ? std::string(l10n.measuringSize()) : size(0);

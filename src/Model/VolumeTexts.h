@@ -8,7 +8,8 @@
 /// What the volume lists say. Functions of values.
 namespace slatewise::VolumeTexts {
 
-/// The small line under a volume's name: free space of a destination, content of a card.
+/// The small line under a volume's name: free space of a destination, or what keeps one from
+/// writing there; content of a card.
 std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const ContentSizes& sizes,
                      L10n l10n);
 

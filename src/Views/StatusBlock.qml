@@ -117,7 +117,7 @@ Rectangle {
             font.weight: block.settled ? Font.DemiBold : Font.Normal
             color: block.failed || block.batch.isRefused ? DITTheme.dangerText : DITTheme.primary
             wrapMode: Text.Wrap
-            maximumLineCount: 2
+            maximumLineCount: 3
             Accessible.role: Accessible.AlertMessage
         }
         AppText {

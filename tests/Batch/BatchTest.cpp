@@ -258,6 +258,7 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
     EXPECT_THAT(ejectedBefore, ElementsAre(0, 0, 1, 1));
     EXPECT_THAT(desk.ejected, ElementsAre(desk.folder / "A001")) << "not the card that failed";
     EXPECT_THAT(title(), HasSubstr("(B002 → SSD2)")) << "a failed eject changes nothing";
+    EXPECT_THAT(title(), HasSubstr("\nA001 was not ejected: busy"));
 }
 
 TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {

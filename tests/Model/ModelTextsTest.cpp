@@ -81,6 +81,9 @@ TEST(ProgressTexts, SayWhatAVolumeHolds) {
     EXPECT_EQ(line(volume("measured", 7'000'000), Side::Destination), "7 MB");
     EXPECT_EQ(line(volume("measuring"), Side::Destination), "size…");
     EXPECT_EQ(line(volume("unheard of"), Side::Destination), "0 bytes");
+    auto locked = volume("locked", 7'000'000);
+    locked.facts.writeObstacle = WriteObstacle::NoPermission;
+    EXPECT_EQ(line(locked, Side::Destination), "You may not write to this disk");
 }
 
 TEST(ContentSizes, TheLatestJobForAVolumePublishesIt) {

@@ -231,6 +231,69 @@ TEST(VolumeBoard, RestoresDestinationsWhereNoneIsTicked) {
     }
 }
 
+TEST(VolumeBoard, KnowsDisksAgainByTheirFileSystems) {
+    const auto with = [](const std::string& device, const std::string& uuid, VolumeKind kind) {
+        auto result = volume(device, kind);
+        result.facts.volumeUUID = uuid;
+        return result;
+    };
+    const auto ticked = [](Board& board) {
+        board.pass();
+        return board.selection(VolumeSide::Destination).ids;
+    };
+    constexpr auto kDisk = VolumeKind::Destination;
+    Board board;
+    board.mounted = {with("sdb1", "A", kDisk)};
+    EXPECT_EQ(ticked(board), (VolumeIDs{"sdb1"}));
+    EXPECT_EQ(board.lastingDestIDs(), (VolumeIDs{"UUID=A"}));
+    board.stored.ids = {"UUID=A"};
+    board.mounted = {with("sdb1", "B", kDisk)};
+    EXPECT_EQ(ticked(board), (VolumeIDs{})) << "another one under the same name";
+    board.mounted.push_back(with("sdc1", "A", kDisk));
+    EXPECT_EQ(ticked(board), (VolumeIDs{"sdc1"})) << "the same one under another name";
+    // Without a lasting name, the folder that is mounted tells them apart.
+    auto nameless = volume("sdd1", kDisk);
+    nameless.facts.identity = FolderIdentity{.device = 1, .inode = 2, .mount = 3};
+    board.mounted = {nameless};
+    board.stored.ids = {"sdd1"};
+    EXPECT_EQ(ticked(board), (VolumeIDs{"sdd1"}));
+    board.mounted[0].facts.identity->mount = 4;
+    EXPECT_EQ(ticked(board), (VolumeIDs{}));
+
+    board.mounted = {with("mmcblk0p1", "X", VolumeKind::CameraCard)};
+    EXPECT_EQ(board.pass().newCards.size(), 1U);
+    board.selection(VolumeSide::Card).ids = {"mmcblk0p1"};
+    board.mounted = {with("mmcblk0p1", "Y", VolumeKind::CameraCard)};
+    EXPECT_EQ(board.pass().newCards.size(), 1U) << "another card in the slot";
+    EXPECT_THAT(board.selection(VolumeSide::Card).ids, IsEmpty());
+    board.mounted = {with("mmcblk0p1", "X", VolumeKind::CameraCard)};
+    EXPECT_THAT(board.pass().newCards, IsEmpty());
+
+    // What a person wanted as a destination is one on any other day.
+    board.mounted = {with("sda1", "S", VolumeKind::System)};
+    board.pass();
+    board.treatAs(VolumeSide::Destination, "sda1");
+    Board nextDay;
+    nextDay.treatAsDestinations(board.wantedDestIDs());
+    nextDay.mounted = {with("sde1", "S", VolumeKind::System)};
+    nextDay.pass();
+    EXPECT_THAT(ids(nextDay.lists().destinations), ElementsAre("sde1"));
+    board.treatAs(VolumeSide::Card, "sda1");
+    EXPECT_THAT(board.wantedDestIDs(), IsEmpty());
+}
+
+TEST(VolumeBoard, ListsWhatCannotBeWrittenToAndNeverTicksIt) {
+    Board board;
+    auto locked = volume("sdb1", VolumeKind::Unknown);
+    locked.facts.isExternal = true;
+    locked.facts.writeObstacle = WriteObstacle::NoPermission;
+    board.mounted = {locked};
+    board.stored.ids = {"sdb1"};
+    board.pass();
+    EXPECT_THAT(ids(board.lists().destinations), ElementsAre("sdb1"));
+    EXPECT_THAT(board.selection(VolumeSide::Destination).ids, IsEmpty());
+}
+
 TEST(VolumeBoard, RemovingMovesTheFocus) {
     Board board;
     board.pass();
