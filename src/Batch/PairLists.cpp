@@ -50,7 +50,7 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome,
         outcome.hashLists = std::move(added.lists);
         for (auto& name : added.leftOut)
             add({Kind::NameNotListed, std::move(name)});
-    } catch (const Error& failure) {
+    } catch (const std::exception& failure) {
         add({Kind::ListNotWritten, outcome.sessionRoot.native(), describe(failure)});
     }
 }

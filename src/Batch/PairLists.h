@@ -19,7 +19,7 @@ public:
     void follow(CopyEngine::Request& request);
 
     /// Holds the card against the lists that it brings, and writes those of the copy. What goes
-    /// wrong becomes a problem of the outcome, which is told to `tell` too, and never throws.
+    /// wrong becomes a problem of the outcome, which is told to `tell` too; nothing is thrown.
     void settle(const BatchPair& pair, OffloadOutcome& outcome,
                 const std::function<void(const OffloadProblem&)>& tell) const;
 

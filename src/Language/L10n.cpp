@@ -346,6 +346,24 @@ std::string L10n::nameNotListed(Text name) const {
                : fmt::format("Left out of the hash list, which cannot hold its name: {}", name);
 }
 
+std::string L10n::checkFoundAllEqual(Text date, int files) const {
+    return isTurkish()
+               ? fmt::format("Denetim, {}: {} dosyanın hepsi yerinde ve aynı", date, files)
+               : fmt::format("Checked {}: all {} files are there and the same", date, files);
+}
+
+std::string L10n::checkFoundDifferences(Text date, int differences) const {
+    if (isTurkish())
+        return fmt::format("Denetim, {}: {} FARK", date, differences);
+    return fmt::format("Checked {}: {} {}", date, differences,
+                       differences == 1 ? "DIFFERENCE" : "DIFFERENCES");
+}
+
+std::string L10n::checkFailed(Text date, Text reason) const {
+    return isTurkish() ? fmt::format("Denetim, {}: yapılamadı: {}", date, reason)
+                       : fmt::format("Checked {}: could not be checked: {}", date, reason);
+}
+
 std::string L10n::templateLeadsOut(Text pathTemplate) const {
     return isTurkish()
                ? fmt::format("Klasör şablonu hedefin dışına çıkıyor: {}", pathTemplate)

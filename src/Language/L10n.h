@@ -99,6 +99,10 @@ public:
     std::string listedFileMissing(Text file) const;
     std::string listNotWritten(Text folder, Text reason) const;
     std::string nameNotListed(Text name) const;
+    /// What a copy was found to be that was read again at some time.
+    std::string checkFoundAllEqual(Text date, int files) const;
+    std::string checkFoundDifferences(Text date, int differences) const;
+    std::string checkFailed(Text date, Text reason) const;
     std::string templateLeadsOut(Text pathTemplate) const;
     std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.

@@ -47,7 +47,7 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
                 auto& all = known_[prefix + path];
                 all.insert(all.end(), values.begin(), values.end());
             }
-        } catch (const Error& failure) {
+        } catch (const std::exception& failure) {
             const auto place = card.path() / prefix / kHistoryFolder;
             unreadable_.push_back({Kind::CardListNotRead, place.native(), describe(failure)});
         }

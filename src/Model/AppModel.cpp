@@ -31,7 +31,7 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
       serviceProfile_(SupportPaths::applicationSupport()), reports_(state_),
       volumes_(state_, reports_), cards_(VolumeSide::Card, state_, volumes_),
       destinations_(VolumeSide::Destination, state_, volumes_), units_(state_),
-      settings_(state_, volumes_), pathTemplate_(state_),
+      settings_(state_, volumes_), pathTemplate_(state_), history_(state_, reports_),
       batch_(state_, volumes_, serviceProfile_) {
     serviceProfile_.onChange = [this] {
         serviceProfileChanged();

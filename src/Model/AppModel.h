@@ -5,6 +5,7 @@
 #include "Model/ModelState.h"
 #include "Model/PathTemplate.h"
 #include "Model/ReportsFolder.h"
+#include "Model/SessionHistory.h"
 #include "Model/SettingsForm.h"
 #include "Model/UnitPicker.h"
 #include "Model/VolumeFollower.h"
@@ -44,6 +45,7 @@ class AppModel : public QObject {
     Q_PROPERTY(slatewise::BatchControl* batch READ batch CONSTANT)
     Q_PROPERTY(slatewise::SettingsForm* settings READ settings CONSTANT)
     Q_PROPERTY(slatewise::ReportsFolder* reports READ reports CONSTANT)
+    Q_PROPERTY(slatewise::SessionHistory* history READ history CONSTANT)
     Q_PROPERTY(slatewise::PathTemplate* pathTemplate READ pathTemplate CONSTANT)
 
 public:
@@ -68,6 +70,7 @@ public:
     BatchControl* batch() { return &batch_; }
     SettingsForm* settings() { return &settings_; }
     ReportsFolder* reports() { return &reports_; }
+    SessionHistory* history() { return &history_; }
     PathTemplate* pathTemplate() { return &pathTemplate_; }
 
     /// For programs and tests.
@@ -102,6 +105,7 @@ private:
     UnitPicker units_;
     SettingsForm settings_;
     PathTemplate pathTemplate_;
+    SessionHistory history_;
     BatchControl batch_;
 };
 

@@ -206,6 +206,8 @@ void BatchControl::pairEnded(const BatchPair& pair, const PairResult& result) {
 void BatchControl::batchEnded(const BatchResult& result) {
     batch_.reset();
     position_ = {};
+    // Whatever was ticked in the meantime.
+    state_.isVerdictOld = false;
     ejects_ = result.ejects;
     // A refusal says nothing of the batch before.
     if (result.wasBegun) {

@@ -139,6 +139,18 @@ void insertFiles(SQLite::Database& database, const std::string& sessionID,
     }
 }
 
+SessionRecord sessionRecord(SQLite::Statement& query) {
+    return {.id = query.getColumn("id").getString(),
+            .cardName = query.getColumn("cardName").getString(),
+            .destName = query.getColumn("destName").getString(),
+            .cameraLabel = query.getColumn("cameraLabel").getString(),
+            .sessionRoot = query.getColumn("sessionRoot").getString(),
+            .status = query.getColumn("status").getString(),
+            .bytesCopied = query.getColumn("bytesCopied").getInt64(),
+            .startedAt = moment(query.getColumn("startedAt")).value_or(Instant()),
+            .finishedAt = moment(query.getColumn("finishedAt"))};
+}
+
 void insertActivity(SQLite::Database& database, const std::optional<std::string>& sessionID,
                     const std::string& event, const std::string& detail) {
     SQLite::Statement insert(database, "INSERT INTO activity_events (sessionID, event, detail, "
@@ -183,6 +195,27 @@ void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyRe
         insertSession(database, outcome, cardName, destName, camera);
         insertFiles(database, sessionID, files);
         insertActivity(database, sessionID, event, detail);
+    });
+}
+
+void AppDatabase::saveTraces(const std::string& sessionID, const std::string& ekip,
+                             const std::filesystem::path& reportFolder) {
+    connection_->write([&](SQLite::Database& database) {
+        SQLite::Statement insert(database, "INSERT INTO session_traces (sessionID, ekip, "
+                                           "reportFolder) VALUES (?, ?, ?)");
+        Binder(insert) << sessionID << ekip << reportFolder.native();
+        insert.exec();
+    });
+}
+
+void AppDatabase::recordCheck(const std::string& sessionID, const CheckRecord& check) {
+    connection_->write([&](SQLite::Database& database) {
+        SQLite::Statement insert(database,
+                                 "INSERT INTO session_checks (sessionID, checkedAt, filesEqual, "
+                                 "differences, failure) VALUES (?, ?, ?, ?, ?)");
+        Binder(insert) << sessionID << check.checkedAt << std::int64_t{check.filesEqual}
+                       << std::int64_t{check.differences} << check.failure;
+        insert.exec();
     });
 }
 
@@ -269,6 +302,34 @@ void AppDatabase::deleteOutbox(std::int64_t id) {
     });
 }
 
+std::vector<HistoryRecord> AppDatabase::history() const {
+    return connection_->read([&](SQLite::Database& database) {
+        SQLite::Statement query(
+            database,
+            "SELECT s.id, cardName, destName, cameraLabel, sessionRoot, status, bytesCopied, "
+            "startedAt, finishedAt, ekip, reportFolder, checkedAt, filesEqual, differences, "
+            "failure, (SELECT count(*) FROM files f WHERE f.sessionID = s.id AND f.action <> "
+            "'SKIP') AS fileCount FROM sessions s LEFT JOIN session_traces t ON t.sessionID = s.id "
+            "LEFT JOIN session_checks c ON c.id = (SELECT max(id) FROM session_checks WHERE "
+            "sessionID = s.id) ORDER BY startedAt DESC");
+        std::vector<HistoryRecord> rows;
+        while (query.executeStep()) {
+            rows.push_back({.session = sessionRecord(query),
+                            .files = query.getColumn("fileCount").getInt(),
+                            .ekip = query.getColumn("ekip").getString(),
+                            .reportFolder = query.getColumn("reportFolder").getString(),
+                            .lastCheck = {}});
+            if (const auto checkedAt = moment(query.getColumn("checkedAt"))) {
+                rows.back().lastCheck = {.checkedAt = *checkedAt,
+                                         .filesEqual = query.getColumn("filesEqual").getInt(),
+                                         .differences = query.getColumn("differences").getInt(),
+                                         .failure = query.getColumn("failure").getString()};
+            }
+        }
+        return rows;
+    });
+}
+
 std::vector<SessionRecord> AppDatabase::recentSessions(int limit) const {
     return connection_->read([&](SQLite::Database& database) {
         SQLite::Statement query(database,
@@ -278,15 +339,7 @@ std::vector<SessionRecord> AppDatabase::recentSessions(int limit) const {
         query.bind(1, limit);
         std::vector<SessionRecord> rows;
         while (query.executeStep()) {
-            rows.push_back({.id = query.getColumn("id").getString(),
-                            .cardName = query.getColumn("cardName").getString(),
-                            .destName = query.getColumn("destName").getString(),
-                            .cameraLabel = query.getColumn("cameraLabel").getString(),
-                            .sessionRoot = query.getColumn("sessionRoot").getString(),
-                            .status = query.getColumn("status").getString(),
-                            .bytesCopied = query.getColumn("bytesCopied").getInt64(),
-                            .startedAt = moment(query.getColumn("startedAt")).value_or(Instant()),
-                            .finishedAt = moment(query.getColumn("finishedAt"))});
+            rows.push_back(sessionRecord(query));
         }
         return rows;
     });

@@ -52,6 +52,16 @@ public:
     void save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
               const std::string& cardName, const std::string& destName, const std::string& camera);
 
+    /// Notes of a session that is stored who shot it and where its reports are.
+    void saveTraces(const std::string& sessionID, const std::string& ekip,
+                    const std::filesystem::path& reportFolder);
+
+    /// Notes when a stored session's copy was read again, and what that showed.
+    void recordCheck(const std::string& sessionID, const CheckRecord& check);
+
+    /// All sessions, latest first, each with its latest check.
+    std::vector<HistoryRecord> history() const;
+
     /// `sessionID` may be empty.
     void recordActivity(const std::optional<std::string>& sessionID, const std::string& event,
                         const std::string& detail);

@@ -16,7 +16,7 @@ struct Migration {
     const char* statements;
 };
 
-constexpr std::array<Migration, 3> kMigrations = {{
+constexpr std::array<Migration, 4> kMigrations = {{
     {"v1", R"sql(
         CREATE TABLE sessions (
             id TEXT PRIMARY KEY,
@@ -68,6 +68,22 @@ constexpr std::array<Migration, 3> kMigrations = {{
         ALTER TABLE files ADD COLUMN captureFps DOUBLE;
         ALTER TABLE files ADD COLUMN timecodeRate DOUBLE;
         ALTER TABLE files ADD COLUMN timecodeDropFrame BOOLEAN;
+    )sql"},
+    {"v4-history", R"sql(
+        CREATE TABLE session_traces (
+            sessionID TEXT PRIMARY KEY REFERENCES sessions(id) ON DELETE CASCADE,
+            ekip TEXT NOT NULL DEFAULT '',
+            reportFolder TEXT NOT NULL DEFAULT ''
+        );
+        CREATE TABLE session_checks (
+            id INTEGER PRIMARY KEY AUTOINCREMENT,
+            sessionID TEXT NOT NULL REFERENCES sessions(id) ON DELETE CASCADE,
+            checkedAt DATETIME NOT NULL,
+            filesEqual INTEGER NOT NULL,
+            differences INTEGER NOT NULL,
+            failure TEXT NOT NULL DEFAULT ''
+        );
+        CREATE INDEX index_session_checks_on_sessionID ON session_checks(sessionID);
     )sql"},
 }};
 

@@ -119,7 +119,8 @@ void StoreConnection::moveRows(const std::filesystem::path& file) {
     std::map<std::int64_t, std::int64_t> moved;
     try {
         SQLite::Transaction transaction(database);
-        for (const auto* table : {"sessions", "files", "activity_events"})
+        for (const auto* table :
+             {"sessions", "files", "activity_events", "session_traces", "session_checks"})
             copyRows(database, table);
         const auto columns = columnsOf(database, "outbox");
         SQLite::Statement rows(database, "SELECT id FROM main.outbox ORDER BY id");

@@ -24,6 +24,31 @@ struct SessionRecord {
     friend bool operator==(const SessionRecord&, const SessionRecord&) = default;
 };
 
+/// One time that a session's copy was read again.
+struct CheckRecord {
+    Instant checkedAt{};
+    int filesEqual = 0;
+    int differences = 0;
+    /// Why it came to nothing; empty when it did not.
+    std::string failure{};
+
+    bool isGood() const { return differences == 0 && failure.empty(); }
+    friend bool operator==(const CheckRecord&, const CheckRecord&) = default;
+};
+
+/// A session with all that is known of it.
+struct HistoryRecord {
+    SessionRecord session;
+    /// Those that were to be copied or hashed.
+    int files = 0;
+    /// Empty for sessions of older versions, as the next.
+    std::string ekip;
+    std::string reportFolder;
+    std::optional<CheckRecord> lastCheck;
+
+    friend bool operator==(const HistoryRecord&, const HistoryRecord&) = default;
+};
+
 /// One report that waits for the service.
 struct OutboxRecord {
     std::int64_t id = 0;

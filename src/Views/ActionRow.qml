@@ -49,6 +49,12 @@ RowLayout {
         text: L10n.advanced
         onClicked: row.appModel.settings.isPresented = true
     }
+    ActionButton {
+        objectName: "history"
+        Layout.preferredHeight: 40
+        text: L10n.history
+        onClicked: row.appModel.history.isPresented = true
+    }
     Item {
         Layout.fillWidth: true
     }

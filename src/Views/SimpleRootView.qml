@@ -130,7 +130,14 @@ FocusScope {
         appModel: root.appModel
     }
 
-    // Made when it is first asked for: the start of the program does not pay for it.
+    // Made when they are first asked for: the start of the program does not pay for them.
+    Loader {
+        readonly property bool isWanted: root.appModel.history.isPresented
+        onIsWantedChanged: {
+            if (isWanted && !item)
+                setSource("HistorySheet.qml", { appModel: root.appModel })
+        }
+    }
     Loader {
         readonly property bool isWanted: root.appModel.settings.isPresented
         onIsWantedChanged: {

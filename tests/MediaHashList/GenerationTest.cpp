@@ -3,6 +3,7 @@
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
+#include "MediaHashList/TransferLists.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "support/Files.h"
@@ -222,6 +223,51 @@ TEST(MediaHashListTest, HistoriesFurtherDownGrowFirstAndAreNamedAbove) {
     const auto partly = History::load(handle).generations().back();
     EXPECT_TRUE(partly.root.empty()) << "no folder has a value of which a part is not known";
     EXPECT_THAT(partly.folders, ::testing::SizeIs(2)) << "CLIP and what is bare";
+}
+
+TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
+    const TemporaryFolder folder;
+    const auto row = [](const char* path, VerifyStatus status) {
+        const HashValues card = {{HashFormat::XXH128, hashOf(HashFormat::XXH128, "card")}};
+        const HashValues disk = {{HashFormat::XXH128, hashOf(HashFormat::XXH128, "disk")}};
+        FileCopyResult result;
+        result.relativePath = path;
+        result.action = status == VerifyStatus::Verified ? RowAction::Copy : RowAction::Fail;
+        result.verifyStatus = status;
+        result.further = FurtherHashes{card, {}, kNoon};
+        if (status == VerifyStatus::Mismatch)
+            result.further.edit().readBack = disk;
+        return result;
+    };
+    for (const auto* const side : {"card", "disk"}) {
+        std::filesystem::create_directory(folder / side);
+        HashedTree tree;
+        tree.files = {{"known",
+                       4,
+                       kNoon,
+                       {{HashFormat::XXH128, hashOf(HashFormat::XXH128, "card"), {}, {}}}}};
+        (void)addGenerations(RootFolder(folder / side), {}, tree, {});
+        writeFile(folder / side / "known", "card");
+    }
+    const RootFolder card(folder / "card");
+    const RootFolder disk(folder / "disk");
+    TransferLists lists{OffloadSettings()};
+    auto entries = TreeWalker::walk(card, {});
+    lists.readHistories(card, entries);
+    OffloadOutcome outcome;
+    outcome.files = {row("good", VerifyStatus::Verified), row("known", VerifyStatus::Mismatch),
+                     row("not/known", VerifyStatus::Mismatch),
+                     row("not/read back", VerifyStatus::Failed)};
+    EXPECT_TRUE(lists.differences(outcome).empty());
+    EXPECT_EQ(lists.write(disk, {}, outcome).lists.size(), 2U);
+    const auto newest = History::load(disk).generations().back();
+    ASSERT_EQ(newest.files.size(), 2U);
+    EXPECT_EQ(newest.files[0].path, "good");
+    EXPECT_EQ(newest.files[1].values[0].action, HashAction::Failed);
+    EXPECT_TRUE(newest.root.empty()) << "not all that lies there was proved";
+
+    outcome.files = {row("good", VerifyStatus::CopiedUnverified)};
+    EXPECT_TRUE(lists.write(disk, {}, outcome).lists.empty()) << "nothing was proved";
 }
 
 TEST(MediaHashListTest, PatternsSayWhatIsLeftOut) {

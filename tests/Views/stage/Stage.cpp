@@ -199,6 +199,8 @@ void Stage::play(const QString& scene) {
         fail();
     } else if (scene == "crowded") {
         playCrowded();
+    } else if (scene == "history") {
+        playHistory();
     } else if (scene == "sheet" || scene == "editor") {
         model()->settings()->addSkipName("MISC");
         model()->settings()->addSkipName("INDEX.DAT");
@@ -225,6 +227,40 @@ void Stage::playReady() {
     playCards();
     choose("B004", "CamB");
     choose("A001", "CamA");
+}
+
+void Stage::playHistory() {
+    struct Past {
+        const char* card;
+        OutcomeStatus status;
+        std::int64_t bytes;
+        std::optional<CheckRecord> check;
+    };
+    const auto noon = Clock::fromIso8601("2026-03-01T09:30:00Z").value();
+    const std::vector<Past> sessions = {
+        {"C003", OutcomeStatus::Verified, 498'000'000'000, {}},
+        {"B014", OutcomeStatus::Failed, 120'000'000'000, {}},
+        {"S007", OutcomeStatus::Hashed, 0, {}},
+        {"A002", OutcomeStatus::Verified, 256'000'000'000, CheckRecord{noon, 1, 1, {}}},
+        {"A001", OutcomeStatus::Verified, 512'000'000'000, CheckRecord{noon, 2, 0, {}}},
+    };
+    auto& database = *model()->state().database;
+    auto day = noon;
+    for (const auto& past : sessions) {
+        OffloadOutcome outcome;
+        outcome.sessionID = Uuid::random();
+        outcome.sessionRoot = std::string(kMounts) + "SSD1/2026-03-01/Unit 1/CamA/" + past.card;
+        outcome.status = past.status;
+        outcome.files.resize(2);
+        outcome.bytesCopied = past.bytes;
+        outcome.startedAt = outcome.finishedAt = day;
+        day -= std::chrono::hours(7);
+        database.save(outcome, past.card, "SSD1", "CamA");
+        database.saveTraces(outcome.sessionID.text(), "Unit 1", "");
+        if (past.check)
+            database.recordCheck(outcome.sessionID.text(), *past.check);
+    }
+    model()->history()->setPresented(true);
 }
 
 void Stage::playCrowded() {

@@ -54,6 +54,7 @@ private:
     void playReady();
     void playCrowded();
     void end(const BatchResult& result);
+    void playHistory();
     BatchPlan plan();
 
     Desk desk_;
