@@ -56,6 +56,7 @@ Panel {
                 choices: picker.picking.units
                 placeholder: L10n.unitNamePlaceholder
                 newName: picker.picking.newUnitName
+                needsName: true
                 canDelete: picker.picking.canDeleteUnit
                 onNewNameEdited: picker.picking.newUnitName = units.typedName
                 onTapped: {

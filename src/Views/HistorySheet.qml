@@ -88,9 +88,7 @@ Sheet {
             boundsBehavior: Flickable.StopAtBounds
             Accessible.role: Accessible.List
 
-            delegate: SessionLine {
-                history: sheet.history
-            }
+            delegate: SessionLine {}
         }
         CheckReport {
             id: report

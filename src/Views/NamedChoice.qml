@@ -11,6 +11,8 @@ ColumnLayout {
     property color hue
     property string placeholder
     property string newName
+    // Without one a name is made up.
+    property bool needsName: false
     property bool canDelete: true
     readonly property alias typedName: field.text
     readonly property alias tappedValue: strip.tappedValue
@@ -61,13 +63,14 @@ ColumnLayout {
         }
         ActionButton {
             objectName: "new"
-            enabled: choice.newName.trim().length > 0
+            // One that is under the keyboard stays there.
+            enabled: !choice.needsName || choice.newName.trim().length > 0 || activeFocus
             text: L10n.newButton
             onClicked: choice.addRequested()
         }
         DestructiveButton {
             objectName: "delete"
-            enabled: choice.canDelete
+            enabled: choice.canDelete || activeFocus
             text: L10n.deleteButton
             onClicked: choice.deleteRequested()
         }

@@ -7,6 +7,10 @@ Sheet {
 
     required property BatchControl batch
 
+    function present() {
+        open()
+    }
+
     title: L10n.whatHappened
     width: Math.min(820, parent ? parent.width - 32 : 820)
 

@@ -7,7 +7,6 @@ import SlatewiseViews
 T.ItemDelegate {
     id: row
 
-    required property SessionHistory history
     required property int index
     required property string sessionID
     required property string name
@@ -19,6 +18,7 @@ T.ItemDelegate {
     required property bool isCheckGood
     required property bool chosen
 
+    readonly property SessionHistory history: ListView.view ? ListView.view.model as SessionHistory : null
     readonly property color hue: isVerified ? DITTheme.success : hasFailed ? DITTheme.danger
                                                                            : DITTheme.accent
 
@@ -27,9 +27,16 @@ T.ItemDelegate {
     padding: 10
     focusPolicy: ListView.isCurrentItem || activeFocus ? Qt.TabFocus : Qt.NoFocus
     text: name
-    Accessible.name: [name, facts, verdict, check].filter(word => word.length > 0).join(", ")
+    Accessible.name: spoken()
     Accessible.selected: chosen
     Accessible.focusable: true
+
+    function spoken(): string {
+        let words = name
+        for (const word of [facts, verdict, check])
+            words += word ? ", " + word : ""
+        return words
+    }
 
     onActiveFocusChanged: {
         if (activeFocus)

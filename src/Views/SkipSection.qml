@@ -93,7 +93,7 @@ FormSection {
         }
         ActionButton {
             objectName: "addSkip"
-            enabled: field.text.trim().length > 0
+            enabled: field.text.trim().length > 0 || activeFocus
             text: L10n.add
             onClicked: section.addName()
         }

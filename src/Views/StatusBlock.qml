@@ -28,6 +28,13 @@ Rectangle {
     readonly property int untold: Math.max(0, batch.pairs.count - mostPairs)
                                 + Math.max(0, batch.problems.count - mostProblems)
 
+    function showOutcome() {
+        if (!outcome.item)
+            outcome.setSource("OutcomeSheet.qml", { batch: block.batch })
+        const sheet = outcome.item as OutcomeSheet
+        sheet.present()
+    }
+
     implicitHeight: lines.implicitHeight + 2 * inset
     radius: DITTheme.radius
     color: settled ? DITTheme.verdictFill(hue) : DITTheme.panelFill
@@ -98,7 +105,7 @@ Rectangle {
                 Layout.preferredHeight: DITTheme.smallControlHeight
                 visible: block.untold > 0 || block.batch.problems.count > 0
                 text: L10n.showAll
-                onClicked: outcome.show()
+                onClicked: block.showOutcome()
             }
         }
         ProgressTrack {
@@ -160,11 +167,5 @@ Rectangle {
 
     Loader {
         id: outcome
-
-        function show() {
-            if (!item)
-                setSource("OutcomeSheet.qml", { batch: block.batch })
-            (item as OutcomeSheet).open()
-        }
     }
 }

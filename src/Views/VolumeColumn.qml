@@ -56,7 +56,8 @@ Panel {
         ActionButton {
             id: clearButton
             objectName: "clearAll"
-            enabled: list.count > 0
+            // One that is under the keyboard stays there.
+            enabled: list.count > 0 || activeFocus
             text: L10n.clearAll
             help: L10n.clearAll
             onClicked: column.volumes.clear()
@@ -125,6 +126,7 @@ Panel {
         }
         volumes: column.volumes
         Accessible.name: column.title
+        refuge: chooseButton
         onTouched: column.touched()
         onKeyboardLeft: chooseButton.forceActiveFocus(Qt.TabFocusReason)
 

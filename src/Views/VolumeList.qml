@@ -10,6 +10,8 @@ ListView {
     // pulls up the next.
     readonly property Settling settling: Settling {}
     property bool holdsKeyboard: false
+    // What takes the keyboard when no row is left.
+    property Item refuge: null
     property int newest: 0
     // All rows are of one height.
     readonly property real rowPitch: count > 0 && contentHeight > 0 ? (contentHeight + spacing) / count : 86
@@ -59,6 +61,9 @@ ListView {
         if (!holdsKeyboard)
             return
         holdsKeyboard = false
+        // It went on already, with an earlier row.
+        if (refuge && refuge.activeFocus)
+            return
         forceLayout()
         if (currentItem)
             currentItem.forceActiveFocus(Qt.TabFocusReason)

@@ -110,9 +110,9 @@ ViewCase {
         compare(find("hashedText").visible, data.hash)
         // What is seen from afar: the hue of the block's edge.
         const edge = find("status").border.color
-        verify(data.succeed === (edge.g > edge.r * 2), "green " + edge)
+        verify(data.succeed === (edge.g > edge.r * 2 && edge.g > edge.b), "green " + edge)
         verify(data.fail === (edge.r > edge.g * 2), "red " + edge)
-        verify(data.hash === (edge.b > edge.r * 2), "blue " + edge)
+        verify(data.hash === (edge.b > edge.r * 2 && edge.b > edge.g), "blue " + edge)
         compare(find("percent").text, data.succeed || data.hash ? "100%" : data.fail ? "0%" : "13%")
     }
 

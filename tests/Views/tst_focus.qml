@@ -88,9 +88,9 @@ ViewCase {
             row("cards", 0), find("mark", row("cards", 0)), find("remove", row("cards", 0)),
             find("chooseFolder", find("disks")), find("clearAll", find("disks")),
             row("disks", 0), find("mark", row("disks", 0)), find("remove", row("disks", 0)),
-            chip("crews", 0), field("crews"), find("delete", find("crews")),
+            chip("crews", 0), field("crews"), find("new", find("crews")), find("delete", find("crews")),
             chip("units", 0), field("units"), find("delete", find("units")),
-            find("advanced"), find("copy")
+            find("advanced"), find("history"), find("copy")
         ]
         expected[0].forceActiveFocus(Qt.TabFocusReason)
         const seen = []
