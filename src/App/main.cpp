@@ -3,6 +3,7 @@
 #include "Language/L10n.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
+#include "Platform/ProcessEnd.h"
 #include "Platform/Text.h"
 #include "Storage/AppLog.h"
 
@@ -39,15 +40,11 @@ int run() {
     // A copy that still runs ends here, as it would if the power went: nothing is flushed by hand,
     // and what it has written stays.
     if (application.model().batch()->isBusy())
-        std::_Exit(code);
+        endProcess(code);
     return code;
 }
 
-} // namespace
-
-int main(int count, char** words) {
-    // Whoever started this from a terminal may close it.
-    std::signal(SIGPIPE, SIG_IGN);
+int runWithDisplay(int count, char** words) {
     try {
         DitApplication::prepare();
         const auto usual = qInstallMessageHandler(endWithoutDisplay);
@@ -64,4 +61,12 @@ int main(int count, char** words) {
         tellOfFailure(describe(failure));
     }
     return EXIT_FAILURE;
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    // Whoever started this from a terminal may close it.
+    std::signal(SIGPIPE, SIG_IGN);
+    endProcess(runWithDisplay(count, words));
 }

@@ -93,6 +93,7 @@ TEST(Heartbeat, ALargeCardNeverHoldsUpTheWindow) {
     EXPECT_EQ(desk.model().batch()->phase(), OffloadPhase(Phase::Verified({kFiles, kFiles})));
     EXPECT_LT(heartbeat.longest(), kLongestStall);
     EXPECT_GT(shown, 10) << "progress is seen";
-    EXPECT_EQ(service.paths().back(), "session/notify_event") << "the report has got through";
+    // A copy is not held up by a slow service: the report may still be under way.
+    Desk::waitUntil([&] { return service.paths().back() == "session/notify_event"; });
     RecordProperty("longestStallMilliseconds", static_cast<int>(heartbeat.longest().count()));
 }

@@ -6,6 +6,7 @@
 #include "Offload/FolderTemplate.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
+#include "Platform/ProcessEnd.h"
 #include "Platform/Text.h"
 #include "Storage/AppLog.h"
 #include "Storage/SupportPaths.h"
@@ -83,15 +84,8 @@ void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
     }
 }
 
-int offload(tool::Arguments arguments, int count, char** words) {
-    // Before there is any other thread.
-    tool::Interruption interruption;
+int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
     const auto stop = interruption.token();
-    // What the toolkit has to say is for the log, not between results and progress.
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
-        AppLog::append(message.toStdString());
-    });
-    const QCoreApplication application(count, words);
     const tool::Texts texts(languageFor(arguments));
     tool::ProgressDisplay display(texts, arguments.output);
     const std::stop_callback stopping(stop, [&] { display.note(texts.stopping()); });
@@ -123,19 +117,30 @@ int offload(tool::Arguments arguments, int count, char** words) {
     return code != tool::kExitSuccess && interruption.happened() ? tool::kExitInterrupted : code;
 }
 
+int run(int count, char** words, const tool::Interruption& interruption) {
+    try {
+        auto parsed = tool::parseArguments(count, words);
+        if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
+            return code->value;
+        return offload(std::move(std::get<tool::Arguments>(parsed)), interruption);
+    } catch (const std::exception& failure) {
+        std::cerr << "slatewise-offload: " << Text::visible(describe(failure)) << '\n';
+        return tool::kExitOffloadFailed;
+    }
+}
+
 } // namespace
 
 int main(int count, char** words) {
     std::setlocale(LC_ALL, "");
     // Whoever watched the progress may go; the copy goes on.
     std::signal(SIGPIPE, SIG_IGN);
-    try {
-        auto parsed = tool::parseArguments(count, words);
-        if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
-            return code->value;
-        return offload(std::move(std::get<tool::Arguments>(parsed)), count, words);
-    } catch (const std::exception& failure) {
-        std::cerr << "slatewise-offload: " << Text::visible(describe(failure)) << '\n';
-        return tool::kExitOffloadFailed;
-    }
+    // Before there is any other thread.
+    const tool::Interruption interruption;
+    // What the toolkit has to say is for the log, not between results and progress.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
+        AppLog::append(message.toStdString());
+    });
+    const QCoreApplication application(count, words);
+    endProcess(run(count, words, interruption));
 }

@@ -4,6 +4,7 @@
 #include "MediaHashList/ListError.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
+#include "Platform/ProcessEnd.h"
 #include "Platform/Text.h"
 #include "Storage/AppLog.h"
 #include "offload/ExitCodes.h"
@@ -57,14 +58,7 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
     return result.isAllEqual();
 }
 
-int verifyAll(const tool::VerifyArguments& arguments, int count, char** words) {
-    // Before there is any other thread.
-    const tool::Interruption interruption;
-    const auto stop = interruption.token();
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
-        AppLog::append(message.toStdString());
-    });
-    const QCoreApplication application(count, words);
+int verifyAll(const tool::VerifyArguments& arguments, const std::stop_token& stop) {
     const auto language = arguments.language.value_or(Language::load(UserDefaults::standard()));
     const tool::Texts shared(language);
     const tool::VerifyTexts texts(language);
@@ -88,18 +82,28 @@ int verifyAll(const tool::VerifyArguments& arguments, int count, char** words) {
     return isAllEqual && std::cout.flush() ? tool::kExitSuccess : tool::kExitOffloadFailed;
 }
 
+int run(int count, char** words, const std::stop_token& stop) {
+    try {
+        const auto parsed = tool::parseVerifyArguments(count, words);
+        if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
+            return code->value;
+        return verifyAll(std::get<tool::VerifyArguments>(parsed), stop);
+    } catch (const std::exception& failure) {
+        std::cerr << "slatewise-verify: " << Text::visible(describe(failure)) << '\n';
+        return tool::kExitOffloadFailed;
+    }
+}
+
 } // namespace
 
 int main(int count, char** words) {
     std::setlocale(LC_ALL, "");
     std::signal(SIGPIPE, SIG_IGN);
-    try {
-        const auto parsed = tool::parseVerifyArguments(count, words);
-        if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
-            return code->value;
-        return verifyAll(std::get<tool::VerifyArguments>(parsed), count, words);
-    } catch (const std::exception& failure) {
-        std::cerr << "slatewise-verify: " << Text::visible(describe(failure)) << '\n';
-        return tool::kExitOffloadFailed;
-    }
+    // Before there is any other thread.
+    const tool::Interruption interruption;
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
+        AppLog::append(message.toStdString());
+    });
+    const QCoreApplication application(count, words);
+    endProcess(run(count, words, interruption.token()));
 }

@@ -2,6 +2,7 @@
 
 #include "Platform/AppInfo.h"
 #include "Platform/Error.h"
+#include "Platform/ProcessEnd.h"
 #include "Platform/Text.h"
 #include "Volumes/VolumeMonitor.h"
 
@@ -66,14 +67,18 @@ int list(int count, char** words) {
     return std::cout ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-} // namespace
-
-int main(int count, char** words) {
-    std::setlocale(LC_ALL, "");
+int run(int count, char** words) {
     try {
         return list(count, words);
     } catch (const std::exception& failure) {
         std::cerr << "slatewise-volumes: " << Text::visible(describe(failure)) << '\n';
         return EXIT_FAILURE;
     }
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    std::setlocale(LC_ALL, "");
+    endProcess(run(count, words));
 }
