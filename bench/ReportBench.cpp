@@ -125,19 +125,23 @@ void benchReports(const std::filesystem::path& folder) {
          }},
         {"Reports_Standart.html",
          [&](const auto& manifest) {
-             SessionHTML::write(manifest, folder / "file", kLanguage);
+             SessionHTML::write(manifest, ReportTree::build(manifest.files), folder / "file",
+                                kLanguage);
          }},
         {"Reports_Detailed.html",
          [&](const auto& manifest) {
-             SessionDetailedHTML::write(manifest, folder / "file", kLanguage);
+             SessionDetailedHTML::write(manifest, ReportTree::build(manifest.files),
+                                        folder / "file", kLanguage);
          }},
         {"Reports_Standart.pdf",
          [&](const auto& manifest) {
-             SessionPDF::write(manifest, folder / "file", kLanguage);
+             SessionPDF::write(manifest, ReportTree::build(manifest.files), folder / "file",
+                               kLanguage);
          }},
         {"Reports_Detailed.pdf",
          [&](const auto& manifest) {
-             SessionDetailedPDF::write(manifest, folder / "file", kLanguage);
+             SessionDetailedPDF::write(manifest, ReportTree::build(manifest.files), folder / "file",
+                                       kLanguage);
          }},
         {"the whole set",
          [&](const auto& manifest) {

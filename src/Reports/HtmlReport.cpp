@@ -35,23 +35,25 @@ constexpr std::size_t kRowsPerList = 200;
 
 std::string HtmlReport::document(const SessionManifest& manifest) const {
     HtmlText page;
-    render(page, manifest);
+    render(page, manifest, ReportTree::build(manifest.files));
     return page.take();
 }
 
-void HtmlReport::write(const SessionManifest& manifest, const std::filesystem::path& file) const {
+void HtmlReport::write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+                       const std::filesystem::path& file) const {
     FileSystem::write(file, [&](const FileSystem::TextSink& put) {
         HtmlText page(put);
-        render(page, manifest);
+        render(page, manifest, tree);
         page.flush();
     });
 }
 
-void HtmlReport::render(HtmlText& page, const SessionManifest& manifest) const {
+void HtmlReport::render(HtmlText& page, const SessionManifest& manifest,
+                        std::span<const ReportNode> tree) const {
     renderHeader(page, manifest);
     page.raw("<div class=\"tree\">\n");
     renderHead(page, manifest);
-    renderItems(page, ReportTree::build(manifest.files), 0);
+    renderItems(page, tree, 0);
     page.raw("\n</div>");
     renderFooter(page);
 }

@@ -21,7 +21,8 @@ public:
     std::string document(const SessionManifest& manifest) const;
 
     /// The same into a file, of which no more than a piece is in memory. Fails with `PosixError`.
-    void write(const SessionManifest& manifest, const std::filesystem::path& file) const;
+    void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+               const std::filesystem::path& file) const;
 
     /// A folder with everything below it, or a file, as an item of a list.
     void renderNode(HtmlText& page, const ReportNode& node, int depth) const;
@@ -49,7 +50,8 @@ protected:
     const L10n& l10n() const { return l10n_; }
 
 private:
-    void render(HtmlText& page, const SessionManifest& manifest) const;
+    void render(HtmlText& page, const SessionManifest& manifest,
+                std::span<const ReportNode> tree) const;
     void renderHeader(HtmlText& page, const SessionManifest& manifest) const;
     void renderVerdict(HtmlText& page, const SessionManifest& manifest) const;
     static void renderSentences(HtmlText& page, std::string_view kind, std::string_view title,

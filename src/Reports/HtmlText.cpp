@@ -6,6 +6,7 @@ namespace slatewise {
 
 namespace {
 
+/// Empty for a character that stands for itself.
 std::string_view entity(char character) {
     switch (character) {
     case '&':
@@ -14,8 +15,10 @@ std::string_view entity(char character) {
         return "&lt;";
     case '>':
         return "&gt;";
-    default:
+    case '"':
         return "&quot;";
+    default:
+        return {};
     }
 }
 
@@ -23,11 +26,16 @@ std::string_view entity(char character) {
 
 HtmlText& HtmlText::escaped(std::string_view value) {
     const std::string visible = Text::visible(value);
-    std::string_view rest = visible;
-    for (std::size_t at; (at = rest.find_first_of("&<>\"")) != std::string_view::npos;
-         rest.remove_prefix(at + 1))
-        raw(rest.substr(0, at)).raw(entity(rest[at]));
-    return raw(rest);
+    const std::string_view text = visible;
+    std::size_t told = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const auto inWords = entity(text[at]);
+        if (inWords.empty())
+            continue;
+        raw(text.substr(told, at - told)).raw(inWords);
+        told = at + 1;
+    }
+    return raw(text.substr(told));
 }
 
 HtmlText& HtmlText::escapedLines(std::span<const std::string> values) {

@@ -4,6 +4,7 @@
 #include "Platform/Text.h"
 #include "Reports/ReportWriter.h"
 
+#include <algorithm>
 #include <set>
 
 namespace slatewise::ReportWriter {
@@ -15,7 +16,10 @@ constexpr std::string_view kInventoryHeader =
     "duration_tc,duration_seconds,capture_fps,timecode_rate,timecode_drop_frame\n";
 
 std::string escaped(const std::string& value) {
-    if (value.find_first_of(",\"\n") == std::string::npos)
+    const auto wantsQuotes = [](char character) {
+        return character == ',' || character == '"' || character == '\n';
+    };
+    if (std::none_of(value.begin(), value.end(), wantsQuotes))
         return value;
     return "\"" + Text::replaced(value, "\"", "\"\"") + "\"";
 }

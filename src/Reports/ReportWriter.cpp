@@ -4,6 +4,7 @@
 #include "Platform/Files/FileCopy.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
+#include "Reports/ReportTree.h"
 #include "Reports/SessionDetailedHTML.h"
 #include "Reports/SessionDetailedPDF.h"
 #include "Reports/SessionHTML.h"
@@ -92,10 +93,11 @@ void write(const SessionManifest& manifest, const std::filesystem::path& folder,
                       [&](const TextSink& put) { inventoryCSV(manifest, language, put); });
     FileSystem::write(folder / "checksums.sha256",
                       [&](const TextSink& put) { checksumList(manifest, put); });
-    SessionHTML::write(manifest, folder / "Reports_Standart.html", language);
-    SessionPDF::write(manifest, folder / "Reports_Standart.pdf", language);
-    SessionDetailedHTML::write(manifest, folder / "Reports_Detailed.html", language);
-    SessionDetailedPDF::write(manifest, folder / "Reports_Detailed.pdf", language);
+    const auto tree = ReportTree::build(manifest.files);
+    SessionHTML::write(manifest, tree, folder / "Reports_Standart.html", language);
+    SessionPDF::write(manifest, tree, folder / "Reports_Standart.pdf", language);
+    SessionDetailedHTML::write(manifest, tree, folder / "Reports_Detailed.html", language);
+    SessionDetailedPDF::write(manifest, tree, folder / "Reports_Detailed.pdf", language);
     FileSystem::syncFolder(folder);
     FileSystem::syncFolder(folder.parent_path());
 }

@@ -108,10 +108,10 @@ private:
 
 } // namespace
 
-void write(const SessionManifest& manifest, const std::filesystem::path& file,
-           AppLanguage language) {
+void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+           const std::filesystem::path& file, AppLanguage language) {
     const auto common = manifest.cardEssence();
-    DetailedReport(common, language).write(manifest, file);
+    DetailedReport(common, language).write(manifest, tree, file);
 }
 
 std::string document(const SessionManifest& manifest, AppLanguage language) {

@@ -4,6 +4,7 @@
 #include "Reports/ReportTree.h"
 
 #include <filesystem>
+#include <span>
 #include <string>
 
 /// "Reports_Detailed.html": the tree of the standard page with the clips' camera facts. What all
@@ -11,9 +12,9 @@
 /// thread may ask.
 namespace slatewise::SessionDetailedHTML {
 
-/// Fails with `PosixError` when the file cannot be written.
-void write(const SessionManifest& manifest, const std::filesystem::path& file,
-           AppLanguage language);
+/// `tree` is the manifest's. Fails with `PosixError` when the file cannot be written.
+void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+           const std::filesystem::path& file, AppLanguage language);
 
 /// The whole page.
 std::string document(const SessionManifest& manifest, AppLanguage language);

@@ -105,23 +105,58 @@ Row describe(const ReportNode& node, const ClipEssence& common, const L10n& l10n
     return row;
 }
 
-void append(std::span<const ReportNode> nodes, const ClipEssence& common, const L10n& l10n,
-            int depth, std::vector<Row>& rows) {
+/// What a row tells of.
+struct Line {
+    /// Null for the card's own row.
+    const ReportNode* node;
+    int depth;
+};
+
+void append(std::span<const ReportNode> nodes, int depth, std::vector<Line>& lines) {
     for (const auto& node : nodes) {
-        rows.push_back(describe(node, common, l10n, depth));
-        append(node.children, common, l10n, depth + 1, rows);
+        lines.push_back({&node, depth});
+        append(node.children, depth + 1, lines);
     }
 }
 
-/// How many of the rows one page takes: as many as have room, and at least one.
-std::size_t rowsOnPage(std::span<const Row> rows, bool first) {
+/// Each folder's line, then its content; at depth 0 the card's before all.
+std::vector<Line> linesOf(std::span<const ReportNode> nodes, int depth) {
+    std::vector<Line> lines;
+    if (depth == 0)
+        lines.push_back({nullptr, depth});
+    append(nodes, depth, lines);
+    return lines;
+}
+
+/// Makes rows of lines.
+struct Describer {
+    const ClipEssence& common;
+    const std::string& cardName;
+    L10n l10n;
+
+    Row operator()(const Line& line) const {
+        return line.node ? describe(*line.node, common, l10n, line.depth)
+                         : describeCard(common, cardName, l10n.language());
+    }
+
+    std::vector<Row> operator()(std::span<const Line> lines) const {
+        std::vector<Row> rows;
+        rows.reserve(lines.size());
+        for (const auto& line : lines)
+            rows.push_back((*this)(line));
+        return rows;
+    }
+};
+
+/// How many rows of these heights one page takes: as many as have room, and at least one.
+std::size_t rowsOnPage(std::span<const double> heights, bool first) {
     const double budget = first ? kFirstBudget : kLaterBudget;
     // Heights are sums of tenths, which add up to a whole a little above or below it.
     constexpr double kRounding = 1e-6;
     double sum = 0;
     std::size_t count = 0;
-    for (const auto& row : rows) {
-        sum += row.height();
+    for (const double height : heights) {
+        sum += height;
         if (count > 0 && sum > budget + kRounding)
             break;
         ++count;
@@ -129,11 +164,12 @@ std::size_t rowsOnPage(std::span<const Row> rows, bool first) {
     return count;
 }
 
-std::vector<std::span<const Row>> paged(std::span<const Row> rows) {
-    std::vector<std::span<const Row>> pages;
-    while (!rows.empty()) {
-        pages.push_back(rows.first(rowsOnPage(rows, pages.empty())));
-        rows = rows.subspan(pages.back().size());
+/// How many rows each page takes.
+std::vector<std::size_t> paged(std::span<const double> heights) {
+    std::vector<std::size_t> pages;
+    while (!heights.empty()) {
+        pages.push_back(rowsOnPage(heights, pages.empty()));
+        heights = heights.subspan(pages.back());
     }
     return pages;
 }
@@ -318,18 +354,27 @@ double Row::height() const {
     return std::max(kLowestRow, lines * kLineHeight + kRowPadding);
 }
 
-void write(const SessionManifest& manifest, const std::filesystem::path& file,
-           AppLanguage language) {
+void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+           const std::filesystem::path& file, AppLanguage language) {
     PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
-        const auto rows = flatten(ReportTree::build(manifest.files), manifest.cardEssence(),
-                                  manifest.card.name, language, 0);
+        // The texts of all rows at once would take more room than all else: they are made for the
+        // heights, and once more page by page.
+        const auto common = manifest.cardEssence();
+        const Describer rowOf{common, manifest.card.name, L10n(language)};
+        const auto lines = linesOf(tree, 0);
+        std::vector<double> heights;
+        heights.reserve(lines.size());
+        for (const auto& line : lines)
+            heights.push_back(rowOf(line).height());
         const auto widths = columnWidths();
-        const auto pages = paged(rows);
+        const auto pages = paged(heights);
+        std::span<const Line> rest = lines;
         PageNumber page{.number = 1, .count = pages.size()};
-        for (const auto& onPage : pages) {
+        for (const auto count : pages) {
             canvas.beginPage();
-            drawPage(manifest, onPage, widths, page, language, canvas);
+            drawPage(manifest, rowOf(rest.first(count)), widths, page, language, canvas);
             canvas.endPage();
+            rest = rest.subspan(count);
             ++page.number;
         }
     });
@@ -337,11 +382,7 @@ void write(const SessionManifest& manifest, const std::filesystem::path& file,
 
 std::vector<Row> flatten(std::span<const ReportNode> nodes, const ClipEssence& common,
                          const std::string& cardName, AppLanguage language, int depth) {
-    std::vector<Row> rows;
-    if (depth == 0)
-        rows.push_back(describeCard(common, cardName, language));
-    append(nodes, common, L10n(language), depth, rows);
-    return rows;
+    return Describer{common, cardName, L10n(language)}(linesOf(nodes, depth));
 }
 
 Widths columnWidths() {

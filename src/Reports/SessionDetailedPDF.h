@@ -46,9 +46,10 @@ struct Row {
 
 using Widths = std::array<double, 6>;
 
-/// Writes the report, replacing what bears the name. Fails as `SessionPDF::write` does.
-void write(const SessionManifest& manifest, const std::filesystem::path& file,
-           AppLanguage language);
+/// Writes the report, replacing what bears the name; `tree` is the manifest's. Fails as
+/// `SessionPDF::write` does.
+void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+           const std::filesystem::path& file, AppLanguage language);
 
 /// Each folder's row, then its content; at depth 0 the banner before all.
 std::vector<Row> flatten(std::span<const ReportNode> nodes, const ClipEssence& common,

@@ -109,9 +109,9 @@ private:
 
 } // namespace
 
-void write(const SessionManifest& manifest, const std::filesystem::path& file,
-           AppLanguage language) {
-    StandardReport(language).write(manifest, file);
+void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+           const std::filesystem::path& file, AppLanguage language) {
+    StandardReport(language).write(manifest, tree, file);
 }
 
 std::string document(const SessionManifest& manifest, AppLanguage language) {

@@ -4,15 +4,16 @@
 #include "Reports/ReportTree.h"
 
 #include <filesystem>
+#include <span>
 #include <string>
 
 /// "Reports_Standart.html": the session as a foldable tree, one row of nine columns to each file.
 /// Without state; any thread may ask.
 namespace slatewise::SessionHTML {
 
-/// Fails with `PosixError` when the file cannot be written.
-void write(const SessionManifest& manifest, const std::filesystem::path& file,
-           AppLanguage language);
+/// `tree` is the manifest's. Fails with `PosixError` when the file cannot be written.
+void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+           const std::filesystem::path& file, AppLanguage language);
 
 /// The whole page.
 std::string document(const SessionManifest& manifest, AppLanguage language);

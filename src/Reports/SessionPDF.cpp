@@ -105,12 +105,25 @@ Row describe(const ReportNode& node, const L10n& l10n, int depth) {
     return row;
 }
 
-void append(std::span<const ReportNode> nodes, const L10n& l10n, int depth,
-            std::vector<Row>& rows) {
+/// What a row tells of.
+struct Line {
+    const ReportNode* node;
+    int depth;
+};
+
+void append(std::span<const ReportNode> nodes, int depth, std::vector<Line>& lines) {
     for (const auto& node : nodes) {
-        rows.push_back(describe(node, l10n, depth));
-        append(node.children, l10n, depth + 1, rows);
+        lines.push_back({&node, depth});
+        append(node.children, depth + 1, lines);
     }
+}
+
+std::vector<Row> describe(std::span<const Line> lines, const L10n& l10n) {
+    std::vector<Row> rows;
+    rows.reserve(lines.size());
+    for (const auto& line : lines)
+        rows.push_back(describe(*line.node, l10n, line.depth));
+    return rows;
 }
 
 /// Draws the table of one page from its upper edge down.
@@ -251,17 +264,20 @@ void drawFoot(PdfCanvas& canvas, const PageNumber& page, double tableBottom) {
 
 } // namespace
 
-void write(const SessionManifest& manifest, const std::filesystem::path& file,
-           AppLanguage language) {
+void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+           const std::filesystem::path& file, AppLanguage language) {
     PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
-        const auto rows = flatten(ReportTree::build(manifest.files), language, 0);
+        // Only one page's rows are held as texts.
+        std::vector<Line> lines;
+        append(tree, 0, lines);
+        const L10n l10n(language);
         const auto widths = columnWidths();
-        std::span<const Row> rest = rows;
-        PageNumber page{.number = 1, .count = pagesFor(rows.size())};
+        std::span<const Line> rest = lines;
+        PageNumber page{.number = 1, .count = pagesFor(lines.size())};
         do {
             const auto count = std::min(rest.size(), rowsPerPage(page.number == 1));
             canvas.beginPage();
-            drawPage(manifest, rest.first(count), widths, page, language, canvas);
+            drawPage(manifest, describe(rest.first(count), l10n), widths, page, language, canvas);
             canvas.endPage();
             rest = rest.subspan(count);
             ++page.number;
@@ -270,9 +286,9 @@ void write(const SessionManifest& manifest, const std::filesystem::path& file,
 }
 
 std::vector<Row> flatten(std::span<const ReportNode> nodes, AppLanguage language, int depth) {
-    std::vector<Row> rows;
-    append(nodes, L10n(language), depth, rows);
-    return rows;
+    std::vector<Line> lines;
+    append(nodes, depth, lines);
+    return describe(lines, L10n(language));
 }
 
 Widths columnWidths() {

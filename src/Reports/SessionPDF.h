@@ -39,11 +39,11 @@ struct Row {
 
 using Widths = std::array<double, 9>;
 
-/// Writes the report, replacing what bears the name. Fails with an error in the words of the
-/// language when there can be no file, with `PosixError` when the disk fails later; a part of the
-/// file stays then.
-void write(const SessionManifest& manifest, const std::filesystem::path& file,
-           AppLanguage language);
+/// Writes the report, replacing what bears the name; `tree` is the manifest's. Fails with an error
+/// in the words of the language when there can be no file, with `PosixError` when the disk fails
+/// later; a part of the file stays then.
+void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
+           const std::filesystem::path& file, AppLanguage language);
 
 /// Each folder's row, then its content.
 std::vector<Row> flatten(std::span<const ReportNode> nodes, AppLanguage language, int depth);

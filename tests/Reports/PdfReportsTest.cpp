@@ -35,18 +35,24 @@ const std::string kHash(64, '8');
 /// One of the two reports, for what holds of both.
 struct Report {
     const char* name;
-    void (*write)(const SessionManifest&, const std::filesystem::path&, AppLanguage);
+    void (*writeTree)(const SessionManifest&, std::span<const ReportNode>,
+                      const std::filesystem::path&, AppLanguage);
     /// The edges of the table's columns, left to right.
     std::vector<double> edges;
     std::size_t rateColumn;
+
+    void write(const SessionManifest& manifest, const std::filesystem::path& file,
+               AppLanguage language) const {
+        writeTree(manifest, ReportTree::build(manifest.files), file, language);
+    }
 };
 
 const Report kStandard = {.name = "standard",
-                          .write = SessionPDF::write,
+                          .writeTree = SessionPDF::write,
                           .edges = {8, 132, 218, 254, 296, 404, 464, 508, 532, 834},
                           .rateColumn = 6};
 const Report kDetailed = {.name = "detailed",
-                          .write = SessionDetailedPDF::write,
+                          .writeTree = SessionDetailedPDF::write,
                           .edges = {7, 135, 207, 325, 457, 509, 835},
                           .rateColumn = 3};
 
