@@ -9,8 +9,6 @@ namespace {
 constexpr double kCopyShare = 0.85;
 constexpr double kVerificationShare = 0.15;
 constexpr std::chrono::seconds kSpeedWindow{2};
-constexpr std::chrono::seconds kSampleLifetime{3};
-constexpr std::size_t kSamplesBeforePruning = 128;
 
 double share(std::int64_t part, std::int64_t whole) {
     return std::min(static_cast<double>(part) / static_cast<double>(whole), 1.0);
@@ -19,21 +17,21 @@ double share(std::int64_t part, std::int64_t whole) {
 } // namespace
 
 void SpeedMeter::add(std::int64_t bytes, Time at) {
-    const bool isCrowded = samples_.size() >= kSamplesBeforePruning;
     samples_.push_back({at, bytes});
-    if (!isCrowded)
-        return;
-    while (samples_.front().at < at - kSampleLifetime)
-        samples_.pop_front();
+    bytes_ += bytes;
+    forgetBefore(at - kSpeedWindow);
 }
 
-double SpeedMeter::bytesPerSecond(Time now) const {
-    std::int64_t bytes = 0;
-    // Newest first: how many samples lie in the window does not depend on how long the run is.
-    for (auto sample = samples_.rbegin();
-         sample != samples_.rend() && sample->at >= now - kSpeedWindow; ++sample)
-        bytes += sample->bytes;
-    return static_cast<double>(bytes) / static_cast<double>(kSpeedWindow.count());
+double SpeedMeter::bytesPerSecond(Time now) {
+    forgetBefore(now - kSpeedWindow);
+    return static_cast<double>(bytes_) / static_cast<double>(kSpeedWindow.count());
+}
+
+void SpeedMeter::forgetBefore(Time moment) {
+    while (!samples_.empty() && samples_.front().at < moment) {
+        bytes_ -= samples_.front().bytes;
+        samples_.pop_front();
+    }
 }
 
 void CopyProgress::addCopied(std::int64_t bytes, Time at) {
@@ -41,7 +39,7 @@ void CopyProgress::addCopied(std::int64_t bytes, Time at) {
     speed_.add(bytes, at);
 }
 
-Phase::Copying CopyProgress::copying(const std::string& file, int index, Time now) const {
+Phase::Copying CopyProgress::copying(const std::string& file, int index, Time now) {
     return {file, std::min(fileCount_, index + 1), fileCount_, kCopyShare * copiedShare(index),
             speed_.bytesPerSecond(now)};
 }

@@ -14,17 +14,23 @@ class SpeedMeter {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
+    /// Moments never go back, neither here nor below.
     void add(std::int64_t bytes, Time at);
 
     /// Every chunk of the last two seconds counts, so the figure climbs during the first two.
-    double bytesPerSecond(Time now) const;
+    double bytesPerSecond(Time now);
 
 private:
     struct Sample {
         Time at;
         std::int64_t bytes;
     };
+    void forgetBefore(Time moment);
+
+    /// Of the last two seconds, oldest first, and the sum of their bytes: with many small files
+    /// they are too many to be added up for each.
     std::deque<Sample> samples_;
+    std::int64_t bytes_ = 0;
 };
 
 /// The figures of a run's progress: how far copying and verifying move the one bar.
@@ -39,7 +45,7 @@ public:
     std::int64_t bytesDone() const { return bytesDone_; }
 
     /// While the file at `index`, from 0, is copied.
-    Phase::Copying copying(const std::string& file, int index, Time now) const;
+    Phase::Copying copying(const std::string& file, int index, Time now);
 
     /// While the copy at `position`, from 0, of `count` is read back.
     static Phase::Verifying verifying(const std::string& file, int position, int count,

@@ -16,7 +16,7 @@ TEST(CopyProgress, CopyingMovesTheFirstPartOfTheBar) {
     byBytes.addCopied(900, start);
     EXPECT_DOUBLE_EQ(byBytes.copying("a", 0, start).fraction, 0.85) << "a source that grew";
 
-    const CopyProgress byCount(4, 0);
+    CopyProgress byCount(4, 0);
     EXPECT_DOUBLE_EQ(byCount.copying("c", 2, start).fraction, 0.425);
     EXPECT_DOUBLE_EQ(CopyProgress(0, 0).copying("", 0, start).fraction, 0.85);
     EXPECT_EQ(CopyProgress(0, 0).copying("", 0, start).done, 0);
