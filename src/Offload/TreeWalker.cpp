@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
-#include <numeric>
 
 namespace slatewise::TreeWalker {
 
@@ -50,12 +49,15 @@ std::array<std::int64_t, 4> changesOf(const Attributes& attributes) {
     return {modified.tv_sec, modified.tv_nsec, changed.tv_sec, changed.tv_nsec};
 }
 
+/// Hands over everything under a root, in no particular order.
 class Walk {
 public:
-    Walk(const RootFolder& root, const SkipNames& names, const WalkObserver& observer)
-        : root_(root), names_(names), observer_(observer) {}
+    using Each = std::function<void(InventoryEntry)>;
 
-    std::vector<InventoryEntry> run() {
+    Walk(const RootFolder& root, const SkipNames& names, const WalkObserver& observer, Each each)
+        : root_(root), names_(names), observer_(observer), each_(std::move(each)) {}
+
+    void run() {
         list(openFolder(root_, "").get(), "");
         while (!pending_.empty()) {
             const auto relative = std::move(pending_.back());
@@ -63,10 +65,6 @@ public:
             if (const auto folder = openOrPassOver(relative))
                 list(folder.get(), relative);
         }
-        std::sort(entries_.begin(), entries_.end(), [](const auto& left, const auto& right) {
-            return left.relativePath < right.relativePath;
-        });
-        return std::move(entries_);
     }
 
 private:
@@ -94,19 +92,20 @@ private:
         }
     }
 
-    void visit(int parent, const char* name, const std::string& relative) {
+    void visit(int parent, const char* name, std::string relative) {
         auto attributes = FileSystem::attributesIn(parent, name);
         if (!attributes)
             throw PosixError("stat", root_.path() / relative, errno);
-        const bool skip = shouldSkip(relative, name, names_);
+        // No folder on the way is left out: the walk would not have come here.
+        const bool skip = shouldSkip(name, name, names_);
         const bool isFolder = attributes->type == ItemType::Folder;
         const bool hasBytes =
             attributes->type == ItemType::SymbolicLink ? follow(relative, *attributes) : !isFolder;
-        entries_.push_back({relative, isFolder, isFolder ? 0 : attributes->sizeBytes,
-                            attributes->modified, attributes->created, hasBytes && !skip,
-                            changesOf(*attributes)});
         if (isFolder && !skip)
             pending_.push_back(relative);
+        each_({std::move(relative), isFolder, isFolder ? 0 : attributes->sizeBytes,
+               attributes->modified, attributes->created, hasBytes && !skip,
+               changesOf(*attributes)});
     }
 
     /// Replaces a link's attributes by those of the file it leads to. Gives whether it has bytes to
@@ -139,11 +138,17 @@ private:
     const RootFolder& root_;
     const SkipNames& names_;
     const WalkObserver& observer_;
+    const Each each_;
     /// Folders to list, by their relative path. None is open but the one at hand: a tree may be
     /// deeper than a process may have files open.
     std::vector<std::string> pending_;
-    std::vector<InventoryEntry> entries_;
 };
+
+SkipNames united(const SkipNames& names, std::span<const std::string> further) {
+    SkipNames all = names;
+    all.insert(further.begin(), further.end());
+    return all;
+}
 
 } // namespace
 
@@ -156,9 +161,15 @@ const SkipNames& defaultSkipNames() {
 std::vector<InventoryEntry> walk(const RootFolder& root, const SkipNames& skipNames,
                                  std::span<const std::string> extraExcludes,
                                  const WalkObserver& observer) {
-    SkipNames names = skipNames;
-    names.insert(extraExcludes.begin(), extraExcludes.end());
-    return Walk(root, names, observer).run();
+    const auto names = united(skipNames, extraExcludes);
+    std::vector<InventoryEntry> entries;
+    Walk(root, names, observer, [&](InventoryEntry entry) {
+        entries.push_back(std::move(entry));
+    }).run();
+    std::sort(entries.begin(), entries.end(), [](const auto& left, const auto& right) {
+        return left.relativePath < right.relativePath;
+    });
+    return entries;
 }
 
 bool shouldSkip(std::string_view relative, std::string_view name, const SkipNames& skipNames) {
@@ -187,11 +198,12 @@ std::optional<std::string> normalizeSkipName(std::string_view raw) {
 std::int64_t copyableBytes(const std::filesystem::path& folder, const SkipNames& skipNames,
                            std::span<const std::string> extraExcludes) {
     try {
-        const auto entries = walk(RootFolder(folder), skipNames, extraExcludes);
-        return std::accumulate(entries.begin(), entries.end(), std::int64_t{0},
-                               [](std::int64_t sum, const InventoryEntry& entry) {
-                                   return entry.shouldCopy ? sum + entry.sizeBytes : sum;
-                               });
+        const auto names = united(skipNames, extraExcludes);
+        std::int64_t sum = 0;
+        Walk(RootFolder(folder), names, {}, [&](const InventoryEntry& entry) {
+            sum += entry.shouldCopy ? entry.sizeBytes : 0;
+        }).run();
+        return sum;
     } catch (const Error&) {
         return 0;
     }
