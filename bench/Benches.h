@@ -8,6 +8,7 @@ namespace slatewise::bench {
 
 void benchLarge(const std::filesystem::path& folder);
 void benchSmall(const std::filesystem::path& folder);
+void benchProof(const std::filesystem::path& folder);
 void benchMemory(const std::filesystem::path& folder);
 void benchWalk(const std::filesystem::path& folder);
 void benchReports(const std::filesystem::path& folder);

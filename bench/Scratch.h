@@ -28,4 +28,13 @@ double cpuSeconds(const std::function<void()>& work);
 
 double median(std::vector<double> values);
 
+/// Keeps a figure for whoever wants all of them as JSON. `unit` is its key there, such as
+/// "seconds".
+void record(const std::string& measured, const std::string& way, const std::string& unit,
+            double value);
+
+/// Everything recorded so far: an array of objects with "measured", "way", and figures by their
+/// units.
+std::string recordedJSON();
+
 } // namespace slatewise::bench

@@ -26,8 +26,10 @@ void benchStore(const std::filesystem::path& folder) {
         }
         const auto file = folder / "store.sqlite";
         AppDatabase database(file);
-        fmt::print("  {:>8} files {:8.3f} s CPU\n", files,
-                   cpuSeconds([&] { database.save(outcome, outcome.files, "card", "disk", "A"); }));
+        const auto seconds =
+            cpuSeconds([&] { database.save(outcome, outcome.files, "card", "disk", "A"); });
+        record("saving a session", fmt::format("{} files", files), "cpu_seconds", seconds);
+        fmt::print("  {:>8} files {:8.3f} s CPU\n", files, seconds);
         std::filesystem::remove(file);
     }
     fmt::print("\n");

@@ -1,8 +1,13 @@
 #include "Benches.h"
+#include "Scratch.h"
+
+#include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,19 +17,35 @@ namespace {
 using namespace slatewise::bench;
 
 const std::vector<std::pair<std::string, void (*)(const std::filesystem::path&)>> kBenches = {
-    {"walk", benchWalk},     {"reports", benchReports},  {"store", benchStore},
-    {"memory", benchMemory}, {"copy-large", benchLarge}, {"copy-small", benchSmall},
+    {"walk", benchWalk},        {"reports", benchReports}, {"store", benchStore},
+    {"memory", benchMemory},    {"proof", benchProof},     {"copy-large", benchLarge},
+    {"copy-small", benchSmall},
 };
+
+/// Sends the tables to standard error, and keeps standard output for what a program reads.
+int takeStandardOutput() {
+    const int output = ::dup(STDOUT_FILENO);
+    ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    return output;
+}
+
+void printJSON(int output) {
+    const auto text = recordedJSON() + "\n";
+    if (::write(output, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+        throw std::runtime_error("the figures could not be printed");
+}
 
 } // namespace
 
 int main(int count, char** words) {
-    const std::vector<std::string> arguments(words + 1, words + count);
+    std::vector<std::string> arguments(words + 1, words + count);
+    const bool wantsJSON = std::erase(arguments, "--json") > 0;
     if (arguments.empty()) {
-        std::cerr << "Usage: slatewise-bench FOLDER "
-                     "[walk|reports|store|memory|copy-large|copy-small]...\n";
+        std::cerr << "Usage: slatewise-bench [--json] FOLDER "
+                     "[walk|reports|store|memory|proof|copy-large|copy-small]...\n";
         return 2;
     }
+    const int output = wantsJSON ? takeStandardOutput() : -1;
     try {
         const auto folder = std::filesystem::absolute(arguments.front()) / "slatewise-bench";
         std::filesystem::create_directories(folder);
@@ -34,6 +55,9 @@ int main(int count, char** words) {
                 bench(folder);
         }
         std::filesystem::remove_all(folder);
+        std::fflush(stdout);
+        if (wantsJSON)
+            printJSON(output);
         return 0;
     } catch (const std::exception& failure) {
         std::cerr << failure.what() << "\n";
