@@ -134,9 +134,9 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
             result.message = ended.message;
             continue;
         }
-        result.filesDone += ended.filesDone;
-        result.bytesDone += ended.bytesDone;
         if (pair.isLastOfCard) {
+            result.filesDone += ended.filesDone;
+            result.bytesDone += ended.bytesDone;
             result.finishedCardIDs.insert(pair.card.id());
             if (auto sentence = co_await self->ejectIfWanted(pair.card))
                 result.ejects.push_back(std::move(*sentence));
@@ -346,6 +346,8 @@ QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume ca
 void Batch::deliver(const RunMailbox::Mail& mail) {
     if (!listener_)
         return;
+    if (!mail.sessionRoot.empty())
+        listener_->footageBegan(mail.sessionRoot);
     for (const auto& problem : mail.problems)
         listener_->problemFound(problem);
     if (mail.phase)

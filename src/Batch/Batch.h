@@ -65,6 +65,7 @@ struct BatchResult {
     bool wasHashing = false;
     /// Cards that every destination has.
     VolumeIDs finishedCardIDs;
+    /// Each once, on however many disks it now is.
     int filesDone = 0;
     std::int64_t bytesDone = 0;
     /// One sentence for each card that was to be ejected: that it may be pulled, or why not.
@@ -84,6 +85,8 @@ public:
     /// refused.
     virtual void batchBegan(const BatchPlan&) {}
     virtual void pairBegan(const BatchPair& pair) = 0;
+    /// The folder of the pair at work is made, in which its copies come to lie.
+    virtual void footageBegan(const std::filesystem::path&) {}
     virtual void phaseChanged(const OffloadPhase& phase) = 0;
     /// As soon as it comes up; the pair's result has it too.
     virtual void problemFound(const OffloadProblem& problem) = 0;

@@ -1,12 +1,15 @@
 #include "Batch/ProgressTexts.h"
 
+#include "Batch/TimeLeft.h"
 #include "Offload/PathSize.h"
 #include "Platform/Text.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace slatewise::ProgressTexts {
 
@@ -40,7 +43,8 @@ struct Title {
                               Text::visible(phase.file));
     }
     std::string operator()(const Phase::Verified& phase) const {
-        return l10n.verified(phase.files, size(phase.bytes));
+        return phase.disks > 1 ? l10n.verifiedOnDisks(phase.files, phase.disks, size(phase.bytes))
+                               : l10n.verified(phase.files, size(phase.bytes));
     }
     std::string operator()(const Phase::Hashed& phase) const { return l10n.hashed(phase.files); }
     std::string operator()(const Phase::Failed& phase) const { return l10n.failed(phase.message); }
@@ -72,6 +76,20 @@ double fraction(const OffloadPhase& phase, const BatchPosition& position) {
 
 std::string percent(double fraction) {
     return std::to_string(std::lround(100 * fraction)) + "%";
+}
+
+std::string pace(const OffloadPhase& phase, std::optional<std::chrono::seconds> left, L10n l10n) {
+    std::vector<std::string> parts;
+    const auto* copying = std::get_if<Phase::Copying>(&phase);
+    if (copying && copying->bytesTotal > 0) {
+        const auto size = [&](std::int64_t bytes) {
+            return PathSize::format(bytes, l10n.language());
+        };
+        parts.push_back(l10n.bytesOf(size(copying->bytesDone), size(copying->bytesTotal)));
+    }
+    if (left && isBusy(phase))
+        parts.push_back(l10n.timeLeft(clockText(*left)));
+    return fmt::format("{}", fmt::join(parts, "  ·  "));
 }
 
 std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n) {

@@ -3,6 +3,8 @@
 #include "Language/L10n.h"
 #include "Offload/OffloadPhase.h"
 
+#include <chrono>
+#include <optional>
 #include <string>
 
 namespace slatewise {
@@ -29,6 +31,10 @@ bool isFailure(const OffloadPhase& phase);
 double fraction(const OffloadPhase& phase, const BatchPosition& position);
 /// "42%".
 std::string percent(double fraction);
+
+/// How much of the run's bytes is copied, and how long all of it still takes; empty while neither
+/// is known.
+std::string pace(const OffloadPhase& phase, std::optional<std::chrono::seconds> left, L10n l10n);
 
 std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n);
 

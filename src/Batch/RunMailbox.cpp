@@ -22,7 +22,7 @@ CopyEngine::Observer RunMailbox::observer() {
     };
     observer.sessionRootCreated = [this](const std::filesystem::path& root) {
         const std::lock_guard guard(lock_);
-        sessionRoot_ = root;
+        sessionRoot_ = mail_.sessionRoot = root;
     };
     return observer;
 }

@@ -19,6 +19,8 @@ public:
     struct Mail {
         std::optional<OffloadPhase> phase;
         std::vector<OffloadProblem> problems;
+        /// Empty unless it was made since.
+        std::filesystem::path sessionRoot;
     };
 
     /// For a run; must not outlive this object. Lines for the log go there at once.

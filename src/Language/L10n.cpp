@@ -33,6 +33,19 @@ std::string L10n::failed(Text message) const {
     return fmt::format("{}: {}", text("Failed", "Başarısız"), message);
 }
 
+std::string L10n::verifiedOnDisks(int files, int disks, Text size) const {
+    return isTurkish() ? fmt::format("Doğrulandı — {} diske {} dosya, {}", disks, files, size)
+                       : fmt::format("Verified — {} files to {} disks, {}", files, disks, size);
+}
+
+std::string L10n::timeLeft(Text time) const {
+    return isTurkish() ? fmt::format("{} kaldı", time) : fmt::format("{} left", time);
+}
+
+std::string L10n::bytesOf(Text done, Text total) const {
+    return fmt::format("{} / {}", done, total);
+}
+
 std::string L10n::extraCards(int count) const {
     return fmt::format("+{} {}", count, text("cards", "kart"));
 }
@@ -87,6 +100,16 @@ std::string L10n::lastHashed(int files, Text time) const {
 std::string L10n::lastFailed(Text time) const {
     return isTurkish() ? fmt::format("Son kopya: BAŞARISIZ, {}", time)
                        : fmt::format("Last offload: FAILED, {}", time);
+}
+
+std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {
+    auto line = isTurkish()
+                    ? fmt::format("Son kopya yarıda kaldı: {} → {}.", card, destination)
+                    : fmt::format("The last offload was cut off: {} → {}.", card, destination);
+    if (!folder.empty())
+        line += fmt::format(
+            fmt::runtime(text(" An unfinished copy lies in {}", " Yarım kalan kopya: {}")), folder);
+    return line;
 }
 
 std::string L10n::unitFor(Text card) const {

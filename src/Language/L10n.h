@@ -30,6 +30,10 @@ public:
     std::string copying(int done, int total, Text file, Text speed) const;
     std::string verifying(int done, int total, Text file) const;
     std::string verified(int files, Text size) const;
+    /// Of files that are on several disks now, each counted once.
+    std::string verifiedOnDisks(int files, int disks, Text size) const;
+    std::string timeLeft(Text time) const;
+    std::string bytesOf(Text done, Text total) const;
     std::string hashed(int files) const;
     std::string failed(Text message) const;
     std::string extraCards(int count) const;
@@ -46,6 +50,8 @@ public:
     std::string lastVerified(int files, Text time) const;
     std::string lastHashed(int files, Text time) const;
     std::string lastFailed(Text time) const;
+    /// Of a batch that ended with the program; `folder` may be empty.
+    std::string lastCutOff(Text card, Text destination, Text folder) const;
     std::string unitFor(Text card) const;
     std::string cardHasNoUnit(Text card) const;
     std::string cardIsNoDestination(Text card) const;
@@ -108,7 +114,6 @@ public:
     /// The state of the connection to the reporting service.
     std::string connected(Text account, Text address) const;
     std::string standalone() const;
-    /// The unit of a card, a dash when it has none.
 
     // Fixed texts.
 

@@ -3,6 +3,7 @@
 #include "Model/QtText.h"
 #include "Offload/OffloadError.h"
 #include "Platform/Files/FileSystem.h"
+#include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
 
@@ -24,7 +25,8 @@ BatchControl::Standing standingOf(const OffloadPhase& phase) {
 
 BatchControl::BatchControl(ModelState& state, VolumeFollower& volumes,
                            const ServiceProfileFile& profile)
-    : state_(state), volumes_(volumes), profile_(profile) {
+    : state_(state), volumes_(volumes), profile_(profile),
+      unfinished_(UnfinishedOffload::load(state.defaults)) {
     connect(&state, &ModelState::changed, this, &BatchControl::show);
 }
 
@@ -34,8 +36,9 @@ BatchControl::~BatchControl() {
 }
 
 void BatchControl::show() {
-    showProgress();
+    // Whoever hears that a batch has ended finds all of it.
     showOutcome();
+    showProgress();
     const bool canCopy = !state_.board.selection(VolumeSide::Card).ids.empty() &&
                          !state_.board.selection(VolumeSide::Destination).ids.empty() && !isBusy();
     if (canCopy == canCopy_)
@@ -63,6 +66,7 @@ BatchControl::Shown BatchControl::shownNow() const {
     now.isRefused = stepsBack && state_.notice;
     now.title = toQString(now.isRefused ? state_.notice->text(l10n)
                                         : ProgressTexts::title(phase, position_, l10n));
+    now.pace = toQString(ProgressTexts::pace(phase, left_, l10n));
     for (const auto& sentence : stepsBack ? std::vector<std::string>() : ejects_)
         now.title += (now.title.contains('\n') ? " " : "\n") + toQString(sentence);
     if (now.standing == Failed && lastResult_ && lastResult_->message)
@@ -73,9 +77,9 @@ BatchControl::Shown BatchControl::shownNow() const {
 }
 
 QString BatchControl::lastOffloadNow() const {
-    if (!lastResult_)
-        return {};
     const auto l10n = state_.l10n();
+    if (!lastResult_)
+        return unfinished_ ? toQString(unfinished_->text(l10n)) : QString();
     const auto time = Clock::localText(lastEnd_, "HH:mm");
     if (lastResult_->message)
         return toQString(l10n.lastFailed(time));
@@ -84,7 +88,7 @@ QString BatchControl::lastOffloadNow() const {
 }
 
 void BatchControl::showOutcome() {
-    if (!lastResult_ || isBusy()) {
+    if (!lastResult_ || ProgressTexts::isBusy(phase_)) {
         pairs_.setRows({});
         problems_.setRows({});
         return;
@@ -138,10 +142,15 @@ void BatchControl::cancel() {
 BatchPlan BatchControl::plan() const {
     auto cards = state_.board.selected(VolumeSide::Card);
     const auto totalBytes = state_.contentSizes.totalOf(cards);
+    auto destinations = state_.board.selected(VolumeSide::Destination);
+    for (auto& destination : destinations) {
+        auto& free = destination.facts.freeBytes;
+        free = state_.contentSizes.freeBytes(destination.id()).value_or(free);
+    }
     return {.settings = state_.settings,
             .language = state_.language,
             .cards = std::move(cards),
-            .destinations = state_.board.selected(VolumeSide::Destination),
+            .destinations = std::move(destinations),
             .cameraByCardID = state_.cardUnits.cameraByCardID,
             .ekipByCardID = state_.cardUnits.ekipByCardID,
             .totalBytes = totalBytes,
@@ -171,6 +180,11 @@ std::optional<Notice> BatchControl::findRefusal(const BatchPlan& plan) {
 void BatchControl::batchBegan(const BatchPlan& plan) {
     lastResult_.reset();
     lastPlan_ = plan;
+    unfinished_.reset();
+    std::vector<std::int64_t> bytesOfPairs;
+    for (const auto& pair : plan.pairs())
+        bytesOfPairs.push_back(state_.contentSizes.usedBytes(pair.card.id()).value_or(0));
+    timeLeft_ = BatchTimeLeft(std::move(bytesOfPairs));
     volumes_.persistDestinations();
     state_.settings.save(state_.defaults);
     AppLog::append(plan.logLine());
@@ -181,13 +195,29 @@ void BatchControl::batchBegan(const BatchPlan& plan) {
 void BatchControl::pairBegan(const BatchPair& pair) {
     position_ = pair.position;
     phase_ = Phase::Scanning{};
+    left_.reset();
+    timeLeft_.beginPair(static_cast<std::size_t>(pair.position.pairIndex),
+                        std::chrono::steady_clock::now());
+    if (!lastPlan_.settings.verifyOnly) {
+        unfinished_ = {
+            Text::displayable(pair.card.name()), Text::displayable(pair.destination.name()), {}};
+        unfinished_->save(state_.defaults);
+    }
     state_.publish();
     if (listener_)
         listener_->pairBegan(pair);
 }
 
+void BatchControl::footageBegan(const std::filesystem::path& folder) {
+    if (!unfinished_)
+        return;
+    unfinished_->folder = Text::displayable(folder.native());
+    unfinished_->save(state_.defaults);
+}
+
 void BatchControl::phaseChanged(const OffloadPhase& phase) {
     phase_ = phase;
+    left_ = timeLeft_.update(phase, std::chrono::steady_clock::now());
     showProgress();
     if (listener_)
         listener_->phaseChanged(phase);
@@ -199,6 +229,7 @@ void BatchControl::problemFound(const OffloadProblem& problem) {
 }
 
 void BatchControl::pairEnded(const BatchPair& pair, const PairResult& result) {
+    volumes_.refreshFreeSpace();
     if (listener_)
         listener_->pairEnded(pair, result);
 }
@@ -206,6 +237,9 @@ void BatchControl::pairEnded(const BatchPair& pair, const PairResult& result) {
 void BatchControl::batchEnded(const BatchResult& result) {
     batch_.reset();
     position_ = {};
+    left_.reset();
+    unfinished_.reset();
+    UnfinishedOffload::forget(state_.defaults);
     // Whatever was ticked in the meantime.
     state_.isVerdictOld = false;
     ejects_ = result.ejects;
@@ -223,9 +257,11 @@ void BatchControl::batchEnded(const BatchResult& result) {
         if (result.wasBegun && selection.focused && !selection.contains(*selection.focused))
             selection.focusAny();
     } else {
-        phase_ = result.wasHashing
-                     ? OffloadPhase(Phase::Hashed{result.filesDone})
-                     : OffloadPhase(Phase::Verified{result.filesDone, result.bytesDone});
+        phase_ =
+            result.wasHashing
+                ? OffloadPhase(Phase::Hashed{result.filesDone})
+                : OffloadPhase(Phase::Verified{result.filesDone, result.bytesDone,
+                                               static_cast<int>(lastPlan_.destinations.size())});
         selection = {};
         state_.cardUnits.cameraByCardID.clear();
         state_.cardUnits.ekipByCardID.clear();

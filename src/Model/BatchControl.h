@@ -2,8 +2,10 @@
 
 #include "Batch/Batch.h"
 #include "Batch/ProgressTexts.h"
+#include "Batch/TimeLeft.h"
 #include "Model/BatchOutcome.h"
 #include "Model/ModelState.h"
+#include "Model/UnfinishedOffload.h"
 #include "Model/VolumeFollower.h"
 #include "Service/ServiceProfileFile.h"
 
@@ -30,6 +32,7 @@ class BatchControl : public QObject, public BatchListener {
     Q_PROPERTY(double fraction READ fraction NOTIFY changed)
     Q_PROPERTY(QString percentText READ percentText NOTIFY changed)
     Q_PROPERTY(QString title READ title NOTIFY changed)
+    Q_PROPERTY(QString pace READ pace NOTIFY changed)
     Q_PROPERTY(bool isRefused READ isRefused NOTIFY changed)
     Q_PROPERTY(QString advice READ advice NOTIFY changed)
     Q_PROPERTY(QString lastOffload READ lastOffload NOTIFY changed)
@@ -52,14 +55,18 @@ public:
     double fraction() const { return shown_.fraction; }
     QString percentText() const { return shown_.percentText; }
     QString title() const { return shown_.title; }
+    /// How much is copied of the pair at work, and how long the batch still takes.
+    QString pace() const { return shown_.pace; }
     /// Whether the title says why nothing came of what the user did.
     bool isRefused() const { return shown_.isRefused; }
     /// What to do about a failure.
     QString advice() const { return shown_.advice; }
-    /// One quiet line about a batch whose verdict has stepped back.
+    /// One quiet line about a batch whose verdict has stepped back, or that ended with the program
+    /// the last time.
     QString lastOffload() const { return shown_.lastOffload; }
     /// What became of each pair of the last batch, and what it met; kept until the next begins.
     OutcomeListModel* pairs() { return &pairs_; }
+    const OutcomeListModel* pairs() const { return &pairs_; }
     OutcomeListModel* problems() { return &problems_; }
     /// All of that as one text.
     QString report() const;
@@ -74,6 +81,7 @@ public:
 
     void batchBegan(const BatchPlan& plan) override;
     void pairBegan(const BatchPair& pair) override;
+    void footageBegan(const std::filesystem::path& folder) override;
     void phaseChanged(const OffloadPhase& phase) override;
     void problemFound(const OffloadProblem& problem) override;
     void pairEnded(const BatchPair& pair, const PairResult& result) override;
@@ -91,6 +99,7 @@ private:
         double fraction = 0;
         QString percentText;
         QString title;
+        QString pace;
         bool isRefused = false;
         QString advice;
         QString lastOffload;
@@ -120,6 +129,9 @@ private:
     OutcomeListModel problems_;
     /// What became of the cards of the last batch that were to be ejected.
     std::vector<std::string> ejects_;
+    BatchTimeLeft timeLeft_;
+    std::optional<std::chrono::seconds> left_;
+    std::optional<UnfinishedOffload> unfinished_;
     std::shared_ptr<Batch> batch_;
     BatchListener* listener_ = nullptr;
     bool canCopy_ = false;

@@ -4,6 +4,7 @@
 #include "Offload/TreeWalker.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace slatewise {
 
@@ -35,6 +36,7 @@ std::optional<MeasuringJob> ContentSizes::begin(const VolumeLists& lists, const 
         }
     }
     std::erase_if(usedBytes_, [&](const auto& entry) { return !listed.contains(entry.first); });
+    std::erase_if(freeBytes_, [&](const auto& entry) { return !listed.contains(entry.first); });
     std::erase_if(measuring_, [&](const auto& entry) { return !listed.contains(entry.first); });
     if (job.entries.empty())
         return std::nullopt;
@@ -61,6 +63,16 @@ bool ContentSizes::accept(int generation, const std::string& id, std::int64_t us
 std::optional<std::int64_t> ContentSizes::usedBytes(std::string_view id) const {
     const auto found = usedBytes_.find(id);
     return found == usedBytes_.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool ContentSizes::setFreeBytes(const std::string& id, std::int64_t freeBytes) {
+    const auto before = std::exchange(freeBytes_[id], freeBytes);
+    return before != freeBytes;
+}
+
+std::optional<std::int64_t> ContentSizes::freeBytes(std::string_view id) const {
+    const auto found = freeBytes_.find(id);
+    return found == freeBytes_.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::int64_t ContentSizes::totalOf(std::span<const ClassifiedVolume> volumes) const {

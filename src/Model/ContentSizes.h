@@ -60,6 +60,12 @@ public:
     bool accept(int generation, const std::string& id, std::int64_t usedBytes);
 
     std::optional<std::int64_t> usedBytes(std::string_view id) const;
+
+    /// What was free at the last look, which is later than the machine's own word; says whether
+    /// that is news.
+    bool setFreeBytes(const std::string& id, std::int64_t freeBytes);
+    std::optional<std::int64_t> freeBytes(std::string_view id) const;
+
     bool isMeasuring(std::string_view id) const { return measuring_.contains(id); }
 
     /// Volumes without a value count nothing.
@@ -69,6 +75,7 @@ public:
 
 private:
     std::map<std::string, std::int64_t, std::less<>> usedBytes_;
+    std::map<std::string, std::int64_t, std::less<>> freeBytes_;
     /// The job whose result each volume waits for.
     std::map<std::string, int, std::less<>> measuring_;
     int generation_ = 0;

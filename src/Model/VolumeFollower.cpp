@@ -23,6 +23,7 @@ using VolumeFactsOf = std::function<VolumeFacts(const std::filesystem::path&)>;
 /// How long the start waits for volumes before it goes on without them. One that answers needs
 /// milliseconds.
 constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::seconds kFreeSpaceInterval{5};
 
 ClassifiedVolume pickedVolume(const VolumeFactsOf& facts, const std::filesystem::path& folder,
                               VolumeSide side) {
@@ -68,6 +69,8 @@ auto begunLook(Work work) {
 VolumeFollower::VolumeFollower(ModelState& state, ReportsFolder& reports)
     : state_(state), reports_(reports), pickedFolders_(state.defaults) {
     folderPresence_.setOnGone([this] { apply(); });
+    connect(&freeSpaceTimer_, &QTimer::timeout, this, &VolumeFollower::refreshFreeSpace);
+    freeSpaceTimer_.start(kFreeSpaceInterval);
 }
 
 void VolumeFollower::begin() {
@@ -261,6 +264,31 @@ void VolumeFollower::persistDestinations() {
 void VolumeFollower::persistPickedFolders() {
     pickedFolders_.persistIfNeeded(state_.board.corrections().extraCards,
                                    state_.board.corrections().extraDestinations);
+}
+
+void VolumeFollower::refreshFreeSpace() {
+    if (!state_.surroundings.measure)
+        return;
+    for (const auto& disk : state_.board.selected(VolumeSide::Destination)) {
+        // One that is silent is not asked again before it has answered.
+        if (askedForFreeSpace_.insert(disk.id()).second)
+            refreshFreeSpaceOf(this,
+                               {disk.id(), disk.facts.mountPoint, MeasuringEntry::What::UsedBytes});
+    }
+}
+
+QCoro::Task<> VolumeFollower::refreshFreeSpaceOf(QPointer<VolumeFollower> self,
+                                                 MeasuringEntry disk) {
+    const auto asking =
+        onWorker([disk, measure = self->state_.surroundings.measure] { return measure(disk, {}); });
+    const auto measured = co_await asking;
+    if (!self)
+        co_return;
+    self->askedForFreeSpace_.erase(disk.id);
+    const bool isListed = findVolume(self->state_.board.list(VolumeSide::Destination), disk.id);
+    if (isListed && measured.freeBytes > 0 &&
+        self->state_.contentSizes.setFreeBytes(disk.id, measured.freeBytes))
+        self->state_.publish();
 }
 
 void VolumeFollower::measureCardsAnew() {

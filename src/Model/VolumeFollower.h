@@ -8,6 +8,7 @@
 #include <QCoro/QCoroTask>
 #include <QObject>
 #include <QPointer>
+#include <QTimer>
 
 #include <filesystem>
 #include <optional>
@@ -44,6 +45,9 @@ public:
     /// As if picked by the user. Done when the folder is listed and ticked, or refused.
     QCoro::Task<> addFolder(VolumeSide side, std::filesystem::path folder);
 
+    /// Looks how much is free on the disks that are ticked, as it does every few seconds by itself.
+    void refreshFreeSpace();
+
     /// For another set of names that are skipped.
     void measureCardsAnew();
     void persistDestinations();
@@ -62,12 +66,16 @@ private:
     void useFolder(VolumeSide side, const ClassifiedVolume& folder);
     void persistPickedFolders();
     void measure(const VolumeIDs& forceIDs);
+    static QCoro::Task<> refreshFreeSpaceOf(QPointer<VolumeFollower> self, MeasuringEntry disk);
     static QCoro::Task<> measureAll(QPointer<VolumeFollower> self, MeasuringJob job);
 
     ModelState& state_;
     ReportsFolder& reports_;
     PickedFolderStore pickedFolders_;
     FolderPresence folderPresence_;
+    QTimer freeSpaceTimer_;
+    /// Disks that have not answered yet how much is free.
+    VolumeIDs askedForFreeSpace_;
     /// What is mounted was looked at once. Which destinations are ticked depends on all of them, so
     /// that no half of them is shown before.
     bool isWatching_ = false;

@@ -40,8 +40,13 @@ void CopyProgress::addCopied(std::int64_t bytes, Time at) {
 }
 
 Phase::Copying CopyProgress::copying(const std::string& file, int index, Time now) {
-    return {file, std::min(fileCount_, index + 1), fileCount_, kCopyShare * copiedShare(index),
-            speed_.bytesPerSecond(now)};
+    return {file,
+            std::min(fileCount_, index + 1),
+            fileCount_,
+            kCopyShare * copiedShare(index),
+            speed_.bytesPerSecond(now),
+            bytesDone_,
+            totalBytes_};
 }
 
 double CopyProgress::copiedShare(int index) const {

@@ -24,6 +24,9 @@ struct Copying {
     /// Of the whole run, 0 to 1.
     double fraction = 0;
     double bytesPerSecond = 0;
+    /// Of all files of the run; a total of 0 is unknown.
+    std::int64_t bytesDone = 0;
+    std::int64_t bytesTotal = 0;
     friend bool operator==(const Copying&, const Copying&) = default;
 };
 struct Verifying {
@@ -35,8 +38,10 @@ struct Verifying {
     friend bool operator==(const Verifying&, const Verifying&) = default;
 };
 struct Verified {
+    /// Each once, on however many disks it now is.
     int files = 0;
     std::int64_t bytes = 0;
+    int disks = 1;
     friend bool operator==(const Verified&, const Verified&) = default;
 };
 struct Hashed {

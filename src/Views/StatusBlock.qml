@@ -97,8 +97,13 @@ Rectangle {
                 size: 26
                 color: block.ink
             }
-            Item {
+            AppText {
+                objectName: "pace"
                 Layout.fillWidth: true
+                text: block.batch.pace
+                font.pixelSize: DITTheme.callout
+                color: DITTheme.secondary
+                horizontalAlignment: Text.AlignRight
             }
             ActionButton {
                 objectName: "showOutcome"
@@ -141,6 +146,8 @@ Rectangle {
             visible: text.length > 0
             text: block.batch.lastOffload
             font.pixelSize: DITTheme.caption
+            wrapMode: Text.Wrap
+            maximumLineCount: 2
             color: DITTheme.secondary
         }
         OutcomeList {

@@ -72,20 +72,27 @@ TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
     EXPECT_TRUE(desk.model().batch()->canCopy());
 }
 
-TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsAllPairs) {
+TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsFilesOnce) {
     disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
     const auto card = desk.mountCard("A001", {{"A.mov", "1234"}, {".DS_Store", "x"}});
+    for (const auto& disk : disks)
+        desk.volume(disk).facts.freeBytes = 9'000;
+    desk.surroundings.measure = [this](const auto&, const auto&) {
+        return Measurement{4, 10'000, 9'000 - 2'000 * runs};
+    };
+    beforeRun([](int) {});
     start();
     desk.selectCard(card, "CamA");
     desk.copy();
     EXPECT_THAT(record.labels, ElementsAre(StartsWith("Card 1/1 · Destination 1/2 · "),
                                            StartsWith("Card 1/1 · Destination 2/2 · ")));
-    EXPECT_EQ(desk.model().batch()->phase(), OffloadPhase(Phase::Verified({2, 8})));
-    EXPECT_EQ(title(), "Verified — 2 files, 8 bytes");
+    EXPECT_EQ(desk.model().batch()->phase(), OffloadPhase(Phase::Verified({1, 4, 2})));
+    EXPECT_EQ(title(), "Verified — 1 files to 2 disks, 4 bytes");
     EXPECT_EQ(desk.model().state().board.selection(VolumeSide::Card), Selection{});
     EXPECT_EQ(desk.model().state().cardUnits, CardUnits{});
     EXPECT_EQ(readFile(record.pairs[1].sessionRoot / "A.mov"), "1234");
     EXPECT_THAT(desk.ejected, IsEmpty()) << "nobody asked for it";
+    Desk::waitUntil([&] { return desk.model().destinations()->rows()[1].subtitle == "5 KB"; });
 }
 
 TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
@@ -383,13 +390,14 @@ TEST_F(BatchOfCards, CancelsAtEveryKindOfMoment) {
     }
 }
 
-TEST_F(BatchOfCards, MayOutliveItsModel) {
+TEST_F(BatchOfCards, MayOutliveItsModelAndTheNextStartSaysWhatWasLeftWhere) {
     disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
     const auto card = desk.mountCard("A001", {{"A.mov", bytesOf(4'000'000)}});
     std::atomic<bool> isRunning = false;
     std::atomic<bool> isOver = false;
     std::atomic<bool> mayGoOn = false;
     desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+        observer.sessionRootCreated(desk.folder / "SSD1/2026-03-01/A001");
         isRunning = true;
         while (!mayGoOn)
             std::this_thread::yield();
@@ -402,7 +410,10 @@ TEST_F(BatchOfCards, MayOutliveItsModel) {
     start();
     desk.selectCard(card, "CamA");
     desk.model().batch()->start();
-    Desk::waitUntil([&] { return isRunning.load(); });
+    const auto leftover = [&] {
+        return desk.defaults.value("unfinishedOffload").value_or("");
+    };
+    Desk::waitUntil([&] { return isRunning && leftover().find("2026") != std::string::npos; });
     desk.quit();
     mayGoOn = true;
     Desk::waitUntil([&] { return isOver.load(); });
@@ -411,4 +422,14 @@ TEST_F(BatchOfCards, MayOutliveItsModel) {
     Desk::waitUntil([&] { return !isRunning; });
     EXPECT_FALSE(std::filesystem::exists(desk.folder / "SSD2/reports")) << "it was asked to stop";
     EXPECT_THAT(record.pairs, IsEmpty());
+
+    start();
+    EXPECT_EQ(desk.model().batch()->lastOffload().toStdString(),
+              "The last offload was cut off: A001 → SSD1. An unfinished copy lies in " +
+                  (desk.folder / "SSD1/2026-03-01/A001").native());
+    desk.surroundings.runEngine = CopyEngine::run;
+    start();
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    EXPECT_EQ(leftover(), "") << "no news after the next one";
 }

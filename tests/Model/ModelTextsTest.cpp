@@ -1,6 +1,7 @@
 #include "Batch/BatchPlan.h"
 #include "Batch/ProgressTexts.h"
 #include "Batch/SpaceCheck.h"
+#include "Batch/TimeLeft.h"
 #include "Model/TemplatePreview.h"
 #include "Model/VolumeTexts.h"
 
@@ -46,6 +47,8 @@ TEST(ProgressTexts, RunOnceAcrossTheBatch) {
         {Phase::Verifying{"a.mov", 0, 10, 0.9}, secondOfTwo, 0.95, "95%",
          "Card 2/2 · x — Verifying 1 / 10  ·  a.mov"},
         {Phase::Verified{12, 3'500'000}, secondOfTwo, 1, "100%", "Verified — 12 files, 3.5 MB"},
+        {Phase::Verified{12, 3'500'000, 2}, secondOfTwo, 1, "100%",
+         "Verified — 12 files to 2 disks, 3.5 MB"},
         {Phase::Hashed{1}, single, 1, "100%", "Hashed — 1 files (not copied)"},
         {Phase::Failed{"why"}, secondOfTwo, 0, "0%", "Failed: why"},
     };
@@ -59,6 +62,30 @@ TEST(ProgressTexts, RunOnceAcrossTheBatch) {
     }
     EXPECT_EQ(ProgressTexts::title(Phase::Copying{"a", 1, 2, 0, 1000}, single, kTurkish),
               "Kopyalanıyor 1 / 2  ·  a  ·  1 KB/s");
+}
+
+TEST(ProgressTexts, SayHowMuchIsDoneAndHowLongTheWholeBatchStillTakes) {
+    using std::chrono::seconds;
+    const BatchTimeLeft::Time start;
+    // The second pair has twice as much to copy, and nobody knows about the third.
+    BatchTimeLeft timeLeft({1'000, 2'000, 0});
+    timeLeft.beginPair(0, start);
+    const auto copying = [](double share, std::int64_t bytes) {
+        return OffloadPhase(Phase::Copying{"a", 1, 2, 0.85 * share, 100, bytes, 1'000'000});
+    };
+    EXPECT_FALSE(timeLeft.update(copying(0, 0), start)) << "nothing to go by";
+    // Half is copied in 100 s: as much again, and 100 s to read it back; three times 300 s behind.
+    const auto halfway = start + seconds(100);
+    const auto left = timeLeft.update(copying(0.5, 500'000), halfway);
+    EXPECT_EQ(left, seconds(200 + 3 * 300));
+    EXPECT_EQ(ProgressTexts::pace(copying(0.5, 500'000), left, kEnglish),
+              "500 KB / 1 MB  ·  18:20 left");
+    timeLeft.beginPair(2, halfway);
+    EXPECT_FALSE(timeLeft.update(copying(0, 0), halfway));
+    EXPECT_EQ(timeLeft.update(copying(0.5, 1), halfway + seconds(100)), seconds(200));
+    EXPECT_EQ(ProgressTexts::pace(Phase::Verifying{"a", 1, 2, 0.9}, seconds(5), kTurkish),
+              "0:05 kaldı");
+    EXPECT_EQ(ProgressTexts::pace(Phase::Verified{1, 1}, seconds(5), kEnglish), "");
 }
 
 TEST(ProgressTexts, SayWhatAVolumeHolds) {

@@ -150,7 +150,7 @@ std::string ProgressDisplay::line(const OffloadPhase& phase,
     const auto words = wordsFor(phase, texts_);
     std::vector<std::string> parts = {fmt::format("{:3.0f}%", std::floor(100 * fraction))};
     if (const auto left = timeLeft_.update(phase, now))
-        parts.push_back(texts_.timeLeft(clockText(*left)));
+        parts.push_back(texts_.shared.timeLeft(clockText(*left)));
     if (const auto* copying = std::get_if<Phase::Copying>(&phase))
         parts.push_back(speedText(*copying, texts_.shared.language()));
     if (!label_.empty())

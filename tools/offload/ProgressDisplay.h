@@ -2,8 +2,8 @@
 
 #include "Arguments.h"
 #include "Texts.h"
-#include "TimeLeft.h"
 
+#include "Batch/TimeLeft.h"
 #include "Offload/OffloadPhase.h"
 
 #include <chrono>

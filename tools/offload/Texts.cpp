@@ -42,10 +42,6 @@ std::string Texts::wordsInUse(std::string_view card, std::string_view camera,
         card, camera, crew);
 }
 
-std::string Texts::timeLeft(std::string_view time) const {
-    return fmt::format(fmt::runtime(choose("{} left", "{} kaldı")), time);
-}
-
 std::string Texts::copying(int number, int count) const {
     return fmt::format("{} {}/{}", choose("Copying", "Kopyalanıyor"), number, count);
 }

@@ -27,7 +27,6 @@ public:
 
     // How it goes.
 
-    std::string timeLeft(std::string_view time) const;
     std::string copying(int number, int count) const;
     std::string verifying(int number, int count) const;
     std::string_view stopping() const;

@@ -1,8 +1,8 @@
-#include "TimeLeft.h"
+#include "Batch/TimeLeft.h"
 
 #include <fmt/format.h>
 
-namespace slatewise::tool {
+namespace slatewise {
 
 namespace {
 
@@ -50,6 +50,29 @@ std::optional<std::chrono::seconds> TimeLeft::whileVerifying(double fraction, Ti
     return rounded(whole * (1 - done));
 }
 
+void BatchTimeLeft::beginPair(std::size_t pair, Time now) {
+    pair_ = pair;
+    pairStart_ = now;
+    ofPair_ = {};
+}
+
+std::optional<std::chrono::seconds> BatchTimeLeft::update(const OffloadPhase& phase, Time now) {
+    const auto left = ofPair_.update(phase, now);
+    if (!left || pair_ >= bytesOfPairs_.size())
+        return left;
+    const std::chrono::duration<double> whole = now - pairStart_ + *left;
+    const auto bytes = bytesOfPairs_[pair_];
+    std::chrono::duration<double> others{};
+    for (auto other = pair_ + 1; other < bytesOfPairs_.size(); ++other) {
+        const bool areKnown = bytes > 0 && bytesOfPairs_[other] > 0;
+        others +=
+            areKnown
+                ? whole * (static_cast<double>(bytesOfPairs_[other]) / static_cast<double>(bytes))
+                : whole;
+    }
+    return *left + rounded(others);
+}
+
 std::string clockText(std::chrono::seconds duration) {
     const auto seconds = duration.count();
     if (seconds < 3600)
@@ -57,4 +80,4 @@ std::string clockText(std::chrono::seconds duration) {
     return fmt::format("{}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60);
 }
 
-} // namespace slatewise::tool
+} // namespace slatewise

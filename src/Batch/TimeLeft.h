@@ -3,10 +3,12 @@
 #include "Offload/OffloadPhase.h"
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
-namespace slatewise::tool {
+namespace slatewise {
 
 /// Estimates how long a run still takes, from how its phases have moved so far. Reading back is
 /// taken to cost half of what copying costs until it has been seen.
@@ -25,7 +27,28 @@ private:
     std::optional<Time> verificationStart_;
 };
 
+/// The same for a batch: what is left of the pair at work, and what the pairs behind it are likely
+/// to take, going by the one at work and by how much each has to copy.
+class BatchTimeLeft {
+public:
+    using Time = TimeLeft::Time;
+
+    BatchTimeLeft() = default;
+    /// Bytes of each pair in their order; 0 where nobody knows.
+    explicit BatchTimeLeft(std::vector<std::int64_t> bytesOfPairs)
+        : bytesOfPairs_(std::move(bytesOfPairs)) {}
+
+    void beginPair(std::size_t pair, Time now);
+    std::optional<std::chrono::seconds> update(const OffloadPhase& phase, Time now);
+
+private:
+    std::vector<std::int64_t> bytesOfPairs_;
+    std::size_t pair_ = 0;
+    Time pairStart_;
+    TimeLeft ofPair_;
+};
+
 /// "1:02:03", or "2:03" below an hour.
 std::string clockText(std::chrono::seconds duration);
 
-} // namespace slatewise::tool
+} // namespace slatewise

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Language/L10n.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace slatewise {
+
+class UserDefaults;
+
+/// The pair that a batch is at work on, kept where it outlives the program: whatever ends that, the
+/// next start can say what was left where. A value.
+struct UnfinishedOffload {
+    /// As they are to be shown.
+    std::string card;
+    std::string disk;
+    /// Where its copies come to lie; empty while there is no folder.
+    std::string folder;
+
+    static std::optional<UnfinishedOffload> load(const UserDefaults& defaults);
+    void save(UserDefaults& defaults) const;
+    static void forget(UserDefaults& defaults);
+
+    std::string text(L10n l10n) const { return l10n.lastCutOff(card, disk, folder); }
+};
+
+} // namespace slatewise
