@@ -42,7 +42,7 @@ Surroundings withChooser(Surroundings surroundings, FolderChooser& chooser) {
 } // namespace
 
 void DitApplication::prepare() {
-    // Our controls look the same on every desktop; only the folder dialog is the desktop's.
+    // Our controls look the same on every desktop.
     QQuickStyle::setStyle("Basic");
     // A window that a processor has to draw is drawn where it changed, without OpenGL in between:
     // half the memory, and the processor is left to the copy. Whoever asks for a backend gets it.
@@ -55,9 +55,10 @@ void DitApplication::prepare() {
 
 DitApplication::DitApplication(Surroundings surroundings)
     : model_(std::make_unique<AppModel>(withChooser(std::move(surroundings), chooser_))),
-      window_(loadWindow(engine_, "MainWindow.qml",
-                         {{"appModel", QVariant::fromValue(model_.get())},
-                          {"folderChooser", QVariant::fromValue(&chooser_)}})) {
+      window_(
+          loadWindow(engine_, "MainWindow.qml", {{"appModel", QVariant::fromValue(model_.get())}})),
+      news_(*model_->batch(), *window_) {
+    chooser_.setWindow(window_);
     LaunchWindow::fit(*window_);
     window_->show();
 }

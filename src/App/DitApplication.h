@@ -1,7 +1,8 @@
 #pragma once
 
+#include "App/BatchNews.h"
+#include "App/DesktopFolderChooser.h"
 #include "Model/AppModel.h"
-#include "Views/QuickFolderChooser.h"
 
 #include <QQmlApplicationEngine>
 
@@ -12,7 +13,7 @@ class QQuickWindow;
 namespace slatewise {
 
 /// The program with its one window: makes the model, shows it, and goes with the window. Lives on
-/// the GUI thread, inside a QGuiApplication.
+/// the GUI thread, inside a QApplication.
 class DitApplication {
 public:
     /// `surroundings` without a folder chooser: the window is the one who asks. Throws `Error` when
@@ -20,22 +21,22 @@ public:
     explicit DitApplication(Surroundings surroundings);
     ~DitApplication();
 
-    /// Name, icon and control style; once, before the QGuiApplication is made.
+    /// Name, icon and control style; once, before the QApplication is made.
     static void prepare();
 
     AppModel& model() { return *model_; }
-    QuickFolderChooser& folderChooser() { return chooser_; }
     QQuickWindow& window() { return *window_; }
 
     /// Leaves a word in the log when the end of the program cuts off a copy.
     void noteEnd() const;
 
 private:
-    QuickFolderChooser chooser_;
+    DesktopFolderChooser chooser_;
     std::unique_ptr<AppModel> model_;
     QQmlApplicationEngine engine_;
     /// Owned by the engine.
     QQuickWindow* window_ = nullptr;
+    BatchNews news_;
 };
 
 /// Shows why the program cannot start, and waits for the user to close that.

@@ -7,7 +7,7 @@
 #include "Platform/Text.h"
 #include "Storage/AppLog.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QIcon>
 
 #include <csignal>
@@ -48,7 +48,7 @@ int runWithDisplay(int count, char** words) {
     try {
         DitApplication::prepare();
         const auto usual = qInstallMessageHandler(endWithoutDisplay);
-        QGuiApplication qt(count, words);
+        QApplication qt(count, words);
         qInstallMessageHandler(usual);
         QGuiApplication::setWindowIcon(QIcon(":/slatewise/AppLogo.png"));
         try {

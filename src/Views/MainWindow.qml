@@ -6,8 +6,6 @@ Window {
     id: window
 
     required property AppModel appModel
-    // Asks for a folder when the model wants one.
-    property QuickFolderChooser folderChooser: null
 
     title: appModel.appName
     color: DITTheme.window
@@ -19,19 +17,6 @@ Window {
         anchors.fill: parent
         focus: true
         appModel: window.appModel
-    }
-
-    Connections {
-        target: window.folderChooser
-        function onAsked(message: string, prompt: string, start: url) {
-            // Made at the first question: loading a dialog costs more than the whole window.
-            if (!folderDialog.item)
-                folderDialog.setSource("FolderChooserDialog.qml", { chooser: window.folderChooser })
-            (folderDialog.item as FolderChooserDialog).ask(message, prompt, start)
-        }
-    }
-    Loader {
-        id: folderDialog
     }
 
     Shortcut {

@@ -1,12 +1,17 @@
 #include "App/Person.h"
+#include "App/StagedDesktop.h"
 
 #include "Storage/SupportPaths.h"
 #include "support/Process.h"
 
 #include <gmock/gmock.h>
 
-#include <QFile>
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QPushButton>
 #include <QQuickWindow>
+#include <QToolButton>
 
 #include <map>
 #include <ostream>
@@ -185,20 +190,86 @@ TEST(Shell, EndsWithASentenceWhereThereIsNoScreen) {
     EXPECT_THAT(ended.standardError, HasSubstr("slatewise-dit: Slatewise DIT cannot start: "));
 }
 
-TEST(Shell, TheFolderDialogsAnswerGoesToTheModel) {
+TEST(Shell, AsksForFoldersWithTheDesktopsDialogWhereThereIsOne) {
+    StagedDesktop desktop;
     Person person;
     TemporaryFolder folder;
-    writeFile(folder / "Roll 1/clip.mov", "x");
-    auto& chooser = person.application().folderChooser();
-    QString message;
-    QObject::connect(&chooser, &QuickFolderChooser::asked, &chooser,
-                     [&message](const QString& asked) { message = asked; });
+    const auto roll = folder / "Roll \xff";
+    writeFile(roll / "clip.mov", "x");
+    desktop.offerFolderDialog("file://" + QString::fromStdString(folder.path()) + "/Roll%20%FF");
     person.click(person.see("chooseFolder", person.see("cards")));
-    EXPECT_EQ(shown(message), "Choose a camera card or source folder");
-    chooser.cancel();
-    person.click(person.see("chooseFolder", person.see("cards")));
-    chooser.accept(QUrl::fromLocalFile(QFile::decodeName((folder / "Roll 1").c_str())));
-    EXPECT_NE(person.row("cards", "Roll 1"), nullptr);
+    const auto& cards = person.application().model().state().board.lists().cards;
+    Person::wait("the card", [&] { return !cards.empty(); });
+    EXPECT_EQ(cards.front().facts.mountPoint, roll);
+    ASSERT_EQ(desktop.questions.size(), 1U);
+    auto& question = desktop.questions.front();
+    EXPECT_EQ(shown(question["title"].toString()), "Choose a camera card or source folder");
+    EXPECT_EQ(shown(question["accept_label"].toString()), "Select");
+    EXPECT_TRUE(question["directory"].toBool());
+
+    desktop.offerFolderDialog({});
+    person.click(person.see("chooseFolder", person.see("disks")));
+    Person::wait("the question", [&] { return desktop.questions.size() == 2; });
+    EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty()) << "cancelled is no reason to ask again";
+}
+
+TEST(Shell, AsksForFoldersWithADialogOfItsOwnOtherwise) {
+    Person person;
+    TemporaryFolder home;
+    std::filesystem::create_directories(home / "Rolls/one");
+    qputenv("HOME", home.path().c_str());
+    const auto dialog = [&]() -> QFileDialog* {
+        for (auto* widget : QApplication::topLevelWidgets()) {
+            auto* found = qobject_cast<QFileDialog*>(widget);
+            if (found && found->isVisible())
+                return found;
+        }
+        return nullptr;
+    };
+    for (int time = 0; time < 2; ++time) {
+        person.click(person.see("chooseFolder", person.see("cards")));
+        Person::wait("dialog", [&] { return dialog() != nullptr; });
+        EXPECT_EQ(shown(dialog()->directory().path()), home.path()) << "home each time";
+        EXPECT_TRUE(dialog()->findChild<QToolButton*>("newFolderButton")->isEnabled());
+        dialog()->setDirectory(dialog()->directory().filePath("Rolls"));
+        // Nothing in it is chosen: the folder itself is meant.
+        auto* buttons = dialog()->findChild<QDialogButtonBox*>("buttonBox");
+        auto* choose = buttons->buttons().constFirst();
+        for (auto* button : buttons->buttons()) {
+            if (buttons->buttonRole(button) == QDialogButtonBox::AcceptRole)
+                choose = button;
+        }
+        EXPECT_EQ(shown(choose->text()), "Select");
+        ASSERT_TRUE(choose->isEnabled());
+        choose->click();
+        EXPECT_NE(person.row("cards", "Rolls"), nullptr);
+    }
+}
+
+TEST(Shell, TellsTheDesktopHowItGoesAndHowItEnded) {
+    StagedDesktop desktop;
+    Person person;
+    person.makeReady(4, 24 * kMiB);
+    for (const bool isWatching : {true, false}) {
+        if (!isWatching) {
+            person.choose("A001", "CamA");
+            person.application().window().hide();
+            person.application().model().batch()->start();
+        } else {
+            person.application().window().requestActivate();
+            Person::wait("active", [&] { return person.application().window().isActive(); });
+            person.click(person.see("copy"));
+        }
+        Person::wait("end", [&] { return !person.application().model().batch()->isBusy(); });
+        Person::wait("no bar", [&] { return !desktop.isProgressShown; });
+        EXPECT_GT(desktop.progress.size(), 1U);
+        if (isWatching) {
+            EXPECT_TRUE(desktop.notifications.isEmpty());
+        }
+    }
+    Person::wait("notification", [&] { return !desktop.notifications.isEmpty(); });
+    EXPECT_THAT(shown(desktop.notifications.first()), StartsWith("Verified — 4 files"));
+    EXPECT_THAT(shown(desktop.notifications.first()), HasSubstr("A001 → SHUTTLE: verified"));
 }
 
 } // namespace

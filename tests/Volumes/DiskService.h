@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PrivateBus.h"
+#include "support/PrivateBus.h"
 
 #include <memory>
 #include <string>

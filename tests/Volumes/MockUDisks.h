@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Disks/UDisksObjects.h"
-#include "PrivateBus.h"
+#include "support/PrivateBus.h"
 
 #include <QDBusVirtualObject>
 #include <QThread>

@@ -1,0 +1,15 @@
+#include "support/PrivateBus.h"
+#include "support/TestMain.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+/// On a bus of the tests' own: nothing of them shows on the desktop of whoever runs them.
+int main(int argc, char** argv) {
+    slatewise::test::prepareTests(&argc, argv);
+    const slatewise::test::PrivateBus bus;
+    qputenv("DBUS_SESSION_BUS_ADDRESS", QByteArray::fromStdString(bus.address()));
+    const QApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
