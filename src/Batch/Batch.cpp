@@ -40,6 +40,7 @@ CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
             .cardFolder = pair.cardFolder,
             .destinationFolder = pair.destinationFolder,
             .settings = plan.settings,
+            .language = plan.language,
             .camera = pair.camera,
             .ekip = pair.ekip,
             .sessionID = Uuid::random(),
@@ -164,7 +165,7 @@ QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
             try {
                 *found = find(plan);
             } catch (const std::exception& failure) {
-                *found = describe(failure);
+                *found = describe(failure, plan.l10n());
             }
         });
     const auto ending = waitForEnd(std::move(looking), stop_.get_token());
@@ -198,7 +199,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         result.message = plan_.l10n().cancelled();
         result.failure = PairFailure::Stopped;
     } catch (const std::exception& failure) {
-        result.message = describe(failure);
+        result.message = describe(failure, plan_.l10n());
         result.failure = isLackOfSpace(failure) ? PairFailure::NoSpace : PairFailure::Other;
         AppLog::append("Offload failed card=" + work->pair.card.name() +
                        " dest=" + work->pair.destination.name() + ": " + result.message);

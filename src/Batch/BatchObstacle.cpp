@@ -14,7 +14,7 @@ std::optional<std::string> find(const BatchPlan& plan) {
         SpaceCheck::findLackOfRoom(plan.totalBytes, plan.destinations, [](const auto& folder) {
             return PathSize::volumeBytes(folder).free;
         });
-    return lack ? std::optional(lack->localizedDescription()) : std::nullopt;
+    return lack ? std::optional(lack->text(plan.l10n())) : std::nullopt;
 }
 
 } // namespace slatewise::BatchObstacle

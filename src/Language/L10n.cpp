@@ -131,10 +131,6 @@ std::string L10n::sizeMismatch(Text source, Text copy) const {
                        : fmt::format("Size mismatch (source {}, copy {}).", source, copy);
 }
 
-std::string L10n::hashMismatch(Text file) const {
-    return fmt::format("{}: {}", text("Hash mismatch", "Hash uyuşmadı"), file);
-}
-
 std::string L10n::insufficientSpace(Text needed, Text free) const {
     return isTurkish() ? fmt::format("Hedefte yer yok (gerekli {}, boş {}).", needed, free)
                        : fmt::format("Not enough space on the destination (need {}, {} free).",

@@ -56,7 +56,6 @@ public:
     std::string cardHasNoUnit(Text card) const;
     std::string cardIsNoDestination(Text card) const;
     std::string sizeMismatch(Text source, Text copy) const;
-    std::string hashMismatch(Text file) const;
     std::string insufficientSpace(Text needed, Text free) const;
     std::string ejectFailed(Text name) const;
     /// Of a volume that was unmounted and may be unplugged.

@@ -1,6 +1,7 @@
 #include "Offload/CopyEngine.h"
 
 #include "Offload/CopyProgress.h"
+#include "Offload/FinalLook.h"
 #include "Offload/FolderTemplate.h"
 #include "Offload/MediaProbe.h"
 #include "Offload/OffloadError.h"
@@ -11,14 +12,9 @@
 #include "Platform/Text.h"
 
 #include <fcntl.h>
-#include <linux/magic.h>
-#include <sys/stat.h>
-#include <sys/vfs.h>
 
 #include <cerrno>
 #include <set>
-#include <system_error>
-#include <unordered_map>
 #include <unordered_set>
 
 namespace slatewise::CopyEngine {
@@ -40,21 +36,6 @@ FileCopyResult makeRow(const InventoryEntry& entry, RowAction action, VerifyStat
 
 bool isSkippedFile(const InventoryEntry& entry) {
     return !entry.isDirectory && !entry.shouldCopy;
-}
-
-/// The system's own words for these say nothing to a person.
-std::string reasonOf(int code) {
-    if (code == EEXIST)
-        return L10n::current().nameTaken();
-    if (code == EXDEV)
-        return L10n::current().otherVolumeThere();
-    return std::generic_category().message(code);
-}
-
-std::string reasonOf(const std::exception& failure) {
-    const auto* ofSystem = dynamic_cast<const PosixError*>(&failure);
-    const bool isOurs = ofSystem && (ofSystem->code() == EEXIST || ofSystem->code() == EXDEV);
-    return isOurs ? reasonOf(ofSystem->code()) : describe(failure);
 }
 
 void markFailed(FileCopyResult& row, VerifyStatus verifyStatus) {
@@ -159,28 +140,11 @@ private:
             formatsOf_ = request_.planFormats(*card_, entries_);
     }
 
-    /// Whether the file system itself made the folder when it was formatted, for itself alone. A
-    /// camera or a person may name a folder so too, and its footage counts.
-    bool isRepairFolder(const std::string& folder) const {
-        if (folder != "lost+found")
-            return false;
-        struct stat owner {};
-        struct statfs volume {};
-        try {
-            const auto opened = card_->open(folder, O_PATH | O_DIRECTORY);
-            // Of ext2, ext3 and ext4 alike.
-            return ::fstat(opened.get(), &owner) == 0 && owner.st_uid == 0 &&
-                   ::fstatfs(opened.get(), &volume) == 0 && volume.f_type == EXT4_SUPER_MAGIC;
-        } catch (const PosixError&) {
-            return false;
-        }
-    }
-
     /// Everything else is still copied and proved; only the word for all of it is lost.
     void noteUnreadable(const std::string& folder, int code) {
         foldersNotRead_.insert(folder);
-        const auto reason = reasonOf(code);
-        if (code == EACCES && isRepairFolder(folder)) {
+        const auto reason = reasonOf(code, words_);
+        if (code == EACCES && TreeWalker::isRepairFolder(*card_, folder)) {
             reportProblem({Kind::LostAndFoundNotRead, folder, reason});
             return;
         }
@@ -275,7 +239,7 @@ private:
             destination_->syncVolume();
         } catch (const PosixError& failure) {
             reportProblem(
-                {Kind::NothingReadBack, destination_->path().native(), describe(failure)});
+                {Kind::NothingReadBack, destination_->path().native(), describe(failure, words_)});
             return false;
         }
         if (!findsFoldersInPlace())
@@ -415,8 +379,7 @@ private:
         markFailed(row, VerifyStatus::Mismatch);
     }
 
-    /// Whether every copy lies under its name still: a proof says nothing of what became of the
-    /// file after it.
+    /// Whether every copy lies where it was written: a proof says nothing of what became of it.
     bool findsCopiesInPlace() {
         if (!sessionFolder_->isStillAtItsPath()) {
             reportProblem({Kind::CopyGone, sessionRoot_.native()});
@@ -424,7 +387,8 @@ private:
         }
         bool areThere = true;
         for (auto& row : results_) {
-            if (row.verifyStatus != VerifyStatus::Verified || isCopyThere(row))
+            if (row.verifyStatus != VerifyStatus::Verified ||
+                FinalLook::isInPlace(*sessionFolder_, row))
                 continue;
             reportProblem({Kind::CopyGone, row.relativePath});
             markFailed(row, VerifyStatus::Failed);
@@ -433,60 +397,30 @@ private:
         return areThere;
     }
 
-    bool isCopyThere(const FileCopyResult& row) const {
-        try {
-            const auto copy = sessionFolder_->attributes(row.relativePath);
-            return copy.type == FileSystem::ItemType::RegularFile &&
-                   copy.sizeBytes == row.sizeBytes;
-        } catch (const PosixError&) {
-            return false;
-        }
-    }
-
-    /// Looks through the card once more: a camera or a person may have gone on working with it, and
-    /// what was copied is then not what lies there. Inodes are not compared, since some file
-    /// systems number a file anew each time they meet it.
+    /// Whether what was read is what lies on the card.
     bool findsCardUnchanged() {
-        std::vector<InventoryEntry> now;
+        FinalLook::CardChanges changes;
         try {
-            now = TreeWalker::walk(*card_, request_.settings.skipNames(), {},
-                                   {.unreadable =
-                                        [this](const std::string& folder, int code) {
-                                            if (!foldersNotRead_.contains(folder))
-                                                noteUnreadable(folder, code);
-                                        },
-                                    .leadsOut = {}});
+            changes = FinalLook::findChanges(*card_, entries_, request_.settings.skipNames(),
+                                             [this](const std::string& folder, int code) {
+                                                 if (!foldersNotRead_.contains(folder))
+                                                     noteUnreadable(folder, code);
+                                             });
         } catch (const PosixError& failure) {
             reportFailure(Kind::FolderNotRead, card_->path(), failure);
             return false;
         }
-        std::unordered_map<std::string, const InventoryEntry*> found;
-        for (const auto& entry : now) {
-            if (entry.shouldCopy)
-                found.emplace(entry.relativePath, &entry);
-        }
-        std::set<std::string> changed;
-        for (const auto* before : copyList_) {
-            const auto match = found.find(before->relativePath);
-            if (match == found.end() || match->second->sizeBytes != before->sizeBytes ||
-                match->second->changes != before->changes)
-                changed.insert(before->relativePath);
-            if (match != found.end())
-                found.erase(match);
-        }
         for (auto& row : results_) {
-            if (changed.contains(row.relativePath))
+            if (changes.files.contains(row.relativePath))
                 markFailed(row, VerifyStatus::Failed);
         }
-        for (const auto& file : changed)
+        for (const auto& file : changes.files)
             reportProblem({Kind::CardChanged, file});
-        for (const auto& entry : now) {
-            if (!found.contains(entry.relativePath))
-                continue;
+        for (const auto& entry : changes.newcomers) {
             reportProblem({Kind::CameMeanwhile, entry.relativePath});
             results_.push_back(makeRow(entry, RowAction::Fail, VerifyStatus::Failed));
         }
-        return changed.empty() && found.empty();
+        return changes.isEmpty();
     }
 
     // Around all of it
@@ -559,7 +493,7 @@ private:
         if (dynamic_cast<const CancellationError*>(&failure))
             log("Stopped at " + Text::displayable(file));
         else
-            reportProblem({kind, file, reasonOf(failure)});
+            reportProblem({kind, file, describe(failure, words_)});
     }
 
     void throwIfCancelled() const {
@@ -570,6 +504,8 @@ private:
     const Request& request_;
     const Observer& observer_;
     const std::stop_token stop_;
+    /// Of the reasons in the problems.
+    const L10n words_{request_.language};
     const std::shared_ptr<const RootFolder> card_;
     const std::shared_ptr<const RootFolder> destination_;
     /// Relative to the destination.

@@ -29,6 +29,8 @@ struct Request {
     std::shared_ptr<const RootFolder> cardFolder{};
     std::shared_ptr<const RootFolder> destinationFolder{};
     OffloadSettings settings;
+    /// Of the reasons in the outcome's problems.
+    AppLanguage language = AppLanguage::English;
     std::string camera;
     std::string ekip;
     Uuid sessionID;

@@ -1,8 +1,10 @@
 #include "Offload/OffloadError.h"
 
-#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Platform/Text.h"
+
+#include <cerrno>
+#include <system_error>
 
 namespace slatewise {
 
@@ -13,9 +15,6 @@ struct Describe {
 
     std::string operator()(const OffloadError::SizeMismatch& sizes) const {
         return texts.sizeMismatch(std::to_string(sizes.source), std::to_string(sizes.copied));
-    }
-    std::string operator()(const OffloadError::HashMismatch& mismatch) const {
-        return texts.hashMismatch(mismatch.path);
     }
     std::string operator()(const OffloadError::InsufficientSpace& space) const {
         return texts.insufficientSpace(PathSize::format(space.needed, texts.language()),
@@ -33,21 +32,34 @@ struct Describe {
     std::string operator()(const OffloadError::MissingSelection&) const {
         return std::string(texts.missingSelection());
     }
-    std::string operator()(const OffloadError::MissingUnit&) const {
-        return std::string(texts.missingUnit());
-    }
-    std::string operator()(const OffloadError::NotAppleSilicon&) const {
-        return std::string(texts.notAppleSilicon());
-    }
-    std::string operator()(const OffloadError::Cancelled&) const {
-        return std::string(texts.cancelled());
-    }
 };
 
 } // namespace
 
+std::string OffloadError::text(L10n l10n) const {
+    return std::visit(Describe{l10n}, reason_);
+}
+
 std::string OffloadError::localizedDescription() const {
-    return std::visit(Describe{L10n::current()}, reason_);
+    return text(L10n::current());
+}
+
+std::string describe(const std::exception& failure, L10n l10n) {
+    if (const auto* ours = dynamic_cast<const OffloadError*>(&failure))
+        return ours->text(l10n);
+    const auto* ofSystem = dynamic_cast<const PosixError*>(&failure);
+    const bool hasClearWords =
+        !ofSystem || (ofSystem->code() != EEXIST && ofSystem->code() != EXDEV);
+    return hasClearWords ? describe(failure)
+                         : ofSystem->subject() + ": " + reasonOf(ofSystem->code(), l10n);
+}
+
+std::string reasonOf(int code, L10n l10n) {
+    if (code == EEXIST)
+        return l10n.nameTaken();
+    if (code == EXDEV)
+        return l10n.otherVolumeThere();
+    return std::generic_category().message(code);
 }
 
 } // namespace slatewise

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Language/L10n.h"
 #include "Platform/Error.h"
 
 #include <cstdint>
@@ -14,9 +15,6 @@ public:
     /// Byte counts of the source as it stands now and of the copy.
     struct SizeMismatch {
         std::int64_t source, copied;
-    };
-    struct HashMismatch {
-        std::string path;
     };
     /// Byte counts.
     struct InsufficientSpace {
@@ -34,17 +32,15 @@ public:
         std::string pathTemplate;
     };
     struct MissingSelection {};
-    struct MissingUnit {};
-    struct NotAppleSilicon {};
-    struct Cancelled {};
 
-    using Reason =
-        std::variant<SizeMismatch, HashMismatch, InsufficientSpace, CardGone, DiskReplaced,
-                     TemplateLeadsOut, MissingSelection, MissingUnit, NotAppleSilicon, Cancelled>;
+    using Reason = std::variant<SizeMismatch, InsufficientSpace, CardGone, DiskReplaced,
+                                TemplateLeadsOut, MissingSelection>;
 
     explicit OffloadError(Reason reason) : Error("offload failed"), reason_(std::move(reason)) {}
 
     const Reason& reason() const noexcept { return reason_; }
+
+    std::string text(L10n l10n) const;
 
     /// In the language that is stored at the moment of asking.
     std::string localizedDescription() const override;
@@ -52,5 +48,12 @@ public:
 private:
     Reason reason_;
 };
+
+/// What a person should read about any failure of an offload. What the system's own words would
+/// leave unclear has better ones; all else is told as `describe` of the failure alone tells it.
+std::string describe(const std::exception& failure, L10n l10n);
+
+/// The same of an errno value, without the file that it is about.
+std::string reasonOf(int code, L10n l10n);
 
 } // namespace slatewise

@@ -20,7 +20,9 @@ OffloadProblem::Severity OffloadProblem::severity() const {
 }
 
 std::string OffloadProblem::text(L10n l10n) const {
-    const auto about = Text::displayable(subject);
+    // A line that people read cannot be as long as a path may be.
+    constexpr std::size_t kLongest = 240;
+    const auto about = Text::shortened(Text::displayable(subject), kLongest);
     switch (kind) {
     case Kind::CopyStopped:
         return l10n.copyStopped(about, reason);

@@ -6,6 +6,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -183,6 +186,21 @@ bool shouldSkip(std::string_view relative, std::string_view name, const SkipName
         relative.remove_prefix(std::min(end + 1, relative.size()));
     }
     return false;
+}
+
+bool isRepairFolder(const RootFolder& root, const std::string& relative) {
+    if (relative != "lost+found")
+        return false;
+    struct stat owner {};
+    struct statfs volume {};
+    try {
+        const auto folder = root.open(relative, O_PATH | O_DIRECTORY);
+        // The number is that of ext2, ext3 and ext4 alike.
+        return ::fstat(folder.get(), &owner) == 0 && owner.st_uid == 0 &&
+               ::fstatfs(folder.get(), &volume) == 0 && volume.f_type == EXT4_SUPER_MAGIC;
+    } catch (const PosixError&) {
+        return false;
+    }
 }
 
 std::optional<std::string> normalizeSkipName(std::string_view raw) {

@@ -49,6 +49,10 @@ std::vector<InventoryEntry> walk(const RootFolder& root, const SkipNames& skipNa
 /// Whether the item is left out: by its own name, or by a folder's name on its way.
 bool shouldSkip(std::string_view relative, std::string_view name, const SkipNames& skipNames);
 
+/// Whether the file system itself made the folder when it was formatted, for what it finds when it
+/// is repaired. A camera or a person may name a folder so too, and its footage counts. Never fails.
+bool isRepairFolder(const RootFolder& root, const std::string& relative);
+
 /// The name in what a user typed, who may have typed a path. Empty when there is none.
 std::optional<std::string> normalizeSkipName(std::string_view raw);
 

@@ -17,7 +17,8 @@ public:
 };
 
 /// A system call that failed. Described as "<operation> <path>: <reason>",
-/// for instance "write /media/X/A001.MOV: No space left on device".
+/// for instance "write /media/X/A001.MOV: No space left on device". Of a very long path the middle
+/// is left out.
 class PosixError : public Error {
 public:
     /// `code` is an errno value. The path may be any bytes; the description is valid UTF-8.
@@ -25,7 +26,11 @@ public:
 
     int code() const noexcept { return code_; }
 
+    /// The path as it stands in the description.
+    const std::string& subject() const noexcept { return subject_; }
+
 private:
+    std::string subject_;
     int code_;
 };
 

@@ -372,7 +372,8 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
          },
          "The copy of " + session.native() + " is no longer where it was written."},
         {false, [&] { writeFile(session / "DCIM/b", "a stranger's"); },
-         "Copying stopped at DCIM/b: another file of that name stands on this disk"},
+         "Copying stopped at DCIM/b: " + (session / "DCIM/b").native() +
+             ": another file of that name stands on this disk"},
     };
     for (const auto* name : {"DCIM/a", "DCIM/b"})
         writeFile(card / name, "content");
@@ -434,6 +435,10 @@ TEST_F(CopyEngineTest, LongNamesAndDeepTrees) {
     tooDeep /= std::string(PATH_MAX - 2 - (card / tooDeep).native().size(), 'z');
     writeFile(card / tooDeep, "deep");
     EXPECT_EQ(verdicts(run())[tooDeep], "COPY/verified") << "too long a path for who uses paths";
+    const OffloadProblem ofIt{OffloadProblem::Kind::CopyStopped, tooDeep,
+                              describe(PosixError("open", card / tooDeep, ENOSPC))};
+    EXPECT_LT(ofIt.text(L10n(AppLanguage::English)).size(), 600u) << "a line for people";
+    EXPECT_THAT(ofIt.text(L10n(AppLanguage::Turkish)), HasSubstr("eee…zzz"));
     test::run({"rm", "-r", card / *tooDeep.begin(), destination / "session"});
 
     constexpr int kLevels = 1005;

@@ -299,12 +299,24 @@ TEST(OtherVolume, BelowACardOrADiskIsNotTakenForIt) {
         EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
         EXPECT_THAT(record.problems,
                     ::testing::ElementsAre(HasSubstr("another disk is mounted there")));
+        if (isOnCard)
+            continue;
+        auto request = requestFor(card.path(), destination.path());
+        request.settings.folderTemplate = "session/DCIM/new";
+        try {
+            CopyEngine::run(request, {}, {});
+            ADD_FAILURE() << "a session on the other volume";
+        } catch (const std::exception& failure) {
+            EXPECT_EQ(describe(failure, L10n(AppLanguage::Turkish)),
+                      (destination / "session/DCIM").native() +
+                          ": orada başka bir disk bağlı ya da bir bağlantı dışarı çıkıyor");
+        }
     }
 }
 
 TEST(DiskWithoutCase, NamesThatBecomeOneFailTheRun) {
     const std::vector<std::pair<std::vector<const char*>, const char*>> cases = {
-        {{"A.txt", "a.txt"}, "a.txt: another file of that name stands on this disk"},
+        {{"A.txt", "a.txt"}, "a.txt: bu diskte aynı adla başka bir dosya duruyor"},
         {{"CLIP/1", "clip/2"}, "Two folders of the card are one folder on this disk: clip"},
     };
     const MountedVolume disk(Volume::ExFat, 64 * kMiB);
@@ -312,9 +324,10 @@ TEST(DiskWithoutCase, NamesThatBecomeOneFailTheRun) {
         const TemporaryFolder card;
         for (const auto* name : names)
             writeFile(card / name, name);
+        auto request = requestFor(card.path(), disk.path());
+        request.language = AppLanguage::Turkish;
         RunRecord record;
-        const auto outcome =
-            CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
+        const auto outcome = CopyEngine::run(request, record.observer(), {});
         EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
         EXPECT_THAT(record.problems, ::testing::Contains(HasSubstr(problem)));
     }
