@@ -14,8 +14,9 @@
 namespace slatewise::MediaHashList {
 
 /// The formats that a generation may hold, in the order in which they stand there.
-inline constexpr std::array kHashFormats = {HashFormat::C4, HashFormat::MD5, HashFormat::SHA1,
-                                            HashFormat::XXH128, HashFormat::XXH64};
+inline constexpr std::array kHashFormats = {HashFormat::C4,   HashFormat::MD5,
+                                            HashFormat::SHA1, HashFormat::XXH128,
+                                            HashFormat::XXH3, HashFormat::XXH64};
 
 /// What a generation says of a value.
 enum class HashAction {

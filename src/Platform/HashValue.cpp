@@ -29,6 +29,7 @@ std::size_t byteCount(HashFormat format) {
         return 20;
     case HashFormat::SHA256:
         return 32;
+    case HashFormat::XXH3:
     case HashFormat::XXH64:
         return 8;
     }
@@ -110,6 +111,9 @@ struct Hasher::State {
         if (format == HashFormat::XXH128) {
             xxh3 = XXH3_createState();
             isReady = xxh3 && XXH3_128bits_reset(xxh3) == XXH_OK;
+        } else if (format == HashFormat::XXH3) {
+            xxh3 = XXH3_createState();
+            isReady = xxh3 && XXH3_64bits_reset(xxh3) == XXH_OK;
         } else if (format == HashFormat::XXH64) {
             xxh64 = XXH64_createState();
             isReady = xxh64 && XXH64_reset(xxh64, 0) == XXH_OK;
@@ -142,7 +146,9 @@ void Hasher::update(std::span<const std::byte> bytes) {
     if (bytes.empty())
         return;
     bool isDone = false;
-    if (state_->xxh3)
+    if (state_->format == HashFormat::XXH3)
+        isDone = XXH3_64bits_update(state_->xxh3, bytes.data(), bytes.size()) == XXH_OK;
+    else if (state_->xxh3)
         isDone = XXH3_128bits_update(state_->xxh3, bytes.data(), bytes.size()) == XXH_OK;
     else if (state_->xxh64)
         isDone = XXH64_update(state_->xxh64, bytes.data(), bytes.size()) == XXH_OK;
@@ -153,6 +159,11 @@ void Hasher::update(std::span<const std::byte> bytes) {
 }
 
 std::string Hasher::finish() {
+    if (state_->format == HashFormat::XXH3) {
+        XXH64_canonical_t canonical;
+        XXH64_canonicalFromHash(&canonical, XXH3_64bits_digest(state_->xxh3));
+        return hex(view(canonical));
+    }
     if (state_->xxh3) {
         XXH128_canonical_t canonical;
         XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(state_->xxh3));

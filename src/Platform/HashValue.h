@@ -13,10 +13,10 @@
 namespace slatewise {
 
 /// The kinds of values that are computed of a file's bytes.
-enum class HashFormat { C4, MD5, SHA1, SHA256, XXH128, XXH64 };
+enum class HashFormat { C4, MD5, SHA1, SHA256, XXH128, XXH3, XXH64 };
 
-constexpr std::array<std::string_view, 6> rawWords(HashFormat) {
-    return {"c4", "md5", "sha1", "sha256", "xxh128", "xxh64"};
+constexpr std::array<std::string_view, 7> rawWords(HashFormat) {
+    return {"c4", "md5", "sha1", "sha256", "xxh128", "xxh3", "xxh64"};
 }
 
 /// A value of one format: a C4 ID, or lower-case hexadecimal digits.

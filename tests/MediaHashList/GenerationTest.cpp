@@ -96,6 +96,7 @@ TEST(MediaHashListTest, ValuesAreThoseThatOthersCompute) {
         {HashFormat::MD5, "hello", "5d41402abc4b2a76b9719d911017c592"},
         {HashFormat::SHA1, "hello", "aaf4c61ddcc5e8a2dabede0f3b482cd9aea9434d"},
         {HashFormat::XXH64, "", "ef46db3751d8e999"},
+        {HashFormat::XXH3, "", "2d06800538d394c2"},
     };
     for (const auto& each : cases) {
         EXPECT_EQ(hashOf(each.format, each.bytes), each.value);
