@@ -20,9 +20,10 @@ inline constexpr std::array kHashFormats = {HashFormat::C4,   HashFormat::MD5,
 
 /// What a generation says of a value.
 enum class HashAction {
-    /// The history sees the file for the first time.
+    /// The history sees the file for the first time, or never had a value that proved it.
     Original,
-    /// The same as in an earlier generation, or proved beside a value that is.
+    /// The same as in an earlier generation, or of a format that is new to a file of which the
+    /// known format is held against the earlier one beside it.
     Verified,
     /// An earlier generation has another value.
     Failed,
@@ -56,6 +57,8 @@ struct HashedFile {
     std::optional<Instant> modified;
     /// One for each format.
     std::vector<FileValue> values;
+    /// Under which earlier generations have it, when it was renamed; else empty.
+    std::string previousPath{};
 
     friend bool operator==(const HashedFile&, const HashedFile&) = default;
 };

@@ -130,6 +130,8 @@ HashedFile readFile(QXmlStreamReader& xml) {
                 file.sizeBytes = size;
             file.modified = date(attributes, "lastmodificationdate");
             file.path = text(xml);
+        } else if (name == "previousPath") {
+            file.previousPath = downwardPath(text(xml));
         } else if (format) {
             const auto action = attributes.value("action").toString().toStdString();
             file.values.push_back({.format = *format,

@@ -88,6 +88,7 @@ void write(QXmlStreamWriter& xml, const HashedFile& file) {
         xml.writeCharacters(qt(value.value));
         xml.writeEndElement();
     });
+    writeOptional(xml, "previousPath", file.previousPath);
     xml.writeEndElement();
 }
 

@@ -35,17 +35,32 @@ const FileValue* valueIn(const std::vector<FileValue>& values, HashFormat format
     return found == values.end() ? nullptr : &*found;
 }
 
-/// A format that is new to a file is proved by one that is not.
+/// A format that is new to a file stands beside one that is not, which says whether it is the same.
 HashAction actionOf(const FileValue& value, const std::vector<FileValue>& earlier) {
+    if (earlier.empty())
+        return HashAction::Original;
     const auto* known = valueIn(earlier, value.format);
-    if (!known)
-        return HashAction::Verified;
-    return known->value == value.value ? HashAction::Verified : HashAction::Failed;
+    return !known || known->value == value.value ? HashAction::Verified : HashAction::Failed;
 }
 
 bool hasFailed(const HashedFile& file) {
     return std::any_of(file.values.begin(), file.values.end(),
                        [](const auto& value) { return value.action == HashAction::Failed; });
+}
+
+/// Values go where their file went. All are taken before any is put down: two files may have
+/// changed names with each other.
+void followRenames(const Generation& generation, KnownValues& known) {
+    KnownValues moved;
+    for (const auto& file : generation.files) {
+        const auto earlier = known.find(file.previousPath);
+        if (earlier == known.end() || file.previousPath == file.path)
+            continue;
+        moved.insert_or_assign(file.path, std::move(earlier->second));
+        known.erase(earlier);
+    }
+    for (auto& [path, values] : moved)
+        known.insert_or_assign(path, std::move(values));
 }
 
 /// Reads with `parse`, whose complaints then name the list.
@@ -83,10 +98,14 @@ History History::load(const RootFolder& root, std::filesystem::path below) {
 KnownValues History::known() const {
     KnownValues known;
     for (const auto& generation : generations_) {
+        followRenames(generation, known);
         for (const auto& file : generation.files) {
             auto& values = known[file.path];
+            // What stands beside a value that failed was computed of other bytes.
+            if (hasFailed(file))
+                continue;
             for (const auto& value : file.values) {
-                if (!valueIn(values, value.format) && value.action != HashAction::Failed)
+                if (!valueIn(values, value.format))
                     values.push_back(value);
             }
         }
@@ -103,9 +122,9 @@ void History::judge(Generation& next) const {
         if (hasFailed(file))
             continue;
         const auto found = earlier.find(file.path);
+        const auto values = found == earlier.end() ? std::vector<FileValue>() : found->second;
         for (auto& value : file.values)
-            value.action =
-                found == earlier.end() ? HashAction::Original : actionOf(value, found->second);
+            value.action = actionOf(value, values);
     }
 }
 

@@ -156,17 +156,24 @@ TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
     const auto root = folder / "A001 ğ";
     std::filesystem::create_directory(root);
     const RootFolder handle(root);
-    auto older = generationOf({{"same", "1"}, {"other", "2"}}, {HashFormat::MD5});
+    auto older = generationOf({{"bad", "5"}, {"old", "4"}, {"other", "2"}, {"same", "1"}},
+                              {HashFormat::MD5});
+    older.files.front().values.front().action = HashAction::Failed;
     History(handle).append(older);
     auto history = History::load(handle);
-    auto next = generationOf({{"same", "1"}, {"other", "changed"}, {"new", "3"}},
-                             {HashFormat::MD5, HashFormat::XXH128});
+    auto renamed = generationOf({{"moved", "4"}}, {HashFormat::XXH3});
+    renamed.files.front().previousPath = "old";
+    history.append(renamed);
+    history = History::load(handle);
+    auto next = generationOf(
+        {{"bad", "5"}, {"moved", "4"}, {"new", "3"}, {"other", "changed"}, {"same", "1"}},
+        {HashFormat::MD5, HashFormat::XXH128});
     history.judge(next);
     history.append(next);
     history.append(next);
 
     const auto read = History::load(handle);
-    ASSERT_EQ(read.generations().size(), 3U);
+    ASSERT_EQ(read.generations().size(), 4U);
     EXPECT_EQ(read.generations().back(), next);
     std::map<std::string, std::vector<std::string>> actions;
     for (const auto& file : next.files) {
@@ -175,9 +182,11 @@ TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
     }
     EXPECT_THAT(actions["same"], ::testing::ElementsAre("verified", "verified"));
     EXPECT_THAT(actions["other"], ::testing::ElementsAre("failed", "verified"));
+    EXPECT_THAT(actions["bad"], ::testing::ElementsAre("original", "original"));
+    EXPECT_THAT(actions["moved"], ::testing::ElementsAre("verified", "verified"));
     EXPECT_THAT(actions["new"], ::testing::ElementsAre("original", "original"));
     expectValid(root / "ascmhl/ascmhl_chain.xml", "ASCMHLDirectory.xsd");
-    EXPECT_TRUE(std::filesystem::exists(root / "ascmhl/0003_A001 ğ_2026-03-01_120000Z.mhl"));
+    EXPECT_TRUE(std::filesystem::exists(root / "ascmhl/0004_A001 ğ_2026-03-01_120000Z.mhl"));
 
     writeFile(root / "ascmhl/0002_A001 ğ_2026-03-01_120000Z.mhl", writeGeneration(older));
     EXPECT_THROW((void)History::load(handle), ListError) << "not what the chain names";
