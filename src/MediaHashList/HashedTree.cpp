@@ -90,6 +90,8 @@ private:
         next.creator = tree_.creator;
         next.process = tree_.process;
         next.ignored = tree_.ignored;
+        if (const auto own = tree_.ignoredBelow.find(folder); own != tree_.ignoredBelow.end())
+            next.ignored.insert(next.ignored.end(), own->second.begin(), own->second.end());
         FolderHashes hashes(HashFormat::XXH128);
         takeFiles(folder, share, next, hashes);
         takeNested(folder, next, hashes);

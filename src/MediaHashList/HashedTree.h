@@ -5,18 +5,24 @@
 #include "Platform/Files/RootFolder.h"
 
 #include <filesystem>
+#include <map>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace slatewise::MediaHashList {
 
+/// Patterns by the folder of their history, "" for the root, below which alone they count.
+using IgnoredBelow = std::map<std::string, std::vector<std::string>>;
+
 /// A tree as it was found at one time: what becomes the next generation of its history, and of
 /// every history that lies further down in it. Paths are below its root.
 struct HashedTree {
     Creator creator;
     Process process = Process::InPlace;
+    /// Of every history, and of some.
     std::vector<std::string> ignored;
+    IgnoredBelow ignoredBelow{};
     /// Those whose xxh128 is known. One that is said to have failed is listed where a history knows
     /// it.
     std::vector<HashedFile> files;

@@ -2,6 +2,7 @@
 
 #include "MediaHashList/Generation.h"
 #include "MediaHashList/History.h"
+#include "Platform/Text.h"
 
 #include <fnmatch.h>
 
@@ -24,26 +25,52 @@ std::string patternOf(std::string_view name) {
     return pattern;
 }
 
-bool matches(const std::string& pattern, std::string_view text) {
-    return ::fnmatch(pattern.c_str(), std::string(text).c_str(), FNM_PATHNAME) == 0;
-}
+/// As many folders as there are, none included; at a pattern's end, all that lies in a folder.
+constexpr std::string_view kAnyDepth = "**";
 
 /// A pattern with a slash in it is of whole paths, another of names anywhere.
-bool isOf(std::string pattern, std::string_view path) {
+std::vector<std::string> partsOf(std::string_view pattern) {
     if (pattern.ends_with('/'))
-        pattern.pop_back();
-    const bool isOfPaths = pattern.find('/') != std::string::npos;
-    if (pattern.starts_with('/'))
-        pattern.erase(0, 1);
-    std::size_t start = 0;
-    for (auto end = path.find('/');; end = path.find('/', end + 1)) {
-        const auto way = path.substr(0, end);
-        if (matches(pattern, isOfPaths ? way : way.substr(start)))
+        pattern.remove_suffix(1);
+    std::vector<std::string> parts;
+    if (pattern.empty())
+        return parts;
+    if (pattern.find('/') == std::string_view::npos)
+        parts.emplace_back(kAnyDepth);
+    for (const auto part : Text::pieces(pattern, '/'))
+        parts.emplace_back(part);
+    return parts;
+}
+
+/// Goes through all ways of laying the pattern over the path at once, since trying them in turn can
+/// take forever.
+bool isOf(const std::string& pattern, std::string_view path) {
+    const auto parts = partsOf(pattern);
+    const auto isAnyDepth = [&](std::size_t at) {
+        return at < parts.size() && parts[at] == kAnyDepth;
+    };
+    std::vector<bool> reached(parts.size() + 1);
+    const auto reach = [&](std::vector<bool>& places, std::size_t at) {
+        places[at] = true;
+        for (; isAnyDepth(at) && at + 1 < parts.size(); ++at)
+            places[at + 1] = true;
+    };
+    reach(reached, 0);
+    for (const auto name : Text::pieces(path, '/')) {
+        std::vector<bool> next(reached.size());
+        for (std::size_t at = 0; at < parts.size(); ++at) {
+            if (!reached[at])
+                continue;
+            if (isAnyDepth(at))
+                reach(next, at + 1 < parts.size() ? at : at + 1);
+            else if (::fnmatch(parts[at].c_str(), std::string(name).c_str(), 0) == 0)
+                reach(next, at + 1);
+        }
+        if (next.back())
             return true;
-        if (end == std::string_view::npos)
-            return false;
-        start = end + 1;
+        reached = std::move(next);
     }
+    return false;
 }
 
 } // namespace

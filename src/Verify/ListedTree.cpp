@@ -132,9 +132,11 @@ void addHistory(const RootFolder& root, const std::string& folder, ListedTree& t
         for (const auto& value : values)
             expect(expected, value.format, value.value);
     }
+    auto& ignored = tree.ignored[folder];
     for (const auto& generation : history.generations())
-        tree.ignored.insert(tree.ignored.end(), generation.ignored.begin(),
-                            generation.ignored.end());
+        ignored.insert(ignored.end(), generation.ignored.begin(), generation.ignored.end());
+    std::sort(ignored.begin(), ignored.end());
+    ignored.erase(std::unique(ignored.begin(), ignored.end()), ignored.end());
     // It grows with each generation, whatever a list of the day before says of it. Reading it has
     // shown that it holds together.
     tree.files.erase(lists + "/" + std::string(MediaHashList::kChainName));
@@ -146,8 +148,6 @@ void addHistories(ListedTree& tree) {
     tree.withHistory = MediaHashList::foldersWithHistory(TreeWalker::walk(root, {}));
     for (const auto& folder : tree.withHistory)
         addHistory(root, folder, tree);
-    std::sort(tree.ignored.begin(), tree.ignored.end());
-    tree.ignored.erase(std::unique(tree.ignored.begin(), tree.ignored.end()), tree.ignored.end());
 }
 
 void addReports(const std::filesystem::path& folder, ListedTree& tree) {

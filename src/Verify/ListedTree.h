@@ -1,5 +1,6 @@
 #pragma once
 
+#include "MediaHashList/HashedTree.h"
 #include "Platform/HashValue.h"
 
 #include <filesystem>
@@ -22,8 +23,8 @@ struct ListedTree {
     std::vector<std::filesystem::path> lists;
     /// By path below the root, as bytes.
     std::map<std::string, Expected> files;
-    /// Patterns of what no list was to hold.
-    std::vector<std::string> ignored;
+    /// Patterns of what no list was to hold, by the folder below which they count.
+    MediaHashList::IgnoredBelow ignored;
     /// Folders that have a history, "" for the root; inner ones first.
     std::vector<std::string> withHistory;
 };

@@ -28,6 +28,15 @@ bool passesLink(const std::filesystem::path& root, const std::string& path) {
     return false;
 }
 
+/// Patterns are of paths below the folder of their history.
+bool isIgnoredBelow(const std::string& folder, std::string_view path,
+                    std::span<const std::string> patterns) {
+    if (folder.empty())
+        return MediaHashList::isIgnored(path, patterns);
+    return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/' &&
+           MediaHashList::isIgnored(path.substr(folder.size() + 1), patterns);
+}
+
 SkipNames withHistories(SkipNames names) {
     names.emplace(MediaHashList::kHistoryFolder);
     return names;
@@ -79,7 +88,9 @@ private:
     /// What systems leave behind on a disk, and the lists themselves, are no additions.
     bool isLeftOut(const std::string& path) const {
         return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1), skipNames_) ||
-               MediaHashList::isIgnored(path, tree_.ignored);
+               std::any_of(tree_.ignored.begin(), tree_.ignored.end(), [&](const auto& each) {
+                   return isIgnoredBelow(each.first, path, each.second);
+               });
     }
 
     void checkFile(const std::string& path, const Expected& expected) {
@@ -202,18 +213,22 @@ std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) 
     hashed.creator = MediaHashList::creatorHere();
     hashed.process = MediaHashList::Process::InPlace;
     hashed.ignored = MediaHashList::ignorePatterns(TreeWalker::defaultSkipNames());
-    for (const auto& pattern : tree.ignored) {
-        if (std::find(hashed.ignored.begin(), hashed.ignored.end(), pattern) ==
-            hashed.ignored.end())
-            hashed.ignored.push_back(pattern);
-    }
-    // A name that systems leave behind may have been wanted here.
-    std::erase_if(hashed.ignored, [&](const std::string& pattern) {
+    const auto isWanted = [&](const std::string& folder, const std::string& pattern) {
         return std::any_of(hashed.files.begin(), hashed.files.end(), [&](const auto& file) {
             return !MediaHashList::isOfHistory(file.path) &&
-                   MediaHashList::isIgnored(file.path, {&pattern, 1});
+                   isIgnoredBelow(folder, file.path, {&pattern, 1});
         });
-    });
+    };
+    // A name that systems leave behind may have been wanted here.
+    std::erase_if(hashed.ignored, [&](const auto& pattern) { return isWanted("", pattern); });
+    hashed.ignoredBelow = tree.ignored;
+    for (auto& [folder, patterns] : hashed.ignoredBelow) {
+        std::erase_if(patterns, [&](const std::string& pattern) {
+            return std::find(hashed.ignored.begin(), hashed.ignored.end(), pattern) !=
+                       hashed.ignored.end() ||
+                   isWanted(folder, pattern);
+        });
+    }
     return MediaHashList::addGenerations(RootFolder(tree.root), {}, hashed, tree.withHistory)
         .leftOut;
 }

@@ -287,11 +287,24 @@ TEST(MediaHashListTest, PatternsSayWhatIsLeftOut) {
         bool isIgnored;
     };
     const Case cases[] = {
-        {".DS_Store", "a/.DS_Store", true}, {"tmp/", "a/tmp/b", true},
-        {"/tmp", "a/tmp", false},           {"/tmp", "tmp/a", true},
-        {"a/*.bak", "a/b.bak", true},       {"a/*.bak", "b.bak", false},
-        {"*.bak", "a/b.bak", true},         {"!*.bak", "a/b.bak", false},
-        {"ascmhl", "a/ascmhl2", false},     {"._*", "a/._b", true},
+        {".DS_Store", "a/.DS_Store", true},
+        {"tmp/", "a/tmp/b", true},
+        {"/tmp", "a/tmp", false},
+        {"/tmp", "tmp/a", true},
+        {"a/*.bak", "a/b.bak", true},
+        {"a/*.bak", "b.bak", false},
+        {"*.bak", "a/b.bak", true},
+        {"!*.bak", "a/b.bak", false},
+        {"ascmhl", "a/ascmhl2", false},
+        {"._*", "a/._b", true},
+        {"**/b", "b", true},
+        {"**/b/c", "a/a/b/c", true},
+        {"a/**", "a", false},
+        {"a/**", "a/b/c", true},
+        {"a/**/b", "a/b", true},
+        {"a/**/b", "a/c/d/b", true},
+        {"a/**/b", "c/b", false},
+        {"/", "a", false},
     };
     for (const auto& each : cases)
         EXPECT_EQ(isIgnored(each.path, {&each.pattern, 1}), each.isIgnored)
