@@ -74,6 +74,30 @@ auto parsed(const RootFolder& root, const std::filesystem::path& list, std::stri
     }
 }
 
+/// In the order of their names, which begin with their numbers. Nothing vouches for them.
+std::vector<ChainLink> unchainedLists(const RootFolder& folder) {
+    std::vector<ChainLink> links;
+    for (const auto& name : folder.names()) {
+        if (name.ends_with(".mhl"))
+            links.push_back({static_cast<int>(links.size()) + 1, name, {}});
+    }
+    return links;
+}
+
+/// Whether a generation is the one that its chain names and that another list refers to.
+bool isThere(const RootFolder& root, const std::filesystem::path& list, const std::string& c4) {
+    try {
+        const auto chain = readChain(readList(root, list.parent_path() / kChainName));
+        return std::any_of(chain.begin(), chain.end(),
+                           [&](const ChainLink& link) {
+                               return link.fileName == list.filename() && link.c4 == c4;
+                           }) &&
+               hashOf(HashFormat::C4, readList(root, list)) == c4;
+    } catch (const Error&) {
+        return false;
+    }
+}
+
 } // namespace
 
 std::string readList(const RootFolder& root, const std::filesystem::path& file) {
@@ -81,16 +105,30 @@ std::string readList(const RootFolder& root, const std::filesystem::path& file) 
 }
 
 History History::load(const RootFolder& root, std::filesystem::path below) {
+    return loadReadable(root, std::move(below), [](const auto&, const Error&) { throw; });
+}
+
+History History::loadReadable(const RootFolder& root, std::filesystem::path below,
+                              const Complaint& complain) {
     History history(root, std::move(below));
     const auto folder = history.below_ / kHistoryFolder;
     const auto chain = folder / kChainName;
-    history.chain_ = parsed(root, chain, readList(root, chain), readChain);
+    try {
+        history.chain_ = parsed(root, chain, readList(root, chain), readChain);
+    } catch (const Error& failure) {
+        complain(root.path() / chain, failure);
+        history.chain_ = unchainedLists(root.below(folder));
+    }
     for (const auto& link : history.chain_) {
         const auto list = folder / link.fileName;
-        const auto text = readList(root, list);
-        if (hashOf(HashFormat::C4, text) != link.c4)
-            throw ListError(ListError::Reason::NotTheChains, {}, root.path() / list);
-        history.generations_.push_back(parsed(root, list, text, readGeneration));
+        try {
+            const auto text = readList(root, list);
+            if (!link.c4.empty() && hashOf(HashFormat::C4, text) != link.c4)
+                throw ListError(ListError::Reason::NotTheChains, {}, root.path() / list);
+            history.generations_.push_back(parsed(root, list, text, readGeneration));
+        } catch (const Error& failure) {
+            complain(root.path() / list, failure);
+        }
     }
     return history;
 }
@@ -111,6 +149,19 @@ KnownValues History::known() const {
         }
     }
     return known;
+}
+
+std::vector<std::string> History::brokenReferences() const {
+    std::vector<std::string> broken;
+    for (const auto& generation : generations_) {
+        for (const auto& reference : generation.references) {
+            const auto path = below_ / reference.path;
+            if (!isThere(*root_, path, reference.c4) &&
+                std::find(broken.begin(), broken.end(), path) == broken.end())
+                broken.push_back(path);
+        }
+    }
+    return broken;
 }
 
 void History::judge(Generation& next) const {

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "MediaHashList/Generation.h"
+#include "Platform/Error.h"
 #include "Platform/Files/RootFolder.h"
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -33,9 +35,21 @@ public:
     /// with `ListError`, too.
     static History load(const RootFolder& root, std::filesystem::path below = {});
 
+    /// Why a list is not to be relied on. Called while the failure is being handled.
+    using Complaint = std::function<void(const std::filesystem::path& list, const Error& failure)>;
+
+    /// As `load`, with what can be had: a damaged list is told and passed over. Where it is the
+    /// chain, every list that lies there is taken.
+    static History loadReadable(const RootFolder& root, std::filesystem::path below,
+                                const Complaint& complain);
+
     const std::vector<Generation>& generations() const { return generations_; }
 
     KnownValues known() const;
+
+    /// The lists of histories further down that a generation refers to, but which are not there,
+    /// are not in their chain or have other bytes than it says; each once, below `root`.
+    std::vector<std::string> brokenReferences() const;
 
     /// Says of each value of a generation that is to follow what it is to this history. A file
     /// whose earlier values are of other formats must have one of these too. What is said to have

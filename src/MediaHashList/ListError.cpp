@@ -19,6 +19,10 @@ std::string_view sentence(ListError::Reason reason, L10n l10n) {
         return l10n.notAChecksum();
     case Reason::NotTheChains:
         return l10n.notTheListOfTheChain();
+    case Reason::NotAsReferred:
+        return l10n.notTheListReferredTo();
+    case Reason::NothingToCompare:
+        return l10n.nothingToCompare();
     case Reason::UnknownFile:
         return l10n.unknownList();
     case Reason::NoList:

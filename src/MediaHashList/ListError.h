@@ -22,6 +22,10 @@ public:
         NotAValue,
         /// It is not the one that the chain names.
         NotTheChains,
+        /// It is not the one that a list further up refers to.
+        NotAsReferred,
+        /// All lists together name no file.
+        NothingToCompare,
         /// A file that is no list of ours.
         UnknownFile,
         /// No list belongs to a folder.

@@ -35,6 +35,10 @@ std::string_view word(Verify::Difference difference, L10n l10n) {
         return l10n.fileNew();
     case Difference::Unproved:
         return l10n.fileUnproved();
+    case Difference::Damaged:
+        return l10n.listDamaged();
+    case Difference::Failed:
+        return l10n.listOfFailedRun();
     }
     return {};
 }

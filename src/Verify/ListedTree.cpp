@@ -2,7 +2,6 @@
 
 #include "MediaHashList/HashedTree.h"
 #include "MediaHashList/History.h"
-#include "MediaHashList/ListError.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
@@ -11,6 +10,7 @@
 #include "Reports/ManifestJSON.h"
 
 #include <algorithm>
+#include <set>
 
 namespace slatewise::Verify {
 
@@ -24,6 +24,15 @@ constexpr std::string_view kManifest = "manifest.json";
 constexpr std::string_view kChecksums = "checksums.sha256";
 constexpr std::string_view kReports = "reports";
 constexpr std::size_t kDigestLength = 64;
+
+void tell(ListedTree& tree, const std::filesystem::path& list, const Error& failure) {
+    ListTrouble trouble{ListTrouble::Kind::Damaged, list};
+    if (const auto* const words = dynamic_cast<const ListError*>(&failure))
+        trouble.failure = words->in({});
+    else
+        trouble.reason = describe(failure);
+    tree.troubles.push_back(std::move(trouble));
+}
 
 void requireDown(const std::filesystem::path& list, const std::string& path) {
     if (!MediaHashList::leadsDown(path))
@@ -40,6 +49,16 @@ SessionManifest readManifest(const std::filesystem::path& list) {
         return ReportWriter::isoDecode(text);
     } catch (const Error& failure) {
         throw ListError(Reason::NotAList, failure.what(), list);
+    }
+}
+
+/// Reads a list, and tells it when that cannot be done.
+template <typename Read>
+void readOrTell(ListedTree& tree, const std::filesystem::path& list, Read&& read) {
+    try {
+        read();
+    } catch (const Error& failure) {
+        tell(tree, list, failure);
     }
 }
 
@@ -76,13 +95,25 @@ void expect(Expected& expected, HashFormat format, std::string_view value) {
         expected.push_back(wanted);
 }
 
+/// A name that JSON cannot hold stands in the checksum list, and here as it would be shown.
+std::set<std::string> namesAsShown(const ListedTree& tree) {
+    std::set<std::string> names;
+    for (const auto& [path, expected] : tree.files) {
+        if (auto shown = Text::displayable(path); shown != path)
+            names.insert(std::move(shown));
+    }
+    return names;
+}
+
 void addManifest(const SessionManifest& manifest, const std::filesystem::path& list,
                  ListedTree& tree) {
     tree.lists.push_back(list);
+    if (manifest.status == OutcomeStatus::Failed)
+        tree.troubles.push_back({ListTrouble::Kind::OfFailedRun, list});
+    const auto otherwiseNamed = namesAsShown(tree);
     for (const auto& file : manifest.files) {
-        // A name that JSON cannot hold stands in the checksum list.
         if (file.action == RowAction::Skip || file.action == RowAction::Hash ||
-            file.relativePath.find("\xef\xbf\xbd") != std::string::npos)
+            otherwiseNamed.contains(file.relativePath))
             continue;
         requireDown(list, file.relativePath);
         auto& expected = tree.files[file.relativePath];
@@ -126,7 +157,10 @@ void addHistory(const RootFolder& root, const std::string& folder, ListedTree& t
     const auto prefix = folder.empty() ? "" : folder + "/";
     const auto lists = prefix + std::string(MediaHashList::kHistoryFolder);
     tree.lists.push_back(tree.root / lists);
-    const auto history = History::load(root, folder);
+    const auto history = History::loadReadable(
+        root, folder, [&](const auto& list, const Error& failure) { tell(tree, list, failure); });
+    for (const auto& list : history.brokenReferences())
+        tell(tree, tree.root / list, ListError(Reason::NotAsReferred));
     for (const auto& [path, values] : history.known()) {
         auto& expected = tree.files[prefix + path];
         for (const auto& value : values)
@@ -151,39 +185,113 @@ void addHistories(ListedTree& tree) {
 }
 
 void addReports(const std::filesystem::path& folder, ListedTree& tree) {
-    if (FileSystem::exists(folder / kManifest)) {
-        const auto manifest = readManifest(folder / kManifest);
-        if (tree.root.empty())
-            tree.root = treeOf(manifest, folder);
-        addManifest(manifest, folder / kManifest, tree);
+    const auto list = folder / kManifest;
+    std::optional<SessionManifest> manifest;
+    if (FileSystem::exists(list)) {
+        // Only the manifest knows where the tree is.
+        if (tree.root.empty()) {
+            manifest = readManifest(list);
+            tree.root = treeOf(*manifest, folder);
+        } else {
+            readOrTell(tree, list, [&] { manifest = readManifest(list); });
+        }
     }
     if (tree.root.empty())
         tree.root = folder;
     if (FileSystem::exists(folder / kChecksums))
-        addChecksums(folder / kChecksums, tree);
+        readOrTell(tree, folder / kChecksums, [&] { addChecksums(folder / kChecksums, tree); });
+    if (manifest)
+        readOrTell(tree, list, [&] { addManifest(*manifest, list, tree); });
 }
 
-bool isReportOf(const std::filesystem::path& reportFolder, const std::filesystem::path& disk,
-                const std::filesystem::path& session) {
+/// Whether a set without a readable manifest may be the session's: most are named after the card,
+/// and their checksums are of files that are there.
+bool mayBeOf(const std::filesystem::path& session, const std::filesystem::path& set) {
+    const auto card = Text::replaced(session.filename().native(), " ", "_");
+    if (set.filename().native().find(card) != std::string::npos)
+        return true;
     try {
-        const auto manifest = readManifest(reportFolder / kManifest);
-        return manifest.destination.sessionRoot == session || disk / belowDisk(manifest) == session;
+        const auto text = readList(set / kChecksums);
+        const auto lines = Text::pieces(text, '\n');
+        return std::any_of(lines.begin(), lines.end(), [&](std::string_view line) {
+            const auto name = line.substr(std::min(line.size(), kDigestLength + 2));
+            return MediaHashList::leadsDown(name) && FileSystem::exists(session / name);
+        });
     } catch (const Error&) {
-        // Somebody else's folder, or one that another session left half written.
         return false;
+    }
+}
+
+/// The sets of a session in one folder of reports.
+struct SessionReports {
+    /// A folder that was deleted and written again has several, of which only the newest is true.
+    std::filesystem::path newest;
+    Instant startedAt{};
+    std::vector<std::filesystem::path> damaged;
+};
+
+void seekReports(const std::filesystem::path& disk, ListedTree& tree, SessionReports& found) {
+    if (!isFolder(disk / kReports))
+        return;
+    for (const auto& name : RootFolder(disk / kReports).names()) {
+        const auto set = disk / kReports / name;
+        const auto list = set / kManifest;
+        if (set == tree.root || !isFolder(set) || !FileSystem::exists(list))
+            continue;
+        try {
+            const auto manifest = readManifest(list);
+            if ((manifest.destination.sessionRoot == tree.root ||
+                 disk / belowDisk(manifest) == tree.root) &&
+                (found.newest.empty() || manifest.startedAt >= found.startedAt)) {
+                found.newest = set;
+                found.startedAt = manifest.startedAt;
+            }
+        } catch (const Error& failure) {
+            if (!mayBeOf(tree.root, set))
+                continue;
+            tell(tree, list, failure);
+            found.damaged.push_back(set);
+        }
     }
 }
 
 /// Looks for the session's reports at the root of the disk, which any folder above may be.
 void addReportsOfSession(ListedTree& tree) {
-    for (auto disk = tree.root; disk != disk.parent_path(); disk = disk.parent_path()) {
-        std::error_code none;
-        for (const auto& item :
-             std::filesystem::directory_iterator(disk.parent_path() / kReports, none)) {
-            if (isReportOf(item.path(), disk.parent_path(), tree.root))
-                addReports(item.path(), tree);
-        }
+    SessionReports found;
+    for (auto disk = tree.root; disk != disk.parent_path();) {
+        disk = disk.parent_path();
+        readOrTell(tree, disk / kReports, [&] { seekReports(disk, tree, found); });
     }
+    if (!found.newest.empty())
+        return addReports(found.newest, tree);
+    for (const auto& set : found.damaged) {
+        const auto list = set / kChecksums;
+        if (FileSystem::exists(list))
+            readOrTell(tree, list, [&] { addChecksums(list, tree); });
+    }
+}
+
+/// A card may bring files that are only named as ours are.
+bool isSetOfReports(const std::filesystem::path& folder) {
+    try {
+        (void)readManifest(folder / kManifest);
+        return true;
+    } catch (const Error&) {
+        return false;
+    }
+}
+
+void addListsOfFolder(const std::filesystem::path& folder, ListedTree& tree) {
+    tree.root = folder;
+    addReportsOfSession(tree);
+    const bool isNamedAsReports =
+        FileSystem::exists(folder / kManifest) || FileSystem::exists(folder / kChecksums);
+    if (!isNamedAsReports || !tree.lists.empty() || !tree.troubles.empty())
+        return;
+    if (isFolder(folder / MediaHashList::kHistoryFolder) && !isSetOfReports(folder))
+        return;
+    tree.root.clear();
+    addReports(folder, tree);
 }
 
 } // namespace
@@ -198,15 +306,14 @@ ListedTree findLists(const std::filesystem::path& given) {
         if (path.filename() != kManifest && path.filename() != kChecksums)
             throw ListError(Reason::UnknownFile, {}, path);
         addReports(path.parent_path(), tree);
-    } else if (FileSystem::exists(path / kManifest) || FileSystem::exists(path / kChecksums)) {
-        addReports(path, tree);
     } else {
-        tree.root = path;
-        addReportsOfSession(tree);
+        addListsOfFolder(path, tree);
     }
     addHistories(tree);
-    if (tree.lists.empty())
+    if (tree.lists.empty() && tree.troubles.empty())
         throw ListError(Reason::NoList, {}, path);
+    if (tree.files.empty() && tree.troubles.empty())
+        throw ListError(Reason::NothingToCompare, {}, path);
     return tree;
 }
 

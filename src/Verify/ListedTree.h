@@ -1,10 +1,12 @@
 #pragma once
 
 #include "MediaHashList/HashedTree.h"
+#include "MediaHashList/ListError.h"
 #include "Platform/HashValue.h"
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,22 @@ namespace slatewise::Verify {
 /// it.
 using Expected = HashValues;
 
+/// A list on which the check cannot rest.
+struct ListTrouble {
+    enum class Kind {
+        /// It cannot be read, or is not what it should be; what else there is was used.
+        Damaged,
+        /// It was used, and says itself that the run that wrote it failed.
+        OfFailedRun,
+    };
+
+    Kind kind = Kind::Damaged;
+    std::filesystem::path list;
+    /// Why, in words of both languages, or as the system said.
+    std::optional<MediaHashList::ListError> failure{};
+    std::string reason{};
+};
+
 /// A tree with every list of it that could be found.
 struct ListedTree {
     std::filesystem::path root;
@@ -23,6 +41,7 @@ struct ListedTree {
     std::vector<std::filesystem::path> lists;
     /// By path below the root, as bytes.
     std::map<std::string, Expected> files;
+    std::vector<ListTrouble> troubles;
     /// Patterns of what no list was to hold, by the folder below which they count.
     MediaHashList::IgnoredBelow ignored;
     /// Folders that have a history, "" for the root; inner ones first.
@@ -30,9 +49,9 @@ struct ListedTree {
 };
 
 /// Finds the tree and its lists. `path` is a session's folder, a folder of reports, a
-/// "manifest.json", a "checksums.sha256", or a folder with a history. Fails with `ListError` when
-/// there is no list, a list is damaged or names a path that leads out, or the tree is not there,
-/// and with `PosixError`. Blocks.
+/// "manifest.json", a "checksums.sha256", or a folder with a history. A list that is damaged or
+/// names a path that leads out is told among the troubles. Fails with `ListError` when there is no
+/// list, when there is nothing in any, or the tree is not there, and with `PosixError`. Blocks.
 ListedTree findLists(const std::filesystem::path& path);
 
 } // namespace slatewise::Verify

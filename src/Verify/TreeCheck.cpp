@@ -50,6 +50,10 @@ public:
     Result run() {
         publish(Phase::Scanning());
         result_.mayBeFromMemory = DeviceCache::drop(tree_.root) == DeviceCache::Drop::NotPossible;
+        for (const auto& trouble : tree_.troubles)
+            tell({trouble.kind == ListTrouble::Kind::OfFailedRun ? Difference::Failed
+                                                                 : Difference::Damaged,
+                  trouble.list.native(), false, trouble.reason, trouble.failure});
         const auto entries = takeInventory();
         for (const auto& [path, expected] : tree_.files)
             bytesTotal_ += sizes_.contains(path) ? sizes_.at(path) : 0;
@@ -205,6 +209,10 @@ Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_to
 }
 
 std::string Finding::explanation(L10n l10n) const {
+    if (listFailure)
+        return listFailure->text(l10n);
+    if (difference == Difference::Failed)
+        return std::string(l10n.itsRunFailed());
     return isLink ? std::string(l10n.itIsALink()) : reason;
 }
 

@@ -23,13 +23,17 @@ enum class Difference {
     New,
     /// A list names it, and the run that wrote the list never proved it.
     Unproved,
+    /// A list cannot be read or is not what it should be; the path is the list's own.
+    Damaged,
+    /// The run that wrote a list failed; the path is the list's own.
+    Failed,
 };
 
-constexpr std::array<std::string_view, 5> rawWords(Difference) {
-    return {"missing", "changed", "unreadable", "new", "unproved"};
+constexpr std::array<std::string_view, 7> rawWords(Difference) {
+    return {"missing", "changed", "unreadable", "new", "unproved", "damaged", "failed"};
 }
 
-/// One file that is not what its lists say.
+/// One file or list that is not what its lists say.
 struct Finding {
     Difference difference;
     std::string path;
@@ -37,6 +41,8 @@ struct Finding {
     bool isLink = false;
     /// What the system said; may be empty.
     std::string reason{};
+    /// Why a list cannot be used, where that is more than what the system said.
+    std::optional<MediaHashList::ListError> listFailure{};
 
     /// What there is to say beyond the word; empty when that says all.
     std::string explanation(L10n l10n) const;

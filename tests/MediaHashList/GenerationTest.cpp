@@ -190,6 +190,11 @@ TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
 
     writeFile(root / "ascmhl/0002_A001 ğ_2026-03-01_120000Z.mhl", writeGeneration(older));
     EXPECT_THROW((void)History::load(handle), ListError) << "not what the chain names";
+    int complaints = 0;
+    const auto readable =
+        History::loadReadable(handle, {}, [&](const auto&, const Error&) { ++complaints; });
+    EXPECT_EQ(complaints, 1);
+    EXPECT_EQ(readable.generations().size(), 3U);
 }
 
 TEST(MediaHashListTest, HistoriesFurtherDownGrowFirstAndAreNamedAbove) {

@@ -153,12 +153,16 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     const auto root = offload();
     const std::string digest(64, 'a');
     writeFile(folder / "lists/checksums.sha256", digest + "  ../user/secret\n");
+    writeFile(folder / "empty/checksums.sha256", "");
+    writeFile(folder / "unchained/ascmhl/ascmhl_chain.xml", MediaHashList::writeChain({}));
     const std::pair<std::vector<std::string>, int> cases[] = {
         {{}, 2},
         {{folder / "nowhere"}, 2},
         {{"--language", "de", root}, 2},
         {{folder / "A001"}, 1},
         {{folder / "lists"}, 1},
+        {{folder / "empty"}, 1},
+        {{folder / "unchained"}, 1},
         {{"--language", "tr", root}, 0},
     };
     for (const auto& [words, code] : cases) {
@@ -168,6 +172,89 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     }
     const auto turkish = program("slatewise-verify", {"--language", "tr", folder / "lists"});
     EXPECT_THAT(turkish.standardError, HasSubstr("bir yol, klasörünün dışına çıkıyor"));
+}
+
+TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
+    // A card may have files that are named as our lists are.
+    writeFile(folder / "A001/manifest.json", "{}");
+    writeFile(folder / "A001/checksums.sha256", "theirs");
+    struct Case {
+        const char* name;
+        /// Spoils the session's reports, or a tree with histories.
+        std::function<void(const std::filesystem::path&)> spoil;
+        /// The first that is told, where "@" stands for what was spoilt; empty: nothing.
+        std::string told;
+    };
+    const Case ofReports[] = {
+        {"nothing", [](const auto&) {}, ""},
+        {"a manifest", [](const auto& set) { writeFile(set / "manifest.json", "{"); },
+         "damaged\t@/manifest.json\n"},
+        {"checksums", [](const auto& set) { writeFile(set / "checksums.sha256", "x"); },
+         "damaged\t@/checksums.sha256\n"},
+        {"the only list that can hold a name",
+         [](const auto& set) { std::filesystem::remove(set / "checksums.sha256"); },
+         "missing\tbad \xef\xbf\xbd\n"},
+        {"a failed run",
+         [](const auto& set) {
+             const auto text = readFile(set / "manifest.json");
+             writeFile(set / "manifest.json",
+                       Text::replaced(text, "\"status\": \"verified\"", "\"status\": \"failed\""));
+         },
+         "failed\t@/manifest.json\n"},
+    };
+    const auto check = [&](const Case& each, const std::filesystem::path& spoilt,
+                           const std::filesystem::path& root) {
+        const auto result = program("slatewise-verify", {"--quiet", root});
+        EXPECT_EQ(result.exitCode, each.told.empty() ? 0 : 1) << result.standardError;
+        EXPECT_THAT(result.standardOutput,
+                    ::testing::StartsWith(Text::replaced(each.told, "@", spoilt.native())));
+    };
+    for (const auto& each : ofReports) {
+        SCOPED_TRACE(each.name);
+        const auto root = offload();
+        each.spoil(reports);
+        check(each, reports, root);
+        std::filesystem::remove_all(root);
+        std::filesystem::remove_all(reports);
+    }
+
+    const Case ofHistories[] = {
+        {"nothing", [](const auto&) {}, ""},
+        {"no chain",
+         [](const auto& root) { std::filesystem::remove(root / "CLIP/ascmhl/ascmhl_chain.xml"); },
+         "damaged\t@/CLIP/ascmhl/ascmhl_chain.xml\n"},
+        {"an added file, left out further down",
+         [](const auto& root) { writeFile(root / "x.tmp", "x"); }, "new\tx.tmp\n"},
+    };
+    for (const auto& each : ofHistories) {
+        SCOPED_TRACE(each.name);
+        const auto root = folder / "histories" / each.name;
+        writeFile(root / "CLIP/b.wav", "b");
+        writeFile(root / "CLIP/x.tmp", "x");
+        Generation inner;
+        inner.ignored = {"*.tmp"};
+        inner.files = {
+            {"b.wav", 1, {}, {{HashFormat::XXH3, hashOf(HashFormat::XXH3, "b"), {}, {}}}}};
+        const RootFolder handle(root);
+        auto reference = History(handle, "CLIP").append(inner);
+        reference.path = "CLIP/" + reference.path;
+        Generation outer;
+        outer.references = {reference};
+        (void)History(handle).append(outer);
+        each.spoil(root);
+        check(each, root, root);
+        writeFile(root / "CLIP/b.wav", "B");
+        EXPECT_THAT(program("slatewise-verify", {"--quiet", root}).standardOutput,
+                    HasSubstr("changed\tCLIP/b.wav\n"));
+    }
+}
+
+TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
+    std::filesystem::remove_all(offload());
+    std::filesystem::remove(folder / "A001/CLIP/a.mov");
+    const auto root = offload();
+    const auto result = program("slatewise-verify", {"--quiet", root});
+    EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
 }
 
 TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
@@ -246,7 +333,8 @@ TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {
         EXPECT_EQ(newest.process, MediaHashList::Process::Transfer);
         EXPECT_EQ(newest.root.size(), 1U);
         EXPECT_THAT(actionsOf(newest), ::testing::IsSupersetOf(each.says));
-        EXPECT_EQ(program("slatewise-verify", {root}).exitCode, 0);
+        EXPECT_EQ(program("slatewise-verify", {root}).exitCode, each.says.empty() ? 1 : 0)
+            << "where there is nothing to compare, nothing is the same";
         const auto sums = run({"sh", "-c",
                                "cd \"$0\" && { test ! -s \"$1\" || sha256sum --quiet "
                                "-c \"$1\"; }",

@@ -17,7 +17,8 @@ constexpr const char* kDescription = "Reads footage from its disk again, past th
 
 constexpr const char* kFooter =
     "Standard output gets one line per difference: WORD<TAB>PATH, where WORD is missing, changed,\n"
-    "unreadable, new or unproved.\n"
+    "unreadable, new or unproved, or damaged or failed for a list that is damaged or whose run\n"
+    "failed.\n"
     "Exit status: 0 all there and equal, 1 something differs, 2 wrong usage, 130 interrupted.";
 
 } // namespace
