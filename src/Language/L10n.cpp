@@ -353,6 +353,13 @@ std::string L10n::listedFileMissing(Text file) const {
                : fmt::format("{} is in the card's own hash list, but not on the card.", file);
 }
 
+std::string L10n::listedFileUnproved(Text file) const {
+    return isTurkish()
+               ? fmt::format("Kartın kendi hash listesinde dosyayı kanıtlayan bir değer yok: {}",
+                             file)
+               : fmt::format("The card's own hash list has no value that proves {}.", file);
+}
+
 std::string L10n::listNotWritten(Text folder, Text reason) const {
     return isTurkish()
                ? fmt::format("Kopyanın hash listesi yazılamadı: {} ({})", folder, reason)

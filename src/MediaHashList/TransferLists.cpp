@@ -35,7 +35,10 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
     std::vector<InventoryEntry> copied;
     std::unordered_set<std::string_view> present;
     for (const auto& entry : entries) {
-        present.insert(entry.relativePath);
+        // What has no bytes of its own, as a folder or a link that is not followed, is not read and
+        // so is not the file that a list names.
+        if (entry.shouldCopy && !entry.isDirectory)
+            present.insert(entry.relativePath);
         if (entry.shouldCopy && isOfHistory(entry.relativePath))
             copied.push_back(entry);
     }
@@ -43,7 +46,10 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
     for (const auto& folder : withHistory_) {
         const auto prefix = folder.empty() ? "" : folder + "/";
         try {
-            for (auto& [path, values] : History::load(card, folder).known()) {
+            const auto history = History::load(card, folder);
+            if (const auto broken = history.brokenReferences(); !broken.empty())
+                throw ListError(ListError::Reason::NotAsReferred, {}, card.path() / broken.front());
+            for (auto& [path, values] : history.known()) {
                 auto& all = known_[prefix + path];
                 all.insert(all.end(), values.begin(), values.end());
             }
@@ -84,6 +90,10 @@ std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& out
         const auto& source = row.further->source;
         if (found == known_.end() || source.empty())
             continue;
+        if (found->second.empty()) {
+            problems.push_back({Kind::ListedFileUnproved, row.relativePath});
+            continue;
+        }
         const bool isAsListed =
             std::all_of(found->second.begin(), found->second.end(), [&](const FileValue& value) {
                 return valueOf(source, value.format) == value.value;

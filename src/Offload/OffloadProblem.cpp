@@ -73,6 +73,8 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.cardDiffersFromList(about);
     case Kind::ListedFileMissing:
         return l10n.listedFileMissing(about);
+    case Kind::ListedFileUnproved:
+        return l10n.listedFileUnproved(about);
     case Kind::ListNotWritten:
         return l10n.listNotWritten(about, reason);
     case Kind::NameNotListed:

@@ -59,6 +59,8 @@ struct OffloadProblem {
         CardDiffersFromList,
         /// The card's own list names a file that the card does not hold.
         ListedFileMissing,
+        /// The card's own list names a file and has no value that could prove it.
+        ListedFileUnproved,
         /// The hash list of the copy could not be written.
         ListNotWritten,
         /// The hash list of the copy cannot hold a name.

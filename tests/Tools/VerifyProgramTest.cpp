@@ -363,6 +363,26 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
          [&] { std::filesystem::remove(card / "CLIP/b.wav"); },
          "CLIP/b.wav is in the card's own hash list, but not on the card",
          {"a.mov md5 verified", "a.mov xxh128 verified"}},
+        {"a folder in its place",
+         [&] {
+             std::filesystem::remove(card / "CLIP/b.wav");
+             writeFile(card / "CLIP/b.wav/x", "x");
+         },
+         "CLIP/b.wav is in the card's own hash list, but not on the card"},
+        {"another history below",
+         [&] {
+             std::filesystem::remove_all(card / "CLIP/ascmhl");
+             addList(card / "CLIP", {HashFormat::SHA1});
+         },
+         "refers to"},
+        {"a value that failed",
+         [&] {
+             std::filesystem::remove_all(card / "ascmhl");
+             Generation bad;
+             bad.files = {{"a.mov", 1, {}, {}}};
+             (void)History(RootFolder(card)).append(bad);
+         },
+         "has no value that proves a.mov"},
         {"a damaged list", [&] { writeFile(card / "CLIP/ascmhl/ascmhl_chain.xml", "<"); },
          "could not be read"},
         {"a list without its chain",
