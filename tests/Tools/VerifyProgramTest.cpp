@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <climits>
 #include <functional>
 
 using namespace slatewise;
@@ -252,9 +253,16 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
 TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
     std::filesystem::remove_all(offload());
     std::filesystem::remove(folder / "A001/CLIP/a.mov");
+    // What the card can still name by a whole path, its copy cannot.
+    std::filesystem::path deep;
+    while ((folder / "A001" / deep).native().size() < PATH_MAX - 20)
+        deep /= "level";
+    writeFile(folder / "A001" / deep / "clip.mov", "deep");
     const auto root = offload();
     const auto result = program("slatewise-verify", {"--quiet", root});
     EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
+    // More levels than the standard library can remove.
+    run({"rm", "-r", folder / "A001/level", root / "level"});
 }
 
 TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
