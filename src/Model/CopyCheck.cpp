@@ -86,6 +86,8 @@ void CopyCheck::Work::perform() {
         check.differences = result.differences;
         if (result.mayBeFromMemory)
             findings += l10n.readFromMemory(Text::visible(tree.root.native())) + "\n";
+        for (const auto& path : result.keptInMemory)
+            findings += l10n.readFromMemory(Text::visible(path)) + "\n";
     } catch (const CancellationError&) {
         wasStopped = true;
         return;

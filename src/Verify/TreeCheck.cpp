@@ -16,6 +16,9 @@ namespace slatewise::Verify {
 
 namespace {
 
+/// Enough of them for a person to see what is the matter.
+constexpr int kNamedFiles = 3;
+
 /// Patterns are of paths below the folder of their history.
 bool isIgnoredBelow(const std::string& folder, std::string_view path,
                     std::span<const std::string> patterns) {
@@ -133,7 +136,10 @@ private:
     /// Gives how long the file is.
     std::int64_t read(const std::string& path, PassHasher& hasher) {
         std::int64_t size = 0;
-        transfer_.read(std::make_shared<UncachedFile>(UncachedFile::openForReading({root_, path})),
+        auto file = std::make_shared<UncachedFile>(UncachedFile::openForReading({root_, path}));
+        if (file->isKeptInMemory() && ++result_.filesKeptInMemory <= kNamedFiles)
+            result_.keptInMemory.push_back(path);
+        transfer_.read(std::move(file),
                        {.hash = [&](std::span<const std::byte> chunk) { hasher.update(chunk); },
                         .tell =
                             [&](std::size_t count) {

@@ -58,8 +58,11 @@ struct Result {
     int filesEqual = 0;
     std::int64_t bytesRead = 0;
     int differences = 0;
-    /// What was read back may have come from memory and not from the disk.
+    /// What was read may have come from memory and not from the disk: all of it, or these files,
+    /// of which only the first few are named.
     bool mayBeFromMemory = false;
+    int filesKeptInMemory = 0;
+    std::vector<std::string> keptInMemory;
     /// What was read, ready to be added to the history; only when it was asked for.
     MediaHashList::HashedTree tree;
 

@@ -2,14 +2,12 @@
 
 #include "Platform/Disks/BlockDevices.h"
 #include "support/Files.h"
+#include "support/MappedFile.h"
 #include "support/MountedVolume.h"
 #include "support/Offloads.h"
 #include "support/Process.h"
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 // Where a read-back may not have come from the disk.
 
@@ -22,23 +20,6 @@ namespace {
 constexpr std::size_t kMiB = 1'048'576;
 constexpr auto kReadFromMemory = OffloadProblem::Kind::ReadFromMemory;
 
-/// Another program's view of a file.
-class Mapped {
-public:
-    explicit Mapped(const std::filesystem::path& path, std::size_t size) : size_(size) {
-        const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        start_ = ::mmap(nullptr, size_, PROT_READ, MAP_SHARED | MAP_POPULATE, file, 0);
-        ::close(file);
-    }
-    ~Mapped() { ::munmap(start_, size_); }
-    Mapped(const Mapped&) = delete;
-    Mapped& operator=(const Mapped&) = delete;
-
-private:
-    void* start_ = nullptr;
-    std::size_t size_;
-};
-
 } // namespace
 
 TEST(ReadBack, SaysSoWhenAnotherProgramKeepsTheCopyInMemory) {
@@ -47,12 +28,12 @@ TEST(ReadBack, SaysSoWhenAnotherProgramKeepsTheCopyInMemory) {
     const auto content = bytesOf(3 * kMiB, 7);
     writeFile(card / "clip.mov", content);
     RunRecord record;
-    std::unique_ptr<Mapped> mapped;
+    std::unique_ptr<MappedFile> mapped;
     const auto outcome = CopyEngine::run(
         requestFor(card.path(), disk.path()), record.observer([&](const OffloadPhase& phase) {
             if (mapped || !std::holds_alternative<Phase::Verifying>(phase))
                 return;
-            mapped = std::make_unique<Mapped>(disk / "session/clip.mov", content.size());
+            mapped = std::make_unique<MappedFile>(disk / "session/clip.mov", content.size());
             EXPECT_GE(disk.flipBitIn(content.substr(kMiB + 4096, 4096)), 1);
         }),
         {});

@@ -1,6 +1,7 @@
 #include "VerifyTexts.h"
 
 #include "Offload/PathSize.h"
+#include "Platform/Text.h"
 
 #include <fmt/format.h>
 
@@ -30,6 +31,21 @@ std::string VerifyTexts::fromMemory(std::string_view tree) const {
                      "This disk's file system keeps copies in memory that we may not empty; "
                      "what was read may come from there: {}",
                      tree);
+}
+
+std::string VerifyTexts::keptInMemory(const Verify::Result& result, std::string_view tree) const {
+    std::string names;
+    for (const auto& path : result.keptInMemory)
+        names += (names.empty() ? "" : ", ") + Text::displayable(path);
+    if (result.filesKeptInMemory > static_cast<int>(result.keptInMemory.size()))
+        names += ", …";
+    return shared.isTurkish()
+               ? fmt::format("{}: bellekten çıkarılamadığı için okunanı oradan gelmiş olabilecek "
+                             "dosyalar ({}): {}",
+                             tree, result.filesKeptInMemory, names)
+               : fmt::format("{}: files that stay in memory, so that what was read may come from "
+                             "there ({}): {}",
+                             tree, result.filesKeptInMemory, names);
 }
 
 std::string VerifyTexts::nameLeftOut(std::string_view name) const {

@@ -16,6 +16,8 @@ public:
     /// The verdict on one tree.
     std::string verdict(const Verify::Result& result, std::string_view tree) const;
     std::string fromMemory(std::string_view tree) const;
+    /// That of these files.
+    std::string keptInMemory(const Verify::Result& result, std::string_view tree) const;
     std::string nameLeftOut(std::string_view name) const;
     std::string noGeneration() const;
 

@@ -49,6 +49,8 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
     const auto name = Text::displayable(tree.root.native());
     if (result.mayBeFromMemory)
         display.note(texts.fromMemory(name));
+    else if (result.filesKeptInMemory > 0)
+        display.note(texts.keptInMemory(result, name));
     if (result.isAllEqual())
         display.inform(texts.verdict(result, name));
     else
