@@ -142,9 +142,11 @@ private:
         try {
             database_.save(outcome_, manifest_.files, pair_.card.facts.volumeName,
                            pair_.destination.facts.volumeName, pair_.camera);
-            database_.saveTraces(outcome_.sessionID.text(), pair_.ekip,
-                                 folders_.inArchive.empty() ? folders_.onDestination
-                                                            : folders_.inArchive);
+            database_.saveTraces(
+                outcome_.sessionID.text(), pair_.ekip,
+                folders_.inArchive.empty() ? folders_.onDestination : folders_.inArchive,
+                pair_.card.isPickedFolder() ? std::string()
+                                            : pair_.card.facts.volumeUUID.value_or(""));
         } catch (const std::exception& failure) {
             report({Kind::SessionNotStored, pair_.card.name(), describe(failure)});
         }

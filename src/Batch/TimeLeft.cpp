@@ -11,6 +11,7 @@ constexpr double kCopyShare = 0.85;
 constexpr double kReadBackCost = 0.5;
 /// Below this much of a phase an estimate would only jump about.
 constexpr double kLeastEvidence = 0.01;
+constexpr std::chrono::seconds kLeastTime{2};
 
 std::chrono::seconds rounded(std::chrono::duration<double> duration) {
     return std::chrono::duration_cast<std::chrono::seconds>(duration +
@@ -58,6 +59,9 @@ void BatchTimeLeft::beginPair(std::size_t pair, Time now) {
 
 std::optional<std::chrono::seconds> BatchTimeLeft::update(const OffloadPhase& phase, Time now) {
     const auto left = ofPair_.update(phase, now);
+    // The first moments of a pair promise anything.
+    if (now - pairStart_ < kLeastTime)
+        return std::nullopt;
     if (!left || pair_ >= bytesOfPairs_.size())
         return left;
     const std::chrono::duration<double> whole = now - pairStart_ + *left;

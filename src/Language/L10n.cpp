@@ -67,11 +67,6 @@ std::string L10n::verifyIncomplete(Text card, Text destination) const {
                        : fmt::format("Verification did not finish ({} → {}).", card, destination);
 }
 
-std::string L10n::whichNamedCard(Text card) const {
-    return isTurkish() ? fmt::format("{} hangisine ait?", card)
-                       : fmt::format("Which unit does {} belong to?", card);
-}
-
 std::string L10n::pairVerified(Text card, Text destination, int files) const {
     return isTurkish() ? fmt::format("{} → {}: doğrulandı, {} dosya", card, destination, files)
                        : fmt::format("{} → {}: verified, {} files", card, destination, files);
@@ -100,6 +95,16 @@ std::string L10n::lastHashed(int files, Text time) const {
 std::string L10n::lastFailed(Text time) const {
     return isTurkish() ? fmt::format("Son kopya: BAŞARISIZ, {}", time)
                        : fmt::format("Last offload: FAILED, {}", time);
+}
+
+std::string L10n::offloadedBefore(Text date, Text disks) const {
+    return isTurkish() ? fmt::format("{} tarihinde kopyalandı → {}", date, disks)
+                       : fmt::format("Offloaded {} → {}", date, disks);
+}
+
+std::string L10n::offloadedAndChanged(Text date, Text disks) const {
+    return isTurkish() ? fmt::format("Değişti; {} tarihinde kopyalanmıştı → {}", date, disks)
+                       : fmt::format("Changed since it was offloaded {} → {}", date, disks);
 }
 
 std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {

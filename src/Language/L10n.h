@@ -41,7 +41,6 @@ public:
     std::string batchCard(int number, int count) const;
     std::string batchDestination(int number, int count) const;
     std::string verifyIncomplete(Text card, Text destination) const;
-    std::string whichNamedCard(Text card) const;
     /// What became of a pair; `why` may be empty.
     std::string pairVerified(Text card, Text destination, int files) const;
     std::string pairHashed(Text card, int files) const;
@@ -50,6 +49,9 @@ public:
     std::string lastVerified(int files, Text time) const;
     std::string lastHashed(int files, Text time) const;
     std::string lastFailed(Text time) const;
+    /// Of a card that was copied before, and of one that has changed since.
+    std::string offloadedBefore(Text date, Text disks) const;
+    std::string offloadedAndChanged(Text date, Text disks) const;
     /// Of a batch that ended with the program; `folder` may be empty.
     std::string lastCutOff(Text card, Text destination, Text folder) const;
     std::string unitFor(Text card) const;

@@ -30,14 +30,17 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
     : QObject(parent), state_(std::move(surroundings)), drainer_(*state_.database),
       serviceProfile_(SupportPaths::applicationSupport()), reports_(state_),
       volumes_(state_, reports_), cards_(VolumeSide::Card, state_, volumes_),
-      destinations_(VolumeSide::Destination, state_, volumes_), units_(state_),
-      settings_(state_, volumes_), pathTemplate_(state_), history_(state_, reports_),
-      batch_(state_, volumes_, serviceProfile_) {
+      destinations_(VolumeSide::Destination, state_, volumes_), otherVolumes_(state_, volumes_),
+      units_(state_), settings_(state_, volumes_), pathTemplate_(state_),
+      history_(state_, reports_), batch_(state_, volumes_, serviceProfile_) {
     serviceProfile_.onChange = [this] {
         serviceProfileChanged();
     };
     connect(&volumes_, &VolumeFollower::cardAppeared, this, &AppModel::notifyService);
-    connect(&batch_, &BatchControl::finished, this, [this] { refreshSessionsLater(this); });
+    connect(&batch_, &BatchControl::finished, this, [this] {
+        refreshSessionsLater(this);
+        volumes_.lookUpCards();
+    });
     reports_.restore();
     showLanguages();
     updateSaasLine();

@@ -3,6 +3,7 @@
 #include "Model/BatchControl.h"
 #include "Model/ChoiceListModel.h"
 #include "Model/ModelState.h"
+#include "Model/OtherVolumes.h"
 #include "Model/PathTemplate.h"
 #include "Model/ReportsFolder.h"
 #include "Model/SessionHistory.h"
@@ -41,6 +42,7 @@ class AppModel : public QObject {
 
     Q_PROPERTY(slatewise::VolumeListModel* cards READ cards CONSTANT)
     Q_PROPERTY(slatewise::VolumeListModel* destinations READ destinations CONSTANT)
+    Q_PROPERTY(slatewise::OtherVolumes* otherVolumes READ otherVolumes CONSTANT)
     Q_PROPERTY(slatewise::UnitPicker* units READ units CONSTANT)
     Q_PROPERTY(slatewise::BatchControl* batch READ batch CONSTANT)
     Q_PROPERTY(slatewise::SettingsForm* settings READ settings CONSTANT)
@@ -66,6 +68,7 @@ public:
 
     VolumeListModel* cards() { return &cards_; }
     VolumeListModel* destinations() { return &destinations_; }
+    OtherVolumes* otherVolumes() { return &otherVolumes_; }
     UnitPicker* units() { return &units_; }
     BatchControl* batch() { return &batch_; }
     SettingsForm* settings() { return &settings_; }
@@ -102,6 +105,7 @@ private:
     VolumeFollower volumes_;
     VolumeListModel cards_;
     VolumeListModel destinations_;
+    OtherVolumes otherVolumes_;
     UnitPicker units_;
     SettingsForm settings_;
     PathTemplate pathTemplate_;

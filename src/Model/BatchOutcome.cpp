@@ -107,7 +107,13 @@ std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result,
 std::vector<OutcomeLine> problems(const BatchResult& result, L10n l10n) {
     std::vector<OutcomeLine> lines;
     for (const auto& pair : result.pairs) {
+        // The line of the pair says this one already.
+        const bool isTold =
+            wasBegun(pair) && !endedWell(pair.status) && pair.failure != PairFailure::Stopped;
+        const auto* told = isTold ? firstFailure(pair) : nullptr;
         for (const auto& problem : pair.problems) {
+            if (&problem == told)
+                continue;
             const bool isNote = problem.severity() == OffloadProblem::Severity::Note;
             const OutcomeLine line{toQString(problem.text(l10n)),
                                    isNote ? OutcomeLine::Kind::Note : OutcomeLine::Kind::Bad};

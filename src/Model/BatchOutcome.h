@@ -66,7 +66,7 @@ namespace BatchOutcome {
 /// One line for each pair that was planned, and one for each card that was to be ejected.
 std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result, L10n l10n);
 
-/// What all pairs met, each once; failures first.
+/// What all pairs met beyond what their own lines say, each once; failures first.
 std::vector<OutcomeLine> problems(const BatchResult& result, L10n l10n);
 
 /// What to do about a failure; empty after a good end.

@@ -4,6 +4,7 @@
 #include "Model/CardUnits.h"
 #include "Model/ContentSizes.h"
 #include "Model/Notice.h"
+#include "Model/PastOffload.h"
 #include "Model/Surroundings.h"
 #include "Model/UnitCatalog.h"
 #include "Model/VolumeBoard.h"
@@ -14,6 +15,7 @@
 
 #include <QObject>
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,6 +42,8 @@ public:
     VolumeBoard board;
     CardUnits cardUnits;
     ContentSizes contentSizes;
+    /// What is known of listed cards from earlier offloads, by their ids.
+    std::map<std::string, PastOffload> pastOffloads;
     /// The unit that was tapped last.
     std::string highlightedUnit;
     /// Why nothing came of what the user did last; empty when something did.

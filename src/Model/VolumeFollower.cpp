@@ -136,6 +136,11 @@ void VolumeFollower::apply() {
         state_.board.apply(mounted, DestinationMemory::load(state_.defaults),
                            [this](const auto& folder) { return folderPresence_.isThere(folder); });
     persistPickedFolders();
+    // Another card may lie in the slot of the one that is known.
+    std::erase_if(state_.pastOffloads, [&](const auto& past) {
+        return applied.appeared.contains(past.first) ||
+               !findVolume(state_.board.list(VolumeSide::Card), past.first);
+    });
     measure(applied.appeared);
     announce(applied.newCards);
     for (const auto& destination : state_.board.list(VolumeSide::Destination))
@@ -291,6 +296,33 @@ QCoro::Task<> VolumeFollower::refreshFreeSpaceOf(QPointer<VolumeFollower> self,
         self->state_.publish();
 }
 
+void VolumeFollower::lookUpCards() {
+    for (const auto& card : state_.board.list(VolumeSide::Card)) {
+        if (state_.contentSizes.usedBytes(card.id()))
+            lookUp(this, card);
+    }
+}
+
+QCoro::Task<> VolumeFollower::lookUp(QPointer<VolumeFollower> self, ClassifiedVolume card) {
+    const auto& state = self->state_;
+    const auto bytes = state.contentSizes.usedBytes(card.id()).value_or(0);
+    const auto looking =
+        onWorker([card, bytes, database = state.database, names = state.settings.skipNames()] {
+            return PastOffload::find(*database, card, bytes, names);
+        });
+    auto past = co_await looking;
+    if (!self)
+        co_return;
+    const auto* listed = findVolume(self->state_.board.list(VolumeSide::Card), card.id());
+    if (!listed || listed->facts.identity != card.facts.identity)
+        co_return;
+    if (past)
+        self->state_.pastOffloads[card.id()] = std::move(*past);
+    else
+        self->state_.pastOffloads.erase(card.id());
+    self->state_.publish();
+}
+
 void VolumeFollower::measureCardsAnew() {
     measure(idsOf(state_.board.list(VolumeSide::Card)));
 }
@@ -319,6 +351,8 @@ QCoro::Task<> VolumeFollower::measureAll(QPointer<VolumeFollower> self, Measurin
             continue;
         self->state_.board.applyCapacity(entry.id, measured.totalBytes, measured.freeBytes);
         self->state_.publish();
+        if (const auto* card = findVolume(self->state_.board.list(VolumeSide::Card), entry.id))
+            lookUp(self, *card);
     }
 }
 

@@ -48,6 +48,9 @@ public:
     /// Looks how much is free on the disks that are ticked, as it does every few seconds by itself.
     void refreshFreeSpace();
 
+    /// Looks up which of the cards were offloaded before.
+    void lookUpCards();
+
     /// For another set of names that are skipped.
     void measureCardsAnew();
     void persistDestinations();
@@ -67,6 +70,7 @@ private:
     void persistPickedFolders();
     void measure(const VolumeIDs& forceIDs);
     static QCoro::Task<> refreshFreeSpaceOf(QPointer<VolumeFollower> self, MeasuringEntry disk);
+    static QCoro::Task<> lookUp(QPointer<VolumeFollower> self, ClassifiedVolume card);
     static QCoro::Task<> measureAll(QPointer<VolumeFollower> self, MeasuringJob job);
 
     ModelState& state_;

@@ -53,6 +53,9 @@ VolumeRow VolumeListModel::rowOf(const ClassifiedVolume& volume) const {
     row.picked = volume.isPickedFolder();
     if (side_ == VolumeSide::Destination)
         return row;
+    if (const auto past = state_.pastOffloads.find(id); past != state_.pastOffloads.end())
+        row.subtitle +=
+            (row.subtitle.isEmpty() ? "" : " · ") + toQString(past->second.text(state_.l10n()));
     row.focused = selection.focused == id;
     row.ekip = toQString(state_.cardUnits.ekipLabel(id));
     row.unit = toQString(state_.cardUnits.cameraLabel(id));

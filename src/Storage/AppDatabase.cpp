@@ -199,12 +199,43 @@ void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyRe
 }
 
 void AppDatabase::saveTraces(const std::string& sessionID, const std::string& ekip,
-                             const std::filesystem::path& reportFolder) {
+                             const std::filesystem::path& reportFolder,
+                             const std::string& cardUUID) {
     connection_->write([&](SQLite::Database& database) {
         SQLite::Statement insert(database, "INSERT INTO session_traces (sessionID, ekip, "
-                                           "reportFolder) VALUES (?, ?, ?)");
-        Binder(insert) << sessionID << ekip << reportFolder.native();
+                                           "reportFolder, cardUUID) VALUES (?, ?, ?, ?)");
+        Binder(insert) << sessionID << ekip << reportFolder.native() << cardUUID;
         insert.exec();
+    });
+}
+
+std::vector<CardSession> AppDatabase::verifiedSessions(const std::string& cardUUID,
+                                                       std::int64_t bytes) const {
+    return connection_->read([&](SQLite::Database& database) {
+        SQLite::Statement query(
+            database,
+            "SELECT s.id, cardName, destName, cameraLabel, sessionRoot, status, bytesCopied, "
+            "startedAt, finishedAt, ifnull(cardUUID, '') AS cardUUID FROM sessions s LEFT JOIN "
+            "session_traces t ON t.sessionID = s.id WHERE status = 'verified' AND "
+            "((?1 <> '' AND cardUUID = ?1) OR bytesCopied = ?2) ORDER BY startedAt DESC");
+        Binder(query) << cardUUID << bytes;
+        std::vector<CardSession> rows;
+        while (query.executeStep())
+            rows.push_back({sessionRecord(query), query.getColumn("cardUUID").getString()});
+        return rows;
+    });
+}
+
+std::vector<StoredFile> AppDatabase::filesOf(const std::string& sessionID) const {
+    return connection_->read([&](SQLite::Database& database) {
+        SQLite::Statement query(database, "SELECT relativePath, sizeBytes, ifnull(mtime, '') FROM "
+                                          "files WHERE sessionID = ? AND action <> 'SKIP'");
+        Binder(query) << sessionID;
+        std::vector<StoredFile> rows;
+        while (query.executeStep())
+            rows.push_back({query.getColumn(0).getString(), query.getColumn(1).getInt64(),
+                            query.getColumn(2).getString()});
+        return rows;
     });
 }
 

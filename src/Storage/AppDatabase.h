@@ -52,9 +52,18 @@ public:
     void save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
               const std::string& cardName, const std::string& destName, const std::string& camera);
 
-    /// Notes of a session that is stored who shot it and where its reports are.
+    /// Notes of a session that is stored who shot it, where its reports are and which file system
+    /// the card had; the last may be empty.
     void saveTraces(const std::string& sessionID, const std::string& ekip,
-                    const std::filesystem::path& reportFolder);
+                    const std::filesystem::path& reportFolder, const std::string& cardUUID);
+
+    /// Verified sessions of a card with that file system, or of so many bytes; latest first. An
+    /// empty UUID is none.
+    std::vector<CardSession> verifiedSessions(const std::string& cardUUID,
+                                              std::int64_t bytes) const;
+
+    /// The files of a session that were to be copied.
+    std::vector<StoredFile> filesOf(const std::string& sessionID) const;
 
     /// Notes when a stored session's copy was read again, and what that showed.
     void recordCheck(const std::string& sessionID, const CheckRecord& check);

@@ -16,7 +16,7 @@ struct Migration {
     const char* statements;
 };
 
-constexpr std::array<Migration, 4> kMigrations = {{
+constexpr std::array<Migration, 5> kMigrations = {{
     {"v1", R"sql(
         CREATE TABLE sessions (
             id TEXT PRIMARY KEY,
@@ -84,6 +84,9 @@ constexpr std::array<Migration, 4> kMigrations = {{
             failure TEXT NOT NULL DEFAULT ''
         );
         CREATE INDEX index_session_checks_on_sessionID ON session_checks(sessionID);
+    )sql"},
+    {"v5-card", R"sql(
+        ALTER TABLE session_traces ADD COLUMN cardUUID TEXT NOT NULL DEFAULT '';
     )sql"},
 }};
 

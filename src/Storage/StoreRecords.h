@@ -2,6 +2,7 @@
 
 #include "Platform/Clock.h"
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,6 +23,21 @@ struct SessionRecord {
     std::optional<Instant> finishedAt;
 
     friend bool operator==(const SessionRecord&, const SessionRecord&) = default;
+};
+
+/// A session and the file system of its card; the latter is empty when nobody noted it.
+struct CardSession {
+    SessionRecord session;
+    std::string cardUUID;
+};
+
+/// By which a file is known again. The date is in the store's form, empty when unknown.
+struct StoredFile {
+    std::string relativePath;
+    std::int64_t sizeBytes = 0;
+    std::string mtime;
+
+    friend auto operator<=>(const StoredFile&, const StoredFile&) = default;
 };
 
 /// One time that a session's copy was read again.

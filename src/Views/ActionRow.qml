@@ -55,6 +55,12 @@ RowLayout {
         text: L10n.history
         onClicked: row.appModel.history.isPresented = true
     }
+    ActionButton {
+        objectName: "otherVolumes"
+        Layout.preferredHeight: 40
+        text: L10n.otherVolumes
+        onClicked: row.appModel.otherVolumes.isPresented = true
+    }
     Item {
         Layout.fillWidth: true
     }

@@ -10,7 +10,7 @@ Item {
 
     signal pressed()
 
-    height: 44
+    height: 28
     visible: count > 0
 
     Rectangle {

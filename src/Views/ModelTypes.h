@@ -20,6 +20,7 @@ namespace slatewise {
 SLATEWISE_MODEL_TYPE(AppModel);
 SLATEWISE_MODEL_TYPE(BatchControl);
 SLATEWISE_MODEL_TYPE(ChoiceListModel);
+SLATEWISE_MODEL_TYPE(OtherVolumes);
 SLATEWISE_MODEL_TYPE(OutcomeListModel);
 SLATEWISE_MODEL_TYPE(PathTemplate);
 SLATEWISE_MODEL_TYPE(CopyCheck);

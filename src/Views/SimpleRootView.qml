@@ -139,6 +139,13 @@ FocusScope {
         }
     }
     Loader {
+        readonly property bool isWanted: root.appModel.otherVolumes.isPresented
+        onIsWantedChanged: {
+            if (isWanted && !item)
+                setSource("OtherVolumesSheet.qml", { volumes: root.appModel.otherVolumes })
+        }
+    }
+    Loader {
         readonly property bool isWanted: root.appModel.settings.isPresented
         onIsWantedChanged: {
             if (isWanted && !item)

@@ -56,7 +56,9 @@ Rectangle {
 
             AppText {
                 objectName: "percent"
+                Layout.minimumWidth: implicitWidth
                 text: block.batch.percentText
+                elide: Text.ElideNone
                 font.pixelSize: DITTheme.title3
                 font.weight: Font.DemiBold
             }

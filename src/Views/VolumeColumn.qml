@@ -141,7 +141,9 @@ Panel {
     }
     ListEdge {
         objectName: "below"
-        anchors { left: list.left; right: list.right; bottom: list.bottom }
+        // Into the padding, so that little of the last row is covered.
+        anchors { left: list.left; right: list.right; bottom: parent.bottom; bottomMargin: 2 }
+        height: column.inset + 24
         count: list.hiddenBelow
         onPressed: list.showPage(1)
     }

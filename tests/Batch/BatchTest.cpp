@@ -95,6 +95,41 @@ TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsFilesOnce) {
     Desk::waitUntil([&] { return desk.model().destinations()->rows()[1].subtitle == "5 KB"; });
 }
 
+TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
+    disks = {desk.mountDisk("SSD2"), desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001", {{"A.mov", "1234"}, {".DS_Store", "x"}});
+    desk.volume(card).facts.volumeUUID = "AAAA";
+    start();
+    const auto says = [&](const char* text) {
+        return [this, text] {
+            return desk.model().cards()->rows().back().subtitle.contains(text);
+        };
+    };
+    Desk::waitUntil([&] { return desk.model().cards()->rows().back().subtitle == "4 bytes"; });
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    Desk::waitUntil(says("4 bytes · Offloaded "));
+    Desk::waitUntil(says(" → SSD1, SSD2"));
+    // The same content in a place that nobody knows.
+    std::filesystem::copy(desk.folder / "A001", desk.folder / "copy",
+                          std::filesystem::copy_options::recursive);
+    const auto time = std::filesystem::last_write_time(desk.folder / "A001/A.mov");
+    std::filesystem::last_write_time(desk.folder / "copy/A.mov", time);
+    desk.mountCard("copy", {});
+    desk.start();
+    Desk::waitUntil(says("Offloaded "));
+    desk.unmount("dev-copy");
+    writeFile(desk.folder / "A001/B.mov", "5");
+    desk.start();
+    Desk::waitUntil(says("5 bytes · Changed since it was offloaded "));
+    // Another card with as many bytes.
+    std::filesystem::remove(desk.folder / "A001/B.mov");
+    std::filesystem::last_write_time(desk.folder / "A001/A.mov", time + std::chrono::seconds(2));
+    desk.volume(card).facts.volumeUUID = "BBBB";
+    EXPECT_FALSE(PastOffload::find(*desk.model().state().database, desk.volume(card), 4,
+                                   desk.model().state().settings.skipNames()));
+}
+
 TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
     for (const std::string gone : {"B002", "SSD2"}) {
         SCOPED_TRACE(gone);

@@ -1,4 +1,5 @@
 #include "Model/QtText.h"
+#include "Offload/TreeWalker.h"
 #include "Storage/AppDatabase.h"
 #include "Storage/SupportPaths.h"
 #include "support/Desk.h"
@@ -197,6 +198,106 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
     EXPECT_TRUE(lists(model().state().board.lists().destinations, desk.folder / "Raid/film"))
         << "as long as nothing else was stored";
     (void)disk1;
+}
+
+TEST_F(Application, StoresEachChangeAtOnce) {
+    const auto disk1 = desk.mountDisk("SSD1");
+    const auto disk2 = desk.mountDisk("SSD2");
+    desk.start();
+    const auto ticked = [&] {
+        return desk.defaults.value("lastDestIDs").value_or("none");
+    };
+    const auto stored = [&] {
+        return OffloadSettings::load(desk.defaults);
+    };
+    const auto catalog = [&] {
+        return UnitCatalog::load(desk.defaults);
+    };
+    const auto junk = *TreeWalker::defaultSkipNames().begin();
+    model().settings()->addSkipName("MISC");
+    struct {
+        const char* what;
+        std::function<void()> change;
+        std::function<bool()> isStored;
+    } const steps[] = {
+        {"tick", [&] { model().destinations()->toggle(disk1); },
+         [&] {
+             return ticked() == R"(["dev-SSD1"])";
+         }},
+        {"second tick", [&] { model().destinations()->toggle(disk2); },
+         [&] {
+             return ticked() == R"(["dev-SSD1","dev-SSD2"])";
+         }},
+        {"restart", [&] { desk.start(); },
+         [&] {
+             return ticked() == R"(["dev-SSD1","dev-SSD2"])";
+         }},
+        {"removal", [&] { model().destinations()->remove(disk1); },
+         [&] {
+             return ticked() == R"(["dev-SSD2"])";
+         }},
+        {"clearing", [&] { model().destinations()->clear(); },
+         [&] {
+             return ticked() == "[]";
+         }},
+        {"crew", [&] { model().units()->tapCrew(model().units()->crews()->rows()[1].value); },
+         [&] {
+             return catalog().selectedSet().name == "Ekip2";
+         }},
+        {"deleted crew", [&] { model().units()->deleteCrew(); },
+         [&] {
+             return catalog().selectedSet().name == "Ekip1";
+         }},
+        {"template", [&] { model().pathTemplate()->save("Film/{Cam}"); },
+         [&] {
+             return stored().folderTemplate == "Film/{Cam}";
+         }},
+        {"name copied after all",
+         [&] { model().settings()->setDefaultSkip(toQString(junk), false); },
+         [&] {
+             return !stored().skipNames().contains(junk);
+         }},
+        {"name not skipped any more", [&] { model().settings()->removeSkipName("MISC"); },
+         [&] {
+             return !stored().skipNames().contains("MISC");
+         }},
+        {"reports folder",
+         [&] {
+             desk.choice = desk.folder.path();
+             model().reports()->pick();
+         },
+         [&] {
+             return stored().outputFolderPath == desk.folder.path();
+         }},
+        {"usual reports folder", [&] { model().reports()->reset(); },
+         [&] {
+             return stored().outputFolderPath.empty();
+         }},
+    };
+    for (const auto& step : steps) {
+        EXPECT_FALSE(step.isStored() && step.what != std::string("restart")) << step.what;
+        step.change();
+        EXPECT_TRUE(step.isStored()) << step.what << ": " << ticked();
+    }
+}
+
+TEST_F(Application, AsksForAUnitAsLongAsThereIsACardToGiveItTo) {
+    const auto card = desk.mountCard("A001");
+    desk.mountDisk("SSD1");
+    desk.start();
+    const auto& missing = model().state().cardUnits.cardsNeedingUnit;
+    const std::function<void()> ways[] = {[&] { model().cards()->toggle(card); },
+                                          [&] { model().cards()->clear(); },
+                                          [&] {
+                                              model().cards()->remove(card);
+                                          }};
+    for (const auto& way : ways) {
+        model().cards()->toggle(card);
+        model().batch()->start();
+        EXPECT_EQ(missing, VolumeIDs{"dev-A001"});
+        way();
+        EXPECT_THAT(missing, IsEmpty());
+    }
 }
 
 TEST_F(Application, PickedFoldersLiveSideBySide) {

@@ -82,7 +82,7 @@ constexpr const char* kFirstVersion = R"sql(
 TEST_F(StoreFile, HasTheSchemaThatOtherVersionsRead) {
     { const AppDatabase database(file); }
     EXPECT_EQ(ask(file, "SELECT identifier FROM grdb_migrations ORDER BY rowid"),
-              "v1\nv2-camera-label\nv3-timecode\nv4-history\n");
+              "v1\nv2-camera-label\nv3-timecode\nv4-history\nv5-card\n");
     EXPECT_EQ(ask(file, "SELECT name, type, \"notnull\", dflt_value, pk "
                         "FROM pragma_table_info('sessions')"),
               "id|TEXT|0||1\ncardName|TEXT|1||0\ndestName|TEXT|1||0\nsessionRoot|TEXT|1||0\n"

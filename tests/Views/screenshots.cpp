@@ -49,7 +49,6 @@ int main(int count, char** words) {
 
     slatewise::test::Stage stage;
     stage.model()->setLanguageCode(arguments.at(2));
-    stage.play(scene);
 
     QQmlApplicationEngine engine;
     engine.addImportPath("qrc:/qt/qml");
@@ -61,6 +60,8 @@ int main(int count, char** words) {
     const bool sized = arguments.size() == 7;
     window->resize(sized ? arguments.at(5).toInt() : 984, sized ? arguments.at(6).toInt() : 900);
     window->show();
+    // As a user would come to it: what happens before the window is there scrolls nothing.
+    stage.play(scene);
     if (scene == "editor")
         QTimer::singleShot(kSettledMilliseconds / 2, window, [window] { openEditor(*window); });
     QTimer::singleShot(kSettledMilliseconds, window, [window, file = arguments.at(4)] {

@@ -83,6 +83,7 @@ ViewCase {
             wait(data.pause)
         }
         verify(filled() > 0.125, "stands at " + filled())
+        verify(!find("percent").truncated && find("percent").width >= find("percent").implicitWidth)
         tryVerify(() => Math.abs(filled() - 0.25) < 0.001)
         stage.fail()
         tryVerify(() => filled() === 0)
@@ -138,7 +139,7 @@ ViewCase {
                 ["A001 → SHUTTLE_01", "A001 → RAID Backup", "B004 → SHUTTLE_01 was not begun.",
                  "B004 → RAID Backup was not begun."])
         compare(lines().length, 4 + 3, "the first three problems")
-        compare(find("untold").text, "and 4 more")
+        compare(find("untold").text, "and 3 more")
         verify(find("advice").text.includes("Do not wipe the card"))
         mouseClick(find("showOutcome"))
         tryVerify(() => findChild(root.Window.window.contentItem, "outcomeText") !== null)

@@ -90,7 +90,7 @@ ViewCase {
             row("disks", 0), find("mark", row("disks", 0)), find("remove", row("disks", 0)),
             chip("crews", 0), field("crews"), find("new", find("crews")), find("delete", find("crews")),
             chip("units", 0), field("units"), find("delete", find("units")),
-            find("advanced"), find("history"), find("copy")
+            find("advanced"), find("history"), find("otherVolumes"), find("copy")
         ]
         expected[0].forceActiveFocus(Qt.TabFocusReason)
         const seen = []

@@ -117,6 +117,23 @@ ViewCase {
         verify(find("below", cards).visible)
     }
 
+    // A person knows better, and may change their mind.
+    function test_a_volume_goes_where_its_user_wants_it() {
+        const overlay = () => root.Window.window.contentItem
+        const use = name => findChild(findChild(overlay(), "otherVolumeRows"), name)
+        stage.plugInUnknown("SAS_01")
+        verify(!names("cards").includes("SAS_01") && !names("disks").includes("SAS_01"))
+        mouseClick(find("otherVolumes"))
+        tryVerify(() => findChild(overlay(), "otherVolumeRows") !== null)
+        tryVerify(() => use("useAsDestination").visible)
+        wait(settled)
+        mouseClick(use("useAsDestination"))
+        tryVerify(() => names("disks").includes("SAS_01"))
+        mouseClick(use("useAsCard"))
+        tryVerify(() => names("cards").includes("SAS_01") && !names("disks").includes("SAS_01"))
+        model.otherVolumes.isPresented = false
+    }
+
     function test_heads_of_the_columns() {
         for (const column of ["cards", "disks"]) {
             stage.answerWith(column)

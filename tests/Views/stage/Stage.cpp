@@ -91,6 +91,11 @@ void Stage::plugInDisk(const QString& name, double freeBytes) {
     add(name, VolumeKind::Destination, static_cast<std::int64_t>(freeBytes));
 }
 
+void Stage::plugInUnknown(const QString& name) {
+    add(name, VolumeKind::Unknown, static_cast<std::int64_t>(kGB));
+    moveToTop(name);
+}
+
 void Stage::moveToTop(const QString& name) {
     auto& volumes = desk_.volumes;
     const auto found = std::find_if(volumes.begin(), volumes.end(), [&](const auto& volume) {
@@ -141,7 +146,9 @@ void Stage::copying(double fraction) {
         batch.batchBegan(plan());
         batch.pairBegan(plan().pairs().front());
     }
-    batch.phaseChanged(Phase::Copying{"CLIP/A001C092_260301.mxf", 92, 214, fraction, 412.6e6});
+    batch.phaseChanged(Phase::Copying{"CLIP/A001C092_260301.mxf", 92, 214, fraction, 412.6e6,
+                                      static_cast<std::int64_t>(fraction * 118.2 * kGB),
+                                      static_cast<std::int64_t>(118.2 * kGB)});
 }
 
 void Stage::succeed() {
@@ -195,10 +202,16 @@ void Stage::play(const QString& scene) {
         copying(0.86);
     } else if (scene == "success") {
         succeed();
+    } else if (scene == "hashed") {
+        model()->settings()->setVerifyOnly(true);
+        succeed();
     } else if (scene == "failed") {
         fail();
     } else if (scene == "crowded") {
         playCrowded();
+    } else if (scene == "volumes") {
+        plugInUnknown("SAS_01");
+        model()->otherVolumes()->setPresented(true);
     } else if (scene == "history") {
         playHistory();
     } else if (scene == "sheet" || scene == "editor") {
@@ -256,7 +269,7 @@ void Stage::playHistory() {
         outcome.startedAt = outcome.finishedAt = day;
         day -= std::chrono::hours(7);
         database.save(outcome, outcome.files, past.card, "SSD1", "CamA");
-        database.saveTraces(outcome.sessionID.text(), "Unit 1", "");
+        database.saveTraces(outcome.sessionID.text(), "Unit 1", "", "");
         if (past.check)
             database.recordCheck(outcome.sessionID.text(), *past.check);
     }

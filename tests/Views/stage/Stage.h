@@ -30,6 +30,8 @@ public:
 
     Q_INVOKABLE void plugInCard(const QString& name, double bytes = 1e9);
     Q_INVOKABLE void plugInDisk(const QString& name, double freeBytes = 1e12);
+    /// Something that is neither a card nor a disk to copy to.
+    Q_INVOKABLE void plugInUnknown(const QString& name);
     /// Lists show mounts in their order, in which this one then comes first.
     Q_INVOKABLE void moveToTop(const QString& name);
     Q_INVOKABLE void pull(const QString& name);
