@@ -42,6 +42,22 @@ Place placeOf(const std::vector<Mount>& mounts, const std::filesystem::path& pat
                 .lexically_normal()};
 }
 
+/// A second copy on one disk saves nobody: with the disk both are lost. Two folders of a disk are a
+/// person's own choice; one folder by two names is not.
+std::optional<std::string> findSameDestination(const BatchPlan& plan) {
+    const auto& all = plan.destinations;
+    for (auto one = all.begin(); one != all.end(); ++one) {
+        const auto& path = one->facts.mountPoint;
+        const auto same = std::find_if(std::next(one), all.end(), [&](const auto& other) {
+            return contains(path, other.facts.mountPoint) && contains(other.facts.mountPoint, path);
+        });
+        if (same != all.end())
+            return plan.l10n().sameDestination(Text::displayable(path.native()),
+                                               Text::displayable(same->facts.mountPoint.native()));
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 bool contains(const std::filesystem::path& outer, const std::filesystem::path& inner) {
@@ -56,6 +72,8 @@ bool contains(const std::filesystem::path& outer, const std::filesystem::path& i
 }
 
 std::optional<std::string> find(const BatchPlan& plan, Instant now) {
+    if (auto same = findSameDestination(plan))
+        return same;
     const auto archive = SupportPaths::reportsArchivePath(plan.settings);
     for (const auto& pair : plan.pairs()) {
         const auto& card = pair.card.facts.mountPoint;

@@ -1,5 +1,6 @@
 #include "Batch/PairTraces.h"
 
+#include "Offload/OffloadError.h"
 #include "Platform/Error.h"
 #include "Reports/ReportFolder.h"
 #include "Reports/ReportWriter.h"
@@ -72,7 +73,7 @@ private:
             ReportWriter::write(manifest_, set_, plan_.language);
             folders_.inArchive = set_;
         } catch (const std::exception& failure) {
-            fail({Kind::ReportsNotArchived, archive_.native(), describe(failure)});
+            fail({Kind::ReportsNotArchived, archive_.native(), describe(failure, plan_.l10n())});
             writeSetAside();
         }
     }
@@ -123,7 +124,8 @@ private:
             ReportWriter::copySidecars(RootFolder(set_), *pair_.destinationFolder, onDestination);
             folders_.onDestination = pair_.destination.facts.mountPoint / onDestination;
         } catch (const std::exception& failure) {
-            fail({Kind::ReportsNotCopied, pair_.destination.name(), describe(failure)});
+            fail({Kind::ReportsNotCopied, pair_.destination.name(),
+                  describe(failure, plan_.l10n())});
         }
     }
 
@@ -148,7 +150,7 @@ private:
                 pair_.card.isPickedFolder() ? std::string()
                                             : pair_.card.facts.volumeUUID.value_or(""));
         } catch (const std::exception& failure) {
-            report({Kind::SessionNotStored, pair_.card.name(), describe(failure)});
+            report({Kind::SessionNotStored, pair_.card.name(), describe(failure, plan_.l10n())});
         }
         AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
                                    rawValue(outcome_.status), pair_.card.facts.volumeName,
@@ -161,7 +163,7 @@ private:
             selfEnqueue(manifest_, database_);
         } catch (const std::exception& failure) {
             const OffloadProblem problem{Kind::SessionNotQueued, pair_.card.name(),
-                                         describe(failure)};
+                                         describe(failure, plan_.l10n())};
             if (plan_.serviceProfile)
                 report(problem);
             else

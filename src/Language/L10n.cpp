@@ -201,6 +201,15 @@ std::string L10n::destinationInsideCard(Text destination, Text card) const {
                              destination, card);
 }
 
+std::string L10n::sameDestination(Text one, Text other) const {
+    return isTurkish()
+               ? fmt::format("{} ve {} aynı klasör. İkinci kopya için başka bir disk seçin.", one,
+                             other)
+               : fmt::format(
+                     "{} and {} are the same folder. Choose another disk for the second copy.", one,
+                     other);
+}
+
 std::string L10n::archiveInsideCard(Text archive, Text card) const {
     return isTurkish()
                ? fmt::format("Rapor arşivi {} kartın içinde ({}). Kartın dışında bir yer seçin.",

@@ -75,6 +75,7 @@ public:
     std::string reportMoreProblems(int count) const;
     /// Without the folder and size facts that follow it.
     std::string destinationInsideCard(Text destination, Text card) const;
+    std::string sameDestination(Text one, Text other) const;
     std::string archiveInsideCard(Text archive, Text card) const;
     std::string cardInsideSession(Text card, Text session) const;
     std::string copyStopped(Text file, Text reason) const;

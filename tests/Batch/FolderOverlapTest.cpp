@@ -79,6 +79,11 @@ TEST(FolderOverlap, RefusesACopyIntoItsOwnSource) {
         {"a card in its session's folder", "D/x/A", "D", "{Dest}/x", false, "D/x)"},
         {"a session that is hashed where it lies", "D/x/A", "D", "{Dest}/x", true, nullptr},
     };
+    BatchPlan doubled;
+    doubled.cards = {volumeOf("/A")};
+    doubled.destinations = {volumeOf("/D"), volumeOf("/E"), volumeOf("/x/../D/")};
+    EXPECT_THAT(FolderOverlap::find(doubled, Clock::now()).value_or(""),
+                HasSubstr("/D and /x/../D/ are the same folder"));
     const TemporaryFolder folder;
     std::filesystem::create_directories(folder / "planted");
     std::filesystem::create_symlink("../A", folder / "planted/reports");

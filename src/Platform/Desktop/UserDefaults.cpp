@@ -1,9 +1,12 @@
 #include "Platform/Desktop/UserDefaults.h"
 
 #include "Platform/Desktop/UserFolders.h"
+#include "Platform/Files/FileDescriptor.h"
 
 #include <QFile>
 #include <QSettings>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <map>
 #include <mutex>
@@ -14,6 +17,21 @@ namespace {
 
 QString toQString(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// Project and crew names are nobody else's to read. Whatever keeps this from being done shows when
+/// the file is written.
+void makePrivate(const QString& file) {
+    const std::filesystem::path path = QFile::encodeName(file).toStdString();
+    std::error_code ignored;
+    if (std::filesystem::create_directories(path.parent_path(), ignored))
+        std::filesystem::permissions(path.parent_path(), std::filesystem::perms::owner_all,
+                                     ignored);
+    constexpr mode_t kOwnersAlone = 0600;
+    const FileDescriptor made(::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, kOwnersAlone));
+    // One that was written before is narrowed.
+    if (made)
+        (void)::fchmod(made.get(), kOwnersAlone);
 }
 
 } // namespace
@@ -54,6 +72,7 @@ void UserDefaults::setValue(std::string_view key, std::string_view value) {
         storage_->changes.insert_or_assign(std::string(key), std::string(value));
         return;
     }
+    makePrivate(storage_->settings.fileName());
     storage_->settings.setValue(toQString(key), toQString(value));
     storage_->settings.sync();
 }

@@ -20,6 +20,16 @@ TEST(UserDefaults, KeepsAnyTextAcrossInstances) {
     UserDefaults(file).setValue("offloadSettings", awkward);
     EXPECT_EQ(UserDefaults(file).value("offloadSettings"), awkward);
     EXPECT_FALSE(UserDefaults(file).value("unknown"));
+
+    using std::filesystem::perms;
+    const auto rightsOf = [](const auto& path) {
+        return std::filesystem::status(path).permissions();
+    };
+    EXPECT_EQ(rightsOf(file.parent_path()), perms::owner_all);
+    EXPECT_EQ(rightsOf(file), perms::owner_read | perms::owner_write);
+    std::filesystem::permissions(file, perms::all);
+    UserDefaults(file).setValue("appLanguage", "en");
+    EXPECT_EQ(rightsOf(file), perms::owner_read | perms::owner_write);
 }
 
 TEST(UserDefaults, KeepsChangesToThisProcessWhenAskedTo) {
