@@ -309,8 +309,12 @@ TEST_F(OffloadProgram, ACardMayHaveWordsOfItsOwn) {
     EXPECT_THAT(pairs[0].sessionRoot.native(), HasSubstr("/Ekip1/CamA/A001"));
     EXPECT_THAT(pairs[1].sessionRoot.native(), HasSubstr("/EKIP/CamB/B002"));
     EXPECT_THAT(pairs[2].sessionRoot.native(), HasSubstr("/EKIP/CamB/C=3,x"));
-    EXPECT_THAT(result.standardError,
-                AllOf(HasSubstr("B002: camera CamB, crew EKIP"), Not(HasSubstr("A001: camera"))));
+    EXPECT_THAT(result.standardError, AllOf(HasSubstr("B002: camera CamB, crew EKIP"),
+                                            HasSubstr("A001: camera CamA, crew Ekip1.")));
+
+    const auto other = offload({"--to", folder / "Disk1", folder / "A001=2"});
+    EXPECT_EQ(other.exitCode, 1) << "a card that is not there, and not another one";
+    EXPECT_THAT(other.standardError, HasSubstr("A001=2: No such file"));
 }
 
 TEST_F(OffloadProgram, FollowsItsOptions) {

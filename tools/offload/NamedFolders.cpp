@@ -37,16 +37,16 @@ bool isThere(const std::filesystem::path& path) {
 }
 
 /// Takes "CARD=CAMERA,CREW" apart. A path that is there as it was typed is just that, "=" or not;
-/// and no path is cut in two at a "=" in the name of a folder above.
+/// and no path is cut in two at a "=" in the name of a folder above. Without a comma it is a path,
+/// too: where "A001=2" is not mounted, nobody wants "A001" for it.
 NamedFolder cardNamed(const std::string& typed) {
     const auto sign = typed.rfind('=');
-    if (sign == std::string::npos || typed.find('/', sign) != std::string::npos || isThere(typed))
+    const auto comma = typed.find(',', std::min(sign, typed.size()));
+    if (comma == std::string::npos || typed.find('/', sign) != std::string::npos || isThere(typed))
         return unseen(typed, VolumeKind::CameraCard);
     auto card = unseen(typed.substr(0, sign), VolumeKind::CameraCard);
-    const auto words = typed.substr(sign + 1);
-    const auto comma = std::min(words.find(','), words.size());
-    card.camera = words.substr(0, comma);
-    card.crew = words.substr(std::min(comma + 1, words.size()));
+    card.camera = typed.substr(sign + 1, comma - sign - 1);
+    card.crew = typed.substr(comma + 1);
     return card;
 }
 

@@ -21,6 +21,9 @@ struct NamedFolder {
     /// Of a card, where the command line names them for it alone.
     std::string camera{};
     std::string crew{};
+
+    bool hasOwnWords() const { return !camera.empty() || !crew.empty(); }
+
     /// Why it cannot be used: it is gone, or does not answer.
     std::optional<std::string> obstacle{};
     /// It is something else than a folder, which no plugging in mends.

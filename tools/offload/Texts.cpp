@@ -42,6 +42,13 @@ std::string Texts::wordsInUse(std::string_view card, std::string_view camera,
         card, camera, crew);
 }
 
+std::string Texts::ownWords(std::string_view card, std::string_view camera,
+                            std::string_view crew) const {
+    return fmt::format(fmt::runtime(choose("Taken for the card {}: camera {}, crew {}.",
+                                           "{} kartı sayılıyor: kamera {}, ekip {}.")),
+                       card, camera, crew);
+}
+
 std::string Texts::copying(int number, int count) const {
     return fmt::format("{} {}/{}", choose("Copying", "Kopyalanıyor"), number, count);
 }

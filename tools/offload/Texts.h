@@ -25,6 +25,10 @@ public:
     std::string wordsInUse(std::string_view card, std::string_view camera,
                            std::string_view crew) const;
 
+    /// The words that the command line gives to a card alone.
+    std::string ownWords(std::string_view card, std::string_view camera,
+                         std::string_view crew) const;
+
     // How it goes.
 
     std::string copying(int number, int count) const;

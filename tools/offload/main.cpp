@@ -77,10 +77,12 @@ void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
         values.destination = "/";
         values.camera = order.cameraOf(card);
         values.ekip = order.crewOf(card);
-        if (values.camera.empty() || values.ekip.empty()) {
-            display.inform(texts.wordsInUse(card.volume.name(), wordFor("{Cam}", values),
-                                            wordFor("{Ekip}", values)));
-        }
+        const auto camera = wordFor("{Cam}", values);
+        const auto crew = wordFor("{Ekip}", values);
+        if (card.hasOwnWords())
+            display.inform(texts.ownWords(card.volume.facts.mountPoint.native(), camera, crew));
+        else if (values.camera.empty() || values.ekip.empty())
+            display.inform(texts.wordsInUse(card.volume.name(), camera, crew));
     }
 }
 
