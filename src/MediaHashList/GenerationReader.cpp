@@ -249,6 +249,10 @@ std::vector<ChainLink> readChain(std::string_view given) {
         chain.push_back({number, std::move(reference.path), std::move(reference.c4)});
     });
     requireWhole(xml);
+    // Their numbers say what came first, wherever they stand.
+    std::stable_sort(chain.begin(), chain.end(), [](const auto& left, const auto& right) {
+        return left.number < right.number;
+    });
     return chain;
 }
 

@@ -23,7 +23,7 @@ std::vector<FileValue> listed(const HashValues& values, const std::optional<Inst
 
 Creator creatorOf(const OffloadSettings& settings) {
     auto creator = creatorHere();
-    if (!settings.listAuthor.empty())
+    if (!settings.listAuthor.empty() || !settings.listRole.empty())
         creator.authors = {{settings.listAuthor, settings.listRole}};
     creator.location = settings.listLocation;
     return creator;

@@ -266,7 +266,9 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
     }
     const RootFolder card(folder / "card");
     const RootFolder disk(folder / "disk");
-    TransferLists lists{OffloadSettings()};
+    OffloadSettings settings;
+    settings.listRole = "DIT";
+    TransferLists lists{settings};
     auto entries = TreeWalker::walk(card, {});
     lists.readHistories(card, entries);
     OffloadOutcome outcome;
@@ -277,6 +279,7 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
     EXPECT_EQ(lists.write(disk, {}, outcome).lists.size(), 2U);
     const auto newest = History::load(disk).generations().back();
     ASSERT_EQ(newest.files.size(), 2U);
+    EXPECT_EQ(newest.creator.authors, (std::vector<Author>{{"", "DIT"}}));
     EXPECT_EQ(newest.files[0].path, "good");
     EXPECT_EQ(newest.files[1].values[0].action, HashAction::Failed);
     EXPECT_TRUE(newest.root.empty()) << "not all that lies there was proved";
