@@ -44,11 +44,11 @@ std::string_view word(Verify::Difference difference, L10n l10n) {
 }
 
 /// The set in the archive knows where its footage is; without it, so do the lists on the disk.
-Verify::ListedTree listsOf(const HistoryRecord& session) {
+Verify::ListedTree listsOf(const HistoryRecord& session, const std::stop_token& stop) {
     const std::filesystem::path reports = session.reportFolder;
     const bool isSetThere = !reports.empty() && FileSystem::exists(reports / "manifest.json");
-    return Verify::findLists(isSetThere ? reports
-                                        : std::filesystem::path(session.session.sessionRoot));
+    return Verify::findLists(
+        isSetThere ? reports : std::filesystem::path(session.session.sessionRoot), stop);
 }
 
 } // namespace
@@ -80,7 +80,7 @@ void CopyCheck::Work::perform() {
                                          note(finding);
                                  }};
     try {
-        const auto tree = listsOf(session);
+        const auto tree = listsOf(session, stop.get_token());
         const auto result = Verify::check(tree, Verify::Keep::Nothing, watch, stop.get_token());
         check.filesEqual = result.filesEqual;
         check.differences = result.differences;

@@ -34,6 +34,11 @@ void tell(ListedTree& tree, const std::filesystem::path& list, const Error& fail
     tree.troubles.push_back(std::move(trouble));
 }
 
+void throwIfAsked(const std::stop_token& stop) {
+    if (stop.stop_requested())
+        throw CancellationError();
+}
+
 void requireDown(const std::filesystem::path& list, const std::string& path) {
     if (!MediaHashList::leadsDown(path))
         throw ListError(Reason::LeadsOut, path, list);
@@ -177,11 +182,13 @@ void addHistory(const RootFolder& root, const std::string& folder, ListedTree& t
 }
 
 /// Histories of the tree and of folders in it.
-void addHistories(ListedTree& tree) {
-    const RootFolder root(tree.root);
-    tree.withHistory = MediaHashList::foldersWithHistory(TreeWalker::walk(root, {}));
-    for (const auto& folder : tree.withHistory)
-        addHistory(root, folder, tree);
+void addHistories(ListedTree& tree, const std::stop_token& stop) {
+    tree.folder = std::make_shared<const RootFolder>(tree.root);
+    tree.withHistory = MediaHashList::foldersWithHistory(TreeWalker::walk(*tree.folder, {}));
+    for (const auto& folder : tree.withHistory) {
+        throwIfAsked(stop);
+        addHistory(*tree.folder, folder, tree);
+    }
 }
 
 void addReports(const std::filesystem::path& folder, ListedTree& tree) {
@@ -296,7 +303,7 @@ void addListsOfFolder(const std::filesystem::path& folder, ListedTree& tree) {
 
 } // namespace
 
-ListedTree findLists(const std::filesystem::path& given) {
+ListedTree findLists(const std::filesystem::path& given, const std::stop_token& stop) {
     std::error_code failure;
     const auto path = std::filesystem::canonical(given, failure);
     if (failure)
@@ -309,7 +316,9 @@ ListedTree findLists(const std::filesystem::path& given) {
     } else {
         addListsOfFolder(path, tree);
     }
-    addHistories(tree);
+    throwIfAsked(stop);
+    addHistories(tree, stop);
+    throwIfAsked(stop);
     if (tree.lists.empty() && tree.troubles.empty())
         throw ListError(Reason::NoList, {}, path);
     if (tree.files.empty() && tree.troubles.empty())

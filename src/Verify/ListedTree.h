@@ -2,11 +2,14 @@
 
 #include "MediaHashList/HashedTree.h"
 #include "MediaHashList/ListError.h"
+#include "Platform/Files/RootFolder.h"
 #include "Platform/HashValue.h"
 
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -37,6 +40,8 @@ struct ListTrouble {
 /// A tree with every list of it that could be found.
 struct ListedTree {
     std::filesystem::path root;
+    /// The root, held open from the lists to the last file, whatever comes to lie under its path.
+    std::shared_ptr<const RootFolder> folder;
     /// The lists, in the order in which they were found.
     std::vector<std::filesystem::path> lists;
     /// By path below the root, as bytes.
@@ -51,7 +56,8 @@ struct ListedTree {
 /// Finds the tree and its lists. `path` is a session's folder, a folder of reports, a
 /// "manifest.json", a "checksums.sha256", or a folder with a history. A list that is damaged or
 /// names a path that leads out is told among the troubles. Fails with `ListError` when there is no
-/// list, when there is nothing in any, or the tree is not there, and with `PosixError`. Blocks.
-ListedTree findLists(const std::filesystem::path& path);
+/// list, when there is nothing in any, or the tree is not there, with `PosixError`, and with
+/// `CancellationError` when asked to stop. Blocks.
+ListedTree findLists(const std::filesystem::path& path, const std::stop_token& stop = {});
 
 } // namespace slatewise::Verify

@@ -36,7 +36,7 @@ SkipNames withHistories(SkipNames names) {
 class Check {
 public:
     Check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop)
-        : tree_(tree), root_(tree.root), keep_(keep), watch_(watch), stop_(std::move(stop)) {}
+        : tree_(tree), root_(*tree.folder), keep_(keep), watch_(watch), stop_(std::move(stop)) {}
 
     Result run() {
         publish(Phase::Scanning());
@@ -61,6 +61,9 @@ public:
             else if (entry.shouldCopy)
                 tell({Difference::New, entry.relativePath});
         }
+        // What was read was the right folder's. Under its path lies another by now, or none.
+        if (!root_.isStillAtItsPath())
+            tell({Difference::Missing, tree_.root.native()});
         return std::move(result_);
     }
 
@@ -187,7 +190,7 @@ private:
     }
 
     const ListedTree& tree_;
-    const RootFolder root_;
+    const RootFolder& root_;
     const Keep keep_;
     const Watch& watch_;
     const std::stop_token stop_;
@@ -235,8 +238,7 @@ std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) 
                    isWanted(folder, pattern);
         });
     }
-    return MediaHashList::addGenerations(RootFolder(tree.root), {}, hashed, tree.withHistory)
-        .leftOut;
+    return MediaHashList::addGenerations(*tree.folder, {}, hashed, tree.withHistory).leftOut;
 }
 
 } // namespace slatewise::Verify

@@ -1,7 +1,9 @@
 #include "MediaHashList/HashedTree.h"
 #include "MediaHashList/History.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/Error.h"
 #include "Platform/Text.h"
+#include "Verify/TreeCheck.h"
 #include "support/Files.h"
 #include "support/MappedFile.h"
 #include "support/Process.h"
@@ -264,6 +266,29 @@ TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
     EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
     // More levels than the standard library can remove.
     run({"rm", "-r", folder / "A001/level", root / "level"});
+}
+
+TEST_F(VerifyProgram, TellsOfAFolderThatIsAnotherBeforeTheEnd) {
+    const auto root = offload();
+    const auto tree = Verify::findLists(root);
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW((void)Verify::findLists(root, stop.get_token()), CancellationError);
+    std::vector<std::string> missing;
+    const Verify::Watch watch = {.progress =
+                                     [&](const auto&) {
+                                         if (std::filesystem::exists(folder / "aside"))
+                                             return;
+                                         std::filesystem::rename(root, folder / "aside");
+                                         writeFile(root / "another", "disk");
+                                     },
+                                 .finding =
+                                     [&](const auto& finding) {
+                                         missing.push_back(finding.path);
+                                     }};
+    const auto result = Verify::check(tree, Verify::Keep::Nothing, watch, {});
+    EXPECT_EQ(result.filesEqual, 4);
+    EXPECT_THAT(missing, ::testing::ElementsAre(root.native()));
 }
 
 TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {

@@ -33,7 +33,7 @@ void keep(const Verify::ListedTree& tree, Verify::Result& result, const tool::Ve
 /// Gives whether all is there and equal.
 bool verify(const std::filesystem::path& path, const tool::VerifyArguments& arguments,
             const tool::VerifyTexts& texts, tool::ProgressDisplay& display, std::stop_token stop) {
-    const auto tree = Verify::findLists(path);
+    const auto tree = Verify::findLists(path, stop);
     const Verify::Watch watch = {
         .progress = [&](const OffloadPhase& phase) { display.show(phase); },
         .finding =
