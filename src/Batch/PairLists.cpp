@@ -50,6 +50,8 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome,
         outcome.hashLists = std::move(added.lists);
         for (auto& name : added.leftOut)
             add({Kind::NameNotListed, std::move(name)});
+        if (added.failure)
+            std::rethrow_exception(added.failure);
     } catch (const std::exception& failure) {
         add({Kind::ListNotWritten, outcome.sessionRoot.native(), describe(failure)});
     }

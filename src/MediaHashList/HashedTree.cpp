@@ -58,8 +58,12 @@ public:
 
     AddedGenerations run() {
         shareOut();
-        for (const auto& folder : folders_)
-            add(folder);
+        try {
+            for (const auto& folder : folders_)
+                add(folder);
+        } catch (const Error&) {
+            added_.failure = std::current_exception();
+        }
         return std::move(added_);
     }
 

@@ -4,6 +4,7 @@
 #include "Offload/OffloadRows.h"
 #include "Platform/Files/RootFolder.h"
 
+#include <exception>
 #include <filesystem>
 #include <map>
 #include <span>
@@ -38,6 +39,8 @@ struct AddedGenerations {
     std::vector<std::string> lists;
     /// What the lists cannot hold for its name.
     std::vector<std::string> leftOut;
+    /// Why no further list was written; empty when all were. A `PosixError` or `ListError`.
+    std::exception_ptr failure{};
 };
 
 /// The folders of a tree, "" for its root, that hold a history or what remains of one; inner ones
@@ -56,7 +59,8 @@ Creator creatorHere();
 /// Adds a generation to every history of the tree in the folder `below` beneath `root`, and to the
 /// tree itself, which may have had none. A history further down comes first, and is named by the
 /// one above it instead of its files. A folder gets values when all that lies in it is listed. What
-/// lies in the folders of histories is no part of any. Fails with `PosixError` and `ListError`.
+/// lies in the folders of histories is no part of any. A failure is part of what it gives, since
+/// lists that were written before it stay.
 AddedGenerations addGenerations(const RootFolder& root, const std::filesystem::path& below,
                                 const HashedTree& tree,
                                 std::span<const std::string> foldersWithHistory);

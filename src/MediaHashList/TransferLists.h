@@ -31,8 +31,8 @@ public:
 
     /// Writes the generations of a run, beneath `destination`, and sees them onto the disk.
     /// `session` is the session's folder there. Nothing is written when nothing was copied or
-    /// proved, or when a history of the card could not be read and so cannot go on. Fails with
-    /// `PosixError` and `ListError`.
+    /// proved, or when a history of the card could not be read and so cannot go on. A failure is
+    /// part of what it gives.
     AddedGenerations write(const RootFolder& destination, const std::filesystem::path& session,
                            const OffloadOutcome& outcome) const;
 

@@ -238,7 +238,10 @@ std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) 
                    isWanted(folder, pattern);
         });
     }
-    return MediaHashList::addGenerations(*tree.folder, {}, hashed, tree.withHistory).leftOut;
+    auto added = MediaHashList::addGenerations(*tree.folder, {}, hashed, tree.withHistory);
+    if (added.failure)
+        std::rethrow_exception(added.failure);
+    return std::move(added.leftOut);
 }
 
 } // namespace slatewise::Verify

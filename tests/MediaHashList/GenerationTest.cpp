@@ -233,6 +233,16 @@ TEST(MediaHashListTest, HistoriesFurtherDownGrowFirstAndAreNamedAbove) {
               (std::vector<Reference>{
                   {added.lists[0], hashOf(HashFormat::C4, readFile(root / added.lists[0]))}}));
 
+    // What lies in the way of the outer list leaves the inner one written, and told.
+    const auto outerFolder = root / "ascmhl";
+    std::filesystem::rename(outerFolder, root / "aside");
+    writeFile(outerFolder, "");
+    const auto half = addGenerations(handle, {}, tree, nested);
+    EXPECT_TRUE(half.failure);
+    EXPECT_THAT(half.lists, ::testing::SizeIs(2));
+    std::filesystem::remove(outerFolder);
+    std::filesystem::rename(root / "aside", outerFolder);
+
     tree.unknownFiles = {"SES/new.wav"};
     (void)addGenerations(handle, {}, tree, foldersWithHistory(TreeWalker::walk(handle, {})));
     const auto partly = History::load(handle).generations().back();
@@ -346,6 +356,8 @@ TEST(MediaHashListTest, RefusesWhatIsNoListOrWouldDoHarm) {
                                  "sequencenr=\"1\"><path>../x.mhl</path></hashlist>"
                                  "</ascmhldirectory>"),
                  Error);
+    const std::string c4 = hashOf(HashFormat::C4, "");
+    EXPECT_EQ(readChain(writeChain({{2, "2.mhl", c4}, {1, "1.mhl", c4}})).front().number, 1);
     for (const auto* const name : {"a\rb", "\x01", "bad \xff", "\xef\xbf\xbf"})
         EXPECT_FALSE(canHold(name)) << name;
 }
