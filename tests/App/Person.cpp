@@ -2,6 +2,7 @@
 
 #include "Platform/Text.h"
 #include "Storage/SupportPaths.h"
+#include "support/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -39,13 +40,7 @@ void installStandIn(const std::filesystem::path& folder, const std::filesystem::
 } // namespace
 
 Person::Home::Home(const TemporaryFolder& folder) {
-    const auto set = [&folder](const char* variable, const char* name) {
-        ::setenv(variable, (folder / name).c_str(), 1);
-    };
-    set("XDG_DATA_HOME", "data");
-    set("XDG_STATE_HOME", "state");
-    set("XDG_CONFIG_HOME", "config");
-    set("XDG_DOCUMENTS_DIR", "documents");
+    becomeUserIn(folder.path());
     installStandIn(folder / "bin", folder / "opened");
     static const std::string path = std::getenv("PATH");
     ::setenv("PATH", ((folder / "bin").native() + ":" + path).c_str(), 1);

@@ -276,6 +276,7 @@ TEST_F(BatchOfCards, OnePairHasNoLabelAndHashingCopiesNothing) {
     EXPECT_EQ(reportsIn(desk.folder / "SSD1"), 1) << "reports alone";
     EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), 1);
     EXPECT_EQ(desk.model().recentSessions().size(), 1u);
+    EXPECT_THAT(openUserStore()->pendingOutbox(), SizeIs(1));
 }
 
 TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {

@@ -39,16 +39,22 @@ TEST(FolderTemplate, ExpandsTokens) {
 }
 
 TEST(FolderTemplate, NamesBecomeOnePathComponentEach) {
+    struct Case {
+        const char *pathTemplate, *card, *camera, *ekip, *project, *path;
+    };
+    const Case cases[] = {
+        {"{Ekip}|{Cam}|{Project}|{CardName}", " A/B ", "\t", " C/D ", "", "C-D|CAM|PROJECT| A-B "},
+        {"{Ekip}/{Cam}/{Project}/{CardName}", "..", " .. ", ".", "..", "EKIP/CAM/PROJECT/CARD"},
+        {"{CardName}", "{HHmmss}{Cam}", "x", "x", "x", "{HHmmss}{Cam}"}, // a name is no template
+    };
     auto named = values();
-    named.cardName = " A/B ";
-    named.camera = "\t";
-    named.ekip = " C/D ";
-    named.project = "";
-    EXPECT_EQ(FolderTemplate::expand("{Ekip}|{Cam}|{Project}|{CardName}", named),
-              "/media/u/SSD 1/C-D|CAM|PROJECT| A-B ");
-    named.cardName = "{HHmmss}{Cam}";
-    EXPECT_EQ(FolderTemplate::expand("{CardName}", named), "/media/u/SSD 1/{HHmmss}{Cam}")
-        << "a name is no template";
+    for (const auto& [pathTemplate, card, camera, ekip, project, path] : cases) {
+        named.cardName = card;
+        named.camera = camera;
+        named.ekip = ekip;
+        named.project = project;
+        EXPECT_EQ(FolderTemplate::expand(pathTemplate, named), values().destination / path);
+    }
     named.ekip = "";
     named.destination = "/";
     EXPECT_EQ(FolderTemplate::expand("{Ekip}{DestName}", named), "/EKIP-");
@@ -96,12 +102,4 @@ TEST(FolderTemplate, NothingLeadsOutOfTheDestination) {
         EXPECT_FALSE(FolderTemplate::leadsOut(choice.pathTemplate)) << choice.name;
     EXPECT_FALSE(FolderTemplate::leadsOut("{Dest}/a/../{CardName}"));
     EXPECT_FALSE(FolderTemplate::leadsOut(""));
-
-    auto dots = values();
-    dots.cardName = "..";
-    dots.camera = " .. ";
-    dots.ekip = ".";
-    dots.project = "..";
-    EXPECT_EQ(FolderTemplate::expand("{Ekip}/{Cam}/{Project}/{CardName}", dots),
-              values().destination / "EKIP/CAM/PROJECT/CARD");
 }

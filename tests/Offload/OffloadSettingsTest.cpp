@@ -10,8 +10,7 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace ::testing;
 
 TEST(OffloadSettings, SurviveARestart) {
     TemporaryDefaults stored;

@@ -24,8 +24,9 @@ TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
     const TemporaryFolder folder;
     const RootFolder root(folder.path());
     Transfer transfer;
-    for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4096}, kBuffer - 1,
-                                   kBuffer, kBuffer + 1, 3 * kBuffer + 4096 + 7}) {
+    for (const std::size_t size :
+         std::initializer_list<std::size_t>{0, 1, 511, 512, 4095, 4096, 4097, kBuffer - 1, kBuffer,
+                                            kBuffer + 1, 3 * kBuffer + 4096 + 7}) {
         SCOPED_TRACE(size);
         const auto content = bytesOf(size, 7);
         root.removeFile("copy");

@@ -11,7 +11,6 @@
 #include <sys/resource.h>
 
 #include <csignal>
-#include <fstream>
 #include <future>
 #include <thread>
 
@@ -41,18 +40,6 @@ public:
 private:
     rlimit before_{};
 };
-
-/// The one process that serves a file system outside the kernel.
-std::string serverOf(const MountedVolume& volume) {
-    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream file(entry.path() / "cmdline");
-        const std::string command(std::istreambuf_iterator<char>(file), {});
-        if (command.find("exfat") != std::string::npos &&
-            command.find(volume.path().native()) != std::string::npos)
-            return entry.path().filename();
-    }
-    throw std::runtime_error("nobody serves " + volume.path().native());
-}
 
 } // namespace
 
@@ -172,7 +159,7 @@ TEST(Transfer, DoesNotWaitForADiskThatDoesNotAnswer) {
         fmt::format("until [ -e '{1}/hang' ]; do sleep 0.01; done; kill -STOP {0}; "
                     "touch '{1}/hangs'; "
                     "until [ -e '{1}/answer' ]; do sleep 0.01; done; kill -CONT {0}",
-                    serverOf(card), folder.path().native());
+                    card.programID(), folder.path().native());
     auto halted = std::async(std::launch::async, [&] {
         runPrivileged({"timeout", "60", "sh", "-c", halting});
     });

@@ -14,19 +14,20 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::ElementsAre;
+using namespace ::testing;
 
 namespace {
 
-/// One letter for each entry: "c" will be copied, "s" will not, "d" is a folder.
-std::map<std::string, char> listing(const std::vector<InventoryEntry>& entries) {
-    std::map<std::string, char> result;
+/// A word for each entry, in order: "c:" will be copied, "s:" will not, "d:" is a folder.
+std::string listing(const std::vector<InventoryEntry>& entries) {
+    std::string words;
     for (const auto& entry : entries)
-        result[entry.relativePath] = entry.isDirectory ? 'd' : entry.shouldCopy ? 'c' : 's';
-    return result;
+        words += (entry.isDirectory  ? "d:"
+                  : entry.shouldCopy ? "c:"
+                                     : "s:") +
+                 entry.relativePath + " ";
+    return words;
 }
-
-using Listing = std::map<std::string, char>;
 
 } // namespace
 
@@ -58,25 +59,15 @@ TEST(TreeWalker, SkipRulesDecideByName) {
                              ".Trashes/gone.mov", "A/CACHE/x.bin", "A/cache/y.bin"})
         writeFile(card / name, "1");
 
-    EXPECT_EQ(listing(TreeWalker::walk(RootFolder(card.path()), TreeWalker::defaultSkipNames(),
-                                       std::vector<std::string>{"CACHE"})),
-              (Listing{{"._A.mov", 's'},
-                       {"deep", 'd'},
-                       {"deep/er", 'd'},
-                       {"deep/er/._B.mov", 's'},
-                       {".DS_Store", 's'},
-                       {"x.DS_Store", 'c'},
-                       {".ds_store", 'c'},
-                       {".Trashes", 'd'},
-                       {"A", 'd'},
-                       {"A/CACHE", 'd'},
-                       {"A/cache", 'd'},
-                       {"A/cache/y.bin", 'c'}}));
+    EXPECT_EQ(
+        listing(TreeWalker::walk(RootFolder(card.path()), TreeWalker::defaultSkipNames(),
+                                 std::vector<std::string>{"CACHE"})),
+        "s:.DS_Store d:.Trashes s:._A.mov c:.ds_store d:A "
+        "d:A/CACHE d:A/cache c:A/cache/y.bin d:deep d:deep/er s:deep/er/._B.mov c:x.DS_Store ");
 
-    const auto bare = listing(TreeWalker::walk(RootFolder(card.path()), {}));
-    EXPECT_EQ(bare.at("._A.mov"), 's') << "companion files are skipped whatever the set says";
-    EXPECT_EQ(bare.at(".DS_Store"), 'c');
-    EXPECT_EQ(bare.at(".Trashes/gone.mov"), 'c');
+    EXPECT_THAT(listing(TreeWalker::walk(RootFolder(card.path()), {})),
+                StartsWith("c:.DS_Store d:.Trashes c:.Trashes/gone.mov s:._A.mov "))
+        << "companion files are skipped whatever the set says";
 
     EXPECT_TRUE(TreeWalker::shouldSkip("A/CACHE/x.bin", "x.bin", {"CACHE"}));
     EXPECT_FALSE(TreeWalker::shouldSkip("A/CACHES/x.bin", "x.bin", {"CACHE"}));
@@ -105,19 +96,8 @@ TEST(TreeWalker, LinksAreListedAndNeverWalkedInto) {
                          {.unreadable = {}, .leadsOut = [&](const std::string& link) {
                               leadingOut.push_back(link);
                           }});
-    EXPECT_EQ(listing(entries), (Listing{{"clip.mov", 'c'},
-                                         {"dangling", 's'},
-                                         {"deep", 'd'},
-                                         {"deep/er", 'd'},
-                                         {"deep/er/up", 'c'},
-                                         {"deep/er/x", 'c'},
-                                         {"fifo", 'c'},
-                                         {"loop", 's'},
-                                         {"self", 's'},
-                                         {"to-clip", 'c'},
-                                         {"to-fifo", 's'},
-                                         {"to-file", 's'},
-                                         {"to-folder", 's'}}));
+    EXPECT_EQ(listing(entries), "c:clip.mov s:dangling d:deep d:deep/er c:deep/er/up c:deep/er/x "
+                                "c:fifo s:loop s:self c:to-clip s:to-fifo s:to-file s:to-folder ");
     for (const auto& entry : entries) {
         if (entry.relativePath == "to-clip") {
             EXPECT_EQ(entry.sizeBytes, 2) << "the size of what will be copied";
@@ -164,7 +144,7 @@ TEST(TreeWalker, AnUnreadableFolderIsReported) {
                                                    },
                                                .leadsOut = {}});
         const bool isRight = passedOver == std::vector<std::string>{"locked"} &&
-                             listing(entries) == Listing{{"locked", 'd'}, {"open.mov", 'c'}};
+                             listing(entries) == "d:locked c:open.mov ";
         ::_exit(isRight ? 0 : 1);
     }
     int status = 0;
@@ -191,10 +171,10 @@ TEST(TreeWalker, NamesAreBytesAndTreesMayBeDeep) {
     ::close(::openat(folder, "bottom", O_WRONLY | O_CREAT, 0600));
     ::close(folder);
 
-    const auto listed = listing(TreeWalker::walk(RootFolder(card.path()), {}));
-    EXPECT_EQ(listed.size(), 3u + kLevels + 1u);
-    EXPECT_TRUE(listed.contains("line\nend \"quoted\", <b>"));
-    EXPECT_TRUE(listed.contains("not utf-8 \xff\xfe"));
+    const auto entries = TreeWalker::walk(RootFolder(card.path()), {});
+    EXPECT_EQ(entries.size(), 3u + kLevels + 1u);
+    EXPECT_THAT(listing(entries),
+                AllOf(HasSubstr("line\nend \"quoted\", <b>"), HasSubstr("not utf-8 \xff\xfe")));
 }
 
 TEST(TreeWalker, ATreeMayBeDeeperThanFilesMayBeOpen) {

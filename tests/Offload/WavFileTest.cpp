@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fstream>
+
 using namespace slatewise;
 using namespace slatewise::test;
 
@@ -149,13 +151,7 @@ TEST_F(WavFileTest, ReadsLittleOfWhatIsLarge) {
     const auto tail = wavBext(48'000) + wavChunk("iXML", "<TIMECODE_FLAG>DF", kHugeText);
     writeFile(file, head);
     std::filesystem::resize_file(file, head.size() + kDataBytes);
-    writeFile(folder / "tail", tail);
-    const auto appended = readFile(folder / "tail");
-    {
-        std::FILE* out = std::fopen(file.c_str(), "ab");
-        ASSERT_EQ(std::fwrite(appended.data(), 1, appended.size(), out), appended.size());
-        std::fclose(out);
-    }
+    std::ofstream(file, std::ios::app) << tail;
     std::filesystem::resize_file(file, std::filesystem::file_size(file) + kHugeText);
 
     const auto before = peakMemoryKiB();

@@ -4,9 +4,11 @@
 #include "Platform/Numbers.h"
 
 #include <gmock/gmock.h>
+#include <unicode/uloc.h>
 
 #include <cstdlib>
 #include <map>
+#include <thread>
 
 using namespace slatewise;
 using ::testing::ElementsAre;
@@ -48,7 +50,32 @@ TEST(Text, SplitsReplacesAndOrders) {
     EXPECT_THAT(Text::pieces("/a//b/", '/'), ElementsAre("a", "b"));
     EXPECT_EQ(Text::replaced("aaa", "aa", "b"), "ba");
     EXPECT_EQ(Text::pathSafeLabel(" A/B\n"), "A-B");
-    EXPECT_LT(Text::localizedStandardCompare("Clip 9", "clip 10"), 0);
+}
+
+TEST(Text, OrdersNamesAsPeopleOfTheMachinesLanguageDo) {
+    const std::string machine = uloc_getDefault();
+    for (const std::string locale : {"en_US_POSIX", "en_US", "tr_TR"}) {
+        SCOPED_TRACE(locale);
+        // A letter of its own in Turkish is an accent elsewhere.
+        const auto names =
+            locale == "tr_TR"
+                ? std::vector<std::string>{"Clip 9", "clip 10", "cz", "ça", "ız", "İA"}
+                : std::vector<std::string>{"ça", "Clip 9", "clip 10", "cz", "İA", "ız"};
+        UErrorCode status = U_ZERO_ERROR;
+        uloc_setDefault(locale.c_str(), &status);
+        // Every thread asks for the language once.
+        std::thread([&] {
+            for (auto name = names.begin(); name + 1 != names.end(); ++name) {
+                EXPECT_LT(Text::localizedStandardCompare(name[0], name[1]), 0) << *name;
+                EXPECT_LT(Text::localizedStandardSortKey(name[0]),
+                          Text::localizedStandardSortKey(name[1]))
+                    << *name;
+            }
+            EXPECT_EQ(Text::localizedCaseInsensitiveCompare("ÇA", "ça"), 0);
+            EXPECT_GT(Text::localizedCaseInsensitiveCompare("Clip 9", "clip 10"), 0);
+        }).join();
+        uloc_setDefault(machine.c_str(), &status);
+    }
 }
 
 TEST(Clock, TextsOfMomentsDoNotDependOnTheMachine) {

@@ -14,9 +14,7 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using ::testing::Not;
+using namespace ::testing;
 
 namespace {
 
@@ -203,11 +201,13 @@ TEST(SessionHTML, AnEmptySessionIsAWholePage) {
 }
 
 TEST(SessionDetailedHTML, DiffersFromTheStandardPageInThesePlaces) {
-    const auto page =
-        unstyled(SessionDetailedHTML::document(session({clip("DCIM/a.mov", 25, 24)}), kEnglish));
+    auto manifest = session({clip("DCIM/a.mov", 25, 24)});
+    manifest.card.mountPoint = "copies/A001";
+    const auto page = unstyled(SessionDetailedHTML::document(manifest, kEnglish));
     EXPECT_THAT(
         page,
         AllOf(HasSubstr("<b>Reports_Detailed</b> · Session <b>"),
+              HasSubstr("<span><bdi>copies</bdi>/<bdi>A001</bdi></span>"),
               HasSubstr("<div class=\"heads\"><div "
                         "class=\"head\"><span>Name</span><span>Size</span><span>Clip</span>"
                         "<span>Timing</span><span>Verify</span><span>SHA-256</span></div></div>\n"

@@ -1,3 +1,5 @@
+#include "Pdf.h"
+
 #include "Platform/AppInfo.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
@@ -5,25 +7,17 @@
 #include "Reports/SessionPDF.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
-#include "support/Pdf.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <ctime>
+#include <map>
 #include <set>
 #include <thread>
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::AllOf;
-using ::testing::Each;
-using ::testing::ElementsAre;
-using ::testing::Ge;
-using ::testing::HasSubstr;
-using ::testing::Le;
-using ::testing::SizeIs;
+using namespace ::testing;
 
 namespace {
 
@@ -95,7 +89,7 @@ protected:
 
     /// How many rows each page has.
     static std::vector<int> rowsByPage(const std::filesystem::path& file) {
-        std::vector<int> rows(pdfMediaBoxes(file).size());
+        std::vector<int> rows(pdfPageSizes(file).size());
         for (const auto& word : pdfWords(file))
             rows[static_cast<std::size_t>(word.page) - 1] += word.text == "COPY" ? 1 : 0;
         return rows;
@@ -106,40 +100,6 @@ protected:
 };
 
 class EachPdfReport : public PdfReports, public ::testing::WithParamInterface<Report> {};
-
-std::vector<PdfWord> wordsLike(const std::vector<PdfWord>& words, const std::string& text) {
-    std::vector<PdfWord> result;
-    std::copy_if(words.begin(), words.end(), std::back_inserter(result),
-                 [&](const auto& word) { return word.text == text; });
-    return result;
-}
-
-/// Where a page is red, from the upper left corner, in points.
-struct Area {
-    double left = 1e9, top = 1e9, right = 0, bottom = 0;
-    int pixels = 0;
-};
-
-Area redArea(const PdfPicture& picture) {
-    constexpr int kClearly = 60;
-    Area area;
-    for (int y = 0; y < picture.height; ++y) {
-        for (int x = 0; x < picture.width; ++x) {
-            const auto at = static_cast<std::size_t>(3 * (y * picture.width + x));
-            const auto value = [&](std::size_t color) {
-                return static_cast<int>(static_cast<unsigned char>(picture.pixels[at + color]));
-            };
-            if (value(0) - value(1) < kClearly || value(0) - value(2) < kClearly)
-                continue;
-            ++area.pixels;
-            area.left = std::min(area.left, static_cast<double>(x) / kPixelsPerPoint);
-            area.right = std::max(area.right, static_cast<double>(x + 1) / kPixelsPerPoint);
-            area.top = std::min(area.top, static_cast<double>(y) / kPixelsPerPoint);
-            area.bottom = std::max(area.bottom, static_cast<double>(y + 1) / kPixelsPerPoint);
-        }
-    }
-    return area;
-}
 
 std::string errorOf(const std::function<void()>& action) {
     try {
@@ -160,7 +120,7 @@ TEST_F(PdfReports, StandardPagesTake26AndThen28Rows) {
         addClips(count);
         const auto file = write(kStandard);
         EXPECT_THAT(rowsByPage(file), rows) << count;
-        EXPECT_THAT(pdfMediaBoxes(file), Each("0.00 0.00 842.00 595.00"));
+        EXPECT_THAT(pdfPageSizes(file), Each(std::pair(842.0, 595.0)));
     }
 }
 
@@ -168,7 +128,7 @@ TEST_F(PdfReports, DetailedPagesTakeWhatHasRoom) {
     addClips(55);
     const auto file = write(kDetailed);
     EXPECT_THAT(rowsByPage(file), ElementsAre(14, 17, 17, 7));
-    EXPECT_THAT(pdfMediaBoxes(file), Each("0.00 0.00 842.00 595.00"));
+    EXPECT_THAT(pdfPageSizes(file), Each(std::pair(842.0, 595.0)));
 
     manifest.files.clear();
     EXPECT_THAT(rowsByPage(write(kDetailed)), ElementsAre(0));
@@ -217,28 +177,57 @@ TEST_F(PdfReports, DetailedRowsAreAsHighAsTheirLines) {
     EXPECT_EQ(rows[3].nameStamp, "2026-03-01 12:30:15");
 }
 
-TEST_F(PdfReports, StandardCellsStandWhereTheirColumnsAre) {
-    auto& clip = add("clip.mov");
-    clip.media.edit().timecodeStart = "01:00:00:00";
-    clip.media.edit().durationTC = "00:00:10:12";
-    clip.media.edit().captureFps = clip.media.edit().timecodeRate = 25;
-    clip.media.edit().timecodeDropFrame = false;
+TEST_F(PdfReports, CellsStandWhereTheirColumnsAre) {
+    auto& media = add("clip.mov").media.edit();
+    media.timecodeStart = "01:00:00:00";
+    media.durationTC = "00:00:10:12";
+    media.captureFps = media.timecodeRate = 25;
+    media.timecodeDropFrame = false;
+    media.essence.emplace().codec = "ProRes";
     add("clip2.mov").sourceSHA256.reset();
-    const auto words = pdfWords(write(kStandard));
-    const auto first = [&](const std::string& text) {
-        return wordsLike(words, text).at(0);
-    };
+    using Edges = std::map<std::string, double>;
+    const Edges standardRight = {{"1,234,567", 214},   {"COPY", 250},        {"verified", 292},
+                                 {"01:00:00:00", 400}, {"00:00:10:12", 460}, {"NDF", 528},
+                                 {kHash, 830}};
+    const Edges detailedLeft = {{"clip.mov", 11},     {"2026-03-01", 11}, {"ProRes", 211},
+                                {"01:00:00:00", 329}, {"COPY", 461},      {"verified", 461},
+                                {kHash, 513}};
     constexpr double kTolerance = 0.3;
-    EXPECT_NEAR(first("clip.mov").left, 12, kTolerance);
-    const std::vector<std::pair<const char*, double>> rightEdges = {
-        {"1,234,567", 214},   {"COPY", 250}, {"verified", 292},   {"01:00:00:00", 400},
-        {"00:00:10:12", 460}, {"NDF", 528},  {kHash.c_str(), 830}};
-    for (const auto& [text, right] : rightEdges)
-        EXPECT_NEAR(first(text).right, right, kTolerance) << text;
-    EXPECT_NEAR(first("clip2.mov").top - first("clip.mov").top, 18, kTolerance);
-    // The table begins 70 points below the upper edge: its head takes 13, the first row 18.
-    const auto middle = (first("clip.mov").top + first("clip.mov").bottom) / 2;
-    EXPECT_NEAR(middle, 70 + 13 + 9, 1.5);
+    for (const auto& [report, left, right, rowHeight] :
+         {std::tuple(kStandard, Edges{{"clip.mov", 12}}, standardRight, 18.0),
+          std::tuple(kDetailed, detailedLeft, Edges{{"1,234,567", 203}}, 29.6)}) {
+        SCOPED_TRACE(report.name);
+        const auto words = pdfWords(write(report));
+        const auto first = [words](const std::string& text) {
+            return wordsLike(words, text).at(0);
+        };
+        for (const auto& [text, edge] : left)
+            EXPECT_NEAR(first(text).left, edge, kTolerance) << text;
+        for (const auto& [text, edge] : right)
+            EXPECT_NEAR(first(text).right, edge, kTolerance) << text;
+        EXPECT_NEAR(first("clip2.mov").top - first("clip.mov").top, rowHeight, kTolerance);
+    }
+    // The standard table begins 70 points below the upper edge: its head takes 13, a row 18.
+    const auto clip = wordsLike(pdfWords(write(kStandard)), "clip.mov").at(0);
+    EXPECT_NEAR((clip.top + clip.bottom) / 2, 70 + 13 + 9, 1.5);
+}
+
+TEST_F(PdfReports, TheDetailedBannerTellsOfTheCardOnLinesOfItsOwn) {
+    auto& essence = add("clip.mov").media.edit().essence.emplace();
+    essence.cameraModel = "ALEXA";
+    essence.location.emplace();
+    for (int word = 0; word < 50; ++word)
+        *essence.location += "Bebek ";
+    const auto file = write(kDetailed);
+    const auto words = pdfWords(file);
+    const auto facts = wordsLike(words, "Bebek");
+    ASSERT_THAT(facts, SizeIs(50));
+    EXPECT_NEAR(wordsLike(words, "A001").back().left, 9, 0.3);
+    EXPECT_NEAR(wordsLike(words, "ALEXA").at(0).left, 9, 0.3);
+    EXPECT_NEAR(facts.back().top - facts.front().top, 9, 0.3) << "two lines";
+    EXPECT_LT(facts.back().bottom, wordsLike(words, "clip.mov").at(0).top);
+    const auto color = pdfPicture(file, 1).pixelColor(830 * kPixelsPerPoint, 112 * kPixelsPerPoint);
+    EXPECT_EQ(color.name().toStdString(), "#f5f0ff");
 }
 
 TEST_F(PdfReports, SpeakBothLanguages) {
@@ -279,7 +268,7 @@ TEST_P(EachPdfReport, BeginWithTheVerdictAndItsProblems) {
         const auto file = write(GetParam());
         const auto words = pdfWords(file);
         EXPECT_LE(wordsLike(words, word).at(0).bottom, 25) << word;
-        EXPECT_EQ(redArea(pdfPicture(file, 1)).pixels > 10'000, isRed) << word;
+        EXPECT_EQ(pdfRedArea(file, 1).pixels > 10'000, isRed) << word;
         EXPECT_EQ(wordsLike(words, "CamA").size(), 1U);
         EXPECT_EQ(wordsLike(words, "problem").size(), 2U) << "all of them, when there is room";
         manifest.notes.resize(isRed ? 4 : 5, "more");
@@ -291,19 +280,19 @@ TEST_P(EachPdfReport, AMismatchIsRedInItsOwnCellOnly) {
     add("a.mov").media.edit().captureFps = 24;
     manifest.files.back().media.edit().timecodeRate = 23.976;
     auto file = write(GetParam());
-    EXPECT_EQ(redArea(pdfPicture(file, 1)).pixels, 0) << "within the tolerance";
+    EXPECT_EQ(pdfRedArea(file, 1).pixels, 0) << "within the tolerance";
 
     add("b.mov").media.edit().captureFps = 25;
     manifest.files.back().media.edit().timecodeRate = 24;
     add("c.mov");
     file = write(GetParam());
-    const auto red = redArea(pdfPicture(file, 1));
+    const auto red = pdfRedArea(file, 1);
     const auto words = pdfWords(file);
     EXPECT_THAT(red.pixels, Ge(20));
-    EXPECT_THAT(red.left, Ge(GetParam().edges[GetParam().rateColumn]));
-    EXPECT_THAT(red.right, Le(GetParam().edges[GetParam().rateColumn + 1]));
-    EXPECT_THAT(red.top, Ge(wordsLike(words, "a.mov").at(0).bottom));
-    EXPECT_THAT(red.bottom, Le(wordsLike(words, "c.mov").at(0).top));
+    EXPECT_THAT(red.box.left(), Ge(GetParam().edges[GetParam().rateColumn]));
+    EXPECT_THAT(red.box.right(), Le(GetParam().edges[GetParam().rateColumn + 1]));
+    EXPECT_THAT(red.box.top(), Ge(wordsLike(words, "a.mov").at(0).bottom));
+    EXPECT_THAT(red.box.bottom(), Le(wordsLike(words, "c.mov").at(0).top));
 }
 
 TEST_P(EachPdfReport, KeepEveryTextInItsCell) {

@@ -8,8 +8,7 @@
 #include <ctime>
 
 using namespace slatewise;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace ::testing;
 
 namespace {
 

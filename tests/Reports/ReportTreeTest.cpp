@@ -2,11 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-
 using namespace slatewise;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace ::testing;
 
 namespace {
 
@@ -48,18 +45,12 @@ TEST(ReportTree, FoldsPathsIntoFoldersWithTotals) {
         << "a file with children is a file";
 }
 
-/// The machine's locale; a test of its own each, since a process asks for it once.
-class ReportTreeOrder : public ::testing::TestWithParam<const char*> {};
-
-TEST_P(ReportTreeOrder, IsTheOneThatAPersonExpects) {
-    ::setenv("LC_ALL", GetParam(), 1);
+TEST(ReportTree, IsInTheOrderThatAPersonExpects) {
     EXPECT_THAT(built({file("b", 0), file("A10", 0), file("a", 0), file("B2", 0), file("A2", 0),
                        file("Z/a", 0), file("y/a", 0), file("\xff", 0), file("Ä", 0)}),
                 ElementsAre("y/ 0/1", "y/a 0/1", "Z/ 0/1", "Z/a 0/1", "a 0/1", "Ä 0/1", "A2 0/1",
                             "A10 0/1", "b 0/1", "B2 0/1", "\xff 0/1"));
 }
-
-INSTANTIATE_TEST_SUITE_P(Locales, ReportTreeOrder, ::testing::Values("C", "en_US.UTF-8", "tr_TR"));
 
 TEST(ReportTree, KeepsRowsApartThatCompareEqual) {
     // Composed and decomposed, and two bytes that no text knows.

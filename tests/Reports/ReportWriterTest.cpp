@@ -2,6 +2,7 @@
 
 #include "Platform/Error.h"
 #include "Platform/Json.h"
+#include "Platform/Text.h"
 #include "support/Files.h"
 #include "support/Process.h"
 
@@ -80,80 +81,36 @@ std::string checksumText(const SessionManifest& manifest) {
 } // namespace
 
 TEST(Manifest, IsExactlyThisText) {
-    EXPECT_EQ(ReportWriter::isoEncode(session()), R"json({
-  "app": "slw-dit",
-  "app_version": "0.1.42.0",
-  "card": {
-    "camera": "A-B",
-    "device_identifier": "",
-    "ekip": "Ünal",
-    "file_system": "",
-    "mount_point": "\/media\/A001",
-    "name": "A001",
-    "protocol": "",
-    "total_bytes": 64000000000,
-    "volume_uuid": "1234-ABCD"
-  },
-  "counts": {
-    "bytes_copied": 2469134,
-    "files_copied": 1,
-    "files_failed": 1,
-    "files_skipped_system": 1,
-    "folders": 2
-  },
-  "destination": {
-    "mount_point": "\/media\/SSD",
-    "name": "SSD",
-    "session_root": "\/media\/SSD\/A001"
-  },
-  "files": [
-    {
-      "action": "COPY",
-      "capture_fps": 23.976,
-      "dest_sha256": "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",
-      "duration_seconds": 24.0,
-      "essence": {
-        "shutterDegrees": 180.0,
-        "width": 3840
-      },
-      "mtime": "2026-03-01T09:30:15Z",
-      "relative_path": "DCIM\/a, \"b\".mov",
-      "size_bytes": 1234567,
-      "source_sha256": "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",
-      "timecode_drop_frame": false,
-      "timecode_start": "01:00:00:00",
-      "verify_status": "verified"
-    },
-    {
-      "action": "COPY",
-      "relative_path": "DCIM\/sub\/c.mov",
-      "size_bytes": 1234567,
-      "source_sha256": "aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa",
-      "verify_status": "copied_unverified"
-    },
-    {
-      "action": "FAIL",
-      "relative_path": "d.mov",
-      "size_bytes": 1234567,
-      "verify_status": "failed"
-    },
-    {
-      "action": "SKIP",
-      "relative_path": ".DS_Store",
-      "size_bytes": 1234567,
-      "verify_status": "skipped"
-    }
-  ],
-  "finished_at": "2026-03-01T09:31:15Z",
-  "hash_algorithm": "sha256",
-  "problems": [
-    "The copy of d.mov differs from the card."
-  ],
-  "schema_version": 2,
-  "session_id": "00000000-0000-0000-0000-000000000000",
-  "started_at": "2026-03-01T09:30:15Z",
-  "status": "failed"
-})json");
+    const auto text = ReportWriter::isoEncode(session());
+    const auto expected = Json::Value::parse(R"({"app": "slw-dit", "app_version": "0.1.42.0",
+        "card": {"camera": "A-B", "device_identifier": "", "ekip": "Ünal", "file_system": "",
+            "mount_point": "/media/A001", "name": "A001", "protocol": "",
+            "total_bytes": 64000000000, "volume_uuid": "1234-ABCD"},
+        "counts": {"bytes_copied": 2469134, "files_copied": 1, "files_failed": 1,
+            "files_skipped_system": 1, "folders": 2},
+        "destination": {"mount_point": "/media/SSD", "name": "SSD",
+            "session_root": "/media/SSD/A001"},
+        "files": [{"action": "COPY", "capture_fps": 23.976, "dest_sha256": ")" +
+                                             kHash + R"(",
+                "duration_seconds": 24.0, "essence": {"shutterDegrees": 180.0, "width": 3840},
+                "mtime": "2026-03-01T09:30:15Z", "relative_path": "DCIM/a, \"b\".mov",
+                "size_bytes": 1234567, "source_sha256": ")" +
+                                             kHash + R"(",
+                "timecode_drop_frame": false, "timecode_start": "01:00:00:00",
+                "verify_status": "verified"},
+            {"action": "COPY", "relative_path": "DCIM/sub/c.mov", "size_bytes": 1234567,
+                "source_sha256": ")" + kHash +
+                                             R"(", "verify_status": "copied_unverified"},
+            {"action": "FAIL", "relative_path": "d.mov", "size_bytes": 1234567,
+                "verify_status": "failed"},
+            {"action": "SKIP", "relative_path": ".DS_Store", "size_bytes": 1234567,
+                "verify_status": "skipped"}],
+        "finished_at": "2026-03-01T09:31:15Z", "hash_algorithm": "sha256",
+        "problems": ["The copy of d.mov differs from the card."], "schema_version": 2,
+        "session_id": "00000000-0000-0000-0000-000000000000",
+        "started_at": "2026-03-01T09:30:15Z", "status": "failed"})");
+    // Laid out by blanks, sorted by key, and with slashes as older versions wrote them.
+    EXPECT_EQ(text, Text::replaced(expected.dump(2), "/", "\\/"));
 }
 
 TEST(Manifest, ReadsWhatItWroteAndWhatOlderVersionsWrote) {

@@ -1,20 +1,15 @@
 #include "Service/ServiceProfileFile.h"
 
 #include "Platform/Text.h"
-#include "support/Files.h"
+#include "support/Desk.h"
+#include "support/Process.h"
 
 #include <gmock/gmock.h>
-
-#include <QEventLoop>
-#include <QTimer>
-
-#include <cstdlib>
 #include <sys/stat.h>
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::HasSubstr;
-using ::testing::Not;
+using namespace ::testing;
 
 namespace {
 
@@ -27,7 +22,7 @@ std::string profileText(const std::string& account) {
 
 class ServiceProfile : public ::testing::Test {
 protected:
-    ServiceProfile() { ::setenv("XDG_STATE_HOME", (folder / "state").c_str(), 1); }
+    ServiceProfile() { becomeUserIn(folder.path()); }
 
     void put(const std::filesystem::path& path, const std::string& content, mode_t mode = 0600) {
         writeFile(path, content);
@@ -36,30 +31,11 @@ protected:
 
     /// Waits until the account is that, "none" for no profile.
     static void expectAccount(const ServiceProfileFile& profile, const std::string& account) {
-        const auto now = [&] {
-            return profile.current() ? profile.current()->accountID : "none";
-        };
-        QEventLoop loop;
-        QTimer poll;
-        QObject::connect(&poll, &QTimer::timeout, [&] {
-            if (now() == account)
-                loop.quit();
-        });
-        poll.start(std::chrono::milliseconds(5));
-        QTimer::singleShot(std::chrono::seconds(5), &loop, &QEventLoop::quit);
-        loop.exec();
-        EXPECT_EQ(now(), account);
+        Desk::waitUntil(
+            [&] { return (profile.current() ? profile.current()->accountID : "none") == account; });
     }
 
-    std::string log() const {
-        std::string text;
-        const auto logs = folder / "state/Logs/Slatewise DIT";
-        if (std::filesystem::exists(logs)) {
-            for (const auto& entry : std::filesystem::directory_iterator(logs))
-                text += readFile(entry.path());
-        }
-        return text;
-    }
+    std::string log() const { return logOfUserIn(folder.path()); }
 
     TemporaryFolder folder;
     std::filesystem::path file = folder / "support/service-profile.json";

@@ -259,13 +259,3 @@ TEST_F(StoreFile, WhatIsNoStoreIsRefusedAndKept) {
     EXPECT_ANY_THROW(AppDatabase{file}) << "a table of that name that is not ours";
     EXPECT_EQ(ask(file, "SELECT count(*) FROM grdb_migrations"), "0\n");
 }
-
-TEST_F(StoreFile, AHundredThousandFilesCostLittle) {
-    AppDatabase database(file);
-    const auto outcome = outcomeAt("2026-03-01T09:30:15Z", 100'000);
-    const auto before = std::clock();
-    save(database, outcome, "A001", "SSD", "CamA");
-    const double seconds = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
-    EXPECT_LT(seconds, 3.0) << "sanitizers included";
-    EXPECT_EQ(ask(file, "SELECT count(*) FROM files"), "100000\n");
-}

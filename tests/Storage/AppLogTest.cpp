@@ -3,10 +3,9 @@
 #include "Offload/OffloadSettings.h"
 #include "Storage/SupportPaths.h"
 #include "support/Files.h"
+#include "support/Process.h"
 
 #include <gmock/gmock.h>
-
-#include <cstdlib>
 
 using namespace slatewise;
 using namespace slatewise::test;
@@ -14,23 +13,19 @@ using ::testing::MatchesRegex;
 
 namespace {
 
-/// Per-user folders of the test's own.
 class SupportFolders : public ::testing::Test {
 protected:
-    SupportFolders() {
-        for (const auto* variable : {"XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_DOCUMENTS_DIR"})
-            ::setenv(variable, (folder / variable).c_str(), 1);
-    }
+    SupportFolders() { becomeUserIn(folder.path()); }
     TemporaryFolder folder;
 };
 
 } // namespace
 
 TEST_F(SupportFolders, LieWhereTheEnvironmentSays) {
-    EXPECT_EQ(SupportPaths::databaseURL(), folder / "XDG_DATA_HOME/Slatewise DIT/dit.sqlite");
-    EXPECT_TRUE(std::filesystem::is_directory(folder / "XDG_DATA_HOME/Slatewise DIT"));
-    EXPECT_EQ(SupportPaths::defaultReportsDirectory(), folder / "XDG_DOCUMENTS_DIR/SlatewiseDIT");
-    EXPECT_FALSE(std::filesystem::exists(folder / "XDG_DOCUMENTS_DIR"));
+    EXPECT_EQ(SupportPaths::databaseURL(), folder / "data/Slatewise DIT/dit.sqlite");
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "data/Slatewise DIT"));
+    EXPECT_EQ(SupportPaths::defaultReportsDirectory(), folder / "documents/SlatewiseDIT");
+    EXPECT_FALSE(std::filesystem::exists(folder / "documents"));
 
     OffloadSettings settings;
     settings.outputFolderPath = " \n";
@@ -44,21 +39,18 @@ TEST_F(SupportFolders, LieWhereTheEnvironmentSays) {
 TEST_F(SupportFolders, LogAppendsOneLineAtATimeToTheDaysFile) {
     AppLog::append("first");
     AppLog::append("second\nline \xff");
-    const auto logs = folder / "XDG_STATE_HOME/Logs/Slatewise DIT";
-    std::vector<std::filesystem::path> files;
-    for (const auto& entry : std::filesystem::directory_iterator(logs))
-        files.push_back(entry.path());
-    ASSERT_EQ(files.size(), 1u);
-    EXPECT_EQ(files[0].filename(), "dit-" + Clock::localText(Clock::now(), "yyyy-MM-dd") + ".log");
+    EXPECT_TRUE(
+        std::filesystem::exists(folder / "state/Logs/Slatewise DIT" /
+                                ("dit-" + Clock::localText(Clock::now(), "yyyy-MM-dd") + ".log")));
     EXPECT_THAT(
-        readFile(files[0]),
+        logOfUserIn(folder.path()),
         MatchesRegex("\\[20[0-9T:-]+Z\\] first\n\\[20[0-9T:-]+Z\\] second␊line \xef\xbf\xbd\n"));
 }
 
 TEST_F(SupportFolders, ALogThatCannotBeWrittenCostsTheLineAlone) {
-    writeFile(folder / "XDG_STATE_HOME", "a file in the folder's place");
+    writeFile(folder / "state", "a file in the folder's place");
     AppLog::append("lost");
-    EXPECT_EQ(readFile(folder / "XDG_STATE_HOME"), "a file in the folder's place");
+    EXPECT_EQ(readFile(folder / "state"), "a file in the folder's place");
 }
 
 TEST(AppLog, PrunesDayFilesPastTheirTimeOnly) {

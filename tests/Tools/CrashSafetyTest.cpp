@@ -130,12 +130,7 @@ protected:
                                           disk->path()};
         for (int number = 0; number < kCards; ++number)
             words.push_back(card(number));
-        return run(words,
-                   {{"XDG_DATA_HOME", user / "data"},
-                    {"XDG_STATE_HOME", user / "state"},
-                    {"XDG_CONFIG_HOME", user / "config"},
-                    {"XDG_DOCUMENTS_DIR", user / "documents"}},
-                   whileRunning);
+        return run(words, userIn(user), whileRunning);
     }
 
     /// How long the program takes when nobody disturbs it.

@@ -14,11 +14,7 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-using ::testing::SizeIs;
+using namespace ::testing;
 
 namespace {
 
@@ -60,13 +56,7 @@ protected:
                           const std::function<void(pid_t)>& whileRunning = {}) {
         std::vector<std::string> command = {(programsFolder() / "slatewise-offload").native()};
         command.insert(command.end(), words.begin(), words.end());
-        return run(command,
-                   {{"XDG_DATA_HOME", folder / "user/data"},
-                    {"XDG_STATE_HOME", folder / "user/state"},
-                    {"XDG_CONFIG_HOME", folder / "user/config"},
-                    {"XDG_DOCUMENTS_DIR", folder / "user/documents"},
-                    {"LC_ALL", "C.UTF-8"}},
-                   whileRunning);
+        return run(command, userIn(folder / "user"), whileRunning);
     }
 
     static std::vector<std::string> entriesOf(const std::filesystem::path& where) {
@@ -180,9 +170,8 @@ TEST_F(OffloadProgram, TheFirstFailureEndsTheBatch) {
 TEST_F(OffloadProgram, AnswersForEveryCardAndDiskThatIsGoneDeadOrSilent) {
     const MountedVolume dead(MountedVolume::FileSystem::ExFat, 8 << 20, "");
     const MountedVolume silent(MountedVolume::FileSystem::ExFat, 8 << 20, "");
-    runPrivileged({"kill", "-KILL", dead.serverID()});
-    const auto server = silent.serverID();
-    runPrivileged({"kill", "-STOP", server});
+    dead.signalItsProgram(SIGKILL);
+    silent.signalItsProgram(SIGSTOP);
     const auto result = offload({"--to", folder / "Disk1", "--to", folder / "gone", folder / "A001",
                                  folder / "no", dead.path(), silent.path(), folder / "B002"});
     EXPECT_EQ(result.exitCode, 1);
@@ -214,7 +203,7 @@ TEST_F(OffloadProgram, AnswersForEveryCardAndDiskThatIsGoneDeadOrSilent) {
     EXPECT_EQ(interrupted.exitCode, 130);
     EXPECT_THAT(interrupted.standardError, HasSubstr("Stopping…"));
     EXPECT_EQ(interrupted.standardOutput, "failed\t\t\n");
-    runPrivileged({"kill", "-CONT", server});
+    silent.signalItsProgram(SIGCONT);
 }
 
 TEST_F(OffloadProgram, WhatNamesHoldActsOnNobody) {
@@ -333,22 +322,30 @@ TEST_F(OffloadProgram, FollowsItsOptions) {
         << "options are for one run";
 }
 
-TEST_F(OffloadProgram, AStoreThatCannotBeOpenedCostsTheHistoryAlone) {
-    std::filesystem::create_directories(store());
-    const auto result = offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
-    EXPECT_EQ(result.exitCode, 0) << result.standardError;
-    expectProved(lines(result).at(0), folder / "A001");
-}
-
-TEST_F(OffloadProgram, AStoreThatTakesNothingCostsTheHistoryAlone) {
-    offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
-    run({"sqlite3", store().native(),
-         "CREATE TRIGGER full BEFORE INSERT ON sessions BEGIN SELECT RAISE(ABORT, 'full'); END;"});
-    const auto result = offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
-    EXPECT_EQ(result.exitCode, 0) << result.standardError;
-    expectProved(lines(result).at(0), folder / "A001");
-    EXPECT_EQ(run({"sqlite3", store().native(), "SELECT count(*) FROM sessions"}).standardOutput,
-              "1\n");
+TEST_F(OffloadProgram, AStoreThatCannotBeOpenedOrTakesNothingCostsTheHistoryAlone) {
+    const auto ask = [this](const char* question) {
+        return run({"sqlite3", store().native(), question}).standardOutput;
+    };
+    const std::function<void()> faults[] = {
+        [&] { std::filesystem::create_directories(store()); },
+        [&] {
+            std::filesystem::remove(store());
+            ask("CREATE TABLE sessions (something TEXT)");
+        },
+        [&] {
+            std::filesystem::remove(store());
+            (void)AppDatabase(store());
+            ask("CREATE TRIGGER full BEFORE INSERT ON sessions BEGIN SELECT RAISE(ABORT, 'x'); "
+                "END;");
+        },
+    };
+    for (const auto& fault : faults) {
+        fault();
+        const auto result = offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
+        EXPECT_EQ(result.exitCode, 0) << result.standardError;
+        expectProved(lines(result).at(0), folder / "A001");
+    }
+    EXPECT_EQ(ask("SELECT count(*) FROM sessions"), "0\n");
 }
 
 TEST_F(OffloadProgram, AnInterruptStopsCleanlyAndSaysWhatStays) {

@@ -32,11 +32,7 @@ protected:
 
     ProcessResult program(const std::string& name, std::vector<std::string> words) {
         words.insert(words.begin(), (programsFolder() / name).native());
-        return run(words, {{"XDG_DATA_HOME", folder / "user/data"},
-                           {"XDG_STATE_HOME", folder / "user/state"},
-                           {"XDG_CONFIG_HOME", folder / "user/config"},
-                           {"XDG_DOCUMENTS_DIR", folder / "user/documents"},
-                           {"LC_ALL", "C.UTF-8"}});
+        return run(words, userIn(folder / "user"));
     }
 
     /// A fresh session; gives its folder, and notes that of its reports and what was told.

@@ -13,9 +13,7 @@ using namespace slatewise;
 using namespace slatewise::test;
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
+using namespace ::testing;
 using Options = std::vector<std::string>;
 
 namespace {

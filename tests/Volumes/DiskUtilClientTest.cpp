@@ -10,10 +10,7 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::SizeIs;
-using ::testing::UnorderedElementsAre;
+using namespace ::testing;
 
 namespace {
 

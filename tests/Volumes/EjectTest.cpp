@@ -17,9 +17,7 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
+using namespace ::testing;
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include "Storage/AppDatabase.h"
 #include "Storage/SupportPaths.h"
 #include "Storage/UserStore.h"
+#include "support/Process.h"
 
 #include <QCoreApplication>
 
@@ -24,13 +25,7 @@ constexpr std::chrono::minutes kLongestBatch{4};
 } // namespace
 
 Desk::Desk() {
-    const auto setFolder = [&](const char* variable, const char* name) {
-        qputenv(variable, QByteArray::fromStdString((folder / name).native()));
-    };
-    setFolder("XDG_DATA_HOME", "user/data");
-    setFolder("XDG_STATE_HOME", "user/state");
-    setFolder("XDG_CONFIG_HOME", "user/config");
-    setFolder("XDG_DOCUMENTS_DIR", "user/documents");
+    becomeUserIn(folder / "user");
     surroundings.defaults = &defaults;
     surroundings.folderChooser = this;
     surroundings.currentVolumes = [this] {

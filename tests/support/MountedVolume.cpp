@@ -87,15 +87,15 @@ int MountedVolume::flipBitIn(std::string_view content) const {
     return places;
 }
 
-std::string MountedVolume::serverID() const {
-    const auto device = BlockDevices::pathUnder(mountPoint_).native();
+std::string MountedVolume::programID() const {
     for (const auto& process : std::filesystem::directory_iterator("/proc")) {
         std::ifstream file(process.path() / "cmdline");
-        const std::string line(std::istreambuf_iterator<char>(file), {});
-        if (line.find("exfat") != std::string::npos && line.find(device) != std::string::npos)
+        const std::string words{std::istreambuf_iterator<char>(file), {}};
+        if (words.find("exfat") != std::string::npos &&
+            words.find(mountPoint_.native()) != std::string::npos)
             return process.path().filename();
     }
-    throw std::runtime_error("nobody serves " + mountPoint_.native());
+    throw std::runtime_error("no program for " + mountPoint_.native());
 }
 
 void MountedVolume::pull() {
@@ -104,16 +104,7 @@ void MountedVolume::pull() {
 }
 
 void MountedVolume::signalItsProgram(int signal) const {
-    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream file(process.path() / "cmdline");
-        const std::string words{std::istreambuf_iterator<char>(file), {}};
-        if (words.find("exfat") == std::string::npos ||
-            words.find(mountPoint_.native()) == std::string::npos)
-            continue;
-        runPrivileged({"kill", "-" + std::to_string(signal), process.path().filename().native()});
-        return;
-    }
-    throw std::runtime_error("no program for " + mountPoint_.native());
+    runPrivileged({"kill", "-" + std::to_string(signal), programID()});
 }
 
 void MountedVolume::remount() {

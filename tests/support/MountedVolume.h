@@ -36,15 +36,14 @@ public:
     /// at how many places they do.
     int flipBitIn(std::string_view content) const;
 
-    /// The process behind a file system that is none of the kernel's own.
-    std::string serverID() const;
-
     /// Takes the file system away from under whoever uses it, as a pulled card does: open files go
     /// on, but no path leads there any more.
     void pull();
 
-    /// To the program that is the file system, where it is one outside the kernel: SIGSTOP makes a
-    /// disk that does not answer, SIGKILL a dead one.
+    /// Of the program that is the file system, where it is one outside the kernel.
+    std::string programID() const;
+
+    /// SIGSTOP makes a disk that does not answer, SIGKILL a dead one.
     void signalItsProgram(int signal) const;
 
     /// Unmounts properly and mounts again.

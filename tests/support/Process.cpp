@@ -1,11 +1,14 @@
 #include "support/Process.h"
 
+#include "support/Files.h"
+
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+#include <cstdlib>
 #include <stdexcept>
 #include <thread>
 
@@ -53,6 +56,28 @@ std::vector<std::string> fullEnvironment(const Environment& extra) {
 }
 
 } // namespace
+
+Environment userIn(const std::filesystem::path& folder) {
+    return {{"XDG_DATA_HOME", folder / "data"},
+            {"XDG_STATE_HOME", folder / "state"},
+            {"XDG_CONFIG_HOME", folder / "config"},
+            {"XDG_DOCUMENTS_DIR", folder / "documents"},
+            {"LC_ALL", "C.UTF-8"}};
+}
+
+void becomeUserIn(const std::filesystem::path& folder) {
+    for (const auto& [name, value] : userIn(folder))
+        ::setenv(name.c_str(), value.c_str(), 1);
+}
+
+std::string logOfUserIn(const std::filesystem::path& folder) {
+    std::string text;
+    std::error_code none;
+    for (const auto& file :
+         std::filesystem::directory_iterator(folder / "state/Logs/Slatewise DIT", none))
+        text += readFile(file.path());
+    return text;
+}
 
 ProcessResult run(const std::vector<std::string>& words, const Environment& extra,
                   const std::function<void(pid_t)>& whileRunning) {

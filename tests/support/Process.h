@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <string>
@@ -17,6 +18,15 @@ struct ProcessResult {
     std::string standardOutput;
     std::string standardError;
 };
+
+/// A user whose data, state, settings and documents lie below this folder.
+Environment userIn(const std::filesystem::path& folder);
+
+/// This process is run by that user from now on.
+void becomeUserIn(const std::filesystem::path& folder);
+
+/// All that this user's log says.
+std::string logOfUserIn(const std::filesystem::path& folder);
 
 /// Runs a program, found along PATH, to its end. `extra` is added to the environment.
 /// `whileRunning` is called once, on a thread of its own, with the process's id.

@@ -7,7 +7,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
+#include <ext/stdio_filebuf.h>
+#include <istream>
 #include <optional>
 #include <stdexcept>
 
@@ -38,64 +39,23 @@ std::string urlOf(int listener) {
     return "http://127.0.0.1:" + std::to_string(portOf(listener));
 }
 
-/// Reads requests off one connection.
-class Reader {
-public:
-    explicit Reader(int connection) : connection_(connection) {}
-
-    /// Empty when the client has gone.
-    std::optional<ReceivedRequest> next() {
-        const auto head = until("\r\n\r\n");
-        if (!head)
-            return std::nullopt;
-        ReceivedRequest request;
-        for (const auto raw : Text::pieces(*head, '\n')) {
-            const auto line = Text::trimmed(raw);
-            const auto colon = line.find(':');
-            if (request.line.empty())
-                request.line = line.substr(0, line.rfind(" HTTP/"));
-            else if (colon != std::string::npos)
-                request.headers[Text::asciiLowercased(line.substr(0, colon))] =
-                    Text::trimmed(line.substr(colon + 1));
-        }
-        const auto length = request.headers["content-length"];
-        const std::size_t wanted = length.empty() ? 0 : std::stoul(length);
-        while (buffer_.size() < wanted) {
-            if (!receive())
-                return std::nullopt;
-        }
-        request.body = take(wanted);
-        return request;
+/// The next request of a connection; empty when the client has gone.
+std::optional<ReceivedRequest> requestFrom(std::istream& connection) {
+    ReceivedRequest request;
+    std::string line;
+    while (std::getline(connection, line) && line != "\r") {
+        const auto colon = line.find(':');
+        if (request.line.empty())
+            request.line = line.substr(0, line.rfind(" HTTP/"));
+        else if (colon != std::string::npos)
+            request.headers[Text::asciiLowercased(line.substr(0, colon))] =
+                Text::trimmed(line.substr(colon + 1));
     }
-
-private:
-    std::optional<std::string> until(std::string_view end) {
-        for (;;) {
-            if (const auto found = buffer_.find(end); found != std::string::npos)
-                return take(found + end.size());
-            if (!receive())
-                return std::nullopt;
-        }
-    }
-
-    bool receive() {
-        std::array<char, 65536> bytes;
-        const auto count = ::recv(connection_, bytes.data(), bytes.size(), 0);
-        if (count <= 0)
-            return false;
-        buffer_.append(bytes.data(), static_cast<std::size_t>(count));
-        return true;
-    }
-
-    std::string take(std::size_t count) {
-        auto taken = buffer_.substr(0, count);
-        buffer_.erase(0, count);
-        return taken;
-    }
-
-    int connection_;
-    std::string buffer_;
-};
+    const auto length = request.headers["content-length"];
+    request.body.resize(length.empty() ? 0 : std::stoul(length));
+    connection.read(request.body.data(), static_cast<std::streamsize>(request.body.size()));
+    return connection ? std::optional(request) : std::nullopt;
+}
 
 /// False when the client has gone.
 bool sendAll(int connection, std::string_view bytes, std::chrono::milliseconds pause) {
@@ -169,8 +129,9 @@ void RecordingServer::acceptAll() {
 }
 
 void RecordingServer::serve(int connection) {
-    Reader reader(connection);
-    while (auto request = reader.next()) {
+    __gnu_cxx::stdio_filebuf<char> buffer(::dup(connection), std::ios::in);
+    std::istream stream(&buffer);
+    while (auto request = requestFrom(stream)) {
         const auto answer = record(std::move(*request));
         if (!sendAll(connection, answer.bytes, answer.pause) || answer.hangsUp)
             break;

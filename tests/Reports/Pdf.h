@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QImage>
+#include <QRectF>
+
 #include <filesystem>
 #include <string>
 #include <vector>
 
-/// PDF files as other programs read them.
+/// PDF files as another program reads them. Each of these fails when the file is no proper PDF.
 namespace slatewise::test {
 
 /// A word on a page, in points from the page's upper left corner.
@@ -17,23 +20,26 @@ struct PdfWord {
     std::string text;
 };
 
-/// A page as it looks, three bytes for each pixel.
-struct PdfPicture {
-    int width = 0;
-    int height = 0;
-    std::string pixels;
-};
-
 /// Resolution of pictures, in pixels per point.
 inline constexpr int kPixelsPerPoint = 2;
 
-/// Each of these fails when the file is no proper PDF.
 std::string pdfText(const std::filesystem::path& file);
 std::vector<PdfWord> pdfWords(const std::filesystem::path& file);
-PdfPicture pdfPicture(const std::filesystem::path& file, int page);
+/// Those of the words that are exactly this text.
+std::vector<PdfWord> wordsLike(const std::vector<PdfWord>& words, const std::string& text);
 
-/// The media box of every page: "0.00 0.00 842.00 595.00".
-std::vector<std::string> pdfMediaBoxes(const std::filesystem::path& file);
+/// A page as it looks, counted from 1.
+QImage pdfPicture(const std::filesystem::path& file, int page);
+
+/// Where a page is clearly red, in points from its upper left corner.
+struct PdfArea {
+    QRectF box;
+    int pixels = 0;
+};
+PdfArea pdfRedArea(const std::filesystem::path& file, int page);
+
+/// Width and height of every page, in points.
+std::vector<std::pair<double, double>> pdfPageSizes(const std::filesystem::path& file);
 
 /// How many fonts there are, and how many of them travel with the file.
 struct PdfFontCounts {
