@@ -20,6 +20,11 @@ std::string profileText(const std::string& account) {
            R"("presenceToken":")" + kToken + "\"}";
 }
 
+/// With blanks behind it, up to that size.
+std::string padded(const std::string& text, std::size_t size) {
+    return text + std::string(size - text.size(), ' ');
+}
+
 class ServiceProfile : public ::testing::Test {
 protected:
     ServiceProfile() { becomeUserIn(folder.path()); }
@@ -81,7 +86,7 @@ TEST_F(ServiceProfile, WhatIsMalformedCountsAsNoneAndIsNamedOnce) {
         {"{" + token + R"(,"saasAPIURL":"x","accountID":7})", "\"accountID\" is no text"},
         {R"({"saasAPIURL":"x","accountID":"a"})", "\"presenceToken\" is no text"},
         {Text::replaced(profileText("open"), "https:", "HTTP:"), "s address begins with http,"},
-        {profileText("large") + std::string(70'000, ' '), "too large"},
+        {padded(profileText("large"), 65'537), "too large"},
     };
     for (const auto& [content, complaint] : cases) {
         put(file, content);
@@ -91,7 +96,7 @@ TEST_F(ServiceProfile, WhatIsMalformedCountsAsNoneAndIsNamedOnce) {
                                       : complaint[0] == 's' ? "it"
                                                             : "it is ") +
                                      complaint));
-        put(file, profileText("good"));
+        put(file, padded(profileText("good"), 65'536));
         expectAccount(profile, "good");
     }
     EXPECT_THAT(log(), Not(HasSubstr(kToken)));
