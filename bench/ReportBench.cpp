@@ -64,7 +64,8 @@ SessionManifest manifestOf(int files) {
     VolumeFacts card;
     card.volumeName = "A001C002_260301_R1AB";
     card.mountPoint = "/media/A001";
-    return ReportWriter::buildManifest(outcome, outcome.files, card, {}, "CamA", "Unit1",
+    auto rows = std::move(outcome.files);
+    return ReportWriter::buildManifest(outcome, std::move(rows), card, {}, "CamA", "Unit1",
                                        AppLanguage::English);
 }
 

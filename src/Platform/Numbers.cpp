@@ -29,7 +29,7 @@ std::string formatted(const icu::number::LocalizedNumberFormatter& formatter, do
     UErrorCode status = U_ZERO_ERROR;
     std::string text;
     const auto number = formatter.formatDouble(value, status);
-    number.toString(status).toUTF8String(text);
+    number.toTempString(status).toUTF8String(text);
     return text;
 }
 
@@ -90,7 +90,7 @@ std::string grouped(std::int64_t count, const char* locale) {
     UErrorCode status = U_ZERO_ERROR;
     std::string text;
     const auto number = formatter->second.formatInt(count, status);
-    number.toString(status).toUTF8String(text);
+    number.toTempString(status).toUTF8String(text);
     return U_SUCCESS(status) ? text : std::to_string(count);
 }
 

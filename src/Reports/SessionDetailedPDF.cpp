@@ -75,11 +75,26 @@ Row describeCard(const ClipEssence& common, const std::string& cardName, AppLang
     return row;
 }
 
-void describeFile(const ManifestFile& file, const ClipEssence& common, Row& row) {
-    if (file.media->essence)
-        row.clip = onLines(EssenceText::clipLines(*file.media->essence, common));
-    row.timing = onLines(ReportText::timingLines(file));
-    row.status = statusText(file);
+/// The texts that give a row its height; `describe` adds those that always have room in it.
+Row outline(const ReportNode& node, const ClipEssence& common, const L10n& l10n, int depth) {
+    Row row;
+    row.depth = depth;
+    row.folder = node.isDirectory();
+    row.name = node.name;
+    if (node.isDirectory()) {
+        row.clip = row.status = l10n.fileCount(node.fileCount);
+    } else {
+        if (node.file->media->essence)
+            row.clip = onLines(EssenceText::clipLines(*node.file->media->essence, common));
+        row.timing = onLines(ReportText::timingLines(*node.file));
+        row.status = statusText(*node.file);
+    }
+    row.lines = std::max({lineCount(row.name), lineCount(row.clip), lineCount(row.timing),
+                          lineCount(row.status), node.isDirectory() ? 1 : kLeastFileLines});
+    return row;
+}
+
+void addFileFacts(const ManifestFile& file, Row& row) {
     row.fate = file.verifyStatus;
     row.hash = file.sourceSHA256.value_or("");
     row.fpsMismatch =
@@ -90,18 +105,11 @@ void describeFile(const ManifestFile& file, const ClipEssence& common, Row& row)
 
 Row describe(const ReportNode& node, const ClipEssence& common, const L10n& l10n, int depth) {
     const auto bytes = node.isDirectory() ? node.totalBytes : node.file->sizeBytes;
-    Row row;
-    row.depth = depth;
-    row.folder = node.isDirectory();
-    row.name = node.name;
+    auto row = outline(node, common, l10n, depth);
     row.sizeHuman = PathSize::format(bytes, l10n.language());
     row.sizeBytes = PathSize::grouped(bytes, l10n.language());
-    if (node.isDirectory())
-        row.clip = row.status = l10n.fileCount(node.fileCount);
-    else
-        describeFile(*node.file, common, row);
-    row.lines = std::max({lineCount(row.name), lineCount(row.clip), lineCount(row.timing),
-                          lineCount(row.status), node.isDirectory() ? 1 : kLeastFileLines});
+    if (!node.isDirectory())
+        addFileFacts(*node.file, row);
     return row;
 }
 
@@ -137,6 +145,11 @@ struct Describer {
     Row operator()(const Line& line) const {
         return line.node ? describe(*line.node, common, l10n, line.depth)
                          : describeCard(common, cardName, l10n.language());
+    }
+
+    double heightOf(const Line& line) const {
+        return line.node ? outline(*line.node, common, l10n, line.depth).height()
+                         : (*this)(line).height();
     }
 
     std::vector<Row> operator()(std::span<const Line> lines) const {
@@ -357,15 +370,15 @@ double Row::height() const {
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
            const std::filesystem::path& file, AppLanguage language) {
     PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
-        // The texts of all rows at once would take more room than all else: they are made for the
-        // heights, and once more page by page.
+        // The texts of all rows at once would take more room than all else: those that the heights
+        // depend on are made first, and all of them page by page.
         const auto common = manifest.cardEssence();
         const Describer rowOf{common, manifest.card.name, L10n(language)};
         const auto lines = linesOf(tree, 0);
         std::vector<double> heights;
         heights.reserve(lines.size());
         for (const auto& line : lines)
-            heights.push_back(rowOf(line).height());
+            heights.push_back(rowOf.heightOf(line));
         const auto widths = columnWidths();
         const auto pages = paged(heights);
         std::span<const Line> rest = lines;
