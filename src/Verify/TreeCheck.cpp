@@ -231,11 +231,11 @@ std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) 
     // A name that systems leave behind may have been wanted here.
     std::erase_if(hashed.ignored, [&](const auto& pattern) { return isWanted("", pattern); });
     hashed.ignoredBelow = tree.ignored;
-    for (auto& [folder, patterns] : hashed.ignoredBelow) {
-        std::erase_if(patterns, [&](const std::string& pattern) {
+    for (auto& below : hashed.ignoredBelow) {
+        std::erase_if(below.second, [&](const std::string& pattern) {
             return std::find(hashed.ignored.begin(), hashed.ignored.end(), pattern) !=
                        hashed.ignored.end() ||
-                   isWanted(folder, pattern);
+                   isWanted(below.first, pattern);
         });
     }
     auto added = MediaHashList::addGenerations(*tree.folder, {}, hashed, tree.withHistory);

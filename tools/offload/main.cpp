@@ -1,21 +1,14 @@
 #include "Arguments.h"
 #include "ExitCodes.h"
-#include "Interruption.h"
 #include "Offload.h"
+#include "Program.h"
 
 #include "Offload/FolderTemplate.h"
 #include "Platform/Desktop/UserDefaults.h"
-#include "Platform/Error.h"
-#include "Platform/ProcessEnd.h"
 #include "Platform/Text.h"
-#include "Storage/AppLog.h"
 #include "Storage/SupportPaths.h"
 
-#include <QCoreApplication>
-
 #include <algorithm>
-#include <clocale>
-#include <csignal>
 #include <iostream>
 
 namespace {
@@ -120,29 +113,14 @@ int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
 }
 
 int run(int count, char** words, const tool::Interruption& interruption) {
-    try {
-        auto parsed = tool::parseArguments(count, words);
-        if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
-            return code->value;
-        return offload(std::move(std::get<tool::Arguments>(parsed)), interruption);
-    } catch (const std::exception& failure) {
-        std::cerr << "slatewise-offload: " << Text::visible(describe(failure)) << '\n';
-        return tool::kExitOffloadFailed;
-    }
+    auto parsed = tool::parseArguments(count, words);
+    if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
+        return code->value;
+    return offload(std::move(std::get<tool::Arguments>(parsed)), interruption);
 }
 
 } // namespace
 
 int main(int count, char** words) {
-    std::setlocale(LC_ALL, "");
-    // Whoever watched the progress may go; the copy goes on.
-    std::signal(SIGPIPE, SIG_IGN);
-    // Before there is any other thread.
-    const tool::Interruption interruption;
-    // What the toolkit has to say is for the log, not between results and progress.
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
-        AppLog::append(message.toStdString());
-    });
-    const QCoreApplication application(count, words);
-    endProcess(run(count, words, interruption));
+    tool::runProgram("slatewise-offload", count, words, run);
 }

@@ -4,17 +4,11 @@
 #include "MediaHashList/ListError.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
-#include "Platform/ProcessEnd.h"
 #include "Platform/Text.h"
-#include "Storage/AppLog.h"
 #include "offload/ExitCodes.h"
-#include "offload/Interruption.h"
+#include "offload/Program.h"
 #include "offload/ProgressDisplay.h"
 
-#include <QCoreApplication>
-
-#include <clocale>
-#include <csignal>
 #include <iostream>
 
 namespace {
@@ -84,28 +78,15 @@ int verifyAll(const tool::VerifyArguments& arguments, const std::stop_token& sto
     return isAllEqual && std::cout.flush() ? tool::kExitSuccess : tool::kExitOffloadFailed;
 }
 
-int run(int count, char** words, const std::stop_token& stop) {
-    try {
-        const auto parsed = tool::parseVerifyArguments(count, words);
-        if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
-            return code->value;
-        return verifyAll(std::get<tool::VerifyArguments>(parsed), stop);
-    } catch (const std::exception& failure) {
-        std::cerr << "slatewise-verify: " << Text::visible(describe(failure)) << '\n';
-        return tool::kExitOffloadFailed;
-    }
+int run(int count, char** words, const tool::Interruption& interruption) {
+    const auto parsed = tool::parseVerifyArguments(count, words);
+    if (const auto* code = std::get_if<tool::ExitCode>(&parsed))
+        return code->value;
+    return verifyAll(std::get<tool::VerifyArguments>(parsed), interruption.token());
 }
 
 } // namespace
 
 int main(int count, char** words) {
-    std::setlocale(LC_ALL, "");
-    std::signal(SIGPIPE, SIG_IGN);
-    // Before there is any other thread.
-    const tool::Interruption interruption;
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
-        AppLog::append(message.toStdString());
-    });
-    const QCoreApplication application(count, words);
-    endProcess(run(count, words, interruption.token()));
+    tool::runProgram("slatewise-verify", count, words, run);
 }

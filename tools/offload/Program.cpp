@@ -1,0 +1,38 @@
+#include "Program.h"
+
+#include "ExitCodes.h"
+
+#include "Platform/Error.h"
+#include "Platform/ProcessEnd.h"
+#include "Platform/Text.h"
+#include "Storage/AppLog.h"
+
+#include <QCoreApplication>
+
+#include <clocale>
+#include <csignal>
+#include <iostream>
+
+namespace slatewise::tool {
+
+void runProgram(std::string_view name, int count, char** words, const Work& work) {
+    std::setlocale(LC_ALL, "");
+    // Whoever watched the progress may go; the work goes on.
+    std::signal(SIGPIPE, SIG_IGN);
+    // Before there is any other thread.
+    const Interruption interruption;
+    // What the toolkit has to say is for the log, not between results and progress.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
+        AppLog::append(message.toStdString());
+    });
+    const QCoreApplication application(count, words);
+    int exitCode = kExitOffloadFailed;
+    try {
+        exitCode = work(count, words, interruption);
+    } catch (const std::exception& failure) {
+        std::cerr << name << ": " << Text::visible(describe(failure)) << '\n';
+    }
+    endProcess(exitCode);
+}
+
+} // namespace slatewise::tool
