@@ -64,6 +64,20 @@ std::vector<PdfWord> wordsLike(const std::vector<PdfWord>& words, const std::str
     return result;
 }
 
+QColor pdfStrongestColor(const std::filesystem::path& file, const PdfWord& word) {
+    const auto picture = pdfPicture(file, word.page);
+    QColor strongest = Qt::white;
+    for (double y = word.top; y < word.bottom; y += 1.0 / kPixelsPerPoint) {
+        for (double x = word.left; x < word.right; x += 1.0 / kPixelsPerPoint) {
+            const auto color = picture.pixelColor(static_cast<int>(x * kPixelsPerPoint),
+                                                  static_cast<int>(y * kPixelsPerPoint));
+            if (color.hsvSaturation() > strongest.hsvSaturation())
+                strongest = color;
+        }
+    }
+    return strongest;
+}
+
 PdfArea pdfRedArea(const std::filesystem::path& file, int page) {
     constexpr int kClearly = 60;
     constexpr double kPixel = 1.0 / kPixelsPerPoint;

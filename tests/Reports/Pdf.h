@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QImage>
 #include <QRectF>
 
@@ -30,6 +31,9 @@ std::vector<PdfWord> wordsLike(const std::vector<PdfWord>& words, const std::str
 
 /// A page as it looks, counted from 1.
 QImage pdfPicture(const std::filesystem::path& file, int page);
+
+/// Of all colours in a word's box, the one that is furthest from grey.
+QColor pdfStrongestColor(const std::filesystem::path& file, const PdfWord& word);
 
 /// Where a page is clearly red, in points from its upper left corner.
 struct PdfArea {

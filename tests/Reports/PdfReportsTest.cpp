@@ -253,13 +253,16 @@ TEST_F(PdfReports, SpeakBothLanguages) {
 TEST_P(EachPdfReport, BeginWithTheVerdictAndItsProblems) {
     addClips(1);
     manifest.card.camera = "CamA";
-    const std::tuple<OutcomeStatus, const char*, bool> verdicts[] = {
-        {OutcomeStatus::Verified, "VERIFIED", false},
-        {OutcomeStatus::Hashed, "HASHED", false},
-        {OutcomeStatus::Failed, "FAILED", true},
+    auto& row = manifest.files.front();
+    const std::tuple<OutcomeStatus, VerifyStatus, const char*, const char*> verdicts[] = {
+        {OutcomeStatus::Verified, VerifyStatus::Verified, "VERIFIED", "#17703b"},
+        {OutcomeStatus::Hashed, VerifyStatus::Hashed, "HASHED", "#175cd4"},
+        {OutcomeStatus::Failed, VerifyStatus::Failed, "FAILED", "#b52417"},
     };
-    for (const auto& [status, word, isRed] : verdicts) {
+    for (const auto& [status, fateOf, word, color] : verdicts) {
+        const bool isRed = status == OutcomeStatus::Failed;
         manifest.status = status;
+        row.verifyStatus = fateOf;
         manifest.notes = {"first problem", "second problem"};
         manifest.problems.clear();
         if (isRed)
@@ -269,6 +272,12 @@ TEST_P(EachPdfReport, BeginWithTheVerdictAndItsProblems) {
         const auto words = pdfWords(file);
         EXPECT_LE(wordsLike(words, word).at(0).bottom, 25) << word;
         EXPECT_EQ(pdfRedArea(file, 1).pixels > 10'000, isRed) << word;
+        const auto bar =
+            pdfPicture(file, 1).pixelColor(426 * kPixelsPerPoint, 14 * kPixelsPerPoint);
+        EXPECT_EQ(bar.name().toStdString(), color) << word;
+        // The word of the row has the colour, too, thin as its lines are.
+        const auto fate = wordsLike(words, std::string(rawValue(row.verifyStatus))).back();
+        EXPECT_NEAR(pdfStrongestColor(file, fate).hsvHueF(), bar.hsvHueF(), 0.05) << word;
         EXPECT_EQ(wordsLike(words, "CamA").size(), 1U);
         EXPECT_EQ(wordsLike(words, "problem").size(), 2U) << "all of them, when there is room";
         manifest.notes.resize(isRed ? 4 : 5, "more");

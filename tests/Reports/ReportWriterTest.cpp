@@ -224,6 +224,7 @@ TEST(ReportWriter, CountsAndListsWhatWasHashedAlone) {
     outcome.files = {row("a.mov", RowAction::Hash, VerifyStatus::Hashed),
                      row(".DS_Store", RowAction::Skip, VerifyStatus::Skipped)};
     outcome.files.front().sourceSHA256 = kHash;
+    outcome.files.back().sizeBytes = 1;
     const auto manifest =
         ReportWriter::buildManifest(outcome, outcome.files, {}, {}, "", "", AppLanguage::English);
     EXPECT_EQ(manifest.counts.filesHashed, 1);
