@@ -123,6 +123,9 @@ private:
             const auto onDestination = ReportFolder::onDestination(name_);
             ReportWriter::copySidecars(RootFolder(set_), *pair_.destinationFolder, onDestination);
             folders_.onDestination = pair_.destination.facts.mountPoint / onDestination;
+            // The set went to the disk that is held; people look for it by its path.
+            if (!isDiskInPlace())
+                fail({Kind::DiskReplaced, pair_.destination.name()});
         } catch (const std::exception& failure) {
             fail({Kind::ReportsNotCopied, pair_.destination.name(),
                   describe(failure, plan_.l10n())});

@@ -221,11 +221,14 @@ private:
             return outcome(OutcomeStatus::Failed, progress.bytesDone());
         const bool allProved = verifyCopies();
         noteWhatMemoryKept();
-        const bool areInPlace = findsFoldersInPlace();
+        // It takes long, and what is looked at afterwards shall be as late as can be.
+        bool areInPlace = findsFoldersInPlace();
+        if (areInPlace) {
+            lookIntoClips(sessionRoot_);
+            areInPlace = findsFoldersInPlace();
+        }
         const bool areComplete = areInPlace && findsCopiesInPlace();
         const bool isUnchanged = areInPlace && findsCardUnchanged();
-        if (areInPlace)
-            lookIntoClips(sessionRoot_);
         const bool isWell =
             allProved && areFoldersApart_ && areComplete && isUnchanged && isWholeCardRead_;
         return outcome(isWell ? OutcomeStatus::Verified : OutcomeStatus::Failed,
@@ -331,6 +334,7 @@ private:
                 copies.push_back(&row);
         }
         bool allProved = true;
+        modifiedWhenProved_.resize(results_.size());
         const int count = static_cast<int>(copies.size());
         for (int position = 0; position < count; ++position) {
             throwIfCancelled();
@@ -348,6 +352,8 @@ private:
 
     void readBack(FileCopyResult& row, int position, int count) {
         const auto target = inSession(row.relativePath);
+        modifiedWhenProved_[static_cast<std::size_t>(&row - results_.data())] =
+            FinalLook::modifiedSeconds(*sessionFolder_, row.relativePath);
         const std::int64_t size = row.sizeBytes;
         std::int64_t bytesRead = 0;
         const auto publishFigures = [&] {
@@ -386,12 +392,16 @@ private:
             return false;
         }
         bool areThere = true;
-        for (auto& row : results_) {
-            if (row.verifyStatus != VerifyStatus::Verified ||
-                FinalLook::isInPlace(*sessionFolder_, row))
+        for (std::size_t index = 0; index < modifiedWhenProved_.size(); ++index) {
+            auto& row = results_[index];
+            if (row.verifyStatus != VerifyStatus::Verified)
                 continue;
-            reportProblem({Kind::CopyGone, row.relativePath});
-            markFailed(row, VerifyStatus::Failed);
+            const auto state = FinalLook::stateOf(*sessionFolder_, row, modifiedWhenProved_[index]);
+            if (state == FinalLook::CopyState::AsProved)
+                continue;
+            const bool isGone = state == FinalLook::CopyState::Gone;
+            reportProblem({isGone ? Kind::CopyGone : Kind::CopyDiffers, row.relativePath});
+            markFailed(row, isGone ? VerifyStatus::Failed : VerifyStatus::Mismatch);
             areThere = false;
         }
         return areThere;
@@ -525,6 +535,8 @@ private:
     std::int64_t totalBytes_ = 0;
     Request::FormatsOf formatsOf_;
     std::vector<FileCopyResult> results_;
+    /// Of the rows of that order, when their copies were modified last; of others it is 0.
+    std::vector<std::int64_t> modifiedWhenProved_;
     std::vector<OffloadProblem> problems_;
     Transfer transfer_;
     std::set<std::pair<const RootFolder*, FileAccess>> accessesSeen_;

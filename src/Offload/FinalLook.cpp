@@ -4,6 +4,7 @@
 #include "Platform/Error.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace slatewise::FinalLook {
 
@@ -21,12 +22,20 @@ bool isUnchanged(const InventoryEntry& before, const InventoryEntry& now) {
 
 } // namespace
 
-bool isInPlace(const RootFolder& session, const FileCopyResult& copy) {
+std::int64_t modifiedSeconds(const RootFolder& session, const std::string& copy) {
+    return session.attributes(copy).exactModified.value_or(timespec{}).tv_sec;
+}
+
+CopyState stateOf(const RootFolder& session, const FileCopyResult& copy, std::int64_t modified) {
+    constexpr std::int64_t kCoarsest = 2;
     try {
         const auto facts = session.attributes(copy.relativePath);
-        return facts.type == FileSystem::ItemType::RegularFile && facts.sizeBytes == copy.sizeBytes;
+        if (facts.type != FileSystem::ItemType::RegularFile || facts.sizeBytes != copy.sizeBytes)
+            return CopyState::Gone;
+        const auto now = facts.exactModified.value_or(timespec{}).tv_sec;
+        return std::abs(now - modified) <= kCoarsest ? CopyState::AsProved : CopyState::Rewritten;
     } catch (const PosixError&) {
-        return false;
+        return CopyState::Gone;
     }
 }
 

@@ -364,6 +364,8 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
          "The copy of DCIM/a is no longer where it was written."},
         {true, [&] { writeFile(session / "DCIM/a", "longer than it was"); },
          "The copy of DCIM/a is no longer where it was written."},
+        {true, [&] { writeFile(session / "DCIM/a", "CONTENT"); },
+         "The copy of DCIM/a differs from the card."},
         {true,
          [&] {
              std::filesystem::rename(session, destination / "moved");
@@ -375,8 +377,11 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
          "Copying stopped at DCIM/b: " + (session / "DCIM/b").native() +
              ": another file of that name stands on this disk"},
     };
-    for (const auto* name : {"DCIM/a", "DCIM/b"})
+    for (const auto* name : {"DCIM/a", "DCIM/b"}) {
         writeFile(card / name, "content");
+        std::filesystem::last_write_time(
+            card / name, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    }
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.problem);
         for (const auto* name : {"session", "moved"})
