@@ -49,7 +49,7 @@ OutcomeLine lineOf(const BatchPair& planned, const PairResult& pair, L10n l10n) 
     case OutcomeStatus::Verified:
         return {toQString(l10n.pairVerified(card, disk, pair.filesDone)), OutcomeLine::Kind::Good};
     case OutcomeStatus::Hashed:
-        return {toQString(l10n.pairHashed(card, pair.filesDone)), OutcomeLine::Kind::Good};
+        return {toQString(l10n.pairHashed(card, pair.filesDone)), OutcomeLine::Kind::Note};
     case OutcomeStatus::Failed:
         break;
     }
