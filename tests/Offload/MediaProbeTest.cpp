@@ -225,10 +225,9 @@ TEST_F(MediaPassTest, FillsTheRowsOfCopiedAndOfHashedFiles) {
 }
 
 TEST_F(MediaPassTest, NoToolCanChangeTheVerdict) {
-    for (const auto* script :
-         {"sleep 60", "kill -SEGV $$", "echo banner", "head -c 50000000 /dev/zero >&2",
-          "head -c 50000000 /dev/urandom", "echo '{\"media\": {\"track\": [{'",
-          "yes '{' | head -c 1000000", "rm -f \"$4\"; exit 1"}) {
+    for (const auto* script : {"sleep 60", "kill -SEGV $$", "echo banner",
+                               "head -c 50000000 /dev/zero >&2", "head -c 50000000 /dev/urandom",
+                               "echo '{\"media\": {\"track\": [{'", "yes '{' | head -c 1000000"}) {
         SCOPED_TRACE(script);
         fake.says(script);
         request.mediaInfo = fake.tool();
@@ -242,6 +241,10 @@ TEST_F(MediaPassTest, NoToolCanChangeTheVerdict) {
     const auto outcome = run();
     EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_EQ(outcome.files.front().media->captureFps, 25.0) << "the library knows";
+
+    fake.says("rm -f \"$4\"; exit 1");
+    request.mediaInfo = fake.tool();
+    EXPECT_EQ(run().status, OutcomeStatus::Failed) << "unless it takes the copy away";
 }
 
 TEST_F(MediaPassTest, StoppingItKeepsWhatWasProved) {
