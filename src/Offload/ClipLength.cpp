@@ -46,6 +46,16 @@ std::optional<std::int64_t> framesOf(const ClipLength& length, std::optional<Fra
 
 } // namespace
 
+std::optional<double> rateOfTimecode(std::optional<double> told, std::optional<double> pictures) {
+    if (!told || !pictures)
+        return told ? told : pictures;
+    const auto ofTimecode = exact(told);
+    const auto ofPictures = exact(pictures);
+    const bool isRounded = ofTimecode && ofPictures && ofTimecode != ofPictures &&
+                           ofTimecode->nominal() == ofPictures->nominal();
+    return isRounded ? pictures : told;
+}
+
 void countFrames(const ClipLength& told, MediaMetadata& facts) {
     auto length = told;
     if (length.pictures && (*length.pictures < 1 || *length.pictures > kMostPictures))

@@ -14,6 +14,10 @@ struct ClipLength {
     std::optional<double> seconds;
 };
 
+/// The rate that a timecode counts at, of what is told of it and of the pictures. Some containers
+/// write the whole number that it counts to in place of its rate.
+std::optional<double> rateOfTimecode(std::optional<double> told, std::optional<double> pictures);
+
 /// From the length, and from rates, start and way of counting as `facts` has them already, to its
 /// length in seconds, its length in timecode and its last timecode. A timecode that counts at
 /// another rate than the pictures come has as many frames as there are pictures under way. What

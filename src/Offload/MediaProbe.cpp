@@ -55,8 +55,9 @@ MediaMetadata probeLibrary(const std::filesystem::path& file, ReportKind kind,
     MediaMetadata result;
     if (kind == ReportKind::Video && timing.frameRate)
         result.captureFps = timing.frameRate->perSecond();
-    result.timecodeRate =
-        timing.timecodeRate ? timing.timecodeRate->perSecond() : result.captureFps;
+    const auto told =
+        timing.timecodeRate ? std::optional(timing.timecodeRate->perSecond()) : std::nullopt;
+    result.timecodeRate = rateOfTimecode(told, result.captureFps);
     result.timecodeStart = TimecodeFormat::normalized(timing.timecode);
     if (result.timecodeStart)
         result.timecodeDropFrame = timing.timecode->find(';') != std::string::npos;

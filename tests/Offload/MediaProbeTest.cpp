@@ -157,6 +157,17 @@ TEST(MediaProbe, LaterSourcesOnlyFillGaps) {
     EXPECT_EQ(clip.durationTC, "00:00:02:00");
     EXPECT_EQ(clip.timecodeEnd, "01:00:01:24");
 
+    // Without the tool, of a container that rounds the rate of its timecode.
+    const auto reader = folder / "reader";
+    writeFile(reader, "#!/bin/sh\necho rate 24000/1001; echo timecode-rate 24/1; echo frames 14400;"
+                      "echo timecode 01:00:00:00\n");
+    std::filesystem::permissions(reader, std::filesystem::perms::owner_all);
+    const auto rounded = MediaProbe::probe(
+        folder / "clip.mov",
+        {.tool = {}, .reader = {.executable = reader, .limits = {}}, .log = {}, .stop = {}});
+    EXPECT_EQ(rounded.timecodeRate, rounded.captureFps);
+    EXPECT_EQ(rounded.timecodeEnd, "01:09:59:23");
+
     fake.says("echo '{}'");
     writeFile(folder / "clip.r3d", "unknown");
     writeFile(folder / "clip.ari", "unknown");

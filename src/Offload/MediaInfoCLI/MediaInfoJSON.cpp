@@ -3,7 +3,6 @@
 #include "Offload/ClipLength.h"
 #include "Offload/MediaInfoCLI/MediaInfoTracks.h"
 #include "Offload/TimecodeFormat.h"
-#include "Platform/FrameRate.h"
 
 namespace slatewise::MediaInfoJSON {
 
@@ -84,17 +83,6 @@ std::optional<double> timecodeRate(const Sources& sources) {
             return rate;
     }
     return std::nullopt;
-}
-
-/// Some containers write the whole number that a timecode counts to in place of its rate.
-std::optional<double> trueRate(std::optional<double> timecode, std::optional<double> capture) {
-    if (!timecode || !capture)
-        return firstOf(timecode, capture);
-    const auto told = FrameRate::near(*timecode);
-    const auto pictures = FrameRate::near(*capture);
-    const bool isRounded =
-        told && pictures && told != pictures && told->nominal() == pictures->nominal();
-    return isRounded ? capture : timecode;
 }
 
 std::optional<double> seconds(const Sources& sources) {
@@ -182,7 +170,7 @@ MediaMetadata metadata(std::string_view bytes) {
 
     MediaMetadata result;
     result.captureFps = firstOf(sources.video.frameRate(), sources.general.number("FrameRate"));
-    result.timecodeRate = trueRate(timecodeRate(sources), result.captureFps);
+    result.timecodeRate = rateOfTimecode(timecodeRate(sources), result.captureFps);
     result.timecodeDropFrame = dropFrame(sources, start, end);
     result.timecodeStart = TimecodeFormat::normalized(start);
     result.timecodeEnd = TimecodeFormat::normalized(end);
