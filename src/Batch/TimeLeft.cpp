@@ -1,13 +1,13 @@
 #include "Batch/TimeLeft.h"
 
+#include "Offload/CopyProgress.h"
+
 #include <fmt/format.h>
 
 namespace slatewise {
 
 namespace {
 
-/// Where on the one bar copying ends.
-constexpr double kCopyShare = 0.85;
 constexpr double kReadBackCost = 0.5;
 /// Below this much of a phase an estimate would only jump about.
 constexpr double kLeastEvidence = 0.01;

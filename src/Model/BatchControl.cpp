@@ -113,8 +113,7 @@ void BatchControl::start() {
     ejects_.clear();
     const auto batchPlan = plan();
     if (batchPlan.cards.empty() || batchPlan.destinations.empty()) {
-        phase_ =
-            Phase::Failed{OffloadError(OffloadError::MissingSelection{}).localizedDescription()};
+        phase_ = Phase::Failed{OffloadError(OffloadError::MissingSelection{}).text(state_.l10n())};
         state_.isVerdictOld = false;
         return state_.publish();
     }

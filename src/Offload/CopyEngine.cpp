@@ -192,10 +192,10 @@ private:
             row.further = FurtherHashes{std::move(digests.further), {}, {}};
             results_.push_back(std::move(row));
         }
+        lookIntoClips(card_->path());
         if (!findsFoldersInPlace())
             return outcome(OutcomeStatus::Failed, 0);
         const bool isUnchanged = findsCardUnchanged();
-        lookIntoClips(card_->path());
         return outcome(
             isUnchanged && isWholeCardRead_ ? OutcomeStatus::Hashed : OutcomeStatus::Failed, 0);
     }

@@ -6,8 +6,7 @@ namespace slatewise {
 
 namespace {
 
-constexpr double kCopyShare = 0.85;
-constexpr double kVerificationShare = 0.15;
+constexpr double kVerificationShare = 1 - kCopyShare;
 constexpr std::chrono::seconds kSpeedWindow{2};
 
 double share(std::int64_t part, std::int64_t whole) {

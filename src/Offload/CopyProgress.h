@@ -9,6 +9,9 @@
 
 namespace slatewise {
 
+/// Where on the one bar of a run copying ends and reading back begins.
+inline constexpr double kCopyShare = 0.85;
+
 /// Bytes per second over the last two seconds.
 class SpeedMeter {
 public:

@@ -16,16 +16,20 @@ std::optional<std::filesystem::path> own() {
 }
 
 bool isTrusted(const std::filesystem::path& file) {
+    bool isOnesBelowThere = false;
     for (auto at = file;; at = at.parent_path()) {
         struct stat facts {};
         const bool exists = ::lstat(at.c_str(), &facts) == 0;
         const bool isLink = exists && S_ISLNK(facts.st_mode);
         const bool isOurs = facts.st_uid == 0 || facts.st_uid == ::geteuid();
-        const bool isOpen = !isLink && (facts.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+        // In a folder like /tmp everybody may make things, and nobody may touch those of others.
+        const bool isSafe = isOnesBelowThere && (facts.st_mode & S_ISVTX) != 0;
+        const bool isOpen = !isLink && !isSafe && (facts.st_mode & (S_IWGRP | S_IWOTH)) != 0;
         if (exists && (!isOurs || isOpen))
             return false;
         if (at == at.parent_path())
             return true;
+        isOnesBelowThere = exists;
     }
 }
 

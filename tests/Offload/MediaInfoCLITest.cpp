@@ -111,6 +111,11 @@ TEST(MediaInfoCandidates, StandInTheirOrder) {
     const TemporaryFolder folder;
     std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
     EXPECT_FALSE(TrustedPrograms::isTrusted(folder / "x/mediainfo")) << "others can write above it";
+    std::filesystem::permissions(folder.path(), std::filesystem::perms::sticky_bit,
+                                 std::filesystem::perm_options::add);
+    EXPECT_FALSE(TrustedPrograms::isTrusted(folder / "x/mediainfo")) << "others can make it";
+    writeFile(folder / "x/mediainfo", "");
+    EXPECT_TRUE(TrustedPrograms::isTrusted(folder / "x/mediainfo")) << "others cannot swap it";
     writeFile(folder / "real/bin/dit", "");
     std::filesystem::create_symlink(folder / "real/bin/dit", folder / "dit");
     const auto started = texts(MediaInfoCLI::candidateURLs("/b", {}, folder / "dit"));

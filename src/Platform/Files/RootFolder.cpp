@@ -247,20 +247,11 @@ bool RootFolder::exists(const std::filesystem::path& relative) const {
     }
 }
 
-bool RootFolder::isFolder(const std::filesystem::path& relative) const noexcept {
-    return relative.native().size() < PATH_MAX &&
-           openBeneath(descriptor_.get(), relative.empty() ? "." : relative.native(),
-                       O_PATH | O_DIRECTORY, Links::Refuse);
-}
-
 RootFolder::Parent RootFolder::parentOf(const std::filesystem::path& relative) const {
     return {open(relative.parent_path(), O_PATH | O_DIRECTORY), relative.filename().native()};
 }
 
 void RootFolder::createFolders(const std::filesystem::path& relative) const {
-    // Mostly they are there, made for the file before.
-    if (isFolder(relative))
-        return;
     std::filesystem::path way;
     for (const auto& part : relative) {
         way /= part;

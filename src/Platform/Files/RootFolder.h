@@ -107,8 +107,6 @@ private:
         std::string name;
     };
     Parent parentOf(const std::filesystem::path& relative) const;
-    /// Whether it is certainly one already.
-    bool isFolder(const std::filesystem::path& relative) const noexcept;
 
     std::filesystem::path path_;
     FileDescriptor descriptor_;
