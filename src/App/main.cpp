@@ -37,6 +37,7 @@ int run() {
     DitApplication application(Surroundings::ofThisDesktop(UserDefaults::standard()));
     const int code = QGuiApplication::exec();
     application.noteEnd();
+    UserDefaults::standard().waitUntilWritten();
     // A copy that still runs ends here, as it would if the power went: nothing is flushed by hand,
     // and what it has written stays.
     if (application.model().batch()->isBusy())

@@ -8,8 +8,11 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <condition_variable>
 #include <map>
 #include <mutex>
+#include <thread>
+#include <utility>
 
 namespace slatewise {
 
@@ -37,13 +40,61 @@ void makePrivate(const QString& file) {
 } // namespace
 
 struct UserDefaults::Storage {
-    explicit Storage(const QString& file) : settings(file, QSettings::IniFormat) {}
+    using Changes = std::map<std::string, std::optional<std::string>, std::less<>>;
+
+    explicit Storage(const QString& file) : settings(file, QSettings::IniFormat) {
+        for (const auto& key : settings.allKeys())
+            values.emplace(key.toStdString(), settings.value(key).toString().toStdString());
+    }
+
+    void change(std::string_view key, std::optional<std::string> value) {
+        const std::lock_guard guard(lock);
+        values.insert_or_assign(std::string(key), value);
+        if (keepsChangesInMemory)
+            return;
+        unwritten.insert_or_assign(std::string(key), std::move(value));
+        if (!writer.joinable())
+            writer = std::jthread([this](const std::stop_token& stop) { writeUntil(stop); });
+        changed.notify_all();
+    }
+
+    /// Writes what was changed, to the last of it.
+    void writeUntil(const std::stop_token& stop) {
+        std::unique_lock guard(lock);
+        for (;;) {
+            changed.wait(guard, stop, [&] { return !unwritten.empty(); });
+            if (unwritten.empty())
+                return;
+            beingWritten = std::exchange(unwritten, {});
+            guard.unlock();
+            write();
+            guard.lock();
+            beingWritten.clear();
+            changed.notify_all();
+        }
+    }
+
+    void write() {
+        makePrivate(settings.fileName());
+        for (const auto& [key, value] : beingWritten) {
+            if (value)
+                settings.setValue(toQString(key), toQString(*value));
+            else
+                settings.remove(toQString(key));
+        }
+        settings.sync();
+    }
 
     std::mutex lock;
-    QSettings settings;
+    std::condition_variable_any changed;
+    /// As this process sees them; nothing stands for a removed value.
+    Changes values;
+    Changes unwritten;
+    Changes beingWritten;
     bool keepsChangesInMemory = false;
-    /// Changes that are not written; nothing stands for a removed value.
-    std::map<std::string, std::optional<std::string>, std::less<>> changes;
+    /// The writer's alone once it runs.
+    QSettings settings;
+    std::jthread writer;
 };
 
 UserDefaults::UserDefaults(const std::filesystem::path& file)
@@ -58,38 +109,27 @@ UserDefaults& UserDefaults::standard() {
 
 std::optional<std::string> UserDefaults::value(std::string_view key) const {
     const std::lock_guard guard(storage_->lock);
-    if (const auto found = storage_->changes.find(key); found != storage_->changes.end())
-        return found->second;
-    const QVariant stored = storage_->settings.value(toQString(key));
-    if (!stored.isValid())
-        return std::nullopt;
-    return stored.toString().toStdString();
+    const auto found = storage_->values.find(key);
+    return found == storage_->values.end() ? std::nullopt : found->second;
 }
 
 void UserDefaults::setValue(std::string_view key, std::string_view value) {
-    const std::lock_guard guard(storage_->lock);
-    if (storage_->keepsChangesInMemory) {
-        storage_->changes.insert_or_assign(std::string(key), std::string(value));
-        return;
-    }
-    makePrivate(storage_->settings.fileName());
-    storage_->settings.setValue(toQString(key), toQString(value));
-    storage_->settings.sync();
+    storage_->change(key, std::string(value));
 }
 
 void UserDefaults::removeValue(std::string_view key) {
-    const std::lock_guard guard(storage_->lock);
-    if (storage_->keepsChangesInMemory) {
-        storage_->changes.insert_or_assign(std::string(key), std::nullopt);
-        return;
-    }
-    storage_->settings.remove(toQString(key));
-    storage_->settings.sync();
+    storage_->change(key, std::nullopt);
 }
 
 void UserDefaults::keepChangesInMemory() {
     const std::lock_guard guard(storage_->lock);
     storage_->keepsChangesInMemory = true;
+}
+
+void UserDefaults::waitUntilWritten() {
+    std::unique_lock guard(storage_->lock);
+    storage_->changed.wait(
+        guard, [&] { return storage_->unwritten.empty() && storage_->beingWritten.empty(); });
 }
 
 } // namespace slatewise
