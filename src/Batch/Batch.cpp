@@ -93,6 +93,7 @@ struct Batch::PairWork {
     PairLists lists;
     RunMailbox mail;
     std::unique_ptr<OffloadOutcome> outcome;
+    std::shared_ptr<const ProvedCopies> copies;
     PairTraces::Folders folders;
     PairResult result;
     /// Of the step at work.
@@ -227,9 +228,13 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
             requireFolders();
             auto request = requestFor(self->plan_, pair);
             work->lists.follow(request);
+            auto observer = work->mail.observer();
+            observer.proved = [&](auto copies) {
+                work->copies = std::move(copies);
+            };
             try {
-                work->outcome = std::make_unique<OffloadOutcome>(self->surroundings_.runEngine(
-                    request, work->mail.observer(), self->stop_.get_token()));
+                work->outcome = std::make_unique<OffloadOutcome>(
+                    self->surroundings_.runEngine(request, observer, self->stop_.get_token()));
             } catch (const PosixError&) {
                 // What a dead disk answers says less than that it is dead.
                 requireFolders();
@@ -247,12 +252,14 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
     const auto grace = kGrace + std::chrono::seconds(work->outcome->files.size() / kRowsPerSecond);
     return perform(work, grace, [self = shared_from_this(), work, pair = work->pair] {
         const auto outcome = std::move(work->outcome);
+        const auto copies = std::move(work->copies);
         withdrawIfMoved(pair, *outcome, work->mail);
         auto& result = work->result;
         takeOver(*outcome, result);
         work->lists.settle(pair, *outcome, work->mail.observer().problem);
-        const auto [inArchive, onDestination] = PairTraces::leave(
-            self->plan_, pair, *outcome, *self->database_, work->mail.observer().problem);
+        const auto [inArchive, onDestination] =
+            PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
+                              work->mail.observer().problem);
         result.status = outcome->status;
         if (!endedWell(result.status)) {
             result.message = self->reasonOf(pair, *outcome, *result.runStatus);

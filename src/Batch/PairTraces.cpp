@@ -47,25 +47,30 @@ private:
 class Traces {
 public:
     Traces(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
-           AppDatabase& database, const Tell& tell)
-        : plan_(plan), pair_(pair), outcome_(outcome), database_(database), tell_(tell),
-          archive_(SupportPaths::reportsArchive(plan.settings)),
-          manifest_(ReportWriter::buildManifest(outcome, std::exchange(outcome.files, {}),
-                                                pair.card.facts, pair.destination.facts,
-                                                pair.camera, pair.ekip, plan.language)) {}
+           const ProvedCopies* copies, AppDatabase& database, const Tell& tell)
+        : plan_(plan), pair_(pair), outcome_(outcome), copies_(copies), database_(database),
+          tell_(tell), archive_(SupportPaths::reportsArchive(plan.settings)),
+          manifest_(manifestOf(std::exchange(outcome.files, {}))) {}
 
     Folders leave() {
         writeSet();
-        const auto told = manifest_.problems.size();
+        const auto told = outcome_.problems.size();
         copySetToDestination();
-        if (manifest_.problems.size() != told)
-            writeInto(folders_.inArchive);
+        lookOnceMore();
+        if (outcome_.problems.size() != told)
+            writeSetAgain();
         save();
         enqueue();
         return std::move(folders_);
     }
 
 private:
+    SessionManifest manifestOf(std::vector<FileCopyResult> files) const {
+        return ReportWriter::buildManifest(outcome_, std::move(files), pair_.card.facts,
+                                           pair_.destination.facts, pair_.camera, pair_.ekip,
+                                           plan_.language);
+    }
+
     void writeSet() {
         try {
             name_ = claimName(archive_);
@@ -81,6 +86,7 @@ private:
     /// The disk gets its set even so.
     void writeSetAside() {
         set_.clear();
+        manifest_ = manifestOf(std::move(manifest_.files));
         try {
             aside_.emplace();
             if (name_.empty())
@@ -109,11 +115,7 @@ private:
     bool isDiskInPlace() const { return pair_.destinationFolder->isStillAtItsPath(); }
 
     void copySetToDestination() {
-        if (!isDiskInPlace()) {
-            fail({Kind::DiskReplaced, pair_.destination.name()});
-            return;
-        }
-        if (set_.empty())
+        if (!isDiskInPlace() || set_.empty())
             return;
         try {
             if (isArchiveTheDisk()) {
@@ -123,24 +125,37 @@ private:
             const auto onDestination = ReportFolder::onDestination(name_);
             ReportWriter::copySidecars(RootFolder(set_), *pair_.destinationFolder, onDestination);
             folders_.onDestination = pair_.destination.facts.mountPoint / onDestination;
-            // The set went to the disk that is held; people look for it by its path.
-            if (!isDiskInPlace())
-                fail({Kind::DiskReplaced, pair_.destination.name()});
         } catch (const std::exception& failure) {
             fail({Kind::ReportsNotCopied, pair_.destination.name(),
                   describe(failure, plan_.l10n())});
         }
     }
 
-    /// Once more, with what has become known since.
-    void writeInto(const std::filesystem::path& set) const {
-        if (set.empty())
+    /// Writing the set takes its time, and whoever reads "verified" in it reads it now.
+    void lookOnceMore() {
+        // The set went to the disk that is held; people look for it by its path.
+        if (!isDiskInPlace()) {
+            fail({Kind::DiskReplaced, pair_.destination.name()});
+            return;
+        }
+        if (!copies_)
+            return;
+        for (const auto& problem : copies_->findChanged(manifest_.files))
+            fail(problem);
+    }
+
+    /// With what has become known since. What lies there already is no better than nothing.
+    void writeSetAgain() {
+        manifest_ = manifestOf(std::move(manifest_.files));
+        if (set_.empty())
             return;
         try {
-            ReportWriter::write(manifest_, set, plan_.language);
+            ReportWriter::write(manifest_, set_, plan_.language);
         } catch (const std::exception& failure) {
             AppLog::append("Reports not written again: " + describe(failure));
+            return;
         }
+        copySetToDestination();
     }
 
     void save() {
@@ -175,11 +190,10 @@ private:
     }
 
     void fail(const OffloadProblem& problem) {
-        outcome_.status = manifest_.status = OutcomeStatus::Failed;
+        outcome_.status = OutcomeStatus::Failed;
         const auto& known = outcome_.problems;
         if (std::find(known.begin(), known.end(), problem) != known.end())
             return;
-        manifest_.problems.push_back(problem.text(plan_.l10n()));
         report(problem);
     }
 
@@ -197,6 +211,7 @@ private:
     const BatchPlan& plan_;
     const BatchPair& pair_;
     OffloadOutcome& outcome_;
+    const ProvedCopies* copies_;
     AppDatabase& database_;
     const Tell& tell_;
     const std::filesystem::path archive_;
@@ -212,8 +227,8 @@ private:
 } // namespace
 
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
-              AppDatabase& database, const Tell& tell) {
-    return Traces(plan, pair, outcome, database, tell).leave();
+              const ProvedCopies* copies, AppDatabase& database, const Tell& tell) {
+    return Traces(plan, pair, outcome, copies, database, tell).leave();
 }
 
 } // namespace slatewise::PairTraces

@@ -2,6 +2,7 @@
 
 #include "Batch/BatchPlan.h"
 #include "Offload/OffloadRows.h"
+#include "Offload/ProvedCopies.h"
 #include "Storage/AppDatabase.h"
 
 #include <filesystem>
@@ -23,8 +24,9 @@ using Tell = std::function<void(const OffloadProblem&)>;
 /// service; takes its rows. In this order, each whatever became of those before it; a disk that is
 /// not the chosen one any more gets nothing. A trace that cannot be left is a problem, told and
 /// added to the outcome. Without its reports an offload has failed, and so say all of its traces;
-/// without its line in the history it has not. Blocks; any thread.
+/// without its line in the history it has not. The `copies`, where there are any, are looked at
+/// once more when the reports are written, and told of by them. Blocks; any thread.
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
-              AppDatabase& database, const Tell& tell);
+              const ProvedCopies* copies, AppDatabase& database, const Tell& tell);
 
 } // namespace slatewise::PairTraces

@@ -5,6 +5,7 @@
 #include "Offload/FolderTemplate.h"
 #include "Offload/MediaProbe.h"
 #include "Offload/OffloadError.h"
+#include "Offload/ProvedCopies.h"
 #include "Offload/SHA256Hasher.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
@@ -36,11 +37,6 @@ FileCopyResult makeRow(const InventoryEntry& entry, RowAction action, VerifyStat
 
 bool isSkippedFile(const InventoryEntry& entry) {
     return !entry.isDirectory && !entry.shouldCopy;
-}
-
-void markFailed(FileCopyResult& row, VerifyStatus verifyStatus) {
-    row.action = RowAction::Fail;
-    row.verifyStatus = verifyStatus;
 }
 
 /// The working state of one run.
@@ -168,8 +164,7 @@ private:
         destination_->createFolders(session_.parent_path());
         while (!destination_->createNewFolder(session_))
             nameSession();
-        // Held, so that another folder of its name is known for one in the end.
-        sessionFolder_.emplace(destination_->below(session_));
+        copies_ = std::make_shared<ProvedCopies>(destination_->below(session_));
         if (observer_.sessionRootCreated)
             observer_.sessionRootCreated(sessionRoot_);
     }
@@ -229,6 +224,8 @@ private:
         }
         const bool areComplete = areInPlace && findsCopiesInPlace();
         const bool isUnchanged = areInPlace && findsCardUnchanged();
+        if (observer_.proved)
+            observer_.proved(copies_);
         const bool isWell =
             allProved && areFoldersApart_ && areComplete && isUnchanged && isWholeCardRead_;
         return outcome(isWell ? OutcomeStatus::Verified : OutcomeStatus::Failed,
@@ -334,7 +331,6 @@ private:
                 copies.push_back(&row);
         }
         bool allProved = true;
-        modifiedWhenProved_.resize(results_.size());
         const int count = static_cast<int>(copies.size());
         for (int position = 0; position < count; ++position) {
             throwIfCancelled();
@@ -352,8 +348,7 @@ private:
 
     void readBack(FileCopyResult& row, int position, int count) {
         const auto target = inSession(row.relativePath);
-        modifiedWhenProved_[static_cast<std::size_t>(&row - results_.data())] =
-            FinalLook::modifiedSeconds(*sessionFolder_, row.relativePath);
+        copies_->note(static_cast<std::size_t>(&row - results_.data()), row.relativePath);
         const std::int64_t size = row.sizeBytes;
         std::int64_t bytesRead = 0;
         const auto publishFigures = [&] {
@@ -387,24 +382,10 @@ private:
 
     /// Whether every copy lies where it was written: a proof says nothing of what became of it.
     bool findsCopiesInPlace() {
-        if (!sessionFolder_->isStillAtItsPath()) {
-            reportProblem({Kind::CopyGone, sessionRoot_.native()});
-            return false;
-        }
-        bool areThere = true;
-        for (std::size_t index = 0; index < modifiedWhenProved_.size(); ++index) {
-            auto& row = results_[index];
-            if (row.verifyStatus != VerifyStatus::Verified)
-                continue;
-            const auto state = FinalLook::stateOf(*sessionFolder_, row, modifiedWhenProved_[index]);
-            if (state == FinalLook::CopyState::AsProved)
-                continue;
-            const bool isGone = state == FinalLook::CopyState::Gone;
-            reportProblem({isGone ? Kind::CopyGone : Kind::CopyDiffers, row.relativePath});
-            markFailed(row, isGone ? VerifyStatus::Failed : VerifyStatus::Mismatch);
-            areThere = false;
-        }
-        return areThere;
+        auto changes = copies_->findChanged(results_);
+        for (auto& problem : changes)
+            reportProblem(std::move(problem));
+        return changes.empty();
     }
 
     /// Whether what was read is what lies on the card.
@@ -521,7 +502,7 @@ private:
     /// Relative to the destination.
     std::filesystem::path session_;
     std::filesystem::path sessionRoot_;
-    std::optional<RootFolder> sessionFolder_;
+    std::shared_ptr<ProvedCopies> copies_;
     bool isWholeCardRead_ = true;
     std::set<std::string> foldersNotRead_;
     std::unordered_set<std::string> foldersMade_;
@@ -535,8 +516,6 @@ private:
     std::int64_t totalBytes_ = 0;
     Request::FormatsOf formatsOf_;
     std::vector<FileCopyResult> results_;
-    /// Of the rows of that order, when their copies were modified last; of others it is 0.
-    std::vector<std::int64_t> modifiedWhenProved_;
     std::vector<OffloadProblem> problems_;
     Transfer transfer_;
     std::set<std::pair<const RootFolder*, FileAccess>> accessesSeen_;

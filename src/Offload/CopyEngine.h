@@ -4,6 +4,7 @@
 #include "Offload/OffloadPhase.h"
 #include "Offload/OffloadRows.h"
 #include "Offload/OffloadSettings.h"
+#include "Offload/ProvedCopies.h"
 #include "Platform/Clock.h"
 #include "Platform/Files/RootFolder.h"
 #include "Platform/Uuid.h"
@@ -55,6 +56,9 @@ struct Observer {
     std::function<void(const OffloadProblem&)> problem;
     /// Once, before the first file: where the run leaves everything, whatever becomes of it.
     std::function<void(const std::filesystem::path&)> sessionRootCreated;
+    /// Once, when every copy was read back: to look at them again as long as something is still to
+    /// be told of them. Holds the session's folder, and so the disk.
+    std::function<void(std::shared_ptr<const ProvedCopies>)> proved{};
 };
 
 /// Does the whole run and blocks until it is done.

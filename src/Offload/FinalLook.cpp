@@ -1,10 +1,8 @@
 #include "Offload/FinalLook.h"
 
 #include "Offload/TreeWalker.h"
-#include "Platform/Error.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace slatewise::FinalLook {
 
@@ -21,23 +19,6 @@ bool isUnchanged(const InventoryEntry& before, const InventoryEntry& now) {
 }
 
 } // namespace
-
-std::int64_t modifiedSeconds(const RootFolder& session, const std::string& copy) {
-    return session.attributes(copy).exactModified.value_or(timespec{}).tv_sec;
-}
-
-CopyState stateOf(const RootFolder& session, const FileCopyResult& copy, std::int64_t modified) {
-    constexpr std::int64_t kCoarsest = 2;
-    try {
-        const auto facts = session.attributes(copy.relativePath);
-        if (facts.type != FileSystem::ItemType::RegularFile || facts.sizeBytes != copy.sizeBytes)
-            return CopyState::Gone;
-        const auto now = facts.exactModified.value_or(timespec{}).tv_sec;
-        return std::abs(now - modified) <= kCoarsest ? CopyState::AsProved : CopyState::Rewritten;
-    } catch (const PosixError&) {
-        return CopyState::Gone;
-    }
-}
 
 CardChanges
 findChanges(const RootFolder& card, std::span<const InventoryEntry> inventory,

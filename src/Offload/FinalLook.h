@@ -4,35 +4,15 @@
 #include "Offload/OffloadSettings.h"
 #include "Platform/Files/RootFolder.h"
 
-#include <cstdint>
 #include <functional>
 #include <set>
 #include <span>
 #include <string>
 #include <vector>
 
-/// What is looked at once everything was read, written and proved. A proof is one of the moment:
-/// card and disk stay in the hands of cameras, programs and people meanwhile. Without state;
-/// everything blocks its caller.
+/// What is looked at on the card once everything was read, written and proved: it stays in the
+/// hands of cameras, programs and people meanwhile. Without state; everything blocks its caller.
 namespace slatewise::FinalLook {
-
-/// What became of a copy since it was proved.
-enum class CopyState {
-    AsProved,
-    /// Nothing bears its name, or something else does, or it is not as long as it was.
-    Gone,
-    /// Somebody wrote into it, or put another file of its length there.
-    Rewritten,
-};
-
-/// When the copy was modified last, by the disk's own word. To be asked before it is proved.
-std::int64_t modifiedSeconds(const RootFolder& session, const std::string& copy);
-
-/// `modified` is what `modifiedSeconds` gave. Never fails: what cannot be seen is gone.
-///
-/// Dates count by the two seconds that the coarsest file systems keep. A copy has its source's
-/// date, which lies before the run, so that whatever is written later stands out.
-CopyState stateOf(const RootFolder& session, const FileCopyResult& copy, std::int64_t modified);
 
 /// How the card differs from what was read of it.
 struct CardChanges {

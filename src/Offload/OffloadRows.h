@@ -114,6 +114,11 @@ struct FileCopyResult {
     friend bool operator==(const FileCopyResult&, const FileCopyResult&) = default;
 };
 
+inline void markFailed(FileCopyResult& row, VerifyStatus verifyStatus) {
+    row.action = RowAction::Fail;
+    row.verifyStatus = verifyStatus;
+}
+
 /// The result of one run of one card to one destination.
 struct OffloadOutcome {
     Uuid sessionID;

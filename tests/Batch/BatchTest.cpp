@@ -244,6 +244,45 @@ TEST_F(BatchOfCards, WhatGoesBeforeItsReportsKeepsNoOtherTraceAway) {
     }
 }
 
+TEST_F(BatchOfCards, WhatBecomesOfACopyBeforeItsReportsAreLeftIsSeen) {
+    const std::vector<std::pair<std::function<void(const std::filesystem::path&)>, const char*>>
+        cases = {
+            {[](const auto& session) { std::filesystem::remove(session / "A.mov"); },
+             "The copy of A.mov is no longer where it was written."},
+            {[](const auto& session) { writeFile(session / "A.mov", "b"); },
+             "The copy of A.mov differs from the card."},
+            {[](const auto& session) { std::filesystem::remove_all(session); },
+             " is no longer where it was written."},
+        };
+    disks = {desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001", {{"A.mov", "a"}});
+    std::filesystem::last_write_time(desk.folder / "A001/A.mov",
+                                     std::filesystem::file_time_type::clock::now() -
+                                         std::chrono::hours(1));
+    for (const auto& [happens, sentence] : cases) {
+        SCOPED_TRACE(sentence);
+        desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+            auto outcome = CopyEngine::run(request, observer, stop);
+            EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
+            happens(outcome.sessionRoot);
+            return outcome;
+        };
+        start();
+        desk.model().pathTemplate()->save("{CardName}-session");
+        desk.selectCard(card, "CamA");
+        desk.copy();
+        EXPECT_EQ(record.result.pairs.at(0).status, OutcomeStatus::Failed);
+        EXPECT_THAT(title(), HasSubstr(sentence));
+        ASSERT_EQ(reportsIn(desk.folder / "SSD1/reports"), 1);
+        const auto set = *std::filesystem::directory_iterator(desk.folder / "SSD1/reports");
+        EXPECT_THAT(readFile(set.path() / "manifest.json"),
+                    AllOf(HasSubstr(sentence), Not(HasSubstr("verified\""))));
+        EXPECT_EQ(readFile(set.path() / "checksums.sha256"), "");
+        EXPECT_EQ(desk.model().recentSessions()[0].status, "failed");
+        std::filesystem::remove_all(desk.folder / "SSD1/reports");
+    }
+}
+
 TEST_F(BatchOfCards, ASessionThatCannotBeStoredIsANoteAndWaitsForTheServiceAllTheSame) {
     disks = {desk.mountDisk("SSD1")};
     const auto card = desk.mountCard("A001");

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Offload/OffloadProblem.h"
+#include "Offload/OffloadRows.h"
+#include "Platform/Files/RootFolder.h"
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace slatewise {
+
+/// The copies of a run as they were when they were proved. A proof is one of the moment: the disk
+/// stays in the hands of programs and people, and what is told of its copies is told later.
+/// Everything blocks its caller; one thread at a time.
+class ProvedCopies {
+public:
+    /// Holds the session's folder, so that another one of its name is known for what it is.
+    explicit ProvedCopies(RootFolder session) : session_(std::move(session)) {}
+
+    /// Notes what the copy is like. To be called before it is read back, with the place of its row
+    /// among the run's. Fails with `PosixError` when it is not there.
+    void note(std::size_t row, const std::string& copy);
+
+    /// Looks whether every copy that `rows` call verified lies where it was proved, as long as it
+    /// was and with its date; marks the rows of others as failed, and gives a problem for each, or
+    /// one for the session's folder. `rows` have the run's order. Never fails: what cannot be seen
+    /// is gone.
+    ///
+    /// Dates count by the two seconds that the coarsest file systems keep. A copy has its source's
+    /// date, which lies before the run, so that whatever is written later stands out.
+    std::vector<OffloadProblem> findChanged(std::span<FileCopyResult> rows) const;
+
+private:
+    enum class State;
+    State stateOf(const FileCopyResult& row, std::int64_t modified) const;
+
+    RootFolder session_;
+    /// By row, in seconds; 0 where nothing was proved.
+    std::vector<std::int64_t> modified_;
+};
+
+} // namespace slatewise
