@@ -4,11 +4,15 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <libdeflate.h>
 #include <unicode/unistr.h>
-#include <zlib.h>
 
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <cmath>
+#include <limits>
+#include <new>
 
 namespace slatewise {
 
@@ -27,19 +31,17 @@ FileDescriptor create(const std::filesystem::path& path) {
     return file;
 }
 
-void compress(std::string_view content, std::string& result) {
-    auto size = ::compressBound(content.size());
-    result.resize(size);
-    if (::compress2(reinterpret_cast<Bytef*>(result.data()), &size,
-                    reinterpret_cast<const Bytef*>(content.data()), content.size(),
-                    kCompressionLevel) != Z_OK)
-        throw std::bad_alloc();
-    result.resize(size);
-}
-
 } // namespace
 
-PdfFile::PdfFile(const std::filesystem::path& path) : path_(path), file_(create(path)) {
+void PdfFile::FreeCompressor::operator()(libdeflate_compressor* compressor) const noexcept {
+    ::libdeflate_free_compressor(compressor);
+}
+
+PdfFile::PdfFile(const std::filesystem::path& path)
+    : path_(path), file_(create(path)),
+      compressor_(::libdeflate_alloc_compressor(kCompressionLevel)) {
+    if (!compressor_)
+        throw std::bad_alloc();
     // Bytes above 127 tell tools that pass files on that this one is not text.
     put("%PDF-1.5\n%\xE2\xE3\xCF\xD3\n");
 }
@@ -63,7 +65,7 @@ PdfFile::ObjectID PdfFile::addObject(std::string_view body) {
 }
 
 PdfFile::ObjectID PdfFile::addStream(std::string_view entries, std::string_view content) {
-    compress(content, compressed_);
+    compress(content);
     const auto id = reserve();
     objectOffsets_.back() = offset_;
     put(fmt::format("{} 0 obj\n<< {} /Filter /FlateDecode /Length {} >>\nstream\n", id, entries,
@@ -105,7 +107,10 @@ void PdfFile::appendNumber(std::string& out, double value) {
     if (hundredths < 0)
         out += '-';
     hundredths = std::abs(hundredths);
-    fmt::format_to(std::back_inserter(out), "{}", hundredths / kHundredths);
+    std::array<char, std::numeric_limits<long long>::digits10 + 1> whole;
+    const auto end =
+        std::to_chars(whole.data(), whole.data() + whole.size(), hundredths / kHundredths).ptr;
+    out.append(whole.data(), end);
     const auto fraction = static_cast<int>(hundredths % kHundredths);
     if (fraction == 0)
         return;
@@ -113,6 +118,12 @@ void PdfFile::appendNumber(std::string& out, double value) {
     out += static_cast<char>('0' + fraction / 10);
     if (fraction % 10 != 0)
         out += static_cast<char>('0' + fraction % 10);
+}
+
+void PdfFile::compress(std::string_view content) {
+    compressed_.resize(::libdeflate_zlib_compress_bound(compressor_.get(), content.size()));
+    compressed_.resize(::libdeflate_zlib_compress(compressor_.get(), content.data(), content.size(),
+                                                  compressed_.data(), compressed_.size()));
 }
 
 void PdfFile::put(std::string_view bytes) {

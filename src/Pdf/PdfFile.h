@@ -4,9 +4,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+struct libdeflate_compressor;
 
 namespace slatewise {
 
@@ -43,12 +46,19 @@ public:
     static void appendNumber(std::string& out, double value);
 
 private:
+    struct FreeCompressor {
+        void operator()(libdeflate_compressor* compressor) const noexcept;
+    };
+
+    /// Into `compressed_`.
+    void compress(std::string_view content);
     void put(std::string_view bytes);
     void flush();
 
     std::filesystem::path path_;
     FileDescriptor file_;
     std::string pending_;
+    std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor_;
     std::string compressed_;
     std::int64_t offset_ = 0;
     /// Where each object lies, by its number less one.

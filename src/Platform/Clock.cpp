@@ -13,14 +13,14 @@ using namespace std::chrono;
 
 namespace {
 
-struct CivilTime {
-    year_month_day date;
-    hh_mm_ss<microseconds> time;
-};
-
-CivilTime civil(Instant moment) {
+/// "2026-03-01T09:30:15", or with another character than "T".
+std::string dateTime(Instant moment, char between) {
     const auto midnight = floor<days>(moment);
-    return {year_month_day(midnight), hh_mm_ss<microseconds>(moment - midnight)};
+    const year_month_day date(midnight);
+    const hh_mm_ss time(floor<seconds>(moment - midnight));
+    return fmt::format("{:04}-{:02}-{:02}{}{:02}:{:02}:{:02}", int(date.year()),
+                       unsigned(date.month()), unsigned(date.day()), between, time.hours().count(),
+                       time.minutes().count(), time.seconds().count());
 }
 
 /// The decimal digits of `text`, all of them, or nothing.
@@ -58,10 +58,13 @@ icu::UnicodeString toUnicode(std::string_view text) {
         icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
 }
 
+UDate toDate(Instant moment) {
+    return static_cast<UDate>(floor<milliseconds>(moment.time_since_epoch()).count());
+}
+
 std::string formatted(Instant moment, const icu::DateFormat& format) {
     icu::UnicodeString characters;
-    format.format(static_cast<UDate>(floor<milliseconds>(moment.time_since_epoch()).count()),
-                  characters);
+    format.format(toDate(moment), characters);
     std::string text;
     return characters.toUTF8String(text);
 }
@@ -78,10 +81,7 @@ Instant now() {
 }
 
 std::string iso8601(Instant moment) {
-    const auto [date, time] = civil(moment);
-    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", int(date.year()),
-                       unsigned(date.month()), unsigned(date.day()), time.hours().count(),
-                       time.minutes().count(), time.seconds().count());
+    return dateTime(moment, 'T') + "Z";
 }
 
 std::optional<Instant> fromIso8601(std::string_view text) {
@@ -102,11 +102,8 @@ std::optional<Instant> fromIso8601(std::string_view text) {
 }
 
 std::string databaseText(Instant moment) {
-    const auto [date, time] = civil(moment);
-    return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}.{:03}", int(date.year()),
-                       unsigned(date.month()), unsigned(date.day()), time.hours().count(),
-                       time.minutes().count(), time.seconds().count(),
-                       duration_cast<milliseconds>(time.subseconds()).count());
+    const auto withinSecond = floor<milliseconds>(moment) - floor<seconds>(moment);
+    return dateTime(moment, ' ') + fmt::format(".{:03}", withinSecond.count());
 }
 
 std::optional<Instant> fromDatabaseText(std::string_view text) {
@@ -134,6 +131,16 @@ std::string localText(Instant moment, std::string_view pattern) {
                      .first;
     }
     return formatted(moment, format->second);
+}
+
+std::string localDateTime(Instant moment) {
+    // A report asks for thousands of them, and a format would take most of its time.
+    thread_local const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
+    std::int32_t offset = 0;
+    std::int32_t daylightSaving = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    zone->getOffset(toDate(moment), false, offset, daylightSaving, status);
+    return dateTime(moment + milliseconds(offset + daylightSaving), ' ');
 }
 
 std::string mediumDateTime(Instant moment, const char* locale) {

@@ -33,6 +33,9 @@ std::optional<Instant> fromDatabaseText(std::string_view text);
 /// locale "en_US_POSIX".
 std::string localText(Instant moment, std::string_view pattern);
 
+/// The moment in the machine's time zone as "2026-03-01 09:30:15".
+std::string localDateTime(Instant moment);
+
 /// Where a day begins and what a clock on the wall shows.
 enum class Zone { Machine, UTC };
 

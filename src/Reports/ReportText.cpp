@@ -52,7 +52,7 @@ std::string dateTime(Instant moment, AppLanguage language) {
 }
 
 std::string fileModified(Instant moment) {
-    return Clock::localText(moment, "yyyy-MM-dd HH:mm:ss");
+    return Clock::localDateTime(moment);
 }
 
 std::string formatClipDate(std::string_view text, AppLanguage language) {

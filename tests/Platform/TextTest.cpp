@@ -87,6 +87,7 @@ TEST(Clock, TextsOfMomentsDoNotDependOnTheMachine) {
     EXPECT_EQ(Clock::fromDatabaseText("2026-03-01 02:30:15.007"),
               *moment + std::chrono::milliseconds(7));
     EXPECT_EQ(Clock::localText(*moment, "yyyy-MM-dd HHmmss"), "2026-03-01 053015");
+    EXPECT_EQ(Clock::localDateTime(*moment), "2026-03-01 05:30:15");
     const Instant beforeTheEpoch = Instant() - std::chrono::microseconds(1);
     EXPECT_EQ(Clock::iso8601(beforeTheEpoch), "1969-12-31T23:59:59Z");
 }
