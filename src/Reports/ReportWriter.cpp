@@ -11,6 +11,10 @@
 #include "Reports/SessionPDF.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
+#include <future>
+#include <span>
 #include <unordered_set>
 #include <utility>
 
@@ -94,10 +98,17 @@ void write(const SessionManifest& manifest, const std::filesystem::path& folder,
     FileSystem::write(folder / "checksums.sha256",
                       [&](const TextSink& put) { checksumList(manifest, put); });
     const auto tree = ReportTree::build(manifest.files);
-    SessionHTML::write(manifest, tree, folder / "Reports_Standart.html", language);
-    SessionPDF::write(manifest, tree, folder / "Reports_Standart.pdf", language);
-    SessionDetailedHTML::write(manifest, tree, folder / "Reports_Detailed.html", language);
-    SessionDetailedPDF::write(manifest, tree, folder / "Reports_Detailed.pdf", language);
+    const auto writing = [&](auto* write, const char* name) {
+        return std::async(std::launch::async, write, std::cref(manifest), std::span(tree),
+                          folder / name, language);
+    };
+    // Each of them waits for those begun when it goes.
+    std::array reports = {writing(SessionHTML::write, "Reports_Standart.html"),
+                          writing(SessionPDF::write, "Reports_Standart.pdf"),
+                          writing(SessionDetailedHTML::write, "Reports_Detailed.html"),
+                          writing(SessionDetailedPDF::write, "Reports_Detailed.pdf")};
+    for (auto& report : reports)
+        report.get();
     FileSystem::syncFolder(folder);
     FileSystem::syncFolder(folder.parent_path());
 }

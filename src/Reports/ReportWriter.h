@@ -14,8 +14,8 @@
 #include <string_view>
 #include <vector>
 
-/// Makes the report set that travels with the footage. Without state; synchronous. What touches the
-/// disk fails with `PosixError`.
+/// Makes the report set that travels with the footage. Without state; blocks its caller. What
+/// touches the disk fails with `PosixError`.
 namespace slatewise::ReportWriter {
 
 /// The files of a set, in the order in which they are written and copied.
@@ -33,7 +33,8 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, std::vector<FileCop
                               AppLanguage language);
 
 /// Writes the set into a folder, which is made with its parents, and waits until it would survive a
-/// power cut. The first failure ends it; what is written by then stays, the manifest first.
+/// power cut. The manifest comes first, then the lists, and once these are on the disk the reports,
+/// side by side. A failure leaves out what comes after it; what was written stays.
 void write(const SessionManifest& manifest, const std::filesystem::path& folder,
            AppLanguage language);
 
