@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <set>
 
 namespace slatewise::Verify {
 
@@ -33,6 +34,17 @@ SkipNames withHistories(SkipNames names) {
     return names;
 }
 
+/// The file of that name in a walk's list, which is sorted; null when there is none.
+const InventoryEntry* fileIn(std::span<const InventoryEntry> entries, std::string_view path) {
+    const auto found = std::lower_bound(entries.begin(), entries.end(), path,
+                                        [](const InventoryEntry& entry, std::string_view name) {
+                                            return entry.relativePath < name;
+                                        });
+    const bool isThere =
+        found != entries.end() && found->relativePath == path && !found->isDirectory;
+    return isThere ? &*found : nullptr;
+}
+
 class Check {
 public:
     Check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop)
@@ -44,23 +56,25 @@ public:
         for (const auto& trouble : tree_.troubles)
             tell({trouble.kind == ListTrouble::Kind::OfFailedRun ? Difference::Failed
                                                                  : Difference::Damaged,
-                  trouble.list.native(), false, trouble.reason, trouble.failure});
-        const auto entries = takeInventory();
-        for (const auto& [path, expected] : tree_.files)
-            bytesTotal_ += sizes_.contains(path) ? sizes_.at(path) : 0;
+                  trouble.list.native(), Circumstance::None, trouble.reason, trouble.failure});
+        entries_ = takeInventory();
+        for (const auto& [path, expected] : tree_.files) {
+            if (const auto* file = fileIn(entries_, path))
+                bytesTotal_ += file->sizeBytes;
+        }
         for (const auto& [path, expected] : tree_.files) {
             throwIfCancelled();
             checkFile(path, expected);
             ++filesDone_;
         }
-        for (const auto& entry : entries) {
-            if (tree_.files.contains(entry.relativePath) || isLeftOut(entry.relativePath))
-                continue;
-            if (entry.isDirectory)
-                result_.tree.folders.push_back(entry.relativePath);
-            else if (entry.shouldCopy)
+        for (const auto& entry : entries_) {
+            if (isNew(entry))
                 tell({Difference::New, entry.relativePath});
+            else if (entry.isDirectory && !isLeftOut(entry.relativePath))
+                result_.tree.folders.push_back(entry.relativePath);
         }
+        throwIfCancelled();
+        lookAgain();
         // What was read was the right folder's. Under its path lies another by now, or none.
         if (!root_.isStillAtItsPath())
             tell({Difference::Missing, tree_.root.native()});
@@ -69,18 +83,44 @@ public:
 
 private:
     std::vector<InventoryEntry> takeInventory() {
-        auto entries = TreeWalker::walk(root_, {}, {},
-                                        {.unreadable =
-                                             [this](const std::string& folder, int code) {
-                                                 tell({Difference::Unreadable, folder, false,
-                                                       std::generic_category().message(code)});
-                                             },
-                                         .leadsOut = {}});
-        for (const auto& entry : entries) {
-            if (!entry.isDirectory)
-                sizes_.emplace(entry.relativePath, entry.sizeBytes);
+        const auto tellUnreadable = [this](const std::string& folder, int code) {
+            if (!told_.contains(folder))
+                tell({Difference::Unreadable, folder, Circumstance::None,
+                      std::generic_category().message(code)});
+        };
+        return TreeWalker::walk(root_, {}, {}, {.unreadable = tellUnreadable});
+    }
+
+    bool isNew(const InventoryEntry& entry) const {
+        return entry.shouldCopy && !tree_.files.contains(entry.relativePath) &&
+               !isLeftOut(entry.relativePath);
+    }
+
+    /// The disk stays in the hands of people and programs while it is read, and what was the same
+    /// an hour ago need not be so in the end.
+    void lookAgain() {
+        std::vector<InventoryEntry> entries;
+        try {
+            entries = takeInventory();
+        } catch (const PosixError& failure) {
+            return tell({Difference::Unreadable, tree_.root.native(), Circumstance::CameMeanwhile,
+                         describe(failure)});
         }
-        return entries;
+        for (const auto& [path, expected] : tree_.files) {
+            const auto* before = fileIn(entries_, path);
+            const auto* now = fileIn(entries, path);
+            // Inodes are not compared: some file systems number a file anew each time.
+            if (told_.contains(path) ||
+                (now && now->sizeBytes == before->sizeBytes && now->changes == before->changes))
+                continue;
+            --result_.filesEqual;
+            tell({now ? Difference::Changed : Difference::Missing, path,
+                  Circumstance::CameMeanwhile});
+        }
+        for (const auto& entry : entries) {
+            if (isNew(entry) && !told_.contains(entry.relativePath))
+                tell({Difference::New, entry.relativePath, Circumstance::CameMeanwhile});
+        }
     }
 
     /// What systems leave behind on a disk, and the lists themselves, are no additions.
@@ -93,7 +133,7 @@ private:
 
     void checkFile(const std::string& path, const Expected& expected) {
         publishFigures(path);
-        if (!sizes_.contains(path))
+        if (!fileIn(entries_, path))
             return tell({Difference::Missing, path});
         try {
             const bool isEqual = isAsExpected(path, expected);
@@ -108,11 +148,11 @@ private:
         } catch (const PosixError& failure) {
             // No link is followed, which could lead anywhere.
             if (failure.code() == ELOOP)
-                tell({Difference::Changed, path, true});
+                tell({Difference::Changed, path, Circumstance::IsLink});
             else
-                tell({Difference::Unreadable, path, false, describe(failure)});
+                tell({Difference::Unreadable, path, Circumstance::None, describe(failure)});
         } catch (const std::exception& failure) {
-            tell({Difference::Unreadable, path, false, describe(failure)});
+            tell({Difference::Unreadable, path, Circumstance::None, describe(failure)});
         }
     }
 
@@ -167,6 +207,7 @@ private:
 
     void tell(const Finding& finding) {
         ++result_.differences;
+        told_.insert(finding.path);
         if (watch_.finding)
             watch_.finding(finding);
     }
@@ -196,10 +237,11 @@ private:
     const std::stop_token stop_;
     Transfer transfer_;
     SkipNames skipNames_ = withHistories(TreeWalker::defaultSkipNames());
-    /// Of every file that is there.
-    std::map<std::string, std::int64_t> sizes_;
+    /// All that was there at first.
+    std::vector<InventoryEntry> entries_;
     std::int64_t bytesTotal_ = 0;
     int filesDone_ = 0;
+    std::set<std::string> told_;
     Result result_;
 };
 
@@ -214,7 +256,10 @@ std::string Finding::explanation(L10n l10n) const {
         return listFailure->text(l10n);
     if (difference == Difference::Failed)
         return std::string(l10n.itsRunFailed());
-    return isLink ? std::string(l10n.itIsALink()) : reason;
+    if (circumstance == Circumstance::None || !reason.empty())
+        return reason;
+    return std::string(circumstance == Circumstance::IsLink ? l10n.itIsALink()
+                                                            : l10n.itCameMeanwhile());
 }
 
 std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) {

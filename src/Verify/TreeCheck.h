@@ -33,12 +33,20 @@ constexpr std::array<std::string_view, 7> rawWords(Difference) {
     return {"missing", "changed", "unreadable", "new", "unproved", "damaged", "failed"};
 }
 
+/// What is to be known of a difference beyond its name.
+enum class Circumstance {
+    None,
+    /// A link stands in the file's place or on the way to it.
+    IsLink,
+    /// It came up while the rest was read.
+    CameMeanwhile,
+};
+
 /// One file or list that is not what its lists say.
 struct Finding {
     Difference difference;
     std::string path;
-    /// A link stands in its place or on the way to it.
-    bool isLink = false;
+    Circumstance circumstance = Circumstance::None;
     /// What the system said; may be empty.
     std::string reason{};
     /// Why a list cannot be used, where that is more than what the system said.
@@ -73,7 +81,8 @@ struct Result {
 enum class Keep { Nothing, Tree };
 
 /// Reads every listed file from the disk, past the system's cache, and compares it with all that
-/// the lists say of it. Links are not followed. Fails with `CancellationError` when asked to stop,
+/// the lists say of it, and looks again in the end for what was changed, removed or added since it
+/// began. Links are not followed. Fails with `CancellationError` when asked to stop,
 /// and with `Error` when the tree cannot be walked. Blocks.
 Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop);
 

@@ -264,27 +264,38 @@ TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
     run({"rm", "-r", folder / "A001/level", root / "level"});
 }
 
-TEST_F(VerifyProgram, TellsOfAFolderThatIsAnotherBeforeTheEnd) {
+TEST_F(VerifyProgram, TellsOfWhatBecomesAnotherBeforeTheEnd) {
     const auto root = offload();
+    const auto aside = folder / "aside";
     const auto tree = Verify::findLists(root);
     std::stop_source stop;
     stop.request_stop();
     EXPECT_THROW((void)Verify::findLists(root, stop.get_token()), CancellationError);
-    std::vector<std::string> missing;
-    const Verify::Watch watch = {.progress =
-                                     [&](const auto&) {
-                                         if (std::filesystem::exists(folder / "aside"))
-                                             return;
-                                         std::filesystem::rename(root, folder / "aside");
-                                         writeFile(root / "another", "disk");
-                                     },
-                                 .finding =
-                                     [&](const auto& finding) {
-                                         missing.push_back(finding.path);
-                                     }};
-    const auto result = Verify::check(tree, Verify::Keep::Nothing, watch, {});
-    EXPECT_EQ(result.filesEqual, 4);
-    EXPECT_THAT(missing, ::testing::ElementsAre(root.native()));
+    const auto meddle = [&](const OffloadPhase& phase) {
+        const auto* const reading = std::get_if<Phase::Verifying>(&phase);
+        if (!reading || reading->file != "line\nend" || std::filesystem::exists(aside))
+            return;
+        // All the others have been read.
+        const auto date = std::filesystem::last_write_time(root / "CLIP/a.mov");
+        writeFile(root / "CLIP/a.mov", bytesOf(2'000'001, 2));
+        std::filesystem::last_write_time(root / "CLIP/a.mov", date);
+        std::filesystem::remove(root / "CLIP/Şarkı ğ.wav");
+        writeFile(root / "later", "x");
+        std::filesystem::rename(root, aside);
+        writeFile(root / "another", "disk");
+    };
+    std::vector<std::string> findings;
+    const auto note = [&](const Verify::Finding& finding) {
+        findings.push_back(std::string(rawValue(finding.difference)) + " " + finding.path + " " +
+                           finding.explanation(L10n(AppLanguage::English)));
+    };
+    const auto result = Verify::check(tree, Verify::Keep::Nothing, {meddle, note}, {});
+    EXPECT_EQ(result.filesEqual, 2);
+    const std::string meanwhile = " while the check was going on";
+    EXPECT_THAT(findings, ::testing::UnorderedElementsAre("changed CLIP/a.mov" + meanwhile,
+                                                          "missing CLIP/Şarkı ğ.wav" + meanwhile,
+                                                          "new later" + meanwhile,
+                                                          "missing " + root.native() + " "));
 }
 
 TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
