@@ -52,7 +52,7 @@ public:
 
     Result run() {
         publish(Phase::Scanning());
-        result_.mayBeFromMemory = DeviceCache::drop(tree_.root) == DeviceCache::Drop::NotPossible;
+        result_.mayBeFromMemory = !emptyMemory();
         for (const auto& trouble : tree_.troubles)
             tell({trouble.kind == ListTrouble::Kind::OfFailedRun ? Difference::Failed
                                                                  : Difference::Damaged,
@@ -82,6 +82,17 @@ public:
     }
 
 private:
+    /// What was written a moment ago is only in memory, and can be dropped from there once it is on
+    /// the disk. False when that cannot be had.
+    bool emptyMemory() const {
+        try {
+            root_.syncVolume();
+        } catch (const PosixError&) {
+            return false;
+        }
+        return DeviceCache::drop(tree_.root) != DeviceCache::Drop::NotPossible;
+    }
+
     std::vector<InventoryEntry> takeInventory() {
         const auto tellUnreadable = [this](const std::string& folder, int code) {
             if (!told_.contains(folder))

@@ -145,6 +145,7 @@ TEST_F(VerifyProgram, TellsWhatIsNoLongerAsItWasByEveryList) {
             const auto result = program("slatewise-verify", {"--quiet", way});
             EXPECT_EQ(result.exitCode, each.told.empty() ? 0 : 1) << result.standardError;
             EXPECT_EQ(result.standardOutput, each.told);
+            EXPECT_EQ(result.standardError.empty(), each.told.empty()) << result.standardError;
         }
     }
 }
