@@ -256,7 +256,7 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         withdrawIfMoved(pair, *outcome, work->mail);
         auto& result = work->result;
         takeOver(*outcome, result);
-        work->lists.settle(pair, *outcome, work->mail.observer().problem);
+        work->lists.settle(pair, *outcome, self->plan_.l10n(), work->mail.observer().problem);
         const auto [inArchive, onDestination] =
             PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
                               work->mail.observer().problem);

@@ -27,7 +27,7 @@ void PairLists::follow(CopyEngine::Request& request) {
     };
 }
 
-void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome,
+void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n,
                        const std::function<void(const OffloadProblem&)>& tell) const {
     if (!lists_)
         return;
@@ -53,7 +53,7 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome,
         if (added.failure)
             std::rethrow_exception(added.failure);
     } catch (const std::exception& failure) {
-        add({Kind::ListNotWritten, outcome.sessionRoot.native(), describe(failure)});
+        add(OffloadProblem::of(Kind::ListNotWritten, outcome.sessionRoot.native(), failure, l10n));
     }
 }
 

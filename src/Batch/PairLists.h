@@ -19,8 +19,9 @@ public:
     void follow(CopyEngine::Request& request);
 
     /// Holds the card against the lists that it brings, and writes those of the copy. What goes
-    /// wrong becomes a problem of the outcome, which is told to `tell` too; nothing is thrown.
-    void settle(const BatchPair& pair, OffloadOutcome& outcome,
+    /// wrong becomes a problem of the outcome, with reasons in that language, which is told to
+    /// `tell` too; nothing is thrown.
+    void settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n,
                 const std::function<void(const OffloadProblem&)>& tell) const;
 
 private:

@@ -1,6 +1,5 @@
 #include "Batch/PairTraces.h"
 
-#include "Offload/OffloadError.h"
 #include "Platform/Error.h"
 #include "Reports/ReportFolder.h"
 #include "Reports/ReportWriter.h"
@@ -78,7 +77,8 @@ private:
             ReportWriter::write(manifest_, set_, plan_.language);
             folders_.inArchive = set_;
         } catch (const std::exception& failure) {
-            fail({Kind::ReportsNotArchived, archive_.native(), describe(failure, plan_.l10n())});
+            fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.native(), failure,
+                                    plan_.l10n()));
             writeSetAside();
         }
     }
@@ -126,8 +126,8 @@ private:
             ReportWriter::copySidecars(RootFolder(set_), *pair_.destinationFolder, onDestination);
             folders_.onDestination = pair_.destination.facts.mountPoint / onDestination;
         } catch (const std::exception& failure) {
-            fail({Kind::ReportsNotCopied, pair_.destination.name(),
-                  describe(failure, plan_.l10n())});
+            fail(OffloadProblem::of(Kind::ReportsNotCopied, pair_.destination.name(), failure,
+                                    plan_.l10n()));
         }
     }
 
@@ -168,7 +168,8 @@ private:
                 pair_.card.isPickedFolder() ? std::string()
                                             : pair_.card.facts.volumeUUID.value_or(""));
         } catch (const std::exception& failure) {
-            report({Kind::SessionNotStored, pair_.card.name(), describe(failure, plan_.l10n())});
+            report(OffloadProblem::of(Kind::SessionNotStored, pair_.card.name(), failure,
+                                      plan_.l10n()));
         }
         AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
                                    rawValue(outcome_.status), pair_.card.facts.volumeName,
@@ -180,8 +181,8 @@ private:
         try {
             selfEnqueue(manifest_, database_);
         } catch (const std::exception& failure) {
-            const OffloadProblem problem{Kind::SessionNotQueued, pair_.card.name(),
-                                         describe(failure, plan_.l10n())};
+            const auto problem = OffloadProblem::of(Kind::SessionNotQueued, pair_.card.name(),
+                                                    failure, plan_.l10n());
             if (plan_.serviceProfile)
                 report(problem);
             else

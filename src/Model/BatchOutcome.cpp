@@ -4,7 +4,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <system_error>
+#include <cerrno>
 
 namespace slatewise {
 
@@ -56,15 +56,8 @@ OutcomeLine lineOf(const BatchPair& planned, const PairResult& pair, L10n l10n) 
     return {toQString(l10n.pairFailed(card, disk, why(pair, l10n))), OutcomeLine::Kind::Bad};
 }
 
-bool isLackOfSpace(const OffloadProblem& problem) {
-    const auto says = [&](std::errc code) {
-        return problem.reason.find(std::make_error_code(code).message()) != std::string::npos;
-    };
-    return says(std::errc::no_space_on_device);
-}
-
 std::string_view adviceFor(const OffloadProblem& problem, L10n l10n) {
-    if (isLackOfSpace(problem))
+    if (problem.code == ENOSPC || problem.code == EDQUOT)
         return l10n.adviceNoSpace();
     switch (problem.kind) {
     case Kind::CardGone:

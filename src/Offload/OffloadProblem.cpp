@@ -1,8 +1,15 @@
 #include "Offload/OffloadProblem.h"
 
+#include "Offload/OffloadError.h"
 #include "Platform/Text.h"
 
 namespace slatewise {
+
+OffloadProblem OffloadProblem::of(Kind kind, std::string subject, const std::exception& failure,
+                                  L10n l10n) {
+    const auto* ofSystem = dynamic_cast<const PosixError*>(&failure);
+    return {kind, std::move(subject), describe(failure, l10n), ofSystem ? ofSystem->code() : 0};
+}
 
 OffloadProblem::Severity OffloadProblem::severity() const {
     switch (kind) {
@@ -20,9 +27,7 @@ OffloadProblem::Severity OffloadProblem::severity() const {
 }
 
 std::string OffloadProblem::text(L10n l10n) const {
-    // A line that people read cannot be as long as a path may be.
-    constexpr std::size_t kLongest = 240;
-    const auto about = Text::shortened(Text::displayable(subject), kLongest);
+    const auto about = Text::legible(subject);
     switch (kind) {
     case Kind::CopyStopped:
         return l10n.copyStopped(about, reason);

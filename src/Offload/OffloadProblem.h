@@ -2,6 +2,7 @@
 
 #include "Language/L10n.h"
 
+#include <exception>
 #include <string>
 
 namespace slatewise {
@@ -79,6 +80,12 @@ struct OffloadProblem {
     std::string subject;
     /// Why, as far as the system said; may be empty.
     std::string reason{};
+    /// The errno value behind it; 0 where there is none.
+    int code = 0;
+
+    /// With what a failure says in that language.
+    static OffloadProblem of(Kind kind, std::string subject, const std::exception& failure,
+                             L10n l10n);
 
     Severity severity() const;
 

@@ -114,10 +114,11 @@ struct FileCopyResult {
     friend bool operator==(const FileCopyResult&, const FileCopyResult&) = default;
 };
 
-inline void markFailed(FileCopyResult& row, VerifyStatus verifyStatus) {
-    row.action = RowAction::Fail;
-    row.verifyStatus = verifyStatus;
-}
+/// The row of a file as it stands in the inventory.
+FileCopyResult makeRow(const InventoryEntry& entry, RowAction action, VerifyStatus verifyStatus);
+
+/// Whatever was done with the file, it failed.
+void markFailed(FileCopyResult& row, VerifyStatus verifyStatus);
 
 /// The result of one run of one card to one destination.
 struct OffloadOutcome {

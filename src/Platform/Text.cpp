@@ -171,6 +171,11 @@ std::string shortened(std::string_view text, std::size_t limit) {
     return head + "…" + std::string(text.substr(upToTail.size()));
 }
 
+std::string legible(std::string_view bytes) {
+    constexpr std::size_t kLongest = 240;
+    return shortened(displayable(bytes), kLongest);
+}
+
 std::string trimmed(std::string_view text) {
     const auto length = static_cast<std::int32_t>(text.size());
     std::int32_t start = 0;

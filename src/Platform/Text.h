@@ -24,6 +24,10 @@ std::string visible(std::string_view bytes);
 /// "…": of a sentence around a path, both ends say most.
 std::string shortened(std::string_view text, std::size_t limit);
 
+/// As `displayable`, for a line that people read: of a path, which may be thousands of characters
+/// long, the middle is left out.
+std::string legible(std::string_view bytes);
+
 /// Without white space and line ends (as Unicode defines them) at both ends.
 std::string trimmed(std::string_view text);
 

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "Offload/OffloadRows.h"
+#include "Offload/OffloadSettings.h"
+#include "Offload/RunReporter.h"
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace slatewise {
+
+/// What one run finds on its card, before its first file and after its last. On the run's thread.
+class CardInventory {
+public:
+    /// Walks the card and reports what was passed over. Fails as `TreeWalker::walk` does. Card and
+    /// reporter must outlive it.
+    CardInventory(const RootFolder& card, SkipNames skipNames, RunReporter& reporter);
+
+    CardInventory(const CardInventory&) = delete;
+    CardInventory& operator=(const CardInventory&) = delete;
+
+    /// All that there is, sorted by path.
+    const std::vector<InventoryEntry>& entries() const { return entries_; }
+
+    /// Into `entries`, in its order.
+    const std::vector<const InventoryEntry*>& copyList() const { return copyList_; }
+
+    std::int64_t totalBytes() const { return totalBytes_; }
+
+    /// False when a folder was not read, then or in the last look: no row can speak for what lies
+    /// in it.
+    bool isWhole() const { return isWhole_; }
+
+    /// Whether what was read is what lies on the card now; else marks rows, adds those of files
+    /// that came meanwhile, and reports.
+    bool findsCardUnchanged(std::vector<FileCopyResult>& rows);
+
+private:
+    void noteUnreadable(const std::string& folder, int code);
+
+    const RootFolder& card_;
+    const SkipNames skipNames_;
+    RunReporter& reporter_;
+    bool isWhole_ = true;
+    std::set<std::string> foldersNotRead_;
+    std::vector<InventoryEntry> entries_;
+    std::vector<const InventoryEntry*> copyList_;
+    std::int64_t totalBytes_ = 0;
+};
+
+} // namespace slatewise

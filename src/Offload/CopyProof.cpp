@@ -1,0 +1,109 @@
+#include "Offload/CopyProof.h"
+
+#include "Offload/CopyProgress.h"
+#include "Offload/OffloadError.h"
+#include "Offload/SHA256Hasher.h"
+#include "Platform/Disks/DeviceCache.h"
+
+namespace slatewise {
+
+namespace {
+
+using Kind = OffloadProblem::Kind;
+
+} // namespace
+
+bool CopyProof::settle() {
+    try {
+        disk_.syncVolume();
+        return true;
+    } catch (const PosixError& failure) {
+        reporter_.reportFailure(Kind::NothingReadBack, disk_.path(), failure);
+        return false;
+    }
+}
+
+void CopyProof::dropDeviceCache() {
+    isDeviceDropped_ = DeviceCache::drop(disk_.path()) != DeviceCache::Drop::NotPossible;
+    if (!isDeviceDropped_)
+        reporter_.report({Kind::ReadFromMemory, disk_.path().native()});
+}
+
+bool CopyProof::prove(std::span<FileCopyResult> rows) {
+    std::vector<std::size_t> toProve;
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        if (rows[index].action == RowAction::Copy)
+            toProve.push_back(index);
+    }
+    bool allProved = true;
+    const int count = static_cast<int>(toProve.size());
+    for (int position = 0; position < count; ++position) {
+        transfer_.throwIfCancelled();
+        const auto index = toProve[static_cast<std::size_t>(position)];
+        auto& row = rows[index];
+        try {
+            copies_->note(index, row.relativePath);
+            readBack(row, position, count);
+        } catch (const std::exception& failure) {
+            reporter_.reportFailure(Kind::NotReadBack, row.relativePath, failure);
+            markFailed(row, VerifyStatus::Failed);
+        }
+        allProved = allProved && row.verifyStatus == VerifyStatus::Verified;
+    }
+    noteWhatMemoryKept();
+    return allProved;
+}
+
+bool CopyProof::findsCopiesInPlace(std::span<FileCopyResult> rows) {
+    auto changes = copies_->findChanged(rows);
+    for (auto& problem : changes)
+        reporter_.report(std::move(problem));
+    return changes.empty();
+}
+
+void CopyProof::readBack(FileCopyResult& row, int position, int count) {
+    const std::int64_t size = row.sizeBytes;
+    std::int64_t bytesRead = 0;
+    const auto publishFigures = [&] {
+        reporter_.publish(
+            CopyProgress::verifying(row.relativePath, position, count, bytesRead, size));
+    };
+    publishFigures();
+    auto proof =
+        Verifier::readDestination(transfer_.transfer(), {disk_, session_ / row.relativePath},
+                                  transfer_.watch(row.relativePath, [&](std::size_t bytes) {
+                                      bytesRead += static_cast<std::int64_t>(bytes);
+                                      publishFigures();
+                                  }));
+    if (proof.mayComeFromMemory)
+        keptInMemory_.push_back(row.relativePath);
+    row.destSHA256 = std::move(proof.digests.sha256);
+    auto& further = proof.digests.further;
+    const bool isProved = Verifier::matches(row.sourceSHA256.value_or(""), *row.destSHA256) &&
+                          further == row.further->source;
+    if (!further.empty())
+        row.further.edit().hashedAt = Clock::now();
+    if (isProved) {
+        row.verifyStatus = VerifyStatus::Verified;
+        return;
+    }
+    if (!further.empty())
+        row.further.edit().readBack = std::move(further);
+    reporter_.report(
+        {Kind::CopyDiffers, row.relativePath,
+         "source " + row.sourceSHA256.value_or("") + " destination " + *row.destSHA256});
+    markFailed(row, VerifyStatus::Mismatch);
+}
+
+/// A few files by their names; where it is more, it is the disk.
+void CopyProof::noteWhatMemoryKept() {
+    constexpr std::size_t kFew = 3;
+    if (!isDeviceDropped_ || keptInMemory_.empty())
+        return;
+    if (keptInMemory_.size() > kFew)
+        keptInMemory_ = {disk_.path().native()};
+    for (auto& subject : keptInMemory_)
+        reporter_.report({Kind::ReadFromMemory, std::move(subject)});
+}
+
+} // namespace slatewise

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Offload/OffloadRows.h"
+#include "Offload/ProvedCopies.h"
+#include "Offload/RunReporter.h"
+#include "Offload/RunTransfer.h"
+
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace slatewise {
+
+/// The second half of a copy run: everything is made durable, then each copy is read back from the
+/// disk. On the run's thread.
+class CopyProof {
+public:
+    /// `session` lies beneath `disk`. All three must outlive it.
+    CopyProof(const RootFolder& disk, std::filesystem::path session, RunReporter& reporter,
+              RunTransfer& transfer)
+        : disk_(disk), session_(std::move(session)), reporter_(reporter), transfer_(transfer),
+          copies_(std::make_shared<ProvedCopies>(disk.below(session_))) {}
+
+    /// What is proved must also outlive a power cut, folder entries and dates included. False, and
+    /// reported, when the disk could not keep what it was given.
+    bool settle();
+
+    /// Sees to it that the proof comes from the device, and reports where that may not be.
+    void dropDeviceCache();
+
+    /// Reads back every copy among the rows, which are marked by it; what fails is reported. Gives
+    /// whether all were proved. Fails with `CancellationError` when asked to stop between files.
+    bool prove(std::span<FileCopyResult> rows);
+
+    /// Whether every copy lies where it was proved; else marks and reports. `rows` begin with those
+    /// that were proved.
+    bool findsCopiesInPlace(std::span<FileCopyResult> rows);
+
+    const std::shared_ptr<ProvedCopies>& copies() const { return copies_; }
+
+private:
+    void readBack(FileCopyResult& row, int position, int count);
+    void noteWhatMemoryKept();
+
+    const RootFolder& disk_;
+    const std::filesystem::path session_;
+    RunReporter& reporter_;
+    RunTransfer& transfer_;
+    const std::shared_ptr<ProvedCopies> copies_;
+    bool isDeviceDropped_ = true;
+    /// Copies whose proof may not come from the disk.
+    std::vector<std::string> keptInMemory_;
+};
+
+} // namespace slatewise

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Offload/CopyEngine.h"
+
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace slatewise {
+
+/// What one run says while it goes on, and keeps of it for its outcome. On the run's thread.
+class RunReporter {
+public:
+    /// The observer must outlive it. `language` is that of the reasons.
+    RunReporter(const CopyEngine::Observer& observer, AppLanguage language)
+        : observer_(observer), words_(language) {}
+
+    void publish(const OffloadPhase& phase) const;
+    void log(const std::string& line) const;
+    void report(OffloadProblem problem);
+
+    /// Whoever asked a run to stop need not be told that it did.
+    void reportFailure(OffloadProblem::Kind kind, const std::string& subject,
+                       const std::exception& failure);
+
+    L10n words() const { return words_; }
+
+    /// All that was reported, to be taken once.
+    std::vector<OffloadProblem> takeProblems() { return std::move(problems_); }
+
+private:
+    const CopyEngine::Observer& observer_;
+    const L10n words_;
+    std::vector<OffloadProblem> problems_;
+};
+
+} // namespace slatewise
