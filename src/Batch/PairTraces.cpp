@@ -140,7 +140,7 @@ private:
         }
         if (!copies_)
             return;
-        for (const auto& problem : copies_->findChanged(manifest_.files))
+        for (const auto& problem : copies_->findChanged(manifest_.files, outcome_.hashLists))
             fail(problem);
     }
 

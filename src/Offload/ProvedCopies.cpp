@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <set>
+#include <string_view>
 
 namespace slatewise {
 
@@ -31,14 +33,16 @@ void ProvedCopies::note(std::size_t row, const std::string& copy) {
     modified_[row] = modifiedSeconds(session_.attributes(copy));
 }
 
-std::vector<OffloadProblem> ProvedCopies::findChanged(std::span<FileCopyResult> rows) const {
+std::vector<OffloadProblem> ProvedCopies::findChanged(std::span<FileCopyResult> rows,
+                                                      std::span<const std::string> written) const {
+    const std::set<std::string_view> ours(written.begin(), written.end());
     const bool isThere = session_.isStillAtItsPath();
     std::vector<OffloadProblem> problems;
     if (!isThere)
         problems.push_back({Kind::CopyGone, session_.path().native()});
     for (std::size_t index = 0; index < std::min(modified_.size(), rows.size()); ++index) {
         auto& row = rows[index];
-        if (row.verifyStatus != VerifyStatus::Verified)
+        if (row.verifyStatus != VerifyStatus::Verified || ours.contains(row.relativePath))
             continue;
         const auto state = isThere ? stateOf(row, modified_[index]) : State::Gone;
         if (state == State::AsProved)

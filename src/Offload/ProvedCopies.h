@@ -25,12 +25,14 @@ public:
 
     /// Looks whether every copy that `rows` call verified lies where it was proved, as long as it
     /// was and with its date; marks the rows of others as failed, and gives a problem for each, or
-    /// one for the session's folder. `rows` have the run's order. Never fails: what cannot be seen
-    /// is gone.
+    /// one for the session's folder. `rows` have the run's order; what we wrote anew ourselves
+    /// since then is `written`, by its path in the session. Never fails: what cannot be seen is
+    /// gone.
     ///
     /// Dates count by the two seconds that the coarsest file systems keep. A copy has its source's
     /// date, which lies before the run, so that whatever is written later stands out.
-    std::vector<OffloadProblem> findChanged(std::span<FileCopyResult> rows) const;
+    std::vector<OffloadProblem> findChanged(std::span<FileCopyResult> rows,
+                                            std::span<const std::string> written = {}) const;
 
 private:
     enum class State;
