@@ -16,7 +16,7 @@ using namespace slatewise::test;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::int64_t kMiB = 1 << 20;
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SLATEWISE_ADDRESS_SANITIZER
 // Sanitizers take several times as long for each picture.
 constexpr double kFewestPerSecond = 5;
 constexpr std::chrono::milliseconds kLongestStall{500};

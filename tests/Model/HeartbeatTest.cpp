@@ -16,7 +16,7 @@ using namespace slatewise::test;
 
 namespace {
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SLATEWISE_ADDRESS_SANITIZER
 constexpr int kFiles = 10'000; // sanitizers take several times as long for each
 #else
 constexpr int kFiles = 100'000;

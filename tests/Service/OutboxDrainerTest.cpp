@@ -364,7 +364,7 @@ TEST_F(Outbox, AStoreThatIsGoneMeanwhileIsNoMatter) {
 }
 
 TEST_F(Outbox, ACardOfAHundredThousandFilesLeavesTheWindowAlone) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SLATEWISE_ADDRESS_SANITIZER
     constexpr int kFiles = 10'000; // sanitizers take several times as long for each
 #else
     constexpr int kFiles = 100'000;

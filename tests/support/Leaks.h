@@ -31,7 +31,7 @@ inline std::ptrdiff_t threadCountSoon(std::ptrdiff_t expected) {
 /// What of our memory is in the machine's. Always the same where a sanitizer holds on to what was
 /// freed: it finds leaks by itself.
 inline std::int64_t residentKiB() {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SLATEWISE_ADDRESS_SANITIZER
     return 0;
 #else
     std::ifstream status("/proc/self/status");
