@@ -1,5 +1,6 @@
 #include "Batch/CardEject.h"
 
+#include "Offload/OffloadError.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Storage/AppLog.h"
@@ -36,7 +37,7 @@ std::string run(const decltype(BatchSurroundings::eject)& eject, const Classifie
         return l10n.notEjected(name, reasonOf(refusal, l10n));
     } catch (const std::exception& failure) {
         AppLog::append("Not ejected: " + name + ": " + describe(failure));
-        return l10n.notEjected(name, describe(failure));
+        return l10n.notEjected(name, describe(failure, l10n));
     }
 }
 

@@ -98,13 +98,13 @@ std::string L10n::lastFailed(Text time) const {
 }
 
 std::string L10n::offloadedBefore(Text date, Text disks) const {
-    return isTurkish() ? fmt::format("{} tarihinde kopyalandı → {}", date, disks)
+    return isTurkish() ? fmt::format("{} kopyalandı → {}", date, disks)
                        : fmt::format("Offloaded {} → {}", date, disks);
 }
 
 std::string L10n::offloadedAndChanged(Text date, Text disks) const {
-    return isTurkish() ? fmt::format("Değişti; {} tarihinde kopyalanmıştı → {}", date, disks)
-                       : fmt::format("Changed since it was offloaded {} → {}", date, disks);
+    return isTurkish() ? fmt::format("Değişti, son kopya {} → {}", date, disks)
+                       : fmt::format("Changed since {} → {}", date, disks);
 }
 
 std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {
@@ -154,7 +154,7 @@ std::string L10n::safeToPull(Text name) const {
 
 std::string L10n::unmountedButInUse(Text name) const {
     return isTurkish()
-               ? fmt::format("{} ayrıldı, ama aynı diskin başka bir birimi kullanımda: çekmeyin.",
+               ? fmt::format("{} ayrıldı, ama aynı diskin başka bir bölümü kullanımda: çekmeyin.",
                              name)
                : fmt::format("{} is unmounted, but another volume of the same disk is in use: do "
                              "not pull it.",
@@ -258,16 +258,6 @@ std::string L10n::cameMeanwhile(Text file) const {
                              file);
 }
 
-std::string L10n::nameTaken() const {
-    return isTurkish() ? "bu diskte aynı adla başka bir dosya duruyor"
-                       : "another file of that name stands on this disk";
-}
-
-std::string L10n::otherVolumeThere() const {
-    return isTurkish() ? "orada başka bir disk bağlı ya da bir bağlantı dışarı çıkıyor"
-                       : "another disk is mounted there, or a link leads out";
-}
-
 std::string L10n::folderNotRead(Text folder, Text reason) const {
     return isTurkish()
                ? fmt::format("Klasör okunamadı, içindekiler kopyalanmadı: {} ({})", folder, reason)
@@ -343,7 +333,7 @@ std::string L10n::sessionNotStored(Text card, Text reason) const {
 
 std::string L10n::sessionNotQueued(Text card, Text reason) const {
     return isTurkish()
-               ? fmt::format("{} aktarımı hizmete bildirilemeyecek: {}", card, reason)
+               ? fmt::format("{} aktarımı raporlama servisine bildirilemeyecek: {}", card, reason)
                : fmt::format("The service will not hear of the offload of {}: {}", card, reason);
 }
 
@@ -401,7 +391,7 @@ std::string L10n::checkFoundDifferences(Text date, int differences) const {
 
 std::string L10n::checkFailed(Text date, Text reason) const {
     return isTurkish() ? fmt::format("Denetim, {}: yapılamadı: {}", date, reason)
-                       : fmt::format("Checked {}: could not be checked: {}", date, reason);
+                       : fmt::format("Check, {}: could not be done: {}", date, reason);
 }
 
 std::string L10n::templateLeadsOut(Text pathTemplate) const {

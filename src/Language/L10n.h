@@ -85,9 +85,6 @@ public:
     std::string copyGone(Text file) const;
     std::string cardChanged(Text file) const;
     std::string cameMeanwhile(Text file) const;
-    /// Reasons why a file or folder could not be made or read.
-    std::string nameTaken() const;
-    std::string otherVolumeThere() const;
     std::string folderNotRead(Text folder, Text reason) const;
     std::string nothingReadBack(Text disk, Text reason) const;
     std::string readFromMemory(Text subject) const;

@@ -3,6 +3,7 @@
 #include "Batch/RunMailbox.h"
 #include "MediaHashList/ListError.h"
 #include "Model/QtText.h"
+#include "Offload/OffloadError.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
@@ -12,6 +13,7 @@
 
 #include <QTimer>
 
+#include <cerrno>
 #include <chrono>
 #include <stop_token>
 
@@ -93,8 +95,11 @@ void CopyCheck::Work::perform() {
         return;
     } catch (const MediaHashList::ListError& failure) {
         check.failure = failure.text(l10n);
+    } catch (const PosixError& failure) {
+        check.failure = failure.code() == ENOENT ? std::string(l10n.sessionFolderGone())
+                                                 : describe(failure, l10n);
     } catch (const std::exception& failure) {
-        check.failure = describe(failure);
+        check.failure = describe(failure, l10n);
     }
     check.checkedAt = Clock::now();
     try {

@@ -96,7 +96,8 @@ std::optional<PastOffload> PastOffload::find(const AppDatabase& database,
 }
 
 std::string PastOffload::text(L10n l10n) const {
-    const auto date = Clock::mediumDateTime(at, Language::locale(l10n.language()));
+    const auto date =
+        Clock::mediumDate(at, Language::locale(l10n.language()), Clock::Zone::Machine);
     const auto names = Text::displayable(fmt::format("{}", fmt::join(disks, ", ")));
     return hasChanged ? l10n.offloadedAndChanged(date, names) : l10n.offloadedBefore(date, names);
 }

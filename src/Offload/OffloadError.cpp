@@ -3,7 +3,10 @@
 #include "Offload/PathSize.h"
 #include "Platform/Text.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <string_view>
 #include <system_error>
 
 namespace slatewise {
@@ -34,6 +37,22 @@ struct Describe {
     }
 };
 
+/// What goes wrong with cards and disks.
+constexpr struct {
+    int code;
+    std::string_view (L10n::*text)() const;
+} kReasons[] = {
+    {EEXIST, &L10n::nameTaken},         {EXDEV, &L10n::otherVolumeThere},
+    {EIO, &L10n::readOrWriteError},     {ENOSPC, &L10n::noRoomLeft},
+    {EDQUOT, &L10n::noRoomLeft},        {EACCES, &L10n::accessDenied},
+    {EPERM, &L10n::accessDenied},       {EROFS, &L10n::readOnlyVolume},
+    {ENOENT, &L10n::notThere},          {ENODEV, &L10n::deviceGone},
+    {ENXIO, &L10n::deviceGone},         {ENOTCONN, &L10n::deviceGone},
+    {ESTALE, &L10n::deviceGone},        {ETIMEDOUT, &L10n::tookTooLong},
+    {ENAMETOOLONG, &L10n::nameTooLong}, {EINVAL, &L10n::notAllowedHere},
+    {EILSEQ, &L10n::notAllowedHere},    {EFBIG, &L10n::fileTooLarge},
+};
+
 } // namespace
 
 std::string OffloadError::text(L10n l10n) const {
@@ -47,18 +66,16 @@ std::string OffloadError::localizedDescription() const {
 std::string describe(const std::exception& failure, L10n l10n) {
     if (const auto* ours = dynamic_cast<const OffloadError*>(&failure))
         return ours->text(l10n);
-    const auto* ofSystem = dynamic_cast<const PosixError*>(&failure);
-    const bool hasClearWords =
-        !ofSystem || (ofSystem->code() != EEXIST && ofSystem->code() != EXDEV);
-    return hasClearWords ? describe(failure)
-                         : ofSystem->subject() + ": " + reasonOf(ofSystem->code(), l10n);
+    if (const auto* ofSystem = dynamic_cast<const PosixError*>(&failure))
+        return ofSystem->subject() + ": " + reasonOf(ofSystem->code(), l10n);
+    return describe(failure);
 }
 
 std::string reasonOf(int code, L10n l10n) {
-    if (code == EEXIST)
-        return l10n.nameTaken();
-    if (code == EXDEV)
-        return l10n.otherVolumeThere();
+    const auto known = std::find_if(std::begin(kReasons), std::end(kReasons),
+                                    [code](const auto& reason) { return reason.code == code; });
+    if (known != std::end(kReasons))
+        return std::string((l10n.*known->text)());
     return std::generic_category().message(code);
 }
 

@@ -49,11 +49,12 @@ private:
     Reason reason_;
 };
 
-/// What a person should read about any failure of an offload. What the system's own words would
-/// leave unclear has better ones; all else is told as `describe` of the failure alone tells it.
+/// What a person should read about any failure of an offload: of one of the system's, the path that
+/// it is about and the reason; of a library's, what `describe` of the failure alone tells.
 std::string describe(const std::exception& failure, L10n l10n);
 
-/// The same of an errno value, without the file that it is about.
+/// Why a call of the system failed, of its errno value. What cards and disks do not bring about is
+/// told in the system's own words.
 std::string reasonOf(int code, L10n l10n);
 
 } // namespace slatewise

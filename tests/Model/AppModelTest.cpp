@@ -411,7 +411,7 @@ TEST_F(Application, SwitchesLanguageAtOnce) {
     EXPECT_THAT(model().batch()->title().toStdString(), StartsWith("Kart, birim ve hedef"));
     EXPECT_EQ(firstOf(*model().pathTemplate()->tokens()), "Hedef kök");
     EXPECT_EQ(desk.defaults.value("appLanguage"), "tr");
-    EXPECT_EQ(model().pathTemplate()->preview().right(20), toQString("Ekip1/UNIT/CARD_NAME"));
+    EXPECT_EQ(model().pathTemplate()->preview().right(20), toQString("Ekip1/BİRİM/KART_ADI"));
 }
 
 TEST_F(Application, EditsTheTemplateAndTheReportsFolder) {

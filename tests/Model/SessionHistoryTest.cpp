@@ -72,6 +72,6 @@ TEST(SessionHistory, FindsSessionsAndReadsTheirCopiesAgain) {
     present();
     history->setSearch("a001");
     ASSERT_EQ(history->rowCount(), 1);
-    EXPECT_TRUE(history->rows()[0].check.contains("could not be checked"))
+    EXPECT_TRUE(history->rows()[0].check.contains("could not be done"))
         << "the latest word is kept";
 }
