@@ -69,9 +69,9 @@ BatchControl::Shown BatchControl::shownNow() const {
     now.pace = toQString(ProgressTexts::pace(phase, left_, l10n));
     for (const auto& sentence : stepsBack ? std::vector<std::string>() : ejects_)
         now.title += (now.title.contains('\n') ? " " : "\n") + toQString(sentence);
-    if (now.standing == Failed && lastResult_ && lastResult_->message)
+    if (now.standing == Failed && !wasRefused_ && lastResult_ && lastResult_->message)
         now.advice = toQString(BatchOutcome::advice(*lastResult_, l10n));
-    if (now.standing == Resting)
+    if (now.standing == Resting || (now.standing == Failed && wasRefused_))
         now.lastOffload = lastOffloadNow();
     return now;
 }
@@ -88,7 +88,7 @@ QString BatchControl::lastOffloadNow() const {
 }
 
 void BatchControl::showOutcome() {
-    if (!lastResult_ || ProgressTexts::isBusy(phase_)) {
+    if (!lastResult_ || wasRefused_ || ProgressTexts::isBusy(phase_)) {
         pairs_.setRows({});
         problems_.setRows({});
         return;
@@ -115,6 +115,7 @@ void BatchControl::start() {
     if (batchPlan.cards.empty() || batchPlan.destinations.empty()) {
         phase_ = Phase::Failed{OffloadError(OffloadError::MissingSelection{}).text(state_.l10n())};
         state_.isVerdictOld = false;
+        wasRefused_ = true;
         return state_.publish();
     }
     if (auto refusal = findRefusal(batchPlan)) {
@@ -127,6 +128,7 @@ void BatchControl::start() {
         batch_->abandon();
     position_ = {};
     state_.isVerdictOld = false;
+    wasRefused_ = false;
     phase_ = Phase::Scanning{};
     state_.publish();
     batch_ = std::make_shared<Batch>(batchPlan, state_.surroundings, state_.database, *this);
@@ -187,8 +189,6 @@ void BatchControl::batchBegan(const BatchPlan& plan) {
     volumes_.persistDestinations();
     state_.settings.save(state_.defaults);
     AppLog::append(plan.logLine());
-    if (listener_)
-        listener_->batchBegan(plan);
 }
 
 void BatchControl::pairBegan(const BatchPair& pair) {
@@ -196,15 +196,13 @@ void BatchControl::pairBegan(const BatchPair& pair) {
     phase_ = Phase::Scanning{};
     left_.reset();
     timeLeft_.beginPair(static_cast<std::size_t>(pair.position.pairIndex),
-                        std::chrono::steady_clock::now());
+                        state_.surroundings.now());
     if (!lastPlan_.settings.verifyOnly) {
         unfinished_ = {
             Text::displayable(pair.card.name()), Text::displayable(pair.destination.name()), {}};
         unfinished_->save(state_.defaults);
     }
     state_.publish();
-    if (listener_)
-        listener_->pairBegan(pair);
 }
 
 void BatchControl::footageBegan(const std::filesystem::path& folder) {
@@ -216,21 +214,12 @@ void BatchControl::footageBegan(const std::filesystem::path& folder) {
 
 void BatchControl::phaseChanged(const OffloadPhase& phase) {
     phase_ = phase;
-    left_ = timeLeft_.update(phase, std::chrono::steady_clock::now());
+    left_ = timeLeft_.update(phase, state_.surroundings.now());
     showProgress();
-    if (listener_)
-        listener_->phaseChanged(phase);
 }
 
-void BatchControl::problemFound(const OffloadProblem& problem) {
-    if (listener_)
-        listener_->problemFound(problem);
-}
-
-void BatchControl::pairEnded(const BatchPair& pair, const PairResult& result) {
+void BatchControl::pairEnded(const BatchPair&, const PairResult&) {
     volumes_.refreshFreeSpace();
-    if (listener_)
-        listener_->pairEnded(pair, result);
 }
 
 void BatchControl::batchEnded(const BatchResult& result) {
@@ -242,7 +231,8 @@ void BatchControl::batchEnded(const BatchResult& result) {
     // Whatever was ticked in the meantime.
     state_.isVerdictOld = false;
     ejects_ = result.ejects;
-    // A refusal says nothing of the batch before.
+    // A refusal says nothing of the batch before, nor does that of the refusal.
+    wasRefused_ = !result.wasBegun;
     if (result.wasBegun) {
         lastResult_ = result;
         lastEnd_ = Clock::now();
@@ -266,8 +256,6 @@ void BatchControl::batchEnded(const BatchResult& result) {
         state_.cardUnits.ekipByCardID.clear();
     }
     state_.publish();
-    if (listener_)
-        listener_->batchEnded(result);
     showReport(this, result.report);
 }
 

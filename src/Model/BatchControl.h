@@ -70,20 +70,19 @@ public:
     OutcomeListModel* problems() { return &problems_; }
     /// All of that as one text.
     QString report() const;
+    /// What came of the batch that ran last; empty before the first and while one runs.
+    const std::optional<BatchResult>& lastResult() const { return lastResult_; }
     const OffloadPhase& phase() const { return phase_; }
     const BatchPosition& position() const { return position_; }
 
     Q_INVOKABLE void start();
     Q_INVOKABLE void cancel();
 
-    /// Told of every batch beside the views. Outlives this; null for none.
-    void setListener(BatchListener* listener) { listener_ = listener; }
-
     void batchBegan(const BatchPlan& plan) override;
     void pairBegan(const BatchPair& pair) override;
     void footageBegan(const std::filesystem::path& folder) override;
     void phaseChanged(const OffloadPhase& phase) override;
-    void problemFound(const OffloadProblem& problem) override;
+    void problemFound(const OffloadProblem&) override {}
     void pairEnded(const BatchPair& pair, const PairResult& result) override;
     void batchEnded(const BatchResult& result) override;
 
@@ -125,6 +124,8 @@ private:
     BatchPlan lastPlan_;
     std::optional<BatchResult> lastResult_;
     Instant lastEnd_;
+    /// The phase is that of a press that came to nothing, and not of that batch.
+    bool wasRefused_ = false;
     OutcomeListModel pairs_;
     OutcomeListModel problems_;
     /// What became of the cards of the last batch that were to be ejected.
@@ -133,7 +134,6 @@ private:
     std::optional<std::chrono::seconds> left_;
     std::optional<UnfinishedOffload> unfinished_;
     std::shared_ptr<Batch> batch_;
-    BatchListener* listener_ = nullptr;
     bool canCopy_ = false;
     Shown shown_;
 };

@@ -90,8 +90,14 @@ const OffloadProblem* decisiveFailure(const PairResult& pair) {
 std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result, L10n l10n) {
     std::vector<OutcomeLine> lines;
     const auto planned = plan.pairs();
-    for (std::size_t pair = 0; pair < std::min(planned.size(), result.pairs.size()); ++pair)
-        lines.push_back(lineOf(planned[pair], result.pairs[pair], l10n));
+    for (std::size_t pair = 0; pair < std::min(planned.size(), result.pairs.size()); ++pair) {
+        auto line = lineOf(planned[pair], result.pairs[pair], l10n);
+        // A card that was only hashed is told of once: no disk has anything of it.
+        if (lines.empty() || lines.back() != line)
+            lines.push_back(std::move(line));
+    }
+    std::stable_partition(lines.begin(), lines.end(),
+                          [](const auto& line) { return line.kind == OutcomeLine::Kind::Bad; });
     for (const auto& eject : result.ejects)
         lines.push_back({toQString(eject), OutcomeLine::Kind::Note});
     return lines;

@@ -63,7 +63,8 @@ private:
 /// What is told of a batch that has ended. Functions of values.
 namespace BatchOutcome {
 
-/// One line for each pair that was planned, and one for each card that was to be ejected.
+/// One line for each pair that was planned, or for each card where nothing was to be copied; what
+/// failed comes first. Behind them, one for each card that was to be ejected.
 std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result, L10n l10n);
 
 /// What all pairs met beyond what their own lines say, each once; failures first.

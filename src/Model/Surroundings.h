@@ -5,6 +5,7 @@
 #include "Volumes/VolumeRecords.h"
 #include "Volumes/VolumesRoot.h"
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -37,6 +38,8 @@ struct Surroundings : BatchSurroundings {
     /// Measures a volume. Blocks; any thread.
     std::function<Measurement(const MeasuringEntry&, const SkipNames&)> measure =
         slatewise::measure;
+    /// By which progress is timed.
+    std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
     /// Opens a file with the application the user has for it.
     std::function<void(const std::filesystem::path&)> openFile;
     /// Shows a folder in the user's file manager.

@@ -14,39 +14,18 @@
 
 namespace slatewise::test {
 
-/// Notes what a batch tells.
-struct BatchRecord : BatchListener {
-    void batchBegan(const BatchPlan&) override { ++begun; }
-    void pairBegan(const BatchPair& pair) override {
-        labels.push_back(pair.position.label);
-        fractions.push_back(model->batch()->fraction());
-    }
-    void phaseChanged(const OffloadPhase& phase) override {
-        if (onPhase)
-            onPhase(phase);
-    }
-    void problemFound(const OffloadProblem& problem) override {
-        problems.push_back(problem.text(L10n(AppLanguage::English)));
-    }
-    void pairEnded(const BatchPair&, const PairResult& pair) override { pairs.push_back(pair); }
-    void batchEnded(const BatchResult& ended) override { result = ended; }
-
-    AppModel* model = nullptr;
-    int begun = 0;
-    std::vector<std::string> labels;
-    std::vector<double> fractions;
-    std::vector<std::string> problems;
-    std::vector<PairResult> pairs;
-    BatchResult result;
-    std::function<void(const OffloadPhase&)> onPhase;
-};
-
 class BatchOfCards : public ::testing::Test {
 protected:
     void start() {
         desk.start();
-        record.model = &desk.model();
-        desk.model().batch()->setListener(&record);
+        const auto* batch = desk.model().batch();
+        QObject::connect(batch, &BatchControl::changed, batch, [this, batch] {
+            const auto& label = batch->position().label;
+            if (label.empty() || (!labels.empty() && labels.back() == label))
+                return;
+            labels.push_back(label);
+            fractions.push_back(batch->fraction());
+        });
         for (const auto& disk : disks) {
             if (!desk.model()
                      .state()
@@ -65,6 +44,8 @@ protected:
         };
     }
 
+    /// What came of the batch that ran last.
+    const BatchResult& result() { return desk.model().batch()->lastResult().value(); }
     std::string title() { return desk.model().batch()->title().toStdString(); }
 
     static int reportsIn(const std::filesystem::path& folder) {
@@ -76,7 +57,9 @@ protected:
     }
 
     Desk desk;
-    BatchRecord record;
+    /// Of each pair, as it begins.
+    std::vector<std::string> labels;
+    std::vector<double> fractions;
     std::vector<QString> disks;
     std::atomic<int> runs = 0;
 };
