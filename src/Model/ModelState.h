@@ -44,7 +44,7 @@ public:
     ContentSizes contentSizes;
     /// What is known of listed cards from earlier offloads, by their ids.
     std::map<std::string, PastOffload> pastOffloads;
-    /// The unit that was tapped last.
+    /// The unit that was tapped last, if it was for no card.
     std::string highlightedUnit;
     /// Why nothing came of what the user did last; empty when something did.
     std::optional<Notice> notice;

@@ -106,8 +106,11 @@ SessionRow SessionHistory::rowOf(const HistoryRecord& record) const {
     const auto l10n = state_.l10n();
     const auto status = statusOf(record);
     auto facts = Clock::mediumDateTime(session.startedAt, Language::locale(state_.language));
-    for (const auto& fact : {record.ekip, session.cameraLabel, l10n.fileCount(record.files),
-                             PathSize::format(session.bytesCopied, state_.language)}) {
+    const auto size = status == OutcomeStatus::Hashed
+                          ? std::string()
+                          : PathSize::format(session.bytesCopied, state_.language);
+    for (const auto& fact :
+         {record.ekip, session.cameraLabel, l10n.fileCount(record.files), size}) {
         if (!fact.empty())
             facts += "  ·  " + Text::displayable(fact);
     }

@@ -72,9 +72,11 @@ void UnitPicker::tapUnit(const QString& name) {
 
 void UnitPicker::giveTargetUnit(const std::string& unit) {
     state_.notice.reset();
-    state_.highlightedUnit = unit;
-    if (const auto card = state_.targetCard())
+    const auto card = state_.targetCard();
+    if (card)
         state_.cardUnits.setCamera(*card, unit);
+    // What a card has says nothing of the unit to work on once no card is meant any more.
+    state_.highlightedUnit = card ? "" : unit;
 }
 
 void UnitPicker::addCrew() {

@@ -178,8 +178,8 @@ Sheet {
                     onClicked: sheet.reports.reset()
                 }
                 ActionButton {
-                    objectName: "revealReports"
-                    text: L10n.revealInFinder
+                    objectName: "showReports"
+                    text: L10n.showInFolder
                     onClicked: sheet.reports.reveal()
                 }
             }

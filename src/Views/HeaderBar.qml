@@ -63,6 +63,7 @@ Item {
     }
     AppText {
         id: project
+        objectName: "projectName"
         anchors.left: version.right
         anchors.leftMargin: 8 + 10
         anchors.right: service.left

@@ -79,7 +79,7 @@ Sheet {
             width: parent.width
             // What is left of the window, and not more than there is.
             height: Math.min(contentHeight,
-                             Math.max(160, (sheet.parent ? sheet.parent.height : 900) - 300
+                             Math.max(report.visible ? 96 : 160, (sheet.parent ? sheet.parent.height : 900) - 300
                                            - (report.visible ? report.height + 12 : 0)))
             visible: count > 0
             model: sheet.history

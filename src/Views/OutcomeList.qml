@@ -7,8 +7,6 @@ OutcomeColumn {
 
     required property OutcomeListModel lines
 
-    visible: lines.count > 0
-
     Repeater {
         model: list.lines
 

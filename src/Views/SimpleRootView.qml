@@ -12,6 +12,8 @@ FocusScope {
 
     // A laptop's screen: what explains gives way to what is worked with.
     readonly property bool compact: height < 800
+    // Half a laptop's screen, or all of it at twice the size.
+    readonly property bool tight: height < 560
     readonly property int sidePadding: 20
     readonly property int topPadding: compact ? 8 : 18
     readonly property int gap: compact ? 8 : 16
@@ -73,6 +75,7 @@ FocusScope {
                 showsTotal: true
                 compact: root.compact
                 onTouched: root.resignNameFieldFocus()
+                onMissed: row => upper.reveal(row)
             }
             VolumeColumn {
                 id: disks
@@ -93,7 +96,8 @@ FocusScope {
                 anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
                 height: implicitHeight
                 picking: root.appModel.units
-                compact: root.compact
+                // A verdict takes room, too.
+                compact: root.compact || (status.settled && root.height < 960)
             }
         }
     }
@@ -106,6 +110,7 @@ FocusScope {
             leftMargin: root.sidePadding; rightMargin: root.sidePadding; bottomMargin: root.gap
         }
         compact: root.compact
+        tight: root.tight
         batch: root.appModel.batch
     }
     ActionRow {

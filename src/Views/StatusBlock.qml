@@ -10,6 +10,8 @@ Rectangle {
 
     required property BatchControl batch
     property bool compact: false
+    // No room for lines of pairs either.
+    property bool tight: false
     readonly property int inset: compact ? 8 : 14
 
     readonly property bool succeeded: batch.standing === BatchControl.Succeeded
@@ -23,9 +25,9 @@ Rectangle {
                                : DITTheme.dark ? DITTheme.dangerText : DITTheme.danger
     readonly property bool settled: succeeded || hashed || failed
     // More is for the sheet.
-    readonly property int mostPairs: 4
-    readonly property int mostProblems: 3
-    readonly property int untold: Math.max(0, batch.pairs.count - mostPairs)
+    readonly property int mostPairs: tight ? 0 : compact && failed ? 3 : 4
+    readonly property int mostProblems: compact ? 0 : 3
+    readonly property int untold: !settled ? 0 : Math.max(0, batch.pairs.count - mostPairs)
                                 + Math.max(0, batch.problems.count - mostProblems)
 
     function showOutcome() {
@@ -107,10 +109,17 @@ Rectangle {
                 color: DITTheme.secondary
                 horizontalAlignment: Text.AlignRight
             }
+            AppText {
+                objectName: "untold"
+                visible: block.untold > 0 && !block.tight
+                text: L10n.andMore.replace("%1", block.untold)
+                font.pixelSize: DITTheme.subheadline
+                color: DITTheme.secondary
+            }
             ActionButton {
                 objectName: "showOutcome"
                 Layout.preferredHeight: DITTheme.smallControlHeight
-                visible: block.untold > 0 || block.batch.problems.count > 0
+                visible: block.untold > 0 || (block.settled && block.batch.problems.count > 0)
                 text: L10n.showAll
                 onClicked: block.showOutcome()
             }
@@ -118,6 +127,7 @@ Rectangle {
         ProgressTrack {
             objectName: "bar"
             Layout.fillWidth: true
+            visible: !(block.compact && block.failed)
             fraction: block.batch.fraction
             hue: block.succeeded || block.hashed ? block.hue : DITTheme.accent
             // A failure leaves no bar behind: only what went through is full, whatever colours one sees.
@@ -155,22 +165,16 @@ Rectangle {
         OutcomeList {
             objectName: "pairs"
             Layout.fillWidth: true
-            visible: block.settled && block.batch.pairs.count > 0
+            visible: block.settled && most > 0 && block.batch.pairs.count > 0
             lines: block.batch.pairs
             most: block.mostPairs
         }
         OutcomeList {
             objectName: "problems"
             Layout.fillWidth: true
+            visible: block.settled && most > 0 && block.batch.problems.count > 0
             lines: block.batch.problems
             most: block.mostProblems
-        }
-        AppText {
-            objectName: "untold"
-            visible: block.untold > 0
-            text: L10n.andMore.replace("%1", block.untold)
-            font.pixelSize: DITTheme.subheadline
-            color: DITTheme.secondary
         }
     }
 

@@ -21,6 +21,8 @@ Panel {
 
     // By the pointer, anywhere on a row.
     signal touched()
+    // A row lacks something, and the user is to see it.
+    signal missed(Item row)
 
     // As wide as its head is without the word on the button for folders.
     implicitWidth: 20 + 10 + 80 + 10 + 36 + 10 + clearButton.implicitWidth + 2 * 14
@@ -128,6 +130,7 @@ Panel {
         Accessible.name: column.title
         refuge: chooseButton
         onTouched: column.touched()
+        onMissed: row => column.missed(row)
         onKeyboardLeft: chooseButton.forceActiveFocus(Qt.TabFocusReason)
 
         delegate: VolumeRow {}

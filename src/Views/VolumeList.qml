@@ -12,7 +12,9 @@ ListView {
     property bool holdsKeyboard: false
     // What takes the keyboard when no row is left.
     property Item refuge: null
-    property int newest: 0
+    // The row that is to be looked at: the newest, or one that lacks something.
+    property int wanted: 0
+    property bool lacksSomething: false
     // All rows are of one height.
     readonly property real rowPitch: count > 0 && contentHeight > 0 ? (contentHeight + spacing) / count : 86
     readonly property real rowHeight: rowPitch - spacing
@@ -24,6 +26,8 @@ ListView {
 
     // By the pointer, anywhere on a row.
     signal touched()
+    // A row lacks something, and the user is to see it.
+    signal missed(Item row)
     // The row that had the keyboard has gone, and there is no other.
     signal keyboardLeft()
 
@@ -45,11 +49,15 @@ ListView {
         const wanted = contentY - originY + direction * Math.max(rowPitch, height - rowPitch)
         contentY = originY + Math.max(0, Math.min(most, wanted))
     }
-    function showRow(row: int) {
-        positionViewAtIndex(row, ListView.Contain)
+    function showWanted() {
+        positionViewAtIndex(wanted, ListView.Contain)
+        if (lacksSomething && itemAtIndex(wanted))
+            missed(itemAtIndex(wanted))
+        lacksSomething = false
     }
-    function showNewest() {
-        showRow(newest)
+    function want(row: int) {
+        wanted = row
+        Later.call(showWanted)
     }
 
     // The keyboard stays in the column when the row that had it goes; once, however many rows go.
@@ -77,11 +85,12 @@ ListView {
             list.settling.restart()
         }
         function onRowsInserted(parent: var, first: int) {
-            list.newest = first
-            Later.call(list.showNewest)
+            list.lacksSomething = false
+            list.want(first)
         }
         function onRowWanted(row: int) {
-            list.showRow(row)
+            list.lacksSomething = true
+            list.want(row)
         }
     }
 

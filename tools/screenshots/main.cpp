@@ -1,7 +1,7 @@
 // Draws the window in one state of a staged model: slatewise-screenshots SCENE LANGUAGE PALETTE
 // FILE [WIDTH HEIGHT]. The scale is Qt's own (QT_SCALE_FACTOR).
 
-#include "Stage.h"
+#include "Scenes.h"
 
 #include <QGuiApplication>
 #include <QPalette>
@@ -17,7 +17,7 @@ Q_IMPORT_QML_PLUGIN(SlatewiseViewsPlugin)
 
 namespace {
 
-/// Long enough for every fade to end.
+/// Long enough for every fade to end, and for a hint to come up.
 constexpr int kSettledMilliseconds = 900;
 
 void useDarkPalette() {
@@ -25,11 +25,6 @@ void useDarkPalette() {
     palette.setColor(QPalette::Window, Qt::black);
     palette.setColor(QPalette::WindowText, Qt::white);
     QGuiApplication::setPalette(palette);
-}
-
-void openEditor(QObject& window) {
-    for (auto* button : window.findChildren<QObject*>("edit"))
-        QMetaObject::invokeMethod(button, "clicked");
 }
 
 } // namespace
@@ -43,11 +38,13 @@ int main(int count, char** words) {
                    stderr);
         return 2;
     }
-    const auto scene = arguments.at(1);
     if (arguments.at(3) == "dark")
         useDarkPalette();
 
+    const auto& scene = slatewise::test::sceneOf(arguments.at(1).toStdString());
     slatewise::test::Stage stage;
+    if (scene.prepare)
+        scene.prepare(stage);
     stage.model()->setLanguageCode(arguments.at(2));
 
     QQmlApplicationEngine engine;
@@ -61,11 +58,13 @@ int main(int count, char** words) {
     window->resize(sized ? arguments.at(5).toInt() : 984, sized ? arguments.at(6).toInt() : 900);
     window->show();
     // As a user would come to it: what happens before the window is there scrolls nothing.
-    stage.play(scene);
-    if (scene == "editor")
-        QTimer::singleShot(kSettledMilliseconds / 2, window, [window] { openEditor(*window); });
-    QTimer::singleShot(kSettledMilliseconds, window, [window, file = arguments.at(4)] {
-        QGuiApplication::exit(window->grabWindow().save(file) ? 0 : 1);
-    });
+    if (scene.play)
+        scene.play(stage);
+    if (scene.act)
+        QTimer::singleShot(kSettledMilliseconds, window, [&] { scene.act(*window); });
+    QTimer::singleShot((scene.act ? 2 : 1) * kSettledMilliseconds, window,
+                       [window, file = arguments.at(4)] {
+                           QGuiApplication::exit(window->grabWindow().save(file) ? 0 : 1);
+                       });
     return QGuiApplication::exec();
 }

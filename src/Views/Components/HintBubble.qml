@@ -11,12 +11,13 @@ T.ToolTip {
     x: parent ? Math.round((parent.width - width) / 2) : 0
     y: parent ? parent.height + 4 : 0
     implicitWidth: Math.min(label.implicitWidth, 480) + 2 * padding
-    implicitHeight: label.height + 2 * padding
+    implicitHeight: label.implicitHeight + 2 * padding
     padding: 8
     margins: 8
     closePolicy: T.Popup.NoAutoClose
     contentItem: Text {
         id: label
+        objectName: "hintText"
         text: bubble.text
         textFormat: Text.PlainText
         wrapMode: Text.WrapAtWordBoundaryOrAnywhere

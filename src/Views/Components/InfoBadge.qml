@@ -9,6 +9,8 @@ Rectangle {
     property color hue
 
     visible: text.length > 0
+    // Rather nothing than a spot without a letter.
+    opacity: width < 36 ? 0 : 1
     implicitWidth: Math.ceil(Math.min(label.implicitWidth, 112)) + 16
     implicitHeight: label.implicitHeight + 8
     radius: height / 2

@@ -1,9 +1,13 @@
 #include "Stage.h"
 
 #include "Model/QtText.h"
+#include "Offload/CopyProgress.h"
 #include "Offload/OffloadError.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <condition_variable>
 #include <map>
 #include <mutex>
@@ -59,6 +63,9 @@ Stage::Stage(QObject* parent) : QObject(parent), disks_(std::make_shared<Disks>(
     desk_.surroundings.measure = [disks = disks_](const auto& entry, const auto&) {
         return Measurement{disks->size(entry.id), 0, 0};
     };
+    desk_.surroundings.now = [this] {
+        return now_;
+    };
     OffloadSettings settings = OffloadSettings::load(desk_.defaults);
     settings.outputFolderPath = "/home/dit/Documents/SlatewiseDIT";
     settings.ejectAfterSuccess = true;
@@ -70,12 +77,14 @@ Stage::~Stage() {
     disks_->clear();
 }
 
-void Stage::add(const QString& name, VolumeKind kind, std::int64_t bytes) {
+void Stage::add(const QString& name, VolumeKind kind, std::int64_t bytes, const QString& uuid) {
     auto& volume = desk_.volumes.emplace_back();
     volume.facts.volumeName = name.toStdString();
     volume.facts.mountPoint = kMounts + volume.facts.volumeName;
     volume.facts.deviceIdentifier = idOf(name).toStdString();
     volume.kind = kind;
+    if (!uuid.isEmpty())
+        volume.facts.volumeUUID = uuid.toStdString();
     if (kind == VolumeKind::Destination)
         volume.facts.freeBytes = bytes;
     if (bytes > 0)
@@ -83,8 +92,8 @@ void Stage::add(const QString& name, VolumeKind kind, std::int64_t bytes) {
     model()->volumes().apply();
 }
 
-void Stage::plugInCard(const QString& name, double bytes) {
-    add(name, VolumeKind::CameraCard, static_cast<std::int64_t>(bytes));
+void Stage::plugInCard(const QString& name, double bytes, const QString& uuid) {
+    add(name, VolumeKind::CameraCard, static_cast<std::int64_t>(bytes), uuid);
 }
 
 void Stage::plugInDisk(const QString& name, double freeBytes) {
@@ -140,15 +149,28 @@ BatchPlan Stage::plan() {
             .totalBytes = 0};
 }
 
-void Stage::copying(double fraction) {
+void Stage::copying(double share) {
+    constexpr int kFiles = 107;
+    constexpr double kBytes = 118.2 * kGB;
+    constexpr double kBytesPerSecond = 412.6e6;
     auto& batch = *model()->batch();
     if (!batch.isBusy()) {
+        pairBegan_ = now_;
         batch.batchBegan(plan());
         batch.pairBegan(plan().pairs().front());
+        batch.phaseChanged(CopyProgress(kFiles, kBytes).copying("", 0, now_));
     }
-    batch.phaseChanged(Phase::Copying{"CLIP/A001C092_260301.mxf", 92, 214, fraction, 412.6e6,
-                                      static_cast<std::int64_t>(fraction * 118.2 * kGB),
-                                      static_cast<std::int64_t>(118.2 * kGB)});
+    using Seconds = std::chrono::duration<double>;
+    now_ = pairBegan_ + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                            Seconds(share * kBytes / kBytesPerSecond));
+    CopyProgress progress(kFiles, kBytes);
+    const double latest = std::min(share * kBytes, 2 * kBytesPerSecond);
+    progress.addCopied(static_cast<std::int64_t>(share * kBytes - latest),
+                       now_ - std::chrono::seconds(3));
+    progress.addCopied(static_cast<std::int64_t>(latest), now_);
+    const int file = std::min(static_cast<int>(share * kFiles), kFiles - 1);
+    batch.phaseChanged(
+        progress.copying(fmt::format("CLIP/A001C{:03}_260301.mxf", file + 1), file, now_));
 }
 
 void Stage::succeed() {
@@ -166,6 +188,14 @@ void Stage::succeed() {
 }
 
 void Stage::fail(int unreadFolders) {
+    std::vector<OffloadProblem> problems;
+    for (int folder = 1; folder <= unreadFolders; ++folder)
+        problems.push_back({OffloadProblem::Kind::FolderNotRead, "CLIPS" + std::to_string(folder),
+                            reasonOf(EIO, model()->state().l10n())});
+    fail(std::move(problems));
+}
+
+void Stage::fail(std::vector<OffloadProblem> problems, PairFailure failure) {
     const auto l10n = model()->state().l10n();
     const auto pairs = plan().pairs();
     BatchResult result;
@@ -173,12 +203,10 @@ void Stage::fail(int unreadFolders) {
     result.pairs.resize(pairs.size());
     result.pairs.front() = {.status = OutcomeStatus::Verified, .filesDone = 107};
     auto& failed = result.pairs.at(1);
-    failed.failure = PairFailure::Other;
+    failed.failure = failure;
     failed.message = l10n.verifyIncomplete(pairs[1].card.name(), pairs[1].destination.name()) +
                      " " + std::string(l10n.cardLeftMounted());
-    for (int folder = 1; folder <= unreadFolders; ++folder)
-        failed.problems.push_back({OffloadProblem::Kind::FolderNotRead,
-                                   "CLIPS" + std::to_string(folder), "Input/output error"});
+    failed.problems = std::move(problems);
     result.message = failed.message;
     end(result);
 }
@@ -189,32 +217,10 @@ void Stage::end(const BatchResult& result) {
 }
 
 void Stage::play(const QString& scene) {
-    if (scene == "empty")
-        return;
-    if (scene == "cards")
-        return playCards();
     playReady();
-    if (scene == "needsUnit") {
-        plugInCard("C002", 64 * kGB);
-        choose("C002", {});
-        model()->batch()->start();
-    } else if (scene == "busy") {
-        copying(0.86);
-    } else if (scene == "success") {
-        succeed();
-    } else if (scene == "hashed") {
-        model()->settings()->setVerifyOnly(true);
-        succeed();
-    } else if (scene == "failed") {
-        fail();
-    } else if (scene == "crowded") {
-        playCrowded();
-    } else if (scene == "volumes") {
-        plugInUnknown("SAS_01");
-        model()->otherVolumes()->setPresented(true);
-    } else if (scene == "history") {
+    if (scene == "history") {
         playHistory();
-    } else if (scene == "sheet" || scene == "editor") {
+    } else if (scene == "sheet") {
         model()->settings()->addSkipName("MISC");
         model()->settings()->addSkipName("INDEX.DAT");
         model()->settings()->setPresented(true);
@@ -274,21 +280,6 @@ void Stage::playHistory() {
             database.recordCheck(outcome.sessionID.text(), *past.check);
     }
     model()->history()->setPresented(true);
-}
-
-void Stage::playCrowded() {
-    for (int card = 0; card < 9; ++card) {
-        const auto name = "A very long card name that nobody asked for " + QString::number(card);
-        plugInCard(name, 512.1 * kGB);
-        choose(name, card % 2 == 0 ? "Steadicam Operator" : "");
-    }
-    for (const auto* unit : {"Underwater", "Crash Cam", "Witness"}) {
-        model()->units()->setNewUnitName(unit);
-        model()->units()->addUnit();
-    }
-    model()->settings()->setProjectName(
-        "A production whose name does not fit into any header that was ever drawn");
-    model()->batch()->start();
 }
 
 } // namespace slatewise::test

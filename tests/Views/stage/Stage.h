@@ -6,8 +6,10 @@
 #include <QString>
 #include <qqml.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace slatewise::test {
 
@@ -25,10 +27,15 @@ public:
 
     AppModel* model() { return &desk_.model(); }
 
-    /// Brings the model to what a user sees at that point of the way.
+    /// Brings the model to what a user sees when all is "ready", or with the "sheet" of settings or
+    /// the "history" open.
     Q_INVOKABLE void play(const QString& scene);
+    void playCards();
+    void playReady();
+    void playHistory();
 
-    Q_INVOKABLE void plugInCard(const QString& name, double bytes = 1e9);
+    /// The UUID is that of its file system.
+    Q_INVOKABLE void plugInCard(const QString& name, double bytes = 1e9, const QString& uuid = {});
     Q_INVOKABLE void plugInDisk(const QString& name, double freeBytes = 1e12);
     /// Something that is neither a card nor a disk to copy to.
     Q_INVOKABLE void plugInUnknown(const QString& name);
@@ -42,25 +49,27 @@ public:
     /// The next questions for a folder are answered with one of that name.
     Q_INVOKABLE void answerWith(const QString& name);
 
-    /// What a batch would tell.
-    Q_INVOKABLE void copying(double fraction);
+    /// What a batch would tell. Of the first pair's bytes that share is copied.
+    Q_INVOKABLE void copying(double share);
     Q_INVOKABLE void succeed();
     /// The second pair, for folders of the card that could not be read.
     Q_INVOKABLE void fail(int unreadFolders = 1);
+    void fail(std::vector<OffloadProblem> problems, PairFailure failure = PairFailure::Other);
+
+    Desk& desk() { return desk_; }
 
 private:
     class Disks;
 
-    void add(const QString& name, VolumeKind kind, std::int64_t bytes);
-    void playCards();
-    void playReady();
-    void playCrowded();
+    void add(const QString& name, VolumeKind kind, std::int64_t bytes, const QString& uuid = {});
     void end(const BatchResult& result);
-    void playHistory();
     BatchPlan plan();
 
     Desk desk_;
     std::shared_ptr<Disks> disks_;
+    /// Time goes by as the staged batch goes on.
+    std::chrono::steady_clock::time_point now_{};
+    std::chrono::steady_clock::time_point pairBegan_{};
 };
 
 } // namespace slatewise::test

@@ -1,0 +1,197 @@
+#include "Scenes.h"
+
+#include "Model/QtText.h"
+#include "Offload/OffloadError.h"
+
+#include <QCoreApplication>
+#include <QMouseEvent>
+#include <QQuickItem>
+
+#include <algorithm>
+#include <cerrno>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace slatewise::test {
+
+namespace {
+
+using Kind = OffloadProblem::Kind;
+
+constexpr double kGB = 1e9;
+
+void click(QQuickWindow& window, const char* name) {
+    for (auto* button : window.findChildren<QObject*>(name))
+        QMetaObject::invokeMethod(button, "clicked");
+}
+
+void pointAt(QQuickWindow& window, const char* name) {
+    const auto* item = window.findChild<QQuickItem*>(name);
+    const auto place = item->mapToScene({item->width() / 2, item->height() / 2});
+    QMouseEvent moved(QEvent::MouseMove, place, window.mapToGlobal(place), Qt::NoButton,
+                      Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &moved);
+}
+
+/// The control on which Tab stops last is the lowest.
+void scrollTo(QQuickWindow& window, const char* name) {
+    for (auto* item : window.findChildren<QQuickItem*>(name))
+        item->forceActiveFocus(Qt::TabFocusReason);
+}
+
+void playNeedsUnit(Stage& stage) {
+    stage.playReady();
+    stage.plugInCard("C002", 64 * kGB);
+    stage.choose("C002", {});
+    stage.model()->batch()->start();
+}
+
+void playCrowded(Stage& stage) {
+    stage.playReady();
+    for (int card = 0; card < 9; ++card) {
+        const auto name = "A very long card name that nobody asked for " + QString::number(card);
+        stage.plugInCard(name, 512.1 * kGB);
+        stage.choose(name, card % 2 == 0 ? "Steadicam Operator" : "");
+    }
+    for (const auto* unit : {"Underwater", "Crash Cam", "Witness"}) {
+        stage.model()->units()->setNewUnitName(unit);
+        stage.model()->units()->addUnit();
+    }
+    stage.model()->settings()->setProjectName(
+        "A production whose name does not fit into any header that was ever drawn");
+    stage.model()->batch()->start();
+}
+
+void playHashed(Stage& stage) {
+    stage.playReady();
+    stage.model()->settings()->setVerifyOnly(true);
+    stage.succeed();
+}
+
+void playVerdictOfBefore(Stage& stage) {
+    stage.playReady();
+    stage.succeed();
+    stage.choose("A001", "CamA");
+}
+
+/// A disk is too small for what is ticked now.
+void playRefused(Stage& stage) {
+    playVerdictOfBefore(stage);
+    BatchResult refusal;
+    refusal.message = stage.model()->state().l10n().insufficientSpace("119.4 GB", "64 GB");
+    stage.model()->batch()->batchEnded(refusal);
+}
+
+/// The store knows an earlier offload of the card, which has been shot on since.
+void playSeenBefore(Stage& stage) {
+    OffloadOutcome outcome;
+    outcome.sessionID = Uuid::random();
+    outcome.status = OutcomeStatus::Verified;
+    outcome.startedAt = outcome.finishedAt = Clock::fromIso8601("2026-03-01T09:30:00Z").value();
+    auto& database = *stage.model()->state().database;
+    for (const auto* disk : {"SHUTTLE_01", "RAID Backup"}) {
+        outcome.sessionID = Uuid::random();
+        database.save(outcome, outcome.files, "A009", disk, "CamA");
+        database.saveTraces(outcome.sessionID.text(), "Ekip1", "", "1A2B-3C4D");
+    }
+    stage.playReady();
+    stage.plugInCard("A009", 118.2 * kGB, "1A2B-3C4D");
+    Desk::waitUntil(
+        [&] { return stage.model()->cards()->rows().back().subtitle.contains("RAID"); });
+}
+
+std::function<void(Stage&)> failing(Kind kind, const std::string& subject, int code = 0,
+                                    PairFailure failure = PairFailure::Other) {
+    return [=](Stage& stage) {
+        stage.playReady();
+        const auto words = stage.model()->state().l10n();
+        stage.fail({{kind, subject, code == 0 ? "" : reasonOf(code, words)}}, failure);
+    };
+}
+
+void playCheck(Stage& stage) {
+    stage.playReady();
+    stage.playHistory();
+    auto& history = *stage.model()->history();
+    Desk::waitUntil([&] { return !history.rows().empty(); });
+    history.choose(history.rows().front().sessionID);
+    history.verifyAgain();
+}
+
+std::vector<Scene> allScenes() {
+    const auto ready = [](Stage& stage) {
+        stage.playReady();
+    };
+    const auto sheet = [](Stage& stage) {
+        stage.play("sheet");
+    };
+    const auto failedWidely = [](Stage& stage) {
+        stage.playReady();
+        stage.fail(7);
+    };
+    const auto leftHalfDone = [](Stage& stage) {
+        UnfinishedOffload{"A001", "SHUTTLE_01", "/media/dit/SHUTTLE_01/2026-03-01/Ekip1/CamA/A001"}
+            .save(stage.desk().defaults);
+        stage.desk().start();
+    };
+    std::vector<Scene> scenes;
+    const auto add = [&](std::string name, std::function<void(Stage&)> play,
+                         std::function<void(QQuickWindow&)> act = {}) {
+        scenes.push_back({std::move(name), {}, std::move(play), std::move(act)});
+    };
+    add("empty", {});
+    add("cards", [](Stage& stage) { stage.playCards(); });
+    add("ready", ready);
+    add("needsUnit", playNeedsUnit);
+    add("seenBefore", playSeenBefore);
+    add("hashOnly", [](Stage& stage) {
+        stage.playReady();
+        stage.model()->settings()->setVerifyOnly(true);
+    });
+    add("busy", [](Stage& stage) {
+        stage.playReady();
+        stage.copying(0.86);
+    });
+    add("success", [](Stage& stage) {
+        stage.playReady();
+        stage.succeed();
+    });
+    add("hashed", playHashed);
+    add("verdictOfBefore", playVerdictOfBefore);
+    add("refused", playRefused);
+    add("failed", failing(Kind::FolderNotRead, "CLIPS001", EIO));
+    add("cardGone", failing(Kind::CardGone, "A001"));
+    add("diskFull", failing(Kind::CopyStopped, "CLIP/A001C092_260301.mxf", ENOSPC));
+    add("copyDiffers", failing(Kind::CopyDiffers, "CLIP/A001C092_260301.mxf"));
+    add("stopped", failing(Kind::CopyStopped, "", 0, PairFailure::Stopped));
+    add("manyProblems", failedWidely);
+    add("outcome", failedWidely, [](QQuickWindow& window) { click(window, "showOutcome"); });
+    add("crowded", playCrowded);
+    add("hint", playCrowded, [](QQuickWindow& window) { pointAt(window, "projectName"); });
+    add("sheet", sheet);
+    add("sheetEnd", sheet, [](QQuickWindow& window) { scrollTo(window, "showReports"); });
+    add("editor", sheet, [](QQuickWindow& window) { click(window, "edit"); });
+    add("history", [](Stage& stage) { stage.play("history"); });
+    add("check", playCheck);
+    add("volumes", [](Stage& stage) {
+        stage.playReady();
+        stage.plugInUnknown("SAS_01");
+        stage.model()->otherVolumes()->setPresented(true);
+    });
+    scenes.push_back({"cutOff", leftHalfDone, ready});
+    return scenes;
+}
+
+} // namespace
+
+const Scene& sceneOf(const std::string& name) {
+    static const auto scenes = allScenes();
+    const auto found = std::find_if(scenes.begin(), scenes.end(),
+                                    [&](const auto& scene) { return scene.name == name; });
+    if (found == scenes.end())
+        throw std::invalid_argument("no such scene: " + name);
+    return *found;
+}
+
+} // namespace slatewise::test
