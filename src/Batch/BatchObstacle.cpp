@@ -10,10 +10,11 @@ namespace slatewise::BatchObstacle {
 std::optional<std::string> find(const BatchPlan& plan) {
     if (const auto overlap = FolderOverlap::find(plan, Clock::now()))
         return overlap;
-    const auto lack =
-        SpaceCheck::findLackOfRoom(plan.totalBytes, plan.destinations, [](const auto& folder) {
-            return PathSize::volumeBytes(folder).free;
-        });
+    const auto freeBytes = [](const auto& folder) -> std::optional<std::int64_t> {
+        const auto capacity = PathSize::volumeBytes(folder);
+        return capacity.total > 0 ? std::optional(capacity.free) : std::nullopt;
+    };
+    const auto lack = SpaceCheck::findLackOfRoom(plan.totalBytes, plan.destinations, freeBytes);
     return lack ? std::optional(lack->text(plan.l10n())) : std::nullopt;
 }
 

@@ -11,14 +11,15 @@ std::optional<OffloadError> findLackOfRoom(std::int64_t totalBytes,
         return std::nullopt;
     const auto needed = totalBytes + CopyEngine::spaceMargin(totalBytes);
     for (const auto& destination : destinations) {
-        auto free = destination.facts.freeBytes;
+        const auto known = destination.facts.freeBytes;
+        if (known >= needed)
+            continue;
         // What is known of a disk may be minutes old.
-        if (free < needed) {
-            const auto now = freeBytes(destination.facts.mountPoint);
-            free = now >= 1 ? now : free;
-        }
-        if (free >= 1 && free < needed)
-            return OffloadError(OffloadError::InsufficientSpace{needed, free});
+        auto free = freeBytes(destination.facts.mountPoint);
+        if (!free && known >= 1)
+            free = known;
+        if (free && *free < needed)
+            return OffloadError(OffloadError::InsufficientSpace{needed, *free});
     }
     return std::nullopt;
 }

@@ -10,8 +10,8 @@
 
 namespace slatewise::SpaceCheck {
 
-/// Free bytes of the volume that holds a folder; below 1 when unknown.
-using FreeBytes = std::function<std::int64_t(const std::filesystem::path&)>;
+/// Free bytes of the volume that holds a folder; empty when unknown.
+using FreeBytes = std::function<std::optional<std::int64_t>(const std::filesystem::path&)>;
 
 /// Looks before a batch begins whether each destination has room for all cards together, with the
 /// margin of a run. Gives the first lack of room. Where a size is not known the run decides.

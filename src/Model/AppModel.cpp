@@ -39,7 +39,7 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
     connect(&volumes_, &VolumeFollower::cardAppeared, this, &AppModel::notifyService);
     connect(&batch_, &BatchControl::finished, this, [this] {
         refreshSessionsLater(this);
-        volumes_.lookUpCards();
+        volumes_.measureCardsAnew();
     });
     reports_.restore();
     showLanguages();

@@ -66,11 +66,13 @@ BatchControl::Shown BatchControl::shownNow() const {
     now.isRefused = stepsBack && state_.notice;
     now.title = toQString(now.isRefused ? state_.notice->text(l10n)
                                         : ProgressTexts::title(phase, position_, l10n));
+    if (now.standing == Failed && !wasRefused_ && lastResult_ && lastResult_->message) {
+        now.title = toQString(l10n.failed(BatchOutcome::headline(*lastResult_, l10n)));
+        now.advice = toQString(BatchOutcome::advice(*lastResult_, l10n));
+    }
     now.pace = toQString(ProgressTexts::pace(phase, left_, l10n));
     for (const auto& sentence : stepsBack ? std::vector<std::string>() : ejects_)
         now.title += (now.title.contains('\n') ? " " : "\n") + toQString(sentence);
-    if (now.standing == Failed && !wasRefused_ && lastResult_ && lastResult_->message)
-        now.advice = toQString(BatchOutcome::advice(*lastResult_, l10n));
     if (now.standing == Resting || (now.standing == Failed && wasRefused_))
         now.lastOffload = lastOffloadNow();
     return now;
@@ -101,6 +103,8 @@ QString BatchControl::report() const {
     QStringList lines;
     if (lastResult_)
         lines << lastOffloadNow();
+    if (shown_.standing == Failed)
+        lines << shown_.title << shown_.advice;
     for (const auto* list : {&pairs_, &problems_}) {
         for (const auto& line : list->rows())
             lines << line.text;

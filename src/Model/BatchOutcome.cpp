@@ -125,6 +125,21 @@ std::vector<OutcomeLine> problems(const BatchResult& result, L10n l10n) {
     return lines;
 }
 
+std::string headline(const BatchResult& result, L10n l10n) {
+    const auto failed =
+        std::find_if(result.pairs.begin(), result.pairs.end(),
+                     [](const auto& pair) { return wasBegun(pair) && !endedWell(pair.status); });
+    const auto* cause = failed == result.pairs.end() || failed->failure == PairFailure::Stopped
+                            ? nullptr
+                            : decisiveFailure(*failed);
+    if (!cause)
+        return result.message.value_or("");
+    auto sentence = cause->text(l10n);
+    if (cause->kind == Kind::CardGone)
+        return sentence;
+    return sentence + (sentence.ends_with('.') ? " " : ". ") + std::string(l10n.cardLeftMounted());
+}
+
 std::string advice(const BatchResult& result, L10n l10n) {
     for (const auto& pair : result.pairs) {
         if (endedWell(pair.status) || !wasBegun(pair))

@@ -70,6 +70,9 @@ std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result,
 /// What all pairs met beyond what their own lines say, each once; failures first.
 std::vector<OutcomeLine> problems(const BatchResult& result, L10n l10n);
 
+/// What a failed batch failed by, and whether its card is still there.
+std::string headline(const BatchResult& result, L10n l10n);
+
 /// What to do about a failure; empty after a good end.
 std::string advice(const BatchResult& result, L10n l10n);
 

@@ -173,6 +173,8 @@ void VolumeFollower::toggle(VolumeSide side, const std::string& id) {
         state_.isVerdictOld = true;
         state_.cardUnits.clearUnit(id);
         state_.giveCurrentCrewTo(id);
+        // It may have been shot on, or emptied, since it was looked at.
+        measure({id});
     } else {
         state_.cardUnits.cardsNeedingUnit.erase(id);
     }
@@ -291,16 +293,10 @@ QCoro::Task<> VolumeFollower::refreshFreeSpaceOf(QPointer<VolumeFollower> self,
         co_return;
     self->askedForFreeSpace_.erase(disk.id);
     const bool isListed = findVolume(self->state_.board.list(VolumeSide::Destination), disk.id);
-    if (isListed && measured.freeBytes > 0 &&
+    // A full disk is not one that nobody knows.
+    if (isListed && measured.totalBytes > 0 &&
         self->state_.contentSizes.setFreeBytes(disk.id, measured.freeBytes))
         self->state_.publish();
-}
-
-void VolumeFollower::lookUpCards() {
-    for (const auto& card : state_.board.list(VolumeSide::Card)) {
-        if (state_.contentSizes.usedBytes(card.id()))
-            lookUp(this, card);
-    }
 }
 
 QCoro::Task<> VolumeFollower::lookUp(QPointer<VolumeFollower> self, ClassifiedVolume card) {

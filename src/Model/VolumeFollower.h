@@ -48,10 +48,8 @@ public:
     /// Looks how much is free on the disks that are ticked, as it does every few seconds by itself.
     void refreshFreeSpace();
 
-    /// Looks up which of the cards were offloaded before.
-    void lookUpCards();
-
-    /// For another set of names that are skipped.
+    /// For another set of names that are skipped, or since something was offloaded; then looks up
+    /// which of the cards were offloaded before.
     void measureCardsAnew();
     void persistDestinations();
 

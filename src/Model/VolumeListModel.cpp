@@ -54,8 +54,7 @@ VolumeRow VolumeListModel::rowOf(const ClassifiedVolume& volume) const {
     if (side_ == VolumeSide::Destination)
         return row;
     if (const auto past = state_.pastOffloads.find(id); past != state_.pastOffloads.end())
-        row.subtitle +=
-            (row.subtitle.isEmpty() ? "" : " · ") + toQString(past->second.text(state_.l10n()));
+        row.past = toQString(past->second.text(state_.l10n()));
     row.focused = selection.focused == id;
     row.ekip = toQString(state_.cardUnits.ekipLabel(id));
     row.unit = toQString(state_.cardUnits.cameraLabel(id));

@@ -20,6 +20,7 @@ struct VolumeRow {
     Q_PROPERTY(QString name MEMBER name)
     Q_PROPERTY(QString subtitle MEMBER subtitle)
     Q_PROPERTY(QString path MEMBER path)
+    Q_PROPERTY(QString past MEMBER past)
     Q_PROPERTY(bool selected MEMBER selected)
     Q_PROPERTY(bool focused MEMBER focused)
     Q_PROPERTY(QString ekip MEMBER ekip)
@@ -34,6 +35,8 @@ public:
     QString name;
     QString subtitle;
     QString path;
+    /// That a card was offloaded before; empty when nobody knows of it.
+    QString past;
     bool selected = false;
     /// The card that the unit picker works on.
     bool focused = false;

@@ -32,8 +32,10 @@ std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const Cont
     if (side == VolumeSide::Destination) {
         if (const auto obstacle = obstacleText(volume.facts.writeObstacle, l10n); !obstacle.empty())
             return std::string(obstacle);
-        if (const auto free = sizes.freeBytes(id).value_or(volume.facts.freeBytes); free >= 1)
-            return size(free);
+        if (const auto free = sizes.freeBytes(id))
+            return size(*free);
+        if (volume.facts.freeBytes >= 1)
+            return size(volume.facts.freeBytes);
         return isMeasuring ? std::string(l10n.measuringSize()) : size(0);
     }
     std::string line;

@@ -13,6 +13,7 @@ T.ItemDelegate {
     required property string name
     required property string subtitle
     required property string path
+    required property string past
     required property bool selected
     required property bool focused
     required property string ekip
@@ -51,7 +52,7 @@ T.ItemDelegate {
 
     function spoken(): string {
         let words = name
-        for (const word of [subtitle, ekip, unit, needsUnit ? L10n.selectUnit : ""])
+        for (const word of [subtitle, past, ekip, unit, needsUnit ? L10n.selectUnit : ""])
             words += word ? ", " + word : ""
         return words
     }
@@ -144,10 +145,11 @@ T.ItemDelegate {
             AppText {
                 id: pathText
                 width: parent.width
-                text: row.path
+                // Where a card lies is less than that it was copied.
+                text: row.past || row.path
                 font.pixelSize: DITTheme.caption2
-                color: DITTheme.tertiary
-                elide: Text.ElideMiddle
+                color: row.past ? DITTheme.secondary : DITTheme.tertiary
+                elide: row.past ? Text.ElideRight : Text.ElideMiddle
                 Accessible.ignored: true
             }
         }

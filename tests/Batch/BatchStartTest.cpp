@@ -143,6 +143,7 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
         desk.copy();
         const auto& pair = result().pairs.at(0);
         EXPECT_EQ(pair.status, OutcomeStatus::Failed);
+        EXPECT_EQ(pair.sessionRoot.empty(), !testCase.isDuringRun) << "where the half of it lies";
         std::vector<std::string> sentences = {pair.message};
         for (const auto& problem : pair.problems)
             sentences.push_back(problem.text(L10n(AppLanguage::English)));

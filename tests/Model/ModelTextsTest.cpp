@@ -150,19 +150,20 @@ TEST(SpaceCheck, WantsRoomForAllCardsOnEachDestination) {
     struct Case {
         std::int64_t total;
         std::vector<std::int64_t> free;
-        std::int64_t asked;
+        std::optional<std::int64_t> asked;
         std::optional<std::int64_t> needed;
     };
     const std::vector<Case> cases = {
-        {0, {1}, 0, std::nullopt},
-        {1'000'000'000, {1'010'000'000}, 0, std::nullopt},
-        {1'000'000'000, {2'000'000'000, 1'009'999'999}, 0, 1'010'000'000},
+        {0, {1}, {}, std::nullopt},
+        {1'000'000'000, {1'010'000'000}, {}, std::nullopt},
+        {1'000'000'000, {2'000'000'000, 1'009'999'999}, {}, 1'010'000'000},
         // The disk was emptied since it was looked at.
         {1'000'000'000, {5}, 2'000'000'000, std::nullopt},
-        {838'860'799, {838'860'799 + 8'388'607}, 0, 838'860'799 + 8'388'608},
-        {838'860'800, {838'860'800 + 8'388'608}, 0, std::nullopt},
+        {838'860'799, {838'860'799 + 8'388'607}, {}, 838'860'799 + 8'388'608},
+        {838'860'800, {838'860'800 + 8'388'608}, {}, std::nullopt},
         {1'000, {0}, 999, 1'000 + 8'388'608},
-        {1'000, {0}, 0, std::nullopt},
+        {1'000, {0}, {}, std::nullopt},
+        {1'000, {0}, 0, 1'000 + 8'388'608}, // full, not unknown
     };
     for (const auto& testCase : cases) {
         std::vector<ClassifiedVolume> destinations;

@@ -56,6 +56,10 @@ TEST(SessionHistory, FindsSessionsAndReadsTheirCopiesAgain) {
     Desk::waitUntil([&] { return desk.shown.size() == 1 && desk.opened.size() == 2; });
     const auto root = desk.shown.back();
     EXPECT_EQ(desk.opened.back().filename(), "Reports_Standart.html");
+    std::filesystem::remove(desk.opened.back());
+    history->showReport();
+    Desk::waitUntil([&] { return desk.shown.size() == 2; });
+    EXPECT_EQ(desk.opened.size(), 2u) << "the archive's folder instead";
 
     writeFile(root / "a.mov", "A");
     std::filesystem::remove(root / "b.mov");

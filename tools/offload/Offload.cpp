@@ -1,6 +1,5 @@
 #include "Offload.h"
 
-#include "Offload/OffloadError.h"
 #include "Offload/PathSize.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
@@ -72,7 +71,7 @@ std::vector<PairResult> Offload::run(std::stop_token stop) noexcept {
             loop_.exec();
         }
     } catch (const std::exception& failure) {
-        display_.note(texts_.shared.failed(describe(failure, texts_.shared)));
+        display_.note(texts_.shared.failed(describe(failure)));
     }
     return results_;
 }

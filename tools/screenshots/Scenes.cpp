@@ -98,7 +98,7 @@ void playSeenBefore(Stage& stage) {
     stage.playReady();
     stage.plugInCard("A009", 118.2 * kGB, "1A2B-3C4D");
     Desk::waitUntil(
-        [&] { return stage.model()->cards()->rows().back().subtitle.contains("RAID"); });
+        [&] { return stage.model()->cards()->rows().back().past.contains("RAID"); });
 }
 
 std::function<void(Stage&)> failing(Kind kind, const std::string& subject, int code = 0,
@@ -106,7 +106,7 @@ std::function<void(Stage&)> failing(Kind kind, const std::string& subject, int c
     return [=](Stage& stage) {
         stage.playReady();
         const auto words = stage.model()->state().l10n();
-        stage.fail({{kind, subject, code == 0 ? "" : reasonOf(code, words)}}, failure);
+        stage.fail({{kind, subject, code == 0 ? "" : reasonOf(code, words), code}}, failure);
     };
 }
 

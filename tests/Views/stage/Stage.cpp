@@ -191,7 +191,7 @@ void Stage::fail(int unreadFolders) {
     std::vector<OffloadProblem> problems;
     for (int folder = 1; folder <= unreadFolders; ++folder)
         problems.push_back({OffloadProblem::Kind::FolderNotRead, "CLIPS" + std::to_string(folder),
-                            reasonOf(EIO, model()->state().l10n())});
+                            reasonOf(EIO, model()->state().l10n()), EIO});
     fail(std::move(problems));
 }
 
