@@ -50,8 +50,8 @@ CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
 void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     result.runStatus = outcome.status;
     result.sessionRoot = outcome.sessionRoot;
+    result.filesDone = countRows(outcome, VerifyStatus::Verified);
     if (outcome.status == OutcomeStatus::Verified) {
-        result.filesDone = countRows(outcome, VerifyStatus::Verified);
         result.bytesDone = outcome.bytesCopied;
     } else if (outcome.status == OutcomeStatus::Hashed) {
         result.filesDone = countRows(outcome, VerifyStatus::Hashed);

@@ -21,13 +21,18 @@ std::chrono::seconds rounded(std::chrono::duration<double> duration) {
 } // namespace
 
 std::optional<std::chrono::seconds> TimeLeft::update(const OffloadPhase& phase, Time now) {
-    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
-        return whileCopying(copying->fraction, now);
-    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase))
-        return whileVerifying(verifying->fraction, now);
-    copyStart_.reset();
-    verificationStart_.reset();
-    return std::nullopt;
+    const auto* const copying = std::get_if<Phase::Copying>(&phase);
+    const auto* const verifying = std::get_if<Phase::Verifying>(&phase);
+    if (!copying && !verifying) {
+        *this = {};
+        return std::nullopt;
+    }
+    if (!start_)
+        start_ = now;
+    const auto left =
+        copying ? whileCopying(copying->fraction, now) : whileVerifying(verifying->fraction, now);
+    // The first moments promise anything.
+    return now - *start_ < kLeastTime ? std::nullopt : left;
 }
 
 std::optional<std::chrono::seconds> TimeLeft::whileCopying(double fraction, Time now) {
@@ -59,9 +64,6 @@ void BatchTimeLeft::beginPair(std::size_t pair, Time now) {
 
 std::optional<std::chrono::seconds> BatchTimeLeft::update(const OffloadPhase& phase, Time now) {
     const auto left = ofPair_.update(phase, now);
-    // The first moments of a pair promise anything.
-    if (now - pairStart_ < kLeastTime)
-        return std::nullopt;
     if (!left || pair_ >= bytesOfPairs_.size())
         return left;
     const std::chrono::duration<double> whole = now - pairStart_ + *left;

@@ -23,6 +23,8 @@ private:
     std::optional<std::chrono::seconds> whileCopying(double fraction, Time now);
     std::optional<std::chrono::seconds> whileVerifying(double fraction, Time now);
 
+    /// Of the first phase that moves.
+    std::optional<Time> start_;
     std::optional<Time> copyStart_;
     std::optional<Time> verificationStart_;
 };

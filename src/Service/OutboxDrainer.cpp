@@ -159,7 +159,7 @@ OutboxDrainer::OutboxDrainer(AppDatabase& database, HttpSession::Limits limits,
     : database_(database), limits_(limits), lockPatience_(lockPatience) {}
 
 QCoro::Task<void> OutboxDrainer::drain(std::optional<SaaSProfile> profile) const {
-    if (!profile || profile->accountID.empty() || profile->saasAPIURL.empty())
+    if (!profile || !profile->canBeReached())
         co_return;
     DirectSaaSClient client{.profile = std::move(*profile), .limits = limits_};
     co_await drainInTurn(database_, std::move(client), lockPatience_);

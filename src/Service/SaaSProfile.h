@@ -13,6 +13,9 @@ struct SaaSProfile {
     std::string saasAPIURL;
     std::string presenceToken;
 
+    /// Without an account or an address nothing is ever sent.
+    bool canBeReached() const { return !accountID.empty() && !saasAPIURL.empty(); }
+
     friend bool operator==(const SaaSProfile&, const SaaSProfile&) = default;
 };
 

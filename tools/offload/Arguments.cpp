@@ -2,6 +2,7 @@
 
 #include "ExitCodes.h"
 #include "Platform/AppInfo.h"
+#include "UsageFailure.h"
 
 #include <CLI/CLI.hpp>
 
@@ -16,8 +17,12 @@ constexpr const char* kDescription =
 
 constexpr const char* kFooter =
     "--to takes one destination; every word without an option is a card. A card with a camera and\n"
-    "a crew of its own is named CARD=CAMERA,CREW.\n\n"
-    "Standard output gets one line per pair: STATUS<TAB>SESSION_ROOT<TAB>REPORT_FOLDER.\n"
+    "a crew of its own is named CARD=CAMERA,CREW. An empty folder, or one that has report sets as "
+    "a\n"
+    "destination does, is a card only when it is named so; so is an empty disk beside other "
+    "cards.\n\n"
+    "Standard output gets one line per pair, with tabs between its fields:\n"
+    "STATUS SESSION_ROOT REPORT_FOLDER CARD DEST.\n"
     "Exit status: 0 all verified or hashed, 1 an offload failed, 2 wrong usage, 130 interrupted.";
 
 std::vector<std::string> rawLanguages() {
@@ -79,6 +84,7 @@ void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
 std::variant<Arguments, ExitCode> parseArguments(int count, const char* const* words) {
     CLI::App program(kDescription, "slatewise-offload");
     program.footer(kFooter);
+    tellUsageFailuresPlainly(program);
     Arguments arguments;
     Typed typed;
     declareOptions(program, arguments, typed);

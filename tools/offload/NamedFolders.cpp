@@ -1,5 +1,7 @@
 #include "NamedFolders.h"
 
+#include "Offload/TreeWalker.h"
+#include "Platform/Disks/MountTable.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -45,13 +47,28 @@ NamedFolder cardNamed(const std::string& typed) {
     if (comma == std::string::npos || typed.find('/', sign) != std::string::npos || isThere(typed))
         return unseen(typed, VolumeKind::CameraCard);
     auto card = unseen(typed.substr(0, sign), VolumeKind::CameraCard);
+    card.isSurelyCard = true;
     card.camera = typed.substr(sign + 1, comma - sign - 1);
     card.crew = typed.substr(comma + 1);
     return card;
 }
 
-bool hasNoEntries(const std::filesystem::path& folder) {
-    return std::filesystem::directory_iterator(folder) == std::filesystem::directory_iterator();
+bool isEmpty(const std::filesystem::path& folder) {
+    return std::all_of(
+        begin(std::filesystem::directory_iterator(folder)), {}, [](const auto& entry) {
+            const auto name = entry.path().filename().native();
+            return name == "lost+found" ||
+                   TreeWalker::shouldSkip(name, name, TreeWalker::defaultSkipNames());
+        });
+}
+
+bool hasReportSets(const std::filesystem::path& folder) {
+    const auto reports = ReportFolder::destinationReportsRoot(folder);
+    return std::filesystem::is_directory(reports) &&
+           std::any_of(begin(std::filesystem::directory_iterator(reports)), {},
+                       [](const auto& set) {
+                           return std::filesystem::exists(set.path() / "manifest.json");
+                       });
 }
 
 /// Blocks as long as the disk does.
@@ -63,9 +80,9 @@ void look(NamedFolder& folder) {
         if (folder.isNoFolder)
             return;
         const auto kind = folder.volume.kind;
-        folder.looksLikeDestination =
-            hasNoEntries(path) ||
-            std::filesystem::is_directory(ReportFolder::destinationReportsRoot(path));
+        folder.isVolume = MountTable::at(MountTable::read(), path) != nullptr;
+        folder.isEmpty = isEmpty(path);
+        folder.hasReportSets = hasReportSets(path);
         folder.volume = pickedFolder(DiskUtilClient::facts(path), path, kind);
     } catch (const std::filesystem::filesystem_error& failure) {
         folder.obstacle = named.native() + ": " + failure.code().message();
@@ -138,7 +155,22 @@ std::optional<std::string> NamedFolders::misuse(const Texts& texts) const {
             known.push_back(path);
         }
     }
+    const auto empty = std::find_if(cards.begin(), cards.end(), [&](const auto& card) {
+        const bool mayBeCard = card.isSurelyCard || (card.isVolume && cards.size() == 1);
+        return card.isEmpty && !mayBeCard;
+    });
+    if (empty != cards.end())
+        return texts.emptyCard(empty->volume.facts.mountPoint.native());
     return std::nullopt;
+}
+
+std::optional<std::string> NamedFolders::misplacedDestination(const Texts& texts) const {
+    const auto found = std::find_if(cards.begin(), cards.end(), [](const auto& card) {
+        return card.hasReportSets && !card.isSurelyCard;
+    });
+    if (found == cards.end())
+        return std::nullopt;
+    return texts.looksLikeDestination(found->volume.facts.mountPoint.native());
 }
 
 } // namespace slatewise::tool

@@ -21,6 +21,8 @@ struct NamedFolder {
     /// Of a card, where the command line names them for it alone.
     std::string camera{};
     std::string crew{};
+    /// It was named as CARD=CAMERA,CREW, which is nothing but a card.
+    bool isSurelyCard = false;
 
     bool hasOwnWords() const { return !camera.empty() || !crew.empty(); }
 
@@ -28,8 +30,12 @@ struct NamedFolder {
     std::optional<std::string> obstacle{};
     /// It is something else than a folder, which no plugging in mends.
     bool isNoFolder = false;
-    /// There are report sets in it, or nothing at all, as on a disk that cards are copied to.
-    bool looksLikeDestination = false;
+    /// A disk or a share is mounted right there.
+    bool isVolume = false;
+    /// Nothing lies in it but what file systems and desktops put there.
+    bool isEmpty = false;
+    /// There are report sets in it, as on a disk that cards were copied to.
+    bool hasReportSets = false;
 };
 
 struct NamedFolders {
@@ -37,8 +43,12 @@ struct NamedFolders {
     std::vector<NamedFolder> destinations;
 
     /// What makes no sense however the disks behave: a file, a folder that is named twice, a card
-    /// that is a destination too.
+    /// that is a destination too, a folder with nothing in it for a card. A volume with nothing in
+    /// it may be a card, when there is no other that might be meant.
     std::optional<std::string> misuse(const Texts& texts) const;
+
+    /// A card that is to all appearance a destination without its "--to".
+    std::optional<std::string> misplacedDestination(const Texts& texts) const;
 };
 
 /// Looks at everything that the command line names, at each on a thread of its own: one that does

@@ -3,6 +3,7 @@
 #include "Offload/PathSize.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
+#include "Platform/Worker.h"
 #include "Service/OutboxDrainer.h"
 #include "Service/ServiceProfileFile.h"
 #include "Storage/AppDatabase.h"
@@ -120,7 +121,8 @@ void Offload::begin() {
     const auto whole = plan();
     pairs_ = whole.pairs();
     BatchListener& listener = *this;
-    batch_ = std::make_shared<Batch>(whole, BatchSurroundings(), openUserStore(), listener);
+    store_ = openUserStore();
+    batch_ = std::make_shared<Batch>(whole, BatchSurroundings(), store_, listener);
     batch_->start();
     if (stop_.stop_requested())
         cancel();
@@ -138,7 +140,8 @@ void Offload::batchBegan(const BatchPlan& plan) {
 }
 
 void Offload::pairBegan(const BatchPair& pair) {
-    display_.setLabel(pairLabel(pair));
+    label_ = pairLabel(pair);
+    display_.setLabel(label_);
 }
 
 void Offload::phaseChanged(const OffloadPhase& phase) {
@@ -148,7 +151,7 @@ void Offload::phaseChanged(const OffloadPhase& phase) {
 void Offload::problemFound(const OffloadProblem& problem) {
     // What the offload failed by is told with its end.
     if (problem.severity() == OffloadProblem::Severity::Note)
-        display_.note(problem.text(texts_.shared));
+        display_.note(sentence(label_, problem.text(texts_.shared)));
 }
 
 void Offload::pairEnded(const BatchPair& pair, const PairResult& result) {
@@ -189,8 +192,9 @@ void Offload::tellOfFailure(const std::string& label, const PairResult& result) 
         display_.note(sentence(label, texts_.advice(kind)));
     }
     if (!result.sessionRoot.empty() && !isCopyComplete && !order_.settings.verifyOnly) {
-        display_.note(sentence(
-            label, texts_.leftOnDestination(Text::displayable(result.sessionRoot.native()))));
+        display_.note(
+            sentence(label, texts_.leftOnDestination(Text::displayable(result.sessionRoot.native()),
+                                                     result.filesDone)));
     }
 }
 
@@ -207,11 +211,27 @@ void Offload::batchEnded(const BatchResult& result) {
 QCoro::Task<> Offload::waitForService() {
     if (!stop_.stop_requested()) {
         const auto waiting = OutboxDrainer::waitForAll(kServicePatience);
-        const bool isAllSent = co_await waiting;
-        if (!isAllSent)
+        const bool isAllTried = co_await waiting;
+        const auto asking = areReportsWaiting();
+        if (!isAllTried || co_await asking)
             display_.note(texts_.reportsStillWait());
     }
     loop_.quit();
+}
+
+/// The service may have refused them, and another program may have kept the outbox to itself.
+QCoro::Task<bool> Offload::areReportsWaiting() const {
+    const auto profile = ServiceProfileFile(SupportPaths::applicationSupport()).current();
+    if (!profile || !profile->canBeReached())
+        co_return false;
+    try {
+        const auto listing = onWorker([store = *store_] { return store.pendingOutboxIDs(); });
+        const auto pending = co_await listing;
+        co_return !pending.empty();
+    } catch (const std::exception&) {
+        // A store that does not answer has told of itself.
+        co_return false;
+    }
 }
 
 } // namespace slatewise::tool

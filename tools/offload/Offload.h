@@ -50,6 +50,7 @@ private:
     BatchPlan plan() const;
     void answerForUnusable();
     QCoro::Task<> waitForService();
+    QCoro::Task<bool> areReportsWaiting() const;
 
     void batchBegan(const BatchPlan& plan) override;
     void pairBegan(const BatchPair& pair) override;
@@ -64,11 +65,14 @@ private:
     ProgressDisplay& display_;
     QEventLoop loop_;
     std::stop_token stop_;
+    std::shared_ptr<AppDatabase> store_;
     std::shared_ptr<Batch> batch_;
     std::vector<BatchPair> pairs_;
     std::vector<PairResult> results_;
     /// Which of the results each pair of the batch is.
     std::vector<std::size_t> places_;
+    /// Names the pair at work.
+    std::string label_;
     /// How many of the batch's pairs have ended.
     std::size_t ended_ = 0;
 };

@@ -27,19 +27,40 @@ std::string Texts::doesNotAnswer(std::string_view path) const {
 
 std::string Texts::looksLikeDestination(std::string_view path) const {
     return fmt::format(
-        fmt::runtime(choose("Note: {} is taken for a card but looks like a destination. --to takes "
-                            "one destination; write --to before each.",
-                            "Not: {} kart sayılıyor ama hedefe benziyor. --to tek bir hedef alır; "
-                            "her hedeften önce --to yazın.")),
+        fmt::runtime(choose("{0} is given as a card but has report sets, as a destination does. If "
+                            "it is one, write --to {0}; if it is a card, {0}=CAMERA,CREW.",
+                            "{0} kart olarak verilmiş ama bir hedef gibi rapor takımları var. "
+                            "Hedefse --to {0}, kartsa {0}=KAMERA,EKİP yazın.")),
         path);
 }
 
-std::string Texts::wordsInUse(std::string_view card, std::string_view camera,
-                              std::string_view crew) const {
+std::string Texts::emptyCard(std::string_view path) const {
+    return fmt::format(fmt::runtime(choose(
+                           "{0} is given as a card but is empty. If its card is not mounted, mount "
+                           "it; if it is a destination, write --to {0}; if an empty card, "
+                           "{0}=CAMERA,CREW.",
+                           "{0} kart olarak verilmiş ama boş. Kartı bağlı değilse bağlayın; "
+                           "hedefse --to {0}, boş bir kartsa {0}=KAMERA,EKİP yazın.")),
+                       path);
+}
+
+std::string Texts::emptyVolume(std::string_view path) const {
+    return fmt::format(fmt::runtime(choose("Note: {} is empty; there is nothing to copy.",
+                                           "Not: {} boş; kopyalanacak bir şey yok.")),
+                       path);
+}
+
+std::string Texts::wordsInUse(std::string_view card, const Word& camera, const Word& crew) const {
+    const auto described = [this](const Word& word) {
+        return word.isNamed ? word.inPath
+                            : fmt::format(fmt::runtime(choose("not named ({} in the path)",
+                                                              "belirtilmedi (yolda {})")),
+                                          word.inPath);
+    };
     return fmt::format(
-        fmt::runtime(choose("{}: camera {}, crew {}. --camera and --crew name others.",
-                            "{}: kamera {}, ekip {}. --camera ve --crew başkasını belirler.")),
-        card, camera, crew);
+        fmt::runtime(choose("{}: camera {}, crew {}. --camera and --crew name them.",
+                            "{}: kamera {}, ekip {}. --camera ve --crew bunları belirler.")),
+        card, described(camera), described(crew));
 }
 
 std::string Texts::ownWords(std::string_view card, std::string_view camera,
@@ -66,7 +87,15 @@ std::string_view Texts::notBegun() const {
     return choose("Not begun.", "Başlanmadı.");
 }
 
-std::string Texts::leftOnDestination(std::string_view sessionRoot) const {
+std::string Texts::leftOnDestination(std::string_view sessionRoot, int filesProved) const {
+    if (filesProved > 0) {
+        return fmt::format(
+            fmt::runtime(choose("What was copied until then stays, but not all of it is verified "
+                                "(files that are: {}): {}",
+                                "O ana kadar kopyalananlar duruyor, ama tümü doğrulanmadı "
+                                "(doğrulanan dosya: {}): {}")),
+            filesProved, sessionRoot);
+    }
     return fmt::format(
         fmt::runtime(choose("What was copied until then stays, but is not verified: {}",
                             "O ana kadar kopyalananlar duruyor, ama doğrulanmadı: {}")),
@@ -74,8 +103,9 @@ std::string Texts::leftOnDestination(std::string_view sessionRoot) const {
 }
 
 std::string_view Texts::reportsStillWait() const {
-    return choose("The service did not answer; its reports wait and are sent at the next start.",
-                  "Servis yanıt vermedi; bildirimler bekliyor ve bir sonraki açılışta "
+    return choose("The service has not taken every report; those wait and are sent at the next "
+                  "start.",
+                  "Servis tüm bildirimleri almadı; kalanlar bekliyor ve bir sonraki açılışta "
                   "gönderilecek.");
 }
 

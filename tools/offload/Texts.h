@@ -21,9 +21,15 @@ public:
     std::string cardAndDestination(std::string_view path) const;
     std::string doesNotAnswer(std::string_view path) const;
     std::string looksLikeDestination(std::string_view path) const;
-    /// The words that stand for a card in its path.
-    std::string wordsInUse(std::string_view card, std::string_view camera,
-                           std::string_view crew) const;
+    std::string emptyCard(std::string_view path) const;
+    std::string emptyVolume(std::string_view path) const;
+
+    /// What stands for the camera or the crew of a card.
+    struct Word {
+        std::string inPath;
+        bool isNamed = true;
+    };
+    std::string wordsInUse(std::string_view card, const Word& camera, const Word& crew) const;
 
     /// The words that the command line gives to a card alone.
     std::string ownWords(std::string_view card, std::string_view camera,
@@ -38,7 +44,8 @@ public:
     // What became of it.
 
     std::string_view notBegun() const;
-    std::string leftOnDestination(std::string_view sessionRoot) const;
+    /// So many files there are proved though the run failed.
+    std::string leftOnDestination(std::string_view sessionRoot, int filesProved) const;
     std::string_view reportsStillWait() const;
     std::string moreProblems(std::size_t count) const;
     /// What to do after a failure; without a kind, after any.

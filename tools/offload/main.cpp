@@ -16,10 +16,18 @@ namespace {
 using namespace slatewise;
 
 /// Gives whether whoever reads the results has got them.
-bool print(const std::vector<PairResult>& results) {
-    for (const auto& result : results) {
-        std::cout << rawValue(result.status) << '\t' << Text::visible(result.sessionRoot.native())
-                  << '\t' << Text::visible(result.reportFolder.native()) << '\n';
+bool print(const std::vector<PairResult>& results, const tool::NamedFolders& folders) {
+    auto result = results.begin();
+    for (const auto& card : folders.cards) {
+        for (const auto& destination : folders.destinations) {
+            std::cout << rawValue(result->status);
+            for (const auto* path :
+                 {&result->sessionRoot, &result->reportFolder, &card.volume.facts.mountPoint,
+                  &destination.volume.facts.mountPoint})
+                std::cout << '\t' << Text::visible(path->native());
+            std::cout << '\n';
+            ++result;
+        }
     }
     return static_cast<bool>(std::cout.flush());
 }
@@ -64,8 +72,8 @@ void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
     for (const auto& card : order.folders.cards) {
         if (card.obstacle)
             continue;
-        if (card.looksLikeDestination)
-            display.inform(texts.looksLikeDestination(card.volume.facts.mountPoint.native()));
+        if (card.isEmpty && !card.isSurelyCard)
+            display.note(texts.emptyVolume(card.volume.facts.mountPoint.native()));
         FolderTemplate::Values values;
         values.destination = "/";
         values.camera = order.cameraOf(card);
@@ -75,7 +83,9 @@ void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
         if (card.hasOwnWords())
             display.inform(texts.ownWords(card.volume.facts.mountPoint.native(), camera, crew));
         else if (values.camera.empty() || values.ekip.empty())
-            display.inform(texts.wordsInUse(card.volume.name(), camera, crew));
+            display.inform(texts.wordsInUse(card.volume.name(),
+                                            {.inPath = camera, .isNamed = !values.camera.empty()},
+                                            {.inPath = crew, .isNamed = !values.ekip.empty()}));
     }
 }
 
@@ -97,7 +107,10 @@ int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
     if (isForArchiveAlone)
         arguments.destinations = {SupportPaths::reportsArchive(order.settings)};
     order.folders = tool::lookAt(arguments, texts, stop);
-    if (const auto misuse = order.folders.misuse(texts)) {
+    auto misuse = order.folders.misuse(texts);
+    if (!misuse && !arguments.hashOnly)
+        misuse = order.folders.misplacedDestination(texts);
+    if (misuse) {
         display.note(*misuse);
         return tool::kExitWrongUsage;
     }
@@ -107,8 +120,9 @@ int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
         // Where copies would go is of no interest where nobody asked for any.
         for (auto& result : results)
             result.sessionRoot.clear();
+        order.folders.destinations.front().volume.facts.mountPoint.clear();
     }
-    const int code = print(results) ? exitCode(results) : tool::kExitOffloadFailed;
+    const int code = print(results, order.folders) ? exitCode(results) : tool::kExitOffloadFailed;
     return code != tool::kExitSuccess && interruption.happened() ? tool::kExitInterrupted : code;
 }
 

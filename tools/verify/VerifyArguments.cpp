@@ -2,6 +2,7 @@
 
 #include "Platform/AppInfo.h"
 #include "offload/ExitCodes.h"
+#include "offload/UsageFailure.h"
 
 #include <CLI/CLI.hpp>
 
@@ -26,6 +27,7 @@ constexpr const char* kFooter =
 std::variant<VerifyArguments, ExitCode> parseVerifyArguments(int count, const char* const* words) {
     CLI::App program(kDescription, "slatewise-verify");
     program.footer(kFooter);
+    tellUsageFailuresPlainly(program);
     program.set_version_flag("--version",
                              std::string("slatewise-verify ") + std::string(AppInfo::version));
     std::vector<std::string> paths;

@@ -5,6 +5,7 @@
 #include "Platform/ProcessEnd.h"
 #include "Platform/Text.h"
 #include "Volumes/VolumeMonitor.h"
+#include "offload/UsageFailure.h"
 
 #include <CLI/CLI.hpp>
 
@@ -48,6 +49,7 @@ int follow(VolumesRoot root) {
 int list(int count, char** words) {
     const QCoreApplication application(count, words);
     CLI::App program(kDescription, "slatewise-volumes");
+    tool::tellUsageFailuresPlainly(program);
     program.set_version_flag("--version",
                              std::string("slatewise-volumes ") + std::string(AppInfo::version));
     std::string folder;
