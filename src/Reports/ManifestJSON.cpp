@@ -3,6 +3,9 @@
 #include "Offload/OffloadRowsJSON.h"
 #include "Platform/Json.h"
 
+#include <algorithm>
+#include <array>
+
 namespace slatewise {
 
 namespace {
@@ -105,6 +108,28 @@ SessionManifest manifestFrom(const Json::Value& object) {
     return manifest;
 }
 
+/// Lets the parser keep the four fields of the head, with no more than fields in them.
+bool belongsToHead(int depth, Json::Value::parse_event_t event, const Json::Value& parsed) {
+    using Event = Json::Value::parse_event_t;
+    constexpr std::array<std::string_view, 4> kHead = {"session_id", "started_at", "card",
+                                                       "destination"};
+    if (event == Event::key && depth == 1)
+        return std::find(kHead.begin(), kHead.end(), parsed.get_ref<const std::string&>()) !=
+               kHead.end();
+    const bool isNested = event == Event::object_start || event == Event::array_start;
+    return !isNested || depth < 2;
+}
+
+/// Calls `decode`, and tells of what is no manifest in our own words.
+template <typename Decode>
+SessionManifest decoded(Decode&& decode) {
+    try {
+        return decode();
+    } catch (const Json::Value::exception& failure) {
+        throw Error(std::string("not a session manifest: ") + failure.what());
+    }
+}
+
 } // namespace
 
 namespace ReportWriter {
@@ -141,11 +166,19 @@ void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put)
 }
 
 SessionManifest isoDecode(std::string_view text) {
-    try {
-        return manifestFrom(Json::Value::parse(text));
-    } catch (const Json::Value::exception& failure) {
-        throw Error(std::string("not a session manifest: ") + failure.what());
-    }
+    return decoded([&] { return manifestFrom(Json::Value::parse(text)); });
+}
+
+SessionManifest isoDecodeHead(std::string_view text) {
+    return decoded([&] {
+        const auto object = Json::Value::parse(text, belongsToHead);
+        SessionManifest manifest;
+        get(object, "session_id", manifest.sessionID);
+        get(object, "started_at", manifest.startedAt);
+        manifest.card = cardFrom(object.at("card"));
+        manifest.destination = destinationFrom(object.at("destination"));
+        return manifest;
+    });
 }
 
 } // namespace ReportWriter

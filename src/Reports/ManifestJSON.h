@@ -18,4 +18,8 @@ void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put)
 /// Reads what `isoEncode` or an older version wrote. Fails with `Error` when it is no manifest.
 SessionManifest isoDecode(std::string_view text);
 
+/// The session's id and start, its card and its destination, and nothing else. However many rows
+/// there are costs no memory, and what they say no failure. Fails as `isoDecode` does.
+SessionManifest isoDecodeHead(std::string_view text);
+
 } // namespace slatewise::ReportWriter

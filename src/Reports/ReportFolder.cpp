@@ -14,8 +14,9 @@ namespace {
 
 constexpr auto* kReports = "reports";
 
-/// More than the manifest of a million files comes to.
-constexpr std::int64_t kLargestManifestBytes = std::int64_t{1} << 30;
+/// What the manifest of some 300,000 files comes to. It may be a foreign disk's, and all of it is
+/// held in memory.
+constexpr std::int64_t kLargestManifestBytes = std::int64_t{256} << 20;
 
 constexpr std::size_t kPersonLimit = 24;
 constexpr std::size_t kCardLimit = 40;
@@ -73,18 +74,25 @@ bool claimOnDestination(const RootFolder& destination, const std::filesystem::pa
     }
 }
 
+bool isFolder(const RootFolder& root, const std::string& name) {
+    try {
+        return root.attributes(name).type == FileSystem::ItemType::Folder;
+    } catch (const PosixError&) {
+        return false;
+    }
+}
+
 /// The folders in `root` that bear a session's id, in the order of their names.
 std::vector<std::string> opaqueFolders(const RootFolder& root) {
     auto names = root.names();
     std::erase_if(names, [&](const std::string& name) {
-        return !isOpaqueSessionID(name) ||
-               root.attributes(name).type != FileSystem::ItemType::Folder;
+        return !isOpaqueSessionID(name) || !isFolder(root, name);
     });
     return names;
 }
 
 void migrateFolder(const RootFolder& root, const std::string& folder) {
-    const auto manifest = ReportWriter::isoDecode(
+    const auto manifest = ReportWriter::isoDecodeHead(
         root.read(std::filesystem::path(folder) / "manifest.json", kLargestManifestBytes));
     const auto name = uniqueName(displayName(manifest.startedAt, manifest.card.ekip,
                                              manifest.card.camera, manifest.card.name),
