@@ -189,8 +189,8 @@ std::string L10n::reportUnproved(int files) const {
 }
 
 std::string L10n::reportMoreProblems(int count) const {
-    return isTurkish() ? fmt::format("ve {} sorun daha (manifest.json)", count)
-                       : fmt::format("and {} more (manifest.json)", count);
+    return isTurkish() ? fmt::format("ve {} sorun daha; tümü son sayfada", count)
+                       : fmt::format("and {} more; all are on the last page", count);
 }
 
 std::string L10n::destinationInsideCard(Text destination, Text card) const {

@@ -93,8 +93,10 @@ void HtmlReport::renderHeader(HtmlText& page, const SessionManifest& manifest) c
         .raw("</b></div>\n<div class=\"path\">")
         .raw("<span>");
     renderPath(page, manifest.card.mountPoint);
-    page.raw("</span><span class=\"sep\">→</span><span>");
-    renderPath(page, manifest.destination.sessionRoot);
+    if (!manifest.wasHashing()) {
+        page.raw("</span><span class=\"sep\">→</span><span>");
+        renderPath(page, manifest.destination.sessionRoot);
+    }
     page.raw("</span></div>\n<div class=\"counts\"><b>")
         .escaped(l10n_.folderCount(counts.folders))
         .raw("</b> · <b>")

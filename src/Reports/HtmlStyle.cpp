@@ -49,9 +49,9 @@ ul{list-style:none;margin:0;padding:0}
 .heads{position:sticky;top:0;z-index:1}
 .head{color:var(--title);text-transform:uppercase;background:var(--soft);border-bottom:1px solid var(--line)}
 .row{border-bottom:1px solid var(--hair)}
-summary.row{background:var(--folder);cursor:pointer;list-style:none}
+summary.row{background-color:var(--folder);cursor:pointer;list-style:none}
 summary.row::-webkit-details-marker{display:none}
-summary.row:hover,.file.row:hover{background:var(--hover)}
+summary.row:hover,.file.row:hover{background-color:var(--hover)}
 .name{display:flex}
 .label{min-width:0;text-align:left;unicode-bidi:isolate}
 summary.row .label{color:var(--accent-deep);font-weight:650;overflow-wrap:anywhere}
@@ -74,7 +74,7 @@ footer a{color:var(--accent-deep);text-decoration:none}
 summary.row,.file.row{display:flex;flex-wrap:wrap;align-items:baseline;gap:2px 14px}
 .row>.name.name.name{flex:1 0 100%;padding-left:0!important}
 .row>*{max-width:100%;text-align:left!important;padding-left:0!important}
-.file.row>:not(.name)::before{margin-right:6px;font:400 10px sans-serif;letter-spacing:0;color:var(--muted)}
+.file.row>:not(.name)::before{margin-right:6px;white-space:nowrap;font:400 10px sans-serif;letter-spacing:0;color:var(--muted)}
 .row>.num{flex-direction:row;align-items:baseline;gap:6px}
 .row .label{white-space:normal!important;overflow-wrap:anywhere}
 .row>.hash{flex:1 0 100%;white-space:normal;overflow-wrap:anywhere}
@@ -109,7 +109,7 @@ footer{break-inside:avoid;padding:6px 0 0;font-size:7px}
 )css";
 
 const std::string_view standard = R"css(
-:root{--line:#cfd3d8;--high:31px;--cols:minmax(160px,1.1fr) 110px 64px 84px minmax(170px,1fr) 92px 72px 42px minmax(280px,1.4fr)}
+:root{--line:#cfd3d8;--high:31px;--step:36px;--twist:36px;--room:96px;--cols:minmax(160px,1.1fr) 110px 64px 84px minmax(170px,1fr) 92px 72px 42px minmax(280px,1.4fr)}
 body{font-size:13px;line-height:1.3}
 .toolbar{gap:8px;margin-top:10px}
 .toolbar button{border-radius:8px;padding:5px 10px;font-size:12px}
@@ -117,10 +117,10 @@ body{font-size:13px;line-height:1.3}
 .head>*:not(.n),summary.row>*:not(.n),.file.row>*:not(.n){text-align:right}
 .head{font-size:11px;font-weight:650;letter-spacing:.02em}
 .name{align-items:center}
-summary.row .name{padding-left:min(calc(var(--d)*36px),calc(100% - 132px))}
-.twist{width:36px;font-size:42px;line-height:.85;text-align:center}
+summary.row .name{padding-left:min(calc(var(--d)*var(--step)),calc(100% - var(--twist) - var(--room)))}
+.twist{width:var(--twist);font-size:42px;line-height:.85;text-align:center}
 details:not([open])>summary .twist{transform:rotate(-90deg)}
-.file.row .name{font-weight:500;padding-left:min(calc(var(--d)*36px + 8px),calc(100% - 96px))!important}
+.file.row .name{font-weight:500;padding-left:min(calc(var(--d)*var(--step) + 8px),calc(100% - var(--room)))!important}
 .file.row .label{white-space:nowrap;overflow:hidden;text-overflow:ellipsis}
 .file.row:hover .label{min-width:max-content;background:var(--hover);position:relative}
 .tc,.dur,.fps,.df{font-variant-numeric:tabular-nums;white-space:nowrap}
@@ -129,23 +129,34 @@ details:not([open])>summary .twist{transform:rotate(-90deg)}
 .hash{font-size:11px}
 footer{gap:8px;padding:12px 14px;font-size:12px}
 footer a:hover{text-decoration:underline}
+@media screen and (min-width:900px){
+summary.row,.file.row{background-image:repeating-linear-gradient(90deg,var(--line) 0 1px,transparent 1px var(--step));background-repeat:no-repeat;background-position:calc(12px + var(--twist)/2) 0;background-size:min(calc(var(--d)*var(--step)),10vw) 100%}
+}
+@media screen and (min-width:900px) and (max-width:1599px){
+:root{--step:18px}
+}
+@media screen and (hover:none){
+.file.row .label{white-space:normal;overflow:visible;overflow-wrap:anywhere}
+}
 @media screen and (min-width:900px) and (max-width:1189px){
-:root{--cols:minmax(160px,1.1fr) 110px 64px 84px minmax(170px,1fr) 92px 72px 42px;--high:46px}
+:root{--step:12px;--twist:22px;--room:60px;--cols:minmax(160px,1.1fr) 110px 64px 84px minmax(170px,1fr) 92px 72px 42px;--high:46px}
 .head>:last-child{display:none}
 summary.row>:last-child{display:none}
-.file.row>:last-child{grid-column:1/-1;text-align:left!important;padding-left:min(calc(var(--d)*36px + 8px),25%)}
+.file.row>:last-child{grid-column:1/-1;text-align:left!important;padding-left:min(calc(var(--d)*var(--step) + 8px),25%)}
+.twist{font-size:26px}
+.file.row .label,.file.row:hover .label{min-width:0;white-space:normal;overflow:visible;overflow-wrap:anywhere}
 }
 @media screen and (max-width:899px){
-:root{--high:94px}
-.twist{width:22px;font-size:26px}
+:root{--high:94px;--twist:22px}
+.twist{font-size:26px}
 .row>:nth-child(7){font-size:inherit;letter-spacing:0;word-spacing:0}
 }
 @media print{
-:root{--cols:minmax(0,1fr) 86px 48px 64px 136px 64px 66px 24px 172px}
+:root{--twist:14px;--cols:minmax(0,1fr) 86px 48px 64px 136px 64px 66px 24px 172px}
 body{font-size:9px}
 .head,summary.row,.file.row{gap:8px;padding:3px 4px}
 .head{font-size:8px}
-.twist{width:14px;font-size:16px}
+.twist{font-size:16px}
 summary.row .name{padding-left:min(calc(var(--d)*12px),calc(100% - 90px))}
 .file.row .name{padding-left:min(calc(var(--d)*12px + 2px),calc(100% - 80px))!important}
 .file.row .label{white-space:normal;overflow:visible;overflow-wrap:anywhere}

@@ -4,6 +4,7 @@
 #include "Platform/AppInfo.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
+#include "Reports/PdfProblems.h"
 #include "Reports/SessionSummary.h"
 
 #include <fmt/format.h>
@@ -30,7 +31,6 @@ constexpr PdfColor kGrey = PdfColor::grey(0.45);
 constexpr PdfColor kGreen = {0.09, 0.44, 0.23};
 constexpr PdfColor kBlue = {0.09, 0.36, 0.83};
 constexpr PdfColor kRed = {0.71, 0.14, 0.09};
-constexpr PdfColor kAmber = {0.54, 0.33, 0};
 
 /// There is no document. `what()` keeps the cause.
 class PdfError : public Error {
@@ -86,35 +86,6 @@ void drawAroundArrow(PdfCanvas& canvas, std::string_view before, std::string_vie
     canvas.draw(after, place, style);
 }
 
-struct ColouredLine {
-    std::string text;
-    TextStyle style;
-};
-
-/// What went wrong and what is noted, each on a line of its own and the last ones as a number; a
-/// single sentence may take all the room.
-std::vector<ColouredLine> problemLines(PdfCanvas& canvas, const SessionManifest& manifest,
-                                       const L10n& l10n, std::size_t room) {
-    std::vector<ColouredLine> sentences;
-    for (const auto& problem : manifest.problems)
-        sentences.push_back({problem, system(6.8, FontWeight::Semibold, kRed)});
-    for (const auto& note : manifest.notes)
-        sentences.push_back({note, system(6.8, FontWeight::Semibold, kAmber)});
-    if (sentences.size() == 1) {
-        std::vector<ColouredLine> lines;
-        const auto& [text, style] = sentences.front();
-        for (auto& line : canvas.wrapped(text, style, kRightHalf.width, room))
-            lines.push_back({std::move(line), style});
-        return lines;
-    }
-    if (sentences.size() > room) {
-        const auto hidden = static_cast<int>(sentences.size() - room + 1);
-        sentences.resize(room);
-        sentences.back().text = l10n.reportMoreProblems(hidden);
-    }
-    return sentences;
-}
-
 } // namespace
 
 void write(const SessionManifest& manifest, const std::filesystem::path& file, AppLanguage language,
@@ -139,6 +110,8 @@ void drawLine(PdfCanvas& canvas, std::string_view text, const TextColumn& column
 
 void drawRoute(PdfCanvas& canvas, const SessionManifest& manifest, const TextColumn& column,
                double top, const TextStyle& style) {
+    if (manifest.wasHashing())
+        return drawLine(canvas, manifest.card.mountPoint, column, top, style);
     drawAroundArrow(canvas, manifest.card.mountPoint, kArrowBetween,
                     manifest.destination.sessionRoot, lineAt(column, top, style), style);
 }
@@ -146,8 +119,9 @@ void drawRoute(PdfCanvas& canvas, const SessionManifest& manifest, const TextCol
 void drawWrappedRoute(PdfCanvas& canvas, const SessionManifest& manifest, const TextColumn& column,
                       double top, double lineHeight, std::size_t maximumLines,
                       const TextStyle& style) {
-    const auto route =
-        manifest.card.mountPoint + std::string(kArrowBetween) + manifest.destination.sessionRoot;
+    auto route = manifest.card.mountPoint;
+    if (!manifest.wasHashing())
+        route += std::string(kArrowBetween) + manifest.destination.sessionRoot;
     bool hasArrow = false;
     for (const std::string_view line : canvas.wrapped(route, style, column.width, maximumLines)) {
         const auto arrow = hasArrow ? std::string_view::npos : line.find(kArrow);
@@ -200,8 +174,6 @@ void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const L10n&
     constexpr auto kWord = system(10, FontWeight::Bold, kWhite);
     constexpr auto kMeaning = system(7.5, FontWeight::Medium, kWhite);
     constexpr auto kFacts = system(6.8, FontWeight::Regular, mainText);
-    constexpr double kLineHeight = 8.2;
-    constexpr std::size_t kProblemLines = 2;
 
     const auto summary = SessionSummary::of(manifest, l10n);
     canvas.fill({kRightHalf.left, top - kHeight, kRightHalf.width, kHeight},
@@ -220,10 +192,7 @@ void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const L10n&
     auto facts = lineAt(kRightHalf, top, kFacts);
     facts.fit = TextFit::NarrowThenCut;
     canvas.draw(onOneLine(summary.identity), facts, kFacts);
-    for (const auto& line : problemLines(canvas, manifest, l10n, kProblemLines)) {
-        top -= kLineHeight;
-        drawLine(canvas, line.text, kRightHalf, top, line.style);
-    }
+    drawProblems(canvas, problemsInHead(canvas, manifest, l10n, kRightHalf.width), kRightHalf, top);
 }
 
 void drawTotals(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top) {

@@ -55,8 +55,8 @@ struct TextColumn {
 void drawLine(PdfCanvas& canvas, std::string_view text, const TextColumn& column, double top,
               const TextStyle& style);
 
-/// "/media/A001  →  /disk/A001", the arrow in the accent colour. When both have no room each gets
-/// at least half of it.
+/// "/media/A001  →  /disk/A001", the arrow in the accent colour; the card alone when nothing was to
+/// be copied. When both have no room each gets at least half of it.
 void drawRoute(PdfCanvas& canvas, const SessionManifest& manifest, const TextColumn& column,
                double top, const TextStyle& style);
 

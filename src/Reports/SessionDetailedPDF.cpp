@@ -5,6 +5,7 @@
 #include "Platform/AppInfo.h"
 #include "Platform/Text.h"
 #include "Reports/EssenceText.h"
+#include "Reports/PdfProblems.h"
 #include "Reports/PdfReport.h"
 #include "Reports/ReportText.h"
 
@@ -382,12 +383,20 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
         const auto widths = columnWidths();
         const auto pages = paged(heights);
         std::span<const Line> rest = lines;
-        PageNumber page{.number = 1, .count = pages.size()};
+        const auto problems = problemPages(canvas, manifest, rowOf.l10n, kTextColumn.width);
+        PageNumber page{.number = 1, .count = pages.size() + problems.size()};
         for (const auto count : pages) {
             canvas.beginPage();
             drawPage(manifest, rowOf(rest.first(count)), widths, page, language, canvas);
             canvas.endPage();
             rest = rest.subspan(count);
+            ++page.number;
+        }
+        for (const auto& list : problems) {
+            canvas.beginPage();
+            drawLaterHeader(rowOf.l10n, canvas);
+            drawFoot(canvas, page, drawProblems(canvas, list, kTextColumn, kLaterTableTop));
+            canvas.endPage();
             ++page.number;
         }
     });

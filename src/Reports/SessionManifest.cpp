@@ -9,6 +9,10 @@ std::string displayDuration(const ManifestFile& file) {
     return text.empty() ? "—" : text;
 }
 
+bool SessionManifest::wasHashing() const {
+    return counts.filesHashed > 0 || status == OutcomeStatus::Hashed;
+}
+
 std::int64_t SessionManifest::bytesHandled() const {
     if (counts.filesHashed == 0)
         return counts.bytesCopied;

@@ -79,6 +79,9 @@ struct SessionManifest {
     /// In the outcome's order.
     std::vector<ManifestFile> files;
 
+    /// Nothing was to be copied, so there is no folder of the session.
+    bool wasHashing() const;
+
     /// What was copied, or read and hashed where nothing was to be copied.
     std::int64_t bytesHandled() const;
 

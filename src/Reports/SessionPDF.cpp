@@ -3,6 +3,7 @@
 #include "Offload/PathSize.h"
 #include "Offload/TimecodeFormat.h"
 #include "Platform/AppInfo.h"
+#include "Reports/PdfProblems.h"
 #include "Reports/PdfReport.h"
 #include "Reports/ReportLogo.h"
 #include "Reports/ReportText.h"
@@ -28,6 +29,8 @@ constexpr double kHeaderTop = 587;
 constexpr double kFirstHeaderHeight = 62;
 constexpr double kLaterHeaderHeight = 22;
 constexpr double kFootHeight = 28;
+/// Later pages keep less between header and table than the room that the paging sets aside.
+constexpr double kLaterTableTop = 573;
 constexpr double kBottomMargin = 8;
 constexpr TextColumn kTextColumn = {.left = 10, .width = 822};
 constexpr double kRuleWidth = 0.35;
@@ -243,6 +246,11 @@ void drawFirstHeader(const SessionManifest& manifest, const L10n& l10n, PdfCanva
     line(countsLine(manifest, l10n), 537, system(8, FontWeight::Regular, mainText));
 }
 
+void drawLaterHeader(const L10n& l10n, PdfCanvas& canvas) {
+    drawLine(canvas, l10n.reportContinued(), kTextColumn, kHeaderTop,
+             system(9, FontWeight::Semibold, mainText));
+}
+
 void drawFoot(PdfCanvas& canvas, const PageNumber& page, double tableBottom) {
     constexpr double kFontSize = 7;
     constexpr double kTextBesideLogo = 28;
@@ -273,7 +281,8 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
         const L10n l10n(language);
         const auto widths = columnWidths();
         std::span<const Line> rest = lines;
-        PageNumber page{.number = 1, .count = pagesFor(lines.size())};
+        const auto problems = problemPages(canvas, manifest, l10n, kTextColumn.width);
+        PageNumber page{.number = 1, .count = pagesFor(lines.size()) + problems.size()};
         do {
             const auto count = std::min(rest.size(), rowsPerPage(page.number == 1));
             canvas.beginPage();
@@ -282,6 +291,13 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
             rest = rest.subspan(count);
             ++page.number;
         } while (!rest.empty());
+        for (const auto& list : problems) {
+            canvas.beginPage();
+            drawLaterHeader(l10n, canvas);
+            drawFoot(canvas, page, drawProblems(canvas, list, kTextColumn, kLaterTableTop));
+            canvas.endPage();
+            ++page.number;
+        }
     });
 }
 
@@ -308,10 +324,7 @@ void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const 
     if (first)
         drawFirstHeader(manifest, l10n, canvas);
     else
-        drawLine(canvas, l10n.reportContinued(), kTextColumn, kHeaderTop,
-                 system(9, FontWeight::Semibold, mainText));
-    // Later pages keep less between header and table than the room that the paging sets aside.
-    constexpr double kLaterTableTop = 573;
+        drawLaterHeader(l10n, canvas);
     Table table(canvas, widths, first ? kHeaderTop - kFirstHeaderHeight : kLaterTableTop,
                 std::max<std::size_t>(1, rows.size()));
     table.drawFrame();

@@ -47,11 +47,11 @@ std::string meaningOf(OutcomeStatus status, const L10n& l10n) {
 /// Every file is in one of the numbers; those that are zero and bad news are told, too.
 std::string filesByFate(const SessionManifest& manifest, const L10n& l10n) {
     const auto& counts = manifest.counts;
-    const bool isHashed = counts.filesHashed > 0 || manifest.status == OutcomeStatus::Hashed;
-    auto text = isHashed ? l10n.reportHashedCounts(counts.filesHashed, counts.filesSkippedSystem,
-                                                   counts.filesFailed)
-                         : l10n.reportCounts(counts.filesCopied, counts.filesSkippedSystem,
-                                             counts.filesFailed);
+    auto text =
+        manifest.wasHashing()
+            ? l10n.reportHashedCounts(counts.filesHashed, counts.filesSkippedSystem,
+                                      counts.filesFailed)
+            : l10n.reportCounts(counts.filesCopied, counts.filesSkippedSystem, counts.filesFailed);
     const auto unproved =
         std::count_if(manifest.files.begin(), manifest.files.end(), [](const ManifestFile& file) {
             return file.verifyStatus == VerifyStatus::CopiedUnverified;

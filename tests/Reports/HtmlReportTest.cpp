@@ -194,6 +194,13 @@ TEST(SessionHTML, RowsMuteWhatIsNotKnown) {
     }
 }
 
+TEST(SessionHTML, NamesNoFolderThatHashingDidNotMake) {
+    auto manifest = session({});
+    manifest.status = OutcomeStatus::Hashed;
+    EXPECT_THAT(unstyled(SessionHTML::document(manifest, kEnglish)),
+                AllOf(HasSubstr("A001</bdi></span></div>"), Not(HasSubstr("/<bdi>SSD"))));
+}
+
 TEST(SessionHTML, AnEmptySessionIsAWholePage) {
     EXPECT_THAT(SessionHTML::document(session({}), kEnglish),
                 AllOf(HasSubstr("<b>0 folders</b> · <b>0 files</b>"),
@@ -305,7 +312,7 @@ TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
         // A window has a least width, a frame in it has none.
         return evaluate(manifest, "const page = document.documentElement.outerHTML;"
                                   "document.documentElement.innerHTML = '<body></body>';"
-                                  "return [360, 700, 1000, 1400].map(width => {"
+                                  "return [360, 700, 900, 1000, 1400].map(width => {"
                                   "const frame = document.createElement('iframe');"
                                   "frame.style.width = width + 'px';"
                                   "frame.style.height = '900px';"
@@ -322,11 +329,13 @@ TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
             return box.width > 0 && box.right > width;
         }).length;
         const fate = [...inner.querySelectorAll('wbr')][0].parentNode;
-        return [wide, outside, fate.scrollWidth > fate.clientWidth + 1 && fate.clientWidth > 0,
+        const levels = new Set([...inner.querySelectorAll('summary .label')].map(
+            label => Math.round(label.getBoundingClientRect().left))).size;
+        return [wide, outside, levels > 5, fate.scrollWidth > fate.clientWidth + 1 && fate.clientWidth > 0,
                 inner.querySelectorAll('.hash')[1].textContent.length,
                 getComputedStyle(inner.querySelector('.verdict')).color].join(' ');
     )js"),
-              fmt::format("{0},{0},{0},{0}", "false 0 false 64 rgb(255, 255, 255)"));
+              fmt::format("{0},{0},{0},{0},{0}", "false 0 true false 64 rgb(255, 255, 255)"));
 }
 
 TEST_P(HtmlInBrowser, ShowsNamesInDeepTrees) {

@@ -280,8 +280,18 @@ TEST_P(EachPdfReport, BeginWithTheVerdictAndItsProblems) {
         EXPECT_NEAR(pdfStrongestColor(file, fate).hsvHueF(), bar.hsvHueF(), 0.05) << word;
         EXPECT_EQ(wordsLike(words, "CamA").size(), 1U);
         EXPECT_EQ(wordsLike(words, "problem").size(), 2U) << "all of them, when there is room";
-        manifest.notes.resize(isRed ? 4 : 5, "more");
-        EXPECT_THAT(pdfText(write(GetParam())), HasSubstr("and 4 more"));
+        EXPECT_EQ(pdfPageSizes(file).size(), 1U);
+        manifest.notes.resize(isRed ? 4 : 5, "further");
+        manifest.notes.back() = "folder/" + std::string(300, 'x') + " omega";
+        const auto longer = write(GetParam());
+        EXPECT_THAT(rowsByPage(longer), ElementsAre(1, 0));
+        const auto all = pdfWords(longer);
+        EXPECT_THAT(pdfText(longer), AllOf(HasSubstr("and 4 more"), HasSubstr("2/2")));
+        EXPECT_EQ(wordsLike(all, "problem").size(), 3U) << "one in the head, all behind the table";
+        EXPECT_EQ(wordsLike(all, "further").size(), 2U);
+        EXPECT_EQ(wordsLike(all, "omega").size(), 1U) << "to its end";
+        manifest.notes.assign(200, "one of many");
+        EXPECT_GE(rowsByPage(write(GetParam())).size(), 5U);
     }
 }
 

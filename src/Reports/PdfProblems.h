@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Language/L10n.h"
+#include "Pdf/PdfCanvas.h"
+#include "Reports/PdfReport.h"
+#include "Reports/SessionManifest.h"
+
+#include <string>
+#include <vector>
+
+/// What a printed report has to say of a session besides its rows: in the head as much as there is
+/// room for, and where that is not all of it, everything on pages behind the table.
+namespace slatewise::PdfReport {
+
+struct ProblemLine {
+    std::string text;
+    TextStyle style;
+    /// From the line above, or from the upper edge.
+    double spaceBefore = 0;
+};
+
+using ProblemPage = std::vector<ProblemLine>;
+
+/// The lines below the verdict: each sentence on a line of its own, a single one on all, and how
+/// many more there are.
+ProblemPage problemsInHead(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n,
+                           double width);
+
+/// All of them in full, when the head has not; otherwise none.
+std::vector<ProblemPage> problemPages(PdfCanvas& canvas, const SessionManifest& manifest,
+                                      const L10n& l10n, double width);
+
+/// Draws the lines from `top` down and gives where the last one ends.
+double drawProblems(PdfCanvas& canvas, const ProblemPage& lines, const TextColumn& column,
+                    double top);
+
+} // namespace slatewise::PdfReport
