@@ -1,6 +1,7 @@
 #include "Pdf/PdfFile.h"
 
 #include "Platform/Error.h"
+#include "Platform/Files/FileSystem.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -134,13 +135,7 @@ void PdfFile::put(std::string_view bytes) {
 }
 
 void PdfFile::flush() {
-    std::string_view rest = pending_;
-    while (!rest.empty()) {
-        const auto written = ::write(file_.get(), rest.data(), rest.size());
-        if (written < 1)
-            throw PosixError("write", path_, errno);
-        rest.remove_prefix(static_cast<std::size_t>(written));
-    }
+    FileSystem::writeAll(file_, pending_, path_);
     pending_.clear();
 }
 

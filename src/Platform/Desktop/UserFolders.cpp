@@ -18,7 +18,8 @@ std::filesystem::path home() {
     return QFile::encodeName(QDir::homePath()).toStdString();
 }
 
-/// The variable's folder; relative paths in these variables are to be ignored.
+/// The variable's folder; relative paths in these variables are to be ignored, which the library
+/// (Qt 6.4) does not do.
 std::filesystem::path fromEnvironment(const char* variable) {
     const char* const value = std::getenv(variable);
     std::filesystem::path folder(value ? value : "");

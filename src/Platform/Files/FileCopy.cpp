@@ -1,13 +1,13 @@
 #include "Platform/Files/FileCopy.h"
 
 #include "Platform/Error.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Uuid.h"
 
 #include <fcntl.h>
 
 #include <array>
 #include <cerrno>
-#include <string_view>
 
 namespace slatewise {
 
@@ -38,15 +38,6 @@ FileDescriptor openRegularFile(const FileBeneath& file, std::int64_t largestByte
     return opened;
 }
 
-void writeAll(const FileDescriptor& file, std::string_view content, const FileBeneath& name) {
-    while (!content.empty()) {
-        const auto written = ::write(file.get(), content.data(), content.size());
-        if (written < 1)
-            throw PosixError("write", name.path(), written < 0 ? errno : EIO);
-        content.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
 void copyBytes(const FileDescriptor& source, const FileBeneath& from, const FileBeneath& to) {
     const auto target = to.folder.open(to.relative, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
     std::array<char, 65536> buffer;
@@ -57,7 +48,7 @@ void copyBytes(const FileDescriptor& source, const FileBeneath& from, const File
             throw PosixError("read", from.path(), errno);
         if (count == 0)
             break;
-        writeAll(target, {buffer.data(), static_cast<std::size_t>(count)}, to);
+        FileSystem::writeAll(target, {buffer.data(), static_cast<std::size_t>(count)}, to.path());
         copied += count;
     }
     // The end may have come too early.

@@ -72,16 +72,6 @@ FileDescriptor open(const std::filesystem::path& path, int flags, mode_t mode = 
     return file;
 }
 
-void writeAll(const FileDescriptor& file, std::string_view content,
-              const std::filesystem::path& path) {
-    while (!content.empty()) {
-        const auto written = ::write(file.get(), content.data(), content.size());
-        if (written < 1)
-            throw PosixError("write", path, errno);
-        content.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
 void sync(const FileDescriptor& file, const std::filesystem::path& path) {
     if (::fsync(file.get()) != 0)
         throw PosixError("fsync", path, errno);
@@ -158,6 +148,16 @@ void setModified(const std::filesystem::path& path, timespec moment) {
 
 void write(const std::filesystem::path& path, std::string_view content) {
     writeAndSync(open(path, O_WRONLY | O_CREAT | O_TRUNC), content, path);
+}
+
+void writeAll(const FileDescriptor& file, std::string_view content,
+              const std::filesystem::path& path) {
+    while (!content.empty()) {
+        const auto written = ::write(file.get(), content.data(), content.size());
+        if (written < 1)
+            throw PosixError("write", path, written < 0 ? errno : EIO);
+        content.remove_prefix(static_cast<std::size_t>(written));
+    }
 }
 
 void writeAndSync(const FileDescriptor& file, std::string_view content,

@@ -65,7 +65,12 @@ void setModified(const std::filesystem::path& path, timespec moment);
 /// Writes a file and waits until it is on the disk.
 void write(const std::filesystem::path& path, std::string_view content);
 
-/// Writes all of a text to what is open and waits until it is on the disk. `path` is for messages.
+/// Writes all of a text to what is open, in as many pieces as the system takes. `path` is for
+/// messages.
+void writeAll(const FileDescriptor& file, std::string_view content,
+              const std::filesystem::path& path);
+
+/// The same, and waits until it is on the disk.
 void writeAndSync(const FileDescriptor& file, std::string_view content,
                   const std::filesystem::path& path);
 
