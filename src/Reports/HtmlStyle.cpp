@@ -82,6 +82,9 @@ summary.row>.muted,.row>span:empty{display:none}
 details>ul{margin-left:9px;border-left:2px solid var(--line)}
 details details details details details details details details>ul{margin-left:0;border-left:0}
 }
+@media screen and (min-width:900px) and (max-width:1649px){
+.row>.hash{white-space:normal;overflow:visible;overflow-wrap:anywhere}
+}
 @page{size:A4 landscape;margin:10mm 10mm 12mm;@bottom-right{content:counter(page) " / " counter(pages);font:7px sans-serif;color:#667085}}
 @media print{
 :root{color-scheme:light}

@@ -329,13 +329,15 @@ TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
             return box.width > 0 && box.right > width;
         }).length;
         const fate = [...inner.querySelectorAll('wbr')][0].parentNode;
+        const cut = [...inner.querySelectorAll('.hash')].filter(
+            hash => hash.scrollWidth > hash.clientWidth + 1).length;
         const levels = new Set([...inner.querySelectorAll('summary .label')].map(
             label => Math.round(label.getBoundingClientRect().left))).size;
-        return [wide, outside, levels > 5, fate.scrollWidth > fate.clientWidth + 1 && fate.clientWidth > 0,
+        return [wide, outside, cut, levels > 5, fate.scrollWidth > fate.clientWidth + 1 && fate.clientWidth > 0,
                 inner.querySelectorAll('.hash')[1].textContent.length,
                 getComputedStyle(inner.querySelector('.verdict')).color].join(' ');
     )js"),
-              fmt::format("{0},{0},{0},{0},{0}", "false 0 true false 64 rgb(255, 255, 255)"));
+              fmt::format("{0},{0},{0},{0},{0}", "false 0 0 true false 64 rgb(255, 255, 255)"));
 }
 
 TEST_P(HtmlInBrowser, ShowsNamesInDeepTrees) {
