@@ -16,7 +16,7 @@ namespace slatewise {
 namespace {
 
 /// One being read, one being hashed, one waiting and one being written.
-constexpr int kRingChunks = 4;
+constexpr std::size_t kRingChunks = 4;
 /// One being written, and the next at hand: a disk should never wait for us.
 constexpr int kChunksToWrite = 2;
 /// How long a read that nobody needs any more is waited for, so that a card can be unmounted as
@@ -28,11 +28,16 @@ void throwIfCancelled(const std::stop_token& stop) {
         throw CancellationError();
 }
 
+constexpr std::size_t aligned(std::size_t size) {
+    constexpr auto kStep = TransferBuffer::alignment;
+    return (size + kStep - 1) / kStep * kStep;
+}
+
 struct Chunk {
-    TransferBuffer* buffer;
+    std::span<std::byte> buffer;
     std::size_t count;
 
-    std::span<const std::byte> bytes() const { return buffer->bytes().first(count); }
+    std::span<const std::byte> bytes() const { return buffer.first(count); }
 };
 
 // What the two threads have to tell.
@@ -68,13 +73,13 @@ struct ChunkToWrite {
 
 /// What the threads share.
 struct Exchange {
-    explicit Exchange(std::size_t size) {
-        for (int chunk = 0; chunk < kRingChunks; ++chunk)
-            empty.put(&ring.emplace_back(size));
+    explicit Exchange(std::size_t size) : ring(kRingChunks * aligned(size)) {
+        for (std::size_t chunk = 0; chunk < kRingChunks; ++chunk)
+            empty.put(ring.bytes().subspan(chunk * aligned(size), size));
     }
 
-    std::deque<TransferBuffer> ring;
-    Mailbox<TransferBuffer*> empty;
+    TransferBuffer ring;
+    Mailbox<std::span<std::byte>> empty;
     Mailbox<std::shared_ptr<UncachedFile>> toRead;
     Mailbox<ChunkToWrite> toWrite;
     /// For the thread that hashes.
@@ -88,7 +93,7 @@ void readToEnd(Exchange& exchange, std::shared_ptr<UncachedFile> file, const std
         std::size_t count = 0;
         std::exception_ptr failure;
         try {
-            count = file->read((*buffer)->bytes());
+            count = file->read(*buffer);
         } catch (...) {
             failure = std::current_exception();
         }

@@ -21,7 +21,7 @@ namespace {
 
 /// Blocks of 4096 bytes satisfy every device in use; one that wants more refuses the transfer,
 /// which then goes through the cache.
-constexpr std::size_t kBlockSize = 4096;
+constexpr std::size_t kBlockSize = TransferBuffer::alignment;
 
 struct Opened {
     FileDescriptor descriptor;
@@ -100,16 +100,28 @@ std::int64_t requireRegularFile(int descriptor, const FileBeneath& file) {
 
 } // namespace
 
-TransferBuffer::TransferBuffer(std::size_t size) : size_(size) {
+TransferBuffer::TransferBuffer(std::size_t size) {
+    constexpr std::size_t kLargePage = std::size_t{2} << 20;
+    const bool isLarge = size >= kLargePage / 2;
+    // So that it can begin where a large page begins, and end where one ends.
+    const auto mapped = isLarge ? size + 2 * kLargePage : size;
     void* const memory =
-        ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        ::mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
         throw std::bad_alloc();
-    start_ = static_cast<std::byte*>(memory);
+    mapped_ = {static_cast<std::byte*>(memory), mapped};
+    bytes_ = mapped_.first(size);
+    if (!isLarge)
+        return;
+    const auto behindBorder = reinterpret_cast<std::uintptr_t>(memory) % kLargePage;
+    bytes_ = mapped_.subspan(kLargePage - behindBorder, size);
+    // Advice: small pages do as well.
+    const auto pages = (size + kLargePage - 1) / kLargePage;
+    (void)::madvise(bytes_.data(), pages * kLargePage, MADV_HUGEPAGE);
 }
 
 TransferBuffer::~TransferBuffer() {
-    ::munmap(start_, size_);
+    ::munmap(mapped_.data(), mapped_.size());
 }
 
 UncachedFile::UncachedFile(FileDescriptor descriptor, std::filesystem::path path, FileAccess access)
