@@ -150,7 +150,7 @@ private:
             transfer_.throwIfCancelled();
             const auto& entry = *copyList[index];
             try {
-                copyFile(entry, static_cast<int>(index), progress);
+                copyFile(index, progress);
             } catch (const std::exception& failure) {
                 return stopAt(entry, failure, progress);
             }
@@ -179,21 +179,28 @@ private:
         return allProved && areFoldersApart_ && areComplete && isUnchanged;
     }
 
-    void copyFile(const InventoryEntry& entry, int index, CopyProgress& progress) {
+    void copyFile(std::size_t index, CopyProgress& progress) {
+        const auto& copyList = inventory_->copyList();
+        const auto& entry = *copyList[index];
         const auto publishFigures = [&] {
-            reporter_.publish(
-                progress.copying(entry.relativePath, index, SpeedMeter::Time::clock::now()));
+            reporter_.publish(progress.copying(entry.relativePath, static_cast<int>(index),
+                                               SpeedMeter::Time::clock::now()));
         };
         publishFigures();
         makeFoldersTo(entry.relativePath);
-        auto copied =
-            SHA256Hasher::copyAndHash(transfer_.transfer(), onCard(entry.relativePath),
-                                      {*destination_, session_ / entry.relativePath},
-                                      transfer_.watch(entry.relativePath, [&](std::size_t count) {
-                                          progress.addCopied(static_cast<std::int64_t>(count),
-                                                             SpeedMeter::Time::clock::now());
-                                          publishFigures();
-                                      }));
+        std::optional<FileBeneath> next;
+        if (index + 1 < copyList.size())
+            next.emplace(onCard(copyList[index + 1]->relativePath));
+        auto copied = SHA256Hasher::copyAndHash(
+            transfer_.transfer(), onCard(entry.relativePath),
+            {*destination_, session_ / entry.relativePath},
+            transfer_.watch(entry.relativePath,
+                            [&](std::size_t count) {
+                                progress.addCopied(static_cast<std::int64_t>(count),
+                                                   SpeedMeter::Time::clock::now());
+                                publishFigures();
+                            }),
+            next);
         auto row = makeRow(entry, RowAction::Copy, VerifyStatus::CopiedUnverified);
         row.sizeBytes = copied.bytes;
         addRead(std::move(row), std::move(copied.digests));

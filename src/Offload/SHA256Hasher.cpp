@@ -49,21 +49,17 @@ FileDigests hashOpen(Transfer& transfer, const std::shared_ptr<UncachedFile>& fi
     return finish(hasher);
 }
 
-std::shared_ptr<UncachedFile> openShared(const FileBeneath& name) {
-    return std::make_shared<UncachedFile>(UncachedFile::openForReading(name));
-}
-
 } // namespace
 
 FileDigests hashFile(Transfer& transfer, const FileBeneath& name, const TransferWatch& watch) {
-    return hashOpen(transfer, openShared(name), name, watch);
+    return hashOpen(transfer, transfer.open(name), name, watch);
 }
 
 CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBeneath& to,
-                       const TransferWatch& watch) {
+                       const TransferWatch& watch, const std::optional<FileBeneath>& next) {
     auto hasher = hasherFor(watch);
     CopyResult result;
-    const auto source = openShared(from);
+    const auto source = transfer.open(from);
     auto destination = UncachedFile::createForWriting(to);
     auto steps = stepsOf(hasher, watch);
     steps.tell = [&, tell = std::move(steps.tell)](std::size_t count) {
@@ -71,6 +67,8 @@ CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBe
         tell(count);
     };
     transfer.copy(source, destination, steps, watch.stop);
+    if (next)
+        transfer.prepare(*next);
     destination.sync();
     tellAccess(watch, from, *source);
     tellAccess(watch, to, destination);
@@ -90,7 +88,7 @@ CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBe
 namespace Verifier {
 
 ReadBack readDestination(Transfer& transfer, const FileBeneath& name, const TransferWatch& watch) {
-    const auto file = SHA256Hasher::openShared(name);
+    const auto file = transfer.open(name);
     const bool isKept = file->isKeptInMemory();
     return {SHA256Hasher::hashOpen(transfer, file, name, watch), isKept};
 }

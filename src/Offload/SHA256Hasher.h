@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -52,8 +53,12 @@ FileDigests hashFile(Transfer& transfer, const FileBeneath& file, const Transfer
 ///
 /// The bytes are hashed before they are written, and are on the disk when this returns. A failed
 /// copy leaves at `to` what was written until then.
+///
+/// `next` is what will be copied after it, if that is known: its reading begins while this copy is
+/// on its way to the disk.
 CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBeneath& to,
-                       const TransferWatch& watch = {});
+                       const TransferWatch& watch = {},
+                       const std::optional<FileBeneath>& next = {});
 
 } // namespace SHA256Hasher
 

@@ -33,6 +33,11 @@ constexpr std::size_t aligned(std::size_t size) {
     return (size + kStep - 1) / kStep * kStep;
 }
 
+bool isSame(const FileBeneath& one, const FileBeneath& other) {
+    return &one.folder == &other.folder && one.relative == other.relative &&
+           one.links == other.links;
+}
+
 struct Chunk {
     std::span<std::byte> buffer;
     std::size_t count;
@@ -249,9 +254,10 @@ public:
     Stages(const Stages&) = delete;
     Stages& operator=(const Stages&) = delete;
 
-    void carry(std::shared_ptr<UncachedFile> from, Target* target, const Steps& steps,
-               const std::stop_token& stop) {
-        exchange_->toRead.put(std::move(from));
+    void beginToRead(std::shared_ptr<UncachedFile> file) { exchange_->toRead.put(std::move(file)); }
+
+    /// Of the file that is being read.
+    void carry(Target* target, const Steps& steps, const std::stop_token& stop) {
         Passage(*exchange_, target, steps, stop).run();
     }
 
@@ -276,23 +282,77 @@ void Transfer::copy(std::shared_ptr<UncachedFile> from, UncachedFile& to, const 
     carry(std::move(from), &to, steps, stop);
 }
 
+Transfer::Stages& Transfer::stages() {
+    if (!stages_)
+        stages_ = std::make_unique<Stages>(size_);
+    return *stages_;
+}
+
+std::shared_ptr<UncachedFile> Transfer::open(const FileBeneath& name) {
+    if (prepared_ && isSame(prepared_->name, name))
+        return prepared_->file;
+    return std::make_shared<UncachedFile>(UncachedFile::openForReading(name));
+}
+
+void Transfer::prepare(const FileBeneath& next) {
+    leavePrepared();
+    try {
+        auto file = open(next);
+        stages().beginToRead(file);
+        prepared_.emplace(Prepared{next, std::move(file)});
+    } catch (const Error&) {
+        // Whoever comes to open it hears of that then.
+    }
+}
+
+/// What was read of it is of no use.
+void Transfer::leavePrepared() {
+    if (prepared_)
+        stages_.reset();
+    prepared_.reset();
+}
+
 void Transfer::carry(std::shared_ptr<UncachedFile> from, UncachedFile* to, const Steps& steps,
                      const std::stop_token& stop) {
     throwIfCancelled(stop);
-    if (from->sizeAtOpening() <= static_cast<std::int64_t>(size_))
+    const bool isPrepared = prepared_ && prepared_->file == from;
+    if (!isPrepared)
+        leavePrepared();
+    prepared_.reset();
+    const bool isSmall = from->sizeAtOpening() <= static_cast<std::int64_t>(size_);
+    if (isSmall && !isPrepared)
         return carryAlone(*from, to, steps, stop);
-    if (!stages_)
-        stages_ = std::make_unique<Stages>(size_);
-    std::optional<Target> target;
-    if (to)
-        target.emplace(Target{*to, stop});
+    if (!isPrepared)
+        stages().beginToRead(std::move(from));
     try {
-        stages_->carry(std::move(from), target ? &*target : nullptr, steps, stop);
+        if (isSmall && to)
+            carryWritingHere(*to, steps, stop);
+        else
+            carryWritingThere(to, steps, stop);
     } catch (...) {
         // They may be in the middle of the file.
         stages_.reset();
         throw;
     }
+}
+
+/// The writer has nothing to do beside a single chunk, and would only be waited for.
+void Transfer::carryWritingHere(UncachedFile& to, const Steps& steps, const std::stop_token& stop) {
+    const Steps withWriting = {.hash =
+                                   [&](std::span<const std::byte> chunk) {
+                                       steps.hash(chunk);
+                                       to.write(chunk);
+                                   },
+                               .tell = steps.tell};
+    stages().carry(nullptr, withWriting, stop);
+}
+
+void Transfer::carryWritingThere(UncachedFile* to, const Steps& steps,
+                                 const std::stop_token& stop) {
+    std::optional<Target> target;
+    if (to)
+        target.emplace(Target{*to, stop});
+    stages().carry(target ? &*target : nullptr, steps, stop);
 }
 
 void Transfer::carryAlone(UncachedFile& from, UncachedFile* to, const Steps& steps,

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <stop_token>
 
@@ -19,8 +20,9 @@ namespace slatewise {
 /// one that cannot be read; after a failure nothing more is written. Asked to stop, it begins no
 /// further chunk: what was written is told, and nothing else is written.
 ///
-/// A file of at most one chunk goes through the caller's thread alone, which is faster. The two
-/// other threads begin with the first larger file and last as long as the transfer.
+/// A file of at most one chunk goes through the caller's thread alone, which is faster, unless its
+/// reading was begun while a disk was busy with the file before. The two other threads begin when
+/// they are needed first and last as long as the transfer.
 ///
 /// One file at a time, from one thread. Lives as long as a run.
 class Transfer {
@@ -40,6 +42,14 @@ public:
     explicit Transfer(std::size_t size = chunkBytes);
     ~Transfer();
 
+    /// Opens a file for reading, or takes what was prepared under that name. Fails with
+    /// `PosixError` or `Error`.
+    std::shared_ptr<UncachedFile> open(const FileBeneath& name);
+
+    /// Opens the file that is copied next and has its first chunks read meanwhile: a disk takes
+    /// long to sync a small file. Nothing of it is told before its turn comes, a failure included.
+    void prepare(const FileBeneath& next);
+
     /// Reads a newly opened file to its end. Blocks; looks at `stop` before the first chunk and
     /// between chunks. Fails with `PosixError` or, when asked to stop, with `CancellationError`.
     ///
@@ -53,17 +63,28 @@ public:
 
 private:
     class Stages;
+    struct Prepared {
+        FileBeneath name;
+        std::shared_ptr<UncachedFile> file;
+    };
 
+    Stages& stages();
     void carry(std::shared_ptr<UncachedFile> from, UncachedFile* to, const Steps& steps,
                const std::stop_token& stop);
+    void carryWritingHere(UncachedFile& to, const Steps& steps, const std::stop_token& stop);
+    void carryWritingThere(UncachedFile* to, const Steps& steps, const std::stop_token& stop);
+    void leavePrepared();
     void carryAlone(UncachedFile& from, UncachedFile* to, const Steps& steps,
                     const std::stop_token& stop);
 
     std::size_t size_;
     /// Of the caller's thread, for small files.
     TransferBuffer buffer_;
-    /// Empty until a large file comes, and after a file that was left in the middle.
+    /// Empty until there is something to do beside the caller, and after a file that was left in
+    /// the middle.
     std::unique_ptr<Stages> stages_;
+    /// Being read already.
+    std::optional<Prepared> prepared_;
 };
 
 } // namespace slatewise

@@ -72,6 +72,8 @@ TEST(Transfer, FailuresComeInTheOrderOfTheFile) {
         to.removeFile("copy");
         const FilesNoLongerThan limit(write - 1);
         std::size_t told = 0;
+        if (read % 2 == 1)
+            transfer.prepare({from, "clip"});
         try {
             SHA256Hasher::copyAndHash(
                 transfer, {from, "clip"}, {to, "copy"},
@@ -108,6 +110,8 @@ TEST(Transfer, StopsWithinAChunkWhereverItIs) {
                                          },
                                      .onAccess = {},
                                      .stop = stop.get_token()};
+        if (chunk % 2 == 1)
+            transfer.prepare({root, "clip"});
         stopAt();
         EXPECT_THROW(SHA256Hasher::copyAndHash(transfer, {root, "clip"}, {root, "copy"}, watch),
                      CancellationError);
@@ -136,6 +140,8 @@ TEST(Transfer, StopsFromOutsideAtAnyMomentAndGoesOnAfterwards) {
         });
         const bool isProof = moment % 2 == 1;
         root.removeFile("copy");
+        if (moment % 3 == 1)
+            transfer.prepare({root, "clip"});
         try {
             EXPECT_EQ(
                 isProof ? SHA256Hasher::hashFile(transfer, {root, "clip"}, watch).sha256
@@ -148,6 +154,36 @@ TEST(Transfer, StopsFromOutsideAtAnyMomentAndGoesOnAfterwards) {
         }
     }
     EXPECT_EQ(SHA256Hasher::hashFile(transfer, {root, "clip"}).sha256, digest);
+}
+
+TEST(Transfer, WhatIsReadAheadIsAsIfItWereReadInItsTurn) {
+    const TemporaryFolder folder;
+    const RootFolder root(folder.path());
+    Transfer transfer;
+    const auto copy = [&](const std::string& name, const std::string& next) {
+        root.removeFile("copy");
+        std::size_t told = 0;
+        const auto digest =
+            SHA256Hasher::copyAndHash(
+                transfer, {root, name}, {root, "copy"},
+                {.onBytes = [&](auto count) { told += count; }, .onAccess = {}, .stop = {}},
+                FileBeneath{root, next})
+                .digests.sha256;
+        EXPECT_EQ(told, std::filesystem::file_size(folder / name)) << "nothing of what comes next";
+        EXPECT_EQ(digest, independentSha256(folder / name));
+        EXPECT_EQ(digest, independentSha256(folder / "copy"));
+    };
+    const std::vector<std::size_t> sizes = {0, 1, kChunk, kChunk + 1, 6 * kChunk, 5};
+    for (std::size_t index = 0; index < sizes.size(); ++index)
+        writeFile(folder / std::to_string(index),
+                  bytesOf(sizes[index], static_cast<std::uint32_t>(index)));
+    for (std::size_t index = 0; index < sizes.size(); ++index)
+        copy(std::to_string(index), std::to_string(index + 1));
+    // What was begun is left for what is asked for.
+    copy("4", "2");
+    copy("3", "4");
+    copy("1", "gone");
+    EXPECT_THROW(SHA256Hasher::hashFile(transfer, {root, "gone"}), PosixError);
 }
 
 TEST(Transfer, DoesNotWaitForADiskThatDoesNotAnswer) {
