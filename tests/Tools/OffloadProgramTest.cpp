@@ -22,8 +22,6 @@ struct Line {
     std::string status;
     std::filesystem::path sessionRoot;
     std::filesystem::path reportFolder;
-    /// "CARD<TAB>DEST".
-    std::string pair;
 };
 
 /// Until one of its threads waits for a file system that does not answer.
@@ -73,10 +71,8 @@ protected:
         for (const auto text : Text::pieces(result.standardOutput, '\n')) {
             const auto first = text.find('\t');
             const auto second = text.find('\t', first + 1);
-            const auto third = text.find('\t', second + 1);
-            parsed.push_back(
-                {std::string(text.substr(0, first)), text.substr(first + 1, second - first - 1),
-                 text.substr(second + 1, third - second - 1), std::string(text.substr(third + 1))});
+            parsed.push_back({std::string(text.substr(0, first)),
+                              text.substr(first + 1, second - first - 1), text.substr(second + 1)});
         }
         return parsed;
     }
@@ -167,7 +163,6 @@ TEST_F(OffloadProgram, TheFirstFailureEndsTheBatch) {
         EXPECT_EQ(pairs[pair].status, "failed");
         EXPECT_TRUE(pairs[pair].sessionRoot.empty());
     }
-    EXPECT_EQ(pairs[3].pair, (folder / "A001").native() + "\t" + (folder / "Disk2").native());
     EXPECT_THAT(result.standardError,
                 AllOf(HasSubstr("1/4  B002 → Disk1 · Failed: Copying stopped at fifo"),
                       HasSubstr("Keep the card"),
@@ -218,7 +213,7 @@ TEST_F(OffloadProgram, AnswersForEveryCardAndDiskThatIsGoneDeadOrSilent) {
     });
     EXPECT_EQ(interrupted.exitCode, 130);
     EXPECT_THAT(interrupted.standardError, HasSubstr("Stopping…"));
-    EXPECT_THAT(interrupted.standardOutput, StartsWith("failed\t\t\t" + silent.path().native()));
+    EXPECT_EQ(interrupted.standardOutput, "failed\t\t\n");
     silent.signalItsProgram(SIGCONT);
 }
 
@@ -249,7 +244,6 @@ TEST_F(OffloadProgram, WhatNamesHoldActsOnNobody) {
 TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
     const std::string card = folder / "A001";
     const std::string disk = folder / "Disk1";
-    const MountedVolume empty(MountedVolume::FileSystem::Ext4, 8 << 20);
     writeFile(folder / "used/reports/one/manifest.json", "{}");
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases = {
         {{}, "CARD is required"},
@@ -264,9 +258,6 @@ TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
         {{"--to", disk, "--to", card, card}, "A001 is both a card and a destination"},
         {{"--to", disk, "--template", "{Dest}/../x", card}, "leads out of the destination"},
         {{"--to", disk, "--template", "/", card}, "leads out of the destination"},
-        {{"--to", disk, folder / "Disk2", card}, "Disk2 is given as a card but is empty"},
-        {{"--to", disk, folder / "Disk2"}, "Disk2 is given as a card but is empty"},
-        {{"--to", disk, empty.path(), card}, "is given as a card but is empty"},
         {{"--to", disk, folder / "used", card}, "used is given as a card but has report sets"},
         {{"--to", disk, card, "--b\x1b[31m\u202e"}, "--b␛[31m\ufffd"},
         {{"--to", disk, card, "--" + std::string(5'000, 'x')}, "xxx…xxx"},
@@ -280,12 +271,12 @@ TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
     }
     EXPECT_FALSE(std::filesystem::exists(store()));
     for (const auto& words : std::vector<std::vector<std::string>>{
-             {empty.path()}, {folder / "Disk2=,", card}, {folder / "used=CamA,", card}}) {
+             {folder / "Disk2"}, {folder / "Disk2=,", card}, {folder / "used=CamA,", card}}) {
         auto all = words;
         all.insert(all.end(), {"--quiet", "--to", disk});
         const auto result = offload(all);
         EXPECT_EQ(result.exitCode, 0) << result.standardError;
-        EXPECT_EQ(result.standardError.find("is empty; there is nothing to copy") ==
+        EXPECT_EQ(result.standardError.find("is empty, so there is nothing to copy") ==
                       std::string::npos,
                   words.size() > 1);
     }
@@ -299,7 +290,7 @@ TEST_F(OffloadProgram, NeverCopiesACardIntoItself) {
         offload({"--to", folder / "Disk1", "--to", folder / "link", folder / "A001"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.standardError, HasSubstr("The destination backup lies on the card A001"));
-    EXPECT_THAT(lines(result), SizeIs(2));
+    EXPECT_EQ(result.standardOutput, "failed\t\t\nfailed\t\t\n");
     EXPECT_TRUE(std::filesystem::is_empty(folder / "Disk1"));
     EXPECT_TRUE(std::filesystem::is_empty(folder / "A001/backup"));
 }

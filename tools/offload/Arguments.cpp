@@ -17,12 +17,10 @@ constexpr const char* kDescription =
 
 constexpr const char* kFooter =
     "--to takes one destination; every word without an option is a card. A card with a camera and\n"
-    "a crew of its own is named CARD=CAMERA,CREW. An empty folder, or one that has report sets as "
+    "a crew of its own is named CARD=CAMERA,CREW. What has report sets, as a destination does, is "
     "a\n"
-    "destination does, is a card only when it is named so; so is an empty disk beside other "
-    "cards.\n\n"
-    "Standard output gets one line per pair, with tabs between its fields:\n"
-    "STATUS SESSION_ROOT REPORT_FOLDER CARD DEST.\n"
+    "card only when it is named so.\n\n"
+    "Standard output gets one line per pair: STATUS<TAB>SESSION_ROOT<TAB>REPORT_FOLDER.\n"
     "Exit status: 0 all verified or hashed, 1 an offload failed, 2 wrong usage, 130 interrupted.";
 
 std::vector<std::string> rawLanguages() {

@@ -1,7 +1,6 @@
 #include "NamedFolders.h"
 
 #include "Offload/TreeWalker.h"
-#include "Platform/Disks/MountTable.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -80,7 +79,6 @@ void look(NamedFolder& folder) {
         if (folder.isNoFolder)
             return;
         const auto kind = folder.volume.kind;
-        folder.isVolume = MountTable::at(MountTable::read(), path) != nullptr;
         folder.isEmpty = isEmpty(path);
         folder.hasReportSets = hasReportSets(path);
         folder.volume = pickedFolder(DiskUtilClient::facts(path), path, kind);
@@ -155,12 +153,6 @@ std::optional<std::string> NamedFolders::misuse(const Texts& texts) const {
             known.push_back(path);
         }
     }
-    const auto empty = std::find_if(cards.begin(), cards.end(), [&](const auto& card) {
-        const bool mayBeCard = card.isSurelyCard || (card.isVolume && cards.size() == 1);
-        return card.isEmpty && !mayBeCard;
-    });
-    if (empty != cards.end())
-        return texts.emptyCard(empty->volume.facts.mountPoint.native());
     return std::nullopt;
 }
 

@@ -30,8 +30,6 @@ struct NamedFolder {
     std::optional<std::string> obstacle{};
     /// It is something else than a folder, which no plugging in mends.
     bool isNoFolder = false;
-    /// A disk or a share is mounted right there.
-    bool isVolume = false;
     /// Nothing lies in it but what file systems and desktops put there.
     bool isEmpty = false;
     /// There are report sets in it, as on a disk that cards were copied to.
@@ -43,8 +41,7 @@ struct NamedFolders {
     std::vector<NamedFolder> destinations;
 
     /// What makes no sense however the disks behave: a file, a folder that is named twice, a card
-    /// that is a destination too, a folder with nothing in it for a card. A volume with nothing in
-    /// it may be a card, when there is no other that might be meant.
+    /// that is a destination too.
     std::optional<std::string> misuse(const Texts& texts) const;
 
     /// A card that is to all appearance a destination without its "--to".

@@ -35,18 +35,12 @@ std::string Texts::looksLikeDestination(std::string_view path) const {
 }
 
 std::string Texts::emptyCard(std::string_view path) const {
-    return fmt::format(fmt::runtime(choose(
-                           "{0} is given as a card but is empty. If its card is not mounted, mount "
-                           "it; if it is a destination, write --to {0}; if an empty card, "
-                           "{0}=CAMERA,CREW.",
-                           "{0} kart olarak verilmiş ama boş. Kartı bağlı değilse bağlayın; "
-                           "hedefse --to {0}, boş bir kartsa {0}=KAMERA,EKİP yazın.")),
-                       path);
-}
-
-std::string Texts::emptyVolume(std::string_view path) const {
-    return fmt::format(fmt::runtime(choose("Note: {} is empty; there is nothing to copy.",
-                                           "Not: {} boş; kopyalanacak bir şey yok.")),
+    return fmt::format(fmt::runtime(choose("Note: {0} is empty, so there is nothing to copy. If "
+                                           "its card is not mounted, mount it; if "
+                                           "it is a destination, write --to {0}.",
+                                           "Not: {0} boş; kopyalanacak bir şey yok. Kartı bağlı "
+                                           "değilse bağlayın; hedefse --to {0} "
+                                           "yazın.")),
                        path);
 }
 

@@ -22,7 +22,6 @@ public:
     std::string doesNotAnswer(std::string_view path) const;
     std::string looksLikeDestination(std::string_view path) const;
     std::string emptyCard(std::string_view path) const;
-    std::string emptyVolume(std::string_view path) const;
 
     /// What stands for the camera or the crew of a card.
     struct Word {

@@ -16,18 +16,10 @@ namespace {
 using namespace slatewise;
 
 /// Gives whether whoever reads the results has got them.
-bool print(const std::vector<PairResult>& results, const tool::NamedFolders& folders) {
-    auto result = results.begin();
-    for (const auto& card : folders.cards) {
-        for (const auto& destination : folders.destinations) {
-            std::cout << rawValue(result->status);
-            for (const auto* path :
-                 {&result->sessionRoot, &result->reportFolder, &card.volume.facts.mountPoint,
-                  &destination.volume.facts.mountPoint})
-                std::cout << '\t' << Text::visible(path->native());
-            std::cout << '\n';
-            ++result;
-        }
+bool print(const std::vector<PairResult>& results) {
+    for (const auto& result : results) {
+        std::cout << rawValue(result.status) << '\t' << Text::visible(result.sessionRoot.native())
+                  << '\t' << Text::visible(result.reportFolder.native()) << '\n';
     }
     return static_cast<bool>(std::cout.flush());
 }
@@ -73,7 +65,7 @@ void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
         if (card.obstacle)
             continue;
         if (card.isEmpty && !card.isSurelyCard)
-            display.note(texts.emptyVolume(card.volume.facts.mountPoint.native()));
+            display.note(texts.emptyCard(card.volume.facts.mountPoint.native()));
         FolderTemplate::Values values;
         values.destination = "/";
         values.camera = order.cameraOf(card);
@@ -120,9 +112,8 @@ int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
         // Where copies would go is of no interest where nobody asked for any.
         for (auto& result : results)
             result.sessionRoot.clear();
-        order.folders.destinations.front().volume.facts.mountPoint.clear();
     }
-    const int code = print(results, order.folders) ? exitCode(results) : tool::kExitOffloadFailed;
+    const int code = print(results) ? exitCode(results) : tool::kExitOffloadFailed;
     return code != tool::kExitSuccess && interruption.happened() ? tool::kExitInterrupted : code;
 }
 
