@@ -53,8 +53,11 @@ UChar32 previousCharacter(std::string_view text, std::int32_t& at) {
 
 #pragma GCC diagnostic pop
 
+/// Unicode has taken the blank of no width off its list of white space, where it still stands at
+/// the ends of texts as the mark of their encoding.
 bool isBlank(UChar32 character) {
-    return character >= 0 && u_isUWhiteSpace(character);
+    constexpr UChar32 kByteOrderMark = 0xFEFF;
+    return character >= 0 && (u_isUWhiteSpace(character) || character == kByteOrderMark);
 }
 
 /// Whether a character turns the direction of what follows it.

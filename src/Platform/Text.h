@@ -28,7 +28,7 @@ std::string shortened(std::string_view text, std::size_t limit);
 /// long, the middle is left out.
 std::string legible(std::string_view bytes);
 
-/// Without white space and line ends (as Unicode defines them) at both ends.
+/// Without white space, line ends (as Unicode defines them) and byte order marks at both ends.
 std::string trimmed(std::string_view text);
 
 /// Every occurrence of `from` (not empty) replaced by `to`.

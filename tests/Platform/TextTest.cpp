@@ -15,7 +15,7 @@ using ::testing::ElementsAre;
 
 TEST(Text, TrimsUnicodeBlanksAndKeepsForeignBytes) {
     EXPECT_EQ(Text::trimmed("\t\n  a b \r\n"), "a b");
-    EXPECT_EQ(Text::trimmed("\xc2\xa0\xe2\x80\x83Kamera\xe3\x80\x80"), "Kamera");
+    EXPECT_EQ(Text::trimmed("\uFEFF\u00a0\u2003Kamera\u3000\uFEFF"), "Kamera");
     EXPECT_EQ(Text::trimmed(" \xff "), "\xff");
     EXPECT_EQ(Text::trimmed("\xff \x80"), "\xff \x80");
     EXPECT_EQ(Text::trimmed(" \n"), "");
