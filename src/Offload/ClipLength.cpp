@@ -51,9 +51,15 @@ std::optional<double> rateOfTimecode(std::optional<double> told, std::optional<d
         return told ? told : pictures;
     const auto ofTimecode = exact(told);
     const auto ofPictures = exact(pictures);
-    const bool isRounded = ofTimecode && ofPictures && ofTimecode != ofPictures &&
-                           ofTimecode->nominal() == ofPictures->nominal();
-    return isRounded ? pictures : told;
+    if (!ofTimecode || !ofPictures)
+        return told;
+    // Of two that are the same, the exact one.
+    if (ofTimecode->nominal() == ofPictures->nominal())
+        return ofTimecode == ofPictures && told == ofTimecode->perSecond() ? told : pictures;
+    const auto picturesPerFrame = ofPictures->nominal() / ofTimecode->nominal();
+    const bool isRounded = ofTimecode->seconds() == 1 &&
+                           ofPictures->nominal() == ofTimecode->nominal() * picturesPerFrame;
+    return isRounded ? *pictures / static_cast<double>(picturesPerFrame) : told;
 }
 
 void countFrames(const ClipLength& told, MediaMetadata& facts) {

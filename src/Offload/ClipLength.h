@@ -15,7 +15,8 @@ struct ClipLength {
 };
 
 /// The rate that a timecode counts at, of what is told of it and of the pictures. Some containers
-/// write the whole number that it counts to in place of its rate.
+/// write the whole number that it counts to in place of its rate, which may be one for every second
+/// picture.
 std::optional<double> rateOfTimecode(std::optional<double> told, std::optional<double> pictures);
 
 /// From the length, and from rates, start and way of counting as `facts` has them already, to its

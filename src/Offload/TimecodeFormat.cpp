@@ -42,9 +42,10 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-/// How many characters at the start of the text are a timecode, with one digit of hours or two.
-std::size_t timecodeLength(std::string_view text) {
-    constexpr std::string_view kShape = "d:dd:dd:dd";
+/// How many characters at the start of the text are a timecode up to its frames, with one digit of
+/// hours or two.
+std::size_t lengthBeforeFrames(std::string_view text) {
+    constexpr std::string_view kShape = "d:dd:dd:";
     const std::size_t lead = text.size() > 1 && isDigit(text[0]) && isDigit(text[1]) ? 1 : 0;
     if (text.size() < lead + kShape.size())
         return 0;
@@ -54,6 +55,18 @@ std::size_t timecodeLength(std::string_view text) {
             return 0;
     }
     return lead + kShape.size();
+}
+
+/// The digits at the start of the text, two at least. There are as many as the rate has, and those
+/// of a low number begin with zeros.
+std::string frameDigits(std::string_view text) {
+    constexpr std::size_t kUsual = 2;
+    auto digits =
+        text.substr(0, static_cast<std::size_t>(
+                           std::find_if_not(text.begin(), text.end(), isDigit) - text.begin()));
+    while (digits.size() > kUsual && digits.front() == '0')
+        digits.remove_prefix(1);
+    return std::string(digits.size() < kUsual ? "" : digits);
 }
 
 std::vector<std::int64_t> wholeNumbers(std::string_view timecode) {
@@ -102,9 +115,11 @@ std::optional<std::string> normalized(const std::optional<std::string>& told) {
         return std::nullopt;
     const auto colonsOnly = Text::replaced(*told, ";", ":");
     for (std::size_t at = 0; at < colonsOnly.size(); ++at) {
-        const auto length = timecodeLength(std::string_view(colonsOnly).substr(at));
-        if (length > 0)
-            return fmt::format("{:0>11}", colonsOnly.substr(at, length));
+        const auto rest = std::string_view(colonsOnly).substr(at);
+        const auto length = lengthBeforeFrames(rest);
+        const auto frames = length > 0 ? frameDigits(rest.substr(length)) : std::string();
+        if (!frames.empty())
+            return fmt::format("{:0>9}", rest.substr(0, length)) + frames;
     }
     return std::nullopt;
 }

@@ -70,7 +70,7 @@ private:
 
 /// What the chunks of one file say.
 struct Facts {
-    std::optional<std::uint64_t> channels, samplesPerSecond, bitsPerSample, dataBytes;
+    std::optional<std::uint64_t> channels, samplesPerSecond, frameBytes, bitsPerSample, dataBytes;
     /// Of a file whose sound may be longer than the size in its chunk can tell.
     std::optional<std::uint64_t> longDataBytes;
     /// Samples since midnight.
@@ -91,6 +91,7 @@ void takeFormat(Bytes chunk, Facts& facts) {
         return;
     facts.channels = littleEndian<2>(chunk, 2);
     facts.samplesPerSecond = littleEndian<4>(chunk, 4);
+    facts.frameBytes = littleEndian<2>(chunk, 12);
     facts.bitsPerSample = littleEndian<2>(chunk, 14);
 }
 
@@ -170,8 +171,11 @@ std::optional<std::uint64_t> samples(const Facts& facts) {
         facts.samplesPerSecond.value_or(0) == 0)
         return std::nullopt;
     constexpr std::uint64_t kBitsPerByte = 8;
+    const auto filled = *facts.channels * *facts.bitsPerSample / kBitsPerByte;
+    // A sample of 20 bits has three bytes to itself.
+    const auto whole = *facts.channels * ((*facts.bitsPerSample + kBitsPerByte - 1) / kBitsPerByte);
     return *facts.dataBytes /
-           std::max<std::uint64_t>(*facts.channels * *facts.bitsPerSample / kBitsPerByte, 1);
+           std::max<std::uint64_t>(facts.frameBytes == whole ? whole : filled, 1);
 }
 
 std::string_view between(std::string_view text, std::string_view open, std::string_view close) {

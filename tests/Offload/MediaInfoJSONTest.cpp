@@ -134,7 +134,7 @@ TEST(MediaInfoJSON, ReadsTimecodeAndItsWayOfCounting) {
         {R"("TimeCode_DropFrame": "NDF")", R"("TimeCode_DropFrame": "1")", "", kNone, false},
         {R"("TimeCode_FirstFrame": "02:00:00:00")", R"("TimeCode_FirstFrame": "03:00:00:00")", "",
          "02:00:00:00", kNone},
-        {"", R"("TimeCode_FirstFrame": "at 123:04:05:067")", "", "23:04:05:06", kNone},
+        {"", R"("TimeCode_FirstFrame": "at 123:04:05:067")", "", "23:04:05:67", kNone},
         {R"("TimeCode_FirstFrame": "none")", R"("TimeCode_FirstFrame": "03:00:00:00")", "", kNone,
          kNone},
         {"", "", R"("TimeCode_FirstFrame": "01:00:00:0")", kNone, kNone},

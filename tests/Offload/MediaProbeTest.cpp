@@ -64,6 +64,14 @@ void makeClips(const std::filesystem::path& folder, const std::string& rate, int
         throw std::runtime_error(result.standardError);
 }
 
+/// Has the timecode count every second picture from now on, as some cameras do. It begins later.
+void halveTimecode(const std::filesystem::path& file) {
+    using namespace std::string_literals;
+    const auto mxf =
+        Text::replaced(readFile(file), "\x15\x02\0\x02\0\x3c"s, "\x15\x02\0\x02\0\x1e"s);
+    writeFile(file, Text::replaced(mxf, "\xea\x60\0\0\x03\xe9\x3c"s, "\x75\x30\0\0\x03\xe9\x1e"s));
+}
+
 /// The take lasts two seconds and began at ten.
 std::string broadcastWave() {
     return wavFile({wavFormat(1, 48'000, 16), wavBext(36'000ULL * 48'000), wavIXML("25"),
@@ -89,6 +97,7 @@ TEST(MediaProbe, CountsTheFramesThatAClipWasMadeOf) {
         {"50", "01:00:59:00", 101, "01:00:59:00 - 01:01:01:00, 00:00:02:01, 2.02 s at 50.0000/50.0000, NDF"},
         {"60000/1001", "01:00:59;00", 101, "01:00:59:00 - 01:01:00:44, 00:00:01:41, 1.69 s at 59.9401/59.9401, DF"},
         {"60000/1001", "01:00:59:00", 101, "01:00:59:00 - 01:01:00:40, 00:00:01:41, 1.69 s at 59.9401/59.9401, NDF"},
+        {"120", "01:00:59:057", 101, "01:00:59:57 - 01:01:00:37, 00:00:00:101, 0.84 s at 120.0000/120.0000, NDF"},
     };
     // clang-format on
     const TemporaryFolder folder;
@@ -112,7 +121,25 @@ TEST(MediaProbe, KnowsClipsOfOtherMakes) {
     makeVideo(folder / "master.mxf", "25", {"-c:v", "prores", "-pix_fmt", "yuv422p10le"});
     makeVideo(folder / "phone.mp4", "25", {"-c:v", "mpeg4"});
     std::filesystem::rename(folder / "phone.mp4", folder / "Çekim \xff.mp4");
+    // Sound that goes on when the pictures have ended, and pictures that an editor has hidden.
+    makeVideo(folder / "sound.mov", "25",
+              {"-filter_complex", "sine=duration=3[sound]", "-map", "0:v", "-map", "[sound]",
+               "-c:v", "mpeg4"});
+    run({"ffmpeg", "-v", "error", "-ss", "0.8", "-i", folder / "Çekim \xff.mp4", "-c", "copy",
+         folder / "cut.mp4"});
+    makeClips(folder.path(), "60000/1001", 100, "02:00:00:00");
+    const auto clips = {"clip.mov", "clip.mp4", "clip.mxf"};
+    for (const auto* name : clips)
+        halveTimecode(folder / name);
     for (const auto& tool : {MediaInfoCLI::Tool::usual(), kNoTool}) {
+        EXPECT_EQ(told(MediaProbe::probe(folder / "sound.mov", contextWith(tool))),
+                  "none - none, 00:00:02:00, 2 s at 25.0000/25.0000, none");
+        EXPECT_EQ(told(MediaProbe::probe(folder / "cut.mp4", contextWith(tool))),
+                  "none - none, 00:00:01:05, 1.2 s at 25.0000/25.0000, none");
+        for (const auto* name : clips)
+            EXPECT_EQ(told(MediaProbe::probe(folder / name, contextWith(tool))),
+                      "04:00:00:00 - 04:00:01:19, 00:00:01:20, 1.67 s at 59.9401/29.9700, NDF")
+                << name;
         EXPECT_EQ(told(MediaProbe::probe(folder / "master.mxf", contextWith(tool))),
                   "00:00:00:00 - 00:00:01:24, 00:00:02:00, 2 s at 25.0000/25.0000, NDF");
         EXPECT_EQ(told(MediaProbe::probe(folder / "Çekim \xff.mp4", contextWith(tool))),

@@ -125,6 +125,8 @@ TEST_F(WavFileTest, SaysNothingThatItCannotKnow) {
         {"all ones", wavFile({wavFormat(65535, 1, 65535), wavBext(~0ULL), ixml, data}), kNone, 0.0,
          25.0},
         {"not RIFF", "RIFX" + wavFile({format, ixml, data}).substr(4), kNone, kNone, kNone},
+        {"20 bits in 3 bytes", wavFile({wavFormat(2, 48'000, 20), bext, ixml, data}), "10:00:00:00",
+         2.0, 25.0},
         {"44 bytes", wavFile({wavFormat(1, 8000, 8), wavChunk("data", "")}), kNone, kNone, kNone},
         {"45 bytes", wavFile({wavFormat(1, 8000, 8), wavChunk("data", "x", 1)}), kNone, 0.0, kNone},
         {"cut in a header", wavFile({format, ixml}) + "dat", kNone, kNone, 25.0},

@@ -40,7 +40,7 @@ std::string wavChunk(const std::string& identifier, const std::string& payload) 
 }
 
 std::string wavFormat(std::uint16_t channels, std::uint32_t samplesPerSecond, std::uint16_t bits) {
-    const std::uint64_t frameBytes = std::uint64_t{channels} * bits / 8U;
+    const std::uint64_t frameBytes = std::uint64_t{channels} * ((bits + 7U) / 8U);
     return wavChunk("fmt ", littleEndian(1, 2) + littleEndian(channels, 2) +
                                 littleEndian(samplesPerSecond, 4) +
                                 littleEndian(samplesPerSecond * frameBytes, 4) +

@@ -1,9 +1,14 @@
 #include "MediaFile.h"
 
+#include "MxfTimecode.h"
+
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <memory>
 #include <span>
+#include <string_view>
+#include <vector>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -89,6 +94,10 @@ const AVStream* firstTimecode(const AVFormatContext& context) {
 }
 
 std::optional<double> duration(const AVFormatContext& context) {
+    // Sound may go on when the pictures have ended.
+    const auto* video = firstVideo(context);
+    if (video && video->duration != AV_NOPTS_VALUE && video->duration > 0)
+        return positive(static_cast<double>(video->duration) * av_q2d(video->time_base));
     if (context.duration == AV_NOPTS_VALUE)
         return std::nullopt;
     const double whole = static_cast<double>(context.duration) / AV_TIME_BASE;
@@ -109,10 +118,8 @@ std::optional<FrameRate> frameRate(const AVStream& video) {
     return average ? average : rate(video.r_frame_rate);
 }
 
-/// As the container counts them, else as many as fit into the track's length.
-std::optional<std::int64_t> frameCount(const AVStream& video) {
-    if (video.nb_frames > 0)
-        return video.nb_frames;
+/// As many as fit into the track's length.
+std::optional<std::int64_t> framesInLength(const AVStream& video) {
     const auto perSecond = frameRate(video);
     if (!perSecond || video.duration == AV_NOPTS_VALUE || video.duration <= 0)
         return std::nullopt;
@@ -120,6 +127,28 @@ std::optional<std::int64_t> frameCount(const AVStream& video) {
                                  static_cast<int>(perSecond->frames())};
     const auto frames = av_rescale_q(video.duration, video.time_base, oneFrame);
     return frames > 0 ? std::optional(frames) : std::nullopt;
+}
+
+/// As the container counts them, unless it counts more than it shows, as those do of which somebody
+/// has cut something off.
+std::optional<std::int64_t> frameCount(const AVStream& video) {
+    const auto shown = framesInLength(video);
+    if (video.nb_frames > 0 && (!shown || std::abs(video.nb_frames - *shown) <= 1))
+        return video.nb_frames;
+    return shown;
+}
+
+/// Of the timecode track. One container has that in its header alone.
+std::optional<FrameRate> timecodeRate(AVFormatContext& context) {
+    if (const auto* timecode = firstTimecode(context))
+        return rate(timecode->avg_frame_rate);
+    if (std::string_view(context.iformat->name) != "mxf" || avio_seek(context.pb, 0, SEEK_SET) != 0)
+        return std::nullopt;
+    constexpr int kHeadBytes = 1 << 20;
+    std::vector<unsigned char> head(kHeadBytes);
+    const auto read =
+        static_cast<std::size_t>(std::max(avio_read(context.pb, head.data(), kHeadBytes), 0));
+    return MxfTimecode::roundedRate({reinterpret_cast<const char*>(head.data()), read});
 }
 
 /// Of the file, else of the first track that has one.
@@ -160,9 +189,8 @@ MediaTiming timing(const std::filesystem::path& file) {
         result.frameRate = frameRate(*video);
         result.frameCount = frameCount(*video);
     }
-    if (const auto* timecode = firstTimecode(*context))
-        result.timecodeRate = rate(timecode->avg_frame_rate);
     result.timecode = timecodeText(*context);
+    result.timecodeRate = timecodeRate(*context);
     return result;
 }
 
