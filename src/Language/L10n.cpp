@@ -154,11 +154,13 @@ std::string L10n::safeToPull(Text name) const {
 
 std::string L10n::unmountedButInUse(Text name) const {
     return isTurkish()
-               ? fmt::format("{} ayrıldı, ama aynı diskin başka bir bölümü kullanımda: çekmeyin.",
+               ? fmt::format("{} ayrıldı, ama aynı diskte veya kutuda başka bir birim kullanımda: "
+                             "çekmeyin.",
                              name)
-               : fmt::format("{} is unmounted, but another volume of the same disk is in use: do "
-                             "not pull it.",
-                             name);
+               : fmt::format(
+                     "{} is unmounted, but another volume of the same disk or housing is in "
+                     "use: do not pull it.",
+                     name);
 }
 
 std::string L10n::notEjected(Text name, Text reason) const {

@@ -28,9 +28,9 @@ std::string lastComponent(const std::filesystem::path& path) {
 
 /// Two subvolumes of one file system have its label in common.
 std::string nameOf(const VolumeFacts& facts, const std::string& label) {
-    const auto name = Text::trimmed(label);
+    auto name = Text::trimmed(label);
     if (name.empty())
-        return lastComponent(facts.mountPoint);
+        name = lastComponent(facts.mountPoint);
     return facts.mountedPart.empty() ? name : name + " [" + facts.mountedPart.substr(1) + "]";
 }
 
@@ -79,6 +79,17 @@ EjectError::Cause causeOf(const UDisksError& refusal) {
     if (name == std::string(kPrefix) + "DeviceBusy")
         return EjectError::Cause::Busy;
     return name.starts_with(std::string(kPrefix) + "NotAuthorized")
+               ? EjectError::Cause::NotPermitted
+               : EjectError::Cause::Other;
+}
+
+EjectError::Cause causeOf(const Umount::Result& refusal) {
+    const auto says = [&](std::string_view words) {
+        return refusal.words.find(words) != std::string::npos;
+    };
+    if (says("target is busy"))
+        return EjectError::Cause::Busy;
+    return says("must be superuser") || says("not permitted") || says("ermission denied")
                ? EjectError::Cause::NotPermitted
                : EjectError::Cause::Other;
 }
@@ -199,8 +210,8 @@ Ejected eject(const std::filesystem::path& mountPoint, const DiskSources& source
     if (const auto plan = device == 0 ? std::nullopt : ejectPlan(device, sources)) {
         result.isDiskInUse |= plan->driveStep == EjectPlan::Drive::InUse;
         result.remark = ejectByService(mountPoint, *plan, sources);
-    } else if (const int status = Umount::run(mountPoint)) {
-        throw EjectError(mountPoint, status, "umount gave " + std::to_string(status));
+    } else if (const auto refusal = Umount::run(mountPoint); refusal.status != 0) {
+        throw EjectError(mountPoint, refusal.status, refusal.words, causeOf(refusal));
     }
     return result;
 }

@@ -32,6 +32,12 @@ bool comesBefore(const ClassifiedVolume& left, const ClassifiedVolume& right) {
     return Text::localizedCaseInsensitiveCompare(left.name(), right.name()) < 0;
 }
 
+/// A device that is mounted at several places is one volume, at the first of them.
+void keepOneOfEach(std::vector<ClassifiedVolume>& volumes) {
+    VolumeIDs kept;
+    std::erase_if(volumes, [&](const auto& volume) { return !kept.insert(volume.id()).second; });
+}
+
 /// Where the kernel's table has a folder of the volumes root, which may be reached through links.
 std::filesystem::path withoutLinks(const std::filesystem::path& mountPoint) {
     std::error_code failure;
@@ -64,13 +70,13 @@ PatientReader::Subject subject(const DiskInfo& disks, const std::filesystem::pat
 }
 
 /// Of the mounts under the roots those that the service may have something to say of yet.
-std::vector<std::string> awaited(const DiskInfo& disks,
-                                 const std::vector<std::filesystem::path>& mountPoints) {
-    std::vector<std::string> mounts;
+std::vector<const Mount*> awaited(const DiskInfo& disks,
+                                  const std::vector<std::filesystem::path>& mountPoints) {
+    std::vector<const Mount*> mounts;
     for (const auto& mountPoint : mountPoints) {
         const auto* mount = disks.mountAt(withoutLinks(mountPoint));
         if (mount && disks.isAwaited(*mount))
-            mounts.push_back(disks.identity(*mount));
+            mounts.push_back(mount);
     }
     return mounts;
 }
@@ -135,13 +141,13 @@ VolumeMonitor::lookAtDisks(const std::vector<std::filesystem::path>& mountPoints
     constexpr std::chrono::milliseconds kBetweenLooks{50};
     const auto deadline = SteadyClock::now() + kPatience;
     while (true) {
-        auto disks = std::make_shared<const DiskInfo>(options_.sources, memory_);
+        const auto disks = std::make_shared<DiskInfo>(options_.sources, memory_);
         const auto mounts = awaited(*disks, mountPoints);
         if (mounts.empty())
             return disks;
         if (SteadyClock::now() >= deadline) {
-            for (const auto& mount : mounts)
-                memory_.giveUp(mount);
+            for (const auto* mount : mounts)
+                disks->giveUp(*mount, memory_);
             return disks;
         }
         std::this_thread::sleep_for(kBetweenLooks);
@@ -164,6 +170,7 @@ std::vector<ClassifiedVolume> VolumeMonitor::read() {
         volumes.push_back(VolumeClassifier::classify(
             facts[index] ? *facts[index] : factsOfSilent(*disks, mountPoints[index])));
     }
+    keepOneOfEach(volumes);
     std::stable_sort(volumes.begin(), volumes.end(), comesBefore);
     return volumes;
 }

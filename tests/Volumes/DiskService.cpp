@@ -122,12 +122,9 @@ void DiskService::start() {
               [&] { return UDisksClient(bus_.address()).objects().has_value(); });
 }
 
-LoopDisk::LoopDisk(std::vector<std::string> format) {
-    const auto image = (folder_ / "disk.img").native();
-    runPrivileged({"truncate", "-s", "128M", image});
-    format.push_back(image);
-    runPrivileged(format);
-    device_ = Text::trimmed(runPrivileged({"losetup", "--find", "--show", image}));
+LoopDisk::LoopDisk(std::vector<std::string> format)
+    : device_(Text::trimmed(
+          runPrivileged({"losetup", "--find", "--show", makeImage(std::move(format))}))) {
     settleDevices();
 }
 
@@ -144,6 +141,20 @@ void LoopDisk::mount(const std::filesystem::path& folder, const std::vector<std:
     words.insert(words.end(), {device_.native(), folder.native()});
     runPrivileged(words);
     mountPoints_.push_back(folder);
+}
+
+void LoopDisk::exchange(std::vector<std::string> format) {
+    runPrivileged({"losetup", "--detach", device_});
+    runPrivileged({"losetup", device_, makeImage(std::move(format))});
+    settleDevices();
+}
+
+std::string LoopDisk::makeImage(std::vector<std::string> format) {
+    auto image = (folder_ / (format.back() + ".img")).native();
+    runPrivileged({"truncate", "-s", "128M", image});
+    format.push_back(image);
+    runPrivileged(format);
+    return image;
 }
 
 void LoopDisk::unmount() {

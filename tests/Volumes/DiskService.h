@@ -69,10 +69,16 @@ public:
     void mount(const std::filesystem::path& folder, const std::vector<std::string>& options = {});
     void unmount();
 
+    /// Puts another disk in place of this one, which must not be mounted.
+    void exchange(std::vector<std::string> format);
+
     /// Somebody else has done it.
     void wasUnmounted() { mountPoints_.clear(); }
 
 private:
+    /// Gives its path.
+    std::string makeImage(std::vector<std::string> format);
+
     TemporaryFolder folder_;
     std::filesystem::path device_;
     std::vector<std::filesystem::path> mountPoints_;

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <fstream>
+#include <future>
 
 using namespace slatewise;
 using namespace slatewise::test;
@@ -113,13 +114,25 @@ TEST_F(RealDisks, StayWhatTheyAreWhenTheServiceFallsSilent) {
     // Of what comes now only the kernel and the disk can speak.
     disk.mount(root / "DISK1");
     EXPECT_THAT(seen(), ElementsAre(known, "DISK destination " + disk.deviceName()));
-    service.speakAgain();
-    EXPECT_THAT(seen(), ElementsAre(known, "DISK destination " + disk.deviceName()));
+    // It awakes with a question before it, and answers that before it looks at what has happened.
+    const auto awake = [&] {
+        auto asking = std::async(std::launch::async, [&] { return seen(); });
+        service.speakAgain();
+        return asking.get();
+    };
+    EXPECT_THAT(awake(), ElementsAre(known, "DISK destination " + disk.deviceName()));
+
+    // Another one in the same slot, at the same place.
+    service.fallSilent();
+    disk.unmount();
+    disk.exchange({"mkfs.ext4", "-q", "-L", "OTHER"});
+    disk.mount(root / "DISK1");
+    EXPECT_THAT(awake(), ElementsAre(known, "OTHER destination " + disk.deviceName()));
 
     service.end();
-    EXPECT_THAT(seen(), ElementsAre(known, "DISK destination " + disk.deviceName()));
+    EXPECT_THAT(seen(), ElementsAre(known, "OTHER destination " + disk.deviceName()));
     service.start();
-    EXPECT_THAT(seen(), ElementsAre(known, "DISK destination " + disk.deviceName()));
+    EXPECT_THAT(seen(), ElementsAre(known, "OTHER destination " + disk.deviceName()));
 }
 
 TEST_F(RealDisks, AreEjectedUnlessTheyAreBusy) {

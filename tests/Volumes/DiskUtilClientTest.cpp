@@ -31,10 +31,10 @@ TEST(DiskUtilClient, NamesAVolumeByWhatTellsItApart) {
         std::string label, uuid, root, name, id, lastingID;
     };
     const Case cases[] = {
-        {"a label", " Card\n", "12-AB", "/", "Card", "sdb1", "UUID=12-AB"},
+        {"a label", "\uFEFFCard\n", "12-AB", "/", "Card", "sdb1", "UUID=12-AB"},
         {"a blank one", " \t", "", "/", "A001", "sdb1", "sdb1"},
         {"a part", "R", "12-AB", "/@a/b", "R [@a/b]", "sdb1[/@a/b]", "UUID=12-AB/@a/b"},
-        {"a part without a label", "", "", "/@a", "A001", "sdb1[/@a]", "sdb1[/@a]"},
+        {"a part without a label", "", "", "/@a", "A001 [@a]", "sdb1[/@a]", "sdb1[/@a]"},
     };
     for (const auto& [what, label, uuid, root, name, id, lastingID] : cases) {
         auto disk = kDisk;

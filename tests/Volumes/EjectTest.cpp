@@ -88,7 +88,8 @@ TEST_F(Eject, LeavesADriveAloneWhileAnotherVolumeOnItIsMounted) {
     EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
     EXPECT_TRUE(last.isDiskInUse);
     EXPECT_EQ(last.text("A001", L10n(AppLanguage::English)),
-              "A001 is unmounted, but another volume of the same disk is in use: do not pull it.");
+              "A001 is unmounted, but another volume of the same disk or housing is in use: do not "
+              "pull it.");
 }
 
 TEST_F(Eject, AsksNoSlotForWhatItCannotDo) {
@@ -126,6 +127,10 @@ TEST_F(Eject, LeavesPowerOnWhileAnotherDriveInTheHousingIsMounted) {
                 ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
     second["SiblingId"] = QString("usb2/2-1");
     EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
+    EXPECT_TRUE(last.isDiskInUse);
+    drive["MediaRemovable"] = true;
+    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1", "Eject drives/Disk"));
+    EXPECT_FALSE(last.isDiskInUse);
 }
 
 TEST_F(Eject, TakesAwayOnlyThePlaceItIsAskedFor) {
@@ -195,6 +200,7 @@ TEST_F(Eject, WithoutTheServiceUnmountsWithTheSystemsTool) {
         ASSERT_TRUE(holder);
         const auto busy = refusalOf(disk.path(), sources);
         EXPECT_NE(busy.code(), 0);
+        EXPECT_EQ(busy.cause(), DiskUtilClient::EjectError::Cause::Busy) << busy.reason();
         EXPECT_EQ(busy.localizedDescription(), "Could not eject " + disk.path().native() + ".");
         EXPECT_TRUE(std::filesystem::exists(disk / "open"));
     }
@@ -202,5 +208,5 @@ TEST_F(Eject, WithoutTheServiceUnmountsWithTheSystemsTool) {
     EXPECT_FALSE(std::filesystem::exists(disk / "open"));
     disk.wasUnmounted();
     // Nothing is mounted there any more.
-    EXPECT_NE(refusalOf(disk.path(), sources).code(), 0);
+    EXPECT_EQ(refusalOf(disk.path(), sources).reason(), "umount: not mounted.");
 }

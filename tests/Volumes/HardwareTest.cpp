@@ -1,12 +1,14 @@
 #include "Machine.h"
 #include "MockUDisks.h"
 
+#include "Platform/Disks/DiskInfo.h"
 #include "Platform/Text.h"
 #include "Volumes/DiskUtilClient.h"
 #include "Volumes/VolumeClassifier.h"
 
 #include <gmock/gmock.h>
 
+#include <QByteArrayList>
 #include <QDBusObjectPath>
 
 #include <chrono>
@@ -242,6 +244,58 @@ TEST(DiskService, NamesAndMeasuresAVolume) {
     const auto untold = DiskUtilClient::facts(machine.mountPoint(), machine.sources());
     EXPECT_EQ(untold.volumeName, "VOLUME");
     EXPECT_EQ(untold.totalBytes, 125'000'000 * 512LL);
+}
+
+TEST(DiskService, IsNotBelievedWhileItIsBehindEvents) {
+    struct Case {
+        const char* what;
+        std::function<void(Machine&)> change;
+        bool isAwaited;
+        /// What counts in the end.
+        const char* name;
+    };
+    const Case cases[] = {
+        {"as it should be", [](Machine&) {}, false, "A"},
+        {"not looked into",
+         [](Machine& machine) {
+             block(machine, "sdb1")["IdUsage"] = block(machine, "sdb1")["IdLabel"] = "";
+         },
+         true, "VOLUME"},
+        {"mounted elsewhere",
+         [](Machine& machine) { machine.addFilesystem("sdb1", {"/media/me/OLD"}); }, true, "A"},
+        {"another medium",
+         [](Machine& machine) {
+             block(machine, "sdb")["Symlinks"] =
+                 QVariant::fromValue(QByteArrayList{"/dev/disk/by-diskseq/6"});
+         },
+         true, "B"},
+    };
+    for (const auto& [what, change, isAwaited, name] : cases) {
+        SCOPED_TRACE(what);
+        Machine machine;
+        readerWith(machine, "exfat");
+        machine.addAttribute(kUsb + "/block/sdb", "diskseq", "7");
+        machine.addRecord("8:17", "E:ID_FS_LABEL_ENC=B\\x20\nE:ID_FS_UUID_ENC=B-1\n");
+        auto& partition = block(machine, "sdb1");
+        partition["IdLabel"] = QString("A");
+        machine.object("block_devices/sdb1")["org.freedesktop.UDisks2.Partition"]["Table"] =
+            QVariant::fromValue(Machine::path("block_devices/sdb"));
+        change(machine);
+        const MockUDisks service(machine.objects());
+        auto sources = machine.sources();
+        sources.busAddress = service.address();
+        DiskMemory memory;
+        DiskInfo disks(sources, memory);
+        const auto& mount = *disks.mountAt(machine.mountPoint());
+        const auto nameNow = [&] {
+            return DiskUtilClient::factsFrom(machine.mountPoint(), &mount, disks.facts(mount))
+                .volumeName;
+        };
+        EXPECT_EQ(disks.isAwaited(mount), isAwaited);
+        EXPECT_EQ(nameNow(), isAwaited ? "B" : "A");
+        disks.giveUp(mount, memory);
+        EXPECT_EQ(nameNow(), name);
+    }
 }
 
 TEST(DiskService, IsNotWaitedForLong) {

@@ -56,6 +56,11 @@ void Machine::addMount(const std::string& numbers, const std::string& root,
     writeFile(folder_ / "mountinfo", mountTable_);
 }
 
+void Machine::addRecord(const std::string& numbers, const std::string& lines) {
+    std::filesystem::create_directory(folder_ / "records");
+    writeFile(folder_ / "records" / ("b" + numbers), lines);
+}
+
 QDBusObjectPath Machine::path(const std::string& name) {
     return QDBusObjectPath(
         name.empty() ? "/" : QString::fromStdString("/org/freedesktop/UDisks2/" + name));
@@ -84,6 +89,7 @@ void Machine::addFilesystem(const std::string& block, const std::vector<std::str
         names << fileName(mountPoint);
     object("block_devices/" + block)["org.freedesktop.UDisks2.Filesystem"]["MountPoints"] =
         QVariant::fromValue(names);
+    object("block_devices/" + block)[kBlock]["IdUsage"] = "filesystem";
 }
 
 QVariantMap& Machine::addDrive(const std::string& name, const std::string& bus) {
@@ -102,6 +108,7 @@ DiskSources Machine::sources() const {
     return {.busAddress = "unix:path=/nowhere",
             .mountTable = folder_ / "mountinfo",
             .sys = folder_ / "sys",
+            .deviceRecords = folder_ / "records",
             .devices = folder_ / "dev"};
 }
 

@@ -32,6 +32,9 @@ public:
                   const std::filesystem::path& mountPoint, const std::string& fileSystem,
                   const std::string& source, const std::string& options = "rw");
 
+    /// What the device manager has found out about a device.
+    void addRecord(const std::string& numbers, const std::string& lines);
+
     /// An object of the service, by the last parts of its path: "block_devices/sdb1".
     UDisksObjects::Interfaces& object(const std::string& name);
 
@@ -39,7 +42,7 @@ public:
     QVariantMap& addBlock(const std::string& name, const std::string& numbers,
                           const std::string& drive = "");
 
-    /// What makes a block a volume, mounted at so many places.
+    /// What makes a block a volume that the service has looked into, mounted at so many places.
     void addFilesystem(const std::string& block, const std::vector<std::string>& mountPoints);
 
     QVariantMap& addDrive(const std::string& name, const std::string& bus);

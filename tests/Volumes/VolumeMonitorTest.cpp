@@ -4,6 +4,7 @@
 #include "Volumes/DiskUtilClient.h"
 #include "support/Leaks.h"
 #include "support/MountedVolume.h"
+#include "support/Process.h"
 
 #include <gmock/gmock.h>
 
@@ -90,6 +91,16 @@ TEST_F(Monitoring, FollowsWhatIsMountedWithinHalfASecond) {
     EXPECT_EQ(monitor.currentVolumes().front().id(),
               BlockDevices::pathUnder(disk.path()).filename());
     EXPECT_EQ(monitor.currentVolumes().front().facts.protocolName, "Disk Image");
+
+    // Seen at a second place, it is one disk all the same.
+    std::filesystem::create_directory(media / "a second place");
+    runPrivileged({"mount", "--bind", disk.path().native(), media / "a second place"});
+    monitor.refresh();
+    EXPECT_THAT(shown(monitor.currentVolumes()),
+                ElementsAre("a disk destination", "B card cameraCard"));
+    runPrivileged({"umount", media / "a second place"});
+    std::filesystem::remove(media / "a second place");
+    monitor.refresh();
 
     // Further reads find nothing new, and neither does filling the disk.
     calls = 0;

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
+#include <sys/types.h>
 
 namespace slatewise {
 
@@ -16,6 +18,15 @@ enum class DiskBus {
     Sata,
     /// No disk but a file that stands for one.
     DiskImage,
+};
+
+/// A device at one of the places where it is mounted.
+struct MountedDevice {
+    dev_t numbers = 0;
+    std::filesystem::path mountPoint;
+    /// The kernel's number of the medium, by which it differs from all that were there before.
+    /// Empty where the kernel does not count.
+    std::string medium;
 };
 
 /// What is known of the device under a volume and of the disk that it is a part of, whoever told

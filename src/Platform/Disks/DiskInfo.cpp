@@ -1,6 +1,7 @@
 #include "Platform/Disks/DiskInfo.h"
 
 #include "Platform/Disks/BlockDevices.h"
+#include "Platform/Disks/DeviceRecords.h"
 #include "Platform/Disks/FileSystemProbe.h"
 #include "Platform/Disks/SysfsDisks.h"
 #include "Platform/Disks/UDisksClient.h"
@@ -12,14 +13,19 @@ namespace slatewise {
 DiskInfo::DiskInfo(DiskSources sources)
     : DiskInfo(std::move(sources), *std::make_unique<DiskMemory>()) {}
 
-DiskInfo::DiskInfo(DiskSources sources, DiskMemory& memory)
-    : sources_(std::move(sources)), mounts_(MountTable::read(sources_.mountTable)) {
+DiskInfo::DiskInfo(DiskSources sources, DiskMemory& memory) : sources_(std::move(sources)) {
+    const auto told = UDisksClient(sources_.busAddress).objects();
+    // Not before: a service that is silent takes its time, in which a card may come.
+    mounts_ = MountTable::read(sources_.mountTable);
     DiskMemory::Mounted mounted;
     for (const auto& mount : mounts_) {
-        if (const auto device = BlockDevices::numbersOf(mount, sources_.sys))
-            mounted[identity(mount)] = device;
+        if (const auto numbers = BlockDevices::numbersOf(mount, sources_.sys))
+            mounted[identity(mount)] = {.numbers = numbers,
+                                        .mountPoint = mount.mountPoint,
+                                        .medium =
+                                            SysfsDisks::ownMediumNumber(numbers, sources_.sys)};
     }
-    service_ = memory.update(mounted, UDisksClient(sources_.busAddress).objects());
+    service_ = memory.update(mounted, told);
 }
 
 const Mount* DiskInfo::mountAt(const std::filesystem::path& path) const {
@@ -38,7 +44,7 @@ std::string DiskInfo::identity(const Mount& mount) const {
 
 std::optional<DiskFacts> DiskInfo::facts(const Mount& mount) const {
     auto facts = factsWithoutReading(mount);
-    if (facts && !service_.answers.contains(identity(mount)))
+    if (facts && facts->fileSystem.empty() && !service_.answers.contains(identity(mount)))
         FileSystemProbe::addTo(*facts, sources_.devices / facts->deviceName);
     return facts;
 }
@@ -47,10 +53,13 @@ std::optional<DiskFacts> DiskInfo::factsWithoutReading(const Mount& mount) const
     const auto device = BlockDevices::numbersOf(mount, sources_.sys);
     if (device == 0)
         return std::nullopt;
-    const auto kernels = SysfsDisks::facts(device, sources_.sys);
+    auto kernels = SysfsDisks::facts(device, sources_.sys);
     const auto answer = service_.answers.find(identity(mount));
-    if (answer == service_.answers.end())
+    if (answer == service_.answers.end()) {
+        if (kernels)
+            DeviceRecords::addTo(*kernels, device, sources_.sys, sources_.deviceRecords);
         return kernels;
+    }
     auto facts = answer->second;
     // The service tells apart only buses with a plug for everybody.
     if (kernels && facts.bus == DiskBus::Unknown) {
@@ -62,6 +71,13 @@ std::optional<DiskFacts> DiskInfo::factsWithoutReading(const Mount& mount) const
 
 bool DiskInfo::isAwaited(const Mount& mount) const {
     return service_.awaited.contains(identity(mount));
+}
+
+void DiskInfo::giveUp(const Mount& mount, DiskMemory& memory) {
+    const auto name = identity(mount);
+    service_.awaited.erase(name);
+    if (auto said = memory.giveUp(name))
+        service_.answers.insert_or_assign(name, std::move(*said));
 }
 
 } // namespace slatewise

@@ -13,8 +13,8 @@
 namespace slatewise {
 
 /// One look at what is mounted and at the disks below: what UDisks2 says, and of what it does not
-/// know, or when it is not there, what the kernel and the disk itself say. At rest from then on:
-/// any thread may ask it.
+/// know, or when it is not there, what the kernel, the device manager and the disk itself say. At
+/// rest from then on: any thread may ask it.
 class DiskInfo {
 public:
     /// Blocks until UDisks2 has answered, at most 2 seconds.
@@ -42,6 +42,9 @@ public:
 
     /// Whether the service has been there before and may have something to say of it yet.
     bool isAwaited(const Mount& mount) const;
+
+    /// Of one that is awaited: makes do with what can be known now. To be called before others ask.
+    void giveUp(const Mount& mount, DiskMemory& memory);
 
 private:
     DiskSources sources_;

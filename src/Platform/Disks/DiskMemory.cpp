@@ -12,12 +12,13 @@ DiskMemory::Known DiskMemory::update(const Mounted& mounted,
     };
     std::erase_if(answers_, [&](const auto& answer) { return isGone(answer.first); });
     std::erase_if(givenUp_, isGone);
+    doubtful_.clear();
     serviceWasThere_ |= told.has_value();
 
     Known known;
     for (const auto& [mount, device] : mounted) {
         if (const auto facts = told ? told->facts(device) : std::nullopt)
-            answers_[mount] = *facts;
+            (told->isUpToDate(device) ? answers_ : doubtful_)[mount] = *facts;
         if (serviceWasThere_ && !answers_.contains(mount) && !givenUp_.contains(mount))
             known.awaited.insert(mount);
     }
@@ -25,9 +26,13 @@ DiskMemory::Known DiskMemory::update(const Mounted& mounted,
     return known;
 }
 
-void DiskMemory::giveUp(const std::string& mount) {
+std::optional<DiskFacts> DiskMemory::giveUp(const std::string& mount) {
     const std::lock_guard guard(lock_);
     givenUp_.insert(mount);
+    const auto said = doubtful_.find(mount);
+    if (said == doubtful_.end())
+        return std::nullopt;
+    return answers_.try_emplace(mount, said->second).first->second;
 }
 
 } // namespace slatewise

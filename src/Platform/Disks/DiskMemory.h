@@ -7,7 +7,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <sys/types.h>
 
 namespace slatewise {
 
@@ -18,7 +17,7 @@ class UDisksObjects;
 class DiskMemory {
 public:
     /// Devices under mounts, each mount under a name that no other one has.
-    using Mounted = std::map<std::string, dev_t, std::less<>>;
+    using Mounted = std::map<std::string, MountedDevice, std::less<>>;
 
     struct Known {
         std::map<std::string, DiskFacts, std::less<>> answers;
@@ -27,15 +26,19 @@ public:
     };
 
     /// Takes in what the service says now, nothing when it does not answer, and gives all that is
-    /// known of these mounts. Others are forgotten.
+    /// known of these mounts. Others are forgotten. What it says while it is behind events is no
+    /// answer.
     Known update(const Mounted& mounted, const std::optional<UDisksObjects>& told);
 
-    /// The mount is not waited for any more.
-    void giveUp(const std::string& mount);
+    /// The mount is not waited for any more: gives what the service says of it nevertheless, which
+    /// counts as its answer from now on. Nothing when it says nothing.
+    std::optional<DiskFacts> giveUp(const std::string& mount);
 
 private:
     std::mutex lock_;
     std::map<std::string, DiskFacts, std::less<>> answers_;
+    /// What was said last and may not be about the mount.
+    std::map<std::string, DiskFacts, std::less<>> doubtful_;
     std::set<std::string, std::less<>> givenUp_;
     bool serviceWasThere_ = false;
 };

@@ -13,6 +13,8 @@ struct DiskSources {
     std::string busAddress;
     std::filesystem::path mountTable = MountTable::ofThisProcess;
     std::filesystem::path sys = "/sys";
+    /// What the device manager has found out about them.
+    std::filesystem::path deviceRecords = "/run/udev/data";
     /// Where devices can be read from, under the kernel's names.
     std::filesystem::path devices = "/dev";
 };

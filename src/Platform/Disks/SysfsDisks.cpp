@@ -129,4 +129,11 @@ std::string mediumNumber(dev_t numbers, const path& sys) {
     return attribute(diskUnder(numbers, sys) / "diskseq");
 }
 
+std::string ownMediumNumber(dev_t numbers, const path& sys) {
+    std::error_code failure;
+    const auto device =
+        std::filesystem::canonical(sys / "dev/block" / BlockDevices::text(numbers), failure);
+    return failure ? std::string() : attribute(wholeDisk(device) / "diskseq");
+}
+
 } // namespace slatewise::SysfsDisks

@@ -22,4 +22,8 @@ std::filesystem::path diskUnder(dev_t numbers, const std::filesystem::path& sys 
 /// Grows with every medium that the kernel finds, whatever the slot. Empty where it does not count.
 std::string mediumNumber(dev_t numbers, const std::filesystem::path& sys = "/sys");
 
+/// The same of the device itself, or of the one that it is a partition of, and not of the disk that
+/// an encrypted device or an array lies on.
+std::string ownMediumNumber(dev_t numbers, const std::filesystem::path& sys = "/sys");
+
 } // namespace slatewise::SysfsDisks

@@ -16,9 +16,14 @@ constexpr auto kFilesystem = "org.freedesktop.UDisks2.Filesystem";
 constexpr auto kLoop = "org.freedesktop.UDisks2.Loop";
 constexpr auto kPartition = "org.freedesktop.UDisks2.Partition";
 
-/// "/dev/sdb1" without its folder; the service ends file names with a zero byte.
+/// The service ends file names with a zero byte.
+std::string fileName(const QByteArray& told) {
+    return told.constData();
+}
+
+/// "/dev/sdb1" without its folder.
 std::string deviceName(const QByteArray& file) {
-    const std::string name(file.constData());
+    const auto name = fileName(file);
     constexpr std::string_view kFolder = "/dev/";
     return name.starts_with(kFolder) ? name.substr(kFolder.size()) : name;
 }
@@ -41,9 +46,9 @@ UDisksObjects::UDisksObjects(Objects objects) : objects_(std::move(objects)) {
     }
 }
 
-std::optional<DiskFacts> UDisksObjects::facts(dev_t numbers) const {
-    const auto object = blocks_.value(numbers);
-    if (object.isEmpty())
+std::optional<DiskFacts> UDisksObjects::facts(const MountedDevice& mounted) const {
+    const auto object = blocks_.value(mounted.numbers);
+    if (object.isEmpty() || isOfAnotherMedium(object, mounted.medium))
         return std::nullopt;
     // A service that is just starting may know the partition and not yet the drive.
     const auto drive = driveOf(object);
@@ -79,6 +84,14 @@ std::optional<DiskFacts> UDisksObjects::facts(dev_t numbers) const {
     return facts;
 }
 
+bool UDisksObjects::isUpToDate(const MountedDevice& mounted) const {
+    const auto object = blocks_.value(mounted.numbers);
+    if (property(object, kBlock, "IdUsage").toString() != "filesystem")
+        return false;
+    const auto places = fileNames(object, kFilesystem, "MountPoints");
+    return std::find(places.begin(), places.end(), mounted.mountPoint.native()) != places.end();
+}
+
 std::optional<EjectPlan> UDisksObjects::ejectPlan(dev_t numbers) const {
     const auto object = blocks_.value(numbers);
     // The service unmounts a device wherever it chooses, and not the place that somebody asked for.
@@ -94,8 +107,11 @@ std::optional<EjectPlan> UDisksObjects::ejectPlan(dev_t numbers) const {
         plan.driveStep = EjectPlan::Drive::InUse;
     else if (understandsEject(object, drive))
         plan.driveStep = EjectPlan::Drive::Eject;
-    else if (property(drive, kDrive, "CanPowerOff").toBool() &&
-             !isHousingInUseBeside(object, drive))
+    else if (isHousingInUseBeside(object, drive))
+        plan.driveStep = property(drive, kDrive, "MediaRemovable").toBool()
+                             ? EjectPlan::Drive::LeaveAlone
+                             : EjectPlan::Drive::InUse;
+    else if (property(drive, kDrive, "CanPowerOff").toBool())
         plan.driveStep = EjectPlan::Drive::PowerOff;
     return plan;
 }
@@ -148,9 +164,27 @@ bool UDisksObjects::understandsEject(const QString& block, const QString& drive)
                           property(drive, kDrive, "MediaRemovable").toBool());
 }
 
-qsizetype UDisksObjects::mountCount(const QString& block) const {
+std::vector<std::string> UDisksObjects::fileNames(const QString& block, const char* interfaceName,
+                                                  const char* name) const {
+    std::vector<std::string> names;
     // A list within a list stays as it came over the bus until somebody says what it is.
-    return qdbus_cast<QByteArrayList>(property(block, kFilesystem, "MountPoints")).size();
+    for (const auto& told : qdbus_cast<QByteArrayList>(property(block, interfaceName, name)))
+        names.push_back(fileName(told));
+    return names;
+}
+
+/// The number of the medium is in one of the other names of a device, for most kinds.
+bool UDisksObjects::isOfAnotherMedium(const QString& block, const std::string& medium) const {
+    constexpr std::string_view kNumbered = "/dev/disk/by-diskseq/";
+    const auto table = referred(block, kPartition, "Table");
+    const auto names = fileNames(table.isEmpty() ? block : table, kBlock, "Symlinks");
+    return !medium.empty() && std::any_of(names.begin(), names.end(), [&](const auto& name) {
+        return name.starts_with(kNumbered) && name.substr(kNumbered.size()) != medium;
+    });
+}
+
+std::size_t UDisksObjects::mountCount(const QString& block) const {
+    return fileNames(block, kFilesystem, "MountPoints").size();
 }
 
 bool UDisksObjects::isInUseBeside(const QString& block, const QString& drive) const {

@@ -8,7 +8,9 @@
 #include <QVariantMap>
 
 #include <optional>
+#include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace slatewise {
 
@@ -17,7 +19,7 @@ struct EjectPlan {
     enum class Drive {
         /// Nothing can be done to it, and nothing need be.
         LeaveAlone,
-        /// Another volume on it is mounted.
+        /// Another volume on it, or on a drive in the same housing, is mounted.
         InUse,
         Eject,
         PowerOff,
@@ -40,14 +42,18 @@ public:
     UDisksObjects() = default;
     explicit UDisksObjects(Objects objects);
 
-    /// About the device with these numbers. The bus stays unknown for connections that the service
-    /// does not tell apart. Nothing when it does not know the device.
-    std::optional<DiskFacts> facts(dev_t numbers) const;
+    /// The bus stays unknown for connections that the service does not tell apart. Nothing when it
+    /// does not know the device, or still the medium that was in it before.
+    std::optional<DiskFacts> facts(const MountedDevice& mounted) const;
+
+    /// Whether these are about the file system that is mounted there: the service has looked at
+    /// that, and has seen the mount. It may be behind events.
+    bool isUpToDate(const MountedDevice& mounted) const;
 
     /// A medium is ejected from a reader that understands the command: cards in a slot of their
     /// own and NVMe do not, whatever the service says, and their slots may mount them again for it.
     /// Any other drive is powered off where that can be done. It is left alone while another volume
-    /// on it is mounted, and not powered off while that is so for a drive in the same housing.
+    /// on it is mounted, or one on a drive in the same housing, which has one plug for both.
     /// Nothing when the service does not know the device, or cannot be told which of several places
     /// to unmount it from.
     std::optional<EjectPlan> ejectPlan(dev_t numbers) const;
@@ -61,7 +67,10 @@ private:
     QString driveOf(const QString& block) const;
     bool isImage(const QString& block) const;
     bool understandsEject(const QString& block, const QString& drive) const;
-    qsizetype mountCount(const QString& block) const;
+    std::vector<std::string> fileNames(const QString& block, const char* interface,
+                                       const char* name) const;
+    bool isOfAnotherMedium(const QString& block, const std::string& medium) const;
+    std::size_t mountCount(const QString& block) const;
     bool isInUseBeside(const QString& block, const QString& drive) const;
     bool isHousingInUseBeside(const QString& block, const QString& drive) const;
 
