@@ -45,19 +45,6 @@ void raise(Volumes& volumes, const std::string& id, std::int64_t total, std::int
     found->facts.freeBytes = std::max(found->facts.freeBytes, free);
 }
 
-/// What has come back as something else under the id that it bore: another card in the same slot,
-/// or the same one put in again.
-VolumeIDs exchanged(const Volumes& before, const Volumes& now) {
-    VolumeIDs ids;
-    for (const auto& volume : now) {
-        const auto* known = findVolume(before, volume.id());
-        const bool areKnown = known && known->facts.identity && volume.facts.identity;
-        if (areKnown && !known->facts.identity->isSame(*volume.facts.identity))
-            ids.insert(volume.id());
-    }
-    return ids;
-}
-
 bool lacksOnlyWriting(const ClassifiedVolume& volume) {
     return volume.kind == VolumeKind::Unknown && !volume.facts.isWritable() &&
            VolumeClassifier::suitsAsDestination(volume.facts);
@@ -134,25 +121,14 @@ VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounte
     for (auto* extras : {&corrections_.extraCards, &corrections_.extraDestinations})
         std::erase_if(*extras,
                       [&](const auto& folder) { return !exists(folder.facts.mountPoint); });
-    const auto replaced = takeInLastingIDs(mounted);
+    const auto replaced = takeIn(mounted);
     letGoOf(replaced);
     for (const auto& id : replaced)
         previous.erase(id);
     const auto mountedIDs = idsOf(mounted);
     std::erase_if(corrections_.hiddenVolumeIDs,
                   [&](const auto& id) { return !mountedIDs.contains(id); });
-    const auto before = std::exchange(lists_, sortVolumes(mounted, corrections_));
-
-    // Nobody has been asked about it.
-    for (const auto side : {VolumeSide::Card, VolumeSide::Destination}) {
-        const auto& listed = side == VolumeSide::Card ? before.cards : before.destinations;
-        for (const auto& id : exchanged(listed, list(side))) {
-            selection(side).ids.erase(id);
-            previous.erase(id);
-            if (lastingID(id) == id)
-                replacements_.insert(id);
-        }
-    }
+    lists_ = sortVolumes(mounted, corrections_);
     cardSelection_.keepOnly(lists_.cards);
     destinationSelection_.keepOnly(lists_.destinations);
     if (destinationSelection_.ids.empty())
@@ -173,27 +149,37 @@ VolumeBoard::Applied VolumeBoard::apply(std::span<const ClassifiedVolume> mounte
     return applied;
 }
 
-/// Gives the ids under which another volume is mounted than before.
-VolumeIDs VolumeBoard::takeInLastingIDs(std::span<const ClassifiedVolume> mounted) {
+/// Gives the ids under which something else is mounted than before: another card in the same slot,
+/// or the same one put in again.
+VolumeIDs VolumeBoard::takeIn(std::span<const ClassifiedVolume> mounted) {
     VolumeIDs replaced;
     for (const auto& volume : mounted) {
         const auto now = volume.lastingID();
-        auto& known = lastingIDs_.try_emplace(volume.id(), now).first->second;
-        if (known == now)
-            continue;
-        if (known.starts_with(uuidPrefix)) {
+        const auto& identity = volume.facts.identity;
+        auto& [known, knownIdentity] =
+            known_.try_emplace(volume.id(), Known{now, identity}).first->second;
+        const bool hasUUID = now.starts_with(uuidPrefix);
+        const bool isOther = knownIdentity && identity && !knownIdentity->isSame(*identity);
+        if (isOther || (known != now && known.starts_with(uuidPrefix))) {
             replaced.insert(volume.id());
-            replacements_.insert(now);
-        } else if (seenCardIDs_.contains(known)) {
+            if (!hasUUID || known != now)
+                replacements_.insert(now);
+            // Nobody can say whether it is the one that was there before.
+            if (!hasUUID)
+                seenCardIDs_.erase(now);
+        } else if (known != now && seenCardIDs_.erase(known) > 0) {
             // The same one, of which more is known by now.
             seenCardIDs_.insert(now);
         }
         known = now;
+        if (identity)
+            knownIdentity = identity;
     }
     return replaced;
 }
 
-/// What was ticked and taken off a list were the volumes that are gone.
+/// What was ticked and taken off a list were the volumes that are gone. Nobody has been asked about
+/// those that came.
 void VolumeBoard::letGoOf(const VolumeIDs& replaced) {
     for (const auto& id : replaced) {
         corrections_.hiddenVolumeIDs.erase(id);
@@ -203,8 +189,8 @@ void VolumeBoard::letGoOf(const VolumeIDs& replaced) {
 }
 
 std::string VolumeBoard::lastingID(const std::string& id) const {
-    const auto known = lastingIDs_.find(id);
-    return known == lastingIDs_.end() ? id : known->second;
+    const auto known = known_.find(id);
+    return known == known_.end() ? id : known->second.lastingID;
 }
 
 VolumeIDs VolumeBoard::lastingDestIDs() const {

@@ -112,7 +112,7 @@ public:
 private:
     std::vector<ClassifiedVolume>& extras(VolumeSide side);
     VolumeIDs& overrides(VolumeSide side);
-    VolumeIDs takeInLastingIDs(std::span<const ClassifiedVolume> mounted);
+    VolumeIDs takeIn(std::span<const ClassifiedVolume> mounted);
     void letGoOf(const VolumeIDs& replaced);
     std::string lastingID(const std::string& id) const;
 
@@ -123,9 +123,13 @@ private:
     Selection destinationSelection_;
     /// Lasting ids.
     VolumeIDs seenCardIDs_;
-    /// The lasting id of every volume that was ever mounted under an id, the last one of each.
-    std::map<std::string, std::string> lastingIDs_;
-    /// Lasting ids of volumes that came where another one was.
+    /// What was mounted last under each id that any volume ever had.
+    struct Known {
+        std::string lastingID;
+        std::optional<FolderIdentity> identity;
+    };
+    std::map<std::string, Known> known_;
+    /// Lasting ids of volumes that came where another one was, be it the same one put in again.
     VolumeIDs replacements_;
 };
 

@@ -211,7 +211,8 @@ void VolumeFollower::clear(VolumeSide side) {
 
 void VolumeFollower::treatAs(VolumeSide side, const std::string& id) {
     state_.board.treatAs(side, id);
-    persistDestinations();
+    // Not what is ticked, which a disk that is not there now may have been.
+    DestinationMemory::saveWanted(state_.board.wantedDestIDs(), state_.defaults);
     apply();
 }
 

@@ -16,6 +16,7 @@
 using namespace slatewise;
 using namespace slatewise::test;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
@@ -327,27 +328,31 @@ TEST_F(BatchOfCards, OnePairHasNoLabelAndHashingCopiesNothing) {
 
 TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
     disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
-    const auto first = desk.mountCard("A001");
-    const auto second = desk.mountCard("B002");
+    const std::vector cards = {desk.mountCard("A000"), desk.mountCard("A001"),
+                               desk.mountCard("B002")};
     std::vector<std::size_t> ejectedBefore;
     beforeRun([&](int run) {
         ejectedBefore.push_back(desk.ejected.size());
-        if (run == 4)
+        if (run == 6)
             ::mkfifo((desk.folder / "B002/Z.fifo").c_str(), 0600);
     });
     desk.surroundings.eject = [this](const auto& mountPoint) -> DiskUtilClient::Ejected {
         desk.ejected.push_back(mountPoint);
+        if (mountPoint.filename() == "A000")
+            return {};
         throw Error("busy");
     };
     start();
     desk.model().settings()->setEjectAfterSuccess(true);
-    desk.selectCard(first, "CamA");
-    desk.selectCard(second, "CamB");
+    for (const auto& card : cards)
+        desk.selectCard(card, "CamA");
     desk.copy();
-    EXPECT_THAT(ejectedBefore, ElementsAre(0, 0, 1, 1));
-    EXPECT_THAT(desk.ejected, ElementsAre(desk.folder / "A001")) << "not the card that failed";
+    EXPECT_THAT(ejectedBefore, ElementsAre(0, 0, 1, 1, 2, 2));
+    EXPECT_THAT(desk.ejected, ElementsAre(desk.folder / "A000", desk.folder / "A001"))
+        << "not the card that failed";
     EXPECT_THAT(title(), HasSubstr("Z.fifo")) << "a failed eject changes nothing";
-    EXPECT_THAT(title(), HasSubstr("\nA001 was not ejected: busy"));
+    EXPECT_THAT(title(),
+                HasSubstr("\nA000 is unmounted, safe to pull. A001 was not ejected: busy"));
 }
 
 TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {

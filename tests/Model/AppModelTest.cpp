@@ -140,6 +140,9 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
     std::filesystem::create_directories(desk.folder / "Raid/film");
     std::filesystem::create_directories(desk.folder / "OldCard");
     std::filesystem::create_directories(desk.folder / "Archive");
+    const auto inside = desk.mountDisk("RAID");
+    desk.volume(inside).kind = VolumeKind::System;
+    desk.volume(inside).facts.volumeUUID = "R";
     desk.start();
     model().setLanguageCode("tr");
     model().units()->setNewCrewName("Gece");
@@ -155,7 +158,10 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
     model().settings()->addSkipName("MISC");
     model().settings()->setProjectName("Kış");
     desk.selectCard(card, "CamA");
+    desk.unmount(disk2);
     model().volumes().treatAs(VolumeSide::Destination, card.toStdString());
+    model().volumes().treatAs(VolumeSide::Destination, inside.toStdString());
+    desk.mountDisk("SSD2");
 
     desk.start();
     struct {
@@ -170,6 +176,9 @@ TEST_F(Application, RemembersWhatItShouldAndNothingElse) {
          true},
         {"ticked disk",
          model().state().board.selection(VolumeSide::Destination).contains("dev-SSD2"), true},
+        {"disk to be a destination",
+         findVolume(model().state().board.list(VolumeSide::Destination), "dev-RAID") != nullptr,
+         true},
         {"ticked folder",
          model()
              .state()

@@ -1,5 +1,8 @@
 #include "Model/VolumeBoard.h"
 
+#include "Model/VolumeTexts.h"
+#include "Volumes/PickedFolder.h"
+
 #include <gmock/gmock.h>
 
 using namespace slatewise;
@@ -259,6 +262,21 @@ TEST(VolumeBoard, KnowsDisksAgainByTheirFileSystems) {
     EXPECT_EQ(ticked(board), (VolumeIDs{"sdd1"}));
     board.mounted[0].facts.identity->mount = 4;
     EXPECT_EQ(ticked(board), (VolumeIDs{}));
+    // Nor does what was said of the one before hold for it.
+    board.remove(VolumeSide::Destination, board.at("sdd1"));
+    board.mounted[0].facts.identity->mount = 5;
+    board.mounted[0].kind = VolumeKind::CameraCard;
+    EXPECT_EQ(board.pass().newCards.size(), 1U);
+    EXPECT_THAT(board.pass().newCards, IsEmpty());
+    board.mounted[0].facts.identity->mount = 6;
+    EXPECT_EQ(board.pass().newCards.size(), 1U) << "another card, as far as anybody can tell";
+    // The names of both become known later.
+    for (const auto* uuid : {"E", "F"}) {
+        board.mounted[0].facts.volumeUUID = uuid;
+        EXPECT_THAT(board.pass().newCards, IsEmpty());
+        board.mounted[0].facts.volumeUUID.reset();
+        EXPECT_EQ(board.pass().newCards.size(), 1U);
+    }
 
     board.mounted = {with("mmcblk0p1", "X", VolumeKind::CameraCard)};
     EXPECT_EQ(board.pass().newCards.size(), 1U);
@@ -288,9 +306,14 @@ TEST(VolumeBoard, ListsWhatCannotBeWrittenToAndNeverTicksIt) {
     locked.facts.isExternal = true;
     locked.facts.writeObstacle = WriteObstacle::NoPermission;
     board.mounted = {locked};
-    board.stored.ids = {"sdb1"};
+    board.stored.ids = {"sdb1", "/x/1"};
+    board.addPicked(VolumeSide::Destination,
+                    pickedFolder(locked.facts, "/x/1", VolumeKind::Destination));
     board.pass();
-    EXPECT_THAT(ids(board.lists().destinations), ElementsAre("sdb1"));
+    EXPECT_THAT(ids(board.lists().destinations), ElementsAre("sdb1", "/x/1"));
+    EXPECT_EQ(VolumeTexts::subtitle(board.at("/x/1"), VolumeSide::Destination, ContentSizes(),
+                                    L10n(AppLanguage::English)),
+              L10n(AppLanguage::English).mayNotWriteToDisk());
     EXPECT_THAT(board.selection(VolumeSide::Destination).ids, IsEmpty());
 }
 
