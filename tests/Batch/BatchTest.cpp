@@ -269,7 +269,8 @@ TEST_F(BatchOfCards, WhatBecomesOfACopyBeforeItsReportsAreLeftIsSeen) {
                                          std::chrono::hours(1));
     for (const auto& [happens, sentence] : cases) {
         SCOPED_TRACE(sentence);
-        desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+        desk.surroundings.runEngine = [&, &happens = happens](const auto& request,
+                                                              const auto& observer, auto stop) {
             auto outcome = CopyEngine::run(request, observer, stop);
             EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
             happens(outcome.sessionRoot);
