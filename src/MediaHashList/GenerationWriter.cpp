@@ -12,6 +12,18 @@ QString qt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+/// What a person has typed may hold what XML cannot, which would make the whole list unreadable.
+/// Nothing depends on it, so that it is shown as U+FFFD.
+QString freeText(std::string_view text) {
+    QString held = qt(text);
+    for (auto& character : held) {
+        const auto code = character.unicode();
+        if ((code < u' ' && code != u'\t' && code != u'\n') || code > u'\xfffd')
+            character = QChar::ReplacementCharacter;
+    }
+    return held;
+}
+
 void beginDocument(QXmlStreamWriter& xml) {
     xml.setAutoFormatting(true);
     xml.setAutoFormattingIndent(2);
@@ -25,7 +37,7 @@ void writeDate(QXmlStreamWriter& xml, const char* name, const std::optional<Inst
 
 void writeOptional(QXmlStreamWriter& xml, const char* name, const std::string& text) {
     if (!text.empty())
-        xml.writeTextElement(name, qt(text));
+        xml.writeTextElement(name, freeText(text));
 }
 
 /// The format wants values in an order of its own.
@@ -42,7 +54,7 @@ void writeInOrder(const std::vector<Value>& values, Write&& write) {
 void write(QXmlStreamWriter& xml, const Creator& creator) {
     xml.writeStartElement("creatorinfo");
     xml.writeTextElement("creationdate", qt(Clock::iso8601(creator.createdAt)));
-    xml.writeTextElement("hostname", qt(creator.hostName));
+    xml.writeTextElement("hostname", freeText(creator.hostName));
     xml.writeStartElement("tool");
     xml.writeAttribute("version", qt(creator.toolVersion));
     xml.writeCharacters(qt(creator.tool));
@@ -50,8 +62,8 @@ void write(QXmlStreamWriter& xml, const Creator& creator) {
     for (const auto& author : creator.authors) {
         xml.writeStartElement("author");
         if (!author.role.empty())
-            xml.writeAttribute("role", qt(author.role));
-        xml.writeCharacters(qt(author.name));
+            xml.writeAttribute("role", freeText(author.role));
+        xml.writeCharacters(freeText(author.name));
         xml.writeEndElement();
     }
     writeOptional(xml, "location", creator.location);
@@ -88,7 +100,8 @@ void write(QXmlStreamWriter& xml, const HashedFile& file) {
         xml.writeCharacters(qt(value.value));
         xml.writeEndElement();
     });
-    writeOptional(xml, "previousPath", file.previousPath);
+    if (!file.previousPath.empty())
+        xml.writeTextElement("previousPath", qt(file.previousPath));
     xml.writeEndElement();
 }
 

@@ -277,7 +277,7 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
     const RootFolder card(folder / "card");
     const RootFolder disk(folder / "disk");
     OffloadSettings settings;
-    settings.listRole = "DIT";
+    settings.listRole = "DIT\x1b";
     TransferLists lists{settings};
     auto entries = TreeWalker::walk(card, {});
     lists.readHistories(card, entries);
@@ -289,7 +289,7 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
     EXPECT_EQ(lists.write(disk, {}, outcome).lists.size(), 2U);
     const auto newest = History::load(disk).generations().back();
     ASSERT_EQ(newest.files.size(), 2U);
-    EXPECT_EQ(newest.creator.authors, (std::vector<Author>{{"", "DIT"}}));
+    EXPECT_EQ(newest.creator.authors, (std::vector<Author>{{"", "DIT\xef\xbf\xbd"}}));
     EXPECT_EQ(newest.files[0].path, "good");
     EXPECT_EQ(newest.files[1].values[0].action, HashAction::Failed);
     EXPECT_TRUE(newest.root.empty()) << "not all that lies there was proved";
