@@ -207,7 +207,7 @@ void enter(QXmlStreamReader& xml, const char* root, const char* space) {
 
 void requireWhole(const QXmlStreamReader& xml) {
     if (xml.hasError())
-        throw notAList(xml.errorString().toStdString());
+        throw notAList(std::to_string(xml.lineNumber()) + ":" + std::to_string(xml.columnNumber()));
 }
 
 QByteArray bytesIn(std::string_view text) {

@@ -21,6 +21,10 @@ std::string_view sentence(ListError::Reason reason, L10n l10n) {
         return l10n.notTheListOfTheChain();
     case Reason::NotAsReferred:
         return l10n.notTheListReferredTo();
+    case Reason::ListsDisagree:
+        return l10n.listsDisagree();
+    case Reason::OnlyHashes:
+        return l10n.listOfHashesOnly();
     case Reason::NothingToCompare:
         return l10n.nothingToCompare();
     case Reason::UnknownFile:

@@ -24,6 +24,10 @@ public:
         NotTheChains,
         /// It is not the one that a list further up refers to.
         NotAsReferred,
+        /// It does not say the same as the list that was written beside it.
+        ListsDisagree,
+        /// It holds hashes of a card that was not copied.
+        OnlyHashes,
         /// All lists together name no file.
         NothingToCompare,
         /// A file that is no list of ours.

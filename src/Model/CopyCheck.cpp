@@ -1,7 +1,6 @@
 #include "Model/CopyCheck.h"
 
 #include "Batch/RunMailbox.h"
-#include "MediaHashList/ListError.h"
 #include "Model/QtText.h"
 #include "Offload/OffloadError.h"
 #include "Platform/Error.h"
@@ -93,13 +92,11 @@ void CopyCheck::Work::perform() {
     } catch (const CancellationError&) {
         wasStopped = true;
         return;
-    } catch (const MediaHashList::ListError& failure) {
-        check.failure = failure.text(l10n);
     } catch (const PosixError& failure) {
         check.failure = failure.code() == ENOENT ? std::string(l10n.sessionFolderGone())
-                                                 : describe(failure, l10n);
+                                                 : Verify::reasonOf(failure, l10n);
     } catch (const std::exception& failure) {
-        check.failure = describe(failure, l10n);
+        check.failure = Verify::reasonOf(failure, l10n);
     }
     check.checkedAt = Clock::now();
     try {

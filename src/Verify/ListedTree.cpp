@@ -1,75 +1,40 @@
 #include "Verify/ListedTree.h"
 
-#include "MediaHashList/HashedTree.h"
 #include "MediaHashList/History.h"
+#include "MediaHashList/ListError.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/RootFolder.h"
 #include "Platform/Text.h"
-#include "Reports/ManifestJSON.h"
+#include "Verify/ListReading.h"
 
 #include <algorithm>
-#include <set>
 
 namespace slatewise::Verify {
 
 namespace {
 
-using MediaHashList::History;
 using MediaHashList::ListError;
 using Reason = MediaHashList::ListError::Reason;
 
-constexpr std::string_view kManifest = "manifest.json";
-constexpr std::string_view kChecksums = "checksums.sha256";
 constexpr std::string_view kReports = "reports";
-constexpr std::size_t kDigestLength = 64;
-
-void tell(ListedTree& tree, const std::filesystem::path& list, const Error& failure) {
-    ListTrouble trouble{ListTrouble::Kind::Damaged, list};
-    if (const auto* const words = dynamic_cast<const ListError*>(&failure))
-        trouble.failure = words->in({});
-    else
-        trouble.reason = describe(failure);
-    tree.troubles.push_back(std::move(trouble));
-}
 
 void throwIfAsked(const std::stop_token& stop) {
     if (stop.stop_requested())
         throw CancellationError();
 }
 
-void requireDown(const std::filesystem::path& list, const std::string& path) {
-    if (!MediaHashList::leadsDown(path))
-        throw ListError(Reason::LeadsOut, path, list);
-}
-
-std::string readList(const std::filesystem::path& list) {
-    return MediaHashList::readList(RootFolder(list.parent_path()), list.filename());
-}
-
-SessionManifest readManifest(const std::filesystem::path& list) {
-    const auto text = readList(list);
-    try {
-        return ReportWriter::isoDecode(text);
-    } catch (const Error& failure) {
-        throw ListError(Reason::NotAList, failure.what(), list);
-    }
-}
-
-/// Reads a list, and tells it when that cannot be done.
-template <typename Read>
-void readOrTell(ListedTree& tree, const std::filesystem::path& list, Read&& read) {
-    try {
-        read();
-    } catch (const Error& failure) {
-        tell(tree, list, failure);
-    }
-}
-
 bool isFolder(const std::filesystem::path& path) {
     const auto attributes = FileSystem::attributesIfAny(path);
     return attributes && attributes->type == FileSystem::ItemType::Folder;
+}
+
+/// Hashes of a card, of which there is no copy.
+bool isOfHashesOnly(const SessionManifest& manifest) {
+    return manifest.status == OutcomeStatus::Hashed ||
+           std::any_of(manifest.files.begin(), manifest.files.end(),
+                       [](const auto& file) { return file.action == RowAction::Hash; });
 }
 
 /// Where a session lies below its disk, wherever that is mounted today.
@@ -93,122 +58,14 @@ std::filesystem::path treeOf(const SessionManifest& manifest,
     throw ListError(Reason::NoFolder, {}, recorded);
 }
 
-void expect(Expected& expected, HashFormat format, std::string_view value) {
-    const HashValue wanted{format, format == HashFormat::C4 ? std::string(value)
-                                                            : Text::asciiLowercased(value)};
-    if (std::find(expected.begin(), expected.end(), wanted) == expected.end())
-        expected.push_back(wanted);
-}
-
-/// A name that JSON cannot hold stands in the checksum list, and here as it would be shown.
-std::set<std::string> namesAsShown(const ListedTree& tree) {
-    std::set<std::string> names;
-    for (const auto& [path, expected] : tree.files) {
-        if (auto shown = Text::displayable(path); shown != path)
-            names.insert(std::move(shown));
-    }
-    return names;
-}
-
-void addManifest(const SessionManifest& manifest, const std::filesystem::path& list,
-                 ListedTree& tree) {
-    tree.lists.push_back(list);
-    if (manifest.status == OutcomeStatus::Failed)
-        tree.troubles.push_back({ListTrouble::Kind::OfFailedRun, list});
-    const auto otherwiseNamed = namesAsShown(tree);
-    for (const auto& file : manifest.files) {
-        if (file.action == RowAction::Skip || file.action == RowAction::Hash ||
-            otherwiseNamed.contains(file.relativePath))
-            continue;
-        requireDown(list, file.relativePath);
-        auto& expected = tree.files[file.relativePath];
-        if (file.sourceSHA256)
-            expect(expected, HashFormat::SHA256, *file.sourceSHA256);
-    }
-}
-
-/// The name in a line that begins with a backslash, as checking tools write odd ones.
-std::string unescaped(std::string_view name) {
-    std::string text;
-    for (std::size_t at = 0; at < name.size(); ++at) {
-        if (name[at] != '\\' || at + 1 == name.size()) {
-            text += name[at];
-            continue;
-        }
-        const char next = name[++at];
-        text += next == 'n' ? '\n' : next == 'r' ? '\r' : next;
-    }
-    return text;
-}
-
-void addChecksums(const std::filesystem::path& list, ListedTree& tree) {
-    tree.lists.push_back(list);
-    const auto text = readList(list);
-    for (auto line : Text::pieces(text, '\n')) {
-        const bool isEscaped = line.starts_with('\\');
-        line.remove_prefix(isEscaped ? 1 : 0);
-        const auto digest = Text::asciiLowercased(line.substr(0, kDigestLength));
-        if (line.size() < kDigestLength + 3 || !isValue(HashFormat::SHA256, digest) ||
-            line[kDigestLength] != ' ')
-            throw ListError(Reason::NotAList, std::string(line), list);
-        const auto name = line.substr(kDigestLength + 2);
-        const auto path = isEscaped ? unescaped(name) : std::string(name);
-        requireDown(list, path);
-        expect(tree.files[path], HashFormat::SHA256, digest);
-    }
-}
-
-void addHistory(const RootFolder& root, const std::string& folder, ListedTree& tree) {
-    const auto prefix = folder.empty() ? "" : folder + "/";
-    const auto lists = prefix + std::string(MediaHashList::kHistoryFolder);
-    tree.lists.push_back(tree.root / lists);
-    const auto history = History::loadReadable(
-        root, folder, [&](const auto& list, const Error& failure) { tell(tree, list, failure); });
-    for (const auto& list : history.brokenReferences())
-        tell(tree, tree.root / list, ListError(Reason::NotAsReferred));
-    for (const auto& [path, values] : history.known()) {
-        auto& expected = tree.files[prefix + path];
-        for (const auto& value : values)
-            expect(expected, value.format, value.value);
-    }
-    auto& ignored = tree.ignored[folder];
-    for (const auto& generation : history.generations())
-        ignored.insert(ignored.end(), generation.ignored.begin(), generation.ignored.end());
-    std::sort(ignored.begin(), ignored.end());
-    ignored.erase(std::unique(ignored.begin(), ignored.end()), ignored.end());
-    // It grows with each generation, whatever a list of the day before says of it. Reading it has
-    // shown that it holds together.
-    tree.files.erase(lists + "/" + std::string(MediaHashList::kChainName));
-}
-
 /// Histories of the tree and of folders in it.
 void addHistories(ListedTree& tree, const std::stop_token& stop) {
     tree.folder = std::make_shared<const RootFolder>(tree.root);
     tree.withHistory = MediaHashList::foldersWithHistory(TreeWalker::walk(*tree.folder, {}));
     for (const auto& folder : tree.withHistory) {
         throwIfAsked(stop);
-        addHistory(*tree.folder, folder, tree);
+        addHistory(folder, tree);
     }
-}
-
-void addReports(const std::filesystem::path& folder, ListedTree& tree) {
-    const auto list = folder / kManifest;
-    std::optional<SessionManifest> manifest;
-    if (FileSystem::exists(list)) {
-        // Only the manifest knows where the tree is.
-        if (tree.root.empty()) {
-            manifest = readManifest(list);
-            tree.root = treeOf(*manifest, folder);
-        } else {
-            readOrTell(tree, list, [&] { manifest = readManifest(list); });
-        }
-    }
-    if (tree.root.empty())
-        tree.root = folder;
-    if (FileSystem::exists(folder / kChecksums))
-        readOrTell(tree, folder / kChecksums, [&] { addChecksums(folder / kChecksums, tree); });
-    if (manifest)
-        readOrTell(tree, list, [&] { addManifest(*manifest, list, tree); });
 }
 
 /// Whether a set without a readable manifest may be the session's: most are named after the card,
@@ -218,10 +75,8 @@ bool mayBeOf(const std::filesystem::path& session, const std::filesystem::path& 
     if (set.filename().native().find(card) != std::string::npos)
         return true;
     try {
-        const auto text = readList(set / kChecksums);
-        const auto lines = Text::pieces(text, '\n');
-        return std::any_of(lines.begin(), lines.end(), [&](std::string_view line) {
-            const auto name = line.substr(std::min(line.size(), kDigestLength + 2));
+        const auto names = namesIn(set / kChecksums);
+        return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
             return MediaHashList::leadsDown(name) && FileSystem::exists(session / name);
         });
     } catch (const Error&) {
@@ -232,8 +87,7 @@ bool mayBeOf(const std::filesystem::path& session, const std::filesystem::path& 
 /// The sets of a session in one folder of reports.
 struct SessionReports {
     /// A folder that was deleted and written again has several, of which only the newest is true.
-    std::filesystem::path newest;
-    Instant startedAt{};
+    ReportSet newest;
     std::vector<std::filesystem::path> damaged;
 };
 
@@ -246,13 +100,13 @@ void seekReports(const std::filesystem::path& disk, ListedTree& tree, SessionRep
         if (set == tree.root || !isFolder(set) || !FileSystem::exists(list))
             continue;
         try {
-            const auto manifest = readManifest(list);
-            if ((manifest.destination.sessionRoot == tree.root ||
-                 disk / belowDisk(manifest) == tree.root) &&
-                (found.newest.empty() || manifest.startedAt >= found.startedAt)) {
-                found.newest = set;
-                found.startedAt = manifest.startedAt;
-            }
+            auto manifest = readManifest(list);
+            const bool isOfTree = manifest.destination.sessionRoot == tree.root ||
+                                  disk / belowDisk(manifest) == tree.root;
+            const auto& newest = found.newest.manifest;
+            if (isOfTree && !isOfHashesOnly(manifest) &&
+                (!newest || manifest.startedAt >= newest->startedAt))
+                found.newest = {set, std::move(manifest)};
         } catch (const Error& failure) {
             if (!mayBeOf(tree.root, set))
                 continue;
@@ -262,43 +116,59 @@ void seekReports(const std::filesystem::path& disk, ListedTree& tree, SessionRep
     }
 }
 
-/// Looks for the session's reports at the root of the disk, which any folder above may be.
-void addReportsOfSession(ListedTree& tree) {
+/// Looks for the session's reports at the root of the disk, which any folder above may be. Gives
+/// the set that counts; its folder is empty when there is none.
+ReportSet addReportsOfSession(ListedTree& tree) {
     SessionReports found;
     for (auto disk = tree.root; disk != disk.parent_path();) {
         disk = disk.parent_path();
         readOrTell(tree, disk / kReports, [&] { seekReports(disk, tree, found); });
     }
-    if (!found.newest.empty())
-        return addReports(found.newest, tree);
-    for (const auto& set : found.damaged) {
-        const auto list = set / kChecksums;
-        if (FileSystem::exists(list))
-            readOrTell(tree, list, [&] { addChecksums(list, tree); });
+    if (found.newest.manifest) {
+        addReports(found.newest, tree);
+    } else {
+        for (const auto& set : found.damaged)
+            addReports({set, {}}, tree);
     }
+    return std::move(found.newest);
 }
 
-/// A card may bring files that are only named as ours are.
-bool isSetOfReports(const std::filesystem::path& folder) {
-    try {
-        (void)readManifest(folder / kManifest);
-        return true;
-    } catch (const Error&) {
-        return false;
-    }
+/// The set in a folder. Fails when its manifest cannot be read.
+ReportSet setIn(const std::filesystem::path& folder) {
+    ReportSet set{folder, {}};
+    if (FileSystem::exists(folder / kManifest))
+        set.manifest = readManifest(folder / kManifest);
+    return set;
 }
 
-void addListsOfFolder(const std::filesystem::path& folder, ListedTree& tree) {
+/// Adds a set that was named, and finds the tree that it is of. Only the manifest knows where that
+/// is; checksums alone are of the folder in which they lie.
+ReportSet addNamedReports(ReportSet set, ListedTree& tree) {
+    if (set.manifest && isOfHashesOnly(*set.manifest))
+        throw ListError(Reason::OnlyHashes, {}, set.folder / kManifest);
+    tree.root = set.manifest ? treeOf(*set.manifest, set.folder) : set.folder;
+    addReports(set, tree);
+    return set;
+}
+
+ReportSet addListsOfFolder(const std::filesystem::path& folder, ListedTree& tree) {
     tree.root = folder;
-    addReportsOfSession(tree);
+    auto ofSession = addReportsOfSession(tree);
     const bool isNamedAsReports =
         FileSystem::exists(folder / kManifest) || FileSystem::exists(folder / kChecksums);
     if (!isNamedAsReports || !tree.lists.empty() || !tree.troubles.empty())
-        return;
-    if (isFolder(folder / MediaHashList::kHistoryFolder) && !isSetOfReports(folder))
-        return;
-    tree.root.clear();
-    addReports(folder, tree);
+        return ofSession;
+    // A card may bring files that are only named as ours are.
+    const bool hasHistory = isFolder(folder / MediaHashList::kHistoryFolder);
+    ReportSet named{folder, {}};
+    try {
+        named = setIn(folder);
+    } catch (const Error&) {
+        if (hasHistory)
+            return ofSession;
+        throw;
+    }
+    return hasHistory && !named.manifest ? ofSession : addNamedReports(std::move(named), tree);
 }
 
 } // namespace
@@ -309,15 +179,18 @@ ListedTree findLists(const std::filesystem::path& given, const std::stop_token& 
     if (failure)
         throw PosixError("open", given, failure.value());
     ListedTree tree;
+    ReportSet set;
     if (!isFolder(path)) {
         if (path.filename() != kManifest && path.filename() != kChecksums)
             throw ListError(Reason::UnknownFile, {}, path);
-        addReports(path.parent_path(), tree);
+        set = addNamedReports(setIn(path.parent_path()), tree);
     } else {
-        addListsOfFolder(path, tree);
+        set = addListsOfFolder(path, tree);
     }
     throwIfAsked(stop);
     addHistories(tree, stop);
+    if (set.manifest)
+        compareHashLists(*set.manifest, tree);
     throwIfAsked(stop);
     if (tree.lists.empty() && tree.troubles.empty())
         throw ListError(Reason::NoList, {}, path);

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "MediaHashList/HashedTree.h"
-#include "MediaHashList/ListError.h"
 #include "Platform/Files/RootFolder.h"
 #include "Platform/HashValue.h"
 
+#include <exception>
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -32,9 +31,8 @@ struct ListTrouble {
 
     Kind kind = Kind::Damaged;
     std::filesystem::path list;
-    /// Why, in words of both languages, or as the system said.
-    std::optional<MediaHashList::ListError> failure{};
-    std::string reason{};
+    /// Why; empty when the kind says all.
+    std::exception_ptr failure{};
 };
 
 /// A tree with every list of it that could be found.

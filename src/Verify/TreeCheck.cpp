@@ -2,6 +2,8 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
+#include "MediaHashList/ListError.h"
+#include "Offload/OffloadError.h"
 #include "Offload/Transfer.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
@@ -56,7 +58,7 @@ public:
         for (const auto& trouble : tree_.troubles)
             tell({trouble.kind == ListTrouble::Kind::OfFailedRun ? Difference::Failed
                                                                  : Difference::Damaged,
-                  trouble.list.native(), Circumstance::None, trouble.reason, trouble.failure});
+                  trouble.list.native(), Circumstance::None, trouble.failure});
         entries_ = takeInventory();
         for (const auto& [path, expected] : tree_.files) {
             if (const auto* file = fileIn(entries_, path))
@@ -97,7 +99,7 @@ private:
         const auto tellUnreadable = [this](const std::string& folder, int code) {
             if (!told_.contains(folder))
                 tell({Difference::Unreadable, folder, Circumstance::None,
-                      std::generic_category().message(code)});
+                      std::make_exception_ptr(PosixError("open", folder, code))});
         };
         return TreeWalker::walk(root_, {}, {}, {.unreadable = tellUnreadable});
     }
@@ -113,9 +115,9 @@ private:
         std::vector<InventoryEntry> entries;
         try {
             entries = takeInventory();
-        } catch (const PosixError& failure) {
+        } catch (const PosixError&) {
             return tell({Difference::Unreadable, tree_.root.native(), Circumstance::CameMeanwhile,
-                         describe(failure)});
+                         std::current_exception()});
         }
         for (const auto& [path, expected] : tree_.files) {
             const auto* before = fileIn(entries_, path);
@@ -161,9 +163,9 @@ private:
             if (failure.code() == ELOOP)
                 tell({Difference::Changed, path, Circumstance::IsLink});
             else
-                tell({Difference::Unreadable, path, Circumstance::None, describe(failure)});
-        } catch (const std::exception& failure) {
-            tell({Difference::Unreadable, path, Circumstance::None, describe(failure)});
+                tell({Difference::Unreadable, path, Circumstance::None, std::current_exception()});
+        } catch (const std::exception&) {
+            tell({Difference::Unreadable, path, Circumstance::None, std::current_exception()});
         }
     }
 
@@ -262,13 +264,22 @@ Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_to
     return Check(tree, keep, watch, std::move(stop)).run();
 }
 
+std::string reasonOf(const std::exception& failure, L10n l10n) {
+    const auto* const ofList = dynamic_cast<const MediaHashList::ListError*>(&failure);
+    return ofList ? ofList->text(l10n) : describe(failure, l10n);
+}
+
 std::string Finding::explanation(L10n l10n) const {
-    if (listFailure)
-        return listFailure->text(l10n);
     if (difference == Difference::Failed)
         return std::string(l10n.itsRunFailed());
-    if (circumstance == Circumstance::None || !reason.empty())
-        return reason;
+    try {
+        if (failure)
+            std::rethrow_exception(failure);
+    } catch (const std::exception& error) {
+        return reasonOf(error, l10n);
+    }
+    if (circumstance == Circumstance::None)
+        return {};
     return std::string(circumstance == Circumstance::IsLink ? l10n.itIsALink()
                                                             : l10n.itCameMeanwhile());
 }

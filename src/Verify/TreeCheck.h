@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <stop_token>
 
@@ -47,14 +48,15 @@ struct Finding {
     Difference difference;
     std::string path;
     Circumstance circumstance = Circumstance::None;
-    /// What the system said; may be empty.
-    std::string reason{};
-    /// Why a list cannot be used, where that is more than what the system said.
-    std::optional<MediaHashList::ListError> listFailure{};
+    /// Why, where something failed.
+    std::exception_ptr failure{};
 
     /// What there is to say beyond the word; empty when that says all.
     std::string explanation(L10n l10n) const;
 };
+
+/// Why something about a check failed, in words of that language as far as we have any.
+std::string reasonOf(const std::exception& failure, L10n l10n);
 
 /// Who watches a check. Called on the check's thread; may be empty.
 struct Watch {

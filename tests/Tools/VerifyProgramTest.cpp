@@ -43,11 +43,13 @@ protected:
         told = result.standardError;
         const auto fields = Text::pieces(result.standardOutput, '\t');
         reports = std::filesystem::path(Text::trimmed(fields[2]));
-        return std::filesystem::path(fields[1]);
+        copy = std::filesystem::path(fields[1]);
+        return copy;
     }
 
     TemporaryFolder folder;
     std::filesystem::path reports;
+    std::filesystem::path copy;
     std::string told;
 };
 
@@ -173,6 +175,13 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     }
     const auto turkish = program("slatewise-verify", {"--language", "tr", folder / "lists"});
     EXPECT_THAT(turkish.standardError, HasSubstr("bir yol, klasörünün dışına çıkıyor"));
+    writeFile(reports / "manifest.json", "{");
+    const auto damaged = program("slatewise-verify", {reports});
+    EXPECT_THAT(damaged.standardError, HasSubstr("manifest.json: not a list that can be read\n"));
+    (void)offload("--hash-only");
+    const auto hashed = program("slatewise-verify", {reports});
+    EXPECT_EQ(hashed.exitCode, 1);
+    EXPECT_THAT(hashed.standardError, HasSubstr("hashes of a card, and nothing was copied"));
 }
 
 TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
@@ -192,6 +201,19 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
          "damaged\t@/manifest.json\n"},
         {"checksums", [](const auto& set) { writeFile(set / "checksums.sha256", "x"); },
          "damaged\t@/checksums.sha256\n"},
+        {"checksums, emptied", [](const auto& set) { writeFile(set / "checksums.sha256", ""); },
+         "damaged\t@/checksums.sha256\n"},
+        {"a hash list that names less",
+         [this](const auto&) {
+             const RootFolder handle(copy);
+             auto less = History::load(handle).generations().back();
+             less.files.pop_back();
+             std::filesystem::remove_all(copy / "ascmhl");
+             (void)History(handle).append(less);
+         },
+         "damaged\t"},
+        {"a hash list that is gone",
+         [this](const auto&) { std::filesystem::remove_all(copy / "ascmhl"); }, "damaged\t"},
         {"the only list that can hold a name",
          [](const auto& set) { std::filesystem::remove(set / "checksums.sha256"); },
          "missing\tbad \xef\xbf\xbd\n"},
@@ -212,7 +234,7 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
     };
     for (const auto& each : ofReports) {
         SCOPED_TRACE(each.name);
-        const auto root = offload();
+        const auto root = offload("--mhl");
         each.spoil(reports);
         check(each, reports, root);
         std::filesystem::remove_all(root);

@@ -1,7 +1,6 @@
 #include "VerifyArguments.h"
 #include "VerifyTexts.h"
 
-#include "MediaHashList/ListError.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
@@ -67,11 +66,8 @@ int verifyAll(const tool::VerifyArguments& arguments, const std::stop_token& sto
         } catch (const CancellationError&) {
             display.note(shared.shared.cancelled());
             return tool::kExitInterrupted;
-        } catch (const MediaHashList::ListError& failure) {
-            display.note(shared.shared.failed(failure.text(shared.shared)));
-            isAllEqual = false;
         } catch (const std::exception& failure) {
-            display.note(shared.shared.failed(describe(failure)));
+            display.note(shared.shared.failed(Verify::reasonOf(failure, shared.shared)));
             isAllEqual = false;
         }
     }

@@ -1,0 +1,258 @@
+#include "Verify/ListReading.h"
+
+#include "MediaHashList/History.h"
+#include "MediaHashList/ListError.h"
+#include "Platform/Files/FileSystem.h"
+#include "Platform/Text.h"
+#include "Reports/ManifestJSON.h"
+#include "Reports/ReportWriter.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+
+namespace slatewise::Verify {
+
+namespace {
+
+using MediaHashList::History;
+using MediaHashList::ListError;
+using Reason = MediaHashList::ListError::Reason;
+
+constexpr std::size_t kDigestLength = 64;
+
+void requireDown(const std::filesystem::path& list, const std::string& path) {
+    if (!MediaHashList::leadsDown(path))
+        throw ListError(Reason::LeadsOut, path, list);
+}
+
+std::string readList(const std::filesystem::path& list) {
+    return MediaHashList::readList(RootFolder(list.parent_path()), list.filename());
+}
+
+void expect(Expected& expected, HashFormat format, std::string_view value) {
+    const HashValue wanted{format, format == HashFormat::C4 ? std::string(value)
+                                                            : Text::asciiLowercased(value)};
+    if (std::find(expected.begin(), expected.end(), wanted) == expected.end())
+        expected.push_back(wanted);
+}
+
+/// A name that JSON cannot hold stands in the checksum list, and here as it would be shown.
+std::set<std::string> namesAsShown(const ListedTree& tree) {
+    std::set<std::string> names;
+    for (const auto& [path, expected] : tree.files) {
+        if (auto shown = Text::displayable(path); shown != path)
+            names.insert(std::move(shown));
+    }
+    return names;
+}
+
+void addManifest(const SessionManifest& manifest, const std::filesystem::path& list,
+                 ListedTree& tree) {
+    tree.lists.push_back(list);
+    if (manifest.status == OutcomeStatus::Failed)
+        tree.troubles.push_back({ListTrouble::Kind::OfFailedRun, list});
+    const auto otherwiseNamed = namesAsShown(tree);
+    for (const auto& file : manifest.files) {
+        if (file.action == RowAction::Skip || file.action == RowAction::Hash ||
+            otherwiseNamed.contains(file.relativePath))
+            continue;
+        requireDown(list, file.relativePath);
+        auto& expected = tree.files[file.relativePath];
+        if (file.sourceSHA256)
+            expect(expected, HashFormat::SHA256, *file.sourceSHA256);
+    }
+}
+
+/// The name in a line that begins with a backslash, as checking tools write odd ones.
+std::string unescaped(std::string_view name) {
+    std::string text;
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        if (name[at] != '\\' || at + 1 == name.size()) {
+            text += name[at];
+            continue;
+        }
+        const char next = name[++at];
+        text += next == 'n' ? '\n' : next == 'r' ? '\r' : next;
+    }
+    return text;
+}
+
+struct ChecksumLine {
+    std::string digest;
+    std::string path;
+};
+
+ChecksumLine parsedLine(std::string_view line, const std::filesystem::path& list) {
+    const bool isEscaped = line.starts_with('\\');
+    line.remove_prefix(isEscaped ? 1 : 0);
+    auto digest = Text::asciiLowercased(line.substr(0, kDigestLength));
+    if (line.size() < kDigestLength + 3 || !isValue(HashFormat::SHA256, digest) ||
+        line[kDigestLength] != ' ')
+        throw ListError(Reason::NotAList, std::string(line), list);
+    const auto name = line.substr(kDigestLength + 2);
+    return {std::move(digest), isEscaped ? unescaped(name) : std::string(name)};
+}
+
+/// Gives what it read.
+std::string addChecksums(const std::filesystem::path& list, ListedTree& tree) {
+    tree.lists.push_back(list);
+    auto text = readList(list);
+    for (const auto line : Text::pieces(text, '\n')) {
+        const auto [digest, path] = parsedLine(line, list);
+        requireDown(list, path);
+        expect(tree.files[path], HashFormat::SHA256, digest);
+    }
+    return text;
+}
+
+std::vector<std::string> sortedLines(std::string_view text) {
+    std::vector<std::string> lines;
+    for (const auto line : Text::pieces(text, '\n'))
+        lines.push_back(Text::displayable(line));
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+/// Fails with the first that only one of both has. Both are sorted.
+void requireSame(const std::vector<std::string>& left, const std::vector<std::string>& right,
+                 const std::filesystem::path& list) {
+    std::vector<std::string> odd;
+    std::set_symmetric_difference(left.begin(), left.end(), right.begin(), right.end(),
+                                  std::back_inserter(odd));
+    if (!odd.empty())
+        throw ListError(Reason::ListsDisagree, odd.front(), list);
+}
+
+void requireAgreement(const SessionManifest& manifest, std::string_view checksums,
+                      const std::filesystem::path& list) {
+    std::string wanted;
+    ReportWriter::checksumList(manifest, [&](std::string_view line) { wanted += line; });
+    requireSame(sortedLines(wanted), sortedLines(checksums), list);
+}
+
+/// Whether a hash list is to name it. One that is no UTF-8 cannot be told apart here from one with
+/// a U+FFFD in it.
+bool belongsIntoHashList(std::string_view path) {
+    return !MediaHashList::isOfHistory(path) && MediaHashList::canHold(path) &&
+           path.find("\xef\xbf\xbd") == std::string_view::npos;
+}
+
+void requireInChain(const RootFolder& root, const std::filesystem::path& list) {
+    const auto chain = MediaHashList::readChain(
+        MediaHashList::readList(root, list.parent_path() / MediaHashList::kChainName));
+    const bool isNamed = std::any_of(chain.begin(), chain.end(), [&](const auto& link) {
+        return link.fileName == list.filename();
+    });
+    if (!isNamed)
+        throw ListError(Reason::NotTheChains);
+}
+
+} // namespace
+
+void tell(ListedTree& tree, const std::filesystem::path& list, const Error& failure) {
+    const bool isTold =
+        std::any_of(tree.troubles.begin(), tree.troubles.end(), [&](const auto& trouble) {
+            return trouble.list == list && trouble.kind == ListTrouble::Kind::Damaged;
+        });
+    if (isTold)
+        return;
+    const auto* const words = dynamic_cast<const ListError*>(&failure);
+    // The list is named anyway.
+    tree.troubles.push_back(
+        {ListTrouble::Kind::Damaged, list,
+         words ? std::make_exception_ptr(words->in({})) : std::current_exception()});
+}
+
+SessionManifest readManifest(const std::filesystem::path& list) {
+    const auto text = readList(list);
+    try {
+        return ReportWriter::isoDecode(text);
+    } catch (const Error&) {
+        // Its words are those of a library.
+        throw ListError(Reason::NotAList, {}, list);
+    }
+}
+
+std::vector<std::string> namesIn(const std::filesystem::path& checksums) {
+    std::vector<std::string> names;
+    const auto text = readList(checksums);
+    for (const auto line : Text::pieces(text, '\n')) {
+        try {
+            names.push_back(parsedLine(line, checksums).path);
+        } catch (const ListError&) {
+            continue;
+        }
+    }
+    return names;
+}
+
+void addReports(const ReportSet& set, ListedTree& tree) {
+    if (const auto list = set.folder / kChecksums; FileSystem::exists(list)) {
+        readOrTell(tree, list, [&] {
+            const auto text = addChecksums(list, tree);
+            if (set.manifest)
+                requireAgreement(*set.manifest, text, list);
+        });
+    }
+    if (!set.manifest)
+        return;
+    const auto list = set.folder / kManifest;
+    readOrTell(tree, list, [&] { addManifest(*set.manifest, list, tree); });
+}
+
+void addHistory(const std::string& folder, ListedTree& tree) {
+    const auto& root = *tree.folder;
+    const auto prefix = folder.empty() ? "" : folder + "/";
+    const auto lists = prefix + std::string(MediaHashList::kHistoryFolder);
+    tree.lists.push_back(tree.root / lists);
+    const auto history = History::loadReadable(
+        root, folder, [&](const auto& list, const Error& failure) { tell(tree, list, failure); });
+    for (const auto& list : history.brokenReferences())
+        tell(tree, tree.root / list, ListError(Reason::NotAsReferred));
+    for (const auto& [path, values] : history.known()) {
+        auto& expected = tree.files[prefix + path];
+        for (const auto& value : values)
+            expect(expected, value.format, value.value);
+    }
+    auto& ignored = tree.ignored[folder];
+    for (const auto& generation : history.generations())
+        ignored.insert(ignored.end(), generation.ignored.begin(), generation.ignored.end());
+    std::sort(ignored.begin(), ignored.end());
+    ignored.erase(std::unique(ignored.begin(), ignored.end()), ignored.end());
+    // It grows with each generation, whatever a list of the day before says of it. Reading it has
+    // shown that it holds together.
+    tree.files.erase(lists + "/" + std::string(MediaHashList::kChainName));
+}
+
+void compareHashLists(const SessionManifest& manifest, ListedTree& tree) {
+    std::vector<std::string> listed;
+    std::filesystem::path newest;
+    for (const auto& path : manifest.hashLists) {
+        if (!path.ends_with(".mhl"))
+            continue;
+        newest = tree.root / path;
+        readOrTell(tree, newest, [&] {
+            requireDown(newest, path);
+            requireInChain(*tree.folder, path);
+            const auto generation =
+                MediaHashList::readGeneration(MediaHashList::readList(*tree.folder, path));
+            const auto folder = std::filesystem::path(path).parent_path().parent_path();
+            for (const auto& file : generation.files)
+                listed.push_back(folder / file.path);
+        });
+    }
+    if (newest.empty() || manifest.status != OutcomeStatus::Verified)
+        return;
+    std::vector<std::string> proved;
+    for (const auto& file : manifest.files) {
+        if (file.verifyStatus == VerifyStatus::Verified && belongsIntoHashList(file.relativePath))
+            proved.push_back(file.relativePath);
+    }
+    std::erase_if(listed, [](const std::string& path) { return !belongsIntoHashList(path); });
+    std::sort(proved.begin(), proved.end());
+    std::sort(listed.begin(), listed.end());
+    readOrTell(tree, newest, [&] { requireSame(proved, listed, newest); });
+}
+
+} // namespace slatewise::Verify
