@@ -25,7 +25,7 @@ Rectangle {
                                : DITTheme.dark ? DITTheme.dangerText : DITTheme.danger
     readonly property bool settled: succeeded || hashed || failed
     // More is for the sheet.
-    readonly property int mostPairs: tight ? (failed ? 1 : 0) : compact && failed ? 3 : 4
+    readonly property int mostPairs: tight ? 0 : compact && failed ? 3 : 4
     readonly property int mostProblems: compact ? 0 : 3
     readonly property int untold: !settled ? 0 : Math.max(0, batch.pairs.count - mostPairs)
                                 + Math.max(0, batch.problems.count - mostProblems)

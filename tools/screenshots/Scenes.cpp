@@ -97,8 +97,7 @@ void playSeenBefore(Stage& stage) {
     }
     stage.playReady();
     stage.plugInCard("A009", 118.2 * kGB, "1A2B-3C4D");
-    Desk::waitUntil(
-        [&] { return stage.model()->cards()->rows().back().past.contains("RAID"); });
+    Desk::waitUntil([&] { return stage.model()->cards()->rows().back().past.contains("RAID"); });
 }
 
 std::function<void(Stage&)> failing(Kind kind, const std::string& subject, int code = 0,
