@@ -5,10 +5,8 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
-#include <sys/syscall.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -20,32 +18,11 @@ namespace slatewise {
 
 namespace {
 
-constexpr mode_t kReadableByAll = 0644;
 constexpr mode_t kOpenToAll = 0755;
 
 struct CloseFolder {
     void operator()(DIR* folder) const { ::closedir(folder); }
 };
-
-/// Invalid, with the reason in `errno`, when it cannot be opened.
-FileDescriptor openByKernel(int base, const std::string& name, int flags,
-                            RootFolder::Links links) noexcept {
-    open_how how{};
-    how.flags = static_cast<__u64>(flags | O_CLOEXEC);
-    how.mode = (flags & O_CREAT) != 0 ? kReadableByAll : 0;
-    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS | RESOLVE_NO_XDEV;
-    if (links == RootFolder::Links::Refuse)
-        how.resolve |= RESOLVE_NO_SYMLINKS;
-    // The kernel gives up when folders are moved about while it looks.
-    constexpr int kTries = 100;
-    long descriptor = -1;
-    for (int attempt = 0; attempt < kTries; ++attempt) {
-        descriptor = ::syscall(SYS_openat2, base, name.c_str(), &how, sizeof how);
-        if (descriptor >= 0 || errno != EAGAIN)
-            break;
-    }
-    return FileDescriptor(static_cast<int>(descriptor));
-}
 
 std::optional<struct stat> statusOf(const FileDescriptor& item) noexcept {
     struct stat facts {};
@@ -57,72 +34,6 @@ std::optional<struct stat> statusOf(const FileDescriptor& item) noexcept {
 /// Of the file system itself, and not what is remembered of its last answer.
 bool askAgain(int folder, const char* name, int flags, struct statx& facts) noexcept {
     return ::statx(folder, name, flags | AT_STATX_FORCE_SYNC, STATX_INO, &facts) == 0;
-}
-
-bool isLink(const FileDescriptor& item) noexcept {
-    const auto facts = statusOf(item);
-    return facts && S_ISLNK(facts->st_mode);
-}
-
-/// Whether no other volume is mounted between the two. A device is no measure where its kernel
-/// tells mounts apart: a Btrfs subvolume has one of its own.
-bool isOnMountOf(int base, const FileDescriptor& item) noexcept {
-    struct statx outer {};
-    struct statx inner {};
-    constexpr unsigned kWanted = STATX_INO | STATX_MNT_ID;
-    if (::statx(base, "", AT_EMPTY_PATH, kWanted, &outer) != 0 ||
-        ::statx(item.get(), "", AT_EMPTY_PATH, kWanted, &inner) != 0)
-        return false;
-    if ((outer.stx_mask & inner.stx_mask & STATX_MNT_ID) != 0)
-        return outer.stx_mnt_id == inner.stx_mnt_id;
-    return outer.stx_dev_major == inner.stx_dev_major && outer.stx_dev_minor == inner.stx_dev_minor;
-}
-
-/// As `openByKernel`, for kernels and sandboxes that do not know its call. Where links are to be
-/// followed it cannot tell where they lead, and so takes each for one that leads out.
-FileDescriptor openStepByStep(int base, std::string_view name, int flags,
-                              RootFolder::Links links) noexcept {
-    const int onLink = links == RootFolder::Links::Refuse ? ELOOP : EXDEV;
-    FileDescriptor way;
-    for (;;) {
-        const auto end = std::min(name.find('/'), name.size());
-        const std::string part(name.substr(0, end));
-        if (part == "..") {
-            errno = EXDEV;
-            return FileDescriptor();
-        }
-        const bool isLast = end == name.size();
-        const int how = isLast ? flags : O_PATH;
-        FileDescriptor next(::openat(way ? way.get() : base, part.empty() ? "." : part.c_str(),
-                                     how | O_NOFOLLOW | O_CLOEXEC, kReadableByAll));
-        if (!next) {
-            if (errno == ELOOP)
-                errno = onLink;
-            return next;
-        }
-        // A link opened for its name alone is opened itself.
-        if ((!isLast || (flags & O_NOFOLLOW) == 0) && isLink(next)) {
-            errno = onLink;
-            return FileDescriptor();
-        }
-        if (!isOnMountOf(base, next)) {
-            errno = EXDEV;
-            return FileDescriptor();
-        }
-        if (isLast)
-            return next;
-        way = std::move(next);
-        name.remove_prefix(end + 1);
-    }
-}
-
-FileDescriptor openBeneath(int base, const std::string& name, int flags,
-                           RootFolder::Links links) noexcept {
-    auto opened = openByKernel(base, name, flags, links);
-    // What a sandbox forbids and what a file forbids look alike; the other way tells them apart.
-    if (opened || (errno != ENOSYS && errno != EPERM))
-        return opened;
-    return openStepByStep(base, name, flags, links);
 }
 
 } // namespace
@@ -169,12 +80,13 @@ FileDescriptor RootFolder::open(const std::filesystem::path& relative, int flags
         const auto end = name.rfind('/', PATH_MAX - 1);
         if (end == std::string_view::npos)
             throw PosixError("open", path_ / relative, ENAMETOOLONG);
-        way = openBeneath(from(), std::string(name.substr(0, end)), O_PATH | O_DIRECTORY, links);
+        way = OpenBeneath::open(from(), std::string(name.substr(0, end)), O_PATH | O_DIRECTORY,
+                                links);
         if (!way)
             throw PosixError("open", path_ / relative, errno);
         name.remove_prefix(end + 1);
     }
-    auto opened = openBeneath(from(), name.empty() ? "." : std::string(name), flags, links);
+    auto opened = OpenBeneath::open(from(), name.empty() ? "." : std::string(name), flags, links);
     if (!opened)
         throw PosixError("open", path_ / relative, errno);
     return opened;

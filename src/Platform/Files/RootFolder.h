@@ -3,6 +3,7 @@
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/FolderIdentity.h"
+#include "Platform/Files/OpenBeneath.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -24,13 +25,7 @@ namespace slatewise {
 /// Everything blocks its caller and fails with `PosixError`, unless it says otherwise; any thread.
 class RootFolder {
 public:
-    enum class Links {
-        /// A link anywhere in the name is a failure, ELOOP.
-        Refuse,
-        /// Links are followed as long as they lead to something beneath the folder. One that leads
-        /// out fails with EXDEV; so does every link where the kernel cannot tell.
-        FollowBeneath,
-    };
+    using Links = OpenBeneath::Links;
 
     explicit RootFolder(std::filesystem::path path);
 
