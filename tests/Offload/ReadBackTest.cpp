@@ -58,21 +58,56 @@ TEST(ReadBack, SaysSoWhereTheDiskIsAFileInMemory) {
     }
 }
 
-TEST(ReadBack, SaysSoWhereThereIsNothingButMemory) {
-    const TemporaryFolder folder;
-    const TemporaryFolder card;
-    std::filesystem::create_directory(folder / "disk");
-    runPrivileged({"mount", "-t", "ramfs", "-o", "mode=0777", "ramfs", folder / "disk"});
-    for (const auto* name : {"1", "2", "3", "4"})
-        writeFile(card / name, bytesOf(kMiB + 1));
-    RunRecord record;
-    const auto outcome =
-        CopyEngine::run(requestFor(card.path(), folder / "disk"), record.observer(), {});
-    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
-    EXPECT_THAT(outcome.problems,
-                ElementsAre(OffloadProblem{kReadFromMemory, (folder / "disk").native()}))
-        << "once for the disk, not for each of its files";
-    for (const auto& row : outcome.files)
-        EXPECT_EQ(row.destSHA256, independentSha256(card / row.relativePath));
-    runPrivileged({"umount", folder / "disk"});
+TEST(ReadBack, SaysSoWhereAFileLiesAmongTheRecordsOfTheFileSystem) {
+    using Volume = MountedVolume::FileSystem;
+    for (const auto& [fileSystem, canBeAvoided] :
+         {std::pair(Volume::Btrfs, true), std::pair(Volume::Ext4Inline, false)}) {
+        const MountedVolume disk(fileSystem, 256 * kMiB);
+        const TemporaryFolder card;
+        const auto content = bytesOf(canBeAvoided ? 500 : 50);
+        writeFile(card / "clip.xml", content);
+        RunRecord record;
+        bool isFlipped = false;
+        const auto outcome = CopyEngine::run(
+            requestFor(card.path(), disk.path()), record.observer([&](const OffloadPhase& phase) {
+                if (!std::holds_alternative<Phase::Verifying>(phase) ||
+                    std::exchange(isFlipped, true))
+                    return;
+                EXPECT_GE(disk.flipBitIn(content), 1);
+            }),
+            {});
+        using Kind = OffloadProblem::Kind;
+        ASSERT_EQ(outcome.problems.size(), 1u);
+        EXPECT_EQ(outcome.problems[0].kind,
+                  canBeAvoided ? Kind::NotReadBack : Kind::ReadFromMemory);
+        EXPECT_EQ(outcome.problems[0].subject, "clip.xml");
+    }
+}
+
+TEST(ReadBack, SaysSoWhereThereIsNothingButMemoryOrNobodyKnows) {
+    const MountedVolume below(MountedVolume::FileSystem::Ext4, 64 * kMiB);
+    for (const auto* layer : {"upper", "work"})
+        std::filesystem::create_directory(below / layer);
+    const auto layers = "lowerdir=" + below.path().native() +
+                        ",upperdir=" + (below / "upper").native() +
+                        ",workdir=" + (below / "work").native();
+    for (const auto& [fileSystem, options] :
+         {std::pair("ramfs", std::string("mode=0777")), std::pair("overlay", layers)}) {
+        const TemporaryFolder folder;
+        const TemporaryFolder card;
+        std::filesystem::create_directory(folder / "disk");
+        runPrivileged({"mount", "-t", fileSystem, "-o", options, fileSystem, folder / "disk"});
+        for (const auto* name : {"1", "2", "3", "4"})
+            writeFile(card / name, bytesOf(kMiB + 1));
+        RunRecord record;
+        const auto outcome =
+            CopyEngine::run(requestFor(card.path(), folder / "disk"), record.observer(), {});
+        EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
+        EXPECT_THAT(outcome.problems,
+                    ElementsAre(OffloadProblem{kReadFromMemory, (folder / "disk").native()}))
+            << "once for the disk, not for each of its files";
+        for (const auto& row : outcome.files)
+            EXPECT_EQ(row.destSHA256, independentSha256(card / row.relativePath));
+        runPrivileged({"umount", folder / "disk"});
+    }
 }

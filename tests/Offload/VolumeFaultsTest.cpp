@@ -91,7 +91,7 @@ TEST_P(EveryFileSystem, AFlippedBitOnTheDiskIsFound) {
 
     if (mayKeepCopiesInMemory()) {
         EXPECT_THAT(record.problems,
-                    ::testing::ElementsAre(HasSubstr("the read-back may come from there")))
+                    ::testing::ElementsAre(HasSubstr("the read-back may have come from memory")))
             << "what cannot be proved is said";
         return;
     }

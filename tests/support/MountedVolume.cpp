@@ -20,6 +20,10 @@ std::vector<std::string> formatCommand(MountedVolume::FileSystem fileSystem) {
     switch (fileSystem) {
     case MountedVolume::FileSystem::Ext4:
         return {"mkfs.ext4", "-q", "-F", "-m", "0"};
+    case MountedVolume::FileSystem::Ext4Inline:
+        return {"mkfs.ext4", "-q", "-F", "-O", "inline_data"};
+    case MountedVolume::FileSystem::Ext4Unchecked:
+        return {"mkfs.ext4", "-q", "-F", "-m", "0", "-O", "^metadata_csum,^has_journal"};
     case MountedVolume::FileSystem::Xfs:
         return {"mkfs.xfs", "-q", "-f"};
     case MountedVolume::FileSystem::Btrfs:
@@ -59,7 +63,7 @@ MountedVolume::MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
         return;
     runPrivileged({"chown", owner, mountPoint_.native()});
     // Root's own, and unreadable for the test's user.
-    if (fileSystem_ == FileSystem::Ext4)
+    if (std::filesystem::exists(mountPoint_ / "lost+found"))
         runPrivileged({"rmdir", mountPoint_ / "lost+found"});
 }
 

@@ -13,7 +13,16 @@ namespace slatewise::test {
 /// life. The test's user may write at its root.
 class MountedVolume {
 public:
-    enum class FileSystem { Ext4, Xfs, Btrfs, ExFat };
+    enum class FileSystem {
+        Ext4,
+        /// With small files among its own records.
+        Ext4Inline,
+        /// Without checksums of its own, so that damage may go unnoticed.
+        Ext4Unchecked,
+        Xfs,
+        Btrfs,
+        ExFat
+    };
 
     MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
                   const std::string& mountOptions = "");

@@ -36,6 +36,20 @@ std::string replaced(std::string name, char from, char to) {
     return name;
 }
 
+void addDisksUnder(const std::filesystem::path& device, int deepest,
+                   std::vector<std::filesystem::path>& disks) {
+    const auto disk = wholeDisk(device);
+    const auto parts = FileSystem::entriesIfAny(disk / "slaves");
+    if (parts.empty() || deepest == 0)
+        disks.push_back(disk);
+    for (const auto& part : parts) {
+        std::error_code failure;
+        const auto folder = std::filesystem::canonical(part, failure);
+        if (deepest > 0)
+            addDisksUnder(failure ? part : folder, deepest - 1, disks);
+    }
+}
+
 } // namespace
 
 std::optional<dev_t> parseNumbers(std::string_view text) {
@@ -75,16 +89,36 @@ std::string nameOf(dev_t numbers, const std::filesystem::path& sys) {
     return replaced(known.filename().native(), kSlashInName, '/');
 }
 
-std::filesystem::path pathUnder(const std::filesystem::path& path) {
+std::filesystem::path wholeDisk(const std::filesystem::path& device) {
+    return FileSystem::exists(device / "partition") ? device.parent_path() : device;
+}
+
+std::vector<std::filesystem::path> disksUnder(const std::filesystem::path& device) {
+    constexpr int kDeepestNesting = 16;
+    std::vector<std::filesystem::path> disks;
+    addDisksUnder(device, kDeepestNesting, disks);
+    return disks;
+}
+
+std::filesystem::path folderOf(dev_t numbers, const std::filesystem::path& sys) {
+    std::error_code failure;
+    auto folder = std::filesystem::canonical(sys / "dev/block" / text(numbers), failure);
+    return failure ? std::filesystem::path() : folder;
+}
+
+dev_t numbersUnder(const std::filesystem::path& path) {
     std::error_code failure;
     const auto real = std::filesystem::canonical(path, failure);
     if (failure)
-        return {};
+        return 0;
     // By its path: the numbers that Btrfs gives for an item are not those of its mount.
     const auto mounts = MountTable::read();
     const auto* mount = MountTable::holding(mounts, real);
-    const auto numbers = mount ? numbersOf(*mount) : 0;
-    const auto name = nameOf(numbers);
+    return mount ? numbersOf(*mount) : 0;
+}
+
+std::filesystem::path pathUnder(const std::filesystem::path& path) {
+    const auto name = nameOf(numbersUnder(path));
     return name.empty() ? std::filesystem::path() : std::filesystem::path(kDeviceFolder) / name;
 }
 

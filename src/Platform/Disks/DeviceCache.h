@@ -2,17 +2,19 @@
 
 #include <filesystem>
 
-/// The system's memory of a whole device, which stands behind that of single files when a file
-/// system runs outside the kernel, as exFAT and NTFS may, or when the device is a file itself.
-/// Dropping a file from the cache does not reach it.
+/// What remembers files besides their own pages: the whole device, when a file system runs outside
+/// the kernel, as exFAT and NTFS may; another file, when one lies on files or the device is one
+/// itself; another machine. Dropping a file from the cache does not reach it.
 namespace slatewise::DeviceCache {
 
 enum class Drop {
-    /// The file system is the kernel's own: files are all there is to drop.
+    /// The file system is known to keep pages of its files and nothing else above the device, and
+    /// the device is one of hardware: files are all there is to drop.
     NotNeeded,
     Done,
     /// Nobody told us the device, or this user may not open it, or it is a file that the system
-    /// keeps in memory itself. What is read next may come from memory.
+    /// keeps in memory itself, or nobody knows what the file system remembers. What is read next
+    /// may come from memory.
     NotPossible,
 };
 

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <set>
 
 namespace slatewise::SysfsDisks {
 
@@ -33,34 +32,6 @@ std::int64_t numberIn(const path& file) {
 
 bool isOn(const path& file) {
     return attribute(file) == "1";
-}
-
-path wholeDisk(const path& device) {
-    return FileSystem::exists(device / "partition") ? device.parent_path() : device;
-}
-
-/// The first of the devices that this one is made of; empty when it is made of none.
-path firstBelow(const path& disk) {
-    std::error_code failure;
-    std::set<path> below;
-    // A disk that is pulled out at this moment ends the list.
-    std::filesystem::directory_iterator entry(disk / "slaves", failure);
-    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
-        below.insert(entry->path());
-    return below.empty() ? path() : std::filesystem::canonical(*below.begin(), failure);
-}
-
-/// From a partition, an encrypted device or an array down to a disk.
-path physicalDisk(path device) {
-    constexpr int kDeepestNesting = 16;
-    for (int depth = 0; depth < kDeepestNesting; ++depth) {
-        device = wholeDisk(device);
-        const auto below = firstBelow(device);
-        if (below.empty())
-            break;
-        device = below;
-    }
-    return device;
 }
 
 /// Whether a part of the path is `prefix` followed by a number: "usb2", "ata11".
@@ -101,17 +72,16 @@ DiskBus busOf(const path& disk, const path& sys) {
 } // namespace
 
 std::optional<DiskFacts> facts(dev_t numbers, const path& sys) {
-    std::error_code failure;
-    const auto device =
-        std::filesystem::canonical(sys / "dev/block" / BlockDevices::text(numbers), failure);
-    if (failure)
+    const auto device = BlockDevices::folderOf(numbers, sys);
+    if (device.empty())
         return std::nullopt;
     constexpr std::int64_t kBytesPerSector = 512;
-    const auto disk = physicalDisk(device);
+    const auto disk = BlockDevices::disksUnder(device).front();
     DiskFacts facts;
     facts.deviceName = BlockDevices::nameOf(numbers, sys);
     facts.sizeBytes = numberIn(device / "size") * kBytesPerSector;
     facts.isReadOnly = isOn(device / "ro");
+    std::error_code failure;
     facts.bus = busOf(disk, std::filesystem::canonical(sys, failure));
     // The kernel does not mark cards in a slot of their own; chips soldered there are "MMC".
     facts.hasRemovableMedia = isOn(disk / "removable") || attribute(disk / "device/type") == "SD";
@@ -119,10 +89,8 @@ std::optional<DiskFacts> facts(dev_t numbers, const path& sys) {
 }
 
 path diskUnder(dev_t numbers, const path& sys) {
-    std::error_code failure;
-    const auto device =
-        std::filesystem::canonical(sys / "dev/block" / BlockDevices::text(numbers), failure);
-    return failure ? path() : physicalDisk(device);
+    const auto device = BlockDevices::folderOf(numbers, sys);
+    return device.empty() ? path() : BlockDevices::disksUnder(device).front();
 }
 
 std::string mediumNumber(dev_t numbers, const path& sys) {
@@ -130,10 +98,8 @@ std::string mediumNumber(dev_t numbers, const path& sys) {
 }
 
 std::string ownMediumNumber(dev_t numbers, const path& sys) {
-    std::error_code failure;
-    const auto device =
-        std::filesystem::canonical(sys / "dev/block" / BlockDevices::text(numbers), failure);
-    return failure ? std::string() : attribute(wholeDisk(device) / "diskseq");
+    const auto device = BlockDevices::folderOf(numbers, sys);
+    return device.empty() ? "" : attribute(BlockDevices::wholeDisk(device) / "diskseq");
 }
 
 } // namespace slatewise::SysfsDisks

@@ -112,6 +112,15 @@ bool exists(const std::filesystem::path& path) noexcept {
     return ::lstat(path.c_str(), &facts) == 0;
 }
 
+std::set<std::filesystem::path> entriesIfAny(const std::filesystem::path& folder) {
+    std::error_code failure;
+    std::set<std::filesystem::path> entries;
+    std::filesystem::directory_iterator entry(folder, failure);
+    for (; !failure && entry != std::filesystem::directory_iterator(); entry.increment(failure))
+        entries.insert(entry->path());
+    return entries;
+}
+
 // The library's own way to do this gives up at a thousand levels.
 void createFolders(const std::filesystem::path& folder) {
     std::vector<std::filesystem::path> missing;

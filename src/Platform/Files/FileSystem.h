@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -49,6 +50,9 @@ std::optional<Attributes> attributesIfAny(const std::filesystem::path& path) noe
 
 /// Whether anything bears that name, a dangling link included.
 bool exists(const std::filesystem::path& path) noexcept;
+
+/// Paths of all that lies in a folder; of what can be listed, should that fail. Never fails itself.
+std::set<std::filesystem::path> entriesIfAny(const std::filesystem::path& folder);
 
 /// Makes a folder with all its parents. A folder that is there already is no failure.
 void createFolders(const std::filesystem::path& folder);

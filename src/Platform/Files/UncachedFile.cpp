@@ -4,9 +4,14 @@
 #include "Platform/Text.h"
 
 #include <fcntl.h>
+#include <linux/fiemap.h>
+#include <linux/fs.h>
+#include <linux/magic.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 
 #include <algorithm>
 #include <array>
@@ -22,6 +27,9 @@ namespace {
 /// Blocks of 4096 bytes satisfy every device in use; one that wants more refuses the transfer,
 /// which then goes through the cache.
 constexpr std::size_t kBlockSize = TransferBuffer::alignment;
+
+/// The largest block of any file system; what lies among its records is smaller.
+constexpr std::int64_t kLargestRecord = 65'536;
 
 struct Opened {
     FileDescriptor descriptor;
@@ -82,6 +90,30 @@ bool hasPagesInMemory(int descriptor) noexcept {
     if (::syscall(kCachestatCall, descriptor, &wholeFile, &count, 0) == 0)
         return count.cached > 0;
     return hasMappedPagesInMemory(descriptor);
+}
+
+/// Whether the file lies among the file system's own records, whose memory nobody but the file
+/// system can empty, or nowhere yet.
+bool isAmongRecords(int descriptor) noexcept {
+    constexpr std::uint32_t kPlaceless =
+        FIEMAP_EXTENT_DATA_INLINE | FIEMAP_EXTENT_DELALLOC | FIEMAP_EXTENT_UNKNOWN;
+    alignas(fiemap) std::array<std::byte, sizeof(fiemap) + sizeof(fiemap_extent)> room{};
+    auto* const places = reinterpret_cast<fiemap*>(room.data());
+    places->fm_length = FIEMAP_MAX_OFFSET;
+    places->fm_extent_count = 1;
+    // A file system that cannot tell has no such files.
+    return ::ioctl(descriptor, FS_IOC_FIEMAP, places) == 0 && places->fm_mapped_extents > 0 &&
+           (places->fm_extents[0].fe_flags & kPlaceless) != 0;
+}
+
+/// Whether new files that are small come to lie among the file system's own records, unless they
+/// are given blocks before.
+bool putsSmallFilesAmongRecords(int descriptor) noexcept {
+    struct statfs facts {};
+    if (::fstatfs(descriptor, &facts) != 0)
+        return false;
+    const auto fileSystem = static_cast<std::uint32_t>(facts.f_type);
+    return fileSystem == BTRFS_SUPER_MAGIC || fileSystem == F2FS_SUPER_MAGIC;
 }
 
 /// Gives its size.
@@ -154,6 +186,8 @@ UncachedFile UncachedFile::createForWriting(const FileBeneath& file) {
 }
 
 bool UncachedFile::isKeptInMemory() const noexcept {
+    if (sizeAtOpening_ <= kLargestRecord && isAmongRecords(descriptor_.get()))
+        return true;
     if (!hasPagesInMemory(descriptor_.get()))
         return false;
     // What another program was just using may be let go now.
@@ -190,6 +224,9 @@ std::size_t UncachedFile::read(std::span<std::byte> into) {
 }
 
 void UncachedFile::write(std::span<const std::byte> from) {
+    // So that it can be read back from the device. Where that is refused its proof says so.
+    if (from.size() <= kBlockSize && putsSmallFilesAmongRecords(descriptor_.get()))
+        (void)::fallocate(descriptor_.get(), FALLOC_FL_KEEP_SIZE, 0, kBlockSize);
     const auto tail = isDirect_ ? from.size() % kBlockSize : 0;
     writeAll(from.first(from.size() - tail));
     if (tail > 0) {

@@ -79,8 +79,9 @@ public:
     void sync();
 
     /// Whether some of the file stays in the system's memory although it was dropped from there, as
-    /// when another program has it mapped or there is no device beneath. What is read then may come
-    /// from there. To be asked before the first read.
+    /// when another program has it mapped, there is no device beneath, or the file is so small that
+    /// the file system keeps it among its own records. What is read then may come from there. To be
+    /// asked before the first read.
     bool isKeptInMemory() const noexcept;
 
     /// As it was when the file was opened for reading.
