@@ -12,21 +12,20 @@ Program Program::usual() {
             .limits = {.outputBytes = kMostOutputBytes}};
 }
 
-MediaTiming timing(const std::filesystem::path& file, const Program& program,
+MediaTiming timing(const ClipName& clip, const Program& program,
                    const std::function<void(const std::string&)>& log,
                    const std::stop_token& stop) {
     if (!program.executable)
         return {};
     const auto note = [&](const std::string& what) {
         if (log)
-            log("Clip reader " + what + ": " + Text::displayable(file.filename().native()));
+            log("Clip reader " + what + ": " + Text::displayable(clip.name));
     };
     try {
-        const auto result =
-            ChildProcess::run({.executable = *program.executable,
-                               .arguments = {std::filesystem::absolute(file).native()},
-                               .environment = {}},
-                              program.limits, stop);
+        const auto result = ChildProcess::run({.executable = *program.executable,
+                                               .arguments = {clip.path.native()},
+                                               .environment = {}},
+                                              program.limits, stop);
         if (result.end == ChildProcess::End::TimedOut)
             note("timed out");
         else if (result.end == ChildProcess::End::Exited && result.status != 0)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Offload/ClipName.h"
 #include "Platform/ChildProcess.h"
 #include "Platform/MediaTiming.h"
 
@@ -24,10 +25,10 @@ struct Program {
     static Program usual();
 };
 
-/// What the library knows of a file; nothing when it does not know it, or is not there. Never
+/// What the library knows of a clip; nothing when it does not know it, or is not there. Never
 /// fails. Blocks for as long as the program's limits say; ends at once when `stop` is requested.
 /// `log`, which may be empty, gets a line when the program does not end well. Any thread.
-MediaTiming timing(const std::filesystem::path& file, const Program& program,
+MediaTiming timing(const ClipName& clip, const Program& program,
                    const std::function<void(const std::string&)>& log,
                    const std::stop_token& stop = {});
 

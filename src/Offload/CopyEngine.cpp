@@ -136,7 +136,7 @@ private:
                                                   transfer_.watch(entry.relativePath, {}));
             addRead(makeRow(entry, RowAction::Hash, VerifyStatus::Hashed), std::move(digests));
         }
-        const bool areInPlace = lookIntoClips(card_->path());
+        const bool areInPlace = lookIntoClips(*card_, RootFolder::Links::FollowBeneath);
         return outcome(isCardUnchanged(areInPlace) ? OutcomeStatus::Hashed : OutcomeStatus::Failed,
                        0);
     }
@@ -171,7 +171,7 @@ private:
         const bool allProved = proof_->prove(results_);
         bool areInPlace = findsFoldersInPlace();
         if (areInPlace)
-            areInPlace = lookIntoClips(sessionRoot_);
+            areInPlace = lookIntoClips(proof_->copies()->folder(), RootFolder::Links::Refuse);
         const bool areComplete = areInPlace && proof_->findsCopiesInPlace(results_);
         const bool isUnchanged = isCardUnchanged(areInPlace);
         if (observer_.proved)
@@ -259,9 +259,12 @@ private:
 
     /// Reads through the system's cache, and so only after the last proof. Takes long: what is
     /// looked at last of all is looked at afterwards. Gives whether both folders are in place then.
-    bool lookIntoClips(const std::filesystem::path& root) {
+    bool lookIntoClips(const RootFolder& root, RootFolder::Links links) {
         MediaProbe::attachMediaMetadata(
-            results_, root,
+            results_,
+            [&](const std::string& relative) {
+                return FileBeneath{root, relative, links};
+            },
             {.tool = request_.mediaInfo,
              .log = [this](const std::string& line) { reporter_.log(line); },
              .stop = transfer_.stop()});

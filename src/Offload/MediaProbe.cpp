@@ -8,6 +8,11 @@
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
 namespace slatewise::MediaProbe {
 
 namespace {
@@ -44,14 +49,13 @@ MediaMetadata merge(MediaMetadata primary, MediaMetadata secondary) {
     return primary;
 }
 
-MediaMetadata probeTool(const std::filesystem::path& file, const Context& context) {
-    const auto json = MediaInfoCLI::runJSON(file, context.tool, context.log, context.stop);
+MediaMetadata probeTool(const ClipName& clip, const Context& context) {
+    const auto json = MediaInfoCLI::runJSON(clip, context.tool, context.log, context.stop);
     return json ? MediaInfoJSON::metadata(*json) : MediaMetadata();
 }
 
-MediaMetadata probeLibrary(const std::filesystem::path& file, ReportKind kind,
-                           const Context& context) {
-    const auto timing = ClipReader::timing(file, context.reader, context.log, context.stop);
+MediaMetadata probeLibrary(const ClipName& clip, ReportKind kind, const Context& context) {
+    const auto timing = ClipReader::timing(clip, context.reader, context.log, context.stop);
     MediaMetadata result;
     if (kind == ReportKind::Video && timing.frameRate)
         result.captureFps = timing.frameRate->perSecond();
@@ -84,44 +88,57 @@ void complete(MediaMetadata& facts) {
             TimecodeFormat::lastFrame(*facts.timecodeStart, *frames, *rate, counting);
 }
 
-MediaMetadata ask(const std::filesystem::path& file, ReportKind kind, const Context& context) {
-    const auto extension = lowercasedExtension(file.native());
-    auto facts = probeTool(file, context);
+MediaMetadata ask(const ClipName& clip, ReportKind kind, const Context& context) {
+    const auto extension = lowercasedExtension(clip.name);
+    auto facts = probeTool(clip, context);
     if (kind == ReportKind::Audio && extension == "wav")
-        facts = merge(std::move(facts), WavFile::timing(file));
-    facts = merge(std::move(facts), probeLibrary(file, kind, context));
+        facts = merge(std::move(facts), WavFile::timing(clip.path));
+    facts = merge(std::move(facts), probeLibrary(clip, kind, context));
     const bool saysNothing = !facts.durationSeconds && !facts.captureFps && !facts.timecodeStart;
     if (saysNothing && (extension == "r3d" || extension == "braw") && context.log)
-        context.log("MediaInfo returned no fields for " +
-                    Text::displayable(file.filename().native()));
+        context.log("MediaInfo returned no fields for " + Text::displayable(clip.name));
     complete(facts);
     return facts;
 }
 
+/// Held by whoever calls, so that no other file can come to bear the clip's name in between.
+FileDescriptor openClip(const FileBeneath& file) {
+    auto clip = file.folder.open(file.relative, O_RDONLY | O_NONBLOCK, file.links);
+    const auto facts = FileSystem::attributesOf(clip.get());
+    if (!facts || facts->type != FileSystem::ItemType::RegularFile)
+        throw PosixError("open", file.path(), facts ? EINVAL : errno);
+    return clip;
+}
+
 } // namespace
 
-MediaMetadata probe(const std::filesystem::path& file, const Context& context) {
-    const auto kind = reportKindOf(file.native());
+MediaMetadata probe(const FileBeneath& file, const Context& context) {
+    const auto name = file.relative.filename().native();
+    const auto kind = reportKindOf(name);
     if (kind != ReportKind::Video && kind != ReportKind::Audio)
         return {};
     try {
-        return ask(file, kind, context);
+        const auto held = openClip(file);
+        const auto path =
+            "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(held.get());
+        return ask({path, name}, kind, context);
     } catch (const std::exception& failure) {
         if (context.log)
-            context.log("Media probe failed for " + Text::displayable(file.filename().native()) +
-                        ": " + describe(failure));
+            context.log("Media probe failed for " + Text::displayable(name) + ": " +
+                        describe(failure));
         return {};
     }
 }
 
-void attachMediaMetadata(std::span<FileCopyResult> rows, const std::filesystem::path& root,
+void attachMediaMetadata(std::span<FileCopyResult> rows,
+                         const std::function<FileBeneath(const std::string& relative)>& place,
                          const Context& context) {
     for (auto& row : rows) {
         if (context.stop.stop_requested())
             return;
         if (row.action != RowAction::Copy && row.action != RowAction::Hash)
             continue;
-        row.media = probe(root / row.relativePath, context);
+        row.media = probe(place(row.relativePath), context);
     }
 }
 

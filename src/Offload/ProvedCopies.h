@@ -19,6 +19,9 @@ public:
     /// Holds the session's folder, so that another one of its name is known for what it is.
     explicit ProvedCopies(RootFolder session) : session_(std::move(session)) {}
 
+    /// The session's folder.
+    const RootFolder& folder() const noexcept { return session_; }
+
     /// Notes what the copy is like. To be called before it is read back, with the place of its row
     /// among the run's. Fails with `PosixError` when it is not there.
     void note(std::size_t row, const std::string& copy);

@@ -46,6 +46,10 @@ std::string told(const MediaMetadata& facts) {
                        rate(facts.timecodeRate), facts.timecodeDropFrame ? counting : "none");
 }
 
+MediaMetadata probe(const std::filesystem::path& file, const MediaProbe::Context& context = {}) {
+    return MediaProbe::probe({RootFolder(file.parent_path()), file.filename()}, context);
+}
+
 MediaProbe::Context contextWith(const MediaInfoCLI::Tool& tool) {
     return {.tool = tool, .log = {}, .stop = {}};
 }
@@ -104,9 +108,9 @@ TEST(MediaProbe, CountsTheFramesThatAClipWasMadeOf) {
     for (const auto& [rate, start, frames, expected] : cases) {
         makeClips(folder.path(), rate, frames, start);
         for (const auto* name : {"clip.mov", "clip.mp4", "clip.mxf"}) {
-            const auto withTool = MediaProbe::probe(folder / name);
+            const auto withTool = probe(folder / name);
             EXPECT_EQ(told(withTool), expected) << name;
-            EXPECT_EQ(told(MediaProbe::probe(folder / name, contextWith(kNoTool))), expected)
+            EXPECT_EQ(told(probe(folder / name, contextWith(kNoTool))), expected)
                 << name << " without the tool";
             ASSERT_TRUE(withTool.essence);
             EXPECT_EQ(withTool.essence->codec, "AVC");
@@ -132,17 +136,17 @@ TEST(MediaProbe, KnowsClipsOfOtherMakes) {
     for (const auto* name : clips)
         halveTimecode(folder / name);
     for (const auto& tool : {MediaInfoCLI::Tool::usual(), kNoTool}) {
-        EXPECT_EQ(told(MediaProbe::probe(folder / "sound.mov", contextWith(tool))),
+        EXPECT_EQ(told(probe(folder / "sound.mov", contextWith(tool))),
                   "none - none, 00:00:02:00, 2 s at 25.0000/25.0000, none");
-        EXPECT_EQ(told(MediaProbe::probe(folder / "cut.mp4", contextWith(tool))),
+        EXPECT_EQ(told(probe(folder / "cut.mp4", contextWith(tool))),
                   "none - none, 00:00:01:05, 1.2 s at 25.0000/25.0000, none");
         for (const auto* name : clips)
-            EXPECT_EQ(told(MediaProbe::probe(folder / name, contextWith(tool))),
+            EXPECT_EQ(told(probe(folder / name, contextWith(tool))),
                       "04:00:00:00 - 04:00:01:19, 00:00:01:20, 1.67 s at 59.9401/29.9700, NDF")
                 << name;
-        EXPECT_EQ(told(MediaProbe::probe(folder / "master.mxf", contextWith(tool))),
+        EXPECT_EQ(told(probe(folder / "master.mxf", contextWith(tool))),
                   "00:00:00:00 - 00:00:01:24, 00:00:02:00, 2 s at 25.0000/25.0000, NDF");
-        EXPECT_EQ(told(MediaProbe::probe(folder / "Çekim \xff.mp4", contextWith(tool))),
+        EXPECT_EQ(told(probe(folder / "Çekim \xff.mp4", contextWith(tool))),
                   "none - none, 00:00:02:00, 2 s at 25.0000/25.0000, none");
     }
 }
@@ -153,7 +157,7 @@ TEST(MediaProbe, KnowsWhenASoundTakeBegan) {
     writeFile(file, broadcastWave());
     ASSERT_EQ(ffprobe("a:0", "format_tags=time_reference", file), "1728000000");
     for (const auto& tool : {MediaInfoCLI::Tool::usual(), kNoTool})
-        EXPECT_EQ(told(MediaProbe::probe(file, contextWith(tool))),
+        EXPECT_EQ(told(probe(file, contextWith(tool))),
                   "10:00:00:00 - 10:00:01:24, 00:00:02:00, 2 s at none/25.0000, none");
 }
 
@@ -169,7 +173,7 @@ TEST(MediaProbe, LaterSourcesOnlyFillGaps) {
                                       .log = [&](const std::string& line) { log.push_back(line); },
                                       .stop = {}};
 
-    const auto facts = MediaProbe::probe(take, context);
+    const auto facts = probe(take, context);
     EXPECT_EQ(facts.timecodeStart, "01:00:00:00");
     EXPECT_EQ(facts.timecodeRate, 30.0);
     EXPECT_EQ(facts.durationSeconds, 2.0);
@@ -180,7 +184,7 @@ TEST(MediaProbe, LaterSourcesOnlyFillGaps) {
     fake.says(R"(echo '{"media": {"track": [{"@type": "General", "Duration": "2"}, {"@type":)"
               R"( "Video", "TimeCode_FirstFrame": "01:00:00:00"}]}}')");
     makeVideo(folder / "clip.mov", "25", {"-c:v", "mpeg4"});
-    const auto clip = MediaProbe::probe(folder / "clip.mov", context);
+    const auto clip = probe(folder / "clip.mov", context);
     EXPECT_EQ(clip.durationTC, "00:00:02:00");
     EXPECT_EQ(clip.timecodeEnd, "01:00:01:24");
 
@@ -189,17 +193,17 @@ TEST(MediaProbe, LaterSourcesOnlyFillGaps) {
     writeFile(reader, "#!/bin/sh\necho rate 24000/1001; echo timecode-rate 24/1; echo frames 14400;"
                       "echo timecode 01:00:00:00\n");
     std::filesystem::permissions(reader, std::filesystem::perms::owner_all);
-    const auto rounded = MediaProbe::probe(
-        folder / "clip.mov",
-        {.tool = {}, .reader = {.executable = reader, .limits = {}}, .log = {}, .stop = {}});
+    const auto rounded =
+        probe(folder / "clip.mov",
+              {.tool = {}, .reader = {.executable = reader, .limits = {}}, .log = {}, .stop = {}});
     EXPECT_EQ(rounded.timecodeRate, rounded.captureFps);
     EXPECT_EQ(rounded.timecodeEnd, "01:09:59:23");
 
     fake.says("echo '{}'");
     writeFile(folder / "clip.r3d", "unknown");
     writeFile(folder / "clip.ari", "unknown");
-    EXPECT_EQ(MediaProbe::probe(folder / "clip.r3d", context), MediaMetadata());
-    EXPECT_EQ(MediaProbe::probe(folder / "clip.ari", context), MediaMetadata());
+    EXPECT_EQ(probe(folder / "clip.r3d", context), MediaMetadata());
+    EXPECT_EQ(probe(folder / "clip.ari", context), MediaMetadata());
     EXPECT_THAT(log, ::testing::ElementsAre("MediaInfo CLI " + fake.path().native(),
                                             "MediaInfo returned no fields for clip.r3d"));
 }
@@ -207,19 +211,19 @@ TEST(MediaProbe, LaterSourcesOnlyFillGaps) {
 TEST(MediaProbe, LooksOnlyIntoWhatIsNamedAMediaFile) {
     const TemporaryFolder folder;
     FakeMediaInfo fake;
-    fake.says("touch \"$4.asked\"; echo '{}'");
+    fake.says("touch " + (folder / "asked").native() + "; echo '{}'");
     for (const auto* name : {"notes.txt", "still.jpg", ".mov", "mov"}) {
         writeFile(folder / name, broadcastWave());
-        const auto facts = MediaProbe::probe(folder / name, contextWith(fake.tool()));
+        const auto facts = probe(folder / name, contextWith(fake.tool()));
         EXPECT_EQ(facts, MediaMetadata()) << name;
-        EXPECT_FALSE(std::filesystem::exists((folder / name).native() + ".asked")) << name;
+        EXPECT_FALSE(std::filesystem::exists(folder / "asked")) << name;
     }
     // A playlist that calls itself a clip leads nowhere.
     makeVideo(folder / "other.mp4", "25", {"-c:v", "mpeg4"});
     for (const auto* list : {"#EXTM3U\n#EXTINF:2,\nother.mp4\n#EXT-X-ENDLIST\n",
                              "ffconcat version 1.0\nfile other.mp4\n"}) {
         writeFile(folder / "list.mov", list);
-        EXPECT_EQ(MediaProbe::probe(folder / "list.mov", contextWith(kNoTool)), MediaMetadata());
+        EXPECT_EQ(probe(folder / "list.mov", contextWith(kNoTool)), MediaMetadata());
     }
 }
 
@@ -280,9 +284,23 @@ TEST_F(MediaPassTest, NoToolCanChangeTheVerdict) {
     EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_EQ(outcome.files.front().media->captureFps, 25.0) << "the library knows";
 
-    fake.says("rm -f \"$4\"; exit 1");
+    fake.says("rm -f \"$(readlink \"$4\")\"; exit 1");
     request.mediaInfo = fake.tool();
     EXPECT_EQ(run().status, OutcomeStatus::Failed) << "unless it takes the copy away";
+}
+
+TEST_F(MediaPassTest, TellsNothingOfAFileThatCameInBetween) {
+    const TemporaryFolder elsewhere;
+    makeVideo(elsewhere / "foreign.mov", "25", {"-c:v", "mpeg4", "-timecode", "02:00:00:00"});
+    std::filesystem::rename(card / "b.mxf", card / "0.mxf");
+    // The tool is asked about the first clip while somebody swaps the second.
+    fake.says("ln -sf " + (elsewhere / "foreign.mov").native() + " " +
+              (destination / "session/a.mov").native() + "; echo '{}'");
+    request.mediaInfo = fake.tool();
+    const auto outcome = run();
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+    for (const auto& row : outcome.files)
+        EXPECT_EQ(*row.media, MediaMetadata()) << row.relativePath;
 }
 
 TEST_F(MediaPassTest, StoppingItKeepsWhatWasProved) {
@@ -333,7 +351,7 @@ TEST(ClipReader, WhatAProgramBreaksOnCostsItsFactsAlone) {
         program.executable = folder / "reader";
         program.limits.run = std::chrono::seconds(3);
         std::vector<std::string> lines;
-        EXPECT_EQ(ClipReader::timing("/card/clip.mov", program,
+        EXPECT_EQ(ClipReader::timing({"/card/clip.mov", "clip.mov"}, program,
                                      [&](const auto& line) { lines.push_back(line); }),
                   timing);
         if (log)
@@ -341,6 +359,7 @@ TEST(ClipReader, WhatAProgramBreaksOnCostsItsFactsAlone) {
         else
             EXPECT_THAT(lines, ::testing::IsEmpty());
     }
-    EXPECT_EQ(ClipReader::timing("/card/clip.mov", {.executable = {}, .limits = {}}, {}),
-              MediaTiming());
+    EXPECT_EQ(
+        ClipReader::timing({"/card/clip.mov", "clip.mov"}, {.executable = {}, .limits = {}}, {}),
+        MediaTiming());
 }

@@ -1,11 +1,9 @@
 #include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 
 #include "Platform/Error.h"
-#include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace slatewise::MediaInfoCLI {
@@ -26,34 +24,11 @@ std::optional<std::filesystem::path> executableURL(const Tool& tool) {
     return std::nullopt;
 }
 
-/// The tool takes a name for UTF-8 text and does not find a file whose name is none. Such a file
-/// has another name for as long as we hold it open.
-class NameForTool {
-public:
-    explicit NameForTool(const std::filesystem::path& file) {
-        // The tool runs in another folder than we do.
-        name_ = std::filesystem::absolute(file).native();
-        if (Text::displayable(name_) == name_)
-            return;
-        held_ = FileDescriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-        if (held_)
-            name_ = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(held_.get());
-    }
-
-    const std::string& text() const { return name_; }
-
-private:
-    std::string name_;
-    FileDescriptor held_;
-};
-
-ChildProcess::Result runTool(const std::filesystem::path& executable,
-                             const std::filesystem::path& file, const Tool& tool,
-                             const std::stop_token& stop) {
-    const NameForTool name(file);
+ChildProcess::Result runTool(const std::filesystem::path& executable, const ClipName& clip,
+                             const Tool& tool, const std::stop_token& stop) {
     return ChildProcess::run(
         {.executable = executable,
-         .arguments = {"--Output=JSON", "--Full", "--ParseSpeed=0", name.text()},
+         .arguments = {"--Output=JSON", "--Full", "--ParseSpeed=0", clip.path.native()},
          .workingDirectory = executable.parent_path(),
          // In another locale names beyond ASCII would lead nowhere and numbers might have commas.
          .environment = {{"LC_ALL", "C.UTF-8"}}},
@@ -94,8 +69,8 @@ Noted& noted() {
     return instance;
 }
 
-std::optional<std::string> runJSON(const std::filesystem::path& file, const Tool& tool,
-                                   const Log& log, const std::stop_token& stop) {
+std::optional<std::string> runJSON(const ClipName& clip, const Tool& tool, const Log& log,
+                                   const std::stop_token& stop) {
     const auto note = [&](const std::string& line) {
         if (log)
             log(line);
@@ -109,8 +84,8 @@ std::optional<std::string> runJSON(const std::filesystem::path& file, const Tool
     if (!tool.noted->didLogPath.exchange(true))
         note("MediaInfo CLI " + Text::displayable(executable->native()));
     try {
-        return usableOutput(runTool(*executable, file, tool, stop),
-                            Text::displayable(file.filename().native()), note);
+        return usableOutput(runTool(*executable, clip, tool, stop), Text::displayable(clip.name),
+                            note);
     } catch (const std::exception& failure) {
         note("MediaInfo CLI failed to start: " + describe(failure));
         return std::nullopt;

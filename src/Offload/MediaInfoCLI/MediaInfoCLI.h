@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Offload/ClipName.h"
 #include "Platform/ChildProcess.h"
 
 #include <atomic>
@@ -40,11 +41,11 @@ struct Tool {
 /// Receives one line for the log.
 using Log = std::function<void(const std::string&)>;
 
-/// The tool's JSON about one file; empty when nothing usable came back, for whatever reason, which
-/// is then in the log. Never fails. Blocks for as long as the tool's limits say; ends at once when
-/// `stop` is requested. Any thread.
-std::optional<std::string> runJSON(const std::filesystem::path& file, const Tool& tool,
-                                   const Log& log, const std::stop_token& stop = {});
+/// The tool's JSON about one clip, whose path must be UTF-8; empty when nothing usable came back,
+/// for whatever reason, which is then in the log. Never fails. Blocks for as long as the tool's
+/// limits say; ends at once when `stop` is requested. Any thread.
+std::optional<std::string> runJSON(const ClipName& clip, const Tool& tool, const Log& log,
+                                   const std::stop_token& stop = {});
 
 /// Where to look for the tool, in this order: in the application's own folder `bundle`, near its
 /// executable and near what it was started as (`argv0`), in the system. A "Vendor" folder above the
