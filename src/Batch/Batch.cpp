@@ -188,7 +188,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
     try {
         if (stop_.stop_requested())
             throw CancellationError();
-        if (const auto missing = folders_.findMissing(work->pair))
+        if (const auto missing = folders_.findMissing(work->pair, plan_.l10n()))
             throw Error(missing->text(plan_.l10n()));
         co_await runEngine(work);
         co_await leaveTraces(work);

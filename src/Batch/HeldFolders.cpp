@@ -5,6 +5,9 @@
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -15,16 +18,27 @@ namespace {
 
 using Folder = std::shared_ptr<const RootFolder>;
 
-/// Null when there is no folder, or another one than was chosen.
+bool meansGone(const PosixError& failure) {
+    constexpr std::array kCodes = {ENOENT, ENOTDIR,   ESTALE,   ENODEV,
+                                   ENXIO,  ENOMEDIUM, ENOTCONN, ECONNABORTED};
+    return std::find(kCodes.begin(), kCodes.end(), failure.code()) != kCodes.end();
+}
+
+/// Null when there is no folder, or another one than was chosen. Fails with `PosixError` when that
+/// cannot be told.
 Folder openIfChosen(const VolumeFacts& chosen) {
     try {
         auto folder = std::make_shared<const RootFolder>(chosen.mountPoint);
         const auto identity = folder->identity();
-        if (identity && (!chosen.identity || identity->isSame(*chosen.identity)))
+        if (!identity)
+            throw PosixError("open", chosen.mountPoint, errno);
+        if (!chosen.identity || identity->isSame(*chosen.identity))
             return folder;
         AppLog::append("Not the folder that was chosen: " + chosen.mountPoint.native());
-    } catch (const std::exception& failure) {
+    } catch (const PosixError& failure) {
         AppLog::append(describe(failure));
+        if (!meansGone(failure))
+            throw;
     }
     return nullptr;
 }
@@ -41,9 +55,20 @@ struct HeldFolders::Look {
     std::mutex lock;
     HeldFolders held;
 
-    void answer(const std::filesystem::path& mountPoint, Folder folder) {
+    void open(const VolumeFacts& chosen) {
+        Folder folder;
+        std::optional<PosixError> failure;
+        try {
+            folder = openIfChosen(chosen);
+        } catch (const PosixError& reason) {
+            failure = reason;
+        } catch (const std::exception& reason) {
+            AppLog::append(describe(reason));
+        }
         const std::lock_guard guard(lock);
-        held.folders_[mountPoint] = std::move(folder);
+        held.folders_[chosen.mountPoint] = std::move(folder);
+        if (failure)
+            held.failures_.insert({chosen.mountPoint, *failure});
     }
     /// A late worker keeps this object, but must not keep a card from being ejected.
     HeldFolders takeSoFar() {
@@ -58,9 +83,7 @@ QCoro::Task<HeldFolders> HeldFolders::of(BatchPlan plan, std::stop_token stop,
     std::vector<QCoro::Task<>> answers;
     for (const auto* volumes : {&plan.cards, &plan.destinations}) {
         for (const auto& volume : *volumes) {
-            answers.push_back(onWorker([look, facts = volume.facts] {
-                look->answer(facts.mountPoint, openIfChosen(facts));
-            }));
+            answers.push_back(onWorker([look, facts = volume.facts] { look->open(facts); }));
         }
     }
     const auto answering = waitForEnd(allOf(std::move(answers)), stop, {.patience = patience});
@@ -77,8 +100,13 @@ BatchPlan HeldFolders::heldPart(BatchPlan plan) const {
     return plan;
 }
 
-std::optional<OffloadProblem> HeldFolders::findMissing(const BatchPair& pair) const {
+std::optional<OffloadProblem> HeldFolders::findMissing(const BatchPair& pair, L10n l10n) const {
     using Kind = OffloadProblem::Kind;
+    for (const auto* volume : {&pair.card, &pair.destination}) {
+        const auto failure = failures_.find(volume->facts.mountPoint);
+        if (failure != failures_.end())
+            return OffloadProblem::of(Kind::NotOpened, volume->name(), failure->second, l10n);
+    }
     if (!at(pair.card.facts.mountPoint)) {
         const bool isSilent = !folders_.contains(pair.card.facts.mountPoint);
         return OffloadProblem{isSilent ? Kind::CardSilent : Kind::CardGone, pair.card.name()};

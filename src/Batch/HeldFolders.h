@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Batch/BatchPlan.h"
+#include "Platform/Error.h"
 #include "Platform/Files/RootFolder.h"
 
 #include <QCoro/QCoroTask>
@@ -26,8 +27,8 @@ public:
     /// The plan's cards and disks that are held, in their order.
     BatchPlan heldPart(BatchPlan plan) const;
 
-    /// Why the pair cannot be begun; empty when both are held.
-    std::optional<OffloadProblem> findMissing(const BatchPair& pair) const;
+    /// Why the pair cannot be begun, with reasons in that language; empty when both are held.
+    std::optional<OffloadProblem> findMissing(const BatchPair& pair, L10n l10n) const;
 
     /// Null when it is not held.
     std::shared_ptr<const RootFolder> at(const std::filesystem::path& mountPoint) const;
@@ -40,6 +41,8 @@ private:
 
     /// Nothing for what is not there; no entry for what has not answered.
     std::map<std::filesystem::path, std::shared_ptr<const RootFolder>> folders_;
+    /// Of those that are there, as far as anybody knows, and could not be opened.
+    std::map<std::filesystem::path, PosixError> failures_;
 };
 
 } // namespace slatewise

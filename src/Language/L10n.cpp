@@ -282,6 +282,19 @@ std::string L10n::readFromMemory(Text subject) const {
                              subject);
 }
 
+std::string L10n::readBackFromMemory(Text subject) const {
+    return readFromMemory(subject) +
+           (isTurkish()
+                ? " Emin olmak için diski çıkarıp yeniden takın ve slatewise-verify ile denetleyin."
+                : " To be sure, eject the disk, connect it again and check it with "
+                  "slatewise-verify.");
+}
+
+std::string L10n::notOpened(Text volume, Text reason) const {
+    return isTurkish() ? fmt::format("{} açılamadı: {}", volume, reason)
+                       : fmt::format("{} could not be opened: {}", volume, reason);
+}
+
 std::string L10n::cardGone(Text card) const {
     return isTurkish() ? fmt::format("{} kartı artık yerinde değil.", card)
                        : fmt::format("The card {} is no longer there.", card);

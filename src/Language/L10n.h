@@ -88,6 +88,9 @@ public:
     std::string folderNotRead(Text folder, Text reason) const;
     std::string nothingReadBack(Text disk, Text reason) const;
     std::string readFromMemory(Text subject) const;
+    /// The same of a copy's proof, with what to do.
+    std::string readBackFromMemory(Text subject) const;
+    std::string notOpened(Text volume, Text reason) const;
     std::string cardGone(Text card) const;
     std::string diskReplaced(Text disk) const;
     std::string cardSilent(Text card) const;

@@ -48,7 +48,9 @@ std::string OffloadProblem::text(L10n l10n) const {
     case Kind::NothingReadBack:
         return l10n.nothingReadBack(about, reason);
     case Kind::ReadFromMemory:
-        return l10n.readFromMemory(about);
+        return l10n.readBackFromMemory(about);
+    case Kind::NotOpened:
+        return l10n.notOpened(about, reason);
     case Kind::CardGone:
         return l10n.cardGone(about);
     case Kind::DiskReplaced:

@@ -31,6 +31,8 @@ struct OffloadProblem {
         NothingReadBack,
         /// What was compared may not have come from the disk itself.
         ReadFromMemory,
+        /// The card or the disk, which is the subject, is there, but could not be opened.
+        NotOpened,
         /// The card's path leads elsewhere now, or nowhere.
         CardGone,
         /// The same of a destination.

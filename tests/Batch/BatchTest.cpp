@@ -177,9 +177,9 @@ TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
 }
 
 TEST_F(BatchOfCards, OnlyWhatWasTickedIsCopied) {
-    enum Fate { Stays, Unmounted, Exchanged };
+    enum Fate { Stays, Unmounted, Exchanged, NotOpened };
     for (const std::string name : {"A001", "SSD1"}) {
-        for (const auto fate : {Stays, Unmounted, Exchanged}) {
+        for (const auto fate : {Stays, Unmounted, Exchanged, NotOpened}) {
             SCOPED_TRACE(name + " " + std::to_string(fate));
             disks = {desk.mountDisk("SSD1")};
             const auto card = desk.mountCard("A001", {});
@@ -194,10 +194,15 @@ TEST_F(BatchOfCards, OnlyWhatWasTickedIsCopied) {
                 ticked.unmount();
             if (fate == Exchanged)
                 other.emplace(MountedVolume::FileSystem::Ext4, 32 << 20, place, "");
+            if (fate == NotOpened && std::filesystem::remove(place))
+                std::filesystem::create_symlink(name, place);
             desk.copy();
             const auto& pair = result().pairs.at(0);
             if (fate == Stays) {
                 EXPECT_EQ(pair.status, OutcomeStatus::Verified) << "an empty card is no failure";
+            } else if (fate == NotOpened) {
+                EXPECT_THAT(pair.message, StartsWith(name + " could not be opened: "));
+                std::filesystem::remove(place);
             } else {
                 EXPECT_EQ(pair.status, OutcomeStatus::Failed);
                 EXPECT_EQ(pair.message,
