@@ -5,6 +5,7 @@
 #include "Platform/Error.h"
 #include "Platform/ProcessEnd.h"
 #include "Platform/Text.h"
+#include "Storage/AppDatabase.h"
 #include "Storage/AppLog.h"
 
 #include <QApplication>
@@ -18,9 +19,13 @@ namespace {
 
 using namespace slatewise;
 
+void tell(const std::string& sentence) {
+    std::fprintf(stderr, "slatewise-dit: %s\n", Text::visible(sentence).c_str());
+}
+
 void tellOfFailure(const std::string& reason) {
     AppLog::append("Uygulama açılamadı: " + reason);
-    std::fprintf(stderr, "slatewise-dit: %s\n", Text::visible(reason).c_str());
+    tell(reason);
 }
 
 /// The toolkit aborts where it finds no display, as if it had crashed.
@@ -38,6 +43,8 @@ int run() {
     const int code = QGuiApplication::exec();
     application.noteEnd();
     UserDefaults::standard().waitUntilWritten();
+    if (const auto failure = application.model().state().database->writeWhatIsKept())
+        tell(L10n::current().historyLost(*failure));
     // A copy that still runs ends here, as it would if the power went: nothing is flushed by hand,
     // and what it has written stays.
     if (application.model().batch()->isBusy())
@@ -69,5 +76,6 @@ int runWithDisplay(int count, char** words) {
 int main(int count, char** words) {
     // Whoever started this from a terminal may close it.
     std::signal(SIGPIPE, SIG_IGN);
+    sayWhatEndsIt("slatewise-dit");
     endProcess(runWithDisplay(count, words));
 }

@@ -3,6 +3,7 @@
 #include "Batch/CardEject.h"
 #include "Batch/PairLists.h"
 #include "Batch/PairTraces.h"
+#include "Batch/ReportArchive.h"
 #include "Batch/Waiting.h"
 #include "Offload/CopyEngine.h"
 #include "Offload/OffloadError.h"
@@ -160,20 +161,27 @@ PairResult Batch::notBegun(const BatchPair& pair) const {
 QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
     const auto holding = HeldFolders::of(plan_, stop_.get_token(), surroundings_.patience);
     folders_ = co_await holding;
-    const auto found = std::make_shared<std::optional<std::string>>();
+    struct Look {
+        std::optional<std::string> obstacle;
+        std::shared_ptr<const RootFolder> archive;
+    };
+    const auto look = std::make_shared<Look>();
     auto looking = onWorker(
-        [found, plan = folders_.heldPart(plan_), find = surroundings_.findObstacle]() noexcept {
+        [look, plan = folders_.heldPart(plan_), find = surroundings_.findObstacle]() noexcept {
             try {
-                *found = find(plan);
+                look->obstacle = find(plan);
+                if (!look->obstacle)
+                    look->archive = ReportArchive::open(plan);
             } catch (const std::exception& failure) {
-                *found = describe(failure, plan.l10n());
+                look->obstacle = describe(failure, plan.l10n());
             }
         });
     const auto ending = waitForEnd(std::move(looking), stop_.get_token());
     co_await ending;
     if (stop_.stop_requested())
         co_return std::string(plan_.l10n().cancelled());
-    co_return *found;
+    archive_ = std::move(look->archive);
+    co_return look->obstacle;
 }
 
 /// Never fails: a failure is a result.
@@ -184,6 +192,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
     work->pair = std::move(pair);
     work->pair.cardFolder = folders_.at(work->pair.card.facts.mountPoint);
     work->pair.destinationFolder = folders_.at(work->pair.destination.facts.mountPoint);
+    work->pair.archiveFolder = archive_;
     PairResult result;
     try {
         if (stop_.stop_requested())
@@ -196,6 +205,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         // Workers may be slower to let go of their work than to end it.
         work->pair.cardFolder.reset();
         work->pair.destinationFolder.reset();
+        work->pair.archiveFolder.reset();
     } catch (const CancellationError&) {
         result.message = plan_.l10n().cancelled();
         result.failure = PairFailure::Stopped;

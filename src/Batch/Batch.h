@@ -135,6 +135,7 @@ private:
     const std::shared_ptr<AppDatabase> database_;
     BatchListener* listener_;
     HeldFolders folders_;
+    std::shared_ptr<const RootFolder> archive_;
     std::stop_source stop_;
     /// What all pairs together may still wait for the service.
     std::chrono::milliseconds serviceTimeLeft_{5000};

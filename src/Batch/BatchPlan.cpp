@@ -59,6 +59,7 @@ std::vector<BatchPair> BatchPlan::pairs() const {
                               static_cast<int>(pairs.size()), static_cast<int>(count)},
                              destination + 1 == destinations.size(),
                              {},
+                             {},
                              {}});
         }
     }

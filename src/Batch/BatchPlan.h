@@ -26,9 +26,11 @@ struct BatchPair {
     /// Where the batch stands while this pair is at work.
     BatchPosition position;
     bool isLastOfCard = false;
-    /// The two as the batch found them when it began; empty before it has, or when it found none.
+    /// The two as the batch found them when it began, and the archive of its reports; empty before
+    /// it has, or when it found none.
     std::shared_ptr<const RootFolder> cardFolder{};
     std::shared_ptr<const RootFolder> destinationFolder{};
+    std::shared_ptr<const RootFolder> archiveFolder{};
 
     /// What is to be told of a card or a disk whose path does not lead to what was chosen; empty
     /// when both are in place. Asks the disks; any thread.

@@ -5,7 +5,6 @@
 #include "Reports/ReportWriter.h"
 #include "Service/OutboxPayload.h"
 #include "Storage/AppLog.h"
-#include "Storage/SupportPaths.h"
 
 #include <fmt/format.h>
 
@@ -48,16 +47,16 @@ public:
     Traces(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
            const ProvedCopies* copies, AppDatabase& database, const Tell& tell)
         : plan_(plan), pair_(pair), outcome_(outcome), copies_(copies), database_(database),
-          tell_(tell), archive_(SupportPaths::reportsArchive(plan.settings)),
+          tell_(tell), archive_(*pair.archiveFolder), disk_(*pair.destinationFolder),
           manifest_(manifestOf(std::exchange(outcome.files, {}))) {}
 
     Folders leave() {
-        writeSet();
+        putIntoArchive();
         const auto told = outcome_.problems.size();
-        copySetToDestination();
+        putOntoDisk();
         lookOnceMore();
         if (outcome_.problems.size() != told)
-            writeSetAgain();
+            putFailureInPlace();
         save();
         enqueue();
         return std::move(folders_);
@@ -70,61 +69,78 @@ private:
                                            plan_.language);
     }
 
-    void writeSet() {
+    void putIntoArchive() {
         try {
             name_ = claimName(archive_);
-            set_ = archive_ / name_;
-            ReportWriter::write(manifest_, set_, plan_.language);
-            folders_.inArchive = set_;
+            writeIntoArchive();
         } catch (const std::exception& failure) {
-            fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.native(), failure,
+            fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.path().native(), failure,
                                     plan_.l10n()));
-            writeSetAside();
+            manifest_ = manifestOf(std::move(manifest_.files));
+            writeAside();
         }
     }
 
+    void writeIntoArchive() {
+        ReportFolder::putWhole(archive_, name_, [&](const std::filesystem::path& passing) {
+            const auto path = archive_.path() / passing;
+            const auto made = archive_.below(passing);
+            const auto requireSame = [&] {
+                if (!made.isSame(RootFolder(path)))
+                    throw PosixError("open", path, ENOENT);
+            };
+            requireSame();
+            ReportWriter::write(manifest_, path, plan_.language);
+            requireSame();
+        });
+        folders_.inArchive = archive_.path() / name_;
+        set_.emplace(archive_.below(name_));
+    }
+
     /// The disk gets its set even so.
-    void writeSetAside() {
-        set_.clear();
-        manifest_ = manifestOf(std::move(manifest_.files));
+    void writeAside() {
+        set_.reset();
         try {
-            aside_.emplace();
+            if (!aside_)
+                aside_.emplace();
+            const RootFolder aside(aside_->path());
             if (name_.empty())
-                name_ = claimName(aside_->path());
+                name_ = claimName(aside);
             ReportWriter::write(manifest_, aside_->path() / name_, plan_.language);
-            set_ = aside_->path() / name_;
+            set_.emplace(aside.below(name_));
         } catch (const std::exception& failure) {
             AppLog::append("Reports not written: " + describe(failure));
         }
     }
 
-    std::string claimName(const std::filesystem::path& archive) const {
+    std::string claimName(const RootFolder& archive) const {
         const auto wanted = ReportFolder::displayName(outcome_.startedAt, pair_.ekip, pair_.camera,
                                                       pair_.card.facts.volumeName);
-        return ReportFolder::claim(
-            wanted, outcome_.sessionID.text(), archive,
-            isDiskInPlace() && !isArchiveTheDisk() ? pair_.destinationFolder.get() : nullptr);
+        return ReportFolder::claim(wanted, outcome_.sessionID.text(), archive,
+                                   isDiskInPlace() && !isArchiveTheDisk() ? &disk_ : nullptr);
     }
 
     /// Who hashes without a disk has the archive for one.
-    bool isArchiveTheDisk() const {
-        return plan_.settings.verifyOnly && pair_.destinationFolder->isSame(RootFolder(archive_));
+    bool isArchiveTheDisk() const { return plan_.settings.verifyOnly && disk_.isSame(archive_); }
+
+    /// A user may have put the archive where the copy goes.
+    bool isArchiveOnDisk() const {
+        try {
+            return isArchiveTheDisk() ||
+                   (set_ && disk_.below(ReportFolder::onDestination(name_)).isSame(*set_));
+        } catch (const PosixError&) {
+            return false;
+        }
     }
 
     /// What lies beneath a disk that is gone is none of ours.
-    bool isDiskInPlace() const { return pair_.destinationFolder->isStillAtItsPath(); }
+    bool isDiskInPlace() const { return disk_.isStillAtItsPath(); }
 
-    void copySetToDestination() {
-        if (!isDiskInPlace() || set_.empty())
+    void putOntoDisk() {
+        if (!set_ || !isDiskInPlace())
             return;
         try {
-            if (isArchiveTheDisk()) {
-                folders_.onDestination = folders_.inArchive;
-                return;
-            }
-            const auto onDestination = ReportFolder::onDestination(name_);
-            ReportWriter::copySidecars(RootFolder(set_), *pair_.destinationFolder, onDestination);
-            folders_.onDestination = pair_.destination.facts.mountPoint / onDestination;
+            copySetToDisk();
         } catch (const std::exception& failure) {
             fail(OffloadProblem::of(Kind::ReportsNotCopied, pair_.destination.name(), failure,
                                     plan_.l10n()));
@@ -144,29 +160,60 @@ private:
             fail(problem);
     }
 
-    /// With what has become known since. What lies there already is no better than nothing.
-    void writeSetAgain() {
-        manifest_ = manifestOf(std::move(manifest_.files));
-        if (set_.empty())
-            return;
-        try {
-            ReportWriter::write(manifest_, set_, plan_.language);
-        } catch (const std::exception& failure) {
-            AppLog::append("Reports not written again: " + describe(failure));
+    void copySetToDisk() {
+        if (isArchiveOnDisk()) {
+            folders_.onDestination = folders_.inArchive;
             return;
         }
-        copySetToDestination();
+        const auto set = ReportFolder::onDestination(name_);
+        ReportFolder::putWhole(disk_, set, [&](const std::filesystem::path& passing) {
+            ReportWriter::copySidecars(*set_, disk_, passing);
+        });
+        folders_.onDestination = pair_.destination.facts.mountPoint / set;
+    }
+
+    /// The sets told of an end that was not to be. They are taken away, and made again with what
+    /// has become known since, as far as that is possible: none rather than one that is wrong.
+    void putFailureInPlace() {
+        if (!folders_.onDestination.empty() && !isArchiveOnDisk())
+            ReportFolder::remove(disk_, ReportFolder::onDestination(name_));
+        folders_.onDestination.clear();
+        manifest_ = manifestOf(std::move(manifest_.files));
+        const bool wasArchived = !std::exchange(folders_.inArchive, {}).empty();
+        if (wasArchived)
+            ReportFolder::remove(archive_, name_);
+        if (!wasArchived || !attempt([&] { writeIntoArchive(); }))
+            writeAside();
+        if (set_ && isDiskInPlace())
+            attempt([&] { copySetToDisk(); });
+    }
+
+    /// What fails is told already.
+    template <typename Step>
+    static bool attempt(Step step) {
+        try {
+            step();
+            return true;
+        } catch (const std::exception& failure) {
+            AppLog::append("Reports not written again: " + describe(failure));
+            return false;
+        }
+    }
+
+    SessionTraces sessionTraces() const {
+        const auto& set = folders_.inArchive.empty() ? folders_.onDestination : folders_.inArchive;
+        return {.ekip = pair_.ekip,
+                .reportFolder = set.native(),
+                .cardUUID =
+                    pair_.card.isPickedFolder() ? "" : pair_.card.facts.volumeUUID.value_or("")};
     }
 
     void save() {
+        if (const auto aside = database_.takeSetAside())
+            report({Kind::HistorySetAside, aside->native()});
         try {
             database_.save(outcome_, manifest_.files, pair_.card.facts.volumeName,
-                           pair_.destination.facts.volumeName, pair_.camera);
-            database_.saveTraces(
-                outcome_.sessionID.text(), pair_.ekip,
-                folders_.inArchive.empty() ? folders_.onDestination : folders_.inArchive,
-                pair_.card.isPickedFolder() ? std::string()
-                                            : pair_.card.facts.volumeUUID.value_or(""));
+                           pair_.destination.facts.volumeName, pair_.camera, sessionTraces());
         } catch (const std::exception& failure) {
             report(OffloadProblem::of(Kind::SessionNotStored, pair_.card.name(), failure,
                                       plan_.l10n()));
@@ -215,12 +262,13 @@ private:
     const ProvedCopies* copies_;
     AppDatabase& database_;
     const Tell& tell_;
-    const std::filesystem::path archive_;
+    const RootFolder& archive_;
+    const RootFolder& disk_;
     SessionManifest manifest_;
     /// Of the set's folder, wherever it lies.
     std::string name_;
     /// Where the set was written, to be copied from; empty when it could not be.
-    std::filesystem::path set_;
+    std::optional<RootFolder> set_;
     std::optional<PassingFolder> aside_;
     Folders folders_;
 };

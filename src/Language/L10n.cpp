@@ -352,6 +352,24 @@ std::string L10n::sessionNotQueued(Text card, Text reason) const {
                : fmt::format("The service will not hear of the offload of {}: {}", card, reason);
 }
 
+std::string L10n::historySetAside(Text file) const {
+    return isTurkish()
+               ? fmt::format("Geçmiş bozuktu, yenisi başlatıldı. Eskisi burada duruyor: {}", file)
+               : fmt::format("The history was damaged and a new one was begun. The old one is "
+                             "kept as {}",
+                             file);
+}
+
+std::string L10n::historyLost(Text reason) const {
+    return isTurkish() ? fmt::format("Geçmişe yazılamadı, başlangıçtan beri aktarılanlar geçmişte "
+                                     "ve hizmete gidecekler arasında yok: {}",
+                                     reason)
+                       : fmt::format("The history could not be written: what was offloaded since "
+                                     "the start is missing in it, and among the reports that wait "
+                                     "for the service: {}",
+                                     reason);
+}
+
 std::string L10n::cardListNotRead(Text list, Text reason) const {
     return isTurkish()
                ? fmt::format("Kartın getirdiği hash listesi okunamadı: {} ({})", list, reason)
@@ -411,8 +429,11 @@ std::string L10n::checkFailed(Text date, Text reason) const {
 
 std::string L10n::templateLeadsOut(Text pathTemplate) const {
     return isTurkish()
-               ? fmt::format("Klasör şablonu hedefin dışına çıkıyor: {}", pathTemplate)
-               : fmt::format("The folder template leads out of the destination: {}", pathTemplate);
+               ? fmt::format("Klasör şablonu hedefin dışına ya da raporlarına çıkıyor: {}",
+                             pathTemplate)
+               : fmt::format("The folder template leads out of the destination or to its reports: "
+                             "{}",
+                             pathTemplate);
 }
 
 std::string L10n::cannotStart(Text reason) const {

@@ -102,6 +102,8 @@ public:
     std::string reportsNotWritten(Text place, Text reason) const;
     std::string sessionNotStored(Text card, Text reason) const;
     std::string sessionNotQueued(Text card, Text reason) const;
+    std::string historySetAside(Text file) const;
+    std::string historyLost(Text reason) const;
     std::string cardListNotRead(Text list, Text reason) const;
     std::string cardDiffersFromList(Text file) const;
     std::string listedFileMissing(Text file) const;

@@ -3,7 +3,6 @@
 #include "Model/QtText.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Worker.h"
-#include "Reports/ReportFolder.h"
 #include "Service/DirectSaaSClient.h"
 #include "Storage/AppLog.h"
 #include "Storage/SupportPaths.h"
@@ -49,7 +48,7 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
     recentSessions_ = latestOf(*state_.database).value_or(recentSessions_);
     reports_.migrateArchive();
     for (const auto& destination : state_.board.list(VolumeSide::Destination))
-        reports_.migrate(ReportFolder::destinationReportsRoot(destination.facts.mountPoint));
+        reports_.migrateDisk(destination.facts.mountPoint);
     AppLog::prune(SupportPaths::logsDirectory(), Clock::now());
     AppLog::append("Uygulama açıldı v" + std::string(AppInfo::version));
     drainer_.drain(serviceProfile_.current());

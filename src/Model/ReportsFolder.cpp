@@ -84,7 +84,7 @@ QCoro::Task<> ReportsFolder::showReportsOf(QPointer<ReportsFolder> self,
 }
 
 void ReportsFolder::migrateArchive() {
-    migrate(SupportPaths::reportsArchivePath(state_.settings));
+    migration_.migrateArchive(SupportPaths::reportsArchivePath(state_.settings));
 }
 
 void ReportsFolder::show() {

@@ -40,8 +40,12 @@ public:
     void revealReports(const SessionRecord& session);
 
     /// Gives report folders of older versions the names of today.
-    void migrate(std::filesystem::path root) { migration_.migrate(std::move(root)); }
-    void migrateOnce(const std::filesystem::path& root) { migration_.migrateOnce(root); }
+    void migrateDisk(std::filesystem::path mountPoint) {
+        migration_.migrateDisk(std::move(mountPoint));
+    }
+    void migrateDiskOnce(const std::filesystem::path& mountPoint) {
+        migration_.migrateDiskOnce(mountPoint);
+    }
     void migrateArchive();
 
 Q_SIGNALS:

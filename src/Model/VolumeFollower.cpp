@@ -6,7 +6,6 @@
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
-#include "Reports/ReportFolder.h"
 #include "Storage/AppLog.h"
 #include "Volumes/PickedFolder.h"
 
@@ -144,7 +143,7 @@ void VolumeFollower::apply() {
     measure(applied.appeared);
     announce(applied.newCards);
     for (const auto& destination : state_.board.list(VolumeSide::Destination))
-        reports_.migrateOnce(ReportFolder::destinationReportsRoot(destination.facts.mountPoint));
+        reports_.migrateDiskOnce(destination.facts.mountPoint);
     state_.publish();
 }
 

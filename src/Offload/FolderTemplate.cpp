@@ -77,13 +77,16 @@ std::optional<std::filesystem::path> belowDestination(const std::filesystem::pat
     auto below = session.lexically_normal().lexically_relative(destination.lexically_normal());
     if (!below.has_filename())
         below = below.parent_path();
-    if (below.empty() || below == "." || *below.begin() == "..")
+    // Some disks take "Reports" for the same.
+    const bool isReports = Text::asciiLowercased(below.native()) == "reports";
+    if (below.empty() || below == "." || *below.begin() == ".." || isReports)
         return std::nullopt;
     return below;
 }
 
 bool leadsOut(std::string_view pathTemplate) {
-    const std::filesystem::path destination = "/destination";
+    // Which nobody can have written into the template.
+    const auto destination = std::filesystem::path("/") / Uuid::random().text();
     const Values names{.destination = destination,
                        .cardName = "card",
                        .camera = "camera",

@@ -78,7 +78,8 @@ struct Values {
 std::filesystem::path expand(std::string_view pathTemplate, const Values& values);
 
 /// The part of a session's path below its destination; empty when the path leads out of the
-/// destination, or nowhere but to the destination itself. Looks at no disk.
+/// destination, nowhere but to the destination itself, or to the folder of its reports. Looks at no
+/// disk.
 std::optional<std::filesystem::path> belowDestination(const std::filesystem::path& session,
                                                       const std::filesystem::path& destination);
 

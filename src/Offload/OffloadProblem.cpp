@@ -19,6 +19,7 @@ OffloadProblem::Severity OffloadProblem::severity() const {
     case Kind::LostAndFoundNotRead:
     case Kind::SessionNotStored:
     case Kind::SessionNotQueued:
+    case Kind::HistorySetAside:
     case Kind::NameNotListed:
         return Severity::Note;
     default:
@@ -74,6 +75,8 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.sessionNotStored(about, reason);
     case Kind::SessionNotQueued:
         return l10n.sessionNotQueued(about, reason);
+    case Kind::HistorySetAside:
+        return l10n.historySetAside(about);
     case Kind::CardListNotRead:
         return l10n.cardListNotRead(about, reason);
     case Kind::CardDiffersFromList:

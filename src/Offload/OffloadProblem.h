@@ -56,6 +56,8 @@ struct OffloadProblem {
         SessionNotStored,
         /// The reporting service will not hear of it.
         SessionNotQueued,
+        /// The history was damaged; a new one was begun. The subject is where the old one lies.
+        HistorySetAside,
         /// A hash list that the card brought cannot be read, and so cannot go on.
         CardListNotRead,
         /// A file is not what the card's own list says.

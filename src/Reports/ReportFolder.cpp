@@ -14,9 +14,9 @@ namespace {
 
 constexpr auto* kReports = "reports";
 
-/// What the manifest of some 300,000 files comes to. It may be a foreign disk's, and all of it is
-/// held in memory.
-constexpr std::int64_t kLargestManifestBytes = std::int64_t{256} << 20;
+/// What the manifest of some 40,000 files comes to. It may be a foreign disk's, made to fill the
+/// memory; all of it is held there, and more of what it says.
+constexpr std::int64_t kLargestManifestBytes = std::int64_t{32} << 20;
 
 constexpr std::size_t kPersonLimit = 24;
 constexpr std::size_t kCardLimit = 40;
@@ -60,17 +60,27 @@ std::string shortID(const std::string& sessionID) {
 }
 
 /// False when the name is taken there by another set than the archive's, which may lie there.
-bool claimOnDestination(const RootFolder& destination, const std::filesystem::path& inArchive) {
+bool claimOnDestination(const RootFolder& destination, const RootFolder& archive,
+                        const std::string& name) {
     try {
-        const auto set = onDestination(inArchive.filename().native());
+        const auto set = onDestination(name);
         destination.createFolders(set.parent_path());
         if (destination.createNewFolder(set))
             return true;
         const auto item = destination.attributes(set);
         return item.type == FileSystem::ItemType::Folder &&
-               destination.below(set).isSame(RootFolder(inArchive));
+               destination.below(set).isSame(archive.below(name));
     } catch (const PosixError&) {
         return true;
+    }
+}
+
+void removeIfEmpty(const RootFolder& root, const std::filesystem::path& folder) noexcept {
+    try {
+        root.removeFolder(folder);
+        root.below(folder.parent_path()).sync();
+    } catch (const std::exception&) {
+        // Then something lies in it, or the disk is broken.
     }
 }
 
@@ -106,6 +116,16 @@ void migrateFolder(const RootFolder& root, const std::string& folder) {
     copyToMountedDestination(root.below(name), manifest, name);
 }
 
+void migrateAll(const RootFolder& folders) {
+    for (const auto& folder : opaqueFolders(folders)) {
+        try {
+            migrateFolder(folders, folder);
+        } catch (const std::exception&) {
+            // It keeps its name, by which it is found again the next time.
+        }
+    }
+}
+
 } // namespace
 
 std::string displayName(Instant startedAt, std::string_view ekip, std::string_view camera,
@@ -126,19 +146,50 @@ std::string uniqueName(const std::string& name, const std::string& sessionID,
     return name + "_" + sanitize(sessionID, kSessionIDLimit);
 }
 
-std::string claim(const std::string& name, const std::string& sessionID,
-                  const std::filesystem::path& archive, const RootFolder* destination) {
+std::string claim(const std::string& name, const std::string& sessionID, const RootFolder& archive,
+                  const RootFolder* destination) {
     const auto withShortID = name + "_" + shortID(sessionID);
     auto candidate = name;
     for (int attempt = 1;; ++attempt) {
-        if (FileSystem::createNewFolder(archive / candidate)) {
-            if (!destination || claimOnDestination(*destination, archive / candidate))
+        if (archive.createNewFolder(candidate)) {
+            if (!destination || claimOnDestination(*destination, archive, candidate))
                 return candidate;
-            std::error_code ignored;
-            std::filesystem::remove(archive / candidate, ignored);
+            remove(archive, candidate);
         }
         candidate = attempt == 1 ? withShortID : withShortID + "-" + std::to_string(attempt);
     }
+}
+
+void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fill& fill) {
+    // The name is claimed, and so is this one.
+    const auto passing = set.parent_path() / ("." + set.filename().native() + ".part");
+    bool isInPlace = false;
+    try {
+        root.createFolders(passing);
+        fill(passing);
+        root.rename(passing, set);
+        isInPlace = true;
+        root.below(set.parent_path()).sync();
+    } catch (...) {
+        remove(root, passing);
+        if (isInPlace)
+            remove(root, set);
+        else
+            removeIfEmpty(root, set);
+        throw;
+    }
+}
+
+void remove(const RootFolder& root, const std::filesystem::path& set) noexcept {
+    // The manifest first: without it the rest passes for no set.
+    for (const auto name : ReportWriter::fileNames) {
+        try {
+            root.removeFile(set / name);
+        } catch (const std::exception&) {
+            // The others may go all the same.
+        }
+    }
+    removeIfEmpty(root, set);
 }
 
 std::filesystem::path onDestination(const std::string& name) {
@@ -173,19 +224,19 @@ void copyToMountedDestination(const RootFolder& from, const SessionManifest& man
     }
 }
 
-void migrateReadableNames(const std::filesystem::path& root) noexcept {
+void migrateReadableNames(const std::filesystem::path& archive) noexcept {
     try {
-        // On a foreign disk the folder may be a link to anywhere.
-        const auto folders = RootFolder(root.parent_path()).below(root.filename());
-        for (const auto& folder : opaqueFolders(folders)) {
-            try {
-                migrateFolder(folders, folder);
-            } catch (const std::exception&) {
-                // It keeps its name, by which it is found again the next time.
-            }
-        }
+        migrateAll(RootFolder(archive));
     } catch (const std::exception&) {
         // Not even listed: then there is nothing to rename.
+    }
+}
+
+void migrateDisk(const std::filesystem::path& mountPoint) noexcept {
+    try {
+        migrateAll(RootFolder(mountPoint).below(kReports));
+    } catch (const std::exception&) {
+        // As above; or the folder is a link, which may lead to anywhere.
     }
 }
 

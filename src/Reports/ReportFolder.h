@@ -5,6 +5,7 @@
 #include "Reports/SessionManifest.h"
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -27,8 +28,19 @@ std::string uniqueName(const std::string& name, const std::string& sessionID,
 /// else with a number too. Nobody else, in whatever program, gets the same. Fails with `PosixError`
 /// when the archive takes no folder. A destination that takes none is passed over: who copies the
 /// set there learns why. Without a destination the name is the archive's alone.
-std::string claim(const std::string& name, const std::string& sessionID,
-                  const std::filesystem::path& archive, const RootFolder* destination);
+std::string claim(const std::string& name, const std::string& sessionID, const RootFolder& archive,
+                  const RootFolder* destination);
+
+/// Gets a set into a passing folder.
+using Fill = std::function<void(const std::filesystem::path& passing)>;
+
+/// Has `fill` make a set in a passing folder beneath `root` and gives that the claimed name `set`:
+/// who looks there sees a whole set or none. When any of it fails nothing of the set stays, as far
+/// as the disk allows, and the failure goes on to the caller.
+void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fill& fill);
+
+/// Takes a set of ours away, and its folder when nothing else lies in it. Never fails.
+void remove(const RootFolder& root, const std::filesystem::path& set) noexcept;
 
 /// Where a set lies beneath a destination's root.
 std::filesystem::path onDestination(const std::string& name);
@@ -45,10 +57,13 @@ std::filesystem::path destinationReportsRoot(const std::filesystem::path& mountP
 void copyToMountedDestination(const RootFolder& from, const SessionManifest& manifest,
                               const std::string& folderName) noexcept;
 
-/// Gives every folder in `root` that is named after a session's id alone a readable name, and
+/// Gives every folder in the archive that is named after a session's id alone a readable name, and
 /// copies its set to the session's destination under that name. What cannot be read, moved or
-/// copied stays as it is and is met again the next time; a root that is a link is left alone. Never
-/// fails; a second call changes nothing.
-void migrateReadableNames(const std::filesystem::path& root) noexcept;
+/// copied stays as it is and is met again the next time. Never fails; a second call changes
+/// nothing.
+void migrateReadableNames(const std::filesystem::path& archive) noexcept;
+
+/// The same of the reports on a disk. Where these are a link, or another disk, they are left alone.
+void migrateDisk(const std::filesystem::path& mountPoint) noexcept;
 
 } // namespace slatewise::ReportFolder

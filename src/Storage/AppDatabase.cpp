@@ -172,11 +172,29 @@ AppDatabase AppDatabase::inMemory() {
 }
 
 AppDatabase AppDatabase::openOrWait(const std::filesystem::path& file, Waiting waiting) {
+    return AppDatabase(StoreConnection::openOrWait(file, waiting.patience, waiting.interval));
+}
+
+void AppDatabase::writeOrKeep(
+    const std::function<void(StoreConnection&, SQLite::Database&)>& work) {
+    const auto writeTo = [&](StoreConnection& connection) {
+        connection.write([&](SQLite::Database& database) { work(connection, database); });
+    };
     try {
-        return AppDatabase(std::make_shared<StoreConnection>(file, waiting.patience));
-    } catch (const std::exception& failure) {
-        return AppDatabase(StoreConnection::waitingFor(file, waiting.interval, describe(failure)));
+        writeTo(*connection_);
+    } catch (const SQLite::Exception& failure) {
+        if (failure.getErrorCode() != SQLITE_BUSY)
+            throw;
+        writeTo(*connection_->whileBusy(describe(failure)));
     }
+}
+
+std::optional<std::filesystem::path> AppDatabase::takeSetAside() {
+    return connection_->takeSetAside();
+}
+
+std::optional<std::string> AppDatabase::writeWhatIsKept(std::chrono::milliseconds patience) {
+    return connection_->writeWhatIsKept(patience);
 }
 
 std::filesystem::path AppDatabase::file() const {
@@ -185,26 +203,19 @@ std::filesystem::path AppDatabase::file() const {
 
 void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
                        const std::string& cardName, const std::string& destName,
-                       const std::string& camera) {
+                       const std::string& camera, const SessionTraces& traces) {
     const auto sessionID = outcome.sessionID.text();
     const std::string event =
         outcome.status == OutcomeStatus::Verified ? "offload_verified" : "offload_failed";
     const auto detail =
         std::to_string(files.size()) + " dosya, " + std::to_string(outcome.bytesCopied) + " byte";
-    connection_->write([&](SQLite::Database& database) {
+    writeOrKeep([&](StoreConnection&, SQLite::Database& database) {
         insertSession(database, outcome, cardName, destName, camera);
         insertFiles(database, sessionID, files);
         insertActivity(database, sessionID, event, detail);
-    });
-}
-
-void AppDatabase::saveTraces(const std::string& sessionID, const std::string& ekip,
-                             const std::filesystem::path& reportFolder,
-                             const std::string& cardUUID) {
-    connection_->write([&](SQLite::Database& database) {
         SQLite::Statement insert(database, "INSERT INTO session_traces (sessionID, ekip, "
                                            "reportFolder, cardUUID) VALUES (?, ?, ?, ?)");
-        Binder(insert) << sessionID << ekip << reportFolder.native() << cardUUID;
+        Binder(insert) << sessionID << traces.ekip << traces.reportFolder << traces.cardUUID;
         insert.exec();
     });
 }
@@ -257,9 +268,9 @@ void AppDatabase::recordActivity(const std::optional<std::string>& sessionID,
 }
 
 void AppDatabase::enqueueOutbox(const std::string& kind, const std::string& payload) {
-    connection_->write([&](SQLite::Database& database) {
+    writeOrKeep([&](StoreConnection& connection, SQLite::Database& database) {
         SQLite::Statement insert(database, insertOutbox("?"));
-        Binder(insert) << connection_->nextOutboxID() << kind << payload << Clock::now();
+        Binder(insert) << connection.nextOutboxID() << kind << payload << Clock::now();
         insert.exec();
     });
 }
@@ -276,9 +287,9 @@ void AppDatabase::enqueueOutbox(const std::string& kind, const FileSystem::TextS
     if (size <= kHeldWhole)
         return enqueueOutbox(kind, beginning);
     beginning = {};
-    connection_->write([&](SQLite::Database& database) {
+    writeOrKeep([&](StoreConnection& connection, SQLite::Database& database) {
         SQLite::Statement insert(database, insertOutbox("zeroblob(?)"));
-        Binder(insert) << connection_->nextOutboxID() << kind << static_cast<std::int64_t>(size)
+        Binder(insert) << connection.nextOutboxID() << kind << static_cast<std::int64_t>(size)
                        << Clock::now();
         insert.exec();
         PayloadWriter writer(database);

@@ -6,12 +6,17 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+namespace SQLite {
+class Database;
+}
 
 namespace slatewise {
 
@@ -35,8 +40,17 @@ public:
 
     /// The same, but never fails: while the file cannot be had, because another program holds it or
     /// its disk is not there, all is kept in memory and the file tried again, to the end of the
-    /// process. What was kept is moved there when it can be.
+    /// process. What was kept is moved there when it can be. A file that is no store, or a damaged
+    /// one, is set aside under another name, and a new one begun.
     static AppDatabase openOrWait(const std::filesystem::path& file, Waiting waiting);
+
+    /// Where the file lies that was set aside, told once; else empty.
+    std::optional<std::filesystem::path> takeSetAside();
+
+    /// Tries once more to write what is kept in memory because the file could not be had, and gives
+    /// why it is lost otherwise. For the end of a process. Blocks for about as long as `patience`.
+    std::optional<std::string>
+    writeWhatIsKept(std::chrono::milliseconds patience = std::chrono::seconds(5));
 
     /// A store that ends with the process.
     static AppDatabase inMemory();
@@ -48,14 +62,12 @@ public:
     bool isSame(const AppDatabase& other) const { return connection_ == other.connection_; }
 
     /// Stores the session, its files and an activity row, all or nothing. A session that is stored
-    /// already is a failure. The outcome's rows are those of `files`, whoever holds them.
+    /// already is a failure. The outcome's rows are those of `files`, whoever holds them. While
+    /// another program holds the file, it is kept as `openOrWait` says, and so is a report that is
+    /// queued.
     void save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
-              const std::string& cardName, const std::string& destName, const std::string& camera);
-
-    /// Notes of a session that is stored who shot it, where its reports are and which file system
-    /// the card had; the last may be empty.
-    void saveTraces(const std::string& sessionID, const std::string& ekip,
-                    const std::filesystem::path& reportFolder, const std::string& cardUUID);
+              const std::string& cardName, const std::string& destName, const std::string& camera,
+              const SessionTraces& traces = {});
 
     /// Verified sessions of a card with that file system, or of so many bytes; latest first. An
     /// empty UUID is none.
@@ -100,6 +112,9 @@ public:
 
 private:
     explicit AppDatabase(std::shared_ptr<StoreConnection> connection);
+
+    /// Has `work` write, to memory while another program holds the file.
+    void writeOrKeep(const std::function<void(StoreConnection&, SQLite::Database&)>& work);
 
     std::shared_ptr<StoreConnection> connection_;
 };

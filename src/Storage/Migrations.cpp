@@ -100,7 +100,8 @@ bool isApplied(SQLite::Database& database, const char* identifier) {
 /// others from being used.
 void dropFilesWithoutSession(SQLite::Database& database) {
     const int dropped =
-        database.exec("DELETE FROM files WHERE sessionID NOT IN (SELECT id FROM sessions)");
+        database.exec("DELETE FROM files WHERE NOT EXISTS "
+                      "(SELECT 1 FROM sessions WHERE sessions.id = files.sessionID)");
     if (dropped > 0)
         AppLog::append("Store: " + std::to_string(dropped) + " files without a session dropped");
 }

@@ -1,11 +1,14 @@
 #include "Storage/StoreConnection.h"
 
+#include "Platform/Clock.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/FileSystem.h"
 #include "Storage/AppLog.h"
 #include "Storage/Migrations.h"
 
 #include <fcntl.h>
+#include <sqlite3.h>
 
 #include <thread>
 #include <utility>
@@ -17,10 +20,17 @@ namespace {
 /// SQLite's name for a file that is none.
 constexpr auto* kInMemory = ":memory:";
 
-/// The files beside it take over its rights.
+/// The files beside it take over its rights. One that is there is never opened for that: whoever
+/// closes a file gives up all locks that the process has on it, those of another connection too.
 void makePrivate(const std::filesystem::path& file) {
     constexpr mode_t kOwnersAlone = 0600;
-    const FileDescriptor made(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnersAlone));
+    constexpr auto kOthers = std::filesystem::perms::group_all | std::filesystem::perms::others_all;
+    const FileDescriptor made(
+        ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOwnersAlone));
+    std::error_code ignored;
+    const auto rights = std::filesystem::status(file, ignored).permissions();
+    if (!ignored && (rights & kOthers) != std::filesystem::perms::none)
+        std::filesystem::permissions(file, kOthers, std::filesystem::perm_options::remove, ignored);
 }
 
 std::unique_ptr<SQLite::Database> open(const std::string& name,
@@ -29,7 +39,41 @@ std::unique_ptr<SQLite::Database> open(const std::string& name,
         name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, static_cast<int>(patience.count()));
     database->exec("PRAGMA foreign_keys = ON");
     Migrations::apply(*database);
+    // Nobody waits for the program to begin any more.
+    database->setBusyTimeout(static_cast<int>(StoreConnection::kPatience.count()));
     return database;
+}
+
+/// Whether time will not help: the file is none of ours, or not whole.
+bool isDamage(const SQLite::Exception& failure) {
+    switch (failure.getErrorCode()) {
+    case SQLITE_NOTADB:
+    case SQLITE_CORRUPT:
+    case SQLITE_ERROR:
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Renames the file, and what belongs to it, and gives its new name. Nothing is deleted.
+std::filesystem::path putAside(const std::filesystem::path& file) {
+    const auto name = ".damaged-" + Clock::localText(Clock::now(), "yyyy-MM-dd-HHmmss");
+    auto aside = file;
+    aside += name;
+    for (int number = 2; FileSystem::exists(aside); ++number) {
+        aside = file;
+        aside += name + "-" + std::to_string(number);
+    }
+    // A journal that stayed behind would be played back into the new one.
+    for (const std::string suffix : {"-journal", "-wal", "-shm", ""}) {
+        const auto from = file.native() + suffix;
+        if (FileSystem::exists(from))
+            std::filesystem::rename(from, aside.native() + suffix);
+    }
+    return aside;
 }
 
 /// The columns of a table but those that number its rows.
@@ -57,6 +101,37 @@ StoreConnection::StoreConnection(const std::filesystem::path& file,
 
 StoreConnection::StoreConnection(InMemory) : database_(open(kInMemory, kPatience)) {}
 
+std::shared_ptr<StoreConnection> StoreConnection::openOrWait(const std::filesystem::path& file,
+                                                             std::chrono::milliseconds patience,
+                                                             std::chrono::milliseconds interval) {
+    const auto open = [&] {
+        return std::make_shared<StoreConnection>(file, patience);
+    };
+    try {
+        try {
+            return open();
+        } catch (const SQLite::Exception& failure) {
+            if (!isDamage(failure))
+                throw;
+            AppLog::append("Store damaged: " + describe(failure));
+        }
+        // A disk may have answered wrongly once, another program may have put the file aside.
+        try {
+            return open();
+        } catch (const SQLite::Exception& failure) {
+            if (!isDamage(failure))
+                throw;
+        }
+        const auto aside = putAside(file);
+        AppLog::append("Store set aside: " + aside.native());
+        auto connection = open();
+        connection->setAside_ = aside;
+        return connection;
+    } catch (const std::exception& failure) {
+        return waitingFor(file, interval, describe(failure));
+    }
+}
+
 std::shared_ptr<StoreConnection> StoreConnection::waitingFor(const std::filesystem::path& file,
                                                              std::chrono::milliseconds interval,
                                                              const std::string& failure) {
@@ -67,9 +142,34 @@ std::shared_ptr<StoreConnection> StoreConnection::waitingFor(const std::filesyst
     return connection;
 }
 
-StoreConnection::~StoreConnection() {
-    if (!awaited_.empty() && !moveToFile(kPatience))
-        AppLog::append("Store not opened to the end; what was kept in memory is lost.");
+std::shared_ptr<StoreConnection> StoreConnection::whileBusy(const std::string& failure) {
+    constexpr std::chrono::seconds kInterval{5};
+    const auto path = file();
+    const std::lock_guard guard(moving_);
+    // One that has what it waited for would only meet the same obstacle.
+    if (!kept_ || !kept_->file().empty())
+        kept_ = waitingFor(path, kInterval, failure);
+    return kept_;
+}
+
+std::optional<std::filesystem::path> StoreConnection::takeSetAside() {
+    const std::lock_guard guard(lock_);
+    auto aside = std::exchange(setAside_, {});
+    return aside.empty() ? std::nullopt : std::optional(std::move(aside));
+}
+
+std::optional<std::string> StoreConnection::writeWhatIsKept(std::chrono::milliseconds patience) {
+    auto failure = moveToFile(patience);
+    std::shared_ptr<StoreConnection> kept;
+    {
+        const std::lock_guard guard(moving_);
+        kept = kept_;
+    }
+    if (!failure && kept)
+        failure = kept->writeWhatIsKept(patience);
+    if (failure)
+        AppLog::append("Store not opened to the end; what was kept in memory is lost: " + *failure);
+    return failure;
 }
 
 std::filesystem::path StoreConnection::file() const {
@@ -92,12 +192,15 @@ void StoreConnection::keepTrying(std::weak_ptr<StoreConnection> waiting,
     for (;;) {
         std::this_thread::sleep_for(interval);
         const auto connection = waiting.lock();
-        if (!connection || connection->moveToFile(interval))
+        if (!connection || !connection->moveToFile(interval))
             return;
     }
 }
 
-bool StoreConnection::moveToFile(std::chrono::milliseconds patience) {
+std::optional<std::string> StoreConnection::moveToFile(std::chrono::milliseconds patience) {
+    const std::lock_guard oneMover(moving_);
+    if (awaited_.empty())
+        return std::nullopt;
     try {
         makePrivate(awaited_);
         auto onDisk = open(awaited_.native(), patience);
@@ -105,9 +208,9 @@ bool StoreConnection::moveToFile(std::chrono::milliseconds patience) {
         moveRows(awaited_);
         database_ = std::move(onDisk);
         AppLog::append("Store opened: " + std::exchange(awaited_, {}).native());
-        return true;
-    } catch (const std::exception&) {
-        return false;
+        return std::nullopt;
+    } catch (const std::exception& failure) {
+        return describe(failure);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace slatewise {
@@ -31,19 +32,24 @@ public:
 
     explicit StoreConnection(InMemory);
 
-    /// Tries to have the file, again and again from then on; `failure` is why it could not be had
-    /// before.
-    static std::shared_ptr<StoreConnection> waitingFor(const std::filesystem::path& file,
-                                                       std::chrono::milliseconds interval,
-                                                       const std::string& failure);
+    /// Opens the file. One that cannot be had within `patience` is tried again and again from then
+    /// on; one that is no store of ours, or damaged, is set aside and a new one begun.
+    static std::shared_ptr<StoreConnection> openOrWait(const std::filesystem::path& file,
+                                                       std::chrono::milliseconds patience,
+                                                       std::chrono::milliseconds interval);
 
-    /// Tries once more where the file is still waited for.
-    ~StoreConnection();
     StoreConnection(const StoreConnection&) = delete;
     StoreConnection& operator=(const StoreConnection&) = delete;
 
     /// Empty while everything is in memory.
     std::filesystem::path file() const;
+
+    /// One that waits for the same file, for what cannot be written now because of `failure`.
+    std::shared_ptr<StoreConnection> whileBusy(const std::string& failure);
+
+    /// As `AppDatabase` says.
+    std::optional<std::filesystem::path> takeSetAside();
+    std::optional<std::string> writeWhatIsKept(std::chrono::milliseconds patience);
 
     /// Runs `work` alone and as one transaction.
     template <typename Work>
@@ -71,16 +77,24 @@ public:
     std::int64_t currentOutboxID(std::int64_t id) const;
 
 private:
-    /// False when the file cannot be had now.
-    bool moveToFile(std::chrono::milliseconds patience);
+    static std::shared_ptr<StoreConnection> waitingFor(const std::filesystem::path& file,
+                                                       std::chrono::milliseconds interval,
+                                                       const std::string& failure);
+    /// Gives why the file cannot be had now; empty when everything is in it.
+    std::optional<std::string> moveToFile(std::chrono::milliseconds patience);
     void moveRows(const std::filesystem::path& file);
     static void keepTrying(std::weak_ptr<StoreConnection> waiting,
                            std::chrono::milliseconds interval);
 
     mutable std::mutex lock_;
     std::unique_ptr<SQLite::Database> database_;
+    /// Held by whoever moves everything to the file.
+    std::mutex moving_;
     /// The file that is waited for.
     std::filesystem::path awaited_;
+    std::filesystem::path setAside_;
+    /// What could not be written while another program held the file.
+    std::shared_ptr<StoreConnection> kept_;
     /// In memory, rows of the outbox have ids that no file gives.
     std::int64_t lastOutboxID_ = std::int64_t{-1} << 62;
     std::map<std::int64_t, std::int64_t> movedOutboxIDs_;

@@ -25,6 +25,16 @@ struct SessionRecord {
     friend bool operator==(const SessionRecord&, const SessionRecord&) = default;
 };
 
+/// What a session is known by beyond its outcome; each may be empty.
+struct SessionTraces {
+    /// Who shot it.
+    std::string ekip{};
+    /// Where its reports are.
+    std::string reportFolder{};
+    /// Which file system the card had.
+    std::string cardUUID{};
+};
+
 /// A session and the file system of its card; the latter is empty when nobody noted it.
 struct CardSession {
     SessionRecord session;

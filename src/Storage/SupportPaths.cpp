@@ -53,7 +53,8 @@ std::filesystem::path reportsArchivePath(const OffloadSettings& settings) {
 }
 
 std::filesystem::path reportsArchive(const OffloadSettings& settings) {
-    return made(reportsArchivePath(settings));
+    const auto archive = reportsArchivePath(settings);
+    return archive == defaultReportsDirectory() ? made(archive) : archive;
 }
 
 } // namespace slatewise::SupportPaths

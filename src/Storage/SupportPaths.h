@@ -27,7 +27,8 @@ std::filesystem::path defaultReportsDirectory();
 /// and no disk is asked.
 std::filesystem::path reportsArchivePath(const OffloadSettings& settings);
 
-/// The same, made if missing. Blocks as long as its disk does.
+/// The same; the default one is made if missing. One that was chosen and is missing is not: its
+/// disk is not there. Blocks as long as its disk does.
 std::filesystem::path reportsArchive(const OffloadSettings& settings);
 
 } // namespace SupportPaths

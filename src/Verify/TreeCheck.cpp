@@ -138,7 +138,9 @@ private:
 
     /// What systems leave behind on a disk, and the lists themselves, are no additions.
     bool isLeftOut(const std::string& path) const {
+        const auto& lists = tree_.lists;
         return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1), skipNames_) ||
+               std::find(lists.begin(), lists.end(), tree_.root / path) != lists.end() ||
                std::any_of(tree_.ignored.begin(), tree_.ignored.end(), [&](const auto& each) {
                    return isIgnoredBelow(each.first, path, each.second);
                });

@@ -1,5 +1,6 @@
 #include "Batch/BatchOfCards.h"
 #include "Platform/Error.h"
+#include "Platform/Files/FileSystem.h"
 #include "Storage/AppDatabase.h"
 #include "Storage/UserStore.h"
 #include "support/MountedVolume.h"
@@ -294,6 +295,60 @@ TEST_F(BatchOfCards, WhatBecomesOfACopyBeforeItsReportsAreLeftIsSeen) {
         EXPECT_EQ(readFile(set.path() / "checksums.sha256"), "");
         EXPECT_EQ(desk.model().recentSessions()[0].status, "failed");
         std::filesystem::remove_all(desk.folder / "SSD1/reports");
+    }
+}
+
+TEST_F(BatchOfCards, NoReportsSayMoreThanIsTrueOrLieWhereNobodyLooks) {
+    enum Fate { DiskFills, ArchivePulled, ArchiveMissing, ArchiveLeadsOut };
+    for (const auto fate : {DiskFills, ArchivePulled, ArchiveMissing, ArchiveLeadsOut}) {
+        SCOPED_TRACE(fate);
+        disks = {desk.mountDisk("SSD1")};
+        const auto card = desk.mountCard("A001");
+        const auto disk = desk.folder / "SSD1";
+        const auto outside = desk.folder / "outside";
+        const auto archive = fate == ArchiveLeadsOut ? disk / "reports" : desk.folder / "archive";
+        std::optional<MountedVolume> volume;
+        if (fate == DiskFills || fate == ArchivePulled)
+            volume.emplace(MountedVolume::FileSystem::Ext4, 32 << 20,
+                           fate == DiskFills ? disk : archive, "");
+        if (fate == ArchiveLeadsOut) {
+            std::filesystem::create_directory(outside);
+            std::filesystem::create_directory_symlink(outside, archive);
+        }
+        runs = 0;
+        desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+            ++runs;
+            auto outcome = CopyEngine::run(request, observer, stop);
+            // Half a set fits.
+            if (fate == DiskFills)
+                writeFile(disk / "others",
+                          bytesOf(static_cast<std::size_t>(FileSystem::volumeCapacity(disk).free -
+                                                           (40 << 10))));
+            else
+                volume->pull();
+            return outcome;
+        };
+        start();
+        desk.choice = archive;
+        if (fate != DiskFills)
+            desk.model().reports()->pick();
+        desk.selectCard(card, "CamA");
+        desk.copy();
+        EXPECT_EQ(runs, fate == DiskFills || fate == ArchivePulled);
+        EXPECT_THAT(title(), HasSubstr("could not be written"));
+        const auto& pair = record.result.pairs.at(0);
+        EXPECT_EQ(pair.status, OutcomeStatus::Failed);
+        if (fate == DiskFills)
+            EXPECT_THAT(readFile(pair.page.value()), HasSubstr("could not be written"));
+        EXPECT_EQ(reportsIn(disk / "reports"), fate == ArchivePulled);
+        EXPECT_EQ(reportsIn(archive) + reportsIn(outside), 0);
+        EXPECT_EQ(std::filesystem::exists(archive),
+                  fate == ArchivePulled || fate == ArchiveLeadsOut);
+        desk.quit();
+        desk.volumes.clear();
+        volume.reset();
+        for (const auto* name : {"user", "archive", "outside", "SSD1"})
+            std::filesystem::remove_all(desk.folder / name);
     }
 }
 

@@ -96,7 +96,8 @@ TEST(FolderTemplate, NeverLandsOnSomethingThatExists) {
 
 TEST(FolderTemplate, NothingLeadsOutOfTheDestination) {
     for (const auto* out : {"{Dest}", "{Dest}/", "{Dest}/.", "{Dest}/../x", "{Dest}{CardName}",
-                            "/elsewhere/{CardName}", "a/../..", "..", "{Dest}/a/../../x"})
+                            "/elsewhere/{CardName}", "a/../..", "..", "{Dest}/a/../../x",
+                            "/destination/x", "{Dest}/Reports"})
         EXPECT_TRUE(FolderTemplate::leadsOut(out)) << out;
     for (const auto& choice : FolderTemplate::choices)
         EXPECT_FALSE(FolderTemplate::leadsOut(choice.pathTemplate)) << choice.name;

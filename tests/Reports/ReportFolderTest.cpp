@@ -102,10 +102,10 @@ TEST_F(ReportFolders, EachSessionGetsANameOfItsOwn) {
 TEST_F(ReportFolders, OneNameIsClaimedOnBothSides) {
     const auto reports = disk / "reports";
     const RootFolder root(disk);
-    const auto claim = [&](const char* name) {
-        return ReportFolder::claim(name, kID, archive, &root);
-    };
     std::filesystem::create_directories(archive / "ours");
+    const auto claim = [&](const char* name) {
+        return ReportFolder::claim(name, kID, RootFolder(archive), &root);
+    };
     std::filesystem::create_directories(reports / "theirs");
     std::filesystem::create_directory_symlink(folder.path(), reports / "link");
     EXPECT_EQ(claim("free"), "free");
@@ -116,10 +116,29 @@ TEST_F(ReportFolders, OneNameIsClaimedOnBothSides) {
     EXPECT_FALSE(std::filesystem::exists(archive / "theirs"));
     for (const auto& name : namesIn(archive))
         EXPECT_TRUE(name == "ours" || std::filesystem::exists(reports / name)) << name;
-    EXPECT_EQ(ReportFolder::claim("same", kID, reports, &root), "same");
-    EXPECT_EQ(ReportFolder::claim("alone", kID, archive, nullptr), "alone");
+    EXPECT_EQ(ReportFolder::claim("same", kID, RootFolder(reports), &root), "same");
+    EXPECT_EQ(ReportFolder::claim("alone", kID, RootFolder(archive), nullptr), "alone");
     EXPECT_FALSE(std::filesystem::exists(reports / "alone"));
-    EXPECT_THROW(ReportFolder::claim("x", kID, folder / "none", &root), Error);
+}
+
+TEST_F(ReportFolders, ASetIsPutWholeOrNotAtAll) {
+    const RootFolder root(disk);
+    const std::filesystem::path set = "reports/set";
+    const auto putHalf = [&](const std::filesystem::path& passing) {
+        writeFile(disk / passing / "manifest.json", "half");
+        EXPECT_THAT(namesIn(disk / "reports"),
+                    UnorderedElementsAre("set", passing.filename().native()));
+        throw Error("odd");
+    };
+    std::filesystem::create_directories(disk / set);
+    EXPECT_THROW(ReportFolder::putWhole(root, set, putHalf), Error);
+    EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre());
+    // Somebody else's is neither replaced nor taken away.
+    writeFile(disk / set / "manifest.json", "theirs");
+    EXPECT_THROW(ReportFolder::putWhole(root, set, putHalf), Error);
+    EXPECT_THROW(ReportFolder::putWhole(root, set, [](const auto&) {}), Error);
+    EXPECT_EQ(readFile(disk / set / "manifest.json"), "theirs");
+    EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre("set"));
 }
 
 TEST_F(ReportFolders, AnIDIsToldFromAName) {
@@ -135,7 +154,9 @@ TEST_F(ReportFolders, AnIDIsToldFromAName) {
 TEST_F(ReportFolders, OldNamesBecomeReadableOnceAndReachTheDisk) {
     leaveSet(archive, kID, disk);
     leaveSet(archive, kOtherID, folder / "not mounted");
-    leaveSet(archive, kID, disk, "already readable");
+    // An archive may be a link.
+    std::filesystem::rename(archive, folder / "elsewhere");
+    std::filesystem::create_directory_symlink(folder / "elsewhere", archive);
     ReportFolder::migrateReadableNames(archive);
     const auto second = std::string(kName) + "_12345678";
     for (int times = 0; times < 2; ++times) {
@@ -151,7 +172,7 @@ TEST_F(ReportFolders, OldNamesBecomeReadableOnceAndReachTheDisk) {
 
 TEST_F(ReportFolders, ADisksOwnFoldersKeepTheirFiles) {
     leaveSet(disk / "reports", kID, disk);
-    ReportFolder::migrateReadableNames(disk / "reports");
+    ReportFolder::migrateDisk(disk);
     EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre(kName));
     EXPECT_THAT(namesIn(disk / "reports" / kName),
                 UnorderedElementsAre("manifest.json", "inventory.csv"));
@@ -186,12 +207,12 @@ TEST_F(ReportFolders, WhatCannotBeMigratedStaysAndHoldsUpNothing) {
                                      id('8'), kName, std::string(kName) + "_00000000",
                                      std::string(kName) + "_12345678"));
     ReportFolder::migrateReadableNames(folder / "missing");
-    ReportFolder::migrateReadableNames(disk / "reports");
+    ReportFolder::migrateDisk(disk);
 
     // What a disk only leads to is none of its own.
     leaveSet(folder / "outside", id('7'), disk);
     std::filesystem::remove(disk / "reports");
     std::filesystem::create_directory_symlink(folder / "outside", disk / "reports");
-    ReportFolder::migrateReadableNames(disk / "reports");
+    ReportFolder::migrateDisk(disk);
     EXPECT_THAT(namesIn(folder / "outside"), UnorderedElementsAre(id('7')));
 }

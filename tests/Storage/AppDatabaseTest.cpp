@@ -105,8 +105,13 @@ TEST_F(StoreFile, HasTheSchemaThatOtherVersionsRead) {
 TEST_F(StoreFile, AnOldStoreIsBroughtUpToDateWithItsRows) {
     ask(file, kFirstVersion);
     ask(file, "INSERT INTO files (sessionID, relativePath, sizeBytes, action, verifyStatus) "
-              "VALUES ('gone', 'b.mov', 7, 'COPY', 'verified')");
+              "VALUES ('gone', 'b.mov', 7, 'COPY', 'verified'); INSERT INTO sessions VALUES "
+              "(NULL, 'X', 'Y', '/x', 'failed', 0, '2024-01-01 00:00:00.000', NULL)");
+    std::filesystem::permissions(file, std::filesystem::perms(0644));
     AppDatabase database(file);
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
+    EXPECT_EQ(ask(file, "DELETE FROM sessions WHERE id IS NULL; SELECT count(*) FROM files"),
+              "1\n");
     const auto sessions = database.recentSessions(20);
     ASSERT_THAT(sessions, SizeIs(1));
     EXPECT_EQ(sessions[0].cameraLabel, "");
@@ -241,11 +246,41 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     // A program that ends before its next try makes one.
     holder.emplace(file.native(), SQLite::OPEN_READWRITE);
     holder->exec("BEGIN EXCLUSIVE");
-    std::optional waiting(AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 1h}));
-    waiting->enqueueOutbox("session", "last");
+    auto waiting = AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 1h});
+    // So does one that has the file and finds it held later on.
+    database.enqueueOutbox("session", "meanwhile");
+    waiting.enqueueOutbox("session", "last");
+    for (auto* kept : {&database, &waiting})
+        EXPECT_TRUE(kept->writeWhatIsKept(1ms)) << "it is said while it cannot be written";
     holder.reset();
-    waiting.reset();
-    EXPECT_THAT(ask(file, "SELECT payload FROM outbox"), ::testing::HasSubstr("last"));
+    for (auto* kept : {&database, &waiting})
+        EXPECT_FALSE(kept->writeWhatIsKept());
+    EXPECT_EQ(ask(file, "SELECT payload FROM outbox WHERE id > 3"), "later\nmeanwhile\nlast\n");
+}
+
+TEST_F(StoreFile, WhatIsNoStoreIsSetAsideAndANewOneBegun) {
+    const auto make = [&](const char* statements) {
+        return [this, statements] {
+            ask(file, statements);
+        };
+    };
+    const std::vector<std::function<void()>> damages = {
+        [&] { writeFile(file, std::string(8192, 'x')); },
+        make("CREATE TABLE sessions (something TEXT)"),
+    };
+    for (const auto& damage : damages) {
+        std::filesystem::remove(file);
+        damage();
+        const auto kind = readFile(file).substr(0, 16);
+        auto database = AppDatabase::openOrWait(file, {});
+        EXPECT_EQ(database.file(), file);
+        const auto aside = database.takeSetAside();
+        ASSERT_TRUE(aside);
+        EXPECT_THAT(readFile(*aside), ::testing::StartsWith(kind));
+        EXPECT_FALSE(database.takeSetAside()) << "told once";
+        save(database, outcomeAt("2026-03-01T09:30:15Z"), "A001", "SSD", "CamA");
+        EXPECT_THAT(database.recentSessions(20), SizeIs(1));
+    }
 }
 
 TEST_F(StoreFile, WhatIsNoStoreIsRefusedAndKept) {

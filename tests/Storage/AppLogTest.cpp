@@ -33,15 +33,16 @@ TEST_F(SupportFolders, LieWhereTheEnvironmentSays) {
     EXPECT_TRUE(std::filesystem::is_directory(SupportPaths::defaultReportsDirectory()));
     settings.outputFolderPath = "  " + (folder / "chosen").native() + "\n";
     EXPECT_EQ(SupportPaths::reportsArchive(settings), folder / "chosen");
-    EXPECT_TRUE(std::filesystem::is_directory(folder / "chosen"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "chosen")) << "its disk may not be there";
 }
 
 TEST_F(SupportFolders, LogAppendsOneLineAtATimeToTheDaysFile) {
     AppLog::append("first");
+    const auto file = folder / "state/Logs/Slatewise DIT" /
+                      ("dit-" + Clock::localText(Clock::now(), "yyyy-MM-dd") + ".log");
+    std::filesystem::permissions(file, std::filesystem::perms(0644));
     AppLog::append("second\nline \xff");
-    EXPECT_TRUE(
-        std::filesystem::exists(folder / "state/Logs/Slatewise DIT" /
-                                ("dit-" + Clock::localText(Clock::now(), "yyyy-MM-dd") + ".log")));
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
     EXPECT_THAT(
         logOfUserIn(folder.path()),
         MatchesRegex("\\[20[0-9T:-]+Z\\] first\n\\[20[0-9T:-]+Z\\] second␊line \xef\xbf\xbd\n"));

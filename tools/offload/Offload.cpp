@@ -209,6 +209,10 @@ void Offload::batchEnded(const BatchResult& result) {
 
 /// Who interrupts does not wait for a network: that ends the loop.
 QCoro::Task<> Offload::waitForService() {
+    const auto writing = onWorker([store = store_] { return store->writeWhatIsKept(); });
+    const auto failure = co_await writing;
+    if (failure)
+        display_.note(texts_.shared.historyLost(*failure));
     if (!stop_.stop_requested()) {
         const auto waiting = OutboxDrainer::waitForAll(kServicePatience);
         const bool isAllTried = co_await waiting;

@@ -19,8 +19,7 @@ void runProgram(std::string_view name, int count, char** words, const Work& work
     std::setlocale(LC_ALL, "");
     // Whoever watched the progress may go; the work goes on.
     std::signal(SIGPIPE, SIG_IGN);
-    // A file that grows over the user's limit is a failed write, of which people are told.
-    std::signal(SIGXFSZ, SIG_IGN);
+    sayWhatEndsIt(name.data());
     // Before there is any other thread.
     const Interruption interruption;
     // What the toolkit has to say is for the log, not between results and progress.

@@ -127,9 +127,13 @@ void createFolders(const std::filesystem::path& folder) {
     for (auto at = folder; !at.empty() && !isFolder(at); at = at.parent_path())
         missing.push_back(at);
     for (auto next = missing.rbegin(); next != missing.rend(); ++next) {
-        // Somebody else may be making the same folders.
-        if (!createNewFolder(*next) && !isFolder(*next))
+        if (createNewFolder(*next)) {
+            const auto parent = next->parent_path();
+            syncFolder(parent.empty() ? "." : parent);
+        } else if (!isFolder(*next)) {
+            // Who has made it meanwhile may be making the same folders.
             throw PosixError("mkdir", *next, EEXIST);
+        }
     }
 }
 
@@ -217,7 +221,7 @@ void writeAtomically(const std::filesystem::path& path, std::string_view content
 }
 
 void write(const std::filesystem::path& path, const TextSource& content) {
-    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC);
+    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
     putAll(file, content, path);
     sync(file, path);
 }
@@ -248,8 +252,23 @@ std::string readAll(const FileDescriptor& file, std::int64_t largestBytes,
     }
 }
 
+namespace {
+
+/// Takes from all but its owner what they might do with a regular file.
+void makePrivate(const FileDescriptor& file) noexcept {
+    struct stat facts {};
+    constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+    if (::fstat(file.get(), &facts) == 0 && S_ISREG(facts.st_mode) &&
+        (facts.st_mode & kOthers) != 0)
+        (void)::fchmod(file.get(), facts.st_mode & S_IRWXU);
+}
+
+} // namespace
+
 void append(const std::filesystem::path& path, std::string_view content) {
-    writeAll(open(path, O_WRONLY | O_CREAT | O_APPEND, kOwnersAlone), content, path);
+    const auto file = open(path, O_WRONLY | O_CREAT | O_APPEND, kOwnersAlone);
+    makePrivate(file);
+    writeAll(file, content, path);
 }
 
 void syncFolder(const std::filesystem::path& folder) {

@@ -54,7 +54,8 @@ bool exists(const std::filesystem::path& path) noexcept;
 /// Paths of all that lies in a folder; of what can be listed, should that fail. Never fails itself.
 std::set<std::filesystem::path> entriesIfAny(const std::filesystem::path& folder);
 
-/// Makes a folder with all its parents. A folder that is there already is no failure.
+/// Makes a folder with all its parents, such that they survive a power cut. A folder that is there
+/// already is no failure.
 void createFolders(const std::filesystem::path& folder);
 
 /// Makes one folder whose parent exists. False when something bears that name already.
@@ -87,7 +88,7 @@ using TextSink = std::function<void(std::string_view)>;
 /// Makes a text that may be too long to be held as a whole.
 using TextSource = std::function<void(const TextSink&)>;
 
-/// As the two above, of a text as it is made.
+/// As the two above, of a text as it is made. A link that bears the name is a failure.
 void write(const std::filesystem::path& path, const TextSource& content);
 void writeAtomically(const std::filesystem::path& path, const TextSource& content);
 
@@ -98,7 +99,7 @@ std::string read(const std::filesystem::path& path);
 std::string readAll(const FileDescriptor& file, std::int64_t largestBytes,
                     const std::filesystem::path& path);
 
-/// Appends a line's bytes in one write, creating the file, for its owner alone, if need be.
+/// Appends a line's bytes in one write to a file that is its owner's alone and made if need be.
 void append(const std::filesystem::path& path, std::string_view content);
 
 /// Waits until the folder's entries are on the disk: what was made, renamed or removed in it.

@@ -188,6 +188,12 @@ void RootFolder::removeFile(const std::filesystem::path& relative) const {
         throw PosixError("unlink", path_ / relative, errno);
 }
 
+void RootFolder::removeFolder(const std::filesystem::path& relative) const {
+    const auto [parent, name] = parentOf(relative);
+    if (::unlinkat(parent.get(), name.c_str(), AT_REMOVEDIR) != 0)
+        throw PosixError("rmdir", path_ / relative, errno);
+}
+
 void RootFolder::rename(const std::filesystem::path& from, const std::filesystem::path& to) const {
     const auto [fromParent, fromName] = parentOf(from);
     const auto [toParent, toName] = parentOf(to);

@@ -80,6 +80,9 @@ public:
     /// Removes a file or a link, never a folder. Nothing of that name is no failure.
     void removeFile(const std::filesystem::path& relative) const;
 
+    /// Removes a folder in which nothing lies any more.
+    void removeFolder(const std::filesystem::path& relative) const;
+
     /// Renames within the folder, replacing a file that bears the new name. The change is on the
     /// disk when the folders are synced.
     void rename(const std::filesystem::path& from, const std::filesystem::path& to) const;

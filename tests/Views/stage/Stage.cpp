@@ -274,8 +274,7 @@ void Stage::playHistory() {
         outcome.bytesCopied = past.bytes;
         outcome.startedAt = outcome.finishedAt = day;
         day -= std::chrono::hours(7);
-        database.save(outcome, outcome.files, past.card, "SSD1", "CamA");
-        database.saveTraces(outcome.sessionID.text(), "Unit 1", "", "");
+        database.save(outcome, outcome.files, past.card, "SSD1", "CamA", {.ekip = "Unit 1"});
         if (past.check)
             database.recordCheck(outcome.sessionID.text(), *past.check);
     }

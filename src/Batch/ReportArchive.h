@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Batch/BatchPlan.h"
+
+#include <memory>
+
+namespace slatewise::ReportArchive {
+
+/// Takes hold of the folder that a batch's reports are archived in. The default one is made where
+/// it is missing. One that the user chose was there then: if it is not now, its disk is not there,
+/// and what is made in its place would lie beneath. No link leads from one of the plan's disks to
+/// an archive elsewhere. Fails with `Error`, in the plan's language. Blocks; any thread.
+std::shared_ptr<const RootFolder> open(const BatchPlan& plan);
+
+} // namespace slatewise::ReportArchive
