@@ -227,6 +227,11 @@ std::string L10n::copyStopped(Text file, Text reason) const {
                        : fmt::format("Copying stopped at {}: {}", file, reason);
 }
 
+std::string L10n::hashingStopped(Text file, Text reason) const {
+    return isTurkish() ? fmt::format("Hash alma şu dosyada durdu: {} ({})", file, reason)
+                       : fmt::format("Hashing stopped at {}: {}", file, reason);
+}
+
 std::string L10n::notReadBack(Text file, Text reason) const {
     return isTurkish() ? fmt::format("Kopya geri okunamadı: {} ({})", file, reason)
                        : fmt::format("The copy of {} could not be read back: {}", file, reason);
@@ -249,22 +254,21 @@ std::string L10n::copyGone(Text file) const {
 }
 
 std::string L10n::cardChanged(Text file) const {
-    return isTurkish() ? fmt::format("Kopyalanırken değişti: {}", file)
-                       : fmt::format("This file changed while it was copied: {}", file);
+    return isTurkish() ? fmt::format("Kart okunurken değişti: {}", file)
+                       : fmt::format("This file changed while the card was read: {}", file);
 }
 
 std::string L10n::cameMeanwhile(Text file) const {
     return isTurkish()
-               ? fmt::format("Kopyalama sırasında karta geldi, kopyalanmadı: {}", file)
-               : fmt::format("This file came while the card was copied and is not in the copy: {}",
+               ? fmt::format("Kart okunurken geldi, burada eksik: {}", file)
+               : fmt::format("This file came while the card was read and is missing here: {}",
                              file);
 }
 
 std::string L10n::folderNotRead(Text folder, Text reason) const {
-    return isTurkish()
-               ? fmt::format("Klasör okunamadı, içindekiler kopyalanmadı: {} ({})", folder, reason)
-               : fmt::format("The folder {} could not be read, its content was not copied: {}",
-                             folder, reason);
+    return isTurkish() ? fmt::format("Okunamadı, burada eksik ya da yarım: {} ({})", folder, reason)
+                       : fmt::format("{} could not be read, and is missing or incomplete here: {}",
+                                     folder, reason);
 }
 
 std::string L10n::nothingReadBack(Text disk, Text reason) const {
@@ -326,13 +330,33 @@ std::string L10n::pairNotBegun(Text card, Text disk) const {
 }
 
 std::string L10n::linkLeadsOut(Text link) const {
-    return isTurkish() ? fmt::format("Bağlantı kartın dışına çıkıyor, kopyalanmadı: {}", link)
-                       : fmt::format("The link {} leads out of the card and was not copied.", link);
+    return isTurkish()
+               ? fmt::format("Bağlantı kartın içinde kalmıyor, dışarıda bırakıldı: {}", link)
+               : fmt::format("The link {} does not stay on the card and was left out.", link);
 }
 
 std::string L10n::linkLeadsNowhere(Text link) const {
-    return isTurkish() ? fmt::format("Bağlantı hiçbir yere çıkmıyor, kopyalanmadı: {}", link)
-                       : fmt::format("The link {} leads nowhere and was not copied.", link);
+    return isTurkish() ? fmt::format("Bağlantı hiçbir yere çıkmıyor, dışarıda bırakıldı: {}", link)
+                       : fmt::format("The link {} leads nowhere and was left out.", link);
+}
+
+std::string L10n::linkLeadsToNoFile(Text link) const {
+    return isTurkish() ? fmt::format("Bağlantı bir dosyaya çıkmıyor, dışarıda bırakıldı: {}", link)
+                       : fmt::format("The link {} leads to no file and was left out.", link);
+}
+
+std::string L10n::fileSystemErrors(Text volume) const {
+    return isTurkish()
+               ? fmt::format("Dosya sistemi bu sırada hata bildirdi, veri eksik olabilir: {}",
+                             volume)
+               : fmt::format("The file system of {} reported errors meanwhile; something may "
+                             "be missing.",
+                             volume);
+}
+
+std::string L10n::onSystemDisk(Text folder) const {
+    return isTurkish() ? fmt::format("{} sistem diskinde duruyor.", folder)
+                       : fmt::format("{} lies on the system's disk.", folder);
 }
 
 std::string L10n::reportsNotWritten(Text place, Text reason) const {

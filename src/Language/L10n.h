@@ -79,6 +79,7 @@ public:
     std::string archiveInsideCard(Text archive, Text card) const;
     std::string cardInsideSession(Text card, Text session) const;
     std::string copyStopped(Text file, Text reason) const;
+    std::string hashingStopped(Text file, Text reason) const;
     std::string notReadBack(Text file, Text reason) const;
     std::string copyDiffers(Text file) const;
     std::string foldersFellTogether(Text folder) const;
@@ -99,6 +100,9 @@ public:
     std::string pairNotBegun(Text card, Text disk) const;
     std::string linkLeadsOut(Text link) const;
     std::string linkLeadsNowhere(Text link) const;
+    std::string linkLeadsToNoFile(Text link) const;
+    std::string fileSystemErrors(Text volume) const;
+    std::string onSystemDisk(Text folder) const;
     std::string reportsNotWritten(Text place, Text reason) const;
     std::string sessionNotStored(Text card, Text reason) const;
     std::string sessionNotQueued(Text card, Text reason) const;

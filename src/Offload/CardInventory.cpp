@@ -3,6 +3,7 @@
 #include "Offload/FinalLook.h"
 #include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/Error.h"
 
 #include <cerrno>
 
@@ -15,7 +16,7 @@ using Kind = OffloadProblem::Kind;
 } // namespace
 
 CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunReporter& reporter)
-    : card_(card), skipNames_(std::move(skipNames)), reporter_(reporter) {
+    : card_(card), skipNames_(std::move(skipNames)), reporter_(reporter), errors_(card.path()) {
     const auto reportLink = [this](Kind kind) {
         return [this, kind](const std::string& link) {
             reporter_.report({kind, link});
@@ -25,7 +26,8 @@ CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunRep
         card_, skipNames_, {},
         {.unreadable = [this](const auto& folder, int code) { noteUnreadable(folder, code); },
          .leadsOut = reportLink(Kind::LinkLeadsOut),
-         .leadsNowhere = reportLink(Kind::LinkLeadsNowhere)});
+         .leadsNowhere = reportLink(Kind::LinkLeadsNowhere),
+         .leadsToNoFile = reportLink(Kind::LinkLeadsToNoFile)});
     for (const auto& entry : entries_) {
         if (!entry.shouldCopy)
             continue;
@@ -39,13 +41,16 @@ bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
     try {
         changes = FinalLook::findChanges(card_, entries_, skipNames_,
                                          [this](const std::string& folder, int code) {
-                                             if (!foldersNotRead_.contains(folder))
+                                             if (!notRead_.contains(folder))
                                                  noteUnreadable(folder, code);
                                          });
     } catch (const PosixError& failure) {
         reporter_.reportFailure(Kind::FolderNotRead, card_.path(), failure);
         return false;
     }
+    noteErrors();
+    // Of what lies there nobody knows whether it changed; the folder itself is told.
+    std::erase_if(changes.files, [this](const auto& file) { return liesInFolderNotRead(file); });
     for (auto& row : rows) {
         if (changes.files.contains(row.relativePath))
             markFailed(row, VerifyStatus::Failed);
@@ -59,16 +64,33 @@ bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
     return changes.isEmpty();
 }
 
+/// Drivers pass over damage in a folder without a word to whoever lists it.
+void CardInventory::noteErrors() {
+    if (!isWhole_ || !errors_.haveGrown())
+        return;
+    isWhole_ = false;
+    reporter_.report({Kind::FileSystemErrors, card_.path().native()});
+}
+
+bool CardInventory::liesInFolderNotRead(const std::string& path) const {
+    for (auto end = path.find('/'); end != std::string::npos; end = path.find('/', end + 1)) {
+        if (notRead_.contains(path.substr(0, end)))
+            return true;
+    }
+    return notRead_.contains("") || notRead_.contains(path);
+}
+
 /// Everything else is still copied and proved; only the word for all of it is lost.
-void CardInventory::noteUnreadable(const std::string& folder, int code) {
-    foldersNotRead_.insert(folder);
+void CardInventory::noteUnreadable(const std::string& path, int code) {
+    notRead_.insert(path);
     const auto reason = reasonOf(code, reporter_.words());
-    if (code == EACCES && TreeWalker::isRepairFolder(card_, folder)) {
-        reporter_.report({Kind::LostAndFoundNotRead, folder, reason, code});
+    if (code == EACCES && TreeWalker::isRepairFolder(card_, path)) {
+        reporter_.report({Kind::LostAndFoundNotRead, path, reason, code});
         return;
     }
     isWhole_ = false;
-    reporter_.report({Kind::FolderNotRead, folder, reason, code});
+    reporter_.report(
+        {Kind::FolderNotRead, path.empty() ? card_.path().native() : path, reason, code});
 }
 
 } // namespace slatewise

@@ -3,6 +3,7 @@
 #include "Offload/OffloadRows.h"
 #include "Offload/OffloadSettings.h"
 #include "Offload/RunReporter.h"
+#include "Platform/Disks/FileSystemErrors.h"
 
 #include <cstdint>
 #include <set>
@@ -29,8 +30,7 @@ public:
 
     std::int64_t totalBytes() const { return totalBytes_; }
 
-    /// False when a folder was not read, then or in the last look: no row can speak for what lies
-    /// in it.
+    /// False when something was not read, then or in the last look: no row can speak for it.
     bool isWhole() const { return isWhole_; }
 
     /// Whether what was read is what lies on the card now; else marks rows, adds those of files
@@ -38,13 +38,16 @@ public:
     bool findsCardUnchanged(std::vector<FileCopyResult>& rows);
 
 private:
-    void noteUnreadable(const std::string& folder, int code);
+    void noteUnreadable(const std::string& path, int code);
+    bool liesInFolderNotRead(const std::string& path) const;
+    void noteErrors();
 
     const RootFolder& card_;
     const SkipNames skipNames_;
     RunReporter& reporter_;
     bool isWhole_ = true;
-    std::set<std::string> foldersNotRead_;
+    const FileSystemErrors errors_;
+    std::set<std::string> notRead_;
     std::vector<InventoryEntry> entries_;
     std::vector<const InventoryEntry*> copyList_;
     std::int64_t totalBytes_ = 0;

@@ -132,9 +132,16 @@ private:
                 results_.push_back(makeRow(entry, RowAction::Skip, VerifyStatus::Skipped));
                 continue;
             }
-            auto digests = SHA256Hasher::hashFile(transfer_.transfer(), onCard(entry.relativePath),
-                                                  transfer_.watch(entry.relativePath, {}));
-            addRead(makeRow(entry, RowAction::Hash, VerifyStatus::Hashed), std::move(digests));
+            try {
+                auto digests =
+                    SHA256Hasher::hashFile(transfer_.transfer(), onCard(entry.relativePath),
+                                           transfer_.watch(entry.relativePath, {}));
+                addRead(makeRow(entry, RowAction::Hash, VerifyStatus::Hashed), std::move(digests));
+            } catch (const CancellationError&) {
+                throw;
+            } catch (const std::exception& failure) {
+                return stopAt(Kind::HashingStopped, entry, failure, 0);
+            }
         }
         const bool areInPlace = lookIntoClips(*card_, RootFolder::Links::FollowBeneath);
         return outcome(isCardUnchanged(areInPlace) ? OutcomeStatus::Hashed : OutcomeStatus::Failed,
@@ -152,7 +159,7 @@ private:
             try {
                 copyFile(index, progress);
             } catch (const std::exception& failure) {
-                return stopAt(entry, failure, progress);
+                return stopAt(Kind::CopyStopped, entry, failure, progress.bytesDone());
             }
         }
         for (const auto& entry : inventory_->entries()) {
@@ -223,12 +230,12 @@ private:
         }
     }
 
-    OffloadOutcome stopAt(const InventoryEntry& entry, const std::exception& failure,
-                          const CopyProgress& progress) {
-        reporter_.reportFailure(Kind::CopyStopped, entry.relativePath, failure);
+    OffloadOutcome stopAt(Kind kind, const InventoryEntry& entry, const std::exception& failure,
+                          std::int64_t bytesCopied) {
+        reporter_.reportFailure(kind, entry.relativePath, failure);
         results_.push_back(makeRow(entry, RowAction::Fail, VerifyStatus::Failed));
         appendSkippedRemainder();
-        return outcome(OutcomeStatus::Failed, progress.bytesDone());
+        return outcome(OutcomeStatus::Failed, bytesCopied);
     }
 
     /// Gives every file of the inventory that has no row yet the one it deserves.

@@ -76,8 +76,8 @@ struct Observer {
 ///
 /// Fails with `CancellationError` when asked to stop between files, with `OffloadError` when there
 /// is too little space, when card or destination are gone before anything is written or when the
-/// template leads out of the destination, and with `PosixError` when the card cannot be walked, the
-/// session's folder cannot be made or, when only hashing, a file cannot be read.
+/// template leads out of the destination, and with `PosixError` when the card cannot be opened or
+/// the session's folder cannot be made.
 OffloadOutcome run(const Request& request, const Observer& observer, std::stop_token stop);
 
 /// What must be free beyond the bytes to copy: 1%, at least 8 MiB.

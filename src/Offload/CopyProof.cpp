@@ -1,9 +1,9 @@
 #include "Offload/CopyProof.h"
 
 #include "Offload/CopyProgress.h"
-#include "Offload/OffloadError.h"
 #include "Offload/SHA256Hasher.h"
 #include "Platform/Disks/DeviceCache.h"
+#include "Platform/Error.h"
 
 namespace slatewise {
 
@@ -58,7 +58,10 @@ bool CopyProof::findsCopiesInPlace(std::span<FileCopyResult> rows) {
     auto changes = copies_->findChanged(rows);
     for (auto& problem : changes)
         reporter_.report(std::move(problem));
-    return changes.empty();
+    const bool hasErrors = errors_.haveGrown();
+    if (hasErrors)
+        reporter_.report({Kind::FileSystemErrors, disk_.path().native()});
+    return changes.empty() && !hasErrors;
 }
 
 void CopyProof::readBack(FileCopyResult& row, int position, int count) {

@@ -4,6 +4,7 @@
 #include "Offload/ProvedCopies.h"
 #include "Offload/RunReporter.h"
 #include "Offload/RunTransfer.h"
+#include "Platform/Disks/FileSystemErrors.h"
 
 #include <filesystem>
 #include <memory>
@@ -21,7 +22,7 @@ public:
     CopyProof(const RootFolder& disk, std::filesystem::path session, RunReporter& reporter,
               RunTransfer& transfer)
         : disk_(disk), session_(std::move(session)), reporter_(reporter), transfer_(transfer),
-          copies_(std::make_shared<ProvedCopies>(disk.below(session_))) {}
+          copies_(std::make_shared<ProvedCopies>(disk.below(session_))), errors_(disk.path()) {}
 
     /// What is proved must also outlive a power cut, folder entries and dates included. False, and
     /// reported, when the disk could not keep what it was given.
@@ -34,8 +35,8 @@ public:
     /// whether all were proved. Fails with `CancellationError` when asked to stop between files.
     bool prove(std::span<FileCopyResult> rows);
 
-    /// Whether every copy lies where it was proved; else marks and reports. `rows` begin with those
-    /// that were proved.
+    /// Whether every copy lies where it was proved, and the disk met no damage; else marks and
+    /// reports. `rows` begin with those that were proved.
     bool findsCopiesInPlace(std::span<FileCopyResult> rows);
 
     const std::shared_ptr<ProvedCopies>& copies() const { return copies_; }
@@ -49,6 +50,7 @@ private:
     RunReporter& reporter_;
     RunTransfer& transfer_;
     const std::shared_ptr<ProvedCopies> copies_;
+    const FileSystemErrors errors_;
     bool isDeviceDropped_ = true;
     /// Copies whose proof may not come from the disk.
     std::vector<std::string> keptInMemory_;

@@ -25,7 +25,7 @@ struct CardChanges {
 };
 
 /// Walks the card once more and compares it with its inventory, which is sorted as `TreeWalker`
-/// gives it. Only what is to be copied counts. `unreadable` is told of folders as it is there.
+/// gives it. Only what is to be copied counts. `unreadable` is told as it is there.
 ///
 /// A file is known by its size and its dates. Inodes are not compared, since some file systems
 /// number a file anew each time they meet it.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <iterator>
 #include <string_view>
 #include <system_error>
@@ -68,6 +69,12 @@ std::string describe(const std::exception& failure, L10n l10n) {
         return ours->text(l10n);
     if (const auto* ofSystem = dynamic_cast<const PosixError*>(&failure))
         return ofSystem->subject() + ": " + reasonOf(ofSystem->code(), l10n);
+    if (const auto* special = dynamic_cast<const NotARegularFile*>(&failure))
+        return special->subject() + ": " + std::string(l10n.noRegularFile());
+    if (const auto* ofLibrary = dynamic_cast<const std::filesystem::filesystem_error*>(&failure)) {
+        return Text::legible(ofLibrary->path1().native()) + ": " +
+               reasonOf(ofLibrary->code().value(), l10n);
+    }
     return describe(failure);
 }
 

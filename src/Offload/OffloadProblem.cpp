@@ -16,6 +16,7 @@ OffloadProblem::Severity OffloadProblem::severity() const {
     case Kind::ReadFromMemory:
     case Kind::LinkLeadsOut:
     case Kind::LinkLeadsNowhere:
+    case Kind::LinkLeadsToNoFile:
     case Kind::LostAndFoundNotRead:
     case Kind::SessionNotStored:
     case Kind::SessionNotQueued:
@@ -32,6 +33,8 @@ std::string OffloadProblem::text(L10n l10n) const {
     switch (kind) {
     case Kind::CopyStopped:
         return l10n.copyStopped(about, reason);
+    case Kind::HashingStopped:
+        return l10n.hashingStopped(about, reason);
     case Kind::NotReadBack:
         return l10n.notReadBack(about, reason);
     case Kind::CopyDiffers:
@@ -46,6 +49,8 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.cameMeanwhile(about);
     case Kind::FolderNotRead:
         return l10n.folderNotRead(about, reason);
+    case Kind::FileSystemErrors:
+        return l10n.fileSystemErrors(about);
     case Kind::NothingReadBack:
         return l10n.nothingReadBack(about, reason);
     case Kind::ReadFromMemory:
@@ -66,6 +71,8 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.linkLeadsOut(about);
     case Kind::LinkLeadsNowhere:
         return l10n.linkLeadsNowhere(about);
+    case Kind::LinkLeadsToNoFile:
+        return l10n.linkLeadsToNoFile(about);
     case Kind::LostAndFoundNotRead:
         return l10n.folderNotRead(about, reason);
     case Kind::ReportsNotArchived:

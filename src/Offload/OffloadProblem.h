@@ -13,6 +13,8 @@ struct OffloadProblem {
     enum class Kind {
         /// A file could not be read or written; the run ended there.
         CopyStopped,
+        /// The same where nothing was to be copied.
+        HashingStopped,
         /// A copy could not be read back.
         NotReadBack,
         /// A copy is not the same as what was read from the card.
@@ -25,8 +27,10 @@ struct OffloadProblem {
         CardChanged,
         /// A file came to the card after it was looked through, and was not copied.
         CameMeanwhile,
-        /// What lies in a folder of the card was not copied.
+        /// A folder or a file of the card is missing, or part of a folder.
         FolderNotRead,
+        /// A file system met damage while it was read or written, and may not have said where.
+        FileSystemErrors,
         /// The disk could not keep what it was given, so that no copy was proved.
         NothingReadBack,
         /// What was compared may not have come from the disk itself.
@@ -46,6 +50,8 @@ struct OffloadProblem {
         LinkLeadsOut,
         /// A link on the card leads to nothing, or in a circle.
         LinkLeadsNowhere,
+        /// A link on the card leads to a folder, a FIFO or the like.
+        LinkLeadsToNoFile,
         /// The file system's own folder for what it found when it was repaired; no camera's.
         LostAndFoundNotRead,
         /// The reports could not be written to the archive, which is the subject.

@@ -98,7 +98,7 @@ private:
     void visit(int parent, const char* name, std::string relative) {
         auto attributes = FileSystem::attributesIn(parent, name);
         if (!attributes)
-            throw PosixError("stat", root_.path() / relative, errno);
+            return passOver(relative, errno);
         // No folder on the way is left out: the walk would not have come here.
         const bool skip = shouldSkip(name, name, names_);
         const bool isFolder = attributes->type == ItemType::Folder;
@@ -117,8 +117,11 @@ private:
         attributes.sizeBytes = 0;
         try {
             const auto target = root_.attributes(link, RootFolder::Links::FollowBeneath);
-            if (target.type != ItemType::RegularFile)
+            if (target.type != ItemType::RegularFile) {
+                if (observer_.leadsToNoFile)
+                    observer_.leadsToNoFile(link);
                 return false;
+            }
             attributes = target;
             return true;
         } catch (const PosixError& failure) {
@@ -132,7 +135,7 @@ private:
     }
 
     void passOver(const std::string& relative, int code) {
-        if (relative.empty() || isOurOwnLimit(code))
+        if (isOurOwnLimit(code))
             throw PosixError("open", root_.path() / relative, code);
         if (observer_.unreadable)
             observer_.unreadable(relative, code);

@@ -21,13 +21,15 @@ const SkipNames& defaultSkipNames();
 
 /// What a walk met that a person may have to know. Any may be empty. Paths are relative.
 struct WalkObserver {
-    /// A folder could not be read, or not to its end, and why. What lies in it is missing from the
-    /// inventory.
-    std::function<void(const std::string& folder, int code)> unreadable;
+    /// A folder could not be read, or not to its end, and why: what lies in it is missing from the
+    /// inventory. Or an item of whatever kind, which is missing itself. Empty: the root.
+    std::function<void(const std::string& path, int code)> unreadable;
     /// A link leads out of the tree; what it leads to was not looked at.
     std::function<void(const std::string& link)> leadsOut{};
     /// A link leads to nothing, or in a circle.
     std::function<void(const std::string& link)> leadsNowhere{};
+    /// A link leads to a folder, a FIFO or the like.
+    std::function<void(const std::string& link)> leadsToNoFile{};
 };
 
 /// Lists everything under `root`, sorted by the bytes of the relative path.
@@ -40,8 +42,8 @@ struct WalkObserver {
 /// anything else, to nothing or out of the tree has no bytes of its own: it is listed with
 /// `shouldCopy` false.
 ///
-/// Fails with `PosixError` when the root cannot be listed, when an item's attributes cannot be
-/// read, or when the process has no room left to go on.
+/// Fails with `PosixError` when the root cannot be opened, or when the process has no room left to
+/// go on.
 std::vector<InventoryEntry> walk(const RootFolder& root, const SkipNames& skipNames,
                                  std::span<const std::string> extraExcludes = {},
                                  const WalkObserver& observer = {});

@@ -25,8 +25,7 @@ constexpr int kCompressionLevel = 3;
 
 FileDescriptor create(const std::filesystem::path& path) {
     constexpr mode_t kReadableByAll = 0644;
-    FileDescriptor file(::open(path.c_str(),
-                               O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC,
+    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC,
                                kReadableByAll));
     if (!file)
         throw PosixError("open", path, errno);

@@ -34,6 +34,18 @@ private:
     int code_;
 };
 
+/// A FIFO, a socket or a device where a file should be.
+class NotARegularFile : public Error {
+public:
+    explicit NotARegularFile(const std::filesystem::path& path);
+
+    /// The path as it stands in the description.
+    const std::string& subject() const noexcept { return subject_; }
+
+private:
+    std::string subject_;
+};
+
 /// The work was asked to stop. Never a sign that something is broken.
 class CancellationError : public Error {
 public:

@@ -98,7 +98,8 @@ private:
     std::vector<InventoryEntry> takeInventory() {
         const auto tellUnreadable = [this](const std::string& folder, int code) {
             if (!told_.contains(folder))
-                tell({Difference::Unreadable, folder, Circumstance::None,
+                tell({Difference::Unreadable, folder.empty() ? tree_.root.native() : folder,
+                      Circumstance::None,
                       std::make_exception_ptr(PosixError("open", folder, code))});
         };
         return TreeWalker::walk(root_, {}, {}, {.unreadable = tellUnreadable});

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <optional>
 #include <utility>
 
@@ -21,6 +22,7 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
+using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using ::testing::SizeIs;
 using Volume = MountedVolume::FileSystem;
@@ -239,9 +241,30 @@ TEST(DamagedCard, AFolderThatCannotBeReadFailsTheRunAndTheRestIsProved) {
         const auto outcome = CopyEngine::run(request, record.observer(), {});
         EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
         EXPECT_EQ(verdicts(outcome)["good.mov"], isHashing ? "HASH/hashed" : "COPY/verified");
-        EXPECT_THAT(record.problems,
-                    ::testing::ElementsAre(HasSubstr("The folder bad could not be read")));
+        EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("bad could not be read")));
     }
+}
+
+TEST(DamagedCard, WhatADriverPassesOverInAFolderWithoutAWordFailsTheRun) {
+    MountedVolume card(Volume::Ext4, 64 * kMiB);
+    const TemporaryFolder destination;
+    writeFile(card / "DCIM/lost.mov", "1");
+    writeFile(card / "good.mov", "2");
+    card.unmount();
+    // Without checksums only an entry that makes no sense is noticed.
+    runPrivileged({"tune2fs", "-O", "^metadata_csum", card.image()});
+    const auto name = offsetInImage(card.image(), "lost.mov");
+    std::fstream(card.image(), std::ios::in | std::ios::out | std::ios::binary)
+        .seekp(name - 4)
+        .write("\x03\x00", 2);
+    card.mount();
+    RunRecord record;
+    const auto outcome =
+        CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(), {});
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+    EXPECT_EQ(verdicts(outcome)["good.mov"], "COPY/verified");
+    EXPECT_THAT(record.problems, ::testing::ElementsAre(AnyOf(HasSubstr("reported errors"),
+                                                              HasSubstr("could not be read"))));
 }
 
 TEST(DamagedCard, ALostAndFoundIsPassedOverOnlyWhereTheFileSystemMadeIt) {
@@ -318,6 +341,8 @@ TEST(DiskWithoutCase, NamesThatBecomeOneFailTheRun) {
     const std::vector<std::pair<std::vector<const char*>, const char*>> cases = {
         {{"A.txt", "a.txt"}, "a.txt: bu diskte aynı adla başka bir dosya duruyor"},
         {{"CLIP/1", "clip/2"}, "Two folders of the card are one folder on this disk: clip"},
+        {{"A:1.mov"}, "A:1.mov: bu disk bu ada ya da işleme izin vermiyor"},
+        {{"B?/1"}, "B?: bu disk bu ada ya da işleme izin vermiyor"},
     };
     const MountedVolume disk(Volume::ExFat, 64 * kMiB);
     for (const auto& [names, problem] : cases) {

@@ -194,7 +194,7 @@ TEST_F(OffloadProgram, AnswersForEveryCardAndDiskThatIsGoneDeadOrSilent) {
         EXPECT_EQ(pairs[pair].status, "failed") << pair;
     EXPECT_THAT(result.standardError,
                 AllOf(HasSubstr("A001 → gone · Failed: " + (folder / "gone").native()),
-                      HasSubstr("no → Disk1 · Failed"), HasSubstr("Transport endpoint"),
+                      HasSubstr("no → Disk1 · Failed"), HasSubstr("the device is gone"),
                       HasSubstr(silent.path().native() + " does not answer")));
 
     // No other program aborts there either.
@@ -280,6 +280,10 @@ TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
                       std::string::npos,
                   words.size() > 1);
     }
+    EXPECT_EQ(run({programsFolder() / "slatewise-volumes", "--once", "--root", "/nope"},
+                  userIn(folder / "user"))
+                  .exitCode,
+              2);
     EXPECT_EQ(offload({"--help"}).exitCode, 0);
 }
 
@@ -312,6 +316,15 @@ TEST_F(OffloadProgram, HashingLeavesReportsAlone) {
         EXPECT_THAT(entriesOf(folder / "Disk1"), ::testing::ElementsAre("reports"));
         EXPECT_FALSE(std::filesystem::exists(reports / "reports"));
     }
+}
+
+TEST_F(OffloadProgram, SaysThatAnEmptyMountPointLiesOnTheSystemsDisk) {
+    const auto place = "/mnt/slatewise-" + folder.path().filename().native();
+    runPrivileged({"mkdir", "-m", "0777", place});
+    const auto result = offload({"--quiet", "--language", "tr", "--to", place, folder / "A001"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.standardError, HasSubstr(place + " sistem diskinde duruyor."));
+    runPrivileged({"rm", "-r", place});
 }
 
 TEST_F(OffloadProgram, ACardMayHaveWordsOfItsOwn) {

@@ -1,7 +1,8 @@
 #include "NamedFolders.h"
 
+#include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
-#include "Platform/Error.h"
+#include "Platform/Disks/MountPoints.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Reports/ReportFolder.h"
@@ -71,7 +72,7 @@ bool hasReportSets(const std::filesystem::path& folder) {
 }
 
 /// Blocks as long as the disk does.
-void look(NamedFolder& folder) {
+void look(NamedFolder& folder, L10n l10n) {
     const auto& named = folder.volume.facts.mountPoint;
     try {
         const auto path = std::filesystem::canonical(named);
@@ -82,10 +83,9 @@ void look(NamedFolder& folder) {
         folder.isEmpty = isEmpty(path);
         folder.hasReportSets = hasReportSets(path);
         folder.volume = pickedFolder(DiskUtilClient::facts(path), path, kind);
-    } catch (const std::filesystem::filesystem_error& failure) {
-        folder.obstacle = named.native() + ": " + failure.code().message();
+        folder.isBareMountPoint = folder.isEmpty && MountPoints::isBare(path);
     } catch (const std::exception& failure) {
-        folder.obstacle = named.native() + ": " + describe(failure);
+        folder.obstacle = describe(failure, l10n);
     }
 }
 
@@ -99,11 +99,11 @@ struct Board {
 
 /// `list` is one of the two lists of what is seen, which keep their length.
 void lookAside(const std::shared_ptr<Board>& board, std::vector<NamedFolder> NamedFolders::*list,
-               std::size_t index, std::string typed) {
+               std::size_t index, std::string typed, L10n l10n) {
     const bool isCard = list == &NamedFolders::cards;
     WorkerPool::start([=] {
         auto folder = isCard ? cardNamed(typed) : unseen(typed, VolumeKind::Destination);
-        look(folder);
+        look(folder, l10n);
         const std::lock_guard guard(board->lock);
         (board->seen.*list)[index] = std::move(folder);
         --board->missing;
@@ -128,9 +128,10 @@ NamedFolders lookAt(const Arguments& arguments, const Texts& texts, const std::s
     board->missing = arguments.cards.size() + arguments.destinations.size();
 
     for (std::size_t index = 0; index < arguments.cards.size(); ++index)
-        lookAside(board, &NamedFolders::cards, index, arguments.cards[index]);
+        lookAside(board, &NamedFolders::cards, index, arguments.cards[index], texts.shared);
     for (std::size_t index = 0; index < arguments.destinations.size(); ++index)
-        lookAside(board, &NamedFolders::destinations, index, arguments.destinations[index]);
+        lookAside(board, &NamedFolders::destinations, index, arguments.destinations[index],
+                  texts.shared);
 
     std::unique_lock guard(board->lock);
     board->changed.wait_for(guard, stop, kPatience, [&] { return board->missing == 0; });

@@ -1,7 +1,7 @@
 #include "Offload.h"
 
+#include "Offload/OffloadError.h"
 #include "Offload/PathSize.h"
-#include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Service/OutboxDrainer.h"
@@ -72,7 +72,7 @@ std::vector<PairResult> Offload::run(std::stop_token stop) noexcept {
             loop_.exec();
         }
     } catch (const std::exception& failure) {
-        display_.note(texts_.shared.failed(describe(failure)));
+        display_.note(texts_.shared.failed(describe(failure, texts_.shared)));
     }
     return results_;
 }

@@ -92,8 +92,8 @@ void playSeenBefore(Stage& stage) {
     auto& database = *stage.model()->state().database;
     for (const auto* disk : {"SHUTTLE_01", "RAID Backup"}) {
         outcome.sessionID = Uuid::random();
-        database.save(outcome, outcome.files, "A009", disk, "CamA");
-        database.saveTraces(outcome.sessionID.text(), "Ekip1", "", "1A2B-3C4D");
+        database.save(outcome, outcome.files, "A009", disk, "CamA",
+                      {.ekip = "Ekip1", .cardUUID = "1A2B-3C4D"});
     }
     stage.playReady();
     stage.plugInCard("A009", 118.2 * kGB, "1A2B-3C4D");

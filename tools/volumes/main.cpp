@@ -46,6 +46,8 @@ int follow(VolumesRoot root) {
     return QCoreApplication::exec();
 }
 
+constexpr int kWrongUsage = 2;
+
 int list(int count, char** words) {
     const QCoreApplication application(count, words);
     CLI::App program(kDescription, "slatewise-volumes");
@@ -59,6 +61,10 @@ int list(int count, char** words) {
     program.add_flag("--once", onlyOnce, "List the volumes of this moment and end");
     CLI11_PARSE(program, count, words);
 
+    if (!folder.empty() && !std::filesystem::is_directory(folder)) {
+        std::cerr << "slatewise-volumes: " << Text::visible(folder) << " is not a folder\n";
+        return kWrongUsage;
+    }
     auto root =
         folder.empty() ? VolumesRoot::ofThisDesktop() : VolumesRoot(std::filesystem::path(folder));
     if (!onlyOnce)

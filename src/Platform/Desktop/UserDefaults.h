@@ -26,7 +26,8 @@ public:
 
     std::optional<std::string> value(std::string_view key) const;
 
-    /// Stores a value; it is on its way to the file when this returns. A file that cannot be written costs the value and is not reported.
+    /// Stores a value; it is on its way to the file when this returns. A file that cannot be
+    /// written costs the value and is not reported.
     void setValue(std::string_view key, std::string_view value);
 
     /// Removes a stored value likewise.

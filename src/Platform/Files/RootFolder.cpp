@@ -87,8 +87,11 @@ FileDescriptor RootFolder::open(const std::filesystem::path& relative, int flags
         name.remove_prefix(end + 1);
     }
     auto opened = OpenBeneath::open(from(), name.empty() ? "." : std::string(name), flags, links);
-    if (!opened)
-        throw PosixError("open", path_ / relative, errno);
+    if (!opened) {
+        const int code = errno;
+        throw PosixError("open", path_ / relative,
+                         (flags & O_CREAT) != 0 ? whyNotMade(relative, code) : code);
+    }
     return opened;
 }
 
@@ -177,9 +180,15 @@ bool RootFolder::createNewFolder(const std::filesystem::path& relative) const {
     const auto [parent, name] = parentOf(relative);
     if (::mkdirat(parent.get(), name.c_str(), kOpenToAll) == 0)
         return true;
-    if (errno != EEXIST)
-        throw PosixError("mkdir", path_ / relative, errno);
+    if (const int code = errno; code != EEXIST)
+        throw PosixError("mkdir", path_ / relative, whyNotMade(relative, code));
     return false;
+}
+
+int RootFolder::whyNotMade(const std::filesystem::path& relative, int code) const noexcept {
+    // What FAT, exFAT and NTFS say of a sign that they do not know, each in its own way.
+    const bool isNameRefused = code == EINVAL || (code == ENOENT && exists(relative.parent_path()));
+    return isNameRefused ? EILSEQ : code;
 }
 
 void RootFolder::removeFile(const std::filesystem::path& relative) const {

@@ -105,6 +105,8 @@ private:
         std::string name;
     };
     Parent parentOf(const std::filesystem::path& relative) const;
+    /// EILSEQ where the file system does not allow the name, else the code.
+    int whyNotMade(const std::filesystem::path& relative, int code) const noexcept;
 
     std::filesystem::path path_;
     FileDescriptor descriptor_;

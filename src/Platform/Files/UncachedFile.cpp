@@ -1,7 +1,6 @@
 #include "Platform/Files/UncachedFile.h"
 
 #include "Platform/Error.h"
-#include "Platform/Text.h"
 
 #include <fcntl.h>
 #include <linux/fiemap.h>
@@ -123,10 +122,8 @@ std::int64_t requireRegularFile(int descriptor, const FileBeneath& file) {
         throw PosixError("open", file.path(), errno);
     if (S_ISDIR(facts.st_mode))
         throw PosixError("open", file.path(), EISDIR);
-    if (!S_ISREG(facts.st_mode)) {
-        throw Error("open " + Text::displayable(file.path().native()) +
-                    ": a FIFO, a socket or a device is no file");
-    }
+    if (!S_ISREG(facts.st_mode))
+        throw NotARegularFile(file.path());
     return facts.st_size;
 }
 
