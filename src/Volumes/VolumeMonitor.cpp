@@ -32,7 +32,7 @@ bool comesBefore(const ClassifiedVolume& left, const ClassifiedVolume& right) {
     return Text::localizedCaseInsensitiveCompare(left.name(), right.name()) < 0;
 }
 
-/// A device that is mounted at several places is one volume, at the first of them.
+/// A device that is mounted at several places is one volume, the one that comes first.
 void keepOneOfEach(std::vector<ClassifiedVolume>& volumes) {
     VolumeIDs kept;
     std::erase_if(volumes, [&](const auto& volume) { return !kept.insert(volume.id()).second; });
@@ -170,8 +170,8 @@ std::vector<ClassifiedVolume> VolumeMonitor::read() {
         volumes.push_back(VolumeClassifier::classify(
             facts[index] ? *facts[index] : factsOfSilent(*disks, mountPoints[index])));
     }
-    keepOneOfEach(volumes);
     std::stable_sort(volumes.begin(), volumes.end(), comesBefore);
+    keepOneOfEach(volumes);
     return volumes;
 }
 
