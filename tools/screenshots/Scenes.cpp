@@ -100,13 +100,19 @@ void playSeenBefore(Stage& stage) {
     Desk::waitUntil([&] { return stage.model()->cards()->rows().back().past.contains("RAID"); });
 }
 
-std::function<void(Stage&)> failing(Kind kind, const std::string& subject, int code = 0,
-                                    PairFailure failure = PairFailure::Other) {
+std::function<void(Stage&)> failing(Kind kind, const std::string& subject, int code = 0) {
     return [=](Stage& stage) {
         stage.playReady();
         const auto words = stage.model()->state().l10n();
-        stage.fail({{kind, subject, code == 0 ? "" : reasonOf(code, words), code}}, failure);
+        stage.fail({{kind, subject, code == 0 ? "" : reasonOf(code, words), code}},
+                   PairFailure::Other);
     };
+}
+
+/// Whoever stopped a copy is not told that it did not go on.
+void playStopped(Stage& stage) {
+    stage.playReady();
+    stage.fail(std::vector<OffloadProblem>(), PairFailure::Stopped);
 }
 
 void playCheck(Stage& stage) {
@@ -163,7 +169,7 @@ std::vector<Scene> allScenes() {
     add("cardGone", failing(Kind::CardGone, "A001"));
     add("diskFull", failing(Kind::CopyStopped, "CLIP/A001C092_260301.mxf", ENOSPC));
     add("copyDiffers", failing(Kind::CopyDiffers, "CLIP/A001C092_260301.mxf"));
-    add("stopped", failing(Kind::CopyStopped, "", 0, PairFailure::Stopped));
+    add("stopped", playStopped);
     add("manyProblems", failedWidely);
     add("outcome", failedWidely, [](QQuickWindow& window) { click(window, "showOutcome"); });
     add("crowded", playCrowded);
