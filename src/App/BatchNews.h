@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/BatchControl.h"
+#include "Model/Copying/BatchControl.h"
 
 #include <QObject>
 

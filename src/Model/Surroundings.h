@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Batch/BatchSurroundings.h"
-#include "Model/ContentSizes.h"
+#include "Model/Volumes/ContentSizes.h"
 #include "Volumes/VolumeRecords.h"
 #include "Volumes/VolumesRoot.h"
 

@@ -1,18 +1,12 @@
 #include "Reports/SessionDetailedPDF.h"
 
-#include "Offload/PathSize.h"
-#include "Offload/TimecodeFormat.h"
 #include "Platform/AppInfo.h"
-#include "Platform/Text.h"
-#include "Reports/EssenceText.h"
 #include "Reports/PdfProblems.h"
-#include "Reports/PdfReport.h"
 #include "Reports/ReportText.h"
 
-#include <fmt/ranges.h>
+#include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 
 namespace slatewise::SessionDetailedPDF {
 
@@ -26,10 +20,6 @@ constexpr double kTableLeft = 7;
 constexpr double kTableWidth = 828;
 constexpr double kTableRight = kTableLeft + kTableWidth;
 constexpr double kHeadHeight = 12;
-constexpr double kLineHeight = 8.2;
-/// Above the first and below the last line of a row, together.
-constexpr double kRowPadding = 5;
-constexpr double kLowestRow = 22;
 constexpr double kFirstTableTop = 500;
 constexpr double kLaterTableTop = 558;
 /// What the rows of a page may take.
@@ -40,12 +30,6 @@ constexpr double kFrameWidth = 0.4;
 constexpr double kRuleWidth = 0.3;
 constexpr double kBannerTopInset = 3;
 constexpr double kBannerNameHeight = 12;
-constexpr double kBannerLineHeight = 9;
-constexpr double kBannerPadding = 22;
-/// A facts line of more characters gets a further line.
-constexpr std::size_t kFactsPerLine = 140;
-/// A file has a name, a date and two sizes to show even when nothing is known of the clip.
-constexpr int kLeastFileLines = 3;
 
 constexpr PdfColor kSecondary = PdfColor::grey(0.42);
 constexpr PdfColor kRule = PdfColor::grey(0.78);
@@ -53,114 +37,6 @@ constexpr PdfColor kBannerFill = {0.96, 0.94, 1};
 constexpr PdfColor kBannerFrame = {0.81, 0.76, 1};
 
 enum Column : std::size_t { Name, Size, Clip, Timing, Status, Hash };
-
-int lineCount(std::string_view text) {
-    return 1 + static_cast<int>(std::count(text.begin(), text.end(), '\n'));
-}
-
-std::string onLines(const std::vector<std::string>& lines) {
-    return fmt::format("{}", fmt::join(lines, "\n"));
-}
-
-std::string statusText(const ManifestFile& file) {
-    return std::string(rawValue(file.action)) + "\n" + std::string(rawValue(file.verifyStatus));
-}
-
-Row describeCard(const ClipEssence& common, const std::string& cardName, AppLanguage language) {
-    Row row;
-    row.folder = row.banner = true;
-    row.name = cardName;
-    row.bannerFacts = ReportText::cardFactsLine(common, language);
-    const auto length = Text::length(row.bannerFacts);
-    row.lines = 1 + static_cast<int>((length + kFactsPerLine - 1) / kFactsPerLine);
-    return row;
-}
-
-/// The texts that give a row its height; `describe` adds those that always have room in it.
-Row outline(const ReportNode& node, const ClipEssence& common, const L10n& l10n, int depth) {
-    Row row;
-    row.depth = depth;
-    row.folder = node.isDirectory();
-    row.name = node.name;
-    if (node.isDirectory()) {
-        row.clip = row.status = l10n.fileCount(node.fileCount);
-    } else {
-        if (node.file->media->essence)
-            row.clip = onLines(EssenceText::clipLines(*node.file->media->essence, common));
-        row.timing = onLines(ReportText::timingLines(*node.file));
-        row.status = statusText(*node.file);
-    }
-    row.lines = std::max({lineCount(row.name), lineCount(row.clip), lineCount(row.timing),
-                          lineCount(row.status), node.isDirectory() ? 1 : kLeastFileLines});
-    return row;
-}
-
-void addFileFacts(const ManifestFile& file, Row& row) {
-    row.fate = file.verifyStatus;
-    row.hash = file.sourceSHA256.value_or("");
-    row.fpsMismatch =
-        TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).mismatch;
-    if (file.mtime)
-        row.nameStamp = ReportText::fileModified(*file.mtime);
-}
-
-Row describe(const ReportNode& node, const ClipEssence& common, const L10n& l10n, int depth) {
-    const auto bytes = node.isDirectory() ? node.totalBytes : node.file->sizeBytes;
-    auto row = outline(node, common, l10n, depth);
-    row.sizeHuman = PathSize::format(bytes, l10n.language());
-    row.sizeBytes = PathSize::grouped(bytes, l10n.language());
-    if (!node.isDirectory())
-        addFileFacts(*node.file, row);
-    return row;
-}
-
-/// What a row tells of.
-struct Line {
-    /// Null for the card's own row.
-    const ReportNode* node;
-    int depth;
-};
-
-void append(std::span<const ReportNode> nodes, int depth, std::vector<Line>& lines) {
-    for (const auto& node : nodes) {
-        lines.push_back({&node, depth});
-        append(node.children, depth + 1, lines);
-    }
-}
-
-/// Each folder's line, then its content; at depth 0 the card's before all.
-std::vector<Line> linesOf(std::span<const ReportNode> nodes, int depth) {
-    std::vector<Line> lines;
-    if (depth == 0)
-        lines.push_back({nullptr, depth});
-    append(nodes, depth, lines);
-    return lines;
-}
-
-/// Makes rows of lines.
-struct Describer {
-    const ClipEssence& common;
-    const std::string& cardName;
-    L10n l10n;
-
-    Row operator()(const Line& line) const {
-        return line.node ? describe(*line.node, common, l10n, line.depth)
-                         : describeCard(common, cardName, l10n.language());
-    }
-
-    double heightOf(const Line& line) const {
-        return line.node ? outline(*line.node, common, l10n, line.depth).height()
-                         : (*this)(line).height();
-    }
-
-    std::vector<Row> operator()(std::span<const Line> lines) const {
-        std::vector<Row> rows;
-        rows.reserve(lines.size());
-        for (const auto& line : lines)
-            rows.push_back((*this)(line));
-        return rows;
-    }
-};
 
 /// How many rows of these heights one page takes: as many as have room, and at least one.
 std::size_t rowsOnPage(std::span<const double> heights, bool first) {
@@ -241,7 +117,7 @@ private:
     double baselineOf(std::size_t line) const {
         constexpr double kFontSize = 6.6;
         return centredBaseline(
-            bottom_ - kRowPadding / 2 - kLineHeight * (static_cast<double>(line) + 0.5), kFontSize);
+            bottom_ - rowPadding / 2 - lineHeight * (static_cast<double>(line) + 0.5), kFontSize);
     }
 
     void drawBanner(const Row& row, double height) {
@@ -254,7 +130,7 @@ private:
         for (const auto& line : canvas_.wrapped(row.bannerFacts, kFacts, kTextColumn.width,
                                                 static_cast<std::size_t>(row.lines - 1))) {
             drawLine(canvas_, line, kTextColumn, top, kFacts);
-            top -= kBannerLineHeight;
+            top -= bannerLineHeight;
         }
     }
 
@@ -362,12 +238,6 @@ void drawFoot(PdfCanvas& canvas, const PageNumber& page, double tableBottom) {
 
 } // namespace
 
-double Row::height() const {
-    if (banner)
-        return std::max(kLowestRow, (lines - 1) * kBannerLineHeight + kBannerPadding);
-    return std::max(kLowestRow, lines * kLineHeight + kRowPadding);
-}
-
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
            const std::filesystem::path& file, AppLanguage language) {
     PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
@@ -400,11 +270,6 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
             ++page.number;
         }
     });
-}
-
-std::vector<Row> flatten(std::span<const ReportNode> nodes, const ClipEssence& common,
-                         const std::string& cardName, AppLanguage language, int depth) {
-    return Describer{common, cardName, L10n(language)}(linesOf(nodes, depth));
 }
 
 Widths columnWidths() {

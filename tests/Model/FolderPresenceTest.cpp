@@ -1,4 +1,4 @@
-#include "Model/FolderPresence.h"
+#include "Model/Volumes/FolderPresence.h"
 #include "support/Desk.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 #include "Batch/ProgressTexts.h"
 #include "Batch/SpaceCheck.h"
 #include "Batch/TimeLeft.h"
-#include "Model/TemplatePreview.h"
-#include "Model/VolumeTexts.h"
+#include "Model/Settings/TemplatePreview.h"
+#include "Model/Volumes/VolumeTexts.h"
 
 #include <gmock/gmock.h>
 

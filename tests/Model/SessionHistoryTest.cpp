@@ -1,4 +1,4 @@
-#include "Model/SessionHistory.h"
+#include "Model/History/SessionHistory.h"
 
 #include "support/Desk.h"
 #include "support/Files.h"

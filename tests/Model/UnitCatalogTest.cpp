@@ -1,4 +1,4 @@
-#include "Model/UnitCatalog.h"
+#include "Model/Units/UnitCatalog.h"
 #include "support/Files.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
-#include "Model/VolumeBoard.h"
+#include "Model/Volumes/VolumeBoard.h"
 
-#include "Model/VolumeTexts.h"
+#include "Model/Volumes/VolumeTexts.h"
 #include "Volumes/PickedFolder.h"
 
 #include <gmock/gmock.h>

@@ -1,0 +1,219 @@
+#include "Language/L10n.h"
+
+#include <fmt/format.h>
+
+/// The sentences of `L10n` that say what went wrong with a card, a disk or what was left behind.
+namespace slatewise {
+
+std::string L10n::copyStopped(Text file, Text reason) const {
+    return isTurkish() ? fmt::format("Kopyalama şu dosyada durdu: {} ({})", file, reason)
+                       : fmt::format("Copying stopped at {}: {}", file, reason);
+}
+
+std::string L10n::hashingStopped(Text file, Text reason) const {
+    return isTurkish() ? fmt::format("Hash alma şu dosyada durdu: {} ({})", file, reason)
+                       : fmt::format("Hashing stopped at {}: {}", file, reason);
+}
+
+std::string L10n::notReadBack(Text file, Text reason) const {
+    return isTurkish() ? fmt::format("Kopya geri okunamadı: {} ({})", file, reason)
+                       : fmt::format("The copy of {} could not be read back: {}", file, reason);
+}
+
+std::string L10n::copyDiffers(Text file) const {
+    return isTurkish() ? fmt::format("Kopya karttakinden farklı: {}", file)
+                       : fmt::format("The copy of {} differs from the card.", file);
+}
+
+std::string L10n::foldersFellTogether(Text folder) const {
+    return isTurkish()
+               ? fmt::format("Kartın iki klasörü bu diskte tek klasör oldu: {}", folder)
+               : fmt::format("Two folders of the card are one folder on this disk: {}", folder);
+}
+
+std::string L10n::copyGone(Text file) const {
+    return isTurkish() ? fmt::format("Kopya yazıldığı yerde artık yok: {}", file)
+                       : fmt::format("The copy of {} is no longer where it was written.", file);
+}
+
+std::string L10n::cardChanged(Text file) const {
+    return isTurkish() ? fmt::format("Kart okunurken değişti: {}", file)
+                       : fmt::format("This file changed while the card was read: {}", file);
+}
+
+std::string L10n::cameMeanwhile(Text file) const {
+    return isTurkish()
+               ? fmt::format("Kart okunurken geldi, burada eksik: {}", file)
+               : fmt::format("This file came while the card was read and is missing here: {}",
+                             file);
+}
+
+std::string L10n::folderNotRead(Text folder, Text reason) const {
+    return isTurkish() ? fmt::format("Okunamadı, burada eksik ya da yarım: {} ({})", folder, reason)
+                       : fmt::format("{} could not be read, and is missing or incomplete here: {}",
+                                     folder, reason);
+}
+
+std::string L10n::nothingReadBack(Text disk, Text reason) const {
+    return isTurkish()
+               ? fmt::format("{} yazılanları saklayamadı, hiçbir kopya geri okunmadı: {}", disk,
+                             reason)
+               : fmt::format("{} could not keep what was written, nothing was read back: {}", disk,
+                             reason);
+}
+
+std::string L10n::readFromMemory(Text subject) const {
+    return isTurkish()
+               ? fmt::format("{}: geri okuma diskten değil bellekten gelmiş olabilir.", subject)
+               : fmt::format("{}: the read-back may have come from memory and not from the disk.",
+                             subject);
+}
+
+std::string L10n::readBackFromMemory(Text subject) const {
+    return readFromMemory(subject) +
+           (isTurkish()
+                ? " Emin olmak için diski çıkarıp yeniden takın ve slatewise-verify ile denetleyin."
+                : " To be sure, eject the disk, connect it again and check it with "
+                  "slatewise-verify.");
+}
+
+std::string L10n::notOpened(Text volume, Text reason) const {
+    return isTurkish() ? fmt::format("{} açılamadı: {}", volume, reason)
+                       : fmt::format("{} could not be opened: {}", volume, reason);
+}
+
+std::string L10n::cardGone(Text card) const {
+    return isTurkish() ? fmt::format("{} kartı artık yerinde değil.", card)
+                       : fmt::format("The card {} is no longer there.", card);
+}
+
+std::string L10n::diskReplaced(Text disk) const {
+    return isTurkish() ? fmt::format("{} diski artık seçilen disk değil.", disk)
+                       : fmt::format("The disk {} is no longer the one that was chosen.", disk);
+}
+
+std::string L10n::cardSilent(Text card) const {
+    return isTurkish() ? fmt::format("{} kartı yanıt vermiyor.", card)
+                       : fmt::format("The card {} does not answer.", card);
+}
+
+std::string L10n::diskSilent(Text disk) const {
+    return isTurkish() ? fmt::format("{} diski yanıt vermiyor.", disk)
+                       : fmt::format("The disk {} does not answer.", disk);
+}
+
+std::string L10n::noAnswer(Text pair) const {
+    return isTurkish() ? fmt::format("{}: kart ya da disk yanıt vermiyor.", pair)
+                       : fmt::format("{}: the card or the disk does not answer.", pair);
+}
+
+std::string L10n::pairNotBegun(Text card, Text disk) const {
+    return isTurkish() ? fmt::format("{} → {} başlatılmadı.", card, disk)
+                       : fmt::format("{} → {} was not begun.", card, disk);
+}
+
+std::string L10n::linkLeadsOut(Text link) const {
+    return isTurkish()
+               ? fmt::format("Bağlantı kartın içinde kalmıyor, dışarıda bırakıldı: {}", link)
+               : fmt::format("The link {} does not stay on the card and was left out.", link);
+}
+
+std::string L10n::linkLeadsNowhere(Text link) const {
+    return isTurkish() ? fmt::format("Bağlantı hiçbir yere çıkmıyor, dışarıda bırakıldı: {}", link)
+                       : fmt::format("The link {} leads nowhere and was left out.", link);
+}
+
+std::string L10n::linkLeadsToNoFile(Text link) const {
+    return isTurkish() ? fmt::format("Bağlantı bir dosyaya çıkmıyor, dışarıda bırakıldı: {}", link)
+                       : fmt::format("The link {} leads to no file and was left out.", link);
+}
+
+std::string L10n::fileSystemErrors(Text volume) const {
+    return isTurkish()
+               ? fmt::format("Dosya sistemi bu sırada hata bildirdi, veri eksik olabilir: {}",
+                             volume)
+               : fmt::format("The file system of {} reported errors meanwhile; something may "
+                             "be missing.",
+                             volume);
+}
+
+std::string L10n::onSystemDisk(Text folder) const {
+    return isTurkish() ? fmt::format("{} sistem diskinde duruyor.", folder)
+                       : fmt::format("{} lies on the system's disk.", folder);
+}
+
+std::string L10n::reportsNotWritten(Text place, Text reason) const {
+    return isTurkish() ? fmt::format("Raporlar yazılamadı: {} ({})", place, reason)
+                       : fmt::format("The reports could not be written to {}: {}", place, reason);
+}
+
+std::string L10n::sessionNotStored(Text card, Text reason) const {
+    return isTurkish()
+               ? fmt::format("{} aktarımı geçmişe yazılamadı: {}", card, reason)
+               : fmt::format("The offload of {} is missing in the history: {}", card, reason);
+}
+
+std::string L10n::sessionNotQueued(Text card, Text reason) const {
+    return isTurkish()
+               ? fmt::format("{} aktarımı raporlama servisine bildirilemeyecek: {}", card, reason)
+               : fmt::format("The service will not hear of the offload of {}: {}", card, reason);
+}
+
+std::string L10n::historySetAside(Text file) const {
+    return isTurkish()
+               ? fmt::format("Geçmiş bozuktu, yenisi başlatıldı. Eskisi burada duruyor: {}", file)
+               : fmt::format("The history was damaged and a new one was begun. The old one is "
+                             "kept as {}",
+                             file);
+}
+
+std::string L10n::historyLost(Text reason) const {
+    return isTurkish() ? fmt::format("Geçmişe yazılamadı, başlangıçtan beri aktarılanlar geçmişte "
+                                     "ve hizmete gidecekler arasında yok: {}",
+                                     reason)
+                       : fmt::format("The history could not be written: what was offloaded since "
+                                     "the start is missing in it, and among the reports that wait "
+                                     "for the service: {}",
+                                     reason);
+}
+
+std::string L10n::cardListNotRead(Text list, Text reason) const {
+    return isTurkish()
+               ? fmt::format("Kartın getirdiği hash listesi okunamadı: {} ({})", list, reason)
+               : fmt::format("The hash list that the card brought could not be read: {} "
+                             "({})",
+                             list, reason);
+}
+
+std::string L10n::cardDiffersFromList(Text file) const {
+    return isTurkish()
+               ? fmt::format("Karttaki dosya kartın kendi hash listesinden farklı: {}", file)
+               : fmt::format("{} on the card is not what the card's own hash list says.", file);
+}
+
+std::string L10n::listedFileMissing(Text file) const {
+    return isTurkish()
+               ? fmt::format("Kartın kendi hash listesindeki dosya kartta yok: {}", file)
+               : fmt::format("{} is in the card's own hash list, but not on the card.", file);
+}
+
+std::string L10n::listedFileUnproved(Text file) const {
+    return isTurkish()
+               ? fmt::format("Kartın kendi hash listesinde dosyayı kanıtlayan bir değer yok: {}",
+                             file)
+               : fmt::format("The card's own hash list has no value that proves {}.", file);
+}
+
+std::string L10n::listNotWritten(Text folder, Text reason) const {
+    return isTurkish()
+               ? fmt::format("Kopyanın hash listesi yazılamadı: {} ({})", folder, reason)
+               : fmt::format("The hash list of {} could not be written: {}", folder, reason);
+}
+
+std::string L10n::nameNotListed(Text name) const {
+    return isTurkish()
+               ? fmt::format("Adını tutamadığı için hash listesine girmedi: {}", name)
+               : fmt::format("Left out of the hash list, which cannot hold its name: {}", name);
+}
+
+} // namespace slatewise

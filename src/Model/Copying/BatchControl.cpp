@@ -1,0 +1,279 @@
+#include "Model/Copying/BatchControl.h"
+
+#include "Model/QtText.h"
+#include "Offload/OffloadError.h"
+#include "Platform/Files/FileSystem.h"
+#include "Platform/Text.h"
+#include "Platform/Worker.h"
+#include "Storage/AppLog.h"
+
+namespace slatewise {
+
+namespace {
+
+BatchControl::Standing standingOf(const OffloadPhase& phase) {
+    if (ProgressTexts::isBusy(phase))
+        return BatchControl::Busy;
+    if (std::holds_alternative<Phase::Hashed>(phase))
+        return BatchControl::Hashed;
+    if (ProgressTexts::isSuccess(phase))
+        return BatchControl::Succeeded;
+    return ProgressTexts::isFailure(phase) ? BatchControl::Failed : BatchControl::Resting;
+}
+
+} // namespace
+
+BatchControl::BatchControl(ModelState& state, VolumeFollower& volumes,
+                           const ServiceProfileFile& profile)
+    : state_(state), volumes_(volumes), profile_(profile),
+      unfinished_(UnfinishedOffload::load(state.defaults)) {
+    connect(&state, &ModelState::changed, this, &BatchControl::show);
+}
+
+BatchControl::~BatchControl() {
+    if (batch_)
+        batch_->abandon();
+}
+
+void BatchControl::show() {
+    // Whoever hears that a batch has ended finds all of it.
+    showOutcome();
+    showProgress();
+    const bool canCopy = !state_.board.selection(VolumeSide::Card).ids.empty() &&
+                         !state_.board.selection(VolumeSide::Destination).ids.empty() && !isBusy();
+    if (canCopy == canCopy_)
+        return;
+    canCopy_ = canCopy;
+    Q_EMIT canCopyChanged();
+}
+
+void BatchControl::showProgress() {
+    auto now = shownNow();
+    if (now == shown_)
+        return;
+    shown_ = std::move(now);
+    Q_EMIT changed();
+}
+
+BatchControl::Shown BatchControl::shownNow() const {
+    const auto l10n = state_.l10n();
+    const bool stepsBack = state_.isVerdictOld && !ProgressTexts::isBusy(phase_);
+    const OffloadPhase phase = stepsBack ? OffloadPhase() : phase_;
+    Shown now;
+    now.standing = standingOf(phase);
+    now.fraction = ProgressTexts::fraction(phase, position_);
+    now.percentText = toQString(ProgressTexts::percent(now.fraction));
+    now.isRefused = stepsBack && state_.notice;
+    now.title = toQString(now.isRefused ? state_.notice->text(l10n)
+                                        : ProgressTexts::title(phase, position_, l10n));
+    if (now.standing == Failed && !wasRefused_ && lastResult_ && lastResult_->message) {
+        now.title = toQString(l10n.failed(BatchOutcome::headline(*lastResult_, l10n)));
+        now.advice = toQString(BatchOutcome::advice(*lastResult_, l10n));
+    }
+    now.pace = toQString(ProgressTexts::pace(phase, left_, l10n));
+    for (const auto& sentence : stepsBack ? std::vector<std::string>() : ejects_)
+        now.title += (now.title.contains('\n') ? " " : "\n") + toQString(sentence);
+    if (now.standing == Resting || (now.standing == Failed && wasRefused_))
+        now.lastOffload = lastOffloadNow();
+    return now;
+}
+
+QString BatchControl::lastOffloadNow() const {
+    const auto l10n = state_.l10n();
+    if (!lastResult_)
+        return unfinished_ ? toQString(unfinished_->text(l10n)) : QString();
+    const auto time = Clock::localText(lastEnd_, "HH:mm");
+    if (lastResult_->message)
+        return toQString(l10n.lastFailed(time));
+    return toQString(lastResult_->wasHashing ? l10n.lastHashed(lastResult_->filesDone, time)
+                                             : l10n.lastVerified(lastResult_->filesDone, time));
+}
+
+void BatchControl::showOutcome() {
+    if (!lastResult_ || wasRefused_ || ProgressTexts::isBusy(phase_)) {
+        pairs_.setRows({});
+        problems_.setRows({});
+        return;
+    }
+    pairs_.setRows(BatchOutcome::pairs(lastPlan_, *lastResult_, state_.l10n()));
+    problems_.setRows(BatchOutcome::problems(*lastResult_, state_.l10n()));
+}
+
+QString BatchControl::report() const {
+    QStringList lines;
+    if (lastResult_)
+        lines << lastOffloadNow();
+    if (shown_.standing == Failed)
+        lines << shown_.title << shown_.advice;
+    for (const auto* list : {&pairs_, &problems_}) {
+        for (const auto& line : list->rows())
+            lines << line.text;
+    }
+    return lines.join('\n');
+}
+
+void BatchControl::start() {
+    state_.notice.reset();
+    ejects_.clear();
+    const auto batchPlan = plan();
+    if (batchPlan.cards.empty() || batchPlan.destinations.empty()) {
+        phase_ = Phase::Failed{OffloadError(OffloadError::MissingSelection{}).text(state_.l10n())};
+        state_.isVerdictOld = false;
+        wasRefused_ = true;
+        return state_.publish();
+    }
+    if (auto refusal = findRefusal(batchPlan)) {
+        state_.refuse(std::move(*refusal));
+        if (const auto card = state_.targetCard())
+            Q_EMIT state_.cardWanted(*card);
+        return;
+    }
+    if (batch_)
+        batch_->abandon();
+    position_ = {};
+    state_.isVerdictOld = false;
+    wasRefused_ = false;
+    phase_ = Phase::Scanning{};
+    state_.publish();
+    batch_ = std::make_shared<Batch>(batchPlan, state_.surroundings, state_.database, *this);
+    batch_->start();
+}
+
+void BatchControl::cancel() {
+    if (batch_)
+        batch_->cancel();
+}
+
+BatchPlan BatchControl::plan() const {
+    auto cards = state_.board.selected(VolumeSide::Card);
+    const auto totalBytes = state_.contentSizes.totalOf(cards);
+    auto destinations = state_.board.selected(VolumeSide::Destination);
+    for (auto& destination : destinations) {
+        auto& free = destination.facts.freeBytes;
+        free = state_.contentSizes.freeBytes(destination.id()).value_or(free);
+    }
+    return {.settings = state_.settings,
+            .language = state_.language,
+            .cards = std::move(cards),
+            .destinations = std::move(destinations),
+            .cameraByCardID = state_.cardUnits.cameraByCardID,
+            .ekipByCardID = state_.cardUnits.ekipByCardID,
+            .totalBytes = totalBytes,
+            .serviceProfile = profile_.current()};
+}
+
+/// What keeps the user from a batch; asks for units where they are missing.
+std::optional<Notice> BatchControl::findRefusal(const BatchPlan& plan) {
+    const auto& folderTemplate = plan.settings.folderTemplate;
+    if (FolderTemplate::leadsOut(folderTemplate))
+        return Notice{Notice::Kind::TemplateLeadsOut, folderTemplate};
+    auto& missing = state_.cardUnits.cardsNeedingUnit;
+    missing.clear();
+    for (const auto& card : plan.cards) {
+        if (!state_.cardUnits.cameraLabel(card.id()).empty())
+            continue;
+        if (missing.empty())
+            state_.board.selection(VolumeSide::Card).focused = card.id();
+        missing.insert(card.id());
+    }
+    const auto* first = missing.empty() ? nullptr : state_.board.selectedCard();
+    if (!first)
+        return std::nullopt;
+    return Notice{Notice::Kind::CardWithoutUnit, first->name()};
+}
+
+void BatchControl::batchBegan(const BatchPlan& plan) {
+    lastResult_.reset();
+    lastPlan_ = plan;
+    unfinished_.reset();
+    std::vector<std::int64_t> bytesOfPairs;
+    for (const auto& pair : plan.pairs())
+        bytesOfPairs.push_back(state_.contentSizes.usedBytes(pair.card.id()).value_or(0));
+    timeLeft_ = BatchTimeLeft(std::move(bytesOfPairs));
+    volumes_.persistDestinations();
+    state_.settings.save(state_.defaults);
+    AppLog::append(plan.logLine());
+}
+
+void BatchControl::pairBegan(const BatchPair& pair) {
+    position_ = pair.position;
+    phase_ = Phase::Scanning{};
+    left_.reset();
+    timeLeft_.beginPair(static_cast<std::size_t>(pair.position.pairIndex),
+                        state_.surroundings.now());
+    if (!lastPlan_.settings.verifyOnly) {
+        unfinished_ = {
+            Text::displayable(pair.card.name()), Text::displayable(pair.destination.name()), {}};
+        unfinished_->save(state_.defaults);
+    }
+    state_.publish();
+}
+
+void BatchControl::footageBegan(const std::filesystem::path& folder) {
+    if (!unfinished_)
+        return;
+    unfinished_->folder = Text::displayable(folder.native());
+    unfinished_->save(state_.defaults);
+}
+
+void BatchControl::phaseChanged(const OffloadPhase& phase) {
+    phase_ = phase;
+    left_ = timeLeft_.update(phase, state_.surroundings.now());
+    showProgress();
+}
+
+void BatchControl::pairEnded(const BatchPair&, const PairResult&) {
+    volumes_.refreshFreeSpace();
+}
+
+void BatchControl::batchEnded(const BatchResult& result) {
+    batch_.reset();
+    position_ = {};
+    left_.reset();
+    unfinished_.reset();
+    UnfinishedOffload::forget(state_.defaults);
+    // Whatever was ticked in the meantime.
+    state_.isVerdictOld = false;
+    ejects_ = result.ejects;
+    // A refusal says nothing of the batch before, nor does that of the refusal.
+    wasRefused_ = !result.wasBegun;
+    if (result.wasBegun) {
+        lastResult_ = result;
+        lastEnd_ = Clock::now();
+    }
+    auto& selection = state_.board.selection(VolumeSide::Card);
+    if (result.message) {
+        phase_ = Phase::Failed{*result.message};
+        for (const auto& card : result.finishedCardIDs)
+            selection.ids.erase(card);
+        // A refusal leaves everything as it was.
+        if (result.wasBegun && selection.focused && !selection.contains(*selection.focused))
+            selection.focusAny();
+    } else {
+        phase_ =
+            result.wasHashing
+                ? OffloadPhase(Phase::Hashed{result.filesDone})
+                : OffloadPhase(Phase::Verified{result.filesDone, result.bytesDone,
+                                               static_cast<int>(lastPlan_.destinations.size())});
+        selection = {};
+        state_.cardUnits.cameraByCardID.clear();
+        state_.cardUnits.ekipByCardID.clear();
+    }
+    state_.publish();
+    showReport(this, result.report);
+}
+
+/// The archive may lie on a disk that takes its time.
+QCoro::Task<> BatchControl::showReport(QPointer<BatchControl> self,
+                                       std::optional<std::filesystem::path> report) {
+    if (report && self->state_.surroundings.openFile) {
+        const auto looking = onWorker([path = *report] { return FileSystem::exists(path); });
+        const bool isThere = co_await looking;
+        if (isThere && self)
+            self->state_.surroundings.openFile(*report);
+    }
+    if (self)
+        Q_EMIT self->finished();
+}
+
+} // namespace slatewise

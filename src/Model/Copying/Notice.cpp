@@ -1,0 +1,20 @@
+#include "Model/Copying/Notice.h"
+
+#include "Platform/Text.h"
+
+namespace slatewise {
+
+std::string Notice::text(L10n l10n) const {
+    const auto about = Text::displayable(subject);
+    switch (kind) {
+    case Kind::CardWithoutUnit:
+        return l10n.cardHasNoUnit(about);
+    case Kind::CardAsDestination:
+        return l10n.cardIsNoDestination(about);
+    case Kind::TemplateLeadsOut:
+        return l10n.templateLeadsOut(about);
+    }
+    return about;
+}
+
+} // namespace slatewise

@@ -1,0 +1,189 @@
+#include "Model/History/SessionHistory.h"
+
+#include "Offload/PathSize.h"
+#include "Platform/Files/FileSystem.h"
+#include "Platform/Text.h"
+#include "Platform/Worker.h"
+#include "Storage/AppLog.h"
+
+#include <algorithm>
+
+namespace slatewise {
+
+namespace {
+
+/// More than anybody scrolls through; a search finds the others.
+constexpr std::size_t kMostRows = 300;
+
+std::vector<HistoryRecord> historyOf(const AppDatabase& database) {
+    try {
+        return database.history();
+    } catch (const std::exception& failure) {
+        AppLog::append("History not read: " + describe(failure));
+        return {};
+    }
+}
+
+std::string_view verdict(OutcomeStatus status, L10n l10n) {
+    switch (status) {
+    case OutcomeStatus::Verified:
+        return l10n.verdictVerified();
+    case OutcomeStatus::Hashed:
+        return l10n.verdictHashed();
+    case OutcomeStatus::Failed:
+        break;
+    }
+    return l10n.verdictFailed();
+}
+
+/// A word of an older or newer version is no good end.
+OutcomeStatus statusOf(const HistoryRecord& record) {
+    return fromRawValue<OutcomeStatus>(record.session.status).value_or(OutcomeStatus::Failed);
+}
+
+bool hasAll(const std::string& text, const std::string& words) {
+    const auto folded = Text::caseFolded(text);
+    const auto wanted = Text::caseFolded(words);
+    const auto pieces = Text::pieces(wanted, ' ');
+    return std::all_of(pieces.begin(), pieces.end(), [&](std::string_view word) {
+        return folded.find(word) != std::string::npos;
+    });
+}
+
+} // namespace
+
+SessionHistory::SessionHistory(ModelState& state, ReportsFolder& reports)
+    : state_(state), reports_(reports), check_(state) {
+    connect(&state, &ModelState::changed, this, &SessionHistory::show);
+    connect(&check_, &CopyCheck::finished, this, [this] { readAgain(this); });
+}
+
+void SessionHistory::setPresented(bool presented) {
+    if (presented == isPresented_)
+        return;
+    isPresented_ = presented;
+    note_.clear();
+    if (presented)
+        readAgain(this);
+    else
+        check_.cancel();
+    Q_EMIT changed();
+}
+
+void SessionHistory::setSearch(const QString& search) {
+    search_ = search.toStdString();
+    show();
+    Q_EMIT changed();
+}
+
+/// The store may be at work for others.
+QCoro::Task<> SessionHistory::readAgain(QPointer<SessionHistory> self) {
+    const auto reading =
+        onWorker([database = self->state_.database] { return historyOf(*database); });
+    auto records = co_await reading;
+    if (!self)
+        co_return;
+    self->records_ = std::move(records);
+    self->show();
+    Q_EMIT self->changed();
+    Q_EMIT self->read();
+}
+
+void SessionHistory::show() {
+    if (!isPresented_)
+        return;
+    std::vector<SessionRow> rows;
+    for (const auto& record : records_) {
+        auto row = rowOf(record);
+        if (rows.size() < kMostRows && hasAll((row.name + " " + row.facts).toStdString(), search_))
+            rows.push_back(std::move(row));
+    }
+    RowChanges::bring(*this, rows_, std::move(rows));
+}
+
+SessionRow SessionHistory::rowOf(const HistoryRecord& record) const {
+    const auto& session = record.session;
+    const auto l10n = state_.l10n();
+    const auto status = statusOf(record);
+    auto facts = Clock::mediumDateTime(session.startedAt, Language::locale(state_.language));
+    const auto size = status == OutcomeStatus::Hashed
+                          ? std::string()
+                          : PathSize::format(session.bytesCopied, state_.language);
+    for (const auto& fact :
+         {record.ekip, session.cameraLabel, l10n.fileCount(record.files), size}) {
+        if (!fact.empty())
+            facts += "  ·  " + Text::displayable(fact);
+    }
+    return {.sessionID = toQString(session.id),
+            .name = toQString(Text::displayable(session.cardName + " → " + session.destName)),
+            .facts = toQString(facts),
+            .verdict = toQString(verdict(status, l10n)),
+            .isVerified = status == OutcomeStatus::Verified,
+            .hasFailed = status == OutcomeStatus::Failed,
+            .check = record.lastCheck ? toQString(verdictOf(*record.lastCheck, state_.language))
+                                      : QString(),
+            .isCheckGood = record.lastCheck && record.lastCheck->isGood(),
+            .chosen = session.id == chosenID_};
+}
+
+const HistoryRecord* SessionHistory::chosen() const {
+    const auto found = std::find_if(records_.begin(), records_.end(), [&](const auto& record) {
+        return record.session.id == chosenID_;
+    });
+    return found == records_.end() ? nullptr : &*found;
+}
+
+bool SessionHistory::canVerify() const {
+    const auto* session = chosen();
+    return session && statusOf(*session) != OutcomeStatus::Hashed;
+}
+
+void SessionHistory::choose(const QString& sessionID) {
+    chosenID_ = sessionID.toStdString();
+    note_.clear();
+    show();
+    Q_EMIT changed();
+}
+
+void SessionHistory::showReport() {
+    if (const auto* session = chosen())
+        openReport(this, std::filesystem::path(session->reportFolder) / "Reports_Standart.html");
+}
+
+void SessionHistory::showFolder() {
+    if (const auto* session = chosen())
+        openFolder(this, session->session.sessionRoot);
+}
+
+void SessionHistory::verifyAgain() {
+    if (canVerify())
+        check_.start(*chosen());
+}
+
+/// The archive may lie on a disk that takes its time. Sessions of older versions did not say where
+/// their reports are.
+QCoro::Task<> SessionHistory::openReport(QPointer<SessionHistory> self,
+                                         std::filesystem::path page) {
+    const auto looking = onWorker([page] { return FileSystem::exists(page); });
+    const bool isThere = co_await looking;
+    if (!self)
+        co_return;
+    if (isThere && self->state_.surroundings.openFile)
+        self->state_.surroundings.openFile(page);
+    else
+        self->reports_.reveal();
+}
+
+QCoro::Task<> SessionHistory::openFolder(QPointer<SessionHistory> self,
+                                         std::filesystem::path folder) {
+    const auto looking = onWorker([folder] { return FileSystem::exists(folder); });
+    const bool isThere = co_await looking;
+    if (!self)
+        co_return;
+    if (isThere && self->state_.surroundings.showFolder)
+        self->state_.surroundings.showFolder(folder);
+    self->note_ = isThere ? QString() : toQString(self->state_.l10n().sessionFolderGone());
+    Q_EMIT self->changed();
+}
+
+} // namespace slatewise

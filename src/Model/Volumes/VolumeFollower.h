@@ -1,0 +1,86 @@
+#pragma once
+
+#include "Model/ModelState.h"
+#include "Model/Settings/ReportsFolder.h"
+#include "Model/Volumes/FolderPresence.h"
+#include "Model/Volumes/PickedFolders.h"
+
+#include <QCoro/QCoroTask>
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace slatewise {
+
+/// Keeps the lists of cards and destinations true to what is mounted and picked, has their contents
+/// measured, and does with them what the user says. GUI thread; whatever asks a disk happens on
+/// workers.
+class VolumeFollower : public QObject {
+    Q_OBJECT
+
+public:
+    /// Both outlive this.
+    VolumeFollower(ModelState& state, ReportsFolder& reports);
+
+    /// Takes up what is mounted and what was picked on earlier days, and goes on watching. Waits
+    /// for disks no longer than a user would notice; one that answers later joins then.
+    void begin();
+
+    /// Brings the lists up to date. May be called at any time.
+    void apply();
+
+    void toggle(VolumeSide side, const std::string& id);
+    void focusCard(const std::string& id);
+    void remove(VolumeSide side, const std::string& id);
+    void clear(VolumeSide side);
+    /// Any mounted volume may be named, listed or not.
+    void treatAs(VolumeSide side, const std::string& id);
+
+    /// Asks the user for a folder.
+    void pickFolder(VolumeSide side);
+    /// As if picked by the user. Done when the folder is listed and ticked, or refused.
+    QCoro::Task<> addFolder(VolumeSide side, std::filesystem::path folder);
+
+    /// Looks how much is free on the disks that are ticked, as it does every few seconds by itself.
+    void refreshFreeSpace();
+
+    /// For another set of names that are skipped, or since something was offloaded; then looks up
+    /// which of the cards were offloaded before.
+    void measureCardsAnew();
+    void persistDestinations();
+
+Q_SIGNALS:
+    /// A card is listed that never was in this process.
+    void cardAppeared(const std::string& name);
+
+private:
+    using LookedAt = std::optional<ClassifiedVolume>;
+
+    static QCoro::Task<> takeLater(QPointer<VolumeFollower> self, QCoro::Task<LookedAt> looking);
+    static QCoro::Task<> watchLater(QPointer<VolumeFollower> self, QCoro::Task<> looking);
+    void watch();
+    void announce(const std::vector<ClassifiedVolume>& newCards);
+    void useFolder(VolumeSide side, const ClassifiedVolume& folder);
+    void persistPickedFolders();
+    void measure(const VolumeIDs& forceIDs);
+    static QCoro::Task<> refreshFreeSpaceOf(QPointer<VolumeFollower> self, MeasuringEntry disk);
+    static QCoro::Task<> lookUp(QPointer<VolumeFollower> self, ClassifiedVolume card);
+    static QCoro::Task<> measureAll(QPointer<VolumeFollower> self, MeasuringJob job);
+
+    ModelState& state_;
+    ReportsFolder& reports_;
+    PickedFolderStore pickedFolders_;
+    FolderPresence folderPresence_;
+    QTimer freeSpaceTimer_;
+    /// Disks that have not answered yet how much is free.
+    VolumeIDs askedForFreeSpace_;
+    /// What is mounted was looked at once. Which destinations are ticked depends on all of them, so
+    /// that no half of them is shown before.
+    bool isWatching_ = false;
+};
+
+} // namespace slatewise

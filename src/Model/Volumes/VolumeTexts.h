@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Language/L10n.h"
+#include "Model/Volumes/ContentSizes.h"
+
+#include <string>
+
+/// What the volume lists say. Functions of values.
+namespace slatewise::VolumeTexts {
+
+/// The small line under a volume's name: free space of a destination, or what keeps one from
+/// writing there; content of a card.
+std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const ContentSizes& sizes,
+                     L10n l10n);
+
+} // namespace slatewise::VolumeTexts
