@@ -300,8 +300,8 @@ void Transfer::prepare(const FileBeneath& next) {
         auto file = open(next);
         stages().beginToRead(file);
         prepared_.emplace(Prepared{next, std::move(file)});
-    } catch (const Error&) {
-        // Whoever comes to open it hears of that then.
+    } catch (const std::exception&) {
+        // Whoever comes to open it hears of that then; the file before it is none the worse.
     }
 }
 
@@ -324,11 +324,14 @@ void Transfer::carry(std::shared_ptr<UncachedFile> from, UncachedFile* to, const
         return carryAlone(*from, to, steps, stop);
     if (!isPrepared)
         stages().beginToRead(std::move(from));
+    // Outlives the writer, which may be at work on it when this ends early.
+    std::optional<Target> target;
     try {
         if (isSmall && to)
-            carryWritingHere(*to, steps, stop);
-        else
-            carryWritingThere(to, steps, stop);
+            return carryWritingHere(*to, steps, stop);
+        if (to)
+            target.emplace(Target{*to, stop});
+        stages().carry(target ? &*target : nullptr, steps, stop);
     } catch (...) {
         // They may be in the middle of the file.
         stages_.reset();
@@ -345,14 +348,6 @@ void Transfer::carryWritingHere(UncachedFile& to, const Steps& steps, const std:
                                    },
                                .tell = steps.tell};
     stages().carry(nullptr, withWriting, stop);
-}
-
-void Transfer::carryWritingThere(UncachedFile* to, const Steps& steps,
-                                 const std::stop_token& stop) {
-    std::optional<Target> target;
-    if (to)
-        target.emplace(Target{*to, stop});
-    stages().carry(target ? &*target : nullptr, steps, stop);
 }
 
 void Transfer::carryAlone(UncachedFile& from, UncachedFile* to, const Steps& steps,

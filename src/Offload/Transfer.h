@@ -22,7 +22,9 @@ namespace slatewise {
 ///
 /// A file of at most one chunk goes through the caller's thread alone, which is faster, unless its
 /// reading was begun while a disk was busy with the file before. The two other threads begin when
-/// they are needed first and last as long as the transfer.
+/// they are needed first and last as long as the transfer; after a failure or a stop they are
+/// ended, for which a read that hangs is waited for half a second, and begin anew with the next
+/// file.
 ///
 /// One file at a time, from one thread. Lives as long as a run.
 class Transfer {
@@ -72,7 +74,6 @@ private:
     void carry(std::shared_ptr<UncachedFile> from, UncachedFile* to, const Steps& steps,
                const std::stop_token& stop);
     void carryWritingHere(UncachedFile& to, const Steps& steps, const std::stop_token& stop);
-    void carryWritingThere(UncachedFile* to, const Steps& steps, const std::stop_token& stop);
     void leavePrepared();
     void carryAlone(UncachedFile& from, UncachedFile* to, const Steps& steps,
                     const std::stop_token& stop);
