@@ -133,15 +133,6 @@ public:
 #include "Language/FixedTexts.inc"
 #undef SLATEWISE_TEXT
 
-    /// Calls `visit(key, text)` for each fixed text, for whoever finds texts by name, as a view
-    /// does.
-    template <typename Visit>
-    void forEachFixedText(Visit&& visit) const {
-#define SLATEWISE_TEXT(key, english, turkish) visit(Text(#key), text(english, turkish));
-#include "Language/FixedTexts.inc"
-#undef SLATEWISE_TEXT
-    }
-
 private:
     constexpr Text text(Text english, Text turkish) const {
         return isTurkish() ? turkish : english;

@@ -72,18 +72,18 @@ struct MediaMetadata {
     friend bool operator==(const MediaMetadata&, const MediaMetadata&) = default;
 };
 
-/// Calls `visit(fieldName, manifestKey, member)` for every field, in order; `member` is a pointer
+/// Calls `visit(key, member)` for every field, in order; `member` is a pointer
 /// to member.
 template <typename Visit>
 void forEachMediaField(Visit&& visit) {
-    visit("timecodeStart", "timecode_start", &MediaMetadata::timecodeStart);
-    visit("timecodeEnd", "timecode_end", &MediaMetadata::timecodeEnd);
-    visit("durationTC", "duration_tc", &MediaMetadata::durationTC);
-    visit("durationSeconds", "duration_seconds", &MediaMetadata::durationSeconds);
-    visit("captureFps", "capture_fps", &MediaMetadata::captureFps);
-    visit("timecodeRate", "timecode_rate", &MediaMetadata::timecodeRate);
-    visit("timecodeDropFrame", "timecode_drop_frame", &MediaMetadata::timecodeDropFrame);
-    visit("essence", "essence", &MediaMetadata::essence);
+    visit("timecode_start", &MediaMetadata::timecodeStart);
+    visit("timecode_end", &MediaMetadata::timecodeEnd);
+    visit("duration_tc", &MediaMetadata::durationTC);
+    visit("duration_seconds", &MediaMetadata::durationSeconds);
+    visit("capture_fps", &MediaMetadata::captureFps);
+    visit("timecode_rate", &MediaMetadata::timecodeRate);
+    visit("timecode_drop_frame", &MediaMetadata::timecodeDropFrame);
+    visit("essence", &MediaMetadata::essence);
 }
 
 } // namespace slatewise

@@ -14,31 +14,25 @@ void fromJson(const Json::Value& value, ClipEssence& essence) {
         [&](const char* name, auto member) { Json::getIfPresent(value, name, essence.*member); });
 }
 
-Json::Value writeRow(const FileCopyResult& row, RowKeys keys) {
+Json::Value writeRow(const FileCopyResult& row) {
     Json::Value object = Json::Value::object();
-    forEachRowField([&](const char* fieldName, const char* manifestKey, Presence, auto member) {
-        Json::put(object, keys == RowKeys::Manifest ? manifestKey : fieldName, row.*member);
-    });
-    forEachMediaField([&](const char* fieldName, const char* manifestKey, auto member) {
-        Json::put(object, keys == RowKeys::Manifest ? manifestKey : fieldName, *row.media.*member);
-    });
+    forEachRowField(
+        [&](const char* key, Presence, auto member) { Json::put(object, key, row.*member); });
+    forEachMediaField(
+        [&](const char* key, auto member) { Json::put(object, key, *row.media.*member); });
     return object;
 }
 
-void readRow(const Json::Value& value, RowKeys keys, FileCopyResult& row) {
-    forEachRowField(
-        [&](const char* fieldName, const char* manifestKey, Presence presence, auto member) {
-            const char* const key = keys == RowKeys::Manifest ? manifestKey : fieldName;
-            if (presence == Presence::Required)
-                Json::get(value, key, row.*member);
-            else
-                Json::getIfPresent(value, key, row.*member);
-        });
-    MediaMetadata media;
-    forEachMediaField([&](const char* fieldName, const char* manifestKey, auto member) {
-        Json::getIfPresent(value, keys == RowKeys::Manifest ? manifestKey : fieldName,
-                           media.*member);
+void readRow(const Json::Value& value, FileCopyResult& row) {
+    forEachRowField([&](const char* key, Presence presence, auto member) {
+        if (presence == Presence::Required)
+            Json::get(value, key, row.*member);
+        else
+            Json::getIfPresent(value, key, row.*member);
     });
+    MediaMetadata media;
+    forEachMediaField(
+        [&](const char* key, auto member) { Json::getIfPresent(value, key, media.*member); });
     row.media = std::move(media);
 }
 

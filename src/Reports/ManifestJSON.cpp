@@ -104,7 +104,7 @@ SessionManifest manifestFrom(const Json::Value& object) {
     manifest.destination = destinationFrom(object.at("destination"));
     manifest.counts = countsFrom(object.at("counts"));
     for (const auto& file : object.at("files").get_ref<const Json::Value::array_t&>())
-        readRow(file, RowKeys::Manifest, manifest.files.emplace_back());
+        readRow(file, manifest.files.emplace_back());
     return manifest;
 }
 
@@ -161,8 +161,7 @@ void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put)
     object["counts"] = toJson(manifest.counts);
     Json::prettyText(
         std::move(object), "files", manifest.files.size(),
-        [&](std::size_t number) { return writeRow(manifest.files[number], RowKeys::Manifest); },
-        put);
+        [&](std::size_t number) { return writeRow(manifest.files[number]); }, put);
 }
 
 SessionManifest isoDecode(std::string_view text) {

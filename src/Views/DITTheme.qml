@@ -91,39 +91,39 @@ QtObject {
 
     readonly property url logo: "qrc:/slatewise/AppLogo.png"
 
-    function withOpacity(colour, opacity) {
+    function withOpacity(colour: color, opacity: real) : color {
         return Qt.rgba(colour.r, colour.g, colour.b, opacity)
     }
 
     // What can be read on a shape filled with a hue.
-    function inkOn(hue) {
+    function inkOn(hue: color) : color {
         const luminance = 0.2126 * hue.r ** 2.2 + 0.7152 * hue.g ** 2.2 + 0.0722 * hue.b ** 2.2
         return luminance > 0.18 ? "#14110d" : "#ffffff"
     }
 
-    function badgeFill(hue) {
+    function badgeFill(hue: color) : color {
         return withOpacity(hue, 0.18)
     }
-    function badgeStroke(hue) {
+    function badgeStroke(hue: color) : color {
         return withOpacity(hue, 0.45)
     }
-    function chipFill(hue, down, hovered) {
+    function chipFill(hue: color, down: bool, hovered: bool) : color {
         return withOpacity(hue, down ? 0.3 : hovered ? 0.16 : 0.06)
     }
-    function chipStroke(hue) {
+    function chipStroke(hue: color) : color {
         return withOpacity(hue, 0.55)
     }
     // Over a chosen chip under the pointer: away from its ink, so that the name stays legible.
-    function chipShade(hue) {
-        return inkOn(hue) === "#ffffff" ? "#000000" : "#ffffff"
+    function chipShade(hue: color) : color {
+        return Qt.colorEqual(inkOn(hue), "#ffffff") ? "#000000" : "#ffffff"
     }
     // The ground of a verdict.
-    function verdictFill(hue) {
+    function verdictFill(hue: color) : color {
         return withOpacity(hue, dark ? 0.24 : Qt.colorEqual(hue, danger) ? 0.14 : 0.08)
     }
 
     // A hue as the text of a badge or a chip in that hue.
-    function legible(hue) {
+    function legible(hue: color) : color {
         return dark ? Qt.tint(hue, Qt.rgba(1, 1, 1, 0.5)) : Qt.darker(hue, 1.75)
     }
 }

@@ -136,26 +136,16 @@ FocusScope {
     }
 
     // Made when they are first asked for: the start of the program does not pay for them.
-    Loader {
-        readonly property bool isWanted: root.appModel.history.isPresented
-        onIsWantedChanged: {
-            if (isWanted && !item)
-                setSource("HistorySheet.qml", { appModel: root.appModel })
-        }
+    OnDemand {
+        isWanted: root.appModel.history.isPresented
+        sourceComponent: HistorySheet { appModel: root.appModel }
     }
-    Loader {
-        readonly property bool isWanted: root.appModel.otherVolumes.isPresented
-        onIsWantedChanged: {
-            if (isWanted && !item)
-                setSource("OtherVolumesSheet.qml", { volumes: root.appModel.otherVolumes })
-        }
+    OnDemand {
+        isWanted: root.appModel.otherVolumes.isPresented
+        sourceComponent: OtherVolumesSheet { volumes: root.appModel.otherVolumes }
     }
-    Loader {
-        readonly property bool isWanted: root.appModel.settings.isPresented
-        onIsWantedChanged: {
-            if (isWanted && !item)
-                setSource("AdvancedSheet.qml", { appModel: root.appModel })
-        }
-        Component.onCompleted: isWantedChanged()
+    OnDemand {
+        isWanted: root.appModel.settings.isPresented
+        sourceComponent: AdvancedSheet { appModel: root.appModel }
     }
 }

@@ -31,8 +31,7 @@ Rectangle {
                                 + Math.max(0, batch.problems.count - mostProblems)
 
     function showOutcome() {
-        if (!outcome.item)
-            outcome.setSource("OutcomeSheet.qml", { batch: block.batch })
+        outcome.active = true
         const sheet = outcome.item as OutcomeSheet
         sheet.present()
     }
@@ -180,5 +179,7 @@ Rectangle {
 
     Loader {
         id: outcome
+        active: false
+        sourceComponent: OutcomeSheet { batch: block.batch }
     }
 }

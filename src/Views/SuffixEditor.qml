@@ -32,7 +32,7 @@ TextInput {
     }
 
     // Puts `piece` at the caret, in place of what is selected, and goes on behind it.
-    function insertToken(piece) {
+    function insertToken(piece: string) {
         const start = selectionStart
         remove(selectionStart, selectionEnd)
         insert(start, piece)
@@ -41,7 +41,7 @@ TextInput {
     }
 
     // Puts `whole` in place of everything.
-    function replaceAll(whole) {
+    function replaceAll(whole: string) {
         remove(0, length)
         insert(0, whole)
         cursorPosition = length

@@ -8,10 +8,9 @@ Loader {
     property bool shown: false
     readonly property bool isWanted: shown && text.length > 0
 
-    onIsWantedChanged: {
-        if (isWanted)
-            setSource("HintBubble.qml", { parent: hint.parent, text: hint.text })
-        else
-            setSource("")
+    active: isWanted
+    sourceComponent: HintBubble {
+        parent: hint.parent
+        text: hint.text
     }
 }

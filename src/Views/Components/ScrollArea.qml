@@ -26,7 +26,7 @@ Flickable {
         if (holds(item))
             reveal(item)
     }
-    function reveal(item) {
+    function reveal(item: Item) {
         if (!item || !interactive)
             return
         const top = item.mapToItem(column, 0, 0).y - 8
@@ -37,7 +37,7 @@ Flickable {
             contentY = Math.min(contentHeight - height, bottom - height)
     }
 
-    function holds(item) {
+    function holds(item: Item) : bool {
         for (let up = item; up; up = up.parent) {
             if (up === column)
                 return true
