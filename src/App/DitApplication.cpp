@@ -1,5 +1,6 @@
 #include "App/DitApplication.h"
 
+#include "Language/L10n.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Desktop/GraphicsHardware.h"
 #include "Storage/AppLog.h"

@@ -5,6 +5,7 @@
 #include "Batch/PairTraces.h"
 #include "Batch/ReportArchive.h"
 #include "Batch/Waiting.h"
+#include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
 #include "Offload/OffloadError.h"
 #include "Platform/Error.h"

@@ -3,6 +3,7 @@
 #include "Batch/BatchPlan.h"
 #include "Batch/FolderOverlap.h"
 #include "Batch/SpaceCheck.h"
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 
 namespace slatewise::BatchObstacle {

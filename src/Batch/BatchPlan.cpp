@@ -1,5 +1,6 @@
 #include "Batch/BatchPlan.h"
 
+#include "Language/L10n.h"
 #include "Platform/Text.h"
 
 namespace slatewise {
@@ -38,6 +39,10 @@ std::optional<OffloadProblem> BatchPair::findMissingFolder() const {
     if (!destinationFolder || !destinationFolder->isStillAtItsPath())
         return OffloadProblem{OffloadProblem::Kind::DiskReplaced, destination.name()};
     return std::nullopt;
+}
+
+L10n BatchPlan::l10n() const {
+    return L10n(language);
 }
 
 std::vector<BatchPair> BatchPlan::pairs() const {

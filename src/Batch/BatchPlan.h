@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Batch/ProgressTexts.h"
-#include "Language/L10n.h"
+#include "Language/AppLanguage.h"
 #include "Offload/OffloadProblem.h"
 #include "Offload/OffloadSettings.h"
 #include "Platform/Files/RootFolder.h"
@@ -16,6 +16,8 @@
 #include <vector>
 
 namespace slatewise {
+
+class L10n;
 
 /// One card on its way to one destination.
 struct BatchPair {
@@ -51,7 +53,7 @@ struct BatchPlan {
     /// Empty while there is no reporting service.
     std::optional<SaaSProfile> serviceProfile{};
 
-    L10n l10n() const { return L10n(language); }
+    L10n l10n() const;
 
     /// Every card to every destination, cards in the outer loop.
     std::vector<BatchPair> pairs() const;

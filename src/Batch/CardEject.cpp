@@ -1,5 +1,6 @@
 #include "Batch/CardEject.h"
 
+#include "Language/L10n.h"
 #include "Offload/OffloadError.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"

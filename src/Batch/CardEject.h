@@ -1,10 +1,13 @@
 #pragma once
 
 #include "Batch/BatchSurroundings.h"
-#include "Language/L10n.h"
 #include "Volumes/VolumeRecords.h"
 
 #include <string>
+
+namespace slatewise {
+class L10n;
+}
 
 /// The end of a card's road in a batch.
 namespace slatewise::CardEject {

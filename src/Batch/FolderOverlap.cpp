@@ -1,5 +1,6 @@
 #include "Batch/FolderOverlap.h"
 
+#include "Language/L10n.h"
 #include "Offload/FolderTemplate.h"
 #include "Platform/Disks/MountTable.h"
 #include "Platform/Text.h"

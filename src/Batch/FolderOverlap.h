@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Batch/BatchPlan.h"
-#include "Language/L10n.h"
 #include "Platform/Clock.h"
 
 #include <filesystem>

@@ -1,6 +1,7 @@
 #include "Batch/HeldFolders.h"
 
 #include "Batch/Waiting.h"
+#include "Language/L10n.h"
 #include "Platform/Error.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"

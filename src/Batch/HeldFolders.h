@@ -15,6 +15,8 @@
 
 namespace slatewise {
 
+class L10n;
+
 /// The folders of a batch's cards and disks, held from its beginning on. GUI thread.
 class HeldFolders {
 public:

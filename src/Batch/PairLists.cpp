@@ -1,5 +1,6 @@
 #include "Batch/PairLists.h"
 
+#include "Language/L10n.h"
 #include "Platform/Error.h"
 #include "Storage/AppLog.h"
 

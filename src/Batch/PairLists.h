@@ -10,6 +10,8 @@
 
 namespace slatewise {
 
+class L10n;
+
 /// The hash lists of one pair, where the settings want any. One thread at a time.
 class PairLists {
 public:

@@ -1,5 +1,6 @@
 #include "Batch/PairTraces.h"
 
+#include "Language/L10n.h"
 #include "Platform/Error.h"
 #include "Reports/ReportFolder.h"
 #include "Reports/ReportWriter.h"

@@ -1,6 +1,7 @@
 #include "Batch/ProgressTexts.h"
 
 #include "Batch/TimeLeft.h"
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Platform/Text.h"
 

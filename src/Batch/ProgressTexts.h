@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Offload/OffloadPhase.h"
 
 #include <chrono>
@@ -8,6 +7,8 @@
 #include <string>
 
 namespace slatewise {
+
+class L10n;
 
 /// Where a batch stands.
 struct BatchPosition {

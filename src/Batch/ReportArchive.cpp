@@ -1,5 +1,6 @@
 #include "Batch/ReportArchive.h"
 
+#include "Language/L10n.h"
 #include "Platform/Error.h"
 #include "Storage/SupportPaths.h"
 

@@ -1,5 +1,6 @@
 #include "MediaHashList/ListError.h"
 
+#include "Language/L10n.h"
 #include "Platform/Text.h"
 
 namespace slatewise::MediaHashList {
@@ -38,6 +39,10 @@ std::string_view sentence(ListError::Reason reason, L10n l10n) {
 }
 
 } // namespace
+
+std::string ListError::localizedDescription() const {
+    return text(L10n::current());
+}
 
 std::string ListError::text(L10n l10n) const {
     constexpr std::size_t kEnoughToFindIt = 120;

@@ -1,10 +1,13 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Platform/Error.h"
 
 #include <filesystem>
 #include <string>
+
+namespace slatewise {
+class L10n;
+}
 
 namespace slatewise::MediaHashList {
 
@@ -50,7 +53,7 @@ public:
     std::string text(L10n l10n) const;
 
     /// In the language that is stored at the moment of asking.
-    std::string localizedDescription() const override { return text(L10n::current()); }
+    std::string localizedDescription() const override;
 
 private:
     Reason reason_;

@@ -1,5 +1,6 @@
 #include "Model/AppModel.h"
 
+#include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Worker.h"

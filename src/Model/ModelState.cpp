@@ -1,5 +1,7 @@
 #include "Model/ModelState.h"
 
+#include "Language/L10n.h"
+
 namespace slatewise {
 
 namespace {
@@ -18,6 +20,10 @@ ModelState::ModelState(Surroundings around)
       unitCatalog(UnitCatalog::load(defaults)), database(openedStore(surroundings)) {
     // Nobody should find cards merely hashed that they meant to copy, for a setting of last week.
     settings.verifyOnly = false;
+}
+
+L10n ModelState::l10n() const {
+    return L10n(language);
 }
 
 std::string ModelState::targetUnit() const {

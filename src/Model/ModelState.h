@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Language/L10n.h"
+#include "Language/AppLanguage.h"
 #include "Model/Copying/Notice.h"
 #include "Model/History/PastOffload.h"
 #include "Model/Surroundings.h"
@@ -21,6 +21,8 @@
 #include <string>
 
 namespace slatewise {
+
+class L10n;
 
 /// What the application knows, shared by the objects that show it to views. Whoever changes
 /// something calls `publish`; each object then compares what it shows with what is to be shown, and
@@ -51,7 +53,7 @@ public:
     /// The user has turned to what is next: how the last batch ended is no news any more.
     bool isVerdictOld = false;
 
-    L10n l10n() const { return L10n(language); }
+    L10n l10n() const;
     void publish() { Q_EMIT changed(); }
     /// Puts aside how the last batch ended, and says what stands against the next one.
     void refuse(Notice why) {

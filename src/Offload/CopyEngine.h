@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Language/AppLanguage.h"
 #include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 #include "Offload/OffloadPhase.h"
 #include "Offload/OffloadRows.h"

@@ -1,5 +1,6 @@
 #include "Offload/OffloadError.h"
 
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Platform/Text.h"
 

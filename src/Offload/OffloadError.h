@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Platform/Error.h"
 
 #include <cstdint>
@@ -8,6 +7,8 @@
 #include <variant>
 
 namespace slatewise {
+
+class L10n;
 
 /// A failure of an offload that has words of its own in both languages.
 class OffloadError : public Error {

@@ -1,5 +1,6 @@
 #include "Offload/OffloadProblem.h"
 
+#include "Language/L10n.h"
 #include "Offload/OffloadError.h"
 #include "Platform/Text.h"
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "Language/L10n.h"
-
 #include <exception>
 #include <string>
 
 namespace slatewise {
+
+class L10n;
 
 /// Something about an offload that a person must know and that no row has room for. A value; its
 /// sentence is made in whatever language it is read in.

@@ -1,5 +1,6 @@
 #include "Offload/RunReporter.h"
 
+#include "Language/L10n.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
 
 #include <exception>

@@ -1,5 +1,7 @@
 #include "Reports/PdfProblems.h"
 
+#include "Language/L10n.h"
+
 #include <algorithm>
 #include <limits>
 

@@ -1,12 +1,15 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Pdf/PdfCanvas.h"
 #include "Reports/PdfReport.h"
 #include "Reports/SessionManifest.h"
 
 #include <string>
 #include <vector>
+
+namespace slatewise {
+class L10n;
+}
 
 /// What a printed report has to say of a session besides its rows: in the head as much as there is
 /// room for, and where that is not all of it, everything on pages behind the table.

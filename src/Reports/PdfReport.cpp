@@ -1,5 +1,6 @@
 #include "Reports/PdfReport.h"
 
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Error.h"

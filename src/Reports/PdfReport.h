@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Language/L10n.h"
+#include "Language/AppLanguage.h"
 #include "Pdf/PdfCanvas.h"
 #include "Reports/SessionManifest.h"
 
@@ -9,6 +9,10 @@
 #include <span>
 #include <string>
 #include <string_view>
+
+namespace slatewise {
+class L10n;
+}
 
 /// What the two printed reports share: the page, the look, the texts above and below the table.
 /// Lengths are in points, the origin is the page's lower left corner.

@@ -1,5 +1,6 @@
 #include "Reports/ReportWriter.h"
 
+#include "Language/L10n.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Files/FileCopy.h"
 #include "Platform/Files/FileSystem.h"

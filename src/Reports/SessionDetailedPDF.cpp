@@ -1,5 +1,6 @@
 #include "Reports/SessionDetailedPDF.h"
 
+#include "Language/L10n.h"
 #include "Platform/AppInfo.h"
 #include "Reports/PdfProblems.h"
 #include "Reports/ReportText.h"

@@ -1,5 +1,6 @@
 #include "Reports/SessionDetailedRows.h"
 
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Offload/TimecodeFormat.h"
 #include "Platform/Text.h"

@@ -1,5 +1,6 @@
 #include "Reports/SessionHTML.h"
 
+#include "Language/L10n.h"
 #include "Offload/TimecodeFormat.h"
 #include "Platform/Files/FileSystem.h"
 #include "Reports/HtmlReport.h"

@@ -1,5 +1,6 @@
 #include "Reports/SessionPDF.h"
 
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Offload/TimecodeFormat.h"
 #include "Platform/AppInfo.h"

@@ -1,5 +1,6 @@
 #include "Reports/SessionSummary.h"
 
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Reports/ReportText.h"
 

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Reports/SessionManifest.h"
 
 #include <string>
 #include <vector>
 
 namespace slatewise {
+
+class L10n;
 
 /// What every report says before anything else, in the words of a language: how the session ended,
 /// and the facts by which a person knows which session it was.

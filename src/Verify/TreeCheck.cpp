@@ -1,5 +1,6 @@
 #include "Verify/TreeCheck.h"
 
+#include "Language/L10n.h"
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "MediaHashList/HashedTree.h"
 #include "Offload/OffloadPhase.h"
 #include "Platform/RawWords.h"
@@ -11,6 +10,10 @@
 #include <exception>
 #include <functional>
 #include <stop_token>
+
+namespace slatewise {
+class L10n;
+}
 
 namespace slatewise::Verify {
 

@@ -1,5 +1,6 @@
 #include "Volumes/DiskUtilClient.h"
 
+#include "Language/L10n.h"
 #include "Platform/Disks/BlockDevices.h"
 #include "Platform/Disks/DiskInfo.h"
 #include "Platform/Disks/SysfsDisks.h"

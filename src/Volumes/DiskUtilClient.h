@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Platform/Disks/DiskFacts.h"
 #include "Platform/Disks/DiskSources.h"
 #include "Platform/Disks/MountTable.h"
@@ -12,6 +11,10 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace slatewise {
+class L10n;
+}
 
 /// From a mount point to the facts about its volume, and the way to eject it. Without state: each
 /// call asks the machine afresh. Any thread may call; every call blocks for as long as the file

@@ -1,4 +1,5 @@
 #include "Batch/BatchOfCards.h"
+#include "Language/L10n.h"
 #include "support/MountedVolume.h"
 
 #include <QCoreApplication>

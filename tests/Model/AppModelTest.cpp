@@ -1,3 +1,4 @@
+#include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Offload/TreeWalker.h"
 #include "Storage/AppDatabase.h"

@@ -2,6 +2,7 @@
 #include "Batch/ProgressTexts.h"
 #include "Batch/SpaceCheck.h"
 #include "Batch/TimeLeft.h"
+#include "Language/L10n.h"
 #include "Model/Settings/TemplatePreview.h"
 #include "Model/Volumes/VolumeTexts.h"
 

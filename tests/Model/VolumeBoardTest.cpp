@@ -1,4 +1,5 @@
 #include "Model/Volumes/VolumeBoard.h"
+#include "Language/L10n.h"
 
 #include "Model/Volumes/VolumeTexts.h"
 #include "Volumes/PickedFolder.h"

@@ -1,4 +1,5 @@
 #include "Offload/CopyEngine.h"
+#include "Language/L10n.h"
 
 #include "Offload/OffloadError.h"
 #include "Offload/SHA256Hasher.h"

@@ -1,3 +1,4 @@
+#include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
 
 #include "Offload/OffloadError.h"

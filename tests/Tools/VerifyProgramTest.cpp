@@ -1,3 +1,4 @@
+#include "Language/L10n.h"
 #include "MediaHashList/HashedTree.h"
 #include "MediaHashList/History.h"
 #include "Offload/TreeWalker.h"

@@ -1,4 +1,5 @@
 #include "DiskService.h"
+#include "Language/L10n.h"
 
 #include "Volumes/DiskUtilClient.h"
 #include "Volumes/VolumeMonitor.h"

@@ -1,3 +1,4 @@
+#include "Language/L10n.h"
 #include "Machine.h"
 #include "MockUDisks.h"
 

@@ -1,5 +1,7 @@
 #include "support/Offloads.h"
 
+#include "Language/L10n.h"
+
 namespace slatewise::test {
 
 ClassifiedVolume volumeAt(const std::filesystem::path& folder, const std::string& name) {

@@ -1,5 +1,6 @@
 #include "NamedFolders.h"
 
+#include "Language/L10n.h"
 #include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/MountPoints.h"

@@ -1,5 +1,6 @@
 #include "Scenes.h"
 
+#include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Offload/OffloadError.h"
 

@@ -1,5 +1,6 @@
 #include "Model/Copying/BatchControl.h"
 
+#include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Offload/OffloadError.h"
 #include "Platform/Files/FileSystem.h"

@@ -11,6 +11,8 @@
 
 namespace slatewise {
 
+class L10n;
+
 /// One sentence of what came out of a batch, ready to be shown.
 struct OutcomeLine {
     Q_GADGET

@@ -1,6 +1,7 @@
 #include "Model/Copying/CopyCheck.h"
 
 #include "Batch/RunMailbox.h"
+#include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Offload/OffloadError.h"
 #include "Platform/Error.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Language/AppLanguage.h"
 #include "Model/Copying/BatchControl.h"
 #include "Model/ModelState.h"
 #include "Storage/StoreRecords.h"

@@ -1,5 +1,6 @@
 #include "Model/Copying/Notice.h"
 
+#include "Language/L10n.h"
 #include "Platform/Text.h"
 
 namespace slatewise {

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "Language/L10n.h"
-
 #include <string>
 
 namespace slatewise {
+
+class L10n;
 
 /// Why something that the user asked for did not happen. A value; its sentence is made in whatever
 /// language it is read in.

@@ -1,5 +1,6 @@
 #include "Model/Copying/UnfinishedOffload.h"
 
+#include "Language/L10n.h"
 #include "Model/Settings/StoredList.h"
 #include "Platform/Desktop/UserDefaults.h"
 
@@ -20,6 +21,10 @@ std::optional<UnfinishedOffload> UnfinishedOffload::load(const UserDefaults& def
 
 void UnfinishedOffload::save(UserDefaults& defaults) const {
     StoredList::save(defaults, kKey, {card, disk, folder});
+}
+
+std::string UnfinishedOffload::text(L10n l10n) const {
+    return l10n.lastCutOff(card, disk, folder);
 }
 
 void UnfinishedOffload::forget(UserDefaults& defaults) {

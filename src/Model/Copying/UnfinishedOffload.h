@@ -1,12 +1,12 @@
 #pragma once
 
-#include "Language/L10n.h"
-
 #include <filesystem>
 #include <optional>
 #include <string>
 
 namespace slatewise {
+
+class L10n;
 
 class UserDefaults;
 
@@ -23,7 +23,7 @@ struct UnfinishedOffload {
     void save(UserDefaults& defaults) const;
     static void forget(UserDefaults& defaults);
 
-    std::string text(L10n l10n) const { return l10n.lastCutOff(card, disk, folder); }
+    std::string text(L10n l10n) const;
 };
 
 } // namespace slatewise

@@ -1,5 +1,6 @@
 #include "Model/History/PastOffload.h"
 
+#include "Language/L10n.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"

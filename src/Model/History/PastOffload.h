@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Offload/OffloadSettings.h"
 #include "Platform/Clock.h"
 #include "Volumes/VolumeRecords.h"
@@ -11,6 +10,8 @@
 #include <vector>
 
 namespace slatewise {
+
+class L10n;
 
 class AppDatabase;
 

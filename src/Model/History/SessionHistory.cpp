@@ -1,5 +1,6 @@
 #include "Model/History/SessionHistory.h"
 
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"

@@ -1,5 +1,6 @@
 #include "Model/Settings/PathTemplate.h"
 
+#include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Model/Settings/TemplatePreview.h"
 

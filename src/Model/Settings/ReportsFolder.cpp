@@ -1,5 +1,6 @@
 #include "Model/Settings/ReportsFolder.h"
 
+#include "Language/L10n.h"
 #include "Model/FolderChooser.h"
 #include "Model/QtText.h"
 #include "Model/Volumes/FolderPresence.h"

@@ -1,5 +1,6 @@
 #include "Model/Settings/TemplatePreview.h"
 
+#include "Language/L10n.h"
 #include "Platform/Text.h"
 
 #include <array>

@@ -1,10 +1,14 @@
 #pragma once
 
-#include "Language/L10n.h"
+#include "Language/AppLanguage.h"
 #include "Offload/FolderTemplate.h"
 
 #include <string>
 #include <string_view>
+
+namespace slatewise {
+class L10n;
+}
 
 namespace slatewise::TemplatePreview {
 

@@ -1,5 +1,6 @@
 #include "Model/Units/UnitPicker.h"
 
+#include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Platform/Text.h"
 

@@ -1,5 +1,6 @@
 #include "Model/Volumes/VolumeFollower.h"
 
+#include "Language/L10n.h"
 #include "Model/FolderChooser.h"
 #include "Model/Volumes/DestinationMemory.h"
 #include "Platform/Error.h"

@@ -1,5 +1,6 @@
 #include "Model/Volumes/VolumeListModel.h"
 
+#include "Language/L10n.h"
 #include "Model/ModelState.h"
 #include "Model/QtText.h"
 #include "Model/Volumes/VolumeFollower.h"

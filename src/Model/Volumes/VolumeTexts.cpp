@@ -1,5 +1,6 @@
 #include "Model/Volumes/VolumeTexts.h"
 
+#include "Language/L10n.h"
 #include "Offload/PathSize.h"
 
 namespace slatewise::VolumeTexts {

@@ -1,9 +1,12 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Model/Volumes/ContentSizes.h"
 
 #include <string>
+
+namespace slatewise {
+class L10n;
+}
 
 /// What the volume lists say. Functions of values.
 namespace slatewise::VolumeTexts {

@@ -1,5 +1,6 @@
 #include "Stage.h"
 
+#include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Offload/CopyProgress.h"
 #include "Offload/OffloadError.h"
