@@ -32,9 +32,10 @@ void applyFrame(QQuickWindow& window) {
 } // namespace
 
 QRect frame(const QRect& frame, const QRect& visible) {
-    const int rightmost = visible.x() + visible.width() - width;
+    const int wide = std::min(width, visible.width());
+    const int rightmost = visible.x() + visible.width() - wide;
     const int left = std::max(std::min(frame.x(), rightmost), visible.x());
-    return {left, visible.y(), width, visible.height()};
+    return {left, visible.y(), wide, visible.height()};
 }
 
 void fit(QQuickWindow& window) {

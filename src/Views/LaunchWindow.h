@@ -13,8 +13,8 @@ inline constexpr int width = 984;
 inline constexpr int fallbackHeight = 900;
 
 /// The launch frame of a window whose frame is `frame`, on a screen that leaves `visible` to
-/// windows: as high as that, `width` wide, and where the window is, moved only as far as it must to
-/// end inside.
+/// windows: as high as that, `width` wide or as much of it as there is, and where the window is,
+/// moved only as far as it must to end inside.
 QRect frame(const QRect& frame, const QRect& visible);
 
 /// Gives `window` its launch frame, now and once more when it is on the screen and the desktop's
