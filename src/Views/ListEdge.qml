@@ -1,7 +1,8 @@
 import QtQuick
 import SlatewiseViews
 
-// Where a list goes on: it fades, and says how much more there is.
+// Where a list goes on: it fades, and says how much more there is. It reaches over no more of the rows
+// than their padding, so that it strikes through no name.
 Item {
     id: edge
 
@@ -10,11 +11,15 @@ Item {
 
     signal pressed()
 
-    height: 28
+    // Over the rows; the rest of the edge lies beside them.
+    property int reach: 0
+
     visible: count > 0
 
     Rectangle {
-        anchors.fill: parent
+        width: parent.width
+        height: edge.reach
+        y: edge.pointsUp ? edge.height - height : 0
         rotation: edge.pointsUp ? 180 : 0
         gradient: Gradient {
             GradientStop { position: 0; color: DITTheme.panelGroundClear }
@@ -25,7 +30,7 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         y: edge.pointsUp ? 0 : parent.height - height
         width: words.implicitWidth + 20
-        height: words.implicitHeight + 6
+        height: words.implicitHeight + 4
         radius: height / 2
         color: DITTheme.sheet
         border.width: 1
@@ -36,7 +41,7 @@ Item {
             objectName: "words"
             anchors.centerIn: parent
             text: L10n.rowsBelow.replace("%1", edge.count)
-            font.pixelSize: DITTheme.caption
+            font.pixelSize: DITTheme.caption2
             font.weight: Font.DemiBold
         }
         TapHandler {

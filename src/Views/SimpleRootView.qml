@@ -26,6 +26,12 @@ FocusScope {
         picker.resignNameFieldFocus()
     }
 
+    // Who is typing keeps the field in sight.
+    function show(row: Item) {
+        if (!(Window.activeFocusItem instanceof TextInput))
+            upper.reveal(row)
+    }
+
     Component.onCompleted: resignNameFieldFocus()
 
     Binding {
@@ -50,6 +56,7 @@ FocusScope {
 
     ScrollArea {
         id: upper
+        objectName: "upper"
         anchors {
             left: parent.left; right: parent.right
             top: upperRule.bottom; bottom: status.top; bottomMargin: root.gap
@@ -74,8 +81,9 @@ FocusScope {
                 emptyText: L10n.noCardMounted
                 showsTotal: true
                 compact: root.compact
+                tight: root.tight
                 onTouched: root.resignNameFieldFocus()
-                onMissed: row => upper.reveal(row)
+                onMissed: row => root.show(row)
             }
             VolumeColumn {
                 id: disks
@@ -88,7 +96,9 @@ FocusScope {
                 emptyText: L10n.noDestination
                 emptyHint: L10n.noDiskPickFolder
                 compact: root.compact
+                tight: root.tight
                 onTouched: root.resignNameFieldFocus()
+                onMissed: row => root.show(row)
             }
             CameraPicker {
                 id: picker

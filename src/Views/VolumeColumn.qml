@@ -14,6 +14,8 @@ Panel {
     // The size of what is ticked.
     property bool showsTotal: false
     property bool compact: false
+    // No more is in sight than the head and what stands just below it.
+    property bool tight: false
     readonly property int inset: compact ? 8 : 14
     // Too little room for words on every button.
     readonly property bool isNarrow: width < 440
@@ -21,7 +23,7 @@ Panel {
 
     // By the pointer, anywhere on a row.
     signal touched()
-    // A row lacks something, and the user is to see it.
+    // A row is new or lacks something, and the user is to see it.
     signal missed(Item row)
 
     // As wide as its head is without the word on the button for folders.
@@ -91,12 +93,16 @@ Panel {
         id: empty
         objectName: "empty"
         // At one height in both columns, however long their words and heads are.
-        anchors { left: list.left; right: list.right; top: parent.top; topMargin: parent.height * 0.36 }
+        anchors {
+            left: list.left; right: list.right; top: parent.top
+            topMargin: column.tight ? total.y + total.height + 10 : parent.height * 0.36
+        }
         visible: list.count === 0
         spacing: 8
 
         Icon {
             anchors.horizontalCenter: parent.horizontalCenter
+            visible: !column.tight
             symbol: column.symbol
             size: 40
             color: DITTheme.faintIcon
@@ -127,6 +133,7 @@ Panel {
             margins: column.inset; topMargin: column.compact ? 6 : 10
         }
         volumes: column.volumes
+        edgeReach: 12
         Accessible.name: column.title
         refuge: chooseButton
         onTouched: column.touched()
@@ -137,16 +144,18 @@ Panel {
     }
     ListEdge {
         objectName: "above"
-        anchors { left: list.left; right: list.right; top: list.top }
+        anchors { left: list.left; right: list.right; top: list.top; topMargin: -list.anchors.topMargin }
+        height: list.anchors.topMargin + reach
+        reach: list.edgeReach
         count: list.hiddenAbove
         pointsUp: true
         onPressed: list.showPage(-1)
     }
     ListEdge {
         objectName: "below"
-        // Into the padding, so that little of the last row is covered.
         anchors { left: list.left; right: list.right; bottom: parent.bottom; bottomMargin: 2 }
-        height: column.inset + 24
+        height: column.inset - 2 + reach
+        reach: list.edgeReach
         count: list.hiddenBelow
         onPressed: list.showPage(1)
     }

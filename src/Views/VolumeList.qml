@@ -14,11 +14,13 @@ ListView {
     property Item refuge: null
     // The row that is to be looked at: the newest, or one that lacks something.
     property int wanted: 0
-    property bool lacksSomething: false
+    // How far the edges reach over rows.
+    property int edgeReach: 0
     // All rows are of one height.
     readonly property real rowPitch: count > 0 && contentHeight > 0 ? (contentHeight + spacing) / count : 86
     readonly property real rowHeight: rowPitch - spacing
-    readonly property int hiddenAbove: count > 0 ? Math.max(0, Math.round((contentY - originY) / rowPitch)) : 0
+    // Also one of which the edge cuts off a little.
+    readonly property int hiddenAbove: count > 0 ? Math.max(0, Math.ceil((contentY - originY - 1) / rowPitch)) : 0
     readonly property int hiddenBelow: {
         const shown = Math.floor((contentY - originY + height + spacing + 1) / rowPitch)
         return height > 0 ? Math.max(0, count - shown) : 0
@@ -26,7 +28,7 @@ ListView {
 
     // By the pointer, anywhere on a row.
     signal touched()
-    // A row lacks something, and the user is to see it.
+    // A row is new or lacks something, and the user is to see it.
     signal missed(Item row)
     // The row that had the keyboard has gone, and there is no other.
     signal keyboardLeft()
@@ -44,16 +46,24 @@ ListView {
         settling.restart()
     }
 
-    function showPage(direction: int) {
+    function scrollTo(place: real) {
         const most = Math.max(0, contentHeight - height)
-        const wanted = contentY - originY + direction * Math.max(rowPitch, height - rowPitch)
-        contentY = originY + Math.max(0, Math.min(most, wanted))
+        contentY = originY + Math.max(0, Math.min(most, place))
     }
+    function showPage(direction: int) {
+        scrollTo(contentY - originY + direction * Math.max(rowPitch, height - rowPitch))
+    }
+    // Clear of the edges, which say that there is more.
     function showWanted() {
-        positionViewAtIndex(wanted, ListView.Contain)
-        if (lacksSomething && itemAtIndex(wanted))
-            missed(itemAtIndex(wanted))
-        lacksSomething = false
+        forceLayout()
+        const top = wanted * rowPitch - edgeReach
+        const bottom = wanted * rowPitch + rowHeight + edgeReach
+        const place = contentY - originY
+        scrollTo(Math.min(top, Math.max(place, bottom - height)))
+        forceLayout()
+        const row = itemAtIndex(wanted)
+        if (row)
+            missed(row)
     }
     function want(row: int) {
         wanted = row
@@ -85,11 +95,9 @@ ListView {
             list.settling.restart()
         }
         function onRowsInserted(parent: var, first: int) {
-            list.lacksSomething = false
             list.want(first)
         }
         function onRowWanted(row: int) {
-            list.lacksSomething = true
             list.want(row)
         }
     }

@@ -26,6 +26,18 @@ ViewCase {
         compare(names(data.list), data.left)
     }
 
+    // Of A001 and B004, which are ticked, the first has the focus.
+    function test_a_fill_means_ticked_and_a_ring_in_focus() {
+        const looks = () => [0, 1, 2].map(index => {
+            const ground = row("cards", index).background
+            return [Qt.colorEqual(ground.color, DITTheme.chosenFill), ground.border.width > 1]
+        })
+        mouseMove(root, 1, 1)
+        compare(looks(), [[true, true], [true, false], [false, false]])
+        model.cards.focus(row("cards", 2).volumeID)
+        compare(looks(), [[true, false], [true, false], [false, true]])
+    }
+
     function test_keys_on_a_row() {
         row("cards", 0).forceActiveFocus(Qt.TabFocusReason)
         keyClick(Qt.Key_Down)
@@ -110,11 +122,45 @@ ViewCase {
         tryVerify(() => list.atYEnd && above.count > 3, 5000, "what is new is in sight")
         verify(!find("below", cards).visible)
         compare(find("words", above).text, above.count + " more")
-        model.cards.clear()
-        stage.choose("A001", "")
-        model.batch.start()
-        tryVerify(() => list.atYBeginning, 5000, "so is what needs a unit")
-        verify(find("below", cards).visible)
+        const below = find("below", cards)
+        const padding = 10
+        for (const [name, index] of [["A001", 0], ["M3", 6], ["M6", 9]]) {
+            model.cards.clear()
+            stage.choose(name, "")
+            model.batch.start()
+            tryVerify(() => {
+                const item = list.itemAtIndex(index)
+                return item !== null && item.needsUnit
+                    && item.mapToItem(cards, 0, padding).y >= above.y + (above.visible ? above.height : 0)
+                    && item.mapToItem(cards, 0, item.height - padding).y <= below.y
+            }, 5000, "so is what needs a unit, clear of what says that there is more: " + name)
+            verify(below.visible)
+        }
+        list.contentY = list.originY + 0.4 * list.rowPitch
+        verify(above.visible && above.count === 1, "half a name is cut off")
+    }
+
+    function test_a_low_window_shows_what_is_new_and_what_is_missing() {
+        test.width = 720
+        test.height = 410
+        waitForRendering(root)
+        const isInSight = item => item.mapToItem(root, 0, item.height).y <= find("status").y
+                                  && item.mapToItem(root, 0, 0).y >= 0
+        stage.plugInCard("N001")
+        tryVerify(() => row("cards", 3).name === "N001" && isInSight(row("cards", 3)))
+        mouseClick(field("units"))
+        field("units").forceActiveFocus(Qt.MouseFocusReason)
+        stage.plugInCard("N002")
+        tryVerify(() => row("cards", 4).name === "N002")
+        wait(50)
+        verify(isInSight(field("units")), "who is typing keeps the field")
+        root.resignNameFieldFocus()
+        stage.pullAll()
+        tryVerify(() => find("empty", find("cards")).visible)
+        find("upper").contentY = 0
+        verify(isInSight(find("empty", find("cards"))) && isInSight(find("empty", find("disks"))))
+        test.width = 984
+        test.height = 900
     }
 
     // A person knows better, and may change their mind.

@@ -11,6 +11,7 @@ Flickable {
 
     // Room for the ring of the chip that has the keyboard.
     readonly property int ringWidth: 3
+    readonly property int fadeWidth: 32
 
     signal tapped()
 
@@ -28,8 +29,10 @@ Flickable {
         return chips.itemAt(index) as ChoiceChip
     }
     function reveal(chip: Item) {
-        const least = chip.x + chip.width + ringWidth - width
-        contentX = Math.max(0, least, Math.min(contentX, chip.x - ringWidth))
+        // Clear of what fades, unless it is the last on that side.
+        const most = Math.max(0, contentWidth - width)
+        const least = chip.x + chip.width + fadeWidth - width
+        contentX = Math.max(0, Math.min(most, Math.max(least, Math.min(contentX, chip.x - fadeWidth))))
     }
     // What is chosen is in sight, as is one that has just been added.
     function revealChosen() {
@@ -74,16 +77,20 @@ Flickable {
     }
 
     // There is more.
-    Rectangle {
+    SideFade {
+        objectName: "moreBefore"
+        parent: strip
+        anchors { left: parent.left; top: parent.top; bottom: parent.bottom }
+        width: strip.fadeWidth
+        rotation: 180
+        visible: strip.interactive && !strip.atXBeginning
+    }
+    SideFade {
+        objectName: "moreBehind"
         parent: strip
         anchors { right: parent.right; top: parent.top; bottom: parent.bottom }
-        width: 32
+        width: strip.fadeWidth
         visible: strip.interactive && !strip.atXEnd
-        gradient: Gradient {
-            orientation: Gradient.Horizontal
-            GradientStop { position: 0; color: DITTheme.panelGroundClear }
-            GradientStop { position: 1; color: DITTheme.panelGround }
-        }
     }
 
     // A wheel goes up and down; the strip goes sideways.
