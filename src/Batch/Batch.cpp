@@ -7,7 +7,6 @@
 #include "Batch/Waiting.h"
 #include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
-#include "Offload/OffloadError.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -60,15 +59,22 @@ void takeOver(const OffloadOutcome& outcome, PairResult& result) {
     }
 }
 
-bool isLackOfSpace(const std::exception& failure) {
-    const auto* known = dynamic_cast<const OffloadError*>(&failure);
-    return known && std::holds_alternative<OffloadError::InsufficientSpace>(known->reason());
+bool isLackOfSpace(const std::optional<OffloadError>& error) {
+    return error && std::holds_alternative<OffloadError::InsufficientSpace>(error->reason());
 }
 
 QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile) {
     const OutboxDrainer drainer(database);
     const auto draining = drainer.drain(std::move(profile));
     co_await draining;
+}
+
+/// What fails a pair before its run has rows is told as a problem, too: what to do depends on it.
+void requireBoth(const std::optional<OffloadProblem>& missing, RunMailbox& mail, L10n l10n) {
+    if (!missing)
+        return;
+    mail.observer().problem(*missing);
+    throw Error(missing->text(l10n));
 }
 
 /// Nobody may be told "verified" of what lies on a disk that is not the chosen one any more.
@@ -198,8 +204,7 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
     try {
         if (stop_.stop_requested())
             throw CancellationError();
-        if (const auto missing = folders_.findMissing(work->pair, plan_.l10n()))
-            throw Error(missing->text(plan_.l10n()));
+        requireBoth(folders_.findMissing(work->pair, plan_.l10n()), work->mail, plan_.l10n());
         co_await runEngine(work);
         co_await leaveTraces(work);
         result = std::move(work->result);
@@ -212,7 +217,9 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         result.failure = PairFailure::Stopped;
     } catch (const std::exception& failure) {
         result.message = describe(failure, plan_.l10n());
-        result.failure = isLackOfSpace(failure) ? PairFailure::NoSpace : PairFailure::Other;
+        if (const auto* known = dynamic_cast<const OffloadError*>(&failure))
+            result.error = *known;
+        result.failure = isLackOfSpace(result.error) ? PairFailure::NoSpace : PairFailure::Other;
         AppLog::append("Offload failed card=" + work->pair.card.name() +
                        " dest=" + work->pair.destination.name() + ": " + result.message);
     }
@@ -233,8 +240,7 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
     const auto running =
         perform(work, kGrace, [self = shared_from_this(), work, pair = work->pair] {
             const auto requireFolders = [&] {
-                if (const auto missing = pair.findMissingFolder())
-                    throw Error(missing->text(self->plan_.l10n()));
+                requireBoth(pair.findMissingFolder(), work->mail, self->plan_.l10n());
             };
             requireFolders();
             auto request = requestFor(self->plan_, pair);
@@ -246,7 +252,9 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
             try {
                 work->outcome = std::make_unique<OffloadOutcome>(
                     self->surroundings_.runEngine(request, observer, self->stop_.get_token()));
-            } catch (const PosixError&) {
+            } catch (const CancellationError&) {
+                throw;
+            } catch (const Error&) {
                 // What a dead disk answers says less than that it is dead.
                 requireFolders();
                 throw;

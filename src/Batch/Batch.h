@@ -4,6 +4,7 @@
 #include "Batch/BatchSurroundings.h"
 #include "Batch/HeldFolders.h"
 #include "Batch/RunMailbox.h"
+#include "Offload/OffloadError.h"
 #include "Offload/OffloadPhase.h"
 #include "Offload/OffloadRows.h"
 
@@ -49,6 +50,8 @@ struct PairResult {
     std::int64_t bytesDone = 0;
     /// What the user is told about a failure.
     std::string message;
+    /// The failure itself, where it has words in both languages.
+    std::optional<OffloadError> error{};
     /// What kind of failure it is, as far as no problem tells.
     PairFailure failure = PairFailure::None;
     /// What there is to know beyond the message, a failure or not.

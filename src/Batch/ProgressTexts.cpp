@@ -29,10 +29,13 @@ double ownFraction(const OffloadPhase& phase) {
 /// One overload for each phase, so that a new one without words does not compile.
 struct Title {
     L10n l10n;
+    bool isHashing;
 
     std::string size(std::int64_t bytes) const { return PathSize::format(bytes, l10n.language()); }
 
-    std::string operator()(const Phase::Idle&) const { return std::string(l10n.idlePrompt()); }
+    std::string operator()(const Phase::Idle&) const {
+        return std::string(isHashing ? l10n.idlePromptHashOnly() : l10n.idlePrompt());
+    }
     std::string operator()(const Phase::Scanning&) const { return std::string(l10n.scanning()); }
     std::string operator()(const Phase::Copying& phase) const {
         const auto speed = size(static_cast<std::int64_t>(phase.bytesPerSecond)) + "/s";
@@ -40,8 +43,10 @@ struct Title {
     }
     std::string operator()(const Phase::Verifying& phase) const {
         // The file at hand is counted, as while it was copied.
-        return l10n.verifying(std::min(phase.done + 1, phase.total), phase.total,
-                              Text::visible(phase.file));
+        const int file = std::min(phase.done + 1, phase.total);
+        const auto name = Text::visible(phase.file);
+        return isHashing ? l10n.hashing(file, phase.total, name)
+                         : l10n.verifying(file, phase.total, name);
     }
     std::string operator()(const Phase::Verified& phase) const {
         return phase.disks > 1 ? l10n.verifiedOnDisks(phase.files, phase.disks, size(phase.bytes))
@@ -79,22 +84,22 @@ std::string percent(double fraction) {
     return std::to_string(std::lround(100 * fraction)) + "%";
 }
 
-std::string pace(const OffloadPhase& phase, std::optional<std::chrono::seconds> left, L10n l10n) {
+std::string pace(const BatchPace& pace, L10n l10n) {
     std::vector<std::string> parts;
-    const auto* copying = std::get_if<Phase::Copying>(&phase);
-    if (copying && copying->bytesTotal > 0) {
+    if (pace.bytes) {
         const auto size = [&](std::int64_t bytes) {
             return PathSize::format(bytes, l10n.language());
         };
-        parts.push_back(l10n.bytesOf(size(copying->bytesDone), size(copying->bytesTotal)));
+        parts.push_back(l10n.bytesOf(size(pace.bytes->done), size(pace.bytes->total)));
     }
-    if (left && isBusy(phase))
-        parts.push_back(l10n.timeLeft(clockText(*left)));
+    if (pace.left)
+        parts.push_back(l10n.timeLeft(clockText(*pace.left)));
     return fmt::format("{}", fmt::join(parts, "  ·  "));
 }
 
-std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n) {
-    auto title = std::visit(Title{l10n}, phase);
+std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n,
+                  bool isHashing) {
+    auto title = std::visit(Title{l10n, isHashing}, phase);
     return position.label.empty() || !isBusy(phase) ? title : position.label + " — " + title;
 }
 

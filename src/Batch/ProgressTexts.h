@@ -2,12 +2,11 @@
 
 #include "Offload/OffloadPhase.h"
 
-#include <chrono>
-#include <optional>
 #include <string>
 
 namespace slatewise {
 
+struct BatchPace;
 class L10n;
 
 /// Where a batch stands.
@@ -33,11 +32,13 @@ double fraction(const OffloadPhase& phase, const BatchPosition& position);
 /// "42%".
 std::string percent(double fraction);
 
-/// How much of the run's bytes is copied, and how long all of it still takes; empty while neither
-/// is known.
-std::string pace(const OffloadPhase& phase, std::optional<std::chrono::seconds> left, L10n l10n);
+/// How much of all bytes is copied, and how long all of it still takes; empty while neither is
+/// known.
+std::string pace(const BatchPace& pace, L10n l10n);
 
-std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n);
+/// `isHashing` where nothing is to be copied.
+std::string title(const OffloadPhase& phase, const BatchPosition& position, L10n l10n,
+                  bool isHashing = false);
 
 } // namespace ProgressTexts
 

@@ -19,7 +19,7 @@ std::optional<OffloadError> findLackOfRoom(std::int64_t totalBytes,
         if (!free && known >= 1)
             free = known;
         if (free && *free < needed)
-            return OffloadError(OffloadError::InsufficientSpace{needed, *free});
+            return OffloadError(OffloadError::InsufficientSpace{needed, *free, destination.name()});
     }
     return std::nullopt;
 }

@@ -62,7 +62,29 @@ void BatchTimeLeft::beginPair(std::size_t pair, Time now) {
     ofPair_ = {};
 }
 
-std::optional<std::chrono::seconds> BatchTimeLeft::update(const OffloadPhase& phase, Time now) {
+BatchPace BatchTimeLeft::update(const OffloadPhase& phase, Time now) {
+    return {.bytes = bytesAt(phase), .left = leftAt(phase, now)};
+}
+
+/// The pair at work knows best what it has to copy.
+std::optional<BatchPace::Bytes> BatchTimeLeft::bytesAt(const OffloadPhase& phase) const {
+    const auto* const copying = std::get_if<Phase::Copying>(&phase);
+    if (!copying || copying->bytesTotal < 1)
+        return std::nullopt;
+    BatchPace::Bytes bytes = {copying->bytesDone, copying->bytesTotal};
+    for (std::size_t other = 0; other < bytesOfPairs_.size(); ++other) {
+        if (other == pair_)
+            continue;
+        if (bytesOfPairs_[other] < 1)
+            return std::nullopt;
+        bytes.total += bytesOfPairs_[other];
+        if (other < pair_)
+            bytes.done += bytesOfPairs_[other];
+    }
+    return bytes;
+}
+
+std::optional<std::chrono::seconds> BatchTimeLeft::leftAt(const OffloadPhase& phase, Time now) {
     const auto left = ofPair_.update(phase, now);
     if (!left || pair_ >= bytesOfPairs_.size())
         return left;

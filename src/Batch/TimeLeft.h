@@ -29,8 +29,23 @@ private:
     std::optional<Time> verificationStart_;
 };
 
-/// The same for a batch: what is left of the pair at work, and what the pairs behind it are likely
-/// to take, going by the one at work and by how much each has to copy.
+/// How a batch gets on, as far as that is known: the bytes of all its pairs, and how long it still
+/// takes.
+struct BatchPace {
+    struct Bytes {
+        std::int64_t done = 0;
+        std::int64_t total = 0;
+        friend bool operator==(const Bytes&, const Bytes&) = default;
+    };
+    /// While something is copied, and what the other pairs have to copy is known.
+    std::optional<Bytes> bytes{};
+    std::optional<std::chrono::seconds> left{};
+
+    friend bool operator==(const BatchPace&, const BatchPace&) = default;
+};
+
+/// Estimates the same for a batch: what is left of the pair at work, and what the pairs behind it
+/// are likely to take, going by the one at work and by how much each has to copy.
 class BatchTimeLeft {
 public:
     using Time = TimeLeft::Time;
@@ -41,9 +56,12 @@ public:
         : bytesOfPairs_(std::move(bytesOfPairs)) {}
 
     void beginPair(std::size_t pair, Time now);
-    std::optional<std::chrono::seconds> update(const OffloadPhase& phase, Time now);
+    BatchPace update(const OffloadPhase& phase, Time now);
 
 private:
+    std::optional<BatchPace::Bytes> bytesAt(const OffloadPhase& phase) const;
+    std::optional<std::chrono::seconds> leftAt(const OffloadPhase& phase, Time now);
+
     std::vector<std::int64_t> bytesOfPairs_;
     std::size_t pair_ = 0;
     Time pairStart_;

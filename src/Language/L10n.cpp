@@ -19,6 +19,10 @@ std::string L10n::verifying(int done, int total, Text file) const {
     return fmt::format("{} {} / {}  ·  {}", text("Verifying", "Doğrulanıyor"), done, total, file);
 }
 
+std::string L10n::hashing(int done, int total, Text file) const {
+    return fmt::format("{} {} / {}  ·  {}", text("Hashing", "Hash alınıyor"), done, total, file);
+}
+
 std::string L10n::verified(int files, Text size) const {
     return fmt::format("{} — {} {}, {}", text("Verified", "Doğrulandı"), files,
                        text("files", "dosya"), size);
@@ -93,7 +97,7 @@ std::string L10n::lastHashed(int files, Text time) const {
 }
 
 std::string L10n::lastFailed(Text time) const {
-    return isTurkish() ? fmt::format("Son kopya: BAŞARISIZ, {}", time)
+    return isTurkish() ? fmt::format("Son işlem: BAŞARISIZ, {}", time)
                        : fmt::format("Last offload: FAILED, {}", time);
 }
 
@@ -103,8 +107,9 @@ std::string L10n::offloadedBefore(Text date, Text disks) const {
 }
 
 std::string L10n::offloadedAndChanged(Text date, Text disks) const {
-    return isTurkish() ? fmt::format("Değişti, son kopya {} → {}", date, disks)
-                       : fmt::format("Changed since {} → {}", date, disks);
+    // The disks come last: they are what a narrow row may cut.
+    return isTurkish() ? fmt::format("{} kopyalandı, sonra değişti → {}", date, disks)
+                       : fmt::format("Offloaded {}, changed since → {}", date, disks);
 }
 
 std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {
@@ -136,10 +141,12 @@ std::string L10n::sizeMismatch(Text source, Text copy) const {
                        : fmt::format("Size mismatch (source {}, copy {}).", source, copy);
 }
 
-std::string L10n::insufficientSpace(Text needed, Text free) const {
-    return isTurkish() ? fmt::format("Hedefte yer yok (gerekli {}, boş {}).", needed, free)
-                       : fmt::format("Not enough space on the destination (need {}, {} free).",
-                                     needed, free);
+std::string L10n::insufficientSpace(Text needed, Text free, Text disk) const {
+    const auto* const gap = disk.empty() ? "" : " ";
+    return isTurkish() ? fmt::format("Hedefte yer yok{}{} (gerekli {}, boş {}).",
+                                     disk.empty() ? "" : ": ", disk, needed, free)
+                       : fmt::format("Not enough space on the destination{}{} (need {}, {} free).",
+                                     gap, disk, needed, free);
 }
 
 std::string L10n::ejectFailed(Text name) const {

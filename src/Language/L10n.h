@@ -29,6 +29,8 @@ public:
 
     std::string copying(int done, int total, Text file, Text speed) const;
     std::string verifying(int done, int total, Text file) const;
+    /// The same where nothing is copied.
+    std::string hashing(int done, int total, Text file) const;
     std::string verified(int files, Text size) const;
     /// Of files that are on several disks now, each counted once.
     std::string verifiedOnDisks(int files, int disks, Text size) const;
@@ -58,7 +60,8 @@ public:
     std::string cardHasNoUnit(Text card) const;
     std::string cardIsNoDestination(Text card) const;
     std::string sizeMismatch(Text source, Text copy) const;
-    std::string insufficientSpace(Text needed, Text free) const;
+    /// `disk` may be empty.
+    std::string insufficientSpace(Text needed, Text free, Text disk = {}) const;
     std::string ejectFailed(Text name) const;
     /// Of a volume that was unmounted and may be unplugged.
     std::string safeToPull(Text name) const;
@@ -97,6 +100,13 @@ public:
     std::string cardSilent(Text card) const;
     std::string diskSilent(Text disk) const;
     std::string noAnswer(Text pair) const;
+    /// What to do about a failure; `button` is the word on the button that tries again.
+    std::string adviceStopped(Text button) const;
+    std::string adviceNoSpace(Text button) const;
+    std::string adviceCardGone(Text button) const;
+    std::string adviceDiskGone(Text button) const;
+    std::string adviceNotRead(Text button) const;
+    std::string adviceRetry(Text button) const;
     std::string pairNotBegun(Text card, Text disk) const;
     std::string linkLeadsOut(Text link) const;
     std::string linkLeadsNowhere(Text link) const;

@@ -107,6 +107,60 @@ std::string L10n::noAnswer(Text pair) const {
                        : fmt::format("{}: the card or the disk does not answer.", pair);
 }
 
+std::string L10n::adviceStopped(Text button) const {
+    return isTurkish()
+               ? fmt::format("Siz durdurdunuz. Kartı silmeyin; yeniden başlamak için {} düğmesine "
+                             "basın.",
+                             button)
+               : fmt::format("You stopped it. Do not wipe the card; press {} to begin again.",
+                             button);
+}
+
+std::string L10n::adviceNoSpace(Text button) const {
+    return isTurkish()
+               ? fmt::format(
+                     "Diskte yer açın veya başka bir disk seçin, sonra yeniden {} düğmesine "
+                     "basın.",
+                     button)
+               : fmt::format("Make room on the disk or choose another one, then press {} again.",
+                             button);
+}
+
+std::string L10n::adviceCardGone(Text button) const {
+    return isTurkish()
+               ? fmt::format(
+                     "Kartı yeniden takıp işaretleyin ve {} düğmesine basın. Kartı silmeyin.",
+                     button)
+               : fmt::format("Put the card in again, tick it and press {}. Do not wipe it.",
+                             button);
+}
+
+std::string L10n::adviceDiskGone(Text button) const {
+    return isTurkish()
+               ? fmt::format("Diski yeniden bağlayıp işaretleyin ve {} düğmesine basın. "
+                             "Kartı silmeyin.",
+                             button)
+               : fmt::format("Connect the disk again, tick it and press {}. Do not wipe the "
+                             "card.",
+                             button);
+}
+
+std::string L10n::adviceNotRead(Text button) const {
+    return isTurkish()
+               ? fmt::format("Kartı silmeyin. Yeniden {} düğmesine basın; yine olmazsa başka "
+                             "okuyucu veya kablo deneyin.",
+                             button)
+               : fmt::format("Do not wipe the card. Press {} again; if that fails too, try another "
+                             "reader or cable.",
+                             button);
+}
+
+std::string L10n::adviceRetry(Text button) const {
+    return isTurkish()
+               ? fmt::format("Kartı silmeyin. Yeniden denemek için {} düğmesine basın.", button)
+               : fmt::format("Do not wipe the card. Press {} to try again.", button);
+}
+
 std::string L10n::pairNotBegun(Text card, Text disk) const {
     return isTurkish() ? fmt::format("{} → {} başlatılmadı.", card, disk)
                        : fmt::format("{} → {} was not begun.", card, disk);

@@ -50,6 +50,8 @@ public:
     std::string highlightedUnit;
     /// Why nothing came of what the user did last; empty when something did.
     std::optional<Notice> notice;
+    /// The last press of the button came to nothing, for a reason that only a batch finds.
+    bool wasRefused = false;
     /// The user has turned to what is next: how the last batch ended is no news any more.
     bool isVerdictOld = false;
 
@@ -60,6 +62,11 @@ public:
         notice = std::move(why);
         isVerdictOld = true;
         publish();
+    }
+    /// The user has changed what a refusal may have been about, which would only mislead now.
+    void dropRefusal() {
+        notice.reset();
+        isVerdictOld = isVerdictOld || wasRefused;
     }
 
     /// The card that a unit or a crew is given to.

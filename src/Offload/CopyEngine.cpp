@@ -106,7 +106,8 @@ private:
             return;
         const auto needed = total + spaceMargin(total);
         if (free < needed)
-            throw OffloadError(OffloadError::InsufficientSpace{needed, free});
+            throw OffloadError(
+                OffloadError::InsufficientSpace{needed, free, request_.destination.name()});
     }
 
     /// The walk may have taken a while: a folder that came into being meanwhile is not ours, so the

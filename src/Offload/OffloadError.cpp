@@ -23,7 +23,8 @@ struct Describe {
     }
     std::string operator()(const OffloadError::InsufficientSpace& space) const {
         return texts.insufficientSpace(PathSize::format(space.needed, texts.language()),
-                                       PathSize::format(space.free, texts.language()));
+                                       PathSize::format(space.free, texts.language()),
+                                       Text::displayable(space.disk));
     }
     std::string operator()(const OffloadError::CardGone& gone) const {
         return texts.cardGone(Text::displayable(gone.card));

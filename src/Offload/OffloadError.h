@@ -17,9 +17,10 @@ public:
     struct SizeMismatch {
         std::int64_t source, copied;
     };
-    /// Byte counts.
+    /// Byte counts, and the destination by name; empty where there is only one that can be meant.
     struct InsufficientSpace {
         std::int64_t needed, free;
+        std::string disk{};
     };
     /// The card's path leads elsewhere now, or nowhere.
     struct CardGone {

@@ -101,7 +101,18 @@ Rectangle {
                 color: block.ink
             }
             AppText {
+                id: pair
+                objectName: "failedPair"
+                Layout.fillWidth: true
+                visible: text.length > 0
+                text: block.batch.failedPair
+                font.pixelSize: DITTheme.headline
+                font.weight: Font.Bold
+                color: block.ink
+            }
+            AppText {
                 objectName: "pace"
+                visible: !pair.visible
                 Layout.fillWidth: true
                 text: block.batch.pace
                 font.pixelSize: DITTheme.callout

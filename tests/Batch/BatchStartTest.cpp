@@ -51,6 +51,8 @@ TEST_F(BatchOfCards, LooksBeforeItBegins) {
     EXPECT_EQ(title(), "Failed: " + model.state().l10n().destinationInsideCard("Copies", "A001"));
     EXPECT_EQ(model.state().board.selection(VolumeSide::Card).focused, "dev-B002")
         << "where the next unit goes";
+    model.destinations()->remove(model.destinations()->rows().back().volumeID);
+    EXPECT_EQ(model.batch()->standing(), BatchControl::Resting) << "what stood against it is gone";
 
     EXPECT_EQ(runs, 0);
     EXPECT_FALSE(model.batch()->lastResult()) << "nothing was begun";
@@ -105,17 +107,27 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
         int signal;
         bool isDuringRun;
         std::vector<const char*> sentences;
+        const char* advice;
     };
     const std::vector<Case> cases = {
-        {"A001", SIGKILL, false, {"The card A001 is no longer there."}},
-        {"SSD1", SIGKILL, false, {"The disk SSD1 is no longer the one that was chosen."}},
-        {"A001", SIGSTOP, false, {"The card A001 does not answer."}},
-        {"SSD1", SIGSTOP, false, {"The disk SSD1 does not answer."}},
-        {"SSD1", SIGKILL, true, {"The disk SSD1 is no longer the one that was chosen."}},
+        {"A001", SIGKILL, false, {"The card A001 is no longer there."}, "Put the card in again"},
+        {"SSD1",
+         SIGKILL,
+         false,
+         {"The disk SSD1 is no longer the one that was chosen."},
+         "Connect the disk again"},
+        {"A001", SIGSTOP, false, {"The card A001 does not answer."}, "Put the card in again"},
+        {"SSD1", SIGSTOP, false, {"The disk SSD1 does not answer."}, "Connect the disk again"},
+        {"SSD1",
+         SIGKILL,
+         true,
+         {"The disk SSD1 is no longer the one that was chosen."},
+         "Connect the disk again"},
         {"SSD1",
          SIGSTOP,
          true,
-         {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."}},
+         {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."},
+         "You stopped it."},
     };
     for (const auto& testCase : cases) {
         SCOPED_TRACE(std::string(testCase.name) + " " + std::to_string(testCase.signal));
@@ -150,6 +162,8 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
             sentences.push_back(problem.text(L10n(AppLanguage::English)));
         for (const auto* sentence : testCase.sentences)
             EXPECT_THAT(sentences, ::testing::Contains(sentence));
+        EXPECT_THAT(desk.model().batch()->advice().toStdString(),
+                    ::testing::StartsWith(testCase.advice));
         if (testCase.signal == SIGSTOP)
             volume.signalItsProgram(SIGCONT);
         desk.quit();

@@ -131,7 +131,7 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
     desk.unmount("dev-copy");
     writeFile(desk.folder / "A001/B.mov", "5");
     desk.start();
-    Desk::waitUntil(says("Changed since "));
+    Desk::waitUntil(says(", changed since → SSD1, SSD2"));
     // Another card with as many bytes.
     std::filesystem::remove(desk.folder / "A001/B.mov");
     std::filesystem::last_write_time(desk.folder / "A001/A.mov", time + std::chrono::seconds(2));
@@ -484,11 +484,11 @@ TEST_F(BatchOfCards, CancelsAtEveryKindOfMoment) {
     };
     // A run that has begun with a file has rows to tell of it.
     const std::vector<Case> cases = {
-        {BeforeTheRun, "Failed: Cancelled.", 0},
-        {WhileScanning, "Failed: Cancelled.", 0},
-        {WhileCopying, "Failed: Verification did not finish", 1},
-        {WhileVerifying, "Failed: Verification did not finish", 1},
-        {WhileReporting, "Failed: Cancelled.", 1},
+        {BeforeTheRun, "Cancelled.", 0},
+        {WhileScanning, "Cancelled.", 0},
+        {WhileCopying, "Verification did not finish", 1},
+        {WhileVerifying, "Verification did not finish", 1},
+        {WhileReporting, "Cancelled.", 1},
     };
     disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
     for (const auto& testCase : cases) {
@@ -531,7 +531,9 @@ TEST_F(BatchOfCards, CancelsAtEveryKindOfMoment) {
         desk.selectCard(card, "CamA");
         desk.copy();
         EXPECT_TRUE(isCancelled);
-        EXPECT_THAT(title(), StartsWith(testCase.message));
+        const auto& phase = std::get<Phase::Failed>(desk.model().batch()->phase());
+        EXPECT_THAT(phase.message, StartsWith(testCase.message));
+        EXPECT_EQ(title(), "Failed: Cancelled.") << "whoever stopped it is told so";
         EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
         EXPECT_EQ(result().pairs.at(1).status, OutcomeStatus::Failed)
             << "the second disk is not begun";

@@ -294,19 +294,43 @@ TEST_F(Application, StoresEachChangeAtOnce) {
 TEST_F(Application, AsksForAUnitAsLongAsThereIsACardToGiveItTo) {
     const auto card = desk.mountCard("A001");
     desk.mountDisk("SSD1");
-    desk.start();
-    const auto& missing = model().state().cardUnits.cardsNeedingUnit;
-    const std::function<void()> ways[] = {[&] { model().cards()->toggle(card); },
-                                          [&] { model().cards()->clear(); },
-                                          [&] {
-                                              model().cards()->remove(card);
-                                          }};
-    for (const auto& way : ways) {
+    const auto mounted = desk.volumes;
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"unticked",
+         [&] {
+             model().cards()->toggle(card);
+         }},
+        {"all put aside",
+         [&] {
+             model().cards()->clear();
+         }},
+        {"removed",
+         [&] {
+             model().cards()->remove(card);
+         }},
+        {"pulled",
+         [&] {
+             desk.unmount(card);
+             model().volumes().apply();
+         }},
+        {"exchanged",
+         [&] {
+             desk.volume(card).facts.volumeUUID = "another";
+             model().volumes().apply();
+         }},
+    };
+    for (const auto& [what, happens] : ways) {
+        SCOPED_TRACE(what);
+        desk.volumes = mounted;
+        desk.volume(card).facts.volumeUUID = "first";
+        desk.start();
         model().cards()->toggle(card);
         model().batch()->start();
-        EXPECT_EQ(missing, VolumeIDs{"dev-A001"});
-        way();
-        EXPECT_THAT(missing, IsEmpty());
+        EXPECT_EQ(model().state().cardUnits.cardsNeedingUnit, VolumeIDs{"dev-A001"});
+        EXPECT_EQ(model().batch()->title(), "A001 has no unit yet");
+        happens();
+        EXPECT_THAT(model().state().cardUnits.cardsNeedingUnit, IsEmpty());
+        EXPECT_FALSE(model().batch()->isRefused()) << model().batch()->title().toStdString();
     }
 }
 
@@ -357,6 +381,9 @@ TEST_F(Application, TellsCardsApartAndSaysWhyOneIsNoDestination) {
     model().destinations()->pickFolder();
     Desk::waitUntil([&] { return model().batch()->isRefused(); });
     EXPECT_EQ(model().batch()->title(), "B002 is listed as a card, so it cannot be a destination");
+    std::filesystem::create_directories(desk.folder / "x");
+    pickDestination(desk.folder / "x");
+    EXPECT_FALSE(model().batch()->isRefused()) << "another one will do";
 }
 
 TEST_F(Application, MeasuresInTheBackgroundAndAnewWhenRulesChange) {
@@ -366,12 +393,14 @@ TEST_F(Application, MeasuresInTheBackgroundAndAnewWhenRulesChange) {
     std::promise<void> mayMeasure;
     desk.surroundings.measure = [allowed = mayMeasure.get_future().share()](const auto& entry,
                                                                             const auto& names) {
-        allowed.wait();
+        if (entry.id == "dev-A001")
+            allowed.wait();
         return measure(entry, names);
     };
     desk.start();
     model().cards()->toggle(card);
-    EXPECT_EQ(model().cards()->totalText(), "size…");
+    Desk::waitUntil([&] { return model().cards()->rows()[1].subtitle == "3 bytes"; });
+    EXPECT_EQ(model().cards()->totalText(), "size…") << "one that is silent keeps back no other";
     mayMeasure.set_value();
     Desk::waitUntil([&] { return model().cards()->totalText() == "8 bytes"; });
     EXPECT_EQ(model().cards()->rows()[0].subtitle, "8 bytes");
@@ -455,13 +484,18 @@ TEST_F(Application, StartsWithoutVolumesThatDoNotAnswer) {
         std::promise<void> answer;
         const auto answered = answer.get_future().share();
         own.mountDisk("SSD1");
-        own.choice = own.folder / "share";
-        std::filesystem::create_directories(*own.choice);
-        own.start().destinations()->pickFolder();
-        Desk::waitUntil([&] { return own.model().destinations()->count() == 2; });
+        own.start();
+        for (const auto* name : {"share", "film"}) {
+            own.choice = own.folder / name;
+            std::filesystem::create_directories(*own.choice);
+            const int before = own.model().destinations()->count();
+            own.model().destinations()->pickFolder();
+            Desk::waitUntil([&] { return own.model().destinations()->count() > before; });
+        }
         if (isFolder) {
-            own.surroundings.volumeFacts = [answered](const auto&) {
-                answered.wait();
+            own.surroundings.volumeFacts = [answered](const auto& folder) {
+                if (folder.filename() == "share")
+                    answered.wait();
                 return VolumeFacts();
             };
         } else {
@@ -472,9 +506,11 @@ TEST_F(Application, StartsWithoutVolumesThatDoNotAnswer) {
         const auto begin = std::chrono::steady_clock::now();
         own.start();
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
-        EXPECT_EQ(own.model().destinations()->count(), isFolder ? 1 : 0)
+        EXPECT_EQ(own.model().destinations()->count(), isFolder ? 2 : 0)
             << "a folder that is silent keeps back no volume";
+        const auto remembered = own.defaults.value("pickedDestBookmarks").value();
+        EXPECT_THAT(remembered, AllOf(HasSubstr("share"), HasSubstr("film")));
         answer.set_value();
-        Desk::waitUntil([&] { return own.model().destinations()->count() == 2; });
+        Desk::waitUntil([&] { return own.model().destinations()->count() == 3; });
     }
 }

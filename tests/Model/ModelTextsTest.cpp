@@ -3,10 +3,13 @@
 #include "Batch/SpaceCheck.h"
 #include "Batch/TimeLeft.h"
 #include "Language/L10n.h"
+#include "Model/Copying/BatchOutcome.h"
 #include "Model/Settings/TemplatePreview.h"
 #include "Model/Volumes/VolumeTexts.h"
 
 #include <gmock/gmock.h>
+
+#include <cerrno>
 
 using namespace slatewise;
 
@@ -63,6 +66,10 @@ TEST(ProgressTexts, RunOnceAcrossTheBatch) {
     }
     EXPECT_EQ(ProgressTexts::title(Phase::Copying{"a", 1, 2, 0, 1000}, single, kTurkish),
               "Kopyalanıyor 1 / 2  ·  a  ·  1 KB/s");
+    EXPECT_EQ(ProgressTexts::title(Phase::Idle{}, single, kEnglish, true),
+              "Select a card, a unit, and a destination, then press Hash only.");
+    EXPECT_EQ(ProgressTexts::title(Phase::Verifying{"a.mov", 3, 10, 0.4}, single, kEnglish, true),
+              "Hashing 4 / 10  ·  a.mov");
 }
 
 TEST(ProgressTexts, SayHowMuchIsDoneAndHowLongTheWholeBatchStillTakes) {
@@ -74,19 +81,97 @@ TEST(ProgressTexts, SayHowMuchIsDoneAndHowLongTheWholeBatchStillTakes) {
     const auto copying = [](double share, std::int64_t bytes) {
         return OffloadPhase(Phase::Copying{"a", 1, 2, 0.85 * share, 100, bytes, 1'000'000});
     };
-    EXPECT_FALSE(timeLeft.update(copying(0, 0), start)) << "nothing to go by";
+    EXPECT_EQ(timeLeft.update(copying(0, 0), start), BatchPace()) << "nothing to go by";
     // Half is copied in 100 s: as much again, and 100 s to read it back; three times 300 s behind.
     const auto halfway = start + seconds(100);
-    const auto left = timeLeft.update(copying(0.5, 500'000), halfway);
-    EXPECT_EQ(left, seconds(200 + 3 * 300));
-    EXPECT_EQ(ProgressTexts::pace(copying(0.5, 500'000), left, kEnglish),
-              "500 KB / 1 MB  ·  18:20 left");
+    const auto unknown = timeLeft.update(copying(0.5, 500'000), halfway);
+    EXPECT_EQ(unknown.left, seconds(200 + 3 * 300));
+    EXPECT_EQ(ProgressTexts::pace(unknown, kTurkish), "18:20 kaldı");
     timeLeft.beginPair(2, halfway);
-    EXPECT_FALSE(timeLeft.update(copying(0, 0), halfway));
-    EXPECT_EQ(timeLeft.update(copying(0.5, 1), halfway + seconds(100)), seconds(200));
-    EXPECT_EQ(ProgressTexts::pace(Phase::Verifying{"a", 1, 2, 0.9}, seconds(5), kTurkish),
-              "0:05 kaldı");
-    EXPECT_EQ(ProgressTexts::pace(Phase::Verified{1, 1}, seconds(5), kEnglish), "");
+    EXPECT_FALSE(timeLeft.update(copying(0, 0), halfway).left);
+    EXPECT_EQ(timeLeft.update(copying(0.5, 1), halfway + seconds(100)).left, seconds(200));
+    // Bytes are those of the batch, as the time and the bar are.
+    timeLeft = BatchTimeLeft({3'000'000, 900'000, 2'000'000});
+    timeLeft.beginPair(1, start);
+    timeLeft.update(copying(0, 0), start);
+    const auto known = timeLeft.update(copying(0.5, 500'000), halfway);
+    EXPECT_EQ(known.bytes, (BatchPace::Bytes{3'500'000, 6'000'000}));
+    EXPECT_THAT(ProgressTexts::pace(known, kEnglish), ::testing::StartsWith("3.5 MB / 6 MB  ·  "));
+    EXPECT_FALSE(timeLeft.update(Phase::Verifying{"a", 1, 2, 0.9}, halfway).bytes);
+    EXPECT_EQ(ProgressTexts::pace({}, kEnglish), "");
+}
+
+TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
+    using Kind = OffloadProblem::Kind;
+    struct Case {
+        std::vector<OffloadProblem> problems;
+        PairFailure failure;
+        bool wasHashing;
+        const char* headline;
+        const char* advice;
+    };
+    constexpr auto kOther = PairFailure::Other;
+    const std::vector<Case> cases = {
+        {{{Kind::CopyStopped, "a"}, {Kind::CardGone, "A"}},
+         kOther,
+         false,
+         "The card A is no longer there.",
+         "Put the card in again, tick it and press Copy."},
+        {{{Kind::CardSilent, "A"}},
+         kOther,
+         true,
+         "",
+         "Put the card in again, tick it and press Hash only."},
+        {{{Kind::DiskReplaced, "D"}},
+         kOther,
+         false,
+         "",
+         "Connect the disk again, tick it and press Copy."},
+        {{{Kind::DiskSilent, "D"}}, kOther, false, "", "Connect the disk again, "},
+        {{{Kind::CopyDiffers, "a"}},
+         kOther,
+         false,
+         "",
+         "Do not wipe the card. Copy it again, best to another"},
+        {{{Kind::HashingStopped, "a"}},
+         kOther,
+         true,
+         "",
+         "Do not wipe the card. Press Hash only again; if"},
+        {{{Kind::CopyStopped, "a", "", ENOSPC}}, kOther, false, "", "Make room on the disk"},
+        {{{Kind::CopyGone, "a"}},
+         kOther,
+         true,
+         "",
+         "Do not wipe the card. Press Hash only to try again."},
+        {{}, PairFailure::NoSpace, false, "", "Make room on the disk"},
+        {{},
+         kOther,
+         false,
+         "Verification did not finish (A → D). Card was left mounted.",
+         "Do not wipe the card. Press Copy to try again."},
+        {{{Kind::CopyStopped, "a"}},
+         PairFailure::Stopped,
+         false,
+         "Cancelled.",
+         "You stopped it. Do not wipe the card; press Copy"},
+    };
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.advice);
+        BatchOutcome::FailedPair failed;
+        failed.planned.card = volume("A");
+        failed.planned.destination = volume("D");
+        failed.result.problems = testCase.problems;
+        failed.result.failure = testCase.failure;
+        failed.result.runStatus = OutcomeStatus::Failed;
+        EXPECT_THAT(BatchOutcome::advice(failed, testCase.wasHashing, kEnglish),
+                    ::testing::StartsWith(testCase.advice));
+        EXPECT_THAT(BatchOutcome::headline(failed, true, kEnglish),
+                    ::testing::EndsWith(*testCase.headline ? testCase.headline
+                                                           : ". Card was left mounted."));
+        EXPECT_THAT(BatchOutcome::headline(failed, false, kEnglish),
+                    ::testing::Not(::testing::HasSubstr("left mounted")));
+    }
 }
 
 TEST(ProgressTexts, SayWhatAVolumeHolds) {
@@ -112,6 +197,9 @@ TEST(ProgressTexts, SayWhatAVolumeHolds) {
     auto locked = volume("locked", 7'000'000);
     locked.facts.writeObstacle = WriteObstacle::NoPermission;
     EXPECT_EQ(line(locked, Side::Destination), "You may not write to this disk");
+    auto bare = volume("bare", 7'000'000);
+    bare.reasons = {std::string(pickedReason), std::string(VolumeTexts::bareReason)};
+    EXPECT_EQ(line(bare, Side::Destination), "No disk is mounted here");
 }
 
 TEST(ContentSizes, TheLatestJobForAVolumePublishesIt) {
@@ -169,13 +257,16 @@ TEST(SpaceCheck, WantsRoomForAllCardsOnEachDestination) {
     for (const auto& testCase : cases) {
         std::vector<ClassifiedVolume> destinations;
         for (const auto free : testCase.free)
-            destinations.push_back(volume("D", free));
+            destinations.push_back(volume("D" + std::to_string(destinations.size()), free));
         const auto lack = SpaceCheck::findLackOfRoom(testCase.total, destinations,
                                                      [&](const auto&) { return testCase.asked; });
         ASSERT_EQ(lack.has_value(), testCase.needed.has_value()) << testCase.total;
         if (lack) {
-            EXPECT_EQ(std::get<OffloadError::InsufficientSpace>(lack->reason()).needed,
-                      testCase.needed);
+            const auto& space = std::get<OffloadError::InsufficientSpace>(lack->reason());
+            EXPECT_EQ(space.needed, testCase.needed);
+            EXPECT_EQ(space.disk, destinations.back().name()) << "the last one lacks it";
+            EXPECT_THAT(lack->text(kEnglish), ::testing::HasSubstr(" destination D"));
+            EXPECT_THAT(lack->text(kTurkish), ::testing::HasSubstr(": D"));
         }
     }
 }

@@ -69,6 +69,7 @@ ViewCase {
             return chip !== null && strip.contentX > 0
                 && chip.mapToItem(strip, chip.width, 0).x <= strip.width
         })
+        verify(find("moreBefore", strip).visible && !find("moreBehind", strip).visible)
     }
 
     // However fast or slowly the news come in.
@@ -101,6 +102,7 @@ ViewCase {
     function test_how_it_stands(data) {
         model.settings.verifyOnly = data.hash
         compare(find("copy").text, data.hash ? "Hash only" : "Copy")
+        verify(find("title", find("status")).text.endsWith("press " + find("copy").text + "."))
         stage.copying(0.5)
         if (data.succeed || data.hash)
             stage.succeed()
@@ -110,6 +112,7 @@ ViewCase {
         compare(find("successText").visible, data.succeed)
         compare(find("failureMark").visible, data.fail)
         compare(find("hashedText").visible, data.hash)
+        compare(find("failedPair").text, data.fail ? "A001 → RAID Backup" : "")
         // What is seen from afar: the hue of the block's edge.
         const edge = find("status").border.color
         verify(data.succeed === (edge.g > edge.r * 2 && edge.g > edge.b), "green " + edge)

@@ -3,6 +3,7 @@
 #include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Offload/OffloadError.h"
+#include "Offload/TreeWalker.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
@@ -70,6 +71,15 @@ void playHashed(Stage& stage) {
     stage.succeed();
 }
 
+/// While the card is read, and nothing is copied.
+void playHashing(Stage& stage) {
+    stage.playReady();
+    stage.model()->settings()->setVerifyOnly(true);
+    stage.copying(0);
+    stage.model()->batch()->phaseChanged(
+        Phase::Verifying{"CLIP/A001C043_260301.mxf", 42, 107, 0.4});
+}
+
 void playVerdictOfBefore(Stage& stage) {
     stage.playReady();
     stage.succeed();
@@ -80,25 +90,42 @@ void playVerdictOfBefore(Stage& stage) {
 void playRefused(Stage& stage) {
     playVerdictOfBefore(stage);
     BatchResult refusal;
-    refusal.message = stage.model()->state().l10n().insufficientSpace("119.4 GB", "64 GB");
+    refusal.message = OffloadError(OffloadError::InsufficientSpace{119'400'000'000, 64'000'000'000,
+                                                                   "RAID Backup"})
+                          .text(stage.model()->state().l10n());
     stage.model()->batch()->batchEnded(refusal);
 }
 
-/// The store knows an earlier offload of the card, which has been shot on since.
-void playSeenBefore(Stage& stage) {
+void rememberOffload(Stage& stage, const std::string& card, const std::string& uuid) {
     OffloadOutcome outcome;
-    outcome.sessionID = Uuid::random();
     outcome.status = OutcomeStatus::Verified;
     outcome.startedAt = outcome.finishedAt = Clock::fromIso8601("2026-03-01T09:30:00Z").value();
-    auto& database = *stage.model()->state().database;
+    const auto folder = stage.desk().folder / card;
+    if (std::filesystem::exists(folder)) {
+        for (const auto& entry : TreeWalker::walk(RootFolder(folder), {})) {
+            outcome.files.push_back(makeRow(entry, RowAction::Copy, VerifyStatus::Verified));
+            outcome.bytesCopied += entry.sizeBytes;
+        }
+    }
     for (const auto* disk : {"SHUTTLE_01", "RAID Backup"}) {
         outcome.sessionID = Uuid::random();
-        database.save(outcome, outcome.files, "A009", disk, "CamA",
-                      {.ekip = "Ekip1", .cardUUID = "1A2B-3C4D"});
+        stage.model()->state().database->save(outcome, outcome.files, card, disk, "CamA",
+                                              {.ekip = "Ekip1", .cardUUID = uuid});
     }
+}
+
+/// The store knows earlier offloads of two cards, of which one has been shot on since.
+void playSeenBefore(Stage& stage) {
+    writeFile(stage.desk().folder / "A008/A008C001_260301.mxf", "a clip");
+    rememberOffload(stage, "A008", "");
+    rememberOffload(stage, "A009", "1A2B-3C4D");
     stage.playReady();
+    stage.plugInFolder("A008");
     stage.plugInCard("A009", 118.2 * kGB, "1A2B-3C4D");
-    Desk::waitUntil([&] { return stage.model()->cards()->rows().back().past.contains("RAID"); });
+    Desk::waitUntil([&] {
+        const auto& rows = stage.model()->cards()->rows();
+        return rows.back().past.contains("RAID") && rows[rows.size() - 2].past.contains("RAID");
+    });
 }
 
 std::function<void(Stage&)> failing(Kind kind, const std::string& subject, int code = 0) {
@@ -163,6 +190,7 @@ std::vector<Scene> allScenes() {
         stage.playReady();
         stage.succeed();
     });
+    add("hashing", playHashing);
     add("hashed", playHashed);
     add("verdictOfBefore", playVerdictOfBefore);
     add("refused", playRefused);

@@ -65,18 +65,38 @@ BatchControl::Shown BatchControl::shownNow() const {
     now.fraction = ProgressTexts::fraction(phase, position_);
     now.percentText = toQString(ProgressTexts::percent(now.fraction));
     now.isRefused = stepsBack && state_.notice;
-    now.title = toQString(now.isRefused ? state_.notice->text(l10n)
-                                        : ProgressTexts::title(phase, position_, l10n));
-    if (now.standing == Failed && !wasRefused_ && lastResult_ && lastResult_->message) {
-        now.title = toQString(l10n.failed(BatchOutcome::headline(*lastResult_, l10n)));
-        now.advice = toQString(BatchOutcome::advice(*lastResult_, l10n));
-    }
-    now.pace = toQString(ProgressTexts::pace(phase, left_, l10n));
+    const auto& settings = now.standing == Busy ? lastPlan_.settings : state_.settings;
+    now.title = toQString(now.isRefused
+                              ? state_.notice->text(l10n)
+                              : ProgressTexts::title(phase, position_, l10n, settings.verifyOnly));
+    if (now.standing == Failed && !state_.wasRefused)
+        showFailure(now);
+    now.pace = toQString(ProgressTexts::pace(pace_, l10n));
     for (const auto& sentence : stepsBack ? std::vector<std::string>() : ejects_)
         now.title += (now.title.contains('\n') ? " " : "\n") + toQString(sentence);
-    if (now.standing == Resting || (now.standing == Failed && wasRefused_))
+    if (now.standing == Resting || (now.standing == Failed && state_.wasRefused))
         now.lastOffload = lastOffloadNow();
     return now;
+}
+
+void BatchControl::showFailure(Shown& now) const {
+    const auto failed =
+        lastResult_ ? BatchOutcome::failedPair(lastPlan_, *lastResult_) : std::nullopt;
+    if (!failed)
+        return;
+    const auto l10n = state_.l10n();
+    const auto& card = failed->planned.card;
+    now.failedPair = toQString(Text::displayable(card.name()) + " → " +
+                               Text::displayable(failed->planned.destination.name()));
+    now.title = toQString(l10n.failed(BatchOutcome::headline(*failed, isThere(card), l10n)));
+    now.advice = toQString(BatchOutcome::advice(*failed, lastResult_->wasHashing, l10n));
+}
+
+/// Not another one in its slot.
+bool BatchControl::isThere(const ClassifiedVolume& card) const {
+    const auto* listed = findVolume(state_.board.list(VolumeSide::Card), card.id());
+    const auto& then = card.facts.identity;
+    return listed && (!then || !listed->facts.identity || listed->facts.identity->isSame(*then));
 }
 
 QString BatchControl::lastOffloadNow() const {
@@ -91,7 +111,7 @@ QString BatchControl::lastOffloadNow() const {
 }
 
 void BatchControl::showOutcome() {
-    if (!lastResult_ || wasRefused_ || ProgressTexts::isBusy(phase_)) {
+    if (!lastResult_ || state_.wasRefused || ProgressTexts::isBusy(phase_)) {
         pairs_.setRows({});
         problems_.setRows({});
         return;
@@ -120,7 +140,7 @@ void BatchControl::start() {
     if (batchPlan.cards.empty() || batchPlan.destinations.empty()) {
         phase_ = Phase::Failed{OffloadError(OffloadError::MissingSelection{}).text(state_.l10n())};
         state_.isVerdictOld = false;
-        wasRefused_ = true;
+        state_.wasRefused = true;
         return state_.publish();
     }
     if (auto refusal = findRefusal(batchPlan)) {
@@ -133,7 +153,7 @@ void BatchControl::start() {
         batch_->abandon();
     position_ = {};
     state_.isVerdictOld = false;
-    wasRefused_ = false;
+    state_.wasRefused = false;
     phase_ = Phase::Scanning{};
     state_.publish();
     batch_ = std::make_shared<Batch>(batchPlan, state_.surroundings, state_.database, *this);
@@ -180,7 +200,7 @@ std::optional<Notice> BatchControl::findRefusal(const BatchPlan& plan) {
     const auto* first = missing.empty() ? nullptr : state_.board.selectedCard();
     if (!first)
         return std::nullopt;
-    return Notice{Notice::Kind::CardWithoutUnit, first->name()};
+    return Notice{Notice::Kind::CardWithoutUnit, first->name(), first->id()};
 }
 
 void BatchControl::batchBegan(const BatchPlan& plan) {
@@ -199,7 +219,7 @@ void BatchControl::batchBegan(const BatchPlan& plan) {
 void BatchControl::pairBegan(const BatchPair& pair) {
     position_ = pair.position;
     phase_ = Phase::Scanning{};
-    left_.reset();
+    pace_ = {};
     timeLeft_.beginPair(static_cast<std::size_t>(pair.position.pairIndex),
                         state_.surroundings.now());
     if (!lastPlan_.settings.verifyOnly) {
@@ -219,7 +239,7 @@ void BatchControl::footageBegan(const std::filesystem::path& folder) {
 
 void BatchControl::phaseChanged(const OffloadPhase& phase) {
     phase_ = phase;
-    left_ = timeLeft_.update(phase, state_.surroundings.now());
+    pace_ = timeLeft_.update(phase, state_.surroundings.now());
     showProgress();
 }
 
@@ -230,14 +250,14 @@ void BatchControl::pairEnded(const BatchPair&, const PairResult&) {
 void BatchControl::batchEnded(const BatchResult& result) {
     batch_.reset();
     position_ = {};
-    left_.reset();
+    pace_ = {};
     unfinished_.reset();
     UnfinishedOffload::forget(state_.defaults);
     // Whatever was ticked in the meantime.
     state_.isVerdictOld = false;
     ejects_ = result.ejects;
     // A refusal says nothing of the batch before, nor does that of the refusal.
-    wasRefused_ = !result.wasBegun;
+    state_.wasRefused = !result.wasBegun;
     if (result.wasBegun) {
         lastResult_ = result;
         lastEnd_ = Clock::now();

@@ -34,6 +34,7 @@ class BatchControl : public QObject, public BatchListener {
     Q_PROPERTY(QString title READ title NOTIFY changed)
     Q_PROPERTY(QString pace READ pace NOTIFY changed)
     Q_PROPERTY(bool isRefused READ isRefused NOTIFY changed)
+    Q_PROPERTY(QString failedPair READ failedPair NOTIFY changed)
     Q_PROPERTY(QString advice READ advice NOTIFY changed)
     Q_PROPERTY(QString lastOffload READ lastOffload NOTIFY changed)
     Q_PROPERTY(slatewise::OutcomeListModel* pairs READ pairs CONSTANT)
@@ -55,10 +56,12 @@ public:
     double fraction() const { return shown_.fraction; }
     QString percentText() const { return shown_.percentText; }
     QString title() const { return shown_.title; }
-    /// How much is copied of the pair at work, and how long the batch still takes.
+    /// How much is copied of all pairs, and how long they still take.
     QString pace() const { return shown_.pace; }
     /// Whether the title says why nothing came of what the user did.
     bool isRefused() const { return shown_.isRefused; }
+    /// Of a failed batch, which card on its way to which disk it failed by.
+    QString failedPair() const { return shown_.failedPair; }
     /// What to do about a failure.
     QString advice() const { return shown_.advice; }
     /// One quiet line about a batch whose verdict has stepped back, or that ended with the program
@@ -100,6 +103,7 @@ private:
         QString title;
         QString pace;
         bool isRefused = false;
+        QString failedPair;
         QString advice;
         QString lastOffload;
         friend bool operator==(const Shown&, const Shown&) = default;
@@ -109,6 +113,8 @@ private:
     void showProgress();
     void showOutcome();
     Shown shownNow() const;
+    void showFailure(Shown& now) const;
+    bool isThere(const ClassifiedVolume& card) const;
     QString lastOffloadNow() const;
     BatchPlan plan() const;
     std::optional<Notice> findRefusal(const BatchPlan& plan);
@@ -124,14 +130,12 @@ private:
     BatchPlan lastPlan_;
     std::optional<BatchResult> lastResult_;
     Instant lastEnd_;
-    /// The phase is that of a press that came to nothing, and not of that batch.
-    bool wasRefused_ = false;
     OutcomeListModel pairs_;
     OutcomeListModel problems_;
     /// What became of the cards of the last batch that were to be ejected.
     std::vector<std::string> ejects_;
     BatchTimeLeft timeLeft_;
-    std::optional<std::chrono::seconds> left_;
+    BatchPace pace_;
     std::optional<UnfinishedOffload> unfinished_;
     std::shared_ptr<Batch> batch_;
     bool canCopy_ = false;

@@ -34,11 +34,18 @@ bool wasBegun(const PairResult& pair) {
     return pair.failure != PairFailure::None || endedWell(pair.status);
 }
 
-std::string why(const PairResult& pair, L10n l10n) {
+/// What a pair failed by, in the language of now as far as more than words is known of it.
+std::string reasonOf(const BatchPair& planned, const PairResult& pair,
+                     const OffloadProblem* failure, L10n l10n) {
     if (pair.failure == PairFailure::Stopped)
         return std::string(l10n.cancelled());
-    const auto* failure = firstFailure(pair);
-    return failure ? failure->text(l10n) : pair.message;
+    if (failure)
+        return failure->text(l10n);
+    if (pair.error)
+        return pair.error->text(l10n);
+    return pair.runStatus ? l10n.verifyIncomplete(Text::displayable(planned.card.name()),
+                                                  Text::displayable(planned.destination.name()))
+                          : pair.message;
 }
 
 OutcomeLine lineOf(const BatchPair& planned, const PairResult& pair, L10n l10n) {
@@ -54,26 +61,30 @@ OutcomeLine lineOf(const BatchPair& planned, const PairResult& pair, L10n l10n) 
     case OutcomeStatus::Failed:
         break;
     }
-    return {toQString(l10n.pairFailed(card, disk, why(pair, l10n))), OutcomeLine::Kind::Bad};
+    const auto why = reasonOf(planned, pair, firstFailure(pair), l10n);
+    return {toQString(l10n.pairFailed(card, disk, why)), OutcomeLine::Kind::Bad};
 }
 
-std::string_view adviceFor(const OffloadProblem& problem, L10n l10n) {
+std::string adviceFor(const OffloadProblem& problem, std::string_view button, L10n l10n) {
     if (problem.code == ENOSPC || problem.code == EDQUOT)
-        return l10n.adviceNoSpace();
+        return l10n.adviceNoSpace(button);
     switch (problem.kind) {
     case Kind::CardGone:
-        return l10n.adviceCardGone();
+    case Kind::CardSilent:
+        return l10n.adviceCardGone(button);
     case Kind::DiskReplaced:
-        return l10n.adviceDiskGone();
+    case Kind::DiskSilent:
+        return l10n.adviceDiskGone(button);
     case Kind::CopyDiffers:
     case Kind::NotReadBack:
     case Kind::NothingReadBack:
-        return l10n.adviceCopyDiffers();
+        return std::string(l10n.adviceCopyDiffers());
     case Kind::CopyStopped:
+    case Kind::HashingStopped:
     case Kind::FolderNotRead:
-        return l10n.adviceNotRead();
+        return l10n.adviceNotRead(button);
     default:
-        return l10n.adviceRetry();
+        return l10n.adviceRetry(button);
     }
 }
 
@@ -126,33 +137,33 @@ std::vector<OutcomeLine> problems(const BatchResult& result, L10n l10n) {
     return lines;
 }
 
-std::string headline(const BatchResult& result, L10n l10n) {
-    const auto failed =
-        std::find_if(result.pairs.begin(), result.pairs.end(),
-                     [](const auto& pair) { return wasBegun(pair) && !endedWell(pair.status); });
-    const auto* cause = failed == result.pairs.end() || failed->failure == PairFailure::Stopped
-                            ? nullptr
-                            : decisiveFailure(*failed);
-    if (!cause)
-        return result.message.value_or("");
-    auto sentence = cause->text(l10n);
-    if (cause->kind == Kind::CardGone)
+std::optional<FailedPair> failedPair(const BatchPlan& plan, const BatchResult& result) {
+    const auto planned = plan.pairs();
+    for (std::size_t pair = 0; pair < std::min(planned.size(), result.pairs.size()); ++pair) {
+        if (wasBegun(result.pairs[pair]) && !endedWell(result.pairs[pair].status))
+            return FailedPair{planned[pair], result.pairs[pair]};
+    }
+    return std::nullopt;
+}
+
+std::string headline(const FailedPair& failed, bool isCardThere, L10n l10n) {
+    const auto* cause = decisiveFailure(failed.result);
+    auto sentence = reasonOf(failed.planned, failed.result, cause, l10n);
+    const bool wasStopped = failed.result.failure == PairFailure::Stopped;
+    const bool wasCardGone = cause && cause->kind == Kind::CardGone;
+    if (!isCardThere || wasCardGone || wasStopped)
         return sentence;
     return sentence + (sentence.ends_with('.') ? " " : ". ") + std::string(l10n.cardLeftMounted());
 }
 
-std::string advice(const BatchResult& result, L10n l10n) {
-    for (const auto& pair : result.pairs) {
-        if (endedWell(pair.status) || !wasBegun(pair))
-            continue;
-        if (pair.failure == PairFailure::Stopped)
-            return std::string(l10n.adviceStopped());
-        if (const auto* failure = decisiveFailure(pair))
-            return std::string(adviceFor(*failure, l10n));
-        return std::string(pair.failure == PairFailure::NoSpace ? l10n.adviceNoSpace()
-                                                                : l10n.adviceRetry());
-    }
-    return {};
+std::string advice(const FailedPair& failed, bool wasHashing, L10n l10n) {
+    const auto button = wasHashing ? l10n.hashOnly() : l10n.copy();
+    if (failed.result.failure == PairFailure::Stopped)
+        return l10n.adviceStopped(button);
+    if (const auto* failure = decisiveFailure(failed.result))
+        return adviceFor(*failure, button, l10n);
+    return failed.result.failure == PairFailure::NoSpace ? l10n.adviceNoSpace(button)
+                                                         : l10n.adviceRetry(button);
 }
 
 } // namespace BatchOutcome

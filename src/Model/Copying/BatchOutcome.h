@@ -6,6 +6,7 @@
 #include <QAbstractListModel>
 #include <QString>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -72,11 +73,19 @@ std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result,
 /// What all pairs met beyond what their own lines say, each once; failures first.
 std::vector<OutcomeLine> problems(const BatchResult& result, L10n l10n);
 
-/// What a failed batch failed by, and whether its card is still there.
-std::string headline(const BatchResult& result, L10n l10n);
+/// The pair that a batch failed by: none behind it was begun.
+struct FailedPair {
+    BatchPair planned;
+    PairResult result;
+};
+/// Empty after a good end, and where nothing was begun.
+std::optional<FailedPair> failedPair(const BatchPlan& plan, const BatchResult& result);
 
-/// What to do about a failure; empty after a good end.
-std::string advice(const BatchResult& result, L10n l10n);
+/// What it failed by, and that its card was left mounted, if it is there now.
+std::string headline(const FailedPair& failed, bool isCardThere, L10n l10n);
+
+/// What to do about it.
+std::string advice(const FailedPair& failed, bool wasHashing, L10n l10n);
 
 } // namespace BatchOutcome
 

@@ -14,6 +14,8 @@ struct Notice {
     Kind kind{};
     /// The card or the template that it is about.
     std::string subject;
+    /// The id of the card, if it is one.
+    std::string cardID{};
 
     std::string text(L10n l10n) const;
 

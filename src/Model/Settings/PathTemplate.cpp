@@ -77,7 +77,7 @@ QString PathTemplate::normalized(const QString& pathTemplate) const {
 void PathTemplate::save(const QString& pathTemplate) {
     if (!objection(pathTemplate).isEmpty())
         return;
-    state_.notice.reset();
+    state_.dropRefusal();
     state_.settings.folderTemplate = FolderTemplate::normalize(pathTemplate.toStdString());
     state_.settings.save(state_.defaults);
     state_.publish();

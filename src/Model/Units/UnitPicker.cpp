@@ -72,7 +72,7 @@ void UnitPicker::tapUnit(const QString& name) {
 }
 
 void UnitPicker::giveTargetUnit(const std::string& unit) {
-    state_.notice.reset();
+    state_.dropRefusal();
     const auto card = state_.targetCard();
     if (card)
         state_.cardUnits.setCamera(*card, unit);

@@ -25,7 +25,7 @@ struct MeasuringEntry {
     friend bool operator==(const MeasuringEntry&, const MeasuringEntry&) = default;
 };
 
-/// Volumes to be measured one after the other, away from the GUI thread.
+/// Volumes to be measured, each by itself and away from the GUI thread.
 struct MeasuringJob {
     std::vector<MeasuringEntry> entries;
     SkipNames skipNames;

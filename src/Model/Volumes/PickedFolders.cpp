@@ -59,9 +59,11 @@ std::vector<std::filesystem::path> PickedFolderStore::storedDestinations() const
 }
 
 void PickedFolderStore::persistIfNeeded(std::span<const ClassifiedVolume> cards,
-                                        std::span<const ClassifiedVolume> destinations) {
+                                        std::span<const ClassifiedVolume> destinations,
+                                        std::span<const std::filesystem::path> awaited) {
     auto cardPaths = pathsOf(cards);
     auto destinationPaths = pathsOf(destinations);
+    destinationPaths.insert(destinationPaths.end(), awaited.begin(), awaited.end());
     if (cardPaths == lastCardPaths_ && destinationPaths == lastDestinationPaths_)
         return;
     lastCardPaths_ = std::move(cardPaths);

@@ -31,9 +31,11 @@ public:
     /// The remembered destinations, whether or not they are still there.
     std::vector<std::filesystem::path> storedDestinations() const;
 
-    /// Stores both lists unless they are what was stored last.
+    /// Stores both lists unless they are what was stored last, and with the destinations those that
+    /// are still awaited.
     void persistIfNeeded(std::span<const ClassifiedVolume> cards,
-                         std::span<const ClassifiedVolume> destinations);
+                         std::span<const ClassifiedVolume> destinations,
+                         std::span<const std::filesystem::path> awaited);
 
     /// Nothing for the default folder.
     void saveReportsFolder(const std::optional<std::filesystem::path>& folder);

@@ -3,6 +3,8 @@
 #include "Language/L10n.h"
 #include "Model/FolderChooser.h"
 #include "Model/Volumes/DestinationMemory.h"
+#include "Model/Volumes/VolumeTexts.h"
+#include "Platform/Disks/MountPoints.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
@@ -27,9 +29,14 @@ constexpr std::chrono::seconds kFreeSpaceInterval{5};
 
 ClassifiedVolume pickedVolume(const VolumeFactsOf& facts, const std::filesystem::path& folder,
                               VolumeSide side) {
-    return pickedFolder(facts ? facts(folder) : VolumeFacts(), folder,
-                        side == VolumeSide::Card ? VolumeKind::CameraCard
-                                                 : VolumeKind::Destination);
+    auto picked =
+        pickedFolder(facts ? facts(folder) : VolumeFacts(), folder,
+                     side == VolumeSide::Card ? VolumeKind::CameraCard : VolumeKind::Destination);
+    std::error_code unknown;
+    if (side == VolumeSide::Destination &&
+        MountPoints::isBare(std::filesystem::canonical(folder, unknown)))
+        picked.reasons.emplace_back(VolumeTexts::bareReason);
+    return picked;
 }
 
 const ClassifiedVolume* findPlace(const std::vector<ClassifiedVolume>& volumes,
@@ -78,24 +85,26 @@ void VolumeFollower::begin() {
     pickedFolders_.forgetCards();
     state_.board.treatAsDestinations(DestinationMemory::loadWanted(state_.defaults));
     // Each by itself: a folder on a share that is gone must not keep back the volumes.
-    std::vector<Look<LookedAt>> folders;
+    std::vector<std::pair<std::filesystem::path, Look<LookedAt>>> folders;
     for (const auto& folder : pickedFolders_.storedDestinations()) {
-        folders.push_back(
-            begunLook([folder, facts = state_.surroundings.volumeFacts]() -> LookedAt {
-                if (!FileSystem::exists(folder))
-                    return std::nullopt;
-                return pickedVolume(facts, folder, VolumeSide::Destination);
-            }));
+        auto look = begunLook([folder, facts = state_.surroundings.volumeFacts]() -> LookedAt {
+            if (!FileSystem::exists(folder))
+                return std::nullopt;
+            return pickedVolume(facts, folder, VolumeSide::Destination);
+        });
+        folders.emplace_back(folder, std::move(look));
     }
     auto volumes = begunLook([look = state_.surroundings.lookAtVolumes] {
         if (look)
             look();
     });
-    for (auto& [inTime, later] : folders) {
-        if (inTime.wait_until(end) != std::future_status::ready)
-            takeLater(this, std::move(later));
-        else if (const auto folder = inTime.get())
-            state_.board.addPicked(VolumeSide::Destination, *folder);
+    for (auto& [folder, look] : folders) {
+        if (look.inTime.wait_until(end) != std::future_status::ready) {
+            awaitedFolders_.push_back(folder);
+            takeLater(this, folder, std::move(look.later));
+        } else if (const auto found = look.inTime.get()) {
+            state_.board.addPicked(VolumeSide::Destination, *found);
+        }
     }
     if (volumes.inTime.wait_until(end) == std::future_status::ready)
         watch();
@@ -103,12 +112,14 @@ void VolumeFollower::begin() {
         watchLater(this, std::move(volumes.later));
 }
 
-QCoro::Task<> VolumeFollower::takeLater(QPointer<VolumeFollower> self,
+QCoro::Task<> VolumeFollower::takeLater(QPointer<VolumeFollower> self, std::filesystem::path folder,
                                         QCoro::Task<LookedAt> looking) {
-    const auto folder = co_await looking;
-    if (!self || !folder)
+    const auto found = co_await looking;
+    // Nobody waits for it any more once all were put aside.
+    if (!self || std::erase(self->awaitedFolders_, folder) == 0)
         co_return;
-    self->state_.board.addPicked(VolumeSide::Destination, *folder);
+    if (found)
+        self->state_.board.addPicked(VolumeSide::Destination, *found);
     if (self->isWatching_)
         self->apply();
 }
@@ -137,10 +148,14 @@ void VolumeFollower::apply() {
                            [this](const auto& folder) { return folderPresence_.isThere(folder); });
     persistPickedFolders();
     // Another card may lie in the slot of the one that is known.
-    std::erase_if(state_.pastOffloads, [&](const auto& past) {
-        return applied.appeared.contains(past.first) ||
-               !findVolume(state_.board.list(VolumeSide::Card), past.first);
-    });
+    const auto isGone = [&](const std::string& card) {
+        return applied.appeared.contains(card) ||
+               !findVolume(state_.board.list(VolumeSide::Card), card);
+    };
+    std::erase_if(state_.pastOffloads, [&](const auto& past) { return isGone(past.first); });
+    std::erase_if(state_.cardUnits.cardsNeedingUnit, isGone);
+    if (state_.notice && !state_.notice->cardID.empty() && isGone(state_.notice->cardID))
+        state_.notice.reset();
     measure(applied.appeared);
     announce(applied.newCards);
     for (const auto& destination : state_.board.list(VolumeSide::Destination))
@@ -165,7 +180,7 @@ void VolumeFollower::announce(const std::vector<ClassifiedVolume>& newCards) {
 void VolumeFollower::toggle(VolumeSide side, const std::string& id) {
     if (!findVolume(state_.board.list(side), id))
         return;
-    state_.notice.reset();
+    state_.dropRefusal();
     const bool isTicked = state_.board.selection(side).toggle(id);
     if (side == VolumeSide::Destination) {
         persistDestinations();
@@ -192,6 +207,7 @@ void VolumeFollower::remove(VolumeSide side, const std::string& id) {
     const auto* listed = findVolume(state_.board.list(side), id);
     if (!listed)
         return;
+    state_.dropRefusal();
     state_.board.remove(side, ClassifiedVolume(*listed));
     if (side == VolumeSide::Card)
         state_.cardUnits.cardsNeedingUnit.erase(id);
@@ -201,15 +217,19 @@ void VolumeFollower::remove(VolumeSide side, const std::string& id) {
 }
 
 void VolumeFollower::clear(VolumeSide side) {
+    state_.dropRefusal();
     state_.board.clear(side);
-    if (side == VolumeSide::Card)
-        state_.cardUnits.cardsNeedingUnit.clear();
-    else
+    if (side == VolumeSide::Destination) {
+        awaitedFolders_.clear();
         persistDestinations();
+    } else {
+        state_.cardUnits.cardsNeedingUnit.clear();
+    }
     apply();
 }
 
 void VolumeFollower::treatAs(VolumeSide side, const std::string& id) {
+    state_.dropRefusal();
     state_.board.treatAs(side, id);
     // Not what is ticked, which a disk that is not there now may have been.
     DestinationMemory::saveWanted(state_.board.wantedDestIDs(), state_.defaults);
@@ -241,6 +261,7 @@ QCoro::Task<> VolumeFollower::addFolder(VolumeSide side, std::filesystem::path f
 
 void VolumeFollower::useFolder(VolumeSide side, const ClassifiedVolume& folder) {
     const auto& place = folder.facts.mountPoint;
+    state_.dropRefusal();
     state_.board.addPicked(side, folder);
     apply();
     if (const auto* listed = findPlace(state_.board.list(side), place)) {
@@ -253,8 +274,8 @@ void VolumeFollower::useFolder(VolumeSide side, const ClassifiedVolume& folder) 
             state_.cardUnits.clearUnit(id);
             state_.giveCurrentCrewTo(id);
         }
-    } else {
-        state_.refuse({Notice::Kind::CardAsDestination, folder.name()});
+    } else if (const auto* card = findPlace(state_.board.list(VolumeSide::Card), place)) {
+        state_.refuse({Notice::Kind::CardAsDestination, folder.name(), card->id()});
     }
     if (side == VolumeSide::Destination)
         persistDestinations();
@@ -271,7 +292,7 @@ void VolumeFollower::persistDestinations() {
 
 void VolumeFollower::persistPickedFolders() {
     pickedFolders_.persistIfNeeded(state_.board.corrections().extraCards,
-                                   state_.board.corrections().extraDestinations);
+                                   state_.board.corrections().extraDestinations, awaitedFolders_);
 }
 
 void VolumeFollower::refreshFreeSpace() {
@@ -329,28 +350,26 @@ void VolumeFollower::measure(const VolumeIDs& forceIDs) {
         return;
     auto job =
         state_.contentSizes.begin(state_.board.lists(), forceIDs, state_.settings.skipNames());
-    if (job)
-        measureAll(this, std::move(*job));
+    if (!job)
+        return;
+    // Each by itself: one that is silent keeps back no other.
+    for (const auto& entry : job->entries)
+        measureOne(this, entry, job->skipNames, job->generation);
 }
 
-QCoro::Task<> VolumeFollower::measureAll(QPointer<VolumeFollower> self, MeasuringJob job) {
-    for (const auto& entry : job.entries) {
-        // A later job may measure it under other rules, or it may be gone.
-        if (!self || !self->state_.contentSizes.isWanted(job.generation, entry.id))
-            continue;
-        const auto measuring =
-            onWorker([entry, names = job.skipNames, measure = self->state_.surroundings.measure] {
-                return measure(entry, names);
-            });
-        const auto measured = co_await measuring;
-        if (!self ||
-            !self->state_.contentSizes.accept(job.generation, entry.id, measured.usedBytes))
-            continue;
-        self->state_.board.applyCapacity(entry.id, measured.totalBytes, measured.freeBytes);
-        self->state_.publish();
-        if (const auto* card = findVolume(self->state_.board.list(VolumeSide::Card), entry.id))
-            lookUp(self, *card);
-    }
+QCoro::Task<> VolumeFollower::measureOne(QPointer<VolumeFollower> self, MeasuringEntry entry,
+                                         SkipNames skipNames, int generation) {
+    const auto measuring =
+        onWorker([entry, names = std::move(skipNames),
+                  measure = self->state_.surroundings.measure] { return measure(entry, names); });
+    const auto measured = co_await measuring;
+    // A later job may measure it under other rules, or it may be gone.
+    if (!self || !self->state_.contentSizes.accept(generation, entry.id, measured.usedBytes))
+        co_return;
+    self->state_.board.applyCapacity(entry.id, measured.totalBytes, measured.freeBytes);
+    self->state_.publish();
+    if (const auto* card = findVolume(self->state_.board.list(VolumeSide::Card), entry.id))
+        lookUp(self, *card);
 }
 
 } // namespace slatewise

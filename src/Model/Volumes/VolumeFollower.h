@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace slatewise {
 
@@ -60,7 +61,8 @@ Q_SIGNALS:
 private:
     using LookedAt = std::optional<ClassifiedVolume>;
 
-    static QCoro::Task<> takeLater(QPointer<VolumeFollower> self, QCoro::Task<LookedAt> looking);
+    static QCoro::Task<> takeLater(QPointer<VolumeFollower> self, std::filesystem::path folder,
+                                   QCoro::Task<LookedAt> looking);
     static QCoro::Task<> watchLater(QPointer<VolumeFollower> self, QCoro::Task<> looking);
     void watch();
     void announce(const std::vector<ClassifiedVolume>& newCards);
@@ -69,11 +71,14 @@ private:
     void measure(const VolumeIDs& forceIDs);
     static QCoro::Task<> refreshFreeSpaceOf(QPointer<VolumeFollower> self, MeasuringEntry disk);
     static QCoro::Task<> lookUp(QPointer<VolumeFollower> self, ClassifiedVolume card);
-    static QCoro::Task<> measureAll(QPointer<VolumeFollower> self, MeasuringJob job);
+    static QCoro::Task<> measureOne(QPointer<VolumeFollower> self, MeasuringEntry entry,
+                                    SkipNames skipNames, int generation);
 
     ModelState& state_;
     ReportsFolder& reports_;
     PickedFolderStore pickedFolders_;
+    /// Remembered ones that have not answered since the start. They stay remembered.
+    std::vector<std::filesystem::path> awaitedFolders_;
     FolderPresence folderPresence_;
     QTimer freeSpaceTimer_;
     /// Disks that have not answered yet how much is free.

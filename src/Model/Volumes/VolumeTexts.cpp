@@ -3,6 +3,8 @@
 #include "Language/L10n.h"
 #include "Offload/PathSize.h"
 
+#include <algorithm>
+
 namespace slatewise::VolumeTexts {
 
 namespace {
@@ -33,6 +35,9 @@ std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const Cont
     if (side == VolumeSide::Destination) {
         if (const auto obstacle = obstacleText(volume.facts.writeObstacle, l10n); !obstacle.empty())
             return std::string(obstacle);
+        const auto& reasons = volume.reasons;
+        if (std::find(reasons.begin(), reasons.end(), bareReason) != reasons.end())
+            return std::string(l10n.noDiskMounted());
         if (const auto free = sizes.freeBytes(id))
             return size(*free);
         if (volume.facts.freeBytes >= 1)

@@ -4,6 +4,7 @@
 #include "Model/QtText.h"
 #include "Offload/CopyProgress.h"
 #include "Offload/OffloadError.h"
+#include "Offload/TreeWalker.h"
 
 #include <fmt/format.h>
 
@@ -95,6 +96,13 @@ void Stage::add(const QString& name, VolumeKind kind, std::int64_t bytes, const 
 
 void Stage::plugInCard(const QString& name, double bytes, const QString& uuid) {
     add(name, VolumeKind::CameraCard, static_cast<std::int64_t>(bytes), uuid);
+}
+
+void Stage::plugInFolder(const QString& name) {
+    const auto card = name.toStdString();
+    const auto id = desk_.mountCard(card, {}).toStdString();
+    disks_->set(id, TreeWalker::copyableBytes(desk_.folder / card, {}));
+    model()->volumes().apply();
 }
 
 void Stage::plugInDisk(const QString& name, double freeBytes) {
@@ -201,10 +209,12 @@ void Stage::fail(std::vector<OffloadProblem> problems, PairFailure failure) {
     const auto pairs = plan().pairs();
     BatchResult result;
     result.wasBegun = true;
+    result.wasHashing = model()->settings()->verifyOnly();
     result.pairs.resize(pairs.size());
     result.pairs.front() = {.status = OutcomeStatus::Verified, .filesDone = 107};
     auto& failed = result.pairs.at(1);
     failed.failure = failure;
+    failed.runStatus = OutcomeStatus::Failed;
     failed.message = l10n.verifyIncomplete(pairs[1].card.name(), pairs[1].destination.name()) +
                      " " + std::string(l10n.cardLeftMounted());
     failed.problems = std::move(problems);

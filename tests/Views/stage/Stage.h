@@ -36,6 +36,8 @@ public:
 
     /// The UUID is that of its file system.
     Q_INVOKABLE void plugInCard(const QString& name, double bytes = 1e9, const QString& uuid = {});
+    /// A card that is there: the desk's folder of that name, with what lies in it.
+    void plugInFolder(const QString& name);
     Q_INVOKABLE void plugInDisk(const QString& name, double freeBytes = 1e12);
     /// Something that is neither a card nor a disk to copy to.
     Q_INVOKABLE void plugInUnknown(const QString& name);
