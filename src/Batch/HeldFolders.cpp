@@ -2,6 +2,7 @@
 
 #include "Batch/Waiting.h"
 #include "Language/L10n.h"
+#include "Platform/Disks/MountPoints.h"
 #include "Platform/Error.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
@@ -44,6 +45,11 @@ Folder openIfChosen(const VolumeFacts& chosen) {
     return nullptr;
 }
 
+bool isBare(const std::filesystem::path& destination) {
+    std::error_code failure;
+    return MountPoints::isBare(std::filesystem::canonical(destination, failure));
+}
+
 QCoro::Task<> allOf(std::vector<QCoro::Task<>> tasks) {
     for (const auto& task : tasks)
         co_await task;
@@ -56,9 +62,10 @@ struct HeldFolders::Look {
     std::mutex lock;
     HeldFolders held;
 
-    void open(const VolumeFacts& chosen) {
+    void open(const VolumeFacts& chosen, bool isDestination) {
         Folder folder;
         std::optional<PosixError> failure;
+        const bool isBareOne = isDestination && isBare(chosen.mountPoint);
         try {
             folder = openIfChosen(chosen);
         } catch (const PosixError& reason) {
@@ -70,7 +77,10 @@ struct HeldFolders::Look {
         held.folders_[chosen.mountPoint] = std::move(folder);
         if (failure)
             held.failures_.insert({chosen.mountPoint, *failure});
+        if (isBareOne)
+            held.bare_.insert(chosen.mountPoint);
     }
+
     /// A late worker keeps this object, but must not keep a card from being ejected.
     HeldFolders takeSoFar() {
         const std::lock_guard guard(lock);
@@ -83,8 +93,11 @@ QCoro::Task<HeldFolders> HeldFolders::of(BatchPlan plan, std::stop_token stop,
     const auto look = std::make_shared<Look>();
     std::vector<QCoro::Task<>> answers;
     for (const auto* volumes : {&plan.cards, &plan.destinations}) {
+        const bool areDestinations = volumes == &plan.destinations;
         for (const auto& volume : *volumes) {
-            answers.push_back(onWorker([look, facts = volume.facts] { look->open(facts); }));
+            answers.push_back(onWorker([look, facts = volume.facts, areDestinations] {
+                look->open(facts, areDestinations);
+            }));
         }
     }
     const auto answering = waitForEnd(allOf(std::move(answers)), stop, {.patience = patience});
@@ -118,6 +131,13 @@ std::optional<OffloadProblem> HeldFolders::findMissing(const BatchPair& pair, L1
                               pair.destination.name()};
     }
     return std::nullopt;
+}
+
+std::optional<OffloadProblem> HeldFolders::findNotMounted(const BatchPair& pair) const {
+    const auto& mountPoint = pair.destination.facts.mountPoint;
+    if (!bare_.contains(mountPoint))
+        return std::nullopt;
+    return OffloadProblem{OffloadProblem::Kind::NotMounted, mountPoint.native()};
 }
 
 std::shared_ptr<const RootFolder> HeldFolders::at(const std::filesystem::path& mountPoint) const {

@@ -11,6 +11,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stop_token>
 
 namespace slatewise {
@@ -32,6 +33,9 @@ public:
     /// Why the pair cannot be begun, with reasons in that language; empty when both are held.
     std::optional<OffloadProblem> findMissing(const BatchPair& pair, L10n l10n) const;
 
+    /// Of a destination where no disk is mounted, though one is meant to be.
+    std::optional<OffloadProblem> findNotMounted(const BatchPair& pair) const;
+
     /// Null when it is not held.
     std::shared_ptr<const RootFolder> at(const std::filesystem::path& mountPoint) const;
 
@@ -45,6 +49,8 @@ private:
     std::map<std::filesystem::path, std::shared_ptr<const RootFolder>> folders_;
     /// Of those that are there, as far as anybody knows, and could not be opened.
     std::map<std::filesystem::path, PosixError> failures_;
+    /// Destinations beneath which the system's disk lies.
+    std::set<std::filesystem::path> bare_;
 };
 
 } // namespace slatewise

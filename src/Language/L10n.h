@@ -112,7 +112,9 @@ public:
     std::string linkLeadsNowhere(Text link) const;
     std::string linkLeadsToNoFile(Text link) const;
     std::string fileSystemErrors(Text volume) const;
-    std::string onSystemDisk(Text folder) const;
+    std::string damageUntold(Text card) const;
+    std::string deviceErrors(Text card) const;
+    std::string notMounted(Text folder) const;
     std::string reportsNotWritten(Text place, Text reason) const;
     std::string sessionNotStored(Text card, Text reason) const;
     std::string sessionNotQueued(Text card, Text reason) const;

@@ -191,9 +191,33 @@ std::string L10n::fileSystemErrors(Text volume) const {
                              volume);
 }
 
-std::string L10n::onSystemDisk(Text folder) const {
-    return isTurkish() ? fmt::format("{} sistem diskinde duruyor.", folder)
-                       : fmt::format("{} lies on the system's disk.", folder);
+std::string L10n::damageUntold(Text card) const {
+    return isTurkish()
+               ? fmt::format("{}: klasörlerdeki hasar burada anlaşılamaz, çünkü kart büyük "
+                             "olasılıkla yazmaya karşı korumalı. Dosya sayısını kameranın "
+                             "söylediğiyle karşılaştırın.",
+                             card)
+               : fmt::format("{}: damage in a folder would not be noticed here, most likely "
+                             "because the card is write-protected. Compare the number of files "
+                             "with what the camera says.",
+                             card);
+}
+
+std::string L10n::deviceErrors(Text card) const {
+    return isTurkish()
+               ? fmt::format("{}: okuyucu bu sırada hata bildirdi. Dosya sayısını kameranın "
+                             "söylediğiyle karşılaştırın.",
+                             card)
+               : fmt::format("{}: the reader reported errors meanwhile. Compare the number of "
+                             "files with what the camera says.",
+                             card);
+}
+
+std::string L10n::notMounted(Text folder) const {
+    return isTurkish()
+               ? fmt::format("{}: buraya disk bağlı değil, kopya sistem diskinde duruyor.", folder)
+               : fmt::format("{}: no disk is mounted there, the copy lies on the system's disk.",
+                             folder);
 }
 
 std::string L10n::reportsNotWritten(Text place, Text reason) const {

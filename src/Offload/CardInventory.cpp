@@ -6,6 +6,7 @@
 #include "Platform/Error.h"
 
 #include <cerrno>
+#include <chrono>
 
 namespace slatewise {
 
@@ -28,6 +29,8 @@ CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunRep
          .leadsOut = reportLink(Kind::LinkLeadsOut),
          .leadsNowhere = reportLink(Kind::LinkLeadsNowhere),
          .leadsToNoFile = reportLink(Kind::LinkLeadsToNoFile)});
+    if (errors_.areNotCounted())
+        reporter_.report({Kind::DamageUntold, card_.path().native()});
     for (const auto& entry : entries_) {
         if (!entry.shouldCopy)
             continue;
@@ -66,7 +69,13 @@ bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
 
 /// Drivers pass over damage in a folder without a word to whoever lists it.
 void CardInventory::noteErrors() {
-    if (!isWhole_ || !errors_.haveGrown())
+    // The last folder was listed only just now.
+    constexpr std::chrono::milliseconds kPatience{100};
+    if (!isWhole_)
+        return;
+    if (errors_.hasDeviceMetErrors())
+        reporter_.report({Kind::DeviceErrors, card_.path().native()});
+    if (!errors_.haveGrown(kPatience))
         return;
     isWhole_ = false;
     reporter_.report({Kind::FileSystemErrors, card_.path().native()});

@@ -14,6 +14,9 @@ OffloadProblem OffloadProblem::of(Kind kind, std::string subject, const std::exc
 
 OffloadProblem::Severity OffloadProblem::severity() const {
     switch (kind) {
+    case Kind::DamageUntold:
+    case Kind::DeviceErrors:
+    case Kind::NotMounted:
     case Kind::ReadFromMemory:
     case Kind::LinkLeadsOut:
     case Kind::LinkLeadsNowhere:
@@ -52,6 +55,12 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.folderNotRead(about, reason);
     case Kind::FileSystemErrors:
         return l10n.fileSystemErrors(about);
+    case Kind::DamageUntold:
+        return l10n.damageUntold(about);
+    case Kind::DeviceErrors:
+        return l10n.deviceErrors(about);
+    case Kind::NotMounted:
+        return l10n.notMounted(about);
     case Kind::NothingReadBack:
         return l10n.nothingReadBack(about, reason);
     case Kind::ReadFromMemory:
@@ -99,6 +108,11 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.nameNotListed(about);
     }
     return reason;
+}
+
+std::string OffloadProblem::logLine() const {
+    const auto line = text(L10n(AppLanguage::English));
+    return kind == Kind::CopyDiffers && !reason.empty() ? line + " " + reason : line;
 }
 
 } // namespace slatewise

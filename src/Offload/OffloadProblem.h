@@ -31,6 +31,12 @@ struct OffloadProblem {
         FolderNotRead,
         /// A file system met damage while it was read or written, and may not have said where.
         FileSystemErrors,
+        /// The card's file system would not tell of damage in its folders, nor count it.
+        DamageUntold,
+        /// The card's device met errors that its file system may have passed over.
+        DeviceErrors,
+        /// A disk is meant to be mounted on the destination, which is the subject, and none is.
+        NotMounted,
         /// The disk could not keep what it was given, so that no copy was proved.
         NothingReadBack,
         /// What was compared may not have come from the disk itself.
@@ -101,6 +107,9 @@ struct OffloadProblem {
 
     /// One sentence.
     std::string text(L10n l10n) const;
+
+    /// The same for the log, with what only a developer asks for.
+    std::string logLine() const;
 
     friend bool operator==(const OffloadProblem&, const OffloadProblem&) = default;
 };

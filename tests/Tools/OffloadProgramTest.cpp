@@ -323,7 +323,9 @@ TEST_F(OffloadProgram, SaysThatAnEmptyMountPointLiesOnTheSystemsDisk) {
     runPrivileged({"mkdir", "-m", "0777", place});
     const auto result = offload({"--quiet", "--language", "tr", "--to", place, folder / "A001"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.standardError, HasSubstr(place + " sistem diskinde duruyor."));
+    const std::string sentence = ": buraya disk bağlı değil, kopya sistem diskinde duruyor.";
+    EXPECT_THAT(result.standardError, HasSubstr(place + sentence));
+    EXPECT_THAT(readFile(lines(result).at(0).reportFolder / "manifest.json"), HasSubstr(sentence));
     runPrivileged({"rm", "-r", place});
 }
 

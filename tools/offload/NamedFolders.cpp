@@ -3,7 +3,6 @@
 #include "Language/L10n.h"
 #include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
-#include "Platform/Disks/MountPoints.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Reports/ReportFolder.h"
@@ -84,7 +83,6 @@ void look(NamedFolder& folder, L10n l10n) {
         folder.isEmpty = isEmpty(path);
         folder.hasReportSets = hasReportSets(path);
         folder.volume = pickedFolder(DiskUtilClient::facts(path), path, kind);
-        folder.isBareMountPoint = folder.isEmpty && MountPoints::isBare(path);
     } catch (const std::exception& failure) {
         folder.obstacle = describe(failure, l10n);
     }

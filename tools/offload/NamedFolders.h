@@ -34,8 +34,6 @@ struct NamedFolder {
     bool isEmpty = false;
     /// There are report sets in it, as on a disk that cards were copied to.
     bool hasReportSets = false;
-    /// A volume is meant to be mounted there, and none is.
-    bool isBareMountPoint = false;
 };
 
 struct NamedFolders {

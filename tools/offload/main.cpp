@@ -79,11 +79,6 @@ void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
                                             {.inPath = camera, .isNamed = !values.camera.empty()},
                                             {.inPath = crew, .isNamed = !values.ekip.empty()}));
     }
-    // Who runs this from a script must see it too.
-    for (const auto& destination : order.folders.destinations) {
-        if (destination.isBareMountPoint)
-            display.note(texts.shared.onSystemDisk(destination.volume.facts.mountPoint.native()));
-    }
 }
 
 int offload(tool::Arguments arguments, const tool::Interruption& interruption) {

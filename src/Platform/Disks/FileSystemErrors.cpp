@@ -2,26 +2,68 @@
 
 #include "Platform/Disks/BlockDevices.h"
 
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+
 #include <fstream>
+#include <thread>
 
 namespace slatewise {
 
 namespace {
 
-std::int64_t countIn(const std::filesystem::path& counter) {
-    std::int64_t count = 0;
-    std::ifstream(counter) >> count;
-    return count;
+std::optional<std::int64_t> numberIn(const std::filesystem::path& file) {
+    std::int64_t number = 0;
+    if (std::ifstream(file) >> number)
+        return number;
+    return std::nullopt;
+}
+
+bool isReadOnly(dev_t device) {
+    return numberIn("/sys/dev/block/" + BlockDevices::text(device) + "/ro") == 1;
+}
+
+/// As the item itself tells: where files have numbers that stand for no device, nothing is counted.
+/// 0 when it cannot be learnt.
+dev_t deviceOf(const std::filesystem::path& path) {
+    struct stat facts {};
+    return ::stat(path.c_str(), &facts) == 0 ? facts.st_dev : 0;
+}
+
+/// 0 when it cannot be learnt.
+std::uint32_t fileSystemUnder(const std::filesystem::path& path) {
+    struct statfs facts {};
+    return ::statfs(path.c_str(), &facts) == 0 ? static_cast<std::uint32_t>(facts.f_type) : 0;
 }
 
 } // namespace
 
-FileSystemErrors::FileSystemErrors(const std::filesystem::path& path)
-    : counter_("/sys/fs/ext4" / BlockDevices::pathUnder(path).filename() / "errors_count"),
-      before_(countIn(counter_)) {}
+FileSystemErrors::FileSystemErrors(const std::filesystem::path& path) {
+    const auto fileSystem = fileSystemUnder(path);
+    const auto device = deviceOf(path);
+    if (fileSystem == MSDOS_SUPER_MAGIC)
+        device_.emplace(device);
+    // The number is that of ext2, ext3 and ext4 alike.
+    if (fileSystem != EXT4_SUPER_MAGIC)
+        return;
+    counter_ = "/sys/fs/ext4" / BlockDevices::folderOf(device).filename() / "errors_count";
+    const auto count = numberIn(counter_);
+    before_ = count.value_or(0);
+    areNotCounted_ = !count || isReadOnly(device);
+}
 
-bool FileSystemErrors::haveGrown() const {
-    return countIn(counter_) > before_;
+bool FileSystemErrors::haveGrown(std::chrono::milliseconds patience) const {
+    constexpr std::chrono::milliseconds kPause{10};
+    if (counter_.empty())
+        return false;
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (numberIn(counter_).value_or(0) <= before_) {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        std::this_thread::sleep_for(kPause);
+    }
+    return true;
 }
 
 } // namespace slatewise

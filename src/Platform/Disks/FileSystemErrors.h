@@ -1,25 +1,42 @@
 #pragma once
 
+#include "Platform/Disks/DeviceErrors.h"
+
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 
 namespace slatewise {
 
 /// The errors that a file system has met so far, by its driver's own count. What lists a damaged
-/// folder or reads a damaged record is not always told of it. Counted by ext2, ext3 and ext4; of
-/// others nothing is known.
+/// folder or reads a damaged record is not always told of it. Counted by ext2, ext3 and ext4. Of
+/// FAT, whose driver passes over what the device cannot read, the device is asked. Others tell
+/// whoever reads.
 class FileSystemErrors {
 public:
     /// Of the volume that holds `path`, as they are now. Never fails.
     explicit FileSystemErrors(const std::filesystem::path& path);
 
-    /// Whether there are more of them than there were.
-    bool haveGrown() const;
+    /// Whether there are more of them than there were. A driver that keeps a journal counts a
+    /// moment after it has passed something over, which `patience` is for.
+    bool haveGrown(std::chrono::milliseconds patience = {}) const;
+
+    /// Whether damage would be passed over and counted nowhere: an ext driver counts nothing on a
+    /// device that takes no writes, as behind the lock of a card or a write blocker.
+    bool areNotCounted() const noexcept { return areNotCounted_; }
+
+    /// Whether the device below a FAT file system has met more errors than it had. It counts
+    /// harmless refusals, too.
+    bool hasDeviceMetErrors() const { return device_ && device_->haveGrown(); }
 
 private:
     /// Empty where nothing counts.
     std::filesystem::path counter_;
-    std::int64_t before_;
+    std::int64_t before_ = 0;
+    bool areNotCounted_ = false;
+    /// Of FAT alone.
+    std::optional<DeviceErrors> device_;
 };
 
 } // namespace slatewise

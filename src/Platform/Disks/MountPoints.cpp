@@ -17,12 +17,21 @@ struct CloseTable {
     void operator()(std::FILE* table) const { ::endmntent(table); }
 };
 
-bool isInFstab(const std::filesystem::path& folder) {
-    const std::unique_ptr<std::FILE, CloseTable> table(::setmntent("/etc/fstab", "r"));
+bool liesIn(const std::filesystem::path& folder, const std::filesystem::path& mountPoint) {
+    const auto [rest, ignored] =
+        std::mismatch(mountPoint.begin(), mountPoint.end(), folder.begin(), folder.end());
+    return rest == mountPoint.end();
+}
+
+/// The system's own folder is in the table, too, and always mounted on.
+bool isMeantForVolume(const std::filesystem::path& folder,
+                      const std::filesystem::path& fileSystems) {
+    const std::unique_ptr<std::FILE, CloseTable> table(::setmntent(fileSystems.c_str(), "r"));
     std::array<char, 4096> room{};
     mntent entry{};
     while (table && ::getmntent_r(table.get(), &entry, room.data(), room.size())) {
-        if (folder == entry.mnt_dir)
+        const std::filesystem::path mountPoint = entry.mnt_dir;
+        if (mountPoint.has_relative_path() && liesIn(folder, mountPoint))
             return true;
     }
     return false;
@@ -37,12 +46,15 @@ bool liesWhereMediaAreMounted(const std::filesystem::path& folder) {
 
 } // namespace
 
-bool isBare(const std::filesystem::path& folder) noexcept {
+bool isBare(const std::filesystem::path& folder, const std::filesystem::path& fileSystems,
+            const std::filesystem::path& mounts) noexcept {
     try {
-        const auto mounts = MountTable::read();
-        const auto* mount = MountTable::holding(mounts, folder);
+        const auto known = MountTable::read(mounts);
+        const auto* mount = MountTable::holding(known, folder);
         const bool isOfSystem = mount && (mount->mountPoint == "/" || mount->mountPoint == "/run");
-        return isOfSystem && (liesWhereMediaAreMounted(folder) || isInFstab(folder));
+        return isOfSystem &&
+               (isMeantForVolume(folder, fileSystems) ||
+                (liesWhereMediaAreMounted(folder) && std::filesystem::is_empty(folder)));
     } catch (const std::exception&) {
         return false;
     }

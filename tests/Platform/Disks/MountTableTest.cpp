@@ -1,6 +1,8 @@
 #include "Platform/Disks/MountTable.h"
 
 #include "Platform/Disks/BlockDevices.h"
+#include "Platform/Disks/DeviceErrors.h"
+#include "Platform/Disks/MountPoints.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
 
@@ -45,6 +47,41 @@ TEST(MountTable, KnowsWhatOneSeesAtAPath) {
     EXPECT_EQ(MountTable::holding(mounts, "/media/me/A/B")->source, "/dev/sdd1");
     EXPECT_EQ(MountTable::holding(mounts, "/media/me/AB/C")->source, "/dev/vda");
     EXPECT_EQ(MountTable::holding({}, "/"), nullptr);
+}
+
+TEST(MountPoints, AreBareWhereAVolumeIsMeantToBe) {
+    const TemporaryFolder folder;
+    const auto table = folder / "fstab";
+    const auto mounts = folder / "mountinfo";
+    const auto isBare = [&](const std::filesystem::path& path) {
+        return MountPoints::isBare(path, table, mounts);
+    };
+    const auto place = folder / "SSD 1";
+    writeFile(place / "A001/clip.mov", "copied by mistake");
+    writeFile(table, "/dev/vda / ext4 defaults 0 1\n/dev/sdb1 " + (folder / "SSD").native() +
+                         "\\0401 exfat noauto 0 0\n");
+    writeFile(mounts, "27 1 254:0 / / rw - ext4 /dev/vda rw\n");
+    EXPECT_TRUE(isBare(place));
+    EXPECT_TRUE(isBare(place / "A001"));
+    EXPECT_FALSE(isBare(folder / "SSD 12"));
+    EXPECT_FALSE(isBare(folder.path()));
+    writeFile(mounts, "27 1 254:0 / / rw - ext4 /dev/vda rw\n90 27 8:17 / " +
+                          (folder / "SSD").native() + "\\0401 rw - exfat /dev/sdb1 rw\n");
+    EXPECT_FALSE(isBare(place)) << "what is mounted there is the disk";
+}
+
+TEST(DeviceErrors, AreThoseOfTheDiskBelow) {
+    const TemporaryFolder sys;
+    const auto disk = sys / "devices/usb/sdb";
+    writeFile(disk / "sdb1/partition", "1");
+    writeFile(disk / "device/ioerr_cnt", "0xe\n");
+    std::filesystem::create_directories(sys / "dev/block");
+    std::filesystem::create_symlink(disk / "sdb1", sys / "dev/block/8:17");
+    const DeviceErrors errors(makedev(8, 17), sys.path());
+    EXPECT_FALSE(errors.haveGrown());
+    writeFile(disk / "device/ioerr_cnt", "0x10\n");
+    EXPECT_TRUE(errors.haveGrown());
+    EXPECT_FALSE(DeviceErrors(makedev(8, 33), sys.path()).haveGrown()) << "not known there";
 }
 
 /// Btrfs has numbers of its own that stand for no device, exFAT through FUSE those of its device.
