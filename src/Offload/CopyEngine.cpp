@@ -182,9 +182,10 @@ private:
             areInPlace = lookIntoClips(proof_->copies()->folder(), RootFolder::Links::Refuse);
         const bool areComplete = areInPlace && proof_->findsCopiesInPlace(results_);
         const bool isUnchanged = isCardUnchanged(areInPlace);
+        const bool isUndamaged = proof_->findsDiskUndamaged();
         if (observer_.proved)
             observer_.proved(proof_->copies());
-        return allProved && areFoldersApart_ && areComplete && isUnchanged;
+        return allProved && areFoldersApart_ && areComplete && isUnchanged && isUndamaged;
     }
 
     void copyFile(std::size_t index, CopyProgress& progress) {

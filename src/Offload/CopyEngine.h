@@ -53,7 +53,7 @@ struct Observer {
     std::function<void(const OffloadPhase&)> progress;
     /// One line for the log.
     std::function<void(const std::string&)> log;
-    /// As it comes up; the outcome has it too. Its line for the log is told by `log`.
+    /// As it comes up; the outcome has it too. Whoever watches sees to its line for the log.
     std::function<void(const OffloadProblem&)> problem;
     /// Once, before the first file: where the run leaves everything, whatever becomes of it.
     std::function<void(const std::filesystem::path&)> sessionRootCreated;
@@ -78,7 +78,7 @@ struct Observer {
 /// Fails with `CancellationError` when asked to stop between files, with `OffloadError` when there
 /// is too little space, when card or destination are gone before anything is written or when the
 /// template leads out of the destination, and with `PosixError` when the card cannot be opened or
-/// the session's folder cannot be made.
+/// the session's folder cannot be made or opened.
 OffloadOutcome run(const Request& request, const Observer& observer, std::stop_token stop);
 
 /// What must be free beyond the bytes to copy: 1%, at least 8 MiB.

@@ -15,7 +15,7 @@ using Kind = OffloadProblem::Kind;
 
 bool CopyProof::settle() {
     try {
-        disk_.syncVolume();
+        volume_.sync();
         return true;
     } catch (const PosixError& failure) {
         reporter_.reportFailure(Kind::NothingReadBack, disk_.path(), failure);
@@ -55,13 +55,17 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
 }
 
 bool CopyProof::findsCopiesInPlace(std::span<FileCopyResult> rows) {
-    auto changes = copies_->findChanged(rows);
+    auto changes = copies_->findChanged(rows, {}, transfer_.stop());
     for (auto& problem : changes)
         reporter_.report(std::move(problem));
+    return changes.empty();
+}
+
+bool CopyProof::findsDiskUndamaged() {
     const bool hasErrors = errors_.haveGrown();
     if (hasErrors)
         reporter_.report({Kind::FileSystemErrors, disk_.path().native()});
-    return changes.empty() && !hasErrors;
+    return !hasErrors;
 }
 
 void CopyProof::readBack(FileCopyResult& row, int position, int count) {

@@ -5,6 +5,7 @@
 #include "Offload/RunReporter.h"
 #include "Offload/RunTransfer.h"
 #include "Platform/Disks/FileSystemErrors.h"
+#include "Platform/Files/VolumeWatch.h"
 
 #include <filesystem>
 #include <memory>
@@ -18,11 +19,14 @@ namespace slatewise {
 /// disk. On the run's thread.
 class CopyProof {
 public:
-    /// `session` lies beneath `disk`. All three must outlive it.
+    /// `session` lies beneath `disk`, and nothing has been written there. Disk, reporter and
+    /// transfer must outlive it. Fails with `PosixError` when the session cannot be opened.
     CopyProof(const RootFolder& disk, std::filesystem::path session, RunReporter& reporter,
               RunTransfer& transfer)
         : disk_(disk), session_(std::move(session)), reporter_(reporter), transfer_(transfer),
-          copies_(std::make_shared<ProvedCopies>(disk.below(session_))), errors_(disk.path()) {}
+          copies_(
+              std::make_shared<ProvedCopies>(disk.below(session_), reporter.words().language())),
+          volume_(copies_->folder()), errors_(disk.path()) {}
 
     /// What is proved must also outlive a power cut, folder entries and dates included. False, and
     /// reported, when the disk could not keep what it was given.
@@ -35,9 +39,12 @@ public:
     /// whether all were proved. Fails with `CancellationError` when asked to stop between files.
     bool prove(std::span<FileCopyResult> rows);
 
-    /// Whether every copy lies where it was proved, and the disk met no damage; else marks and
-    /// reports. `rows` begin with those that were proved.
+    /// Whether every copy lies where it was proved, and as it was; else marks and reports. `rows`
+    /// begin with those that were proved.
     bool findsCopiesInPlace(std::span<FileCopyResult> rows);
+
+    /// Whether the disk met no damage since the run began to write; else reports.
+    bool findsDiskUndamaged();
 
     const std::shared_ptr<ProvedCopies>& copies() const { return copies_; }
 
@@ -50,6 +57,7 @@ private:
     RunReporter& reporter_;
     RunTransfer& transfer_;
     const std::shared_ptr<ProvedCopies> copies_;
+    const VolumeWatch volume_;
     const FileSystemErrors errors_;
     bool isDeviceDropped_ = true;
     /// Copies whose proof may not come from the disk.

@@ -1,12 +1,16 @@
 #include "Offload/ProvedCopies.h"
 
+#include "Language/L10n.h"
+#include "Offload/SHA256Hasher.h"
+#include "Offload/Transfer.h"
 #include "Platform/Error.h"
+#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <ctime>
 #include <set>
 #include <string_view>
+#include <tuple>
 
 namespace slatewise {
 
@@ -14,57 +18,87 @@ namespace {
 
 using Kind = OffloadProblem::Kind;
 
-std::int64_t modifiedSeconds(const FileSystem::Attributes& attributes) {
-    return attributes.exactModified.value_or(timespec{}).tv_sec;
+bool isLater(const timespec& one, const timespec& other) {
+    return std::tie(one.tv_sec, one.tv_nsec) > std::tie(other.tv_sec, other.tv_nsec);
 }
 
 } // namespace
 
-enum class ProvedCopies::State {
-    AsProved,
-    /// Nothing bears its name, or something else does, or it is not as long as it was.
-    Gone,
-    /// Somebody wrote into it, or put another file of its length there.
-    Rewritten,
-};
+ProvedCopies::Dates ProvedCopies::datesOf(const FileSystem::Attributes& attributes) {
+    return {attributes.exactModified.value_or(timespec{}).tv_sec,
+            attributes.changed.value_or(timespec{})};
+}
 
 void ProvedCopies::note(std::size_t row, const std::string& copy) {
-    modified_.resize(std::max(modified_.size(), row + 1));
-    modified_[row] = modifiedSeconds(session_.attributes(copy));
+    dates_.resize(std::max(dates_.size(), row + 1));
+    dates_[row] = datesOf(session_.attributes(copy));
 }
 
 std::vector<OffloadProblem> ProvedCopies::findChanged(std::span<FileCopyResult> rows,
-                                                      std::span<const std::string> written) const {
+                                                      std::span<const std::string> written,
+                                                      std::stop_token stop) const {
     const std::set<std::string_view> ours(written.begin(), written.end());
     const bool isThere = session_.isStillAtItsPath();
     std::vector<OffloadProblem> problems;
     if (!isThere)
         problems.push_back({Kind::CopyGone, session_.path().native()});
-    for (std::size_t index = 0; index < std::min(modified_.size(), rows.size()); ++index) {
+    for (std::size_t index = 0; index < std::min(dates_.size(), rows.size()); ++index) {
         auto& row = rows[index];
         if (row.verifyStatus != VerifyStatus::Verified || ours.contains(row.relativePath))
             continue;
-        const auto state = isThere ? stateOf(row, modified_[index]) : State::Gone;
-        if (state == State::AsProved)
+        if (!isThere) {
+            markFailed(row, VerifyStatus::Failed);
             continue;
-        const bool isGone = state == State::Gone;
-        markFailed(row, isGone ? VerifyStatus::Failed : VerifyStatus::Mismatch);
-        if (isThere)
-            problems.push_back({isGone ? Kind::CopyGone : Kind::CopyDiffers, row.relativePath});
+        }
+        auto problem = changeOf(row, dates_[index], stop);
+        if (!problem)
+            continue;
+        markFailed(row, problem->kind == Kind::CopyDiffers ? VerifyStatus::Mismatch
+                                                           : VerifyStatus::Failed);
+        problems.push_back(std::move(*problem));
     }
     return problems;
 }
 
-ProvedCopies::State ProvedCopies::stateOf(const FileCopyResult& row, std::int64_t modified) const {
+std::optional<OffloadProblem> ProvedCopies::changeOf(FileCopyResult& row, const Dates& proved,
+                                                     const std::stop_token& stop) const {
     constexpr std::int64_t kCoarsest = 2;
     try {
         const auto facts = session_.attributes(row.relativePath);
         if (facts.type != FileSystem::ItemType::RegularFile || facts.sizeBytes != row.sizeBytes)
-            return State::Gone;
-        return std::abs(modifiedSeconds(facts) - modified) <= kCoarsest ? State::AsProved
-                                                                        : State::Rewritten;
+            return OffloadProblem{Kind::CopyGone, row.relativePath};
+        const auto now = datesOf(facts);
+        if (std::abs(now.modified - proved.modified) > kCoarsest)
+            return OffloadProblem{Kind::CopyDiffers, row.relativePath};
+        // FAT forgets this date and shows an earlier one instead.
+        if (!isLater(now.changed, proved.changed))
+            return std::nullopt;
     } catch (const PosixError&) {
-        return State::Gone;
+        return OffloadProblem{Kind::CopyGone, row.relativePath};
+    }
+    return readAgain(row, stop);
+}
+
+/// Nobody knows whether it was written to or only given to another owner.
+std::optional<OffloadProblem> ProvedCopies::readAgain(FileCopyResult& row,
+                                                      const std::stop_token& stop) const {
+    const L10n words(language_);
+    const FileBeneath copy{session_, row.relativePath};
+    try {
+        // What was written to it may be on its way to the disk still.
+        UncachedFile::openForReading(copy).sync();
+        Transfer transfer;
+        auto proof = Verifier::readDestination(transfer, copy,
+                                               {.onBytes = {}, .onAccess = {}, .stop = stop});
+        row.destSHA256 = std::move(proof.digests.sha256);
+        if (!Verifier::matches(row.sourceSHA256.value_or(""), *row.destSHA256))
+            return OffloadProblem{Kind::CopyDiffers, row.relativePath};
+        if (!proof.mayComeFromMemory)
+            return std::nullopt;
+        return OffloadProblem{Kind::NotReadBack, row.relativePath,
+                              words.readFromMemory(Text::legible(row.relativePath))};
+    } catch (const std::exception& failure) {
+        return OffloadProblem::of(Kind::NotReadBack, row.relativePath, failure, words);
     }
 }
 

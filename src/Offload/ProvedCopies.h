@@ -1,11 +1,15 @@
 #pragma once
 
+#include "Language/AppLanguage.h"
 #include "Offload/OffloadProblem.h"
 #include "Offload/OffloadRows.h"
 #include "Platform/Files/RootFolder.h"
 
 #include <cstdint>
+#include <ctime>
+#include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -17,7 +21,9 @@ namespace slatewise {
 class ProvedCopies {
 public:
     /// Holds the session's folder, so that another one of its name is known for what it is.
-    explicit ProvedCopies(RootFolder session) : session_(std::move(session)) {}
+    /// `language` is that of the reasons in problems.
+    ProvedCopies(RootFolder session, AppLanguage language)
+        : session_(std::move(session)), language_(language) {}
 
     /// The session's folder.
     const RootFolder& folder() const noexcept { return session_; }
@@ -33,17 +39,28 @@ public:
     /// gone.
     ///
     /// Dates count by the two seconds that the coarsest file systems keep. A copy has its source's
-    /// date, which lies before the run, so that whatever is written later stands out.
+    /// date, which lies before the run, so that whatever is written later stands out. Who writes
+    /// may put that date back, but not the one of the last change: a copy that was changed in
+    /// whatever way since its proof is read back once more, until `stop` is requested.
     std::vector<OffloadProblem> findChanged(std::span<FileCopyResult> rows,
-                                            std::span<const std::string> written = {}) const;
+                                            std::span<const std::string> written = {},
+                                            std::stop_token stop = {}) const;
 
 private:
-    enum class State;
-    State stateOf(const FileCopyResult& row, std::int64_t modified) const;
+    struct Dates {
+        /// In seconds.
+        std::int64_t modified = 0;
+        timespec changed{};
+    };
+    static Dates datesOf(const FileSystem::Attributes& attributes);
+    std::optional<OffloadProblem> changeOf(FileCopyResult& row, const Dates& proved,
+                                           const std::stop_token& stop) const;
+    std::optional<OffloadProblem> readAgain(FileCopyResult& row, const std::stop_token& stop) const;
 
     RootFolder session_;
-    /// By row, in seconds; 0 where nothing was proved.
-    std::vector<std::int64_t> modified_;
+    const AppLanguage language_;
+    /// By row; of no meaning where nothing was proved.
+    std::vector<Dates> dates_;
 };
 
 } // namespace slatewise

@@ -17,8 +17,6 @@ void RunReporter::log(const std::string& line) const {
 }
 
 void RunReporter::report(OffloadProblem problem) {
-    log(problem.text(L10n(AppLanguage::English)) +
-        (problem.kind == OffloadProblem::Kind::CopyDiffers ? " " + problem.reason : ""));
     if (observer_.problem)
         observer_.problem(problem);
     problems_.push_back(std::move(problem));

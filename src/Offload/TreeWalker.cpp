@@ -11,6 +11,7 @@
 #include <sys/vfs.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -127,7 +128,9 @@ private:
         } catch (const PosixError& failure) {
             if (failure.code() == EXDEV && observer_.leadsOut)
                 observer_.leadsOut(link);
-            const bool isNowhere = failure.code() == ENOENT || failure.code() == ELOOP;
+            constexpr std::array kNowhere = {ENOENT, ELOOP, ENOTDIR, ENAMETOOLONG};
+            const bool isNowhere =
+                std::find(kNowhere.begin(), kNowhere.end(), failure.code()) != kNowhere.end();
             if (isNowhere && observer_.leadsNowhere)
                 observer_.leadsNowhere(link);
             return !isNowhere && failure.code() != EXDEV;

@@ -26,7 +26,7 @@ struct WalkObserver {
     std::function<void(const std::string& path, int code)> unreadable;
     /// A link leads out of the tree; what it leads to was not looked at.
     std::function<void(const std::string& link)> leadsOut{};
-    /// A link leads to nothing, or in a circle.
+    /// A link leads to nothing, through a file, or in a circle.
     std::function<void(const std::string& link)> leadsNowhere{};
     /// A link leads to a folder, a FIFO or the like.
     std::function<void(const std::string& link)> leadsToNoFile{};

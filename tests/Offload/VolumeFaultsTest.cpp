@@ -23,7 +23,6 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using ::testing::SizeIs;
 using Volume = MountedVolume::FileSystem;
@@ -179,10 +178,10 @@ TEST(FullDisk, InMidRunStopsWithAClearReasonAndHonestRows) {
 }
 
 TEST(PulledVolume, FailsTheRunAtEveryStageAndIsWrittenPast) {
-    enum class Stage { Scanning, FolderMade, Copying, Verifying };
+    enum class Stage { Hashing, Scanning, FolderMade, Copying, Verifying };
     for (const bool isCard : {true, false}) {
-        for (const auto stage :
-             {Stage::Scanning, Stage::FolderMade, Stage::Copying, Stage::Verifying}) {
+        for (const auto stage : {Stage::Hashing, Stage::Scanning, Stage::FolderMade, Stage::Copying,
+                                 Stage::Verifying}) {
             SCOPED_TRACE((isCard ? "card " : "disk ") + std::to_string(static_cast<int>(stage)));
             MountedVolume pulled(Volume::Ext4, 64 * kMiB);
             const TemporaryFolder other;
@@ -198,7 +197,7 @@ TEST(PulledVolume, FailsTheRunAtEveryStageAndIsWrittenPast) {
             auto observer = record.observer([&](const OffloadPhase& phase) {
                 const auto* copying = std::get_if<Phase::Copying>(&phase);
                 if (std::holds_alternative<Phase::Scanning>(phase))
-                    pullAt(Stage::Scanning);
+                    pullAt(stage == Stage::Hashing ? stage : Stage::Scanning);
                 else if (copying && copying->file == "2")
                     pullAt(Stage::Copying);
                 else if (std::holds_alternative<Phase::Verifying>(phase))
@@ -207,15 +206,20 @@ TEST(PulledVolume, FailsTheRunAtEveryStageAndIsWrittenPast) {
             observer.sessionRootCreated = [&](const auto&) {
                 pullAt(Stage::FolderMade);
             };
+            auto request = requestFor(card, isCard ? other.path() : pulled.path());
+            request.settings.verifyOnly = stage == Stage::Hashing;
             std::string sentence;
             try {
-                const auto outcome = CopyEngine::run(
-                    requestFor(card, isCard ? other.path() : pulled.path()), observer, {});
+                const auto outcome = CopyEngine::run(request, observer, {});
                 EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
                 ASSERT_THAT(record.problems, SizeIs(1));
                 sentence = record.problems[0];
+                EXPECT_GE(stage, Stage::FolderMade) << "nothing is read of what is gone";
+                EXPECT_EQ(stage == Stage::Verifying,
+                          std::holds_alternative<Phase::Verifying>(record.phases.back()))
+                    << "no proof of what is gone";
             } catch (const OffloadError& failure) {
-                EXPECT_EQ(stage, Stage::Scanning);
+                EXPECT_LE(stage, Stage::Scanning);
                 sentence = failure.localizedDescription();
             }
             EXPECT_THAT(sentence, HasSubstr(isCard ? "is no longer there."
@@ -224,6 +228,20 @@ TEST(PulledVolume, FailsTheRunAtEveryStageAndIsWrittenPast) {
             EXPECT_TRUE(std::filesystem::is_empty(pulled.path())) << "beneath the mount point";
         }
     }
+}
+
+TEST(DamagedDisk, WhatTurnsReadOnlyHasKeptNothing) {
+    const MountedVolume disk(Volume::Ext4, 64 * kMiB);
+    const TemporaryFolder card;
+    RunRecord record;
+    auto observer = record.observer();
+    // No file is to be written any more, which would tell.
+    observer.sessionRootCreated = [&](const auto&) {
+        disk.turnReadOnly();
+    };
+    const auto outcome = CopyEngine::run(requestFor(card.path(), disk.path()), observer, {});
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("nothing was read back")));
 }
 
 TEST(DamagedCard, AFolderThatCannotBeReadFailsTheRunAndTheRestIsProved) {
@@ -258,14 +276,20 @@ TEST(DamagedCard, WhatADriverPassesOverInAFolderWithoutAWordFailsTheRun) {
     std::fstream(card.image(), std::ios::in | std::ios::out | std::ios::binary)
         .seekp(name - 4)
         .write("\x03\x00", 2);
-    card.mount();
-    RunRecord record;
-    const auto outcome =
-        CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(), {});
-    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    EXPECT_EQ(verdicts(outcome)["good.mov"], "COPY/verified");
-    EXPECT_THAT(record.problems, ::testing::ElementsAre(AnyOf(HasSubstr("reported errors"),
-                                                              HasSubstr("could not be read"))));
+    for (const bool isLocked : {false, true}) {
+        SCOPED_TRACE(isLocked);
+        card.mount(isLocked);
+        RunRecord record;
+        const auto outcome =
+            CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(), {});
+        EXPECT_EQ(verdicts(outcome)["good.mov"], "COPY/verified");
+        EXPECT_THAT(record.problems,
+                    ::testing::ElementsAre(isLocked ? HasSubstr("would not be noticed here")
+                                                    : HasSubstr("reported errors")));
+        // Nobody can know it of a locked card, and so it is told of each.
+        EXPECT_EQ(outcome.status, isLocked ? OutcomeStatus::Verified : OutcomeStatus::Failed);
+        card.unmount();
+    }
 }
 
 TEST(DamagedCard, ALostAndFoundIsPassedOverOnlyWhereTheFileSystemMadeIt) {

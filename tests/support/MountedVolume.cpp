@@ -116,8 +116,8 @@ void MountedVolume::remount() {
     mount();
 }
 
-void MountedVolume::mount() {
-    std::string options = "loop";
+void MountedVolume::mount(bool isLocked) {
+    std::string options = isLocked ? "loop,ro" : "loop";
     if (!options_.empty())
         options += "," + options_;
     if (fileSystem_ == FileSystem::ExFat) {
@@ -130,6 +130,10 @@ void MountedVolume::mount() {
     isMounted_ = true;
     // A disk is none of the files that the system remembers.
     runPrivileged({"losetup", "--direct-io=on", BlockDevices::pathUnder(mountPoint_)});
+}
+
+void MountedVolume::turnReadOnly() const {
+    runPrivileged({"mount", "-o", "remount,ro", mountPoint_.native()});
 }
 
 void MountedVolume::unmount() {

@@ -58,8 +58,12 @@ public:
     /// Unmounts properly and mounts again.
     void remount();
 
-    void mount();
+    /// Locked: on a device that takes no writes, as behind the lock of a card or a write blocker.
+    void mount(bool isLocked = false);
     void unmount();
+
+    /// Lets nothing be written any more, as a file system does that has met damage.
+    void turnReadOnly() const;
 
     /// Somebody else has done it.
     void wasUnmounted() { isMounted_ = false; }
