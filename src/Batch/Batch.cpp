@@ -100,6 +100,8 @@ struct Batch::PairWork {
     BatchPair pair;
     PairLists lists;
     RunMailbox mail;
+    /// What is to be told of the pair however it ends.
+    std::optional<OffloadProblem> note;
     std::unique_ptr<OffloadOutcome> outcome;
     std::shared_ptr<const ProvedCopies> copies;
     PairTraces::Folders folders;
@@ -127,6 +129,8 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
     result.wasHashing = self->plan_.settings.verifyOnly;
     result.message = co_await self->findObstacle();
     result.wasBegun = !result.message;
+    if (!result.wasBegun)
+        AppLog::append("Offload not begun: " + *result.message);
     if (result.wasBegun && self->listener_)
         self->listener_->batchBegan(self->plan_);
     for (const auto& pair : self->plan_.pairs()) {
@@ -205,6 +209,10 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         if (stop_.stop_requested())
             throw CancellationError();
         requireBoth(folders_.findMissing(work->pair, plan_.l10n()), work->mail, plan_.l10n());
+        if (!plan_.settings.verifyOnly)
+            work->note = folders_.findNotMounted(work->pair);
+        if (work->note)
+            work->mail.observer().problem(*work->note);
         co_await runEngine(work);
         co_await leaveTraces(work);
         result = std::move(work->result);
@@ -220,9 +228,11 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
         if (const auto* known = dynamic_cast<const OffloadError*>(&failure))
             result.error = *known;
         result.failure = isLackOfSpace(result.error) ? PairFailure::NoSpace : PairFailure::Other;
+    }
+    // Of a run that came to something its traces tell.
+    if (!result.runStatus)
         AppLog::append("Offload failed card=" + work->pair.card.name() +
                        " dest=" + work->pair.destination.name() + ": " + result.message);
-    }
     deliver(work->mail.take());
     result.problems = work->mail.problems();
     if (result.sessionRoot.empty())
@@ -259,6 +269,8 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
                 requireFolders();
                 throw;
             }
+            if (work->note)
+                work->outcome->problems.insert(work->outcome->problems.begin(), *work->note);
         });
     co_await running;
     postman.stop();
@@ -354,20 +366,24 @@ QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume ca
     // A card that was only hashed is still to be copied.
     if (!plan_.settings.ejectAfterSuccess || plan_.settings.verifyOnly || !surroundings_.eject)
         co_return std::nullopt;
-    const auto sentence = std::make_shared<std::optional<std::string>>();
-    auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n = plan_.l10n(),
-                              folder = folders_.release(card.facts.mountPoint),
-                              card = std::move(card)]() mutable {
+    const auto l10n = plan_.l10n();
+    if (stop_.stop_requested())
+        co_return CardEject::refuse(card, l10n.cancelled(), l10n);
+    const auto sentence = std::make_shared<std::string>();
+    auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n,
+                              folder = folders_.release(card.facts.mountPoint), card]() mutable {
         // Another card may lie there by now.
-        if (!folder || !folder->isStillAtItsPath())
+        if (!folder || !folder->isStillAtItsPath()) {
+            *sentence = CardEject::refuse(card, l10n.cardNotAtItsPath(), l10n);
             return;
+        }
         // A volume that is held open cannot be unmounted.
         folder.reset();
         *sentence = CardEject::run(eject, card, l10n);
     });
     const auto ending = waitForEnd(std::move(ejecting), stop_.get_token());
     const bool hasEnded = co_await ending;
-    co_return hasEnded ? *sentence : std::nullopt;
+    co_return hasEnded ? *sentence : CardEject::refuse(card, l10n.ejectNotEnded(), l10n);
 }
 
 void Batch::deliver(const RunMailbox::Mail& mail) {

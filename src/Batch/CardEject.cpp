@@ -42,4 +42,10 @@ std::string run(const decltype(BatchSurroundings::eject)& eject, const Classifie
     }
 }
 
+std::string refuse(const ClassifiedVolume& card, std::string_view reason, L10n l10n) {
+    auto sentence = l10n.notEjected(Text::displayable(card.name()), reason);
+    AppLog::append(sentence);
+    return sentence;
+}
+
 } // namespace slatewise::CardEject

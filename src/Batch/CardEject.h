@@ -4,6 +4,7 @@
 #include "Volumes/VolumeRecords.h"
 
 #include <string>
+#include <string_view>
 
 namespace slatewise {
 class L10n;
@@ -16,5 +17,8 @@ namespace slatewise::CardEject {
 /// not. The log has it too, with what the system said. Never fails; blocks as the eject does.
 std::string run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
                 L10n l10n);
+
+/// The same of a card that nobody tries to eject, or waits for any longer.
+std::string refuse(const ClassifiedVolume& card, std::string_view reason, L10n l10n);
 
 } // namespace slatewise::CardEject

@@ -2,7 +2,6 @@
 
 #include "Language/L10n.h"
 #include "Platform/Error.h"
-#include "Storage/AppLog.h"
 
 namespace slatewise {
 
@@ -33,7 +32,6 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n
     if (!lists_)
         return;
     const auto add = [&](OffloadProblem problem) {
-        AppLog::append(problem.text(L10n(AppLanguage::English)));
         tell(problem);
         if (problem.severity() == OffloadProblem::Severity::Failure)
             outcome.status = OutcomeStatus::Failed;

@@ -234,7 +234,7 @@ private:
             if (plan_.serviceProfile)
                 report(problem);
             else
-                log(problem);
+                AppLog::append(problem.logLine());
         }
     }
 
@@ -248,13 +248,8 @@ private:
 
     void report(const OffloadProblem& problem) {
         outcome_.problems.push_back(problem);
-        log(problem);
         if (tell_)
             tell_(problem);
-    }
-
-    static void log(const OffloadProblem& problem) {
-        AppLog::append(problem.text(L10n(AppLanguage::English)));
     }
 
     const BatchPlan& plan_;

@@ -16,6 +16,7 @@ CopyEngine::Observer RunMailbox::observer() {
         AppLog::append(line);
     };
     observer.problem = [this](const OffloadProblem& problem) {
+        AppLog::append(problem.logLine());
         const std::lock_guard guard(lock_);
         mail_.problems.push_back(problem);
         problems_.push_back(problem);

@@ -23,7 +23,8 @@ public:
         std::filesystem::path sessionRoot;
     };
 
-    /// For a run; must not outlive this object. Lines for the log go there at once.
+    /// For a run and for whoever else finds problems of its pair; must not outlive this object.
+    /// Lines for the log go there at once, and so does each problem.
     CopyEngine::Observer observer();
 
     Mail take();

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "Platform/Text.h"
 #include "support/Desk.h"
+#include "support/Process.h"
 
 #include <gtest/gtest.h>
 
@@ -54,6 +56,15 @@ protected:
             return 0;
         return static_cast<int>(std::distance(std::filesystem::directory_iterator(folder),
                                               std::filesystem::directory_iterator()));
+    }
+
+    /// How many lines of the log hold these words.
+    int linesOfLogWith(const std::string& words) const {
+        int count = 0;
+        const auto log = logOfUserIn(desk.folder / "user");
+        for (const auto line : Text::pieces(log, '\n'))
+            count += line.find(words) != std::string_view::npos ? 1 : 0;
+        return count;
     }
 
     Desk desk;

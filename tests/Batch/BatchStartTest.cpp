@@ -55,6 +55,7 @@ TEST_F(BatchOfCards, LooksBeforeItBegins) {
     EXPECT_EQ(model.batch()->standing(), BatchControl::Resting) << "what stood against it is gone";
 
     EXPECT_EQ(runs, 0);
+    EXPECT_EQ(linesOfLogWith("Offload not begun: "), 1);
     EXPECT_FALSE(model.batch()->lastResult()) << "nothing was begun";
     EXPECT_FALSE(std::filesystem::exists(desk.folder / "SSD1/reports"));
 }

@@ -1,9 +1,11 @@
 #include "Batch/BatchOfCards.h"
+#include "Language/L10n.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Storage/AppDatabase.h"
 #include "Storage/UserStore.h"
 #include "support/MountedVolume.h"
+#include "support/RecordingServer.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -246,6 +248,7 @@ TEST_F(BatchOfCards, WhatGoesBeforeItsReportsKeepsNoOtherTraceAway) {
                        gone}}));
         EXPECT_TRUE(std::filesystem::is_empty(volume.path())) << "beneath the mount point";
         EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), isCard ? 1 : 0);
+        EXPECT_EQ(linesOfLogWith(pair.problems[0].text(L10n(AppLanguage::English))), 1);
         ASSERT_TRUE(pair.page);
         EXPECT_THAT(readFile(*pair.page), HasSubstr(gone));
         ASSERT_THAT(desk.model().recentSessions(), SizeIs(1));
@@ -418,6 +421,49 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
                 HasSubstr("\nA000 is unmounted, safe to pull. A001 was not ejected: busy"));
 }
 
+TEST_F(BatchOfCards, AnEjectThatDoesNotHappenIsTold) {
+    for (const bool isGone : {false, true}) {
+        SCOPED_TRACE(isGone);
+        // Its messages are sent when the copy is told as proved, and before the eject.
+        const RecordingServer service([&](const auto& request, auto) {
+            if (isGone && request.line.find("session/complete") != std::string::npos)
+                std::filesystem::rename(desk.folder / "A001", desk.folder / "pulled");
+            return WireAnswer::of(200);
+        });
+        Desk::leaveServiceProfile(service.url());
+        disks = {desk.mountDisk("SSD1")};
+        const auto card = desk.mountCard("A001");
+        std::atomic<bool> isEjecting = false;
+        std::atomic<bool> mayEnd = false;
+        std::atomic<bool> hasEnded = false;
+        desk.surroundings.eject = [&](const auto&) {
+            isEjecting = true;
+            while (!mayEnd)
+                std::this_thread::yield();
+            hasEnded = true;
+            return DiskUtilClient::Ejected{};
+        };
+        start();
+        auto& batch = *desk.model().batch();
+        desk.model().settings()->setEjectAfterSuccess(true);
+        desk.selectCard(card, "CamA");
+        batch.start();
+        if (!isGone) {
+            Desk::waitUntil([&] { return isEjecting.load(); });
+            batch.cancel();
+        }
+        Desk::waitUntil([&] { return !batch.isBusy(); });
+        EXPECT_EQ(result().pairs.at(0).status, OutcomeStatus::Verified);
+        EXPECT_EQ(isEjecting, !isGone);
+        EXPECT_THAT(title(), HasSubstr(isGone ? "A001 was not ejected: it is not there any more"
+                                              : "A001 was not ejected: ejecting had not ended"));
+        mayEnd = true;
+        Desk::waitUntil([&] { return isGone || hasEnded; });
+        desk.quit();
+        desk.volumes.clear();
+    }
+}
+
 TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {
     struct Case {
         const char* what;
@@ -534,6 +580,8 @@ TEST_F(BatchOfCards, CancelsAtEveryKindOfMoment) {
         const auto& phase = std::get<Phase::Failed>(desk.model().batch()->phase());
         EXPECT_THAT(phase.message, StartsWith(testCase.message));
         EXPECT_EQ(title(), "Failed: Cancelled.") << "whoever stopped it is told so";
+        const std::string ended = testCase.moment == WhileReporting ? "SSD2" : "SSD1";
+        EXPECT_EQ(linesOfLogWith("Offload failed card=A001 dest=" + ended), 1);
         EXPECT_THAT(desk.model().recentSessions(), SizeIs(testCase.sessions));
         EXPECT_EQ(result().pairs.at(1).status, OutcomeStatus::Failed)
             << "the second disk is not begun";
