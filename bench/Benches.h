@@ -10,6 +10,7 @@ void benchLarge(const std::filesystem::path& folder);
 void benchSmall(const std::filesystem::path& folder);
 void benchProof(const std::filesystem::path& folder);
 void benchMemory(const std::filesystem::path& folder);
+void benchMillion(const std::filesystem::path& folder);
 void benchWalk(const std::filesystem::path& folder);
 void benchReports(const std::filesystem::path& folder);
 void benchStore(const std::filesystem::path& folder);

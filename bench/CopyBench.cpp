@@ -26,8 +26,15 @@ struct Case {
     int filesPerFolder;
 };
 
-void copyWithTheProgram(const std::filesystem::path& from, const std::filesystem::path& to) {
+/// As the program does it; `formats` are what a hash list beside the copy wants of each file.
+void copyWithTheProgram(const std::filesystem::path& from, const std::filesystem::path& to,
+                        const std::vector<HashFormat>& formats) {
     CopyEngine::Request request;
+    request.planFormats = [&](const RootFolder&, std::span<const InventoryEntry>) {
+        return [&](const std::string&) {
+            return formats;
+        };
+    };
     request.card.facts.mountPoint = from;
     request.card.facts.volumeName = "card";
     request.destination.facts.mountPoint = to.parent_path();
@@ -38,6 +45,14 @@ void copyWithTheProgram(const std::filesystem::path& from, const std::filesystem
         .progress = [](const OffloadPhase&) {}, .log = {}, .problem = {}, .sessionRootCreated = {}};
     if (CopyEngine::run(request, observer, {}).status != OutcomeStatus::Verified)
         throw std::runtime_error("not verified");
+}
+
+void copyPlainly(const std::filesystem::path& from, const std::filesystem::path& to) {
+    copyWithTheProgram(from, to, {});
+}
+
+void copyForAList(const std::filesystem::path& from, const std::filesystem::path& to) {
+    copyWithTheProgram(from, to, {HashFormat::XXH128});
 }
 
 /// As careful people do it: copy, then read both sides anew and compare.
@@ -65,7 +80,8 @@ using Way = std::function<void(const std::filesystem::path&, const std::filesyst
 
 void measureCase(const std::filesystem::path& folder, const Case& example) {
     std::vector<std::pair<std::string, Way>> ways = {{"floor", copyAtTheFloor},
-                                                     {"slatewise", copyWithTheProgram},
+                                                     {"slatewise", copyPlainly},
+                                                     {"slatewise, with hash list", copyForAList},
                                                      {"rsync + sha256sum", copyAndSum},
                                                      {"rclone copy + check", copyAndCheck}};
     if (example.fileBytes > kMebibyte)
@@ -89,43 +105,60 @@ void measureCase(const std::filesystem::path& folder, const Case& example) {
         const double typical = median(seconds[name]);
         record(example.name, name, "seconds", typical);
         record(example.name, name, "of_floor", typical / floor);
-        fmt::print("  {:<20}{:8.2f} s  {:8.0f} MB/s  {:6.2f} x floor\n", name, typical,
+        fmt::print("  {:<26}{:8.2f} s  {:8.0f} MB/s  {:6.2f} x floor\n", name, typical,
                    megabytes / typical, typical / floor);
     }
     fmt::print("\n");
     std::filesystem::remove_all(card);
 }
 
-/// The most memory that the program held while it offloaded one file of that size.
-long peakKilobytes(const std::filesystem::path& folder, std::int64_t sizeBytes) {
-    const auto card = folder / "card";
-    std::filesystem::create_directories(card);
-    std::filesystem::create_directories(folder / "disk");
-    makeFiles(card, 1, 1, 1);
-    std::filesystem::resize_file(card / "00000/00000.bin", static_cast<std::uintmax_t>(sizeBytes));
+/// What a run of the program cost.
+struct Cost {
+    double seconds = 0;
+    double megabytes = 0;
+};
+
+/// Runs the program with a user of its own and removes what it and its card left.
+Cost costOf(const std::filesystem::path& folder, const std::vector<std::string>& options) {
     const auto program =
         std::filesystem::read_symlink("/proc/self/exe").parent_path() / "slatewise-offload";
     const auto user = folder / "user";
+    std::vector<std::string> words = {program, "--quiet"};
+    words.insert(words.end(), options.begin(), options.end());
+    words.push_back(folder / "card");
+    std::vector<char*> arguments;
+    for (auto& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
     // What is not printed yet would be printed by the child as well.
     std::fflush(stdout);
-    const pid_t child = ::fork();
-    if (child == 0) {
-        for (const auto* variable :
-             {"XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CONFIG_HOME", "XDG_DOCUMENTS_DIR"})
-            ::setenv(variable, (user / variable).c_str(), 1);
-        std::freopen("/dev/null", "w", stdout);
-        ::execl(program.c_str(), program.c_str(), "--quiet", "--to", (folder / "disk").c_str(),
-                card.c_str(), nullptr);
-        ::_exit(127);
-    }
     int status = 0;
     rusage usage{};
-    ::wait4(child, &status, 0, &usage);
+    const auto seconds = wallSeconds([&] {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (const auto* variable :
+                 {"XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CONFIG_HOME", "XDG_DOCUMENTS_DIR"})
+                ::setenv(variable, (user / variable).c_str(), 1);
+            std::freopen("/dev/null", "w", stdout);
+            ::execv(program.c_str(), arguments.data());
+            ::_exit(127);
+        }
+        ::wait4(child, &status, 0, &usage);
+    });
     if (status != 0)
         throw std::runtime_error("the program failed");
     for (const auto* name : {"card", "disk", "user"})
         std::filesystem::remove_all(folder / name);
-    return usage.ru_maxrss;
+    return {seconds, static_cast<double>(usage.ru_maxrss) / 1e3};
+}
+
+Cost costOfOneFile(const std::filesystem::path& folder, std::int64_t sizeBytes) {
+    const auto card = folder / "card";
+    std::filesystem::create_directories(folder / "disk");
+    makeFiles(card, 1, 1, 1);
+    std::filesystem::resize_file(card / "00000/00000.bin", static_cast<std::uintmax_t>(sizeBytes));
+    return costOf(folder, {"--to", folder / "disk"});
 }
 
 } // namespace
@@ -141,13 +174,22 @@ void benchSmall(const std::filesystem::path& folder) {
 void benchMemory(const std::filesystem::path& folder) {
     fmt::print("Most memory held for one file\n");
     for (const std::int64_t mebibytes : {1, 256, 2048}) {
-        const auto megabytes =
-            static_cast<double>(peakKilobytes(folder, mebibytes * kMebibyte)) / 1e3;
+        const auto cost = costOfOneFile(folder, mebibytes * kMebibyte);
         record("most memory held", fmt::format("one file of {} MiB", mebibytes), "megabytes",
-               megabytes);
-        fmt::print("  {:>5} MiB {:>16.1f} MB\n", mebibytes, megabytes);
+               cost.megabytes);
+        fmt::print("  {:>5} MiB {:>16.1f} MB\n", mebibytes, cost.megabytes);
     }
     fmt::print("\n");
+}
+
+void benchMillion(const std::filesystem::path& folder) {
+    constexpr int kFiles = 1'000'000;
+    fmt::print("Hashing {} files of one byte\n", kFiles);
+    makeFiles(folder / "card", kFiles, 1, 1000);
+    const auto cost = costOf(folder, {"--hash-only"});
+    record("hashing a million files", "slatewise", "megabytes", cost.megabytes);
+    record("hashing a million files", "slatewise", "seconds", cost.seconds);
+    fmt::print("  {:>8.1f} s {:>10.1f} MB at most\n\n", cost.seconds, cost.megabytes);
 }
 
 } // namespace slatewise::bench

@@ -19,7 +19,7 @@ using namespace slatewise::bench;
 const std::vector<std::pair<std::string, void (*)(const std::filesystem::path&)>> kBenches = {
     {"walk", benchWalk},        {"reports", benchReports}, {"store", benchStore},
     {"memory", benchMemory},    {"proof", benchProof},     {"copy-large", benchLarge},
-    {"copy-small", benchSmall},
+    {"copy-small", benchSmall}, {"million", benchMillion},
 };
 
 /// Sends the tables to standard error, and keeps standard output for what a program reads.
@@ -42,7 +42,7 @@ int main(int count, char** words) {
     const bool wantsJSON = std::erase(arguments, "--json") > 0;
     if (arguments.empty()) {
         std::cerr << "Usage: slatewise-bench [--json] FOLDER "
-                     "[walk|reports|store|memory|proof|copy-large|copy-small]...\n";
+                     "[walk|reports|store|memory|proof|copy-large|copy-small|million]...\n";
         return 2;
     }
     const int output = wantsJSON ? takeStandardOutput() : -1;

@@ -1,6 +1,8 @@
+#include "Storage/AppDatabase.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
 #include "support/Process.h"
+#include "support/RecordingServer.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -12,8 +14,10 @@
 #include <iostream>
 #include <optional>
 #include <random>
+#include <sstream>
 #include <thread>
 
+using namespace slatewise;
 using namespace slatewise::test;
 
 namespace {
@@ -23,6 +27,7 @@ using namespace std::chrono_literals;
 constexpr int kUsualMoments = 10;
 constexpr int kCards = 3;
 constexpr int kWarmUps = 3;
+constexpr int kAllSessions = 10'000;
 constexpr std::int64_t kOuterSize = 1'500'000'000;
 
 /// How often the program is killed. More than usual is for nights.
@@ -109,6 +114,34 @@ protected:
         }
     }
 
+    /// Where the program keeps its history for that user.
+    static std::filesystem::path storeOf(const std::filesystem::path& user) {
+        return user / "data/Slatewise DIT/dit.sqlite";
+    }
+
+    /// Has the user's offloads reported to a service.
+    static void reportTo(const RecordingServer& service, const std::filesystem::path& user) {
+        const auto profile = storeOf(user).parent_path() / "service-profile.json";
+        writeFile(profile,
+                  R"({"accountID":"a","presenceToken":"t","saasAPIURL":")" + service.url() + "\"}");
+        std::filesystem::permissions(profile, std::filesystem::perms(0600));
+    }
+
+    /// What the history has was told to the service, or waits for it.
+    static void expectReported(const std::filesystem::path& user, const RecordingServer& service) {
+        std::string told;
+        for (const auto& request : service.requests())
+            told += request.body;
+        std::erase(told, '\\');
+        const AppDatabase history(storeOf(user));
+        std::size_t untold = 0;
+        for (const auto& session : history.recentSessions(kAllSessions)) {
+            if (told.find(session.sessionRoot + "/") == std::string::npos)
+                ++untold;
+        }
+        EXPECT_LE(untold, history.pendingOutboxIDs().size());
+    }
+
     std::filesystem::path card(int number) const {
         return folder / ("A00" + std::to_string(number));
     }
@@ -160,9 +193,9 @@ protected:
         const MountedImage then(image, folder / "then");
         const auto userThen =
             isOnDisk(user) ? then.path() / user.lexically_relative(disk->path()) : user;
-        const auto check = run({"python3", "-c", kCheckClaims, disk->path(), then.path(),
-                                userThen / "data/Slatewise DIT/dit.sqlite", then.path() / "reports",
-                                userThen / "documents/SlatewiseDIT"});
+        const auto check =
+            run({"python3", "-c", kCheckClaims, disk->path(), then.path(), storeOf(userThen),
+                 then.path() / "reports", userThen / "documents/SlatewiseDIT"});
         EXPECT_EQ(check.exitCode, 0) << check.standardError;
         return std::atoi(check.standardOutput.c_str());
     }
@@ -177,6 +210,13 @@ protected:
 TEST_F(CrashSafety, WhatIsCalledVerifiedIsThereAfterAPowerCut) {
     // The user's files lie on the disk that loses power, or on another one that does not.
     const std::vector<std::filesystem::path> users = {disk->path() / "user", folder / "user"};
+    // Slow enough for some of the moments to meet a report under way.
+    const RecordingServer service([](const auto&, std::size_t) {
+        auto answer = WireAnswer::of(200);
+        answer.pause = 500us;
+        return answer;
+    });
+    reportTo(service, users.back());
     std::vector<std::chrono::duration<double>> durations;
     int proved = 0;
     for (const auto& user : users) {
@@ -211,6 +251,7 @@ TEST_F(CrashSafety, WhatIsCalledVerifiedIsThereAfterAPowerCut) {
         proved += provedOn(image, user);
     }
     EXPECT_EQ(killed, moments());
+    expectReported(users.back(), service);
     RecordProperty("killed", killed);
     RecordProperty("proved", proved);
     std::cout << killed << " of " << moments() << " killings done, " << proved
