@@ -104,49 +104,52 @@ Cost costOf(int files, const std::function<void(const SessionManifest&)>& work) 
 
 void benchReports(const std::filesystem::path& folder) {
     using Work = std::function<void(const SessionManifest&)>;
+    std::filesystem::create_directory(folder / "set");
+    const RootFolder root(folder / "set");
     const std::vector<std::pair<std::string, Work>> parts = {
         {"(the manifest in memory)",
          [](const auto&) {
          }},
         {"manifest.json",
          [&](const auto& manifest) {
-             FileSystem::writeAtomically(
-                 folder / "file", [&](const auto& put) { ReportWriter::isoEncode(manifest, put); });
+             root.writeAtomically("file",
+                                  [&](const auto& put) { ReportWriter::isoEncode(manifest, put); });
          }},
         {"inventory.csv",
          [&](const auto& manifest) {
-             FileSystem::write(folder / "file", [&](const auto& put) {
+             root.write("file", [&](const auto& put) {
                  ReportWriter::inventoryCSV(manifest, kLanguage, put);
              });
          }},
         {"checksums.sha256",
          [&](const auto& manifest) {
-             FileSystem::write(folder / "file",
-                               [&](const auto& put) { ReportWriter::checksumList(manifest, put); });
+             root.write("file",
+                        [&](const auto& put) { ReportWriter::checksumList(manifest, put); });
          }},
         {"Reports_Standart.html",
          [&](const auto& manifest) {
-             SessionHTML::write(manifest, ReportTree::build(manifest.files), folder / "file",
+             SessionHTML::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                 kLanguage);
          }},
         {"Reports_Detailed.html",
          [&](const auto& manifest) {
-             SessionDetailedHTML::write(manifest, ReportTree::build(manifest.files),
-                                        folder / "file", kLanguage);
+             SessionDetailedHTML::write(manifest, ReportTree::build(manifest.files), {root, "file"},
+                                        kLanguage);
          }},
         {"Reports_Standart.pdf",
          [&](const auto& manifest) {
-             SessionPDF::write(manifest, ReportTree::build(manifest.files), folder / "file",
+             SessionPDF::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                kLanguage);
          }},
         {"Reports_Detailed.pdf",
          [&](const auto& manifest) {
-             SessionDetailedPDF::write(manifest, ReportTree::build(manifest.files), folder / "file",
+             SessionDetailedPDF::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                        kLanguage);
          }},
         {"the whole set",
          [&](const auto& manifest) {
-             ReportWriter::write(manifest, folder / "set", kLanguage);
+             ReportWriter::writeLists(manifest, root, kLanguage);
+             ReportWriter::writePages(manifest, root, kLanguage);
          }},
     };
     fmt::print("Writing reports: seconds of CPU, peak memory in MB, {} files to a folder\n"
@@ -161,7 +164,6 @@ void benchReports(const std::filesystem::path& folder) {
                    few.cpuSeconds, few.peakMegabytes, many.cpuSeconds, many.peakMegabytes,
                    many.cpuSeconds / few.cpuSeconds);
     }
-    std::filesystem::remove(folder / "file");
     std::filesystem::remove_all(folder / "set");
     fmt::print("\n");
 }

@@ -43,8 +43,9 @@ int run() {
     const int code = QGuiApplication::exec();
     application.noteEnd();
     UserDefaults::standard().waitUntilWritten();
-    if (const auto failure = application.model().state().database->writeWhatIsKept())
-        tell(L10n::current().historyLost(*failure));
+    const auto l10n = L10n::current();
+    if (const auto failure = application.model().state().database->writeWhatIsKept(l10n))
+        tell(l10n.historyLost(*failure));
     // A copy that still runs ends here, as it would if the power went: nothing is flushed by hand,
     // and what it has written stays.
     if (application.model().batch()->isBusy())

@@ -177,16 +177,16 @@ QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
         std::shared_ptr<const RootFolder> archive;
     };
     const auto look = std::make_shared<Look>();
-    auto looking = onWorker(
-        [look, plan = folders_.heldPart(plan_), find = surroundings_.findObstacle]() noexcept {
-            try {
-                look->obstacle = find(plan);
-                if (!look->obstacle)
-                    look->archive = ReportArchive::open(plan);
-            } catch (const std::exception& failure) {
-                look->obstacle = describe(failure, plan.l10n());
-            }
-        });
+    auto looking = onWorker([look, plan = folders_.heldPart(plan_), disks = folders_.disksOf(plan_),
+                             find = surroundings_.findObstacle]() noexcept {
+        try {
+            look->obstacle = find(plan);
+            if (!look->obstacle)
+                look->archive = ReportArchive::open(plan, disks);
+        } catch (const std::exception& failure) {
+            look->obstacle = describe(failure, plan.l10n());
+        }
+    });
     const auto ending = waitForEnd(std::move(looking), stop_.get_token());
     co_await ending;
     if (stop_.stop_requested())
@@ -288,7 +288,7 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         auto& result = work->result;
         takeOver(*outcome, result);
         work->lists.settle(pair, *outcome, self->plan_.l10n(), work->mail.observer().problem);
-        const auto [inArchive, onDestination] =
+        const auto [inArchive, onDestination, shown] =
             PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
                               work->mail.observer().problem);
         result.status = outcome->status;
@@ -298,7 +298,6 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
                 self->stop_.stop_requested() ? PairFailure::Stopped : PairFailure::Other;
         }
         result.reportFolder = onDestination.empty() ? inArchive : onDestination;
-        const auto& shown = inArchive.empty() ? onDestination : inArchive;
         if (!shown.empty())
             result.page = shown / "Reports_Standart.html";
     });

@@ -114,6 +114,15 @@ BatchPlan HeldFolders::heldPart(BatchPlan plan) const {
     return plan;
 }
 
+std::vector<Folder> HeldFolders::disksOf(const BatchPlan& plan) const {
+    std::vector<Folder> disks;
+    for (const auto& destination : plan.destinations) {
+        if (auto disk = at(destination.facts.mountPoint))
+            disks.push_back(std::move(disk));
+    }
+    return disks;
+}
+
 std::optional<OffloadProblem> HeldFolders::findMissing(const BatchPair& pair, L10n l10n) const {
     using Kind = OffloadProblem::Kind;
     for (const auto* volume : {&pair.card, &pair.destination}) {

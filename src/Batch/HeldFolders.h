@@ -13,6 +13,7 @@
 #include <optional>
 #include <set>
 #include <stop_token>
+#include <vector>
 
 namespace slatewise {
 
@@ -29,6 +30,9 @@ public:
 
     /// The plan's cards and disks that are held, in their order.
     BatchPlan heldPart(BatchPlan plan) const;
+
+    /// The folders of the plan's disks that are held.
+    std::vector<std::shared_ptr<const RootFolder>> disksOf(const BatchPlan& plan) const;
 
     /// Why the pair cannot be begun, with reasons in that language; empty when both are held.
     std::optional<OffloadProblem> findMissing(const BatchPair& pair, L10n l10n) const;

@@ -6,12 +6,12 @@
 #include "Reports/ReportWriter.h"
 #include "Service/OutboxPayload.h"
 #include "Storage/AppLog.h"
+#include "Storage/StoreFailure.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <optional>
 #include <utility>
 
@@ -20,28 +20,6 @@ namespace slatewise::PairTraces {
 namespace {
 
 using Kind = OffloadProblem::Kind;
-
-/// A folder of ours alone that goes with its content.
-class PassingFolder {
-public:
-    PassingFolder() {
-        auto name = (std::filesystem::temp_directory_path() / "slatewise-XXXXXX").native();
-        if (!::mkdtemp(name.data()))
-            throw PosixError("mkdtemp", name, errno);
-        path_ = name;
-    }
-    ~PassingFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    PassingFolder(const PassingFolder&) = delete;
-    PassingFolder& operator=(const PassingFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
 
 class Traces {
 public:
@@ -58,6 +36,10 @@ public:
         lookOnceMore();
         if (outcome_.problems.size() != told)
             putFailureInPlace();
+        giveUpClaims();
+        const bool isArchiveBest = isArchiveWhole_ || folders_.onDestination.empty();
+        folders_.shown = isArchiveBest && !folders_.inArchive.empty() ? folders_.inArchive
+                                                                      : folders_.onDestination;
         save();
         enqueue();
         return std::move(folders_);
@@ -72,53 +54,59 @@ private:
 
     void putIntoArchive() {
         try {
-            name_ = claimName(archive_);
+            ReportFolder::removeLeftovers(archive_, isDiskInPlace() ? &disk_ : nullptr);
+            name_ = claimName();
             writeIntoArchive();
         } catch (const std::exception& failure) {
             fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.path().native(), failure,
                                     plan_.l10n()));
             manifest_ = manifestOf(std::move(manifest_.files));
-            writeAside();
         }
     }
 
     void writeIntoArchive() {
-        ReportFolder::putWhole(archive_, name_, [&](const std::filesystem::path& passing) {
-            const auto path = archive_.path() / passing;
-            const auto made = archive_.below(passing);
-            const auto requireSame = [&] {
-                if (!made.isSame(RootFolder(path)))
-                    throw PosixError("open", path, ENOENT);
-            };
-            requireSame();
-            ReportWriter::write(manifest_, path, plan_.language);
-            requireSame();
+        archived_.reset();
+        requireArchive();
+        ReportFolder::putWhole(archive_, name_, [&](const RootFolder& passing) {
+            isArchiveWhole_ = writeSet(passing, archive_.path().native());
+            requireArchive();
         });
         folders_.inArchive = archive_.path() / name_;
-        set_.emplace(archive_.below(name_));
+        archived_.emplace(archive_.below(name_));
     }
 
-    /// The disk gets its set even so.
-    void writeAside() {
-        set_.reset();
+    /// The set goes to the folder that is held; people look for it by its path.
+    void requireArchive() const {
+        if (!archive_.isStillAtItsPath())
+            throw PosixError("open", archive_.path(), ENOENT);
+    }
+
+    /// A page that cannot be made costs no list. False when one is missing, which the set then
+    /// says. `place` is for messages.
+    bool writeSet(const RootFolder& folder, const std::string& place) {
+        ReportWriter::writeLists(manifest_, folder, plan_.language);
         try {
-            if (!aside_)
-                aside_.emplace();
-            const RootFolder aside(aside_->path());
-            if (name_.empty())
-                name_ = claimName(aside);
-            ReportWriter::write(manifest_, aside_->path() / name_, plan_.language);
-            set_.emplace(aside.below(name_));
+            ReportWriter::writePages(manifest_, folder, plan_.language);
+            return true;
         } catch (const std::exception& failure) {
-            AppLog::append("Reports not written: " + describe(failure));
+            fail(OffloadProblem::of(Kind::PagesNotWritten, place, failure, plan_.l10n()));
         }
+        manifest_ = manifestOf(std::move(manifest_.files));
+        // Where it was room that lacked, the lists need what the pages took.
+        ReportFolder::clear(folder, "");
+        ReportWriter::writeLists(manifest_, folder, plan_.language);
+        attempt([&] { ReportWriter::writePages(manifest_, folder, plan_.language); });
+        return false;
     }
 
-    std::string claimName(const RootFolder& archive) const {
-        const auto wanted = ReportFolder::displayName(outcome_.startedAt, pair_.ekip, pair_.camera,
-                                                      pair_.card.facts.volumeName);
-        return ReportFolder::claim(wanted, outcome_.sessionID.text(), archive,
+    std::string claimName() const {
+        return ReportFolder::claim(wantedName(), outcome_.sessionID.text(), archive_,
                                    isDiskInPlace() && !isArchiveTheDisk() ? &disk_ : nullptr);
+    }
+
+    std::string wantedName() const {
+        return ReportFolder::displayName(outcome_.startedAt, pair_.ekip, pair_.camera,
+                                         pair_.card.facts.volumeName);
     }
 
     /// Who hashes without a disk has the archive for one.
@@ -128,7 +116,8 @@ private:
     bool isArchiveOnDisk() const {
         try {
             return isArchiveTheDisk() ||
-                   (set_ && disk_.below(ReportFolder::onDestination(name_)).isSame(*set_));
+                   (archived_ &&
+                    disk_.below(ReportFolder::onDestination(name_)).isSame(*archived_));
         } catch (const PosixError&) {
             return false;
         }
@@ -138,10 +127,10 @@ private:
     bool isDiskInPlace() const { return disk_.isStillAtItsPath(); }
 
     void putOntoDisk() {
-        if (!set_ || !isDiskInPlace())
+        if (!isDiskInPlace())
             return;
         try {
-            copySetToDisk();
+            writeOntoDisk();
         } catch (const std::exception& failure) {
             fail(OffloadProblem::of(Kind::ReportsNotCopied, pair_.destination.name(), failure,
                                     plan_.l10n()));
@@ -161,50 +150,79 @@ private:
             fail(problem);
     }
 
-    void copySetToDisk() {
+    void writeOntoDisk() {
         if (isArchiveOnDisk()) {
             folders_.onDestination = folders_.inArchive;
             return;
         }
+        // What the archive could not take may have room here.
+        if (name_.empty())
+            name_ = claimOnDisk();
         const auto set = ReportFolder::onDestination(name_);
-        ReportFolder::putWhole(disk_, set, [&](const std::filesystem::path& passing) {
-            ReportWriter::copySidecars(*set_, disk_, passing);
+        ReportFolder::putWhole(disk_, set, [&](const RootFolder& passing) {
+            if (archived_ && isArchiveWhole_)
+                copySet(passing);
+            else
+                writeSet(passing, pair_.destination.name());
         });
         folders_.onDestination = pair_.destination.facts.mountPoint / set;
+    }
+
+    std::string claimOnDisk() const {
+        const auto reports = ReportFolder::onDestination({}).parent_path();
+        disk_.createFolders(reports);
+        return ReportFolder::claim(wantedName(), outcome_.sessionID.text(), disk_.below(reports),
+                                   nullptr);
+    }
+
+    void copySet(const RootFolder& passing) const {
+        const int copied = ReportWriter::copySidecars(*archived_, passing);
+        // Somebody else may be tidying up the archive.
+        if (copied != static_cast<int>(ReportWriter::fileNames.size()))
+            throw PosixError("read", archived_->path(), ENOENT);
     }
 
     /// The sets told of an end that was not to be. They are taken away, and made again with what
     /// has become known since, as far as that is possible: none rather than one that is wrong.
     void putFailureInPlace() {
-        if (!folders_.onDestination.empty() && !isArchiveOnDisk())
-            ReportFolder::remove(disk_, ReportFolder::onDestination(name_));
-        folders_.onDestination.clear();
-        manifest_ = manifestOf(std::move(manifest_.files));
-        const bool wasArchived = !std::exchange(folders_.inArchive, {}).empty();
+        const bool wasOnDisk = !folders_.onDestination.empty() && !isArchiveOnDisk();
+        const bool wasArchived = !folders_.inArchive.empty();
+        folders_ = {};
+        archived_.reset();
+        if (wasOnDisk)
+            ReportFolder::clear(disk_, ReportFolder::onDestination(name_));
         if (wasArchived)
-            ReportFolder::remove(archive_, name_);
-        if (!wasArchived || !attempt([&] { writeIntoArchive(); }))
-            writeAside();
-        if (set_ && isDiskInPlace())
-            attempt([&] { copySetToDisk(); });
+            ReportFolder::clear(archive_, name_);
+        manifest_ = manifestOf(std::move(manifest_.files));
+        if (wasArchived)
+            attempt([&] { writeIntoArchive(); });
+        if (isDiskInPlace())
+            attempt([&] { writeOntoDisk(); });
+    }
+
+    /// Of sets that could not be left.
+    void giveUpClaims() const {
+        if (name_.empty())
+            return;
+        if (folders_.inArchive.empty())
+            ReportFolder::removeIfEmpty(archive_, name_);
+        if (folders_.onDestination.empty())
+            ReportFolder::removeIfEmpty(disk_, ReportFolder::onDestination(name_));
     }
 
     /// What fails is told already.
     template <typename Step>
-    static bool attempt(Step step) {
+    static void attempt(Step step) {
         try {
             step();
-            return true;
         } catch (const std::exception& failure) {
             AppLog::append("Reports not written again: " + describe(failure));
-            return false;
         }
     }
 
     SessionTraces sessionTraces() const {
-        const auto& set = folders_.inArchive.empty() ? folders_.onDestination : folders_.inArchive;
         return {.ekip = pair_.ekip,
-                .reportFolder = set.native(),
+                .reportFolder = folders_.shown.native(),
                 .cardUUID =
                     pair_.card.isPickedFolder() ? "" : pair_.card.facts.volumeUUID.value_or("")};
     }
@@ -216,8 +234,7 @@ private:
             database_.save(outcome_, manifest_.files, pair_.card.facts.volumeName,
                            pair_.destination.facts.volumeName, pair_.camera, sessionTraces());
         } catch (const std::exception& failure) {
-            report(OffloadProblem::of(Kind::SessionNotStored, pair_.card.name(), failure,
-                                      plan_.l10n()));
+            report(ofStore(Kind::SessionNotStored, failure));
         }
         AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
                                    rawValue(outcome_.status), pair_.card.facts.volumeName,
@@ -229,13 +246,17 @@ private:
         try {
             selfEnqueue(manifest_, database_);
         } catch (const std::exception& failure) {
-            const auto problem = OffloadProblem::of(Kind::SessionNotQueued, pair_.card.name(),
-                                                    failure, plan_.l10n());
+            const auto problem = ofStore(Kind::SessionNotQueued, failure);
             if (plan_.serviceProfile)
                 report(problem);
             else
                 AppLog::append(problem.logLine());
         }
+    }
+
+    OffloadProblem ofStore(Kind kind, const std::exception& failure) const {
+        AppLog::append("Store not written: " + describe(failure));
+        return {kind, pair_.card.name(), StoreFailure::reasonOf(failure, plan_.l10n())};
     }
 
     void fail(const OffloadProblem& problem) {
@@ -263,9 +284,9 @@ private:
     SessionManifest manifest_;
     /// Of the set's folder, wherever it lies.
     std::string name_;
-    /// Where the set was written, to be copied from; empty when it could not be.
-    std::optional<RootFolder> set_;
-    std::optional<PassingFolder> aside_;
+    /// Where it was archived; empty when it could not be.
+    std::optional<RootFolder> archived_;
+    bool isArchiveWhole_ = false;
     Folders folders_;
 };
 

@@ -14,6 +14,8 @@ namespace slatewise::PairTraces {
 struct Folders {
     std::filesystem::path inArchive;
     std::filesystem::path onDestination;
+    /// The one of them whose pages are shown.
+    std::filesystem::path shown;
 };
 
 /// Is told what a person must know.
@@ -23,10 +25,12 @@ using Tell = std::function<void(const OffloadProblem&)>;
 /// the destination, the session in the store, a line in the log, and a report that waits for the
 /// service; takes its rows. In this order, each whatever became of those before it; a disk that is
 /// not the chosen one any more gets nothing, nor does an archive that has gone. A trace that cannot
-/// be left is a problem, told and added to the outcome. Without its reports an offload has failed,
-/// and so say all of its traces: a set that says otherwise is taken away. Without its line in the
-/// history it has not. The `copies`, where there are any, are looked at once more when the reports
-/// are written, and told of by them. All three folders of the pair are held. Blocks; any thread.
+/// be left is a problem, told and added to the outcome; a set that has no room in the archive may
+/// have it on the disk, and one whose pages cannot be made has its lists. Without its reports an
+/// offload has failed, and so say all of its traces: a set that says otherwise is taken away.
+/// Without its line in the history it has not. The `copies`, where there are any, are looked at
+/// once more when the reports are written, and told of by them. All three folders of the pair are
+/// held. Blocks; any thread.
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
               const ProvedCopies* copies, AppDatabase& database, const Tell& tell);
 

@@ -1,10 +1,13 @@
 #include "Batch/ReportArchive.h"
 
 #include "Language/L10n.h"
+#include "Platform/Disks/MountPoints.h"
 #include "Platform/Error.h"
+#include "Platform/Text.h"
 #include "Storage/SupportPaths.h"
 
 #include <cerrno>
+#include <system_error>
 
 namespace slatewise::ReportArchive {
 
@@ -17,26 +20,40 @@ std::filesystem::path below(const std::filesystem::path& folder,
     return relative.empty() || *relative.begin() == ".." ? std::filesystem::path() : relative;
 }
 
-void requireNoWayOut(const std::filesystem::path& archive, const BatchPlan& plan) {
-    for (const auto& disk : plan.destinations) {
-        const auto& mountPoint = disk.facts.mountPoint;
-        const auto onDisk = below(mountPoint, archive);
+void requireNoWayOut(const RootFolder& archive, const Disks& disks) {
+    for (const auto& disk : disks) {
+        const auto onDisk = below(disk->path(), archive.path());
         if (onDisk.empty())
             continue;
-        const RootFolder root(mountPoint);
-        root.createFolders(onDisk);
-        if (!root.below(onDisk).isSame(RootFolder(archive)))
-            throw PosixError("open", archive, EXDEV);
+        try {
+            if (!disk->below(onDisk).isSame(archive))
+                throw PosixError("open", archive.path(), ELOOP);
+        } catch (const PosixError& failure) {
+            // Another disk may be mounted on the way, and the archive lie on that.
+            if (failure.code() != EXDEV)
+                throw;
+        }
     }
+}
+
+/// What is chosen on a disk that is not there would be written beneath its mount point.
+void requireMounted(const std::filesystem::path& archive, const BatchPlan& plan) {
+    std::error_code failure;
+    const auto place = std::filesystem::canonical(archive, failure);
+    if (!failure && MountPoints::isBare(place))
+        throw Error(plan.l10n().archiveNotMounted(Text::legible(archive.native())));
 }
 
 } // namespace
 
-std::shared_ptr<const RootFolder> open(const BatchPlan& plan) {
+std::shared_ptr<const RootFolder> open(const BatchPlan& plan, const Disks& disks) {
     const auto path = SupportPaths::reportsArchive(plan.settings);
     try {
-        requireNoWayOut(path, plan);
-        return std::make_shared<const RootFolder>(path);
+        auto archive = std::make_shared<const RootFolder>(path);
+        if (path != SupportPaths::defaultReportsDirectory())
+            requireMounted(path, plan);
+        requireNoWayOut(*archive, disks);
+        return archive;
     } catch (const PosixError& failure) {
         throw Error(OffloadProblem::of(OffloadProblem::Kind::ReportsNotArchived, path.native(),
                                        failure, plan.l10n())

@@ -281,4 +281,20 @@ std::string L10n::standalone() const {
         text("Standalone, without reporting service", "Bağımsız, raporlama servisi yok"));
 }
 
+std::string L10n::profileIgnored(Text file, Text reason) const {
+    return isTurkish() ? fmt::format("{} kullanılmıyor: {}", file, reason)
+                       : fmt::format("{} is ignored: {}", file, reason);
+}
+
+std::string L10n::profileOpenToOthers(Text path) const {
+    return isTurkish()
+               ? fmt::format("başkaları erişebiliyor; düzeltmek için: chmod 600 \"{}\"", path)
+               : fmt::format("others can get at it; to mend that: chmod 600 \"{}\"", path);
+}
+
+std::string L10n::profileLacksText(Text key) const {
+    return isTurkish() ? fmt::format("\"{}\" bir metin değil", key)
+                       : fmt::format("\"{}\" is no text", key);
+}
+
 } // namespace slatewise

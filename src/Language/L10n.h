@@ -116,6 +116,8 @@ public:
     std::string deviceErrors(Text card) const;
     std::string notMounted(Text folder) const;
     std::string reportsNotWritten(Text place, Text reason) const;
+    std::string pagesNotWritten(Text place, Text reason) const;
+    std::string archiveNotMounted(Text folder) const;
     std::string sessionNotStored(Text card, Text reason) const;
     std::string sessionNotQueued(Text card, Text reason) const;
     std::string historySetAside(Text file) const;
@@ -135,6 +137,9 @@ public:
     /// The state of the connection to the reporting service.
     std::string connected(Text account, Text address) const;
     std::string standalone() const;
+    std::string profileIgnored(Text file, Text reason) const;
+    std::string profileOpenToOthers(Text path) const;
+    std::string profileLacksText(Text key) const;
 
     // Fixed texts.
 

@@ -225,6 +225,24 @@ std::string L10n::reportsNotWritten(Text place, Text reason) const {
                        : fmt::format("The reports could not be written to {}: {}", place, reason);
 }
 
+std::string L10n::pagesNotWritten(Text place, Text reason) const {
+    return isTurkish()
+               ? fmt::format("Rapor sayfaları eksik, listeler yazıldı: {} ({})", place, reason)
+               : fmt::format("Report pages are missing in {}, though its lists are there: {}",
+                             place, reason);
+}
+
+std::string L10n::archiveNotMounted(Text folder) const {
+    return isTurkish()
+               ? fmt::format(
+                     "Rapor klasörünün diski bağlı değil: {}. Diski bağlayın ya da başka bir "
+                     "rapor klasörü seçin.",
+                     folder)
+               : fmt::format("The disk of the reports folder {} is not mounted. Connect it, or "
+                             "choose another reports folder.",
+                             folder);
+}
+
 std::string L10n::sessionNotStored(Text card, Text reason) const {
     return isTurkish()
                ? fmt::format("{} aktarımı geçmişe yazılamadı: {}", card, reason)

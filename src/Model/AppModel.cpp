@@ -108,8 +108,10 @@ void AppModel::serviceProfileChanged() {
 void AppModel::updateSaasLine() {
     const auto& profile = serviceProfile_.current();
     const auto l10n = state_.l10n();
-    auto line = toQString(profile ? l10n.connected(profile->accountID, profile->saasAPIURL)
-                                  : l10n.standalone());
+    const auto& refusal = serviceProfile_.refusal();
+    auto line = toQString(profile   ? l10n.connected(profile->accountID, profile->saasAPIURL)
+                          : refusal ? refusal->text(l10n)
+                                    : l10n.standalone());
     if (line == saasLine_)
         return;
     saasLine_ = std::move(line);

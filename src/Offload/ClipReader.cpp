@@ -4,6 +4,8 @@
 #include "Platform/Text.h"
 #include "Platform/TrustedPrograms.h"
 
+#include <atomic>
+
 namespace slatewise::ClipReader {
 
 Program Program::usual() {
@@ -15,12 +17,17 @@ Program Program::usual() {
 MediaTiming timing(const ClipName& clip, const Program& program,
                    const std::function<void(const std::string&)>& log,
                    const std::stop_token& stop) {
-    if (!program.executable)
-        return {};
     const auto note = [&](const std::string& what) {
         if (log)
             log("Clip reader " + what + ": " + Text::displayable(clip.name));
     };
+    if (!program.executable) {
+        // One line is enough for whoever reads the log.
+        static std::atomic<bool> isNoted = false;
+        if (log && !isNoted.exchange(true))
+            note("missing, or open to others; clips have fewer facts from here on");
+        return {};
+    }
     try {
         const auto result = ChildProcess::run({.executable = *program.executable,
                                                .arguments = {clip.path.native()},

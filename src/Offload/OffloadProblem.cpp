@@ -88,6 +88,8 @@ std::string OffloadProblem::text(L10n l10n) const {
     case Kind::ReportsNotArchived:
     case Kind::ReportsNotCopied:
         return l10n.reportsNotWritten(about, reason);
+    case Kind::PagesNotWritten:
+        return l10n.pagesNotWritten(about, reason);
     case Kind::SessionNotStored:
         return l10n.sessionNotStored(about, reason);
     case Kind::SessionNotQueued:

@@ -64,6 +64,8 @@ struct OffloadProblem {
         ReportsNotArchived,
         /// They could not be written to the disk.
         ReportsNotCopied,
+        /// Pages of theirs could not be made, there or here; their lists were.
+        PagesNotWritten,
         /// The offload of the card is missing in the history.
         SessionNotStored,
         /// The reporting service will not hear of it.

@@ -56,7 +56,7 @@ std::size_t breakBefore(std::string_view text, std::size_t end) {
 
 } // namespace
 
-PdfCanvas::PdfCanvas(const std::filesystem::path& file, const Description& description)
+PdfCanvas::PdfCanvas(const FileBeneath& file, const Description& description)
     : file_(file), description_(description), pageTree_(file_.reserve()),
       resources_(file_.reserve()) {}
 

@@ -3,8 +3,8 @@
 #include "Pdf/PdfFile.h"
 #include "Pdf/PdfFonts.h"
 #include "Platform/Clock.h"
+#include "Platform/Files/RootFolder.h"
 
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -81,7 +81,7 @@ public:
     };
 
     /// Creates the file, or empties one that is there.
-    PdfCanvas(const std::filesystem::path& file, const Description& description);
+    PdfCanvas(const FileBeneath& file, const Description& description);
 
     void beginPage();
     void endPage();

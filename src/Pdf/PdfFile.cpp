@@ -3,7 +3,6 @@
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <libdeflate.h>
 #include <unicode/unistr.h>
@@ -23,23 +22,14 @@ constexpr std::size_t kWriteBytes = 1 << 20;
 /// Pages of hashes and names hardly get smaller beyond this level, they only take longer.
 constexpr int kCompressionLevel = 3;
 
-FileDescriptor create(const std::filesystem::path& path) {
-    constexpr mode_t kReadableByAll = 0644;
-    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC,
-                               kReadableByAll));
-    if (!file)
-        throw PosixError("open", path, errno);
-    return file;
-}
-
 } // namespace
 
 void PdfFile::FreeCompressor::operator()(libdeflate_compressor* compressor) const noexcept {
     ::libdeflate_free_compressor(compressor);
 }
 
-PdfFile::PdfFile(const std::filesystem::path& path)
-    : path_(path), file_(create(path)),
+PdfFile::PdfFile(const FileBeneath& file)
+    : path_(file.path()), file_(file.folder.createAnew(file.relative)),
       compressor_(::libdeflate_alloc_compressor(kCompressionLevel)) {
     if (!compressor_)
         throw std::bad_alloc();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/RootFolder.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -21,8 +21,8 @@ class PdfFile {
 public:
     using ObjectID = int;
 
-    /// Creates the file, or empties one that is there.
-    explicit PdfFile(const std::filesystem::path& path);
+    /// Makes the file in the place of whatever bears its name.
+    explicit PdfFile(const FileBeneath& file);
 
     /// A number for an object that is written later, or has to be named before it is written.
     ObjectID reserve();

@@ -40,8 +40,8 @@ std::string HtmlReport::document(const SessionManifest& manifest) const {
 }
 
 void HtmlReport::write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-                       const std::filesystem::path& file) const {
-    FileSystem::write(file, [&](const FileSystem::TextSink& put) {
+                       const FileBeneath& file) const {
+    file.folder.write(file.relative, [&](const FileSystem::TextSink& put) {
         HtmlText page(put);
         render(page, manifest, tree);
         page.flush();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Language/L10n.h"
+#include "Platform/Files/RootFolder.h"
 #include "Reports/HtmlText.h"
 #include "Reports/ReportTree.h"
 
@@ -22,7 +23,7 @@ public:
 
     /// The same into a file, of which no more than a piece is in memory. Fails with `PosixError`.
     void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-               const std::filesystem::path& file) const;
+               const FileBeneath& file) const;
 
     /// A folder with everything below it, or a file, as an item of a list.
     void renderNode(HtmlText& page, const ReportNode& node, int depth) const;

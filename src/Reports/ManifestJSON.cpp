@@ -1,10 +1,12 @@
 #include "Reports/ManifestJSON.h"
 
 #include "Offload/OffloadRowsJSON.h"
+#include "Platform/Error.h"
 #include "Platform/Json.h"
 
 #include <algorithm>
 #include <array>
+#include <istream>
 
 namespace slatewise {
 
@@ -108,12 +110,19 @@ SessionManifest manifestFrom(const Json::Value& object) {
     return manifest;
 }
 
-/// Lets the parser keep the four fields of the head, with no more than fields in them.
+/// Lets the parser keep what is read of the head, with no more than fields in it. Fails when the
+/// text goes deeper than any manifest: what it may hold would be a matter of its length.
 bool belongsToHead(int depth, Json::Value::parse_event_t event, const Json::Value& parsed) {
     using Event = Json::Value::parse_event_t;
-    constexpr std::array<std::string_view, 4> kHead = {"session_id", "started_at", "card",
-                                                       "destination"};
-    if (event == Event::key && depth == 1)
+    constexpr std::array<std::string_view, 14> kHead = {
+        "session_id",  "started_at",  "card",         "destination", "name",
+        "volume_uuid", "mount_point", "session_root", "file_system", "device_identifier",
+        "protocol",    "total_bytes", "camera",       "ekip",
+    };
+    constexpr int kDeepest = 100;
+    if (depth > kDeepest)
+        throw Error("not a session manifest: it is too deep");
+    if (event == Event::key)
         return std::find(kHead.begin(), kHead.end(), parsed.get_ref<const std::string&>()) !=
                kHead.end();
     const bool isNested = event == Event::object_start || event == Event::array_start;
@@ -168,8 +177,9 @@ SessionManifest isoDecode(std::string_view text) {
     return decoded([&] { return manifestFrom(Json::Value::parse(text)); });
 }
 
-SessionManifest isoDecodeHead(std::string_view text) {
+SessionManifest isoDecodeHead(std::streambuf& bytes) {
     return decoded([&] {
+        std::istream text(&bytes);
         const auto object = Json::Value::parse(text, belongsToHead);
         SessionManifest manifest;
         get(object, "session_id", manifest.sessionID);

@@ -3,6 +3,7 @@
 #include "Platform/Files/FileSystem.h"
 #include "Reports/SessionManifest.h"
 
+#include <streambuf>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,6 @@ SessionManifest isoDecode(std::string_view text);
 
 /// The session's id and start, its card and its destination, and nothing else. However many rows
 /// there are costs no memory, and what they say no failure. Fails as `isoDecode` does.
-SessionManifest isoDecodeHead(std::string_view text);
+SessionManifest isoDecodeHead(std::streambuf& bytes);
 
 } // namespace slatewise::ReportWriter

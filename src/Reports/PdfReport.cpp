@@ -4,7 +4,6 @@
 #include "Offload/PathSize.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Error.h"
-#include "Platform/Files/FileSystem.h"
 #include "Reports/PdfProblems.h"
 #include "Reports/SessionSummary.h"
 
@@ -46,8 +45,7 @@ private:
     AppLanguage language_;
 };
 
-PdfCanvas open(const SessionManifest& manifest, const std::filesystem::path& file,
-               AppLanguage language) {
+PdfCanvas open(const SessionManifest& manifest, const FileBeneath& file, AppLanguage language) {
     const auto title = std::string(L10n(language).reportTitle()) + " — " + manifest.card.name;
     try {
         return PdfCanvas(file, {.pageWidth = pageWidth,
@@ -89,10 +87,9 @@ void drawAroundArrow(PdfCanvas& canvas, std::string_view before, std::string_vie
 
 } // namespace
 
-void write(const SessionManifest& manifest, const std::filesystem::path& file, AppLanguage language,
+void write(const SessionManifest& manifest, const FileBeneath& file, AppLanguage language,
            const std::function<void(PdfCanvas&)>& draw) {
-    if (FileSystem::exists(file))
-        FileSystem::remove(file);
+    file.folder.removeFile(file.relative);
     auto canvas = open(manifest, file, language);
     try {
         draw(canvas);

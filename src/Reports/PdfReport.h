@@ -2,9 +2,9 @@
 
 #include "Language/AppLanguage.h"
 #include "Pdf/PdfCanvas.h"
+#include "Platform/Files/RootFolder.h"
 #include "Reports/SessionManifest.h"
 
-#include <filesystem>
 #include <functional>
 #include <span>
 #include <string>
@@ -46,7 +46,7 @@ constexpr TextStyle monospaced(double size, const PdfColor& color) {
 /// Replaces what is at `file` by a document that `draw` fills. Fails with an error in the
 /// words of the language when the file or a font cannot be opened, and with `PosixError` when the
 /// disk fails later.
-void write(const SessionManifest& manifest, const std::filesystem::path& file, AppLanguage language,
+void write(const SessionManifest& manifest, const FileBeneath& file, AppLanguage language,
            const std::function<void(PdfCanvas&)>& draw);
 
 /// Left edge and width of the column of text outside the table.

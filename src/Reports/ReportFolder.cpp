@@ -6,6 +6,8 @@
 #include "Reports/ReportWriter.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <chrono>
 #include <vector>
 
 namespace slatewise::ReportFolder {
@@ -14,16 +16,18 @@ namespace {
 
 constexpr auto* kReports = "reports";
 
-/// What the manifest of some 40,000 files comes to. It may be a foreign disk's, made to fill the
-/// memory; all of it is held there, and more of what it says.
-constexpr std::int64_t kLargestManifestBytes = std::int64_t{32} << 20;
-
 constexpr std::size_t kPersonLimit = 24;
 constexpr std::size_t kCardLimit = 40;
 constexpr std::size_t kSessionIDLimit = 8;
 
-/// What a file system takes as a name, less what `uniqueName` may put behind it.
-constexpr std::size_t kLongestNameBytes = 255 - 1 - kSessionIDLimit;
+/// Around a name, as long as the set is not whole.
+constexpr std::string_view kPassingStart = ".";
+constexpr std::string_view kPassingEnd = ".part";
+
+/// What a file system takes as a name, less the session's id and what else may stand around it.
+constexpr std::size_t kNumberRoom = 8;
+constexpr std::size_t kLongestNameBytes =
+    255 - 1 - kSessionIDLimit - kNumberRoom - kPassingStart.size() - kPassingEnd.size();
 
 /// One part of a name: at most `limit` characters, none that any file system objects to.
 std::string sanitize(std::string_view raw, std::size_t limit) {
@@ -75,55 +79,64 @@ bool claimOnDestination(const RootFolder& destination, const RootFolder& archive
     }
 }
 
-void removeIfEmpty(const RootFolder& root, const std::filesystem::path& folder) noexcept {
+bool isPassing(std::string_view name) {
+    constexpr std::string_view kForm = ".dddd-dd-dd-dddddd-";
+    return name.ends_with(kPassingEnd) && name.size() > kForm.size() + kPassingEnd.size() &&
+           std::equal(kForm.begin(), kForm.end(), name.begin(), [](char expected, char character) {
+               return expected == 'd' ? character >= '0' && character <= '9'
+                                      : character == expected;
+           });
+}
+
+/// Whoever writes a set holds a lock on its folder. Other machines do not see that on every share,
+/// but none of them takes a day over it.
+bool isLeftBehind(const RootFolder& folder, const std::string& name) {
+    const auto item = folder.attributes(name);
+    constexpr std::chrono::hours kLongest{24};
+    return item.type == FileSystem::ItemType::Folder && item.modified &&
+           *item.modified < Clock::now() - kLongest && folder.below(name).tryToLock();
+}
+
+void removeUnfinished(const RootFolder& folder, const std::string& name) {
+    const auto unfinished = folder.below(name);
+    for (const auto& file : unfinished.names()) {
+        if (file.ends_with(".tmp"))
+            unfinished.removeFile(file);
+    }
+    remove(folder, name);
+}
+
+/// Removes the sets in the folder that a program which was killed did not come to finish, as far as
+/// that is possible, and adds the names that it had claimed for them.
+void removeUnfinished(const RootFolder& root, const std::filesystem::path& place,
+                      std::vector<std::string>& claimed) noexcept {
     try {
-        root.removeFolder(folder);
-        root.below(folder.parent_path()).sync();
-    } catch (const std::exception&) {
-        // Then something lies in it, or the disk is broken.
-    }
-}
-
-bool isFolder(const RootFolder& root, const std::string& name) {
-    try {
-        return root.attributes(name).type == FileSystem::ItemType::Folder;
-    } catch (const PosixError&) {
-        return false;
-    }
-}
-
-/// The folders in `root` that bear a session's id, in the order of their names.
-std::vector<std::string> opaqueFolders(const RootFolder& root) {
-    auto names = root.names();
-    std::erase_if(names, [&](const std::string& name) {
-        return !isOpaqueSessionID(name) || !isFolder(root, name);
-    });
-    return names;
-}
-
-void migrateFolder(const RootFolder& root, const std::string& folder) {
-    const auto manifest = ReportWriter::isoDecodeHead(
-        root.read(std::filesystem::path(folder) / "manifest.json", kLargestManifestBytes));
-    const auto name = uniqueName(displayName(manifest.startedAt, manifest.card.ekip,
-                                             manifest.card.camera, manifest.card.name),
-                                 manifest.sessionID, root, folder);
-    if (name != folder) {
-        if (root.exists(name))
-            throw Error("the name is another session's");
-        root.rename(folder, name);
-        root.sync();
-    }
-    copyToMountedDestination(root.below(name), manifest, name);
-}
-
-void migrateAll(const RootFolder& folders) {
-    for (const auto& folder : opaqueFolders(folders)) {
-        try {
-            migrateFolder(folders, folder);
-        } catch (const std::exception&) {
-            // It keeps its name, by which it is found again the next time.
+        const auto folder = root.below(place);
+        for (const auto& name : folder.names()) {
+            if (!isPassing(name) || !isLeftBehind(folder, name))
+                continue;
+            removeUnfinished(folder, name);
+            claimed.push_back(name.substr(kPassingStart.size(),
+                                          name.size() - kPassingStart.size() - kPassingEnd.size()));
         }
+    } catch (const std::exception&) {
+        // They are in nobody's way.
     }
+}
+
+/// Nobody but us knows of it.
+std::filesystem::path makePassingFolder(const RootFolder& root, const std::filesystem::path& set) {
+    root.createFolders(set.parent_path());
+    const auto named = [&](const std::string& number) {
+        std::string name(kPassingStart);
+        name += set.filename().native() + number;
+        name += kPassingEnd;
+        return set.parent_path() / name;
+    };
+    auto passing = named("");
+    for (int number = 2; !root.createNewFolder(passing); ++number)
+        passing = named("." + std::to_string(number));
+    return passing;
 }
 
 } // namespace
@@ -160,18 +173,35 @@ std::string claim(const std::string& name, const std::string& sessionID, const R
     }
 }
 
+void removeLeftovers(const RootFolder& archive, const RootFolder* destination) noexcept {
+    std::vector<std::string> claimed;
+    removeUnfinished(archive, "", claimed);
+    if (destination)
+        removeUnfinished(*destination, kReports, claimed);
+    for (const auto& name : claimed) {
+        removeIfEmpty(archive, name);
+        if (destination)
+            removeIfEmpty(*destination, onDestination(name));
+    }
+}
+
 void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fill& fill) {
-    // The name is claimed, and so is this one.
-    const auto passing = set.parent_path() / ("." + set.filename().native() + ".part");
+    std::filesystem::path passing;
     bool isInPlace = false;
     try {
-        root.createFolders(passing);
-        fill(passing);
+        passing = makePassingFolder(root, set);
+        const auto made = root.below(passing);
+        const auto lock = made.tryToLock();
+        fill(made);
+        // Over our own claim, which is an empty folder: anything else is not replaced.
         root.rename(passing, set);
+        if (!root.below(set).isSame(made))
+            throw PosixError("rename", root.path() / set, ENOENT);
         isInPlace = true;
         root.below(set.parent_path()).sync();
     } catch (...) {
-        remove(root, passing);
+        if (!passing.empty())
+            remove(root, passing);
         if (isInPlace)
             remove(root, set);
         else
@@ -180,7 +210,7 @@ void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fi
     }
 }
 
-void remove(const RootFolder& root, const std::filesystem::path& set) noexcept {
+void clear(const RootFolder& root, const std::filesystem::path& set) noexcept {
     // The manifest first: without it the rest passes for no set.
     for (const auto name : ReportWriter::fileNames) {
         try {
@@ -189,6 +219,19 @@ void remove(const RootFolder& root, const std::filesystem::path& set) noexcept {
             // The others may go all the same.
         }
     }
+}
+
+void removeIfEmpty(const RootFolder& root, const std::filesystem::path& set) noexcept {
+    try {
+        root.removeFolder(set);
+        root.below(set.parent_path()).sync();
+    } catch (const std::exception&) {
+        // Then something lies in it, or the disk is broken.
+    }
+}
+
+void remove(const RootFolder& root, const std::filesystem::path& set) noexcept {
+    clear(root, set);
     removeIfEmpty(root, set);
 }
 
@@ -207,37 +250,6 @@ bool isOpaqueSessionID(std::string_view name) {
 
 std::filesystem::path destinationReportsRoot(const std::filesystem::path& mountPoint) {
     return mountPoint / kReports;
-}
-
-void copyToMountedDestination(const RootFolder& from, const SessionManifest& manifest,
-                              const std::string& folderName) noexcept {
-    try {
-        const std::filesystem::path mountPoint = manifest.destination.mountPoint;
-        if (!mountPoint.is_absolute())
-            return;
-        const RootFolder destination(mountPoint);
-        // The manifest may come from anywhere; what it names must be the disk that it lies on.
-        if (destination.isOnSameVolume(from))
-            ReportWriter::copySidecars(from, destination, onDestination(folderName));
-    } catch (const std::exception&) {
-        // The set lies where it was; a copy that is missing is no reason to trouble anyone.
-    }
-}
-
-void migrateReadableNames(const std::filesystem::path& archive) noexcept {
-    try {
-        migrateAll(RootFolder(archive));
-    } catch (const std::exception&) {
-        // Not even listed: then there is nothing to rename.
-    }
-}
-
-void migrateDisk(const std::filesystem::path& mountPoint) noexcept {
-    try {
-        migrateAll(RootFolder(mountPoint).below(kReports));
-    } catch (const std::exception&) {
-        // As above; or the folder is a link, which may lead to anywhere.
-    }
 }
 
 } // namespace slatewise::ReportFolder

@@ -31,15 +31,25 @@ std::string uniqueName(const std::string& name, const std::string& sessionID,
 std::string claim(const std::string& name, const std::string& sessionID, const RootFolder& archive,
                   const RootFolder* destination);
 
-/// Gets a set into a passing folder.
-using Fill = std::function<void(const std::filesystem::path& passing)>;
+/// Takes away what programs that were killed a day ago or longer left of sets that they did not
+/// come to finish, and what they had claimed for them. Never fails.
+void removeLeftovers(const RootFolder& archive, const RootFolder* destination) noexcept;
+
+/// Gets a set into a passing folder, which is new.
+using Fill = std::function<void(const RootFolder& passing)>;
 
 /// Has `fill` make a set in a passing folder beneath `root` and gives that the claimed name `set`:
 /// who looks there sees a whole set or none. When any of it fails nothing of the set stays, as far
-/// as the disk allows, and the failure goes on to the caller.
+/// as the disk allows, nor does the claim, and the failure goes on to the caller.
 void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fill& fill);
 
-/// Takes a set of ours away, and its folder when nothing else lies in it. Never fails.
+/// Takes the files of a set of ours away; its folder stays, and claims its name. Never fails.
+void clear(const RootFolder& root, const std::filesystem::path& set) noexcept;
+
+/// Takes a folder away in which nothing lies. Never fails.
+void removeIfEmpty(const RootFolder& root, const std::filesystem::path& set) noexcept;
+
+/// Both. Never fails.
 void remove(const RootFolder& root, const std::filesystem::path& set) noexcept;
 
 /// Where a set lies beneath a destination's root.

@@ -13,8 +13,10 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <functional>
 #include <future>
+#include <iterator>
 #include <span>
 #include <unordered_set>
 #include <utility>
@@ -58,6 +60,14 @@ ManifestCounts count(std::span<const ManifestFile> files, std::int64_t bytesCopi
             .bytesCopied = bytesCopied};
 }
 
+void removeIfPossible(const RootFolder& folder, const char* name) noexcept {
+    try {
+        folder.removeFile(name);
+    } catch (const std::exception&) {
+        // Why it was not written says more.
+    }
+}
+
 } // namespace
 
 SessionManifest buildManifest(const OffloadOutcome& outcome, std::vector<FileCopyResult> files,
@@ -88,41 +98,55 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, std::vector<FileCop
     return manifest;
 }
 
-void write(const SessionManifest& manifest, const std::filesystem::path& folder,
-           AppLanguage language) {
-    FileSystem::createFolders(folder);
+void writeLists(const SessionManifest& manifest, const RootFolder& folder, AppLanguage language) {
     using FileSystem::TextSink;
-    FileSystem::writeAtomically(folder / "manifest.json",
-                                [&](const TextSink& put) { isoEncode(manifest, put); });
-    FileSystem::write(folder / "inventory.csv",
-                      [&](const TextSink& put) { inventoryCSV(manifest, language, put); });
-    FileSystem::write(folder / "checksums.sha256",
-                      [&](const TextSink& put) { checksumList(manifest, put); });
-    const auto tree = ReportTree::build(manifest.files);
-    const auto writing = [&](auto* write, const char* name) {
-        return std::async(std::launch::async, write, std::cref(manifest), std::span(tree),
-                          folder / name, language);
-    };
-    // Each of them waits for those begun when it goes.
-    std::array reports = {writing(SessionHTML::write, "Reports_Standart.html"),
-                          writing(SessionPDF::write, "Reports_Standart.pdf"),
-                          writing(SessionDetailedHTML::write, "Reports_Detailed.html"),
-                          writing(SessionDetailedPDF::write, "Reports_Detailed.pdf")};
-    for (auto& report : reports)
-        report.get();
-    FileSystem::syncFolder(folder);
-    FileSystem::syncFolder(folder.parent_path());
+    folder.writeAtomically("manifest.json", [&](const TextSink& put) { isoEncode(manifest, put); });
+    folder.write("inventory.csv",
+                 [&](const TextSink& put) { inventoryCSV(manifest, language, put); });
+    folder.write("checksums.sha256", [&](const TextSink& put) { checksumList(manifest, put); });
+    folder.sync();
 }
 
-void copySidecars(const RootFolder& from, const RootFolder& disk, const std::filesystem::path& to) {
-    disk.createFolders(to);
-    const auto target = disk.below(to);
+void writePages(const SessionManifest& manifest, const RootFolder& folder, AppLanguage language) {
+    constexpr struct {
+        const char* name;
+        decltype(&SessionHTML::write) write;
+    } kPages[] = {
+        {"Reports_Standart.html", SessionHTML::write},
+        {"Reports_Standart.pdf", SessionPDF::write},
+        {"Reports_Detailed.html", SessionDetailedHTML::write},
+        {"Reports_Detailed.pdf", SessionDetailedPDF::write},
+    };
+    const auto tree = ReportTree::build(manifest.files);
+    // Each of them waits for those begun when it goes.
+    std::vector<std::future<void>> writing;
+    for (const auto& [name, write] : kPages)
+        writing.push_back(std::async(std::launch::async, write, std::cref(manifest),
+                                     std::span(tree), FileBeneath{folder, name}, language));
+    std::exception_ptr failure;
+    for (std::size_t page = 0; page < std::size(kPages); ++page) {
+        try {
+            writing[page].get();
+        } catch (...) {
+            if (!failure)
+                failure = std::current_exception();
+            removeIfPossible(folder, kPages[page].name);
+        }
+    }
+    folder.sync();
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+int copySidecars(const RootFolder& from, const RootFolder& to) {
     // A user may have put the archive where the copy goes.
-    if (target.isSame(from))
-        return;
+    if (to.isSame(from))
+        return 0;
+    int copied = 0;
     for (const auto name : fileNames)
-        copyRegularFile({from, name}, {target, name}, kLargestReportBytes);
-    target.syncVolume();
+        copied += copyRegularFile({from, name}, {to, name}, kLargestReportBytes) ? 1 : 0;
+    to.syncVolume();
+    return copied;
 }
 
 int folderCount(std::span<const ManifestFile> files) {

@@ -32,17 +32,21 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, std::vector<FileCop
                               const std::string& camera, const std::string& ekip,
                               AppLanguage language);
 
-/// Writes the set into a folder, which is made with its parents, and waits until it would survive a
-/// power cut. The manifest comes first, then the lists, and once these are on the disk the reports,
-/// side by side. A failure leaves out what comes after it; what was written stays.
-void write(const SessionManifest& manifest, const std::filesystem::path& folder,
-           AppLanguage language);
+/// Writes the manifest and the lists of a set, in this order, in the place of those that are there,
+/// and waits until they would survive a power cut. A failure leaves out what comes after it; what
+/// was written stays.
+void writeLists(const SessionManifest& manifest, const RootFolder& folder, AppLanguage language);
 
-/// Copies those files of a set that `from` holds into a folder beneath a disk's root, which is made
-/// if need be, replaces what that holds under these names, and waits until they would survive a
-/// power cut, as the footage beside them does. Neither set may hold anything but files under these
-/// names, nor may a link stand on the way: a failure.
-void copySidecars(const RootFolder& from, const RootFolder& disk, const std::filesystem::path& to);
+/// The same of its pages, which are made side by side. One that cannot be made keeps none of the
+/// others from it and is left out; fails when all are done, with what the first of them failed
+/// with, which need not be the disk's fault.
+void writePages(const SessionManifest& manifest, const RootFolder& folder, AppLanguage language);
+
+/// Copies those files of a set that `from` holds, replaces what `to` holds under these names, and
+/// waits until they would survive a power cut, as the footage beside them does. Neither may hold
+/// anything but files under these names: a failure. Gives how many there were; none of a set that
+/// is to be copied to itself.
+int copySidecars(const RootFolder& from, const RootFolder& to);
 
 /// How many distinct folders the files' paths imply.
 int folderCount(std::span<const ManifestFile> files);

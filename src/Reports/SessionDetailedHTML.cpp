@@ -110,7 +110,7 @@ private:
 } // namespace
 
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-           const std::filesystem::path& file, AppLanguage language) {
+           const FileBeneath& file, AppLanguage language) {
     const auto common = manifest.cardEssence();
     DetailedReport(common, language).write(manifest, tree, file);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Language/AppLanguage.h"
+#include "Platform/Files/RootFolder.h"
 #include "Reports/ReportTree.h"
 
-#include <filesystem>
 #include <span>
 #include <string>
 
@@ -14,7 +14,7 @@ namespace slatewise::SessionDetailedHTML {
 
 /// `tree` is the manifest's. Fails with `PosixError` when the file cannot be written.
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-           const std::filesystem::path& file, AppLanguage language);
+           const FileBeneath& file, AppLanguage language);
 
 /// The whole page.
 std::string document(const SessionManifest& manifest, AppLanguage language);

@@ -240,7 +240,7 @@ void drawFoot(PdfCanvas& canvas, const PageNumber& page, double tableBottom) {
 } // namespace
 
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-           const std::filesystem::path& file, AppLanguage language) {
+           const FileBeneath& file, AppLanguage language) {
     PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
         // The texts of all rows at once would take more room than all else: those that the heights
         // depend on are made first, and all of them page by page.

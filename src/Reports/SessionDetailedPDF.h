@@ -2,11 +2,11 @@
 
 #include "Language/AppLanguage.h"
 #include "Pdf/PdfCanvas.h"
+#include "Platform/Files/RootFolder.h"
 #include "Reports/PdfReport.h"
 #include "Reports/SessionDetailedRows.h"
 
 #include <array>
-#include <filesystem>
 #include <span>
 
 /// "Reports_Detailed.pdf": the session on A4 landscape, with what the clips say of themselves. Rows
@@ -19,7 +19,7 @@ using Widths = std::array<double, 6>;
 /// Writes the report, replacing what bears the name; `tree` is the manifest's. Fails as
 /// `SessionPDF::write` does.
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-           const std::filesystem::path& file, AppLanguage language);
+           const FileBeneath& file, AppLanguage language);
 
 Widths columnWidths();
 

@@ -111,7 +111,7 @@ private:
 } // namespace
 
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-           const std::filesystem::path& file, AppLanguage language) {
+           const FileBeneath& file, AppLanguage language) {
     StandardReport(language).write(manifest, tree, file);
 }
 

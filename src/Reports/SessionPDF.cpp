@@ -274,7 +274,7 @@ void drawFoot(PdfCanvas& canvas, const PageNumber& page, double tableBottom) {
 } // namespace
 
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-           const std::filesystem::path& file, AppLanguage language) {
+           const FileBeneath& file, AppLanguage language) {
     PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
         // Only one page's rows are held as texts.
         std::vector<Line> lines;

@@ -2,12 +2,12 @@
 
 #include "Language/AppLanguage.h"
 #include "Pdf/PdfCanvas.h"
+#include "Platform/Files/RootFolder.h"
 #include "Reports/PdfReport.h"
 #include "Reports/ReportTree.h"
 #include "Reports/SessionManifest.h"
 
 #include <array>
-#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
@@ -43,7 +43,7 @@ using Widths = std::array<double, 9>;
 /// in the words of the language when there can be no file, with `PosixError` when the disk fails
 /// later; a part of the file stays then.
 void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
-           const std::filesystem::path& file, AppLanguage language);
+           const FileBeneath& file, AppLanguage language);
 
 /// Each folder's row, then its content.
 std::vector<Row> flatten(std::span<const ReportNode> nodes, AppLanguage language, int depth);

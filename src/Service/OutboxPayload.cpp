@@ -4,6 +4,9 @@
 #include "Platform/Json.h"
 #include "Reports/ManifestJSON.h"
 #include "Storage/AppDatabase.h"
+#include "Storage/AppLog.h"
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -98,11 +101,15 @@ void putFiles(const SessionManifest& manifest, const FileSystem::TextSink& put) 
     put("]");
 }
 
-/// The manifest's text as one JSON string; of an empty object where the manifest is longer than any
-/// service would take in one request, and than the store can take without holding it whole.
-void putInventory(const SessionManifest& manifest, const FileSystem::TextSink& put) {
+/// False where the manifest is longer than any service would take in one request.
+bool hasInventory(const SessionManifest& manifest) {
     constexpr std::size_t kMostFiles = 250'000;
-    if (manifest.files.size() > kMostFiles)
+    return manifest.files.size() <= kMostFiles;
+}
+
+/// The manifest's text as one JSON string; of an empty object where there is none.
+void putInventory(const SessionManifest& manifest, const FileSystem::TextSink& put) {
+    if (!hasInventory(manifest))
         return put(Json::compactText("{}"));
     put("\"");
     ReportWriter::isoEncode(manifest, [&](std::string_view text) {
@@ -142,6 +149,9 @@ OutboxPayload OutboxPayload::decode(std::string_view text) {
 }
 
 void selfEnqueue(const SessionManifest& manifest, AppDatabase& database) {
+    if (!hasInventory(manifest))
+        AppLog::append(fmt::format("Outbox: no inventory of {} with its {} files",
+                                   manifest.sessionID, manifest.files.size()));
     database.enqueueOutbox("session", [&](const auto& put) { writePayload(manifest, put); });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Files/FileWatch.h"
+#include "Service/ProfileRefusal.h"
 #include "Service/SaaSProfile.h"
 
 #include <filesystem>
@@ -16,9 +17,9 @@ namespace slatewise {
 ///     {"accountID": "…", "saasAPIURL": "https://…", "presenceToken": "…"}
 ///
 /// Read when this is made and whenever the file appears, changes or goes. The profile is what the
-/// file says at the moment: a file that is malformed counts as none and is named in the log, as is
-/// one that others than its owner can get at, or whose address is plain http to another machine,
-/// since it holds a secret. GUI thread.
+/// file says at the moment: a file that is malformed counts as none, which is told, and so does one
+/// that others than its owner can get at, or whose address is plain http to another machine, since
+/// it holds a secret. GUI thread.
 class ServiceProfileFile {
 public:
     static constexpr auto* fileName = "service-profile.json";
@@ -27,7 +28,10 @@ public:
 
     const std::optional<SaaSProfile>& current() const { return current_; }
 
-    /// Called when `current` has become another.
+    /// Why a file that is there counts as none. The log has it too.
+    const std::optional<ProfileRefusal>& refusal() const { return refusal_; }
+
+    /// Called when one of the two has become another.
     std::function<void()> onChange;
 
 private:
@@ -35,8 +39,7 @@ private:
     std::optional<SaaSProfile> load();
 
     std::filesystem::path file_;
-    /// The latest complaint, which is not repeated while it stays true.
-    std::string complaint_;
+    std::optional<ProfileRefusal> refusal_;
     std::optional<SaaSProfile> current_;
     FileWatch watch_;
 };

@@ -2,7 +2,10 @@
 
 #include "Platform/Error.h"
 #include "Platform/Text.h"
+#include "Storage/AppLog.h"
+#include "Storage/OutboxPieces.h"
 #include "Storage/StoreConnection.h"
+#include "Storage/StoreFailure.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <sqlite3.h>
@@ -58,43 +61,7 @@ std::optional<Instant> moment(const SQLite::Column& column) {
     return Clock::fromDatabaseText(column.getString());
 }
 
-/// `payload` stands for the text. An id of 0 is the next one.
-std::string insertOutbox(const std::string& payload) {
-    return "INSERT INTO outbox (id, kind, payload, attempts, createdAt) "
-           "VALUES (nullif(?, 0), ?, " +
-           payload + ", 0, ?)";
-}
-
-/// Writes, front to back, into the room that was made for the payload of the row inserted last.
-class PayloadWriter {
-public:
-    explicit PayloadWriter(SQLite::Database& database) : database_(database.getHandle()) {
-        constexpr int kForWriting = 1;
-        require(::sqlite3_blob_open(database_, "main", "outbox", "payload",
-                                    database.getLastInsertRowid(), kForWriting, &blob_));
-    }
-    ~PayloadWriter() { ::sqlite3_blob_close(blob_); }
-    PayloadWriter(const PayloadWriter&) = delete;
-    PayloadWriter& operator=(const PayloadWriter&) = delete;
-
-    void put(std::string_view text) {
-        const auto size = static_cast<int>(text.size());
-        require(::sqlite3_blob_write(blob_, text.data(), size, at_));
-        at_ += size;
-    }
-
-private:
-    void require(int code) const {
-        if (code != SQLITE_OK)
-            throw SQLite::Exception(database_, code);
-    }
-
-    sqlite3* database_;
-    sqlite3_blob* blob_ = nullptr;
-    int at_ = 0;
-};
-
-OutboxRecord outboxRecord(SQLite::Statement& query) {
+OutboxRecord outboxRecord(SQLite::Database& database, SQLite::Statement& query) {
     OutboxRecord row;
     row.id = query.getColumn("id").getInt64();
     row.kind = query.getColumn("kind").getString();
@@ -103,6 +70,7 @@ OutboxRecord outboxRecord(SQLite::Statement& query) {
     if (const auto error = query.getColumn("lastError"); !error.isNull())
         row.lastError = error.getString();
     row.createdAt = moment(query.getColumn("createdAt")).value_or(Instant());
+    row.payload += OutboxPieces::read(database, row.id);
     return row;
 }
 
@@ -180,6 +148,9 @@ void AppDatabase::writeOrKeep(
     const auto writeTo = [&](StoreConnection& connection) {
         connection.write([&](SQLite::Database& database) { work(connection, database); });
     };
+    // Whoever holds the file was waited for once.
+    if (const auto kept = connection_->kept())
+        return writeTo(*kept);
     try {
         writeTo(*connection_);
     } catch (const SQLite::Exception& failure) {
@@ -193,8 +164,16 @@ std::optional<std::filesystem::path> AppDatabase::takeSetAside() {
     return connection_->takeSetAside();
 }
 
-std::optional<std::string> AppDatabase::writeWhatIsKept(std::chrono::milliseconds patience) {
-    return connection_->writeWhatIsKept(patience);
+std::optional<std::string> AppDatabase::writeWhatIsKept(L10n l10n,
+                                                        std::chrono::milliseconds patience) {
+    try {
+        connection_->writeWhatIsKept(patience);
+        return std::nullopt;
+    } catch (const std::exception& failure) {
+        AppLog::append("Store not opened to the end; what was kept in memory is lost: " +
+                       describe(failure));
+        return StoreFailure::reasonOf(failure, l10n);
+    }
 }
 
 std::filesystem::path AppDatabase::file() const {
@@ -251,7 +230,7 @@ std::vector<StoredFile> AppDatabase::filesOf(const std::string& sessionID) const
 }
 
 void AppDatabase::recordCheck(const std::string& sessionID, const CheckRecord& check) {
-    connection_->write([&](SQLite::Database& database) {
+    writeOrKeep([&](StoreConnection&, SQLite::Database& database) {
         SQLite::Statement insert(database,
                                  "INSERT INTO session_checks (sessionID, checkedAt, filesEqual, "
                                  "differences, failure) VALUES (?, ?, ?, ?, ?)");
@@ -263,37 +242,23 @@ void AppDatabase::recordCheck(const std::string& sessionID, const CheckRecord& c
 
 void AppDatabase::recordActivity(const std::optional<std::string>& sessionID,
                                  const std::string& event, const std::string& detail) {
-    connection_->write(
-        [&](SQLite::Database& database) { insertActivity(database, sessionID, event, detail); });
+    writeOrKeep([&](StoreConnection&, SQLite::Database& database) {
+        insertActivity(database, sessionID, event, detail);
+    });
 }
 
 void AppDatabase::enqueueOutbox(const std::string& kind, const std::string& payload) {
-    writeOrKeep([&](StoreConnection& connection, SQLite::Database& database) {
-        SQLite::Statement insert(database, insertOutbox("?"));
-        Binder(insert) << connection.nextOutboxID() << kind << payload << Clock::now();
-        insert.exec();
-    });
+    enqueueOutbox(kind, [&](const FileSystem::TextSink& put) { put(payload); });
 }
 
 void AppDatabase::enqueueOutbox(const std::string& kind, const FileSystem::TextSource& payload) {
-    constexpr std::size_t kHeldWhole = 16 << 20;
-    std::string beginning;
-    std::size_t size = 0;
-    payload([&](std::string_view text) {
-        size += text.size();
-        if (size <= kHeldWhole)
-            beginning += text;
-    });
-    if (size <= kHeldWhole)
-        return enqueueOutbox(kind, beginning);
-    beginning = {};
     writeOrKeep([&](StoreConnection& connection, SQLite::Database& database) {
-        SQLite::Statement insert(database, insertOutbox("zeroblob(?)"));
-        Binder(insert) << connection.nextOutboxID() << kind << static_cast<std::int64_t>(size)
-                       << Clock::now();
+        // An id of 0 is the next one.
+        SQLite::Statement insert(database, "INSERT INTO outbox (id, kind, payload, attempts, "
+                                           "createdAt) VALUES (nullif(?, 0), ?, '', 0, ?)");
+        Binder(insert) << connection.nextOutboxID() << kind << Clock::now();
         insert.exec();
-        PayloadWriter writer(database);
-        payload([&](std::string_view text) { writer.put(text); });
+        OutboxPieces::writePayload(database, database.getLastInsertRowid(), payload);
     });
 }
 
@@ -303,7 +268,7 @@ std::vector<OutboxRecord> AppDatabase::pendingOutbox() const {
                                               " FROM outbox ORDER BY id ASC");
         std::vector<OutboxRecord> rows;
         while (query.executeStep())
-            rows.push_back(outboxRecord(query));
+            rows.push_back(outboxRecord(database, query));
         return rows;
     });
 }
@@ -323,7 +288,7 @@ std::optional<OutboxRecord> AppDatabase::outboxRow(std::int64_t id) const {
         SQLite::Statement query(database, "SELECT " + std::string(kOutboxColumns) +
                                               " FROM outbox WHERE id = ?");
         query.bind(1, connection_->currentOutboxID(id));
-        return query.executeStep() ? std::optional(outboxRecord(query)) : std::nullopt;
+        return query.executeStep() ? std::optional(outboxRecord(database, query)) : std::nullopt;
     });
 }
 
@@ -338,9 +303,12 @@ void AppDatabase::bumpOutbox(std::int64_t id, const std::string& error) {
 
 void AppDatabase::deleteOutbox(std::int64_t id) {
     connection_->write([&](SQLite::Database& database) {
-        SQLite::Statement remove(database, "DELETE FROM outbox WHERE id = ?");
-        Binder(remove) << connection_->currentOutboxID(id);
-        remove.exec();
+        for (const auto* words :
+             {"DELETE FROM outbox_pieces WHERE outboxID = ?", "DELETE FROM outbox WHERE id = ?"}) {
+            SQLite::Statement remove(database, words);
+            Binder(remove) << connection_->currentOutboxID(id);
+            remove.exec();
+        }
     });
 }
 

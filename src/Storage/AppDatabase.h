@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Language/L10n.h"
 #include "Offload/OffloadRows.h"
 #include "Platform/Files/FileSystem.h"
 #include "Storage/StoreRecords.h"
@@ -48,9 +49,10 @@ public:
     std::optional<std::filesystem::path> takeSetAside();
 
     /// Tries once more to write what is kept in memory because the file could not be had, and gives
-    /// why it is lost otherwise. For the end of a process. Blocks for about as long as `patience`.
+    /// why it is lost otherwise, for a person. For the end of a process. Blocks for about as long
+    /// as `patience`.
     std::optional<std::string>
-    writeWhatIsKept(std::chrono::milliseconds patience = std::chrono::seconds(5));
+    writeWhatIsKept(L10n l10n, std::chrono::milliseconds patience = std::chrono::seconds(5));
 
     /// A store that ends with the process.
     static AppDatabase inMemory();
@@ -64,7 +66,7 @@ public:
     /// Stores the session, its files and an activity row, all or nothing. A session that is stored
     /// already is a failure. The outcome's rows are those of `files`, whoever holds them. While
     /// another program holds the file, it is kept as `openOrWait` says, and so is a report that is
-    /// queued.
+    /// queued, a check and an activity.
     void save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
               const std::string& cardName, const std::string& destName, const std::string& camera,
               const SessionTraces& traces = {});
@@ -89,8 +91,7 @@ public:
 
     void enqueueOutbox(const std::string& kind, const std::string& payload);
 
-    /// The same of a text that may be too long to be held whole. It is made twice then, to be
-    /// measured and to be written, and must be the same both times.
+    /// The same of a text that may be too long to be held whole.
     void enqueueOutbox(const std::string& kind, const FileSystem::TextSource& payload);
 
     /// Oldest first.

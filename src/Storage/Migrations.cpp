@@ -16,7 +16,7 @@ struct Migration {
     const char* statements;
 };
 
-constexpr std::array<Migration, 5> kMigrations = {{
+constexpr std::array<Migration, 6> kMigrations = {{
     {"v1", R"sql(
         CREATE TABLE sessions (
             id TEXT PRIMARY KEY,
@@ -87,6 +87,14 @@ constexpr std::array<Migration, 5> kMigrations = {{
     )sql"},
     {"v5-card", R"sql(
         ALTER TABLE session_traces ADD COLUMN cardUUID TEXT NOT NULL DEFAULT '';
+    )sql"},
+    {"v6-outbox-pieces", R"sql(
+        CREATE TABLE outbox_pieces (
+            id INTEGER PRIMARY KEY AUTOINCREMENT,
+            outboxID INTEGER NOT NULL REFERENCES outbox(id) ON DELETE CASCADE,
+            text TEXT NOT NULL
+        );
+        CREATE INDEX index_outbox_pieces_on_outboxID ON outbox_pieces(outboxID);
     )sql"},
 }};
 

@@ -137,6 +137,8 @@ std::shared_ptr<StoreConnection> StoreConnection::waitingFor(const std::filesyst
                                                              const std::string& failure) {
     AppLog::append("Store not opened, kept in memory until it can be: " + failure);
     const auto connection = std::make_shared<StoreConnection>(InMemory());
+    // A check may be of a session that only the file holds.
+    connection->database_->exec("PRAGMA foreign_keys = OFF");
     connection->awaited_ = file;
     std::thread(keepTrying, std::weak_ptr(connection), interval).detach();
     return connection;
@@ -146,10 +148,19 @@ std::shared_ptr<StoreConnection> StoreConnection::whileBusy(const std::string& f
     constexpr std::chrono::seconds kInterval{5};
     const auto path = file();
     const std::lock_guard guard(moving_);
-    // One that has what it waited for would only meet the same obstacle.
-    if (!kept_ || !kept_->file().empty())
+    if (!isKeeping())
         kept_ = waitingFor(path, kInterval, failure);
     return kept_;
+}
+
+std::shared_ptr<StoreConnection> StoreConnection::kept() {
+    const std::lock_guard guard(moving_);
+    return isKeeping() ? kept_ : nullptr;
+}
+
+bool StoreConnection::isKeeping() const {
+    // One that has what it waited for would only meet the same obstacle.
+    return kept_ && kept_->file().empty();
 }
 
 std::optional<std::filesystem::path> StoreConnection::takeSetAside() {
@@ -158,18 +169,15 @@ std::optional<std::filesystem::path> StoreConnection::takeSetAside() {
     return aside.empty() ? std::nullopt : std::optional(std::move(aside));
 }
 
-std::optional<std::string> StoreConnection::writeWhatIsKept(std::chrono::milliseconds patience) {
-    auto failure = moveToFile(patience);
+void StoreConnection::writeWhatIsKept(std::chrono::milliseconds patience) {
+    moveToFile(patience);
     std::shared_ptr<StoreConnection> kept;
     {
         const std::lock_guard guard(moving_);
         kept = kept_;
     }
-    if (!failure && kept)
-        failure = kept->writeWhatIsKept(patience);
-    if (failure)
-        AppLog::append("Store not opened to the end; what was kept in memory is lost: " + *failure);
-    return failure;
+    if (kept)
+        kept->writeWhatIsKept(patience);
 }
 
 std::filesystem::path StoreConnection::file() const {
@@ -192,26 +200,26 @@ void StoreConnection::keepTrying(std::weak_ptr<StoreConnection> waiting,
     for (;;) {
         std::this_thread::sleep_for(interval);
         const auto connection = waiting.lock();
-        if (!connection || !connection->moveToFile(interval))
+        if (!connection)
             return;
+        try {
+            return connection->moveToFile(interval);
+        } catch (const std::exception&) {
+            // Nor can it be had now.
+        }
     }
 }
 
-std::optional<std::string> StoreConnection::moveToFile(std::chrono::milliseconds patience) {
+void StoreConnection::moveToFile(std::chrono::milliseconds patience) {
     const std::lock_guard oneMover(moving_);
     if (awaited_.empty())
-        return std::nullopt;
-    try {
-        makePrivate(awaited_);
-        auto onDisk = open(awaited_.native(), patience);
-        const std::lock_guard guard(lock_);
-        moveRows(awaited_);
-        database_ = std::move(onDisk);
-        AppLog::append("Store opened: " + std::exchange(awaited_, {}).native());
-        return std::nullopt;
-    } catch (const std::exception& failure) {
-        return describe(failure);
-    }
+        return;
+    makePrivate(awaited_);
+    auto onDisk = open(awaited_.native(), patience);
+    const std::lock_guard guard(lock_);
+    moveRows(awaited_);
+    database_ = std::move(onDisk);
+    AppLog::append("Store opened: " + std::exchange(awaited_, {}).native());
 }
 
 void StoreConnection::moveRows(const std::filesystem::path& file) {
@@ -225,16 +233,26 @@ void StoreConnection::moveRows(const std::filesystem::path& file) {
         for (const auto* table :
              {"sessions", "files", "activity_events", "session_traces", "session_checks"})
             copyRows(database, table);
+        // Their sessions may have gone with a file that was set aside.
+        database.exec("DELETE FROM kept.session_checks WHERE sessionID NOT IN "
+                      "(SELECT id FROM kept.sessions)");
         const auto columns = columnsOf(database, "outbox");
         SQLite::Statement rows(database, "SELECT id FROM main.outbox ORDER BY id");
         SQLite::Statement insert(database, "INSERT INTO kept.outbox (" + columns + ") SELECT " +
                                                columns + " FROM main.outbox WHERE id = ?");
+        SQLite::Statement pieces(database, "INSERT INTO kept.outbox_pieces (outboxID, text) SELECT "
+                                           "?, text FROM main.outbox_pieces WHERE outboxID = ? "
+                                           "ORDER BY id");
         while (rows.executeStep()) {
             const auto id = rows.getColumn(0).getInt64();
             insert.bind(1, id);
             insert.exec();
             insert.reset();
             moved[id] = database.getLastInsertRowid();
+            pieces.bind(1, moved[id]);
+            pieces.bind(2, id);
+            pieces.exec();
+            pieces.reset();
         }
         transaction.commit();
     } catch (...) {

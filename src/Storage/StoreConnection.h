@@ -47,9 +47,12 @@ public:
     /// One that waits for the same file, for what cannot be written now because of `failure`.
     std::shared_ptr<StoreConnection> whileBusy(const std::string& failure);
 
-    /// As `AppDatabase` says.
+    /// That one, as long as it waits; else null.
+    std::shared_ptr<StoreConnection> kept();
+
+    /// As `AppDatabase` says; the second fails where that gives a reason.
     std::optional<std::filesystem::path> takeSetAside();
-    std::optional<std::string> writeWhatIsKept(std::chrono::milliseconds patience);
+    void writeWhatIsKept(std::chrono::milliseconds patience);
 
     /// Runs `work` alone and as one transaction.
     template <typename Work>
@@ -80,8 +83,10 @@ private:
     static std::shared_ptr<StoreConnection> waitingFor(const std::filesystem::path& file,
                                                        std::chrono::milliseconds interval,
                                                        const std::string& failure);
-    /// Gives why the file cannot be had now; empty when everything is in it.
-    std::optional<std::string> moveToFile(std::chrono::milliseconds patience);
+    /// With `moving_` held.
+    bool isKeeping() const;
+    /// Fails while the file cannot be had; does nothing when everything is in it.
+    void moveToFile(std::chrono::milliseconds patience);
     void moveRows(const std::filesystem::path& file);
     static void keepTrying(std::weak_ptr<StoreConnection> waiting,
                            std::chrono::milliseconds interval);

@@ -302,33 +302,49 @@ TEST_F(BatchOfCards, WhatBecomesOfACopyBeforeItsReportsAreLeftIsSeen) {
 }
 
 TEST_F(BatchOfCards, NoReportsSayMoreThanIsTrueOrLieWhereNobodyLooks) {
-    enum Fate { DiskFills, ArchivePulled, ArchiveMissing, ArchiveLeadsOut };
-    for (const auto fate : {DiskFills, ArchivePulled, ArchiveMissing, ArchiveLeadsOut}) {
+    // What becomes of the disk or of the archive, and where that lies.
+    enum Fate { DiskFills, ArchiveFills, Pulled, Missing, LeadsOut };
+    struct Case {
+        Fate fate;
+        const char* archive;
+        int onDisk;
+        int archived;
+    };
+    for (const auto& [fate, place, onDisk, archived] :
+         std::vector<Case>{{DiskFills, "user/documents/SlatewiseDIT", 0, 1},
+                           {ArchiveFills, "archive", 1, 1},
+                           {Pulled, "archive", 1, 0},
+                           {Missing, "archive", 0, 0},
+                           {Missing, "SSD1/NAS/archive", 0, 0},
+                           {LeadsOut, "SSD1/reports", 0, 0}}) {
+        SCOPED_TRACE(place);
         SCOPED_TRACE(fate);
         disks = {desk.mountDisk("SSD1")};
         const auto card = desk.mountCard("A001");
         const auto disk = desk.folder / "SSD1";
         const auto outside = desk.folder / "outside";
-        const auto archive = fate == ArchiveLeadsOut ? disk / "reports" : desk.folder / "archive";
+        const auto archive = desk.folder / place;
+        const bool isBegun = fate != Missing && fate != LeadsOut;
         std::optional<MountedVolume> volume;
-        if (fate == DiskFills || fate == ArchivePulled)
+        if (isBegun)
             volume.emplace(MountedVolume::FileSystem::Ext4, 32 << 20,
                            fate == DiskFills ? disk : archive, "");
-        if (fate == ArchiveLeadsOut) {
+        if (fate == LeadsOut) {
             std::filesystem::create_directory(outside);
             std::filesystem::create_directory_symlink(outside, archive);
         }
         runs = 0;
-        desk.surroundings.runEngine = [&](const auto& request, const auto& observer, auto stop) {
+        desk.surroundings.runEngine = [&, fate = fate](const auto& request, const auto& observer,
+                                                       auto stop) {
             ++runs;
             auto outcome = CopyEngine::run(request, observer, stop);
-            // Half a set fits.
-            if (fate == DiskFills)
-                writeFile(disk / "others",
-                          bytesOf(static_cast<std::size_t>(FileSystem::volumeCapacity(disk).free -
-                                                           (40 << 10))));
-            else
+            if (fate == Pulled) {
                 volume->pull();
+                return outcome;
+            }
+            // Half a set fits.
+            const auto free = FileSystem::volumeCapacity(volume->path()).free;
+            writeFile(*volume / "others", bytesOf(static_cast<std::size_t>(free - (40 << 10))));
             return outcome;
         };
         start();
@@ -337,24 +353,41 @@ TEST_F(BatchOfCards, NoReportsSayMoreThanIsTrueOrLieWhereNobodyLooks) {
             desk.model().reports()->pick();
         desk.selectCard(card, "CamA");
         desk.copy();
-        EXPECT_EQ(runs, fate == DiskFills || fate == ArchivePulled);
-        EXPECT_THAT(title(), HasSubstr("could not be written"));
+        EXPECT_EQ(runs, isBegun);
+        EXPECT_THAT(title(), AnyOf(HasSubstr("could not be written"), HasSubstr("are missing in")));
         // Who is refused has no result.
-        if (runs > 0) {
+        if (isBegun) {
             EXPECT_EQ(result().pairs.at(0).status, OutcomeStatus::Failed);
-            EXPECT_THAT(readFile(result().pairs.at(0).page.value()),
-                        HasSubstr("could not be written"));
+            const auto set = result().pairs[0].page.value().parent_path();
+            EXPECT_EQ(reportsIn(set), 7) << "a whole one";
+            EXPECT_THAT(readFile(set / "manifest.json"), HasSubstr("\"status\": \"failed\""));
         }
-        EXPECT_EQ(reportsIn(disk / "reports"), fate == ArchivePulled);
-        EXPECT_EQ(reportsIn(archive) + reportsIn(outside), 0);
-        EXPECT_EQ(std::filesystem::exists(archive),
-                  fate == ArchivePulled || fate == ArchiveLeadsOut);
+        EXPECT_EQ(reportsIn(disk / "reports"), onDisk);
+        const auto sets = reportsIn(archive) - (fate == ArchiveFills ? 2 : 0);
+        EXPECT_EQ(sets + reportsIn(outside), archived) << "beside what fills it";
+        EXPECT_EQ(std::filesystem::exists(disk / "NAS"), false);
         desk.quit();
         desk.volumes.clear();
         volume.reset();
         for (const auto* name : {"user", "archive", "outside", "SSD1"})
             std::filesystem::remove_all(desk.folder / name);
     }
+}
+
+TEST_F(BatchOfCards, TheArchiveMayLieOnAShareBelowTheDisk) {
+    disks = {desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001");
+    const MountedVolume share(MountedVolume::FileSystem::Ext4, 32 << 20, desk.folder / "SSD1/NAS",
+                              "");
+    std::filesystem::create_directory(share / "archive");
+    beforeRun([](int) {});
+    start();
+    desk.choice = share / "archive";
+    desk.model().reports()->pick();
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    EXPECT_EQ(result().pairs.at(0).status, OutcomeStatus::Verified) << title();
+    EXPECT_EQ(reportsIn(share / "archive"), 1);
 }
 
 TEST_F(BatchOfCards, ASessionThatCannotBeStoredIsANoteAndWaitsForTheServiceAllTheSame) {

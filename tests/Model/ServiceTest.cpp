@@ -57,7 +57,10 @@ TEST(ServiceOfTheModel, ReportsWaitUntilThereIsAProfile) {
     EXPECT_EQ(model.saasLine(), toQString("Servis: acc1 → " + server.url()));
     EXPECT_THAT(server.paths(), ElementsAreArray(joined({{"presence"}, kVerifiedSession})));
 
-    std::filesystem::remove(SupportPaths::applicationSupport() / ServiceProfileFile::fileName);
+    const auto file = SupportPaths::applicationSupport() / ServiceProfileFile::fileName;
+    std::filesystem::permissions(file, std::filesystem::perms(0644));
+    Desk::waitUntil([&] { return model.saasLine().contains("kullanılmıyor: başkaları"); });
+    std::filesystem::remove(file);
     Desk::waitUntil([&] { return model.saasLine().startsWith("Bağımsız"); });
 }
 

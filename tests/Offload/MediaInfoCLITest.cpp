@@ -115,4 +115,16 @@ TEST(MediaInfoCandidates, StandInTheirOrder) {
     EXPECT_EQ(started.at(3), folder / "real/bin/mediainfo");
     const auto built = texts(MediaInfoCLI::candidateURLs("/b", programsFolder() / "dit", {}));
     EXPECT_EQ(built.at(7), programsFolder() / "Vendor/MediaInfo/mediainfo");
+
+    // A link beside the program: what it led to when it was looked at, and only what is trusted.
+    const auto link = programsFolder() / "Helpers";
+    std::filesystem::create_directory_symlink(folder / "x", link);
+    const auto trusted = texts(MediaInfoCLI::Tool::usual().candidates);
+    std::filesystem::permissions(folder / "x", std::filesystem::perms::all);
+    const auto others = texts(MediaInfoCLI::Tool::usual().candidates);
+    std::filesystem::remove(link);
+    EXPECT_THAT(trusted, Contains((folder / "x/mediainfo").native()));
+    EXPECT_THAT(others, Not(Contains((folder / "x/mediainfo").native())));
+    for (const auto& candidates : {trusted, others})
+        EXPECT_THAT(candidates, Not(Contains((link / "mediainfo").native())));
 }

@@ -29,15 +29,16 @@ const std::string kHash(64, '8');
 /// One of the two reports, for what holds of both.
 struct Report {
     const char* name;
-    void (*writeTree)(const SessionManifest&, std::span<const ReportNode>,
-                      const std::filesystem::path&, AppLanguage);
+    void (*writeTree)(const SessionManifest&, std::span<const ReportNode>, const FileBeneath&,
+                      AppLanguage);
     /// The edges of the table's columns, left to right.
     std::vector<double> edges;
     std::size_t rateColumn;
 
     void write(const SessionManifest& manifest, const std::filesystem::path& file,
                AppLanguage language) const {
-        writeTree(manifest, ReportTree::build(manifest.files), file, language);
+        const RootFolder folder(file.parent_path());
+        writeTree(manifest, ReportTree::build(manifest.files), {folder, file.filename()}, language);
     }
 };
 
@@ -391,12 +392,15 @@ TEST_P(EachPdfReport, ReplaceAnOldFileOrSayThatThereIsNone) {
     EXPECT_LT(content.size(), 200'000U);
     EXPECT_TRUE(content.starts_with("%PDF-"));
 
-    writeFile(folder / "occupied", "no folder");
-    const auto nowhere = folder / "occupied/report.pdf";
-    EXPECT_EQ(errorOf([&] { GetParam().write(manifest, nowhere, kEnglish); }),
-              "Could not create PDF");
-    EXPECT_EQ(errorOf([&] { GetParam().write(manifest, nowhere, kTurkish); }),
-              "PDF oluşturulamadı");
+    std::filesystem::create_directory(folder / "gone");
+    const RootFolder gone(folder / "gone");
+    std::filesystem::remove(folder / "gone");
+    for (const auto& [language, sentence] :
+         {std::pair(kEnglish, "Could not create PDF"), std::pair(kTurkish, "PDF oluşturulamadı")})
+        EXPECT_EQ(errorOf([&, language = language] {
+                      GetParam().writeTree(manifest, {}, {gone, "report.pdf"}, language);
+                  }),
+                  sentence);
     EXPECT_THROW(GetParam().write(manifest, "/proc/self/status", kEnglish), PosixError)
         << "an old file that cannot be removed";
 }

@@ -80,8 +80,11 @@ TEST_F(ReportFolders, NamesAreReadableAndFitForAnyDisk) {
     for (int letter = 0; letter < 50; ++letter)
         many += "漢";
     const auto longest = ReportFolder::displayName(started, many, many, many);
-    EXPECT_LE(longest.size() + 9, 255u);
     EXPECT_EQ(longest, Text::displayable(longest)) << "cut between letters";
+    const RootFolder root(folder.path());
+    for (int same = 0; same < 3; ++same)
+        ReportFolder::putWhole(root, ReportFolder::claim(longest, kID, root, nullptr),
+                               [](const auto&) {});
 }
 
 TEST_F(ReportFolders, EachSessionGetsANameOfItsOwn) {
@@ -124,10 +127,10 @@ TEST_F(ReportFolders, OneNameIsClaimedOnBothSides) {
 TEST_F(ReportFolders, ASetIsPutWholeOrNotAtAll) {
     const RootFolder root(disk);
     const std::filesystem::path set = "reports/set";
-    const auto putHalf = [&](const std::filesystem::path& passing) {
-        writeFile(disk / passing / "manifest.json", "half");
+    const auto putHalf = [&](const RootFolder& passing) {
+        writeFile(passing.path() / "manifest.json", "half");
         EXPECT_THAT(namesIn(disk / "reports"),
-                    UnorderedElementsAre("set", passing.filename().native()));
+                    UnorderedElementsAre("set", passing.path().filename().native()));
         throw Error("odd");
     };
     std::filesystem::create_directories(disk / set);
@@ -139,6 +142,48 @@ TEST_F(ReportFolders, ASetIsPutWholeOrNotAtAll) {
     EXPECT_THROW(ReportFolder::putWhole(root, set, [](const auto&) {}), Error);
     EXPECT_EQ(readFile(disk / set / "manifest.json"), "theirs");
     EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre("set"));
+    // Nor is what others left where ours would pass taken for ours.
+    writeFile(disk / "reports/.new.part/manifest.json", "theirs");
+    ReportFolder::putWhole(root, "reports/new", [](const RootFolder& passing) {
+        passing.writeAtomically("manifest.json", "ours");
+    });
+    EXPECT_EQ(readFile(disk / "reports/new/manifest.json"), "ours");
+    EXPECT_EQ(readFile(disk / "reports/.new.part/manifest.json"), "theirs");
+}
+
+TEST_F(ReportFolders, WhatAKilledProgramLeftGoesWhenNobodyCanBeAtIt) {
+    const RootFolder root(disk);
+    const auto reports = disk / "reports";
+    std::filesystem::create_directory(archive);
+    const auto leave = [&](const std::filesystem::path& place, const std::string& name, int hours) {
+        writeFile(place / name / "manifest.json", "half");
+        writeFile(place / name / "inventory.csv.x.tmp", "half");
+        std::filesystem::last_write_time(place / name,
+                                         std::filesystem::file_time_type::clock::now() -
+                                             std::chrono::hours(hours));
+    };
+    const auto part = [](const std::string& name) {
+        return "." + name + ".part";
+    };
+    const std::string other = "2026-03-15-121502-A_Unit-CamA-A001";
+    leave(archive, part(kName), 25);
+    leave(reports, part(other), 25);
+    for (const auto& claimed : {archive / kName, reports / kName, reports / other})
+        std::filesystem::create_directories(claimed);
+    // Not long ago, in work, somebody else's, or with more in it than ours ever had.
+    leave(reports, part("2026-03-16-121502-new"), 23);
+    leave(reports, part("2026-03-16-121502-locked"), 25);
+    const auto lock = root.below(reports.filename() / part("2026-03-16-121502-locked")).tryToLock();
+    leave(reports, ".theirs.part", 25);
+    leave(reports, "2026-03-16-121502-set", 25);
+    writeFile(archive / other / "manifest.json", "whole");
+    const auto before = namesIn(reports).size();
+
+    ReportFolder::removeLeftovers(RootFolder(archive), &root);
+    EXPECT_THAT(namesIn(archive), UnorderedElementsAre(other));
+    EXPECT_EQ(namesIn(reports).size(), before - 3);
+    for (const auto& gone : {part(other), other, std::string(kName)})
+        EXPECT_FALSE(std::filesystem::exists(reports / gone)) << gone;
 }
 
 TEST_F(ReportFolders, AnIDIsToldFromAName) {
@@ -177,9 +222,33 @@ TEST_F(ReportFolders, ADisksOwnFoldersKeepTheirFiles) {
     EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre(kName));
     EXPECT_THAT(namesIn(disk / "reports" / kName),
                 UnorderedElementsAre("manifest.json", "inventory.csv"));
-    ReportWriter::copySidecars(RootFolder(disk / "reports" / kName), RootFolder(disk),
-                               ReportFolder::onDestination(kName));
     EXPECT_EQ(readFile(disk / "reports" / kName / "inventory.csv"), std::string("of ") + kID);
+
+    // What a foreign manifest names is not touched, be it another disk or a way to one.
+    const MountedVolume elsewhere(MountedVolume::FileSystem::Ext4, 8 << 20);
+    std::filesystem::create_directory_symlink(elsewhere.path(), disk / "link");
+    leaveSet(disk / "reports", kOtherID, elsewhere.path());
+    ReportFolder::migrateDisk(disk);
+    leaveSet(disk / "reports", kOtherID, disk / "link");
+    ReportFolder::migrateDisk(disk);
+    EXPECT_FALSE(std::filesystem::exists(elsewhere / "reports"));
+}
+
+TEST_F(ReportFolders, AManifestOfAnyLengthIsReadAndNoneFillsTheMemory) {
+    const auto lengthen = [&](const std::string& id, const std::string& rows) {
+        leaveSet(archive, id, disk);
+        auto text = readFile(archive / id / "manifest.json");
+        const auto end = text.find("}}]");
+        text.insert(end + 2, rows);
+        writeFile(archive / id / "manifest.json", text);
+    };
+    std::string rows;
+    while (rows.size() < (40 << 20))
+        rows += ",\n{\"relative_path\": \"clip\"}";
+    lengthen(kID, rows);
+    lengthen(kOtherID, ",\"" + std::string(40 << 20, 'x') + "\"");
+    ReportFolder::migrateReadableNames(archive);
+    EXPECT_THAT(namesIn(archive), UnorderedElementsAre(kName, kOtherID));
 }
 
 TEST_F(ReportFolders, WhatCannotBeMigratedStaysAndHoldsUpNothing) {

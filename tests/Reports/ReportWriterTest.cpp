@@ -235,16 +235,33 @@ TEST(ReportWriter, CountsAndListsWhatWasHashedAlone) {
 
 TEST(ReportWriter, WritesASetThatOthersCanRead) {
     const TemporaryFolder folder;
-    ReportWriter::write(session(), folder / "new/set", AppLanguage::English);
-    EXPECT_EQ(run({"python3", "-m", "json.tool", folder / "new/set/manifest.json"}).exitCode, 0);
-    for (const auto& entry : std::filesystem::directory_iterator(folder / "new/set"))
+    const auto write = [&](const char* name) {
+        std::filesystem::create_directories(folder / name);
+        const RootFolder set(folder / name);
+        ReportWriter::writeLists(session(), set, AppLanguage::English);
+        ReportWriter::writePages(session(), set, AppLanguage::English);
+    };
+    // What others planted is neither waited for nor followed.
+    writeFile(folder / "outside", "private");
+    std::filesystem::create_directory(folder / "set");
+    std::filesystem::create_symlink(folder / "outside", folder / "set/checksums.sha256");
+    for (const auto* name : {"inventory.csv", "Reports_Standart.pdf"})
+        ASSERT_EQ(::mkfifo((folder / "set" / name).c_str(), 0600), 0);
+    write("set");
+    EXPECT_EQ(readFile(folder / "outside"), "private");
+    EXPECT_EQ(run({"python3", "-m", "json.tool", folder / "set/manifest.json"}).exitCode, 0);
+    for (const auto& entry : std::filesystem::directory_iterator(folder / "set"))
         EXPECT_NE(entry.path().extension(), ".tmp");
-    EXPECT_EQ(readFile(folder / "new/set/checksums.sha256"), kHash + "  DCIM/a, \"b\".mov\n");
+    EXPECT_EQ(readFile(folder / "set/checksums.sha256"), kHash + "  DCIM/a, \"b\".mov\n");
 
     writeFile(folder / "blocked/inventory.csv/x", "a folder in the file's place");
-    EXPECT_THROW(ReportWriter::write(session(), folder / "blocked", AppLanguage::English), Error);
+    EXPECT_THROW(write("blocked"), Error);
     EXPECT_EQ(readFile(folder / "blocked/manifest.json"), ReportWriter::isoEncode(session()))
         << "the manifest comes first and stays";
+    writeFile(folder / "pages/Reports_Standart.html/x", "a folder in the file's place");
+    EXPECT_THROW(write("pages"), Error);
+    for (const auto* name : {"manifest.json", "checksums.sha256", "Reports_Detailed.pdf"})
+        EXPECT_TRUE(std::filesystem::is_regular_file(folder / "pages" / name)) << name;
 }
 
 TEST(ReportWriter, CopiesThoseFilesOfASetThatAreThere) {
@@ -253,25 +270,21 @@ TEST(ReportWriter, CopiesThoseFilesOfASetThatAreThere) {
     writeFile(folder / "from/Reports_Detailed.pdf", "pdf");
     writeFile(folder / "from/private.txt", "no part of a set");
     writeFile(folder / "to/manifest.json", "old and longer");
-    const RootFolder disk(folder.path());
+    const RootFolder to(folder / "to");
     const RootFolder from(folder / "from");
-    ReportWriter::copySidecars(from, disk, "to");
+    EXPECT_EQ(ReportWriter::copySidecars(from, to), 2);
     EXPECT_EQ(readFile(folder / "to/manifest.json"), "new");
     EXPECT_EQ(readFile(folder / "to/Reports_Detailed.pdf"), "pdf");
     EXPECT_FALSE(std::filesystem::exists(folder / "to/private.txt"));
 
-    ReportWriter::copySidecars(from, disk, "from");
+    ReportWriter::copySidecars(from, from);
     EXPECT_EQ(readFile(folder / "from/manifest.json"), "new") << "a set is no copy of itself";
 
-    // Nor does a link lead a copy anywhere, be it a folder on the way or a file.
-    std::filesystem::create_directory_symlink("to", folder / "link");
-    for (const auto* way : {"link", "link/new"})
-        EXPECT_THROW(ReportWriter::copySidecars(from, disk, way), Error);
-    EXPECT_FALSE(std::filesystem::exists(folder / "to/new"));
+    // Nor does a link lead a copy anywhere.
     writeFile(folder / "outside", "private");
     std::filesystem::remove(folder / "to/manifest.json");
     std::filesystem::create_symlink(folder / "outside", folder / "to/manifest.json");
-    ReportWriter::copySidecars(from, disk, "to");
+    ReportWriter::copySidecars(from, to);
     EXPECT_EQ(readFile(folder / "outside"), "private");
     EXPECT_TRUE(std::filesystem::is_regular_file(
         std::filesystem::symlink_status(folder / "to/manifest.json")));
@@ -287,7 +300,7 @@ TEST(ReportWriter, CopiesThoseFilesOfASetThatAreThere) {
     };
     for (const auto& plant : plants) {
         plant();
-        EXPECT_THROW(ReportWriter::copySidecars(from, disk, "to"), Error);
+        EXPECT_THROW(ReportWriter::copySidecars(from, to), Error);
         EXPECT_EQ(readFile(folder / "to/inventory.csv"), "good");
         EXPECT_FALSE(std::filesystem::exists(folder / "to/checksums.sha256"))
             << "the first failure ends it";

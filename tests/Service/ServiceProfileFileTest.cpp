@@ -91,7 +91,7 @@ TEST_F(ServiceProfile, WhatIsMalformedCountsAsNoneAndIsNamedOnce) {
     for (const auto& [content, complaint] : cases) {
         put(file, content);
         expectAccount(profile, "none");
-        EXPECT_THAT(log(), HasSubstr(std::string("service-profile.json ignored: ") +
+        EXPECT_THAT(log(), HasSubstr(std::string("service-profile.json is ignored: ") +
                                      (complaint[0] == '"'   ? ""
                                       : complaint[0] == 's' ? "it"
                                                             : "it is ") +
@@ -107,9 +107,12 @@ TEST_F(ServiceProfile, WhatOthersCanGetAtIsRefusedUntilMended) {
         put(file, profileText("open"), mode);
         ServiceProfileFile profile(file.parent_path());
         EXPECT_FALSE(profile.current()) << mode;
+        EXPECT_THAT(profile.refusal().value().text(L10n(AppLanguage::Turkish)),
+                    HasSubstr("kullanılmıyor: başkaları erişebiliyor"));
         EXPECT_THAT(log(), HasSubstr("chmod 600 \"" + file.native() + "\""));
         ::chmod(file.c_str(), 0600);
         expectAccount(profile, "open");
+        EXPECT_FALSE(profile.refusal());
     }
     EXPECT_THAT(log(), Not(HasSubstr(kToken)));
 

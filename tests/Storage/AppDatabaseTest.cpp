@@ -82,7 +82,7 @@ constexpr const char* kFirstVersion = R"sql(
 TEST_F(StoreFile, HasTheSchemaThatOtherVersionsRead) {
     { const AppDatabase database(file); }
     EXPECT_EQ(ask(file, "SELECT identifier FROM grdb_migrations ORDER BY rowid"),
-              "v1\nv2-camera-label\nv3-timecode\nv4-history\nv5-card\n");
+              "v1\nv2-camera-label\nv3-timecode\nv4-history\nv5-card\nv6-outbox-pieces\n");
     EXPECT_EQ(ask(file, "SELECT name, type, \"notnull\", dflt_value, pk "
                         "FROM pragma_table_info('sessions')"),
               "id|TEXT|0||1\ncardName|TEXT|1||0\ndestName|TEXT|1||0\nsessionRoot|TEXT|1||0\n"
@@ -221,7 +221,9 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     };
     auto database = open();
     EXPECT_EQ(database.file(), "");
-    save(database, outcomeAt("2026-03-01T09:30:15Z", 2), "A001", "SSD", "CamA");
+    const auto outcome = outcomeAt("2026-03-01T09:30:15Z", 2);
+    const auto session = outcome.sessionID.text();
+    save(database, outcome, "A001", "SSD", "CamA");
     for (const auto* payload : {"1", "2"})
         database.enqueueOutbox("session", payload);
     const auto pending = database.pendingOutboxIDs();
@@ -249,13 +251,28 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     auto waiting = AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 1h});
     // So does one that has the file and finds it held later on.
     database.enqueueOutbox("session", "meanwhile");
-    waiting.enqueueOutbox("session", "last");
+    database.recordActivity({}, "card_detected", "B002");
+    database.recordCheck(session, {.checkedAt = Clock::now(), .filesEqual = 2});
+    const std::string large(5 << 20, 'x');
+    waiting.enqueueOutbox("session", [&](const auto& put) {
+        for (int piece = 0; piece < 3; ++piece)
+            put(large + std::to_string(piece));
+    });
+    const L10n turkish(AppLanguage::Turkish);
     for (auto* kept : {&database, &waiting})
-        EXPECT_TRUE(kept->writeWhatIsKept(1ms)) << "it is said while it cannot be written";
+        EXPECT_EQ(kept->writeWhatIsKept(turkish, 1ms), "başka bir program kullanıyor");
     holder.reset();
     for (auto* kept : {&database, &waiting})
-        EXPECT_FALSE(kept->writeWhatIsKept());
-    EXPECT_EQ(ask(file, "SELECT payload FROM outbox WHERE id > 3"), "later\nmeanwhile\nlast\n");
+        EXPECT_FALSE(kept->writeWhatIsKept(turkish));
+    EXPECT_EQ(ask(file, "SELECT payload, typeof(payload) FROM outbox WHERE id > 3"),
+              "later|text\nmeanwhile|text\n|text\n");
+    EXPECT_EQ(ask(file, "SELECT detail FROM activity_events WHERE event = 'card_detected'"),
+              "B002\n");
+    EXPECT_EQ(database.history().at(0).lastCheck.value().filesEqual, 2);
+    const auto last = database.pendingOutboxIDs().back();
+    EXPECT_EQ(database.outboxRow(last)->payload, large + "0" + large + "1" + large + "2");
+    database.deleteOutbox(last);
+    EXPECT_EQ(ask(file, "SELECT count(*) FROM outbox_pieces"), "0\n");
 }
 
 TEST_F(StoreFile, WhatIsNoStoreIsSetAsideAndANewOneBegun) {

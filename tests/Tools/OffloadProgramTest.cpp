@@ -1,3 +1,5 @@
+#include "Offload/OffloadSettings.h"
+#include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Text.h"
 #include "Storage/AppDatabase.h"
 #include "support/Files.h"
@@ -326,7 +328,34 @@ TEST_F(OffloadProgram, SaysThatAnEmptyMountPointLiesOnTheSystemsDisk) {
     const std::string sentence = ": buraya disk bağlı değil, kopya sistem diskinde duruyor.";
     EXPECT_THAT(result.standardError, HasSubstr(place + sentence));
     EXPECT_THAT(readFile(lines(result).at(0).reportFolder / "manifest.json"), HasSubstr(sentence));
+    OffloadSettings settings;
+    settings.outputFolderPath = place;
+    UserDefaults defaults(folder / "user/config/Slatewise DIT/settings.ini");
+    settings.save(defaults);
+    defaults.waitUntilWritten();
+    const auto refused = offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.standardError, HasSubstr(place + " is not mounted."));
+    EXPECT_THAT(entriesOf(folder / "Disk1"), IsEmpty());
     runPrivileged({"rm", "-r", place});
+}
+
+TEST_F(OffloadProgram, APageThatCannotBeMadeCostsNoList) {
+    writeFile(folder / "fonts.conf", "<fontconfig></fontconfig>");
+    auto environment = userIn(folder / "user");
+    environment["FONTCONFIG_FILE"] = folder / "fonts.conf";
+    const auto result = run({programsFolder() / "slatewise-offload", "--quiet", "--to",
+                             folder / "Disk1", folder / "A001"},
+                            environment);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.standardError, HasSubstr("Report pages are missing in Disk1"));
+    const auto set = lines(result).at(0).reportFolder;
+    EXPECT_THAT(entriesOf(set),
+                UnorderedElementsAre("manifest.json", "inventory.csv", "checksums.sha256",
+                                     "Reports_Standart.html", "Reports_Detailed.html"));
+    for (const auto* name : {"manifest.json", "Reports_Detailed.html"})
+        EXPECT_THAT(readFile(set / name), HasSubstr("Report pages are missing"));
+    expectProved({"verified", lines(result)[0].sessionRoot, set}, folder / "A001");
 }
 
 TEST_F(OffloadProgram, ACardMayHaveWordsOfItsOwn) {

@@ -112,7 +112,10 @@ BatchPlan Offload::plan() const {
         if (!destination.obstacle)
             plan.destinations.push_back(destination.volume);
     }
-    plan.serviceProfile = ServiceProfileFile(SupportPaths::applicationSupport()).current();
+    const ServiceProfileFile profile(SupportPaths::applicationSupport());
+    plan.serviceProfile = profile.current();
+    if (const auto& refusal = profile.refusal())
+        display_.note(refusal->text(texts_.shared));
     return plan;
 }
 
@@ -209,7 +212,8 @@ void Offload::batchEnded(const BatchResult& result) {
 
 /// Who interrupts does not wait for a network: that ends the loop.
 QCoro::Task<> Offload::waitForService() {
-    const auto writing = onWorker([store = store_] { return store->writeWhatIsKept(); });
+    const auto writing =
+        onWorker([store = store_, l10n = texts_.shared] { return store->writeWhatIsKept(l10n); });
     const auto failure = co_await writing;
     if (failure)
         display_.note(texts_.shared.historyLost(*failure));

@@ -82,12 +82,15 @@ std::vector<path> candidateURLs(const path& bundle, const std::optional<path>& e
 Tool Tool::usual() {
     const auto executable = TrustedPrograms::own();
     const auto bundle = executable ? executable->parent_path() : path("/");
-    auto candidates = candidateURLs(bundle, executable, firstArgument());
-    std::erase_if(candidates, [](const path& file) {
+    std::vector<path> candidates;
+    for (const auto& file : candidateURLs(bundle, executable, firstArgument())) {
         const bool isOfSystem = std::find(kSystemFolders.begin(), kSystemFolders.end(),
                                           file.parent_path()) != kSystemFolders.end();
-        return !isOfSystem && !TrustedPrograms::isTrusted(resolved(file));
-    });
+        // What was looked at is what is run, hours later: a link may lead elsewhere by then.
+        const auto target = isOfSystem ? file : resolved(file);
+        if (isOfSystem || TrustedPrograms::isTrusted(target))
+            candidates.push_back(target);
+    }
     return {.candidates = std::move(candidates), .limits = {}, .noted = &MediaInfoCLI::noted()};
 }
 

@@ -2,6 +2,7 @@
 
 #include "Platform/Desktop/UserFolders.h"
 #include "Platform/Files/FileDescriptor.h"
+#include "Platform/Files/FileSystem.h"
 
 #include <QFile>
 #include <QSettings>
@@ -26,10 +27,14 @@ QString toQString(std::string_view text) {
 /// the file is written.
 void makePrivate(const QString& file) {
     const std::filesystem::path path = QFile::encodeName(file).toStdString();
-    std::error_code ignored;
-    if (std::filesystem::create_directories(path.parent_path(), ignored))
-        std::filesystem::permissions(path.parent_path(), std::filesystem::perms::owner_all,
-                                     ignored);
+    try {
+        const bool isThere = FileSystem::exists(path.parent_path());
+        FileSystem::createFolders(path.parent_path());
+        if (!isThere)
+            std::filesystem::permissions(path.parent_path(), std::filesystem::perms::owner_all);
+    } catch (const std::exception&) {
+        return;
+    }
     constexpr mode_t kOwnersAlone = 0600;
     const FileDescriptor made(::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, kOwnersAlone));
     // One that was written before is narrowed.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Files/UncachedFile.h"
+#include "Platform/Files/RootFolder.h"
 
 #include <cstdint>
 

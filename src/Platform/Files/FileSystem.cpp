@@ -1,7 +1,6 @@
 #include "Platform/Files/FileSystem.h"
 
 #include "Platform/Error.h"
-#include "Platform/Uuid.h"
 
 #include <fcntl.h>
 #include <sys/statvfs.h>
@@ -159,10 +158,6 @@ void setModified(const std::filesystem::path& path, timespec moment) {
         throw PosixError("utimensat", path, errno);
 }
 
-void write(const std::filesystem::path& path, std::string_view content) {
-    writeAndSync(open(path, O_WRONLY | O_CREAT | O_TRUNC), content, path);
-}
-
 void writeAll(const FileDescriptor& file, std::string_view content,
               const std::filesystem::path& path) {
     while (!content.empty()) {
@@ -179,10 +174,8 @@ void writeAndSync(const FileDescriptor& file, std::string_view content,
     sync(file, path);
 }
 
-namespace {
-
-void putAll(const FileDescriptor& file, const TextSource& content,
-            const std::filesystem::path& path) {
+void writeAndSync(const FileDescriptor& file, const TextSource& content,
+                  const std::filesystem::path& path) {
     constexpr std::size_t kWriteBytes = 1 << 20;
     std::string pending;
     content([&](std::string_view text) {
@@ -192,44 +185,7 @@ void putAll(const FileDescriptor& file, const TextSource& content,
         writeAll(file, pending, path);
         pending.clear();
     });
-    writeAll(file, pending, path);
-}
-
-/// Has `fill` write a file under another name, which is then renamed to `path`.
-template <typename Fill>
-void replaceAtomically(const std::filesystem::path& path, Fill&& fill) {
-    auto temporary = path;
-    temporary += "." + Uuid::random().text() + ".tmp";
-    const auto file = open(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
-    try {
-        fill(file, temporary);
-        sync(file, temporary);
-        if (::rename(temporary.c_str(), path.c_str()) != 0)
-            throw PosixError("rename", path, errno);
-    } catch (...) {
-        ::unlink(temporary.c_str());
-        throw;
-    }
-}
-
-} // namespace
-
-void writeAtomically(const std::filesystem::path& path, std::string_view content) {
-    replaceAtomically(path, [&](const FileDescriptor& file, const std::filesystem::path& name) {
-        writeAll(file, content, name);
-    });
-}
-
-void write(const std::filesystem::path& path, const TextSource& content) {
-    const auto file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-    putAll(file, content, path);
-    sync(file, path);
-}
-
-void writeAtomically(const std::filesystem::path& path, const TextSource& content) {
-    replaceAtomically(path, [&](const FileDescriptor& file, const std::filesystem::path& name) {
-        putAll(file, content, name);
-    });
+    writeAndSync(file, pending, path);
 }
 
 std::string read(const std::filesystem::path& path) {

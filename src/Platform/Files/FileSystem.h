@@ -67,9 +67,6 @@ void remove(const std::filesystem::path& path);
 /// Sets the modification date and nothing else.
 void setModified(const std::filesystem::path& path, timespec moment);
 
-/// Writes a file and waits until it is on the disk.
-void write(const std::filesystem::path& path, std::string_view content);
-
 /// Writes all of a text to what is open, in as many pieces as the system takes. `path` is for
 /// messages.
 void writeAll(const FileDescriptor& file, std::string_view content,
@@ -79,18 +76,14 @@ void writeAll(const FileDescriptor& file, std::string_view content,
 void writeAndSync(const FileDescriptor& file, std::string_view content,
                   const std::filesystem::path& path);
 
-/// As `write`, but under another name first and then renamed: whoever opens `path` sees the old
-/// content or the new one, never a part.
-void writeAtomically(const std::filesystem::path& path, std::string_view content);
-
 /// Takes a text piece by piece, in its order.
 using TextSink = std::function<void(std::string_view)>;
 /// Makes a text that may be too long to be held as a whole.
 using TextSource = std::function<void(const TextSink&)>;
 
-/// As the two above, of a text as it is made. A link that bears the name is a failure.
-void write(const std::filesystem::path& path, const TextSource& content);
-void writeAtomically(const std::filesystem::path& path, const TextSource& content);
+/// The same of a text as it is made.
+void writeAndSync(const FileDescriptor& file, const TextSource& content,
+                  const std::filesystem::path& path);
 
 /// The whole content of a file.
 std::string read(const std::filesystem::path& path);

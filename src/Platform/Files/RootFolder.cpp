@@ -5,12 +5,14 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <memory>
 #include <string_view>
 
@@ -52,12 +54,6 @@ bool RootFolder::isSame(const RootFolder& other) const noexcept {
     const auto one = statusOf(descriptor_);
     const auto another = statusOf(other.descriptor_);
     return one && another && one->st_dev == another->st_dev && one->st_ino == another->st_ino;
-}
-
-bool RootFolder::isOnSameVolume(const RootFolder& other) const noexcept {
-    const auto one = statusOf(descriptor_);
-    const auto another = statusOf(other.descriptor_);
-    return one && another && one->st_dev == another->st_dev;
 }
 
 bool RootFolder::isStillAtItsPath() const noexcept {
@@ -139,8 +135,23 @@ std::string RootFolder::read(const std::filesystem::path& relative,
     return FileSystem::readAll(file, largestBytes, path);
 }
 
+FileDescriptor RootFolder::createAnew(const std::filesystem::path& relative) const {
+    removeFile(relative);
+    return open(relative, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
+}
+
+void RootFolder::write(const std::filesystem::path& relative,
+                       const FileSystem::TextSource& content) const {
+    FileSystem::writeAndSync(createAnew(relative), content, path_ / relative);
+}
+
 void RootFolder::writeAtomically(const std::filesystem::path& relative,
                                  std::string_view content) const {
+    writeAtomically(relative, [&](const FileSystem::TextSink& put) { put(content); });
+}
+
+void RootFolder::writeAtomically(const std::filesystem::path& relative,
+                                 const FileSystem::TextSource& content) const {
     const auto temporary = relative.parent_path() / (Uuid::random().text() + ".tmp");
     const auto file = open(temporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW);
     try {
@@ -208,6 +219,26 @@ void RootFolder::rename(const std::filesystem::path& from, const std::filesystem
     const auto [toParent, toName] = parentOf(to);
     if (::renameat(fromParent.get(), fromName.c_str(), toParent.get(), toName.c_str()) != 0)
         throw PosixError("rename", path_ / from, errno);
+}
+
+void RootFolder::renameToFree(const std::filesystem::path& from,
+                              const std::filesystem::path& to) const {
+    const auto [fromParent, fromName] = parentOf(from);
+    const auto [toParent, toName] = parentOf(to);
+    if (::renameat2(fromParent.get(), fromName.c_str(), toParent.get(), toName.c_str(),
+                    RENAME_NOREPLACE) == 0)
+        return;
+    // Shares and file systems outside the kernel may not know how to do that in one step.
+    if (errno != EINVAL && errno != ENOSYS)
+        throw PosixError("rename", path_ / from, errno);
+    if (exists(to))
+        throw PosixError("rename", path_ / to, EEXIST);
+    rename(from, to);
+}
+
+FileDescriptor RootFolder::tryToLock() const {
+    auto folder = open("", O_RDONLY | O_DIRECTORY);
+    return ::flock(folder.get(), LOCK_EX | LOCK_NB) == 0 ? std::move(folder) : FileDescriptor();
 }
 
 FileSystem::Capacity RootFolder::capacity() const noexcept {

@@ -37,9 +37,8 @@ public:
     /// Takes hold of a folder beneath this one, which may go meanwhile.
     RootFolder below(const std::filesystem::path& relative) const;
 
-    /// Whether both are one and the same folder, or lie on the same volume. Never fail.
+    /// Whether both are one and the same folder. Never fails.
     bool isSame(const RootFolder& other) const noexcept;
-    bool isOnSameVolume(const RootFolder& other) const noexcept;
 
     /// By which the folder was opened; for messages.
     const std::filesystem::path& path() const noexcept { return path_; }
@@ -63,9 +62,18 @@ public:
     /// for; so is a file that is longer, EFBIG.
     std::string read(const std::filesystem::path& relative, std::int64_t largestBytes) const;
 
+    /// Makes an empty file to be written. What bears the name, be it a link or a FIFO, is removed
+    /// and never waited for; a folder is a failure.
+    FileDescriptor createAnew(const std::filesystem::path& relative) const;
+
+    /// Writes such a file, as its text is made, and waits until it is on the disk.
+    void write(const std::filesystem::path& relative, const FileSystem::TextSource& content) const;
+
     /// Writes a file under another name, waits until it is on the disk, and renames it: whoever
     /// opens `relative` sees the old content or the new one, never a part.
     void writeAtomically(const std::filesystem::path& relative, std::string_view content) const;
+    void writeAtomically(const std::filesystem::path& relative,
+                         const FileSystem::TextSource& content) const;
 
     /// Whether anything bears that name, a dangling link included; true also when that cannot be
     /// told, since it is not known to be free then.
@@ -86,6 +94,13 @@ public:
     /// Renames within the folder, replacing a file that bears the new name. The change is on the
     /// disk when the folders are synced.
     void rename(const std::filesystem::path& from, const std::filesystem::path& to) const;
+
+    /// The same to a name that nothing bears; what bears it stays, EEXIST.
+    void renameToFree(const std::filesystem::path& from, const std::filesystem::path& to) const;
+
+    /// Keeps others from locking this folder for as long as the result lives; the system takes the
+    /// lock back when the process dies. Invalid when another holds it, or where there are no locks.
+    FileDescriptor tryToLock() const;
 
     /// Of the volume that holds it; both 0 when that cannot be learnt. Never fails.
     FileSystem::Capacity capacity() const noexcept;
@@ -110,6 +125,16 @@ private:
 
     std::filesystem::path path_;
     FileDescriptor descriptor_;
+};
+
+/// A file by its name below a folder that is held open. Refers to the folder.
+struct FileBeneath {
+    const RootFolder& folder;
+    std::filesystem::path relative;
+    RootFolder::Links links = RootFolder::Links::Refuse;
+
+    /// For messages.
+    std::filesystem::path path() const { return folder.path() / relative; }
 };
 
 } // namespace slatewise

@@ -39,16 +39,6 @@ enum class FileAccess {
     CacheDropped,
 };
 
-/// A file by its name below a folder that is held open. Refers to the folder.
-struct FileBeneath {
-    const RootFolder& folder;
-    std::filesystem::path relative;
-    RootFolder::Links links = RootFolder::Links::Refuse;
-
-    /// For messages.
-    std::filesystem::path path() const { return folder.path() / relative; }
-};
-
 /// One regular file, read or written front to back past the system's cache, so that what is read is
 /// what the device holds and not what memory remembers.
 ///

@@ -5,6 +5,7 @@
 #include "support/Files.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <map>
@@ -14,10 +15,12 @@ using namespace slatewise::test;
 
 TEST(UserDefaults, KeepsAnyTextAcrossInstances) {
     const TemporaryFolder folder;
-    const auto file = folder / "deep/settings.ini";
+    const auto file = folder / "config/deep/settings.ini";
     const std::string awkward = R"({"a":["x, y; \"z\"","Çığ\\n"],"@b":1})"
                                 "\nsecond line=%41";
+    const auto usual = ::umask(0);
     UserDefaults(file).setValue("offloadSettings", awkward);
+    ::umask(usual);
     EXPECT_EQ(UserDefaults(file).value("offloadSettings"), awkward);
     EXPECT_FALSE(UserDefaults(file).value("unknown"));
 
@@ -25,6 +28,7 @@ TEST(UserDefaults, KeepsAnyTextAcrossInstances) {
     const auto rightsOf = [](const auto& path) {
         return std::filesystem::status(path).permissions();
     };
+    EXPECT_EQ(rightsOf(folder / "config"), perms(0755)) << "nobody else's to write to";
     EXPECT_EQ(rightsOf(file.parent_path()), perms::owner_all);
     EXPECT_EQ(rightsOf(file), perms::owner_read | perms::owner_write);
     std::filesystem::permissions(file, perms::all);

@@ -1,0 +1,106 @@
+#include "Platform/Disks/MountTable.h"
+#include "Platform/Error.h"
+#include "Reports/ManifestBytes.h"
+#include "Reports/ReportFolder.h"
+#include "Reports/ReportWriter.h"
+
+#include <optional>
+
+namespace slatewise::ReportFolder {
+
+namespace {
+
+/// A manifest may come from anywhere, and nobody looks at what it names unless that lies on the
+/// disk that holds the set: a share whose server is gone, or one that is mounted when somebody
+/// looks at it, would hold up whoever does.
+std::optional<RootFolder> openOnDiskOf(const RootFolder& set,
+                                       const std::filesystem::path& mountPoint) {
+    const auto mounts = MountTable::read();
+    const auto wanted = mountPoint.lexically_normal();
+    const auto* ofWanted = MountTable::holding(mounts, wanted);
+    const auto* ofSet = MountTable::holding(mounts, std::filesystem::canonical(set.path()));
+    if (!ofWanted || !ofSet || ofWanted->device != ofSet->device)
+        return std::nullopt;
+    // No link leads from there to another one.
+    return RootFolder(ofWanted->mountPoint).below(wanted.lexically_relative(ofWanted->mountPoint));
+}
+
+bool isFolder(const RootFolder& root, const std::string& name) {
+    try {
+        return root.attributes(name).type == FileSystem::ItemType::Folder;
+    } catch (const PosixError&) {
+        return false;
+    }
+}
+
+/// The folders in `root` that bear a session's id, in the order of their names.
+std::vector<std::string> opaqueFolders(const RootFolder& root) {
+    auto names = root.names();
+    std::erase_if(names, [&](const std::string& name) {
+        return !isOpaqueSessionID(name) || !isFolder(root, name);
+    });
+    return names;
+}
+
+void migrateFolder(const RootFolder& root, const std::string& folder) {
+    ManifestBytes bytes({root, std::filesystem::path(folder) / "manifest.json"});
+    const auto manifest = ReportWriter::isoDecodeHead(bytes);
+    const auto name = uniqueName(displayName(manifest.startedAt, manifest.card.ekip,
+                                             manifest.card.camera, manifest.card.name),
+                                 manifest.sessionID, root, folder);
+    if (name != folder) {
+        root.renameToFree(folder, name);
+        root.sync();
+    }
+    copyToMountedDestination(root.below(name), manifest, name);
+}
+
+void migrateAll(const RootFolder& folders) {
+    for (const auto& folder : opaqueFolders(folders)) {
+        try {
+            migrateFolder(folders, folder);
+        } catch (const std::exception&) {
+            // It keeps its name, by which it is found again the next time.
+        }
+    }
+}
+
+} // namespace
+
+void copyToMountedDestination(const RootFolder& from, const SessionManifest& manifest,
+                              const std::string& folderName) noexcept {
+    try {
+        const std::filesystem::path mountPoint = manifest.destination.mountPoint;
+        const auto destination =
+            mountPoint.is_absolute() ? openOnDiskOf(from, mountPoint) : std::nullopt;
+        if (!destination)
+            return;
+        const auto set = onDestination(folderName);
+        destination->createFolders(set.parent_path());
+        if (destination->createNewFolder(set))
+            putWhole(*destination, set,
+                     [&](const RootFolder& passing) { ReportWriter::copySidecars(from, passing); });
+        else
+            ReportWriter::copySidecars(from, destination->below(set));
+    } catch (const std::exception&) {
+        // The set lies where it was; a copy that is missing is no reason to trouble anyone.
+    }
+}
+
+void migrateReadableNames(const std::filesystem::path& archive) noexcept {
+    try {
+        migrateAll(RootFolder(archive));
+    } catch (const std::exception&) {
+        // Not even listed: then there is nothing to rename.
+    }
+}
+
+void migrateDisk(const std::filesystem::path& mountPoint) noexcept {
+    try {
+        migrateAll(RootFolder(mountPoint).below(destinationReportsRoot({})));
+    } catch (const std::exception&) {
+        // As above; or the folder is a link, which may lead to anywhere.
+    }
+}
+
+} // namespace slatewise::ReportFolder
