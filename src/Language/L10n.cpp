@@ -247,6 +247,12 @@ std::string L10n::checkFailed(Text date, Text reason) const {
                        : fmt::format("Check, {}: could not be done: {}", date, reason);
 }
 
+std::string L10n::checkNotStored(Text reason) const {
+    return isTurkish()
+               ? fmt::format("Bu denetim geçmişe yazılamadı: {}", reason)
+               : fmt::format("This check could not be written into the history: {}", reason);
+}
+
 std::string L10n::templateLeadsOut(Text pathTemplate) const {
     return isTurkish()
                ? fmt::format("Klasör şablonu hedefin dışına ya da raporlarına çıkıyor: {}",

@@ -132,6 +132,7 @@ public:
     std::string checkFoundAllEqual(Text date, int files) const;
     std::string checkFoundDifferences(Text date, int differences) const;
     std::string checkFailed(Text date, Text reason) const;
+    std::string checkNotStored(Text reason) const;
     std::string templateLeadsOut(Text pathTemplate) const;
     std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.

@@ -34,6 +34,14 @@ std::string_view sentence(ListError::Reason reason, L10n l10n) {
         return l10n.noListForFolder();
     case Reason::NoFolder:
         return l10n.noFolderForList();
+    case Reason::BehindLink:
+        return l10n.folderBehindLink();
+    case Reason::OtherDisk:
+        return l10n.otherDiskThere();
+    case Reason::OtherSession:
+        return l10n.listOfOtherSession();
+    case Reason::NoReports:
+        return l10n.noReportsOfSession();
     }
     return {};
 }

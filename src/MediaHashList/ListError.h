@@ -39,6 +39,14 @@ public:
         NoList,
         /// The folder that the list is for is not there.
         NoFolder,
+        /// A link stands on the way to that folder.
+        BehindLink,
+        /// Where the folder was, another disk is mounted.
+        OtherDisk,
+        /// It is of another session than the one that is asked for.
+        OtherSession,
+        /// Of the session whose folder it is nobody has the reports any more.
+        NoReports,
     };
 
     /// `subject` is the part that is wrong; bytes. `list` is the file, where it is known.

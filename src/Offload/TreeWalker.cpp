@@ -97,6 +97,8 @@ private:
     }
 
     void visit(int parent, const char* name, std::string relative) {
+        if (observer_.stop.stop_requested())
+            throw CancellationError();
         auto attributes = FileSystem::attributesIn(parent, name);
         if (!attributes)
             return passOver(relative, errno);

@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,8 @@ struct WalkObserver {
     std::function<void(const std::string& link)> leadsNowhere{};
     /// A link leads to a folder, a FIFO or the like.
     std::function<void(const std::string& link)> leadsToNoFile{};
+    /// Ends the walk, with `CancellationError`.
+    std::stop_token stop{};
 };
 
 /// Lists everything under `root`, sorted by the bytes of the relative path.

@@ -233,9 +233,10 @@ void AppDatabase::recordCheck(const std::string& sessionID, const CheckRecord& c
     writeOrKeep([&](StoreConnection&, SQLite::Database& database) {
         SQLite::Statement insert(database,
                                  "INSERT INTO session_checks (sessionID, checkedAt, filesEqual, "
-                                 "differences, failure) VALUES (?, ?, ?, ?, ?)");
+                                 "differences, failure, mayBeFromMemory) "
+                                 "VALUES (?, ?, ?, ?, ?, ?)");
         Binder(insert) << sessionID << check.checkedAt << std::int64_t{check.filesEqual}
-                       << std::int64_t{check.differences} << check.failure;
+                       << std::int64_t{check.differences} << check.failure << check.mayBeFromMemory;
         insert.exec();
     });
 }
@@ -318,7 +319,8 @@ std::vector<HistoryRecord> AppDatabase::history() const {
             database,
             "SELECT s.id, cardName, destName, cameraLabel, sessionRoot, status, bytesCopied, "
             "startedAt, finishedAt, ekip, reportFolder, checkedAt, filesEqual, differences, "
-            "failure, (SELECT count(*) FROM files f WHERE f.sessionID = s.id AND f.action <> "
+            "failure, mayBeFromMemory, (SELECT count(*) FROM files f WHERE f.sessionID = s.id AND "
+            "f.action <> "
             "'SKIP') AS fileCount FROM sessions s LEFT JOIN session_traces t ON t.sessionID = s.id "
             "LEFT JOIN session_checks c ON c.id = (SELECT max(id) FROM session_checks WHERE "
             "sessionID = s.id) ORDER BY startedAt DESC");
@@ -333,7 +335,9 @@ std::vector<HistoryRecord> AppDatabase::history() const {
                 rows.back().lastCheck = {.checkedAt = *checkedAt,
                                          .filesEqual = query.getColumn("filesEqual").getInt(),
                                          .differences = query.getColumn("differences").getInt(),
-                                         .failure = query.getColumn("failure").getString()};
+                                         .failure = query.getColumn("failure").getString(),
+                                         .mayBeFromMemory =
+                                             query.getColumn("mayBeFromMemory").getInt() != 0};
             }
         }
         return rows;

@@ -16,7 +16,7 @@ struct Migration {
     const char* statements;
 };
 
-constexpr std::array<Migration, 6> kMigrations = {{
+constexpr std::array<Migration, 7> kMigrations = {{
     {"v1", R"sql(
         CREATE TABLE sessions (
             id TEXT PRIMARY KEY,
@@ -95,6 +95,9 @@ constexpr std::array<Migration, 6> kMigrations = {{
             text TEXT NOT NULL
         );
         CREATE INDEX index_outbox_pieces_on_outboxID ON outbox_pieces(outboxID);
+    )sql"},
+    {"v7-check-memory", R"sql(
+        ALTER TABLE session_checks ADD COLUMN mayBeFromMemory BOOLEAN NOT NULL DEFAULT 0;
     )sql"},
 }};
 

@@ -57,6 +57,8 @@ struct CheckRecord {
     int differences = 0;
     /// Why it came to nothing; empty when it did not.
     std::string failure{};
+    /// Nobody can rule out that what was read came from memory and not from the disk.
+    bool mayBeFromMemory = false;
 
     bool isGood() const { return differences == 0 && failure.empty(); }
     friend bool operator==(const CheckRecord&, const CheckRecord&) = default;

@@ -14,6 +14,8 @@ namespace slatewise::Verify {
 
 inline constexpr std::string_view kManifest = "manifest.json";
 inline constexpr std::string_view kChecksums = "checksums.sha256";
+/// The folder of all sets, at the root of a disk.
+inline constexpr std::string_view kReports = "reports";
 
 /// One session's reports, as far as a check has use for them.
 struct ReportSet {

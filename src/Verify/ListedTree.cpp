@@ -8,6 +8,7 @@
 #include "Platform/Files/RootFolder.h"
 #include "Platform/Text.h"
 #include "Verify/ListReading.h"
+#include "Verify/SessionFolder.h"
 
 #include <algorithm>
 
@@ -17,8 +18,6 @@ namespace {
 
 using MediaHashList::ListError;
 using Reason = MediaHashList::ListError::Reason;
-
-constexpr std::string_view kReports = "reports";
 
 void throwIfAsked(const std::stop_token& stop) {
     if (stop.stop_requested())
@@ -37,31 +36,10 @@ bool isOfHashesOnly(const SessionManifest& manifest) {
                        [](const auto& file) { return file.action == RowAction::Hash; });
 }
 
-/// Where a session lies below its disk, wherever that is mounted today.
-std::filesystem::path belowDisk(const SessionManifest& manifest) {
-    return TreeWalker::relativePath(manifest.destination.sessionRoot,
-                                    manifest.destination.mountPoint);
-}
-
-std::filesystem::path treeOf(const SessionManifest& manifest,
-                             const std::filesystem::path& reportFolder) {
-    const auto parent = reportFolder.parent_path();
-    if (parent.filename() == kReports) {
-        const auto relative = belowDisk(manifest).native();
-        const auto beside = parent.parent_path() / relative;
-        if (MediaHashList::leadsDown(relative) && isFolder(beside))
-            return std::filesystem::canonical(beside);
-    }
-    const std::filesystem::path recorded = manifest.destination.sessionRoot;
-    if (recorded.is_absolute() && isFolder(recorded))
-        return std::filesystem::canonical(recorded);
-    throw ListError(Reason::NoFolder, {}, recorded);
-}
-
 /// Histories of the tree and of folders in it.
 void addHistories(ListedTree& tree, const std::stop_token& stop) {
-    tree.folder = std::make_shared<const RootFolder>(tree.root);
-    tree.withHistory = MediaHashList::foldersWithHistory(TreeWalker::walk(*tree.folder, {}));
+    tree.withHistory = MediaHashList::foldersWithHistory(
+        TreeWalker::walk(*tree.folder, {}, {}, {.unreadable = {}, .stop = stop}));
     for (const auto& folder : tree.withHistory) {
         throwIfAsked(stop);
         addHistory(folder, tree);
@@ -101,8 +79,9 @@ void seekReports(const std::filesystem::path& disk, ListedTree& tree, SessionRep
             continue;
         try {
             auto manifest = readManifest(list);
+            const auto below = belowDisk(manifest);
             const bool isOfTree = manifest.destination.sessionRoot == tree.root ||
-                                  disk / belowDisk(manifest) == tree.root;
+                                  (!below.empty() && disk / below == tree.root);
             const auto& newest = found.newest.manifest;
             if (isOfTree && !isOfHashesOnly(manifest) &&
                 (!newest || manifest.startedAt >= newest->startedAt))
@@ -141,12 +120,25 @@ ReportSet setIn(const std::filesystem::path& folder) {
     return set;
 }
 
+void takeHold(ListedTree& tree, HeldFolder folder) {
+    tree.root = folder->path();
+    tree.folder = std::move(folder);
+}
+
+void refuseHashesOnly(const ReportSet& set) {
+    if (isOfHashesOnly(*set.manifest))
+        throw ListError(Reason::OnlyHashes, {}, set.folder / kManifest);
+}
+
 /// Adds a set that was named, and finds the tree that it is of. Only the manifest knows where that
 /// is; checksums alone are of the folder in which they lie.
 ReportSet addNamedReports(ReportSet set, ListedTree& tree) {
-    if (set.manifest && isOfHashesOnly(*set.manifest))
-        throw ListError(Reason::OnlyHashes, {}, set.folder / kManifest);
-    tree.root = set.manifest ? treeOf(*set.manifest, set.folder) : set.folder;
+    if (set.manifest) {
+        refuseHashesOnly(set);
+        takeHold(tree, folderOf(*set.manifest, set.folder));
+    } else {
+        tree.root = set.folder;
+    }
     addReports(set, tree);
     return set;
 }
@@ -171,13 +163,32 @@ ReportSet addListsOfFolder(const std::filesystem::path& folder, ListedTree& tree
     return hasHistory && !named.manifest ? ofSession : addNamedReports(std::move(named), tree);
 }
 
+std::filesystem::path withoutLinks(const std::filesystem::path& path) {
+    std::error_code failure;
+    auto found = std::filesystem::canonical(path, failure);
+    if (failure)
+        throw PosixError("open", path, failure.value());
+    return found;
+}
+
+/// Adds what lies in the tree itself.
+void complete(ListedTree& tree, const ReportSet& set, const std::stop_token& stop) {
+    throwIfAsked(stop);
+    if (!tree.folder)
+        tree.folder = std::make_shared<const RootFolder>(tree.root);
+    addHistories(tree, stop);
+    if (set.manifest)
+        compareHashLists(*set.manifest, tree);
+    throwIfAsked(stop);
+    if (tree.files.empty() && tree.troubles.empty())
+        throw ListError(tree.lists.empty() ? Reason::NoList : Reason::NothingToCompare, {},
+                        tree.root);
+}
+
 } // namespace
 
 ListedTree findLists(const std::filesystem::path& given, const std::stop_token& stop) {
-    std::error_code failure;
-    const auto path = std::filesystem::canonical(given, failure);
-    if (failure)
-        throw PosixError("open", given, failure.value());
+    const auto path = withoutLinks(given);
     ListedTree tree;
     ReportSet set;
     if (!isFolder(path)) {
@@ -187,15 +198,28 @@ ListedTree findLists(const std::filesystem::path& given, const std::stop_token& 
     } else {
         set = addListsOfFolder(path, tree);
     }
-    throwIfAsked(stop);
-    addHistories(tree, stop);
-    if (set.manifest)
-        compareHashLists(*set.manifest, tree);
-    throwIfAsked(stop);
-    if (tree.lists.empty() && tree.troubles.empty())
-        throw ListError(Reason::NoList, {}, path);
-    if (tree.files.empty() && tree.troubles.empty())
-        throw ListError(Reason::NothingToCompare, {}, path);
+    tree.isOnOtherDisk = set.manifest && isOnItsDisk(*set.manifest, tree.root) == false;
+    complete(tree, set, stop);
+    return tree;
+}
+
+ListedTree findListsOf(const StoredSession& session, const std::stop_token& stop) {
+    ListedTree tree;
+    ReportSet set;
+    if (!session.reports.empty() && FileSystem::exists(session.reports / kManifest)) {
+        set = setIn(session.reports);
+        refuseHashesOnly(set);
+        addReports(set, tree);
+    } else {
+        set = addListsOfFolder(withoutLinks(session.root), tree);
+    }
+    // A disk of the same name may be mounted there, with a copy of the same card.
+    if (!set.manifest)
+        throw ListError(Reason::NoReports, {}, session.root);
+    if (set.manifest->sessionID != session.id)
+        throw ListError(Reason::OtherSession, {}, set.folder / kManifest);
+    takeHold(tree, folderWhereMade(*set.manifest));
+    complete(tree, set, stop);
     return tree;
 }
 

@@ -49,6 +49,8 @@ struct ListedTree {
     MediaHashList::IgnoredBelow ignored;
     /// Folders that have a history, "" for the root; inner ones first.
     std::vector<std::string> withHistory;
+    /// The lists were written for another disk than the one that holds the tree.
+    bool isOnOtherDisk = false;
 };
 
 /// Finds the tree and its lists. `path` is a session's folder, a folder of reports, a
@@ -57,5 +59,18 @@ struct ListedTree {
 /// list, when there is nothing in any, or the tree is not there, with `PosixError`, and with
 /// `CancellationError` when asked to stop. Blocks.
 ListedTree findLists(const std::filesystem::path& path, const std::stop_token& stop = {});
+
+/// By which a store knows a session.
+struct StoredSession {
+    std::string id;
+    /// Its reports in the archive; empty when nobody noted where they are.
+    std::filesystem::path reports;
+    /// Where its copy was made.
+    std::filesystem::path root;
+};
+
+/// The same of one session, whose copy must lie where it was made and, as far as can be told, on
+/// the disk that it was made on. Without the archive, the reports on the disk tell of it.
+ListedTree findListsOf(const StoredSession& session, const std::stop_token& stop = {});
 
 } // namespace slatewise::Verify

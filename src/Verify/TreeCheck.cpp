@@ -103,7 +103,7 @@ private:
                       Circumstance::None,
                       std::make_exception_ptr(PosixError("open", folder, code))});
         };
-        return TreeWalker::walk(root_, {}, {}, {.unreadable = tellUnreadable});
+        return TreeWalker::walk(root_, {}, {}, {.unreadable = tellUnreadable, .stop = stop_});
     }
 
     bool isNew(const InventoryEntry& entry) const {

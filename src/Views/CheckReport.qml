@@ -11,8 +11,9 @@ Rectangle {
 
     readonly property bool succeeded: check.standing === BatchControl.Succeeded
     readonly property bool failed: check.standing === BatchControl.Failed
-    readonly property color hue: succeeded ? DITTheme.success : failed ? DITTheme.danger
-                                                                       : DITTheme.primary
+    readonly property color hue: check.isDoubtful ? DITTheme.warningText
+                                 : succeeded ? DITTheme.success : failed ? DITTheme.danger
+                                                                         : DITTheme.primary
     readonly property bool settled: succeeded || failed
 
     visible: check.title.length > 0 || note.length > 0
@@ -42,7 +43,7 @@ Rectangle {
 
             AppText {
                 objectName: "checkPercent"
-                visible: !block.settled
+                visible: block.check.isBusy
                 text: block.check.percentText
                 font.pixelSize: DITTheme.headline
                 font.weight: Font.DemiBold
@@ -53,7 +54,8 @@ Rectangle {
                 visible: block.settled
                 symbol: block.succeeded ? "check-circle" : "cross-octagon"
                 size: 22
-                color: block.succeeded ? DITTheme.successText : DITTheme.dangerText
+                color: block.check.isDoubtful ? DITTheme.warningText
+                       : block.succeeded ? DITTheme.successText : DITTheme.dangerText
             }
             AppText {
                 objectName: "checkTitle"
@@ -72,14 +74,38 @@ Rectangle {
             visible: block.check.isBusy
             fraction: block.check.fraction
         }
-        AppText {
-            objectName: "findings"
+        // More than a few scroll, by wheel or with the cursor keys.
+        ScrollArea {
+            id: area
             Layout.fillWidth: true
-            visible: text.length > 0
-            text: block.check.findings
-            font.pixelSize: DITTheme.caption
-            wrapMode: Text.WrapAnywhere
-            maximumLineCount: 8
+            Layout.preferredHeight: Math.min(implicitHeight, 12 * DITTheme.caption)
+            visible: block.check.findings.length > 0
+
+            function follow(cursor: rect) {
+                if (cursor.y < contentY)
+                    contentY = cursor.y
+                else if (cursor.y + cursor.height > contentY + height)
+                    contentY = cursor.y + cursor.height - height
+            }
+
+            TextEdit {
+                objectName: "findings"
+                width: parent.width
+                readOnly: true
+                selectByMouse: true
+                selectByKeyboard: true
+                activeFocusOnTab: true
+                text: block.check.findings
+                textFormat: TextEdit.PlainText
+                wrapMode: TextEdit.WrapAnywhere
+                color: DITTheme.primary
+                selectionColor: DITTheme.accent
+                selectedTextColor: DITTheme.accentInk
+                font.pixelSize: DITTheme.caption
+                Accessible.name: block.check.title
+
+                onCursorRectangleChanged: area.follow(cursorRectangle)
+            }
         }
     }
 }

@@ -66,7 +66,7 @@ Sheet {
         }
         AppText {
             width: parent.width
-            visible: list.count === 0
+            visible: list.count === 0 && !sheet.history.isUnread
             text: L10n.nothingInHistory
             color: DITTheme.secondary
             horizontalAlignment: Text.AlignHCenter

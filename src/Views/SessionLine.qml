@@ -16,6 +16,7 @@ T.ItemDelegate {
     required property bool hasFailed
     required property string check
     required property bool isCheckGood
+    required property bool isCheckDoubtful
     required property bool chosen
 
     readonly property SessionHistory history: ListView.view ? ListView.view.model as SessionHistory : null
@@ -74,7 +75,9 @@ T.ItemDelegate {
                 visible: text.length > 0
                 text: row.check
                 font.pixelSize: DITTheme.caption
-                color: row.isCheckGood ? DITTheme.successText : DITTheme.dangerText
+                color: !row.isCheckGood ? DITTheme.dangerText
+                                        : row.isCheckDoubtful ? DITTheme.warningText
+                                                              : DITTheme.successText
                 Accessible.ignored: true
             }
         }

@@ -2,33 +2,73 @@
 
 #include "support/Desk.h"
 #include "support/Files.h"
+#include "support/MappedFile.h"
+#include "support/MountedVolume.h"
 
-#include <gmock/gmock.h>
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <optional>
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::ElementsAre;
-using ::testing::SizeIs;
 
-TEST(SessionHistory, FindsSessionsAndReadsTheirCopiesAgain) {
-    Desk desk;
-    const auto disk = desk.mountDisk("SSD1");
-    const auto cards = {desk.mountCard("A001", {{"a.mov", "a"}, {"b.mov", "b"}}),
-                        desk.mountCard("B002")};
-    desk.start();
-    const auto& chosen = desk.model().state().board.selection(VolumeSide::Destination);
-    if (!chosen.contains(disk.toStdString()))
-        desk.model().destinations()->toggle(disk);
-    for (const auto& card : cards)
-        desk.selectCard(card, "CamA");
-    desk.copy();
+namespace {
 
-    auto* history = desk.model().history();
-    const auto present = [&] {
+/// Two cards that were copied to one disk.
+class SessionHistoryTest : public ::testing::Test {
+protected:
+    void copy() {
+        const auto disk = desk.mountDisk("SSD1");
+        const auto cards = {desk.mountCard("A001", {{"a.mov", "a"}, {"b.mov", "b"}}),
+                            desk.mountCard("B002")};
+        desk.start();
+        const auto& chosen = desk.model().state().board.selection(VolumeSide::Destination);
+        if (!chosen.contains(disk.toStdString()))
+            desk.model().destinations()->toggle(disk);
+        for (const auto& card : cards)
+            desk.selectCard(card, "CamA");
+        desk.copy();
+        present();
+    }
+
+    void present() {
+        history = desk.model().history();
         history->setPresented(true);
         Desk::waitUntil([&] { return history->rowCount() == 2; });
-    };
-    present();
+    }
+
+    void chooseOnly(const char* search) {
+        history->setSearch(search);
+        ASSERT_EQ(history->rowCount(), 1);
+        history->choose(history->rows()[0].sessionID);
+    }
+
+    BatchControl::Standing readAgain() {
+        bool isStored = false;
+        const auto stored =
+            QObject::connect(history, &SessionHistory::read, [&] { isStored = true; });
+        history->verifyAgain();
+        Desk::waitUntil([&] { return isStored; });
+        QObject::disconnect(stored);
+        return history->check()->standing();
+    }
+
+    std::filesystem::path rootOfChosen() {
+        history->showFolder();
+        Desk::waitUntil([&] { return !desk.shown.empty(); });
+        return desk.shown.back();
+    }
+
+    Desk desk;
+    SessionHistory* history = nullptr;
+};
+
+} // namespace
+
+TEST_F(SessionHistoryTest, FindsSessionsAndReadsTheirCopiesAgain) {
+    copy();
     history->setSearch("nothing");
     EXPECT_EQ(history->rowCount(), 0);
     history->setSearch("cama a001");
@@ -37,18 +77,9 @@ TEST(SessionHistory, FindsSessionsAndReadsTheirCopiesAgain) {
     EXPECT_TRUE(history->rows()[0].isVerified);
     EXPECT_TRUE(history->rows()[0].check.isEmpty());
 
-    const auto readAgain = [&] {
-        bool isStored = false;
-        const auto stored =
-            QObject::connect(history, &SessionHistory::read, [&] { isStored = true; });
-        history->verifyAgain();
-        Desk::waitUntil([&] { return isStored; });
-        QObject::disconnect(stored);
-        return history->check()->standing();
-    };
     history->verifyAgain();
     EXPECT_FALSE(history->check()->isBusy()) << "nothing is chosen";
-    history->choose(history->rows()[0].sessionID);
+    chooseOnly("cama a001");
     EXPECT_EQ(readAgain(), BatchControl::Succeeded);
     EXPECT_TRUE(history->rows()[0].isCheckGood);
     history->showReport();
@@ -72,10 +103,80 @@ TEST(SessionHistory, FindsSessionsAndReadsTheirCopiesAgain) {
     Desk::waitUntil([&] { return !history->note().isEmpty(); });
 
     desk.start();
-    history = desk.model().history();
     present();
     history->setSearch("a001");
     ASSERT_EQ(history->rowCount(), 1);
     EXPECT_TRUE(history->rows()[0].check.contains("could not be done"))
         << "the latest word is kept";
+}
+
+TEST_F(SessionHistoryTest, SaysOfWhichCopyItSpeaksAndWhatIsInDoubt) {
+    copy();
+    chooseOnly("a001");
+    const auto* const check = history->check();
+    {
+        const MappedFile mapped(rootOfChosen() / "a.mov", 1);
+        EXPECT_EQ(readAgain(), BatchControl::Succeeded);
+    }
+    EXPECT_TRUE(check->title().startsWith("A001 → SSD1 — Checked")) << check->title().toStdString();
+    EXPECT_TRUE(check->findings().startsWith("a.mov: the read-back may have"));
+    desk.model().setLanguageCode("tr");
+    EXPECT_TRUE(check->title().startsWith("A001 → SSD1 — Denetim"));
+    EXPECT_TRUE(check->findings().startsWith("a.mov: geri okuma diskten değil"));
+    desk.model().setLanguageCode("en");
+    history->setPresented(false);
+    EXPECT_TRUE(check->title().isEmpty()) << "it is of no other session";
+
+    desk.start();
+    present();
+    chooseOnly("a001");
+    EXPECT_TRUE(history->rows()[0].isCheckGood && history->rows()[0].isCheckDoubtful);
+    EXPECT_TRUE(history->rows()[0].check.contains("from memory"));
+    EXPECT_EQ(readAgain(), BatchControl::Succeeded);
+    EXPECT_FALSE(history->rows()[0].isCheckDoubtful);
+    chooseOnly("b002");
+    EXPECT_TRUE(history->check()->title().isEmpty());
+}
+
+TEST_F(SessionHistoryTest, AStoreThatIsHeldMakesNoDamagedCopyGood) {
+    copy();
+    chooseOnly("a001");
+    EXPECT_EQ(readAgain(), BatchControl::Succeeded);
+    std::filesystem::remove(rootOfChosen() / "b.mov");
+    const auto file = desk.model().state().database->file();
+    std::optional<SQLite::Database> holder(std::in_place, file.native(), SQLite::OPEN_READWRITE);
+    holder->exec("BEGIN EXCLUSIVE");
+    history->verifyAgain();
+    Desk::waitUntil([&] { return history->isUnread(); });
+    EXPECT_EQ(history->check()->standing(), BatchControl::Failed);
+    ASSERT_EQ(history->rowCount(), 1) << "what was read before stays";
+    EXPECT_FALSE(history->rows()[0].isCheckGood);
+    EXPECT_TRUE(history->hasChosen());
+    EXPECT_FALSE(history->note().isEmpty());
+    holder.reset();
+    Desk::waitUntil([&] { return !history->isUnread(); });
+    EXPECT_TRUE(history->note().isEmpty());
+    EXPECT_FALSE(history->rows()[0].isCheckGood);
+    EXPECT_FALSE(desk.model().state().database->writeWhatIsKept());
+    EXPECT_FALSE(desk.model().state().database->history().back().lastCheck->isGood());
+}
+
+TEST_F(SessionHistoryTest, ADiskThatDoesNotAnswerKeepsNobodyFromStopping) {
+    copy();
+    chooseOnly("a001");
+    const MountedVolume silent(MountedVolume::FileSystem::ExFat, 16'000'000, desk.folder / "SSD1",
+                               "");
+    silent.signalItsProgram(SIGSTOP);
+    auto* const check = history->check();
+    for (int time = 0; time < 2; ++time) {
+        history->verifyAgain();
+        EXPECT_TRUE(check->isBusy());
+        check->cancel();
+        Desk::waitUntil([&] { return !check->isBusy(); });
+        EXPECT_EQ(check->standing(), BatchControl::Resting);
+        EXPECT_TRUE(check->findings().contains("does not answer"))
+            << check->findings().toStdString();
+    }
+    silent.signalItsProgram(SIGCONT);
+    EXPECT_TRUE(history->rows()[0].check.isEmpty());
 }

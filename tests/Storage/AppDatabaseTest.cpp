@@ -82,7 +82,8 @@ constexpr const char* kFirstVersion = R"sql(
 TEST_F(StoreFile, HasTheSchemaThatOtherVersionsRead) {
     { const AppDatabase database(file); }
     EXPECT_EQ(ask(file, "SELECT identifier FROM grdb_migrations ORDER BY rowid"),
-              "v1\nv2-camera-label\nv3-timecode\nv4-history\nv5-card\nv6-outbox-pieces\n");
+              "v1\nv2-camera-label\nv3-timecode\nv4-history\nv5-card\nv6-outbox-pieces\n"
+              "v7-check-memory\n");
     EXPECT_EQ(ask(file, "SELECT name, type, \"notnull\", dflt_value, pk "
                         "FROM pragma_table_info('sessions')"),
               "id|TEXT|0||1\ncardName|TEXT|1||0\ndestName|TEXT|1||0\nsessionRoot|TEXT|1||0\n"
@@ -136,7 +137,7 @@ TEST_F(StoreFile, TwoAtOnceOpenAFreshFile) {
         }
         openers.clear();
         EXPECT_EQ(opened, 4);
-        EXPECT_EQ(ask(file, "SELECT count(*) FROM grdb_migrations"), "5\n");
+        EXPECT_EQ(ask(file, "SELECT count(*) FROM grdb_migrations"), "6\n");
     }
 }
 

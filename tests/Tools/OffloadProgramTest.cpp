@@ -7,6 +7,7 @@
 #include "support/Process.h"
 #include "support/RecordingServer.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 
 #include <csignal>
@@ -416,6 +417,20 @@ TEST_F(OffloadProgram, AStoreThatCannotBeOpenedOrTakesNothingCostsTheHistoryAlon
         expectProved(lines(result).at(0), folder / "A001");
     }
     EXPECT_EQ(ask("SELECT count(*) FROM sessions"), "0\n");
+
+    // Who interrupts while another program holds it is told what is lost all the same.
+    SQLite::Database holder(store().native(), SQLite::OPEN_READWRITE);
+    holder.exec("BEGIN EXCLUSIVE");
+    const auto sets = folder / "Disk2/reports";
+    const auto result =
+        offload({"--quiet", "--to", folder / "Disk2", folder / "A001"}, [&](pid_t process) {
+            while (!std::filesystem::exists(sets) || entriesOf(sets).empty() ||
+                   entriesOf(sets).front().starts_with('.'))
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+            ::kill(process, SIGINT);
+        });
+    EXPECT_THAT(result.standardError, HasSubstr("The history could not be written"));
 }
 
 TEST_F(OffloadProgram, AnInterruptStopsCleanlyAndSaysWhatStays) {

@@ -1,12 +1,15 @@
 #include "Language/L10n.h"
 #include "MediaHashList/HashedTree.h"
 #include "MediaHashList/History.h"
+#include "MediaHashList/ListError.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
+#include "Reports/ReportWriter.h"
 #include "Verify/TreeCheck.h"
 #include "support/Files.h"
 #include "support/MappedFile.h"
+#include "support/MountedVolume.h"
 #include "support/Process.h"
 
 #include <gmock/gmock.h>
@@ -161,7 +164,7 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     writeFile(folder / "unchained/ascmhl/ascmhl_chain.xml", MediaHashList::writeChain({}));
     const std::pair<std::vector<std::string>, int> cases[] = {
         {{}, 2},
-        {{folder / "nowhere"}, 2},
+        {{folder / "nowhere"}, 1},
         {{"--language", "de", root}, 2},
         {{folder / "A001"}, 1},
         {{folder / "lists"}, 1},
@@ -176,6 +179,11 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     }
     const auto turkish = program("slatewise-verify", {"--language", "tr", folder / "lists"});
     EXPECT_THAT(turkish.standardError, HasSubstr("bir yol, klasörünün dışına çıkıyor"));
+    const auto misused = program("slatewise-verify", {"--language=tr", "--odd", root});
+    EXPECT_THAT(misused.standardError, HasSubstr("Beklenmeyen sözcük: --odd"));
+    const auto several = program("slatewise-verify", {folder / "nowhere", root});
+    EXPECT_EQ(several.standardOutput, "failed\t" + (folder / "nowhere").native() + "\n");
+    EXPECT_THAT(several.standardError, HasSubstr("all 4 files are there"));
     writeFile(reports / "manifest.json", "{");
     const auto damaged = program("slatewise-verify", {reports});
     EXPECT_THAT(damaged.standardError, HasSubstr("manifest.json: not a list that can be read\n"));
@@ -183,6 +191,63 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     const auto hashed = program("slatewise-verify", {reports});
     EXPECT_EQ(hashed.exitCode, 1);
     EXPECT_THAT(hashed.standardError, HasSubstr("hashes of a card, and nothing was copied"));
+}
+
+TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
+    const auto verified = [&](const std::filesystem::path& path) {
+        const auto result = program("slatewise-verify", {"--language", "en", path});
+        EXPECT_EQ(result.standardOutput.empty(), result.exitCode == 0);
+        return std::to_string(result.exitCode) + " " + result.standardError;
+    };
+    const auto archived = [&] {
+        for (const auto& item : std::filesystem::recursive_directory_iterator(folder / "user")) {
+            if (item.path().filename() == reports.filename())
+                return item.path();
+        }
+        return std::filesystem::path();
+    };
+    const auto storedAs = [&](const std::filesystem::path& set) {
+        return Verify::StoredSession{
+            ReportWriter::isoDecode(readFile(set / "manifest.json")).sessionID, set, copy};
+    };
+    // Its own footage is gone, and where that was lies the copy of another disk.
+    const auto disk = folder / "Disk";
+    (void)offload();
+    const auto moved = folder / "Moved";
+    const auto stale = moved / "reports" / reports.filename();
+    std::filesystem::rename(disk, moved);
+    std::filesystem::remove_all(moved / copy.lexically_relative(disk));
+    std::filesystem::create_directory(disk);
+    const auto root = offload();
+    EXPECT_THAT(verified(stale), ::testing::StartsWith("1 "));
+    EXPECT_THAT(verified(reports), ::testing::StartsWith("0 "));
+    EXPECT_THAT(verified(archived()), ::testing::StartsWith("0 "));
+
+    const auto day = disk / *copy.lexically_relative(disk).begin();
+    std::filesystem::rename(day, folder / "elsewhere");
+    std::filesystem::create_directory_symlink(folder / "elsewhere", day);
+    EXPECT_THAT(verified(reports), HasSubstr("a link stands on the way"));
+    EXPECT_THAT(verified(archived()), HasSubstr("a link stands on the way"));
+    std::filesystem::remove_all(disk);
+
+    // Two disks of one name, one after the other, and then a copy of all that is on one.
+    MountedVolume first(MountedVolume::FileSystem::Ext4, 32'000'000, disk, "");
+    (void)offload();
+    const auto session = storedAs(archived());
+    const auto set = session.reports;
+    first.unmount();
+    MountedVolume second(MountedVolume::FileSystem::Ext4, 32'000'000, disk, "");
+    (void)offload();
+    EXPECT_THAT(verified(set), HasSubstr("another disk is there now"));
+    EXPECT_THAT(verified(archived()), ::testing::StartsWith("0 "));
+    EXPECT_EQ(Verify::findListsOf(storedAs(archived())).files.size(), 4U);
+    for (const auto& known : {set, std::filesystem::path()}) {
+        EXPECT_THROW((void)Verify::findListsOf({session.id, known, session.root}),
+                     MediaHashList::ListError);
+    }
+    const auto whole = folder / "whole";
+    std::filesystem::copy(disk, whole, std::filesystem::copy_options::recursive);
+    EXPECT_THAT(verified(whole / "reports" / reports.filename()), ::testing::StartsWith("0 "));
 }
 
 TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {

@@ -82,7 +82,7 @@ void declareOptions(CLI::App& program, Arguments& arguments, Typed& typed) {
 std::variant<Arguments, ExitCode> parseArguments(int count, const char* const* words) {
     CLI::App program(kDescription, "slatewise-offload");
     program.footer(kFooter);
-    tellUsageFailuresPlainly(program);
+    tellUsageFailuresPlainly(program, languageOf(count, words));
     Arguments arguments;
     Typed typed;
     declareOptions(program, arguments, typed);

@@ -134,7 +134,7 @@ void Offload::begin() {
 void Offload::cancel() {
     if (batch_)
         batch_->cancel();
-    else
+    else if (!isWritingHistory_)
         loop_.quit();
 }
 
@@ -212,9 +212,13 @@ void Offload::batchEnded(const BatchResult& result) {
 
 /// Who interrupts does not wait for a network: that ends the loop.
 QCoro::Task<> Offload::waitForService() {
+    // Nor for longer than a moment for a store that another program holds; but what is lost to that
+    // is told in any case.
+    isWritingHistory_ = true;
     const auto writing =
         onWorker([store = store_, l10n = texts_.shared] { return store->writeWhatIsKept(l10n); });
     const auto failure = co_await writing;
+    isWritingHistory_ = false;
     if (failure)
         display_.note(texts_.shared.historyLost(*failure));
     if (!stop_.stop_requested()) {

@@ -75,6 +75,8 @@ private:
     std::string label_;
     /// How many of the batch's pairs have ended.
     std::size_t ended_ = 0;
+    /// What the store could not take before is on its way there.
+    bool isWritingHistory_ = false;
 };
 
 } // namespace slatewise::tool

@@ -1,21 +1,19 @@
 #pragma once
 
-#include "Platform/Text.h"
+#include "Language/AppLanguage.h"
 
-#include <CLI/CLI.hpp>
-
-#include <string>
+namespace CLI {
+class App;
+}
 
 namespace slatewise::tool {
 
+/// The language that the words ask for, and else the stored one: what is wrong with the words is
+/// told before they are read.
+AppLanguage languageOf(int count, const char* const* words);
+
 /// Has the program say what is wrong with its usage in one line of sane length, in which whatever
 /// was typed acts on no terminal.
-inline void tellUsageFailuresPlainly(CLI::App& program) {
-    constexpr std::size_t kLongestSentence = 400;
-    program.failure_message([](const CLI::App* of, const CLI::Error& failure) {
-        return Text::shortened(Text::visible(failure.what()), kLongestSentence) + "\nRun " +
-               of->get_name() + " --help for more information.\n";
-    });
-}
+void tellUsageFailuresPlainly(CLI::App& program, AppLanguage language);
 
 } // namespace slatewise::tool

@@ -18,8 +18,9 @@ constexpr const char* kDescription = "Reads footage from its disk again, past th
 
 constexpr const char* kFooter =
     "Standard output gets one line per difference: WORD<TAB>PATH, where WORD is missing, changed,\n"
-    "unreadable, new or unproved, or damaged or failed for a list that is damaged or whose run\n"
-    "failed.\n"
+    "unreadable, new or unproved; damaged or failed for a list that is damaged or whose run "
+    "failed;\n"
+    "or failed for a PATH of which nothing could be checked.\n"
     "Exit status: 0 all there and equal, 1 something differs, 2 wrong usage, 130 interrupted.";
 
 } // namespace
@@ -27,7 +28,7 @@ constexpr const char* kFooter =
 std::variant<VerifyArguments, ExitCode> parseVerifyArguments(int count, const char* const* words) {
     CLI::App program(kDescription, "slatewise-verify");
     program.footer(kFooter);
-    tellUsageFailuresPlainly(program);
+    tellUsageFailuresPlainly(program, languageOf(count, words));
     program.set_version_flag("--version",
                              std::string("slatewise-verify ") + std::string(AppInfo::version));
     std::vector<std::string> paths;
@@ -40,10 +41,7 @@ std::variant<VerifyArguments, ExitCode> parseVerifyArguments(int count, const ch
         ->check(CLI::IsMember(std::vector<std::string>{"en", "tr"}).description(""));
     program.add_flag("--mhl", addsGeneration,
                      "Add what was read to the folder's hash list, when nothing differs");
-    program.add_option("PATH", paths, "What to check")
-        ->required()
-        ->check(CLI::ExistingPath.description(""))
-        ->option_text("...");
+    program.add_option("PATH", paths, "What to check")->required()->option_text("...");
     try {
         program.parse(count, words);
     } catch (const CLI::ParseError& failure) {

@@ -21,6 +21,13 @@ std::string VerifyTexts::verdict(const Verify::Result& result, std::string_view 
                                             result.differences, result.filesEqual, size);
 }
 
+std::string VerifyTexts::onOtherDisk(std::string_view tree) const {
+    return shared.isTurkish()
+               ? fmt::format("Listelerinin yazıldığı diskte değil, başka bir diskte: {}", tree)
+               : fmt::format("Not on the disk that its lists were written for, but on another: {}",
+                             tree);
+}
+
 std::string VerifyTexts::fromMemory(std::string_view tree) const {
     return shared.isTurkish()
                ? fmt::format(

@@ -15,6 +15,8 @@ public:
 
     /// The verdict on one tree.
     std::string verdict(const Verify::Result& result, std::string_view tree) const;
+    /// The lists speak of another disk, of which this one may well be a copy.
+    std::string onOtherDisk(std::string_view tree) const;
     std::string fromMemory(std::string_view tree) const;
     /// That of these files.
     std::string keptInMemory(const Verify::Result& result, std::string_view tree) const;

@@ -23,6 +23,11 @@ void keep(const Verify::ListedTree& tree, Verify::Result& result, const tool::Ve
         display.note(texts.nameLeftOut(name));
 }
 
+void print(std::string_view word, std::string_view path, tool::ProgressDisplay& display) {
+    display.clearBar();
+    std::cout << word << '\t' << Text::visible(path) << std::endl;
+}
+
 /// Gives whether all is there and equal.
 bool verify(const std::filesystem::path& path, const tool::VerifyArguments& arguments,
             const tool::VerifyTexts& texts, tool::ProgressDisplay& display, std::stop_token stop) {
@@ -31,15 +36,15 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
         .progress = [&](const OffloadPhase& phase) { display.show(phase); },
         .finding =
             [&](const Verify::Finding& finding) {
-                display.clearBar();
-                std::cout << rawValue(finding.difference) << '\t' << Text::visible(finding.path)
-                          << std::endl;
+                print(rawValue(finding.difference), finding.path, display);
                 const auto explanation = finding.explanation(texts.shared);
                 if (!explanation.empty())
                     display.note(finding.path + ": " + explanation);
             }};
     auto result = Verify::check(tree, arguments.keep, watch, std::move(stop));
     const auto name = Text::displayable(tree.root.native());
+    if (tree.isOnOtherDisk)
+        display.note(texts.onOtherDisk(name));
     if (result.mayBeFromMemory)
         display.note(texts.fromMemory(name));
     else if (result.filesKeptInMemory > 0)
@@ -67,6 +72,7 @@ int verifyAll(const tool::VerifyArguments& arguments, const std::stop_token& sto
             display.note(shared.shared.cancelled());
             return tool::kExitInterrupted;
         } catch (const std::exception& failure) {
+            print(rawValue(Verify::Difference::Failed), path.native(), display);
             display.note(shared.shared.failed(Verify::reasonOf(failure, shared.shared)));
             isAllEqual = false;
         }

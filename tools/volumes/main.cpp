@@ -51,7 +51,8 @@ constexpr int kWrongUsage = 2;
 int list(int count, char** words) {
     const QCoreApplication application(count, words);
     CLI::App program(kDescription, "slatewise-volumes");
-    tool::tellUsageFailuresPlainly(program);
+    // Its table is in English, too.
+    tool::tellUsageFailuresPlainly(program, AppLanguage::English);
     program.set_version_flag("--version",
                              std::string("slatewise-volumes ") + std::string(AppInfo::version));
     std::string folder;
@@ -88,5 +89,6 @@ int run(int count, char** words) {
 
 int main(int count, char** words) {
     std::setlocale(LC_ALL, "");
+    sayWhatEndsIt("slatewise-volumes");
     endProcess(run(count, words));
 }

@@ -1,64 +1,36 @@
 #include "Model/Copying/CopyCheck.h"
 
 #include "Batch/RunMailbox.h"
+#include "Batch/Waiting.h"
 #include "Language/L10n.h"
 #include "Model/QtText.h"
-#include "Offload/OffloadError.h"
 #include "Platform/Error.h"
-#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
-#include "Verify/TreeCheck.h"
 
 #include <QTimer>
 
-#include <cerrno>
 #include <chrono>
 #include <stop_token>
+#include <utility>
 
 namespace slatewise {
 
 namespace {
 
 constexpr std::chrono::milliseconds kProgressInterval{16};
-constexpr std::size_t kMostFindings = 20;
-
-std::string_view word(Verify::Difference difference, L10n l10n) {
-    using Verify::Difference;
-    switch (difference) {
-    case Difference::Missing:
-        return l10n.fileMissing();
-    case Difference::Changed:
-        return l10n.fileChanged();
-    case Difference::Unreadable:
-        return l10n.fileUnreadable();
-    case Difference::New:
-        return l10n.fileNew();
-    case Difference::Unproved:
-        return l10n.fileUnproved();
-    case Difference::Damaged:
-        return l10n.listDamaged();
-    case Difference::Failed:
-        return l10n.listOfFailedRun();
-    }
-    return {};
-}
-
-/// The set in the archive knows where its footage is; without it, so do the lists on the disk.
-Verify::ListedTree listsOf(const HistoryRecord& session, const std::stop_token& stop) {
-    const std::filesystem::path reports = session.reportFolder;
-    const bool isSetThere = !reports.empty() && FileSystem::exists(reports / "manifest.json");
-    return Verify::findLists(
-        isSetThere ? reports : std::filesystem::path(session.session.sessionRoot), stop);
-}
+/// What reads looks for a stop between two chunks.
+constexpr std::chrono::seconds kGrace{2};
 
 } // namespace
 
 /// Shared with the worker.
 struct CopyCheck::Work {
     Work(HistoryRecord wanted, const ModelState& state)
-        : session(std::move(wanted)), l10n(state.l10n()), database(state.database) {}
+        : session(std::move(wanted)), l10n(state.l10n()), database(state.database) {
+        outcome.disk = session.session.destName;
+    }
 
     const HistoryRecord session;
     const L10n l10n;
@@ -66,61 +38,94 @@ struct CopyCheck::Work {
     std::stop_source stop;
     RunMailbox mail;
     /// For the worker alone, until it is done.
-    CheckRecord check;
-    std::string findings;
-    bool wasStopped = false;
+    CheckOutcome outcome;
 
     void perform();
-    void note(const Verify::Finding& finding);
+    void check();
+    void store();
 };
 
 void CopyCheck::Work::perform() {
-    std::size_t told = 0;
-    const Verify::Watch watch = {.progress = mail.observer().progress,
-                                 .finding = [&](const Verify::Finding& finding) {
-                                     if (told++ < kMostFindings)
-                                         note(finding);
-                                 }};
+    outcome.record.emplace();
     try {
-        const auto tree = listsOf(session, stop.get_token());
-        const auto result = Verify::check(tree, Verify::Keep::Nothing, watch, stop.get_token());
-        check.filesEqual = result.filesEqual;
-        check.differences = result.differences;
-        if (result.mayBeFromMemory)
-            findings += l10n.readFromMemory(Text::visible(tree.root.native())) + "\n";
-        for (const auto& path : result.keptInMemory)
-            findings += l10n.readFromMemory(Text::visible(path)) + "\n";
+        check();
     } catch (const CancellationError&) {
-        wasStopped = true;
-        return;
-    } catch (const PosixError& failure) {
-        check.failure = failure.code() == ENOENT ? std::string(l10n.sessionFolderGone())
-                                                 : Verify::reasonOf(failure, l10n);
+        outcome.record.reset();
     } catch (const std::exception& failure) {
-        check.failure = Verify::reasonOf(failure, l10n);
+        outcome.failure = std::current_exception();
+        outcome.record->failure = reasonOfNothing(outcome.failure, l10n);
     }
-    check.checkedAt = Clock::now();
+    // Who stopped it has been told so, and may not be waiting any more.
+    if (!outcome.record || stop.stop_requested())
+        return outcome.record.reset();
+    outcome.record->checkedAt = Clock::now();
+    store();
+}
+
+void CopyCheck::Work::check() {
+    const auto& known = session.session;
+    const auto tree =
+        Verify::findListsOf({known.id, session.reportFolder, known.sessionRoot}, stop.get_token());
+    const Verify::Watch watch = {.progress = mail.observer().progress,
+                                 .finding = [this](const Verify::Finding& finding) {
+                                     outcome.add(finding);
+                                 }};
+    outcome.result = Verify::check(tree, Verify::Keep::Nothing, watch, stop.get_token());
+    const auto& result = outcome.result;
+    outcome.record->filesEqual = result.filesEqual;
+    outcome.record->differences = result.differences;
+    outcome.record->mayBeFromMemory = result.mayBeFromMemory || result.filesKeptInMemory > 0;
+}
+
+void CopyCheck::Work::store() {
     try {
-        database->recordCheck(session.session.id, check);
+        database->recordCheck(session.session.id, *outcome.record);
     } catch (const std::exception& failure) {
+        outcome.notStored = std::current_exception();
         AppLog::append("Check not stored: " + describe(failure));
     }
 }
 
-void CopyCheck::Work::note(const Verify::Finding& finding) {
-    findings += Text::visible(finding.path) + ": " + std::string(word(finding.difference, l10n));
-    const auto explanation = finding.explanation(l10n);
-    if (!explanation.empty())
-        findings += " (" + Text::visible(explanation) + ")";
-    findings += "\n";
+CopyCheck::CopyCheck(ModelState& state) : state_(state), language_(state.language) {
+    connect(&state, &ModelState::changed, this, [this] {
+        if (std::exchange(language_, state_.language) != state_.language)
+            Q_EMIT changed();
+    });
 }
 
 CopyCheck::~CopyCheck() {
     cancel();
 }
 
+BatchControl::Standing CopyCheck::standing() const {
+    if (isBusy())
+        return BatchControl::Busy;
+    if (!outcome_ || !outcome_->record)
+        return BatchControl::Resting;
+    return outcome_->record->isGood() ? BatchControl::Succeeded : BatchControl::Failed;
+}
+
+double CopyCheck::fraction() const {
+    const auto* const verifying = std::get_if<Phase::Verifying>(&phase_);
+    return isBusy() && verifying ? verifying->fraction : 0;
+}
+
 QString CopyCheck::percentText() const {
-    return toQString(ProgressTexts::percent(fraction_));
+    return toQString(ProgressTexts::percent(fraction()));
+}
+
+QString CopyCheck::title() const {
+    if (isBusy())
+        return toQString(names_ + " — " + ProgressTexts::title(phase_, {}, state_.l10n()));
+    return outcome_ ? toQString(names_ + " — " + outcome_->verdict(state_.language)) : QString();
+}
+
+QString CopyCheck::findings() const {
+    return outcome_ ? toQString(outcome_->lines(state_.l10n())) : QString();
+}
+
+bool CopyCheck::isDoubtful() const {
+    return standing() == BatchControl::Succeeded && outcome_->record->mayBeFromMemory;
 }
 
 void CopyCheck::cancel() {
@@ -128,12 +133,19 @@ void CopyCheck::cancel() {
         work_->stop.request_stop();
 }
 
+void CopyCheck::clear() {
+    if (isBusy() || !outcome_)
+        return;
+    outcome_.reset();
+    Q_EMIT changed();
+}
+
 void CopyCheck::start(const HistoryRecord& session) {
     if (work_)
         return;
     work_ = std::make_shared<Work>(session, state_);
-    standing_ = BatchControl::Busy;
-    findings_.clear();
+    names_ = Text::displayable(session.session.cardName + " → " + session.session.destName);
+    outcome_.reset();
     show(Phase::Scanning());
     run(this, work_);
 }
@@ -145,45 +157,34 @@ QCoro::Task<> CopyCheck::run(QPointer<CopyCheck> self, std::shared_ptr<Work> wor
             self->show(*mail.phase);
     });
     postman.start(kProgressInterval);
-    const auto checking = onWorker([work] { work->perform(); });
-    co_await checking;
+    auto checking = onWorker([work] { work->perform(); });
+    const auto ending =
+        waitForEnd(std::move(checking), work->stop.get_token(), {.patience = {}, .grace = kGrace});
+    const bool hasEnded = co_await ending;
     postman.stop();
     if (!self)
         co_return;
     self->work_.reset();
-    self->showEnd(*work);
-    Q_EMIT self->finished();
+    self->end(*work, hasEnded);
+}
+
+/// What a disk holds that does not answer is the worker's for good.
+void CopyCheck::end(Work& work, bool hasEnded) {
+    outcome_.emplace();
+    if (hasEnded) {
+        outcome_ = std::move(work.outcome);
+    } else {
+        outcome_->disk = work.session.session.destName;
+        outcome_->isLeftBehind = true;
+    }
+    Q_EMIT changed();
+    if (outcome_->record)
+        Q_EMIT finished(work.session.session.id, *outcome_->record);
 }
 
 void CopyCheck::show(const OffloadPhase& phase) {
-    const auto* verifying = std::get_if<Phase::Verifying>(&phase);
-    fraction_ = verifying ? verifying->fraction : 0;
-    title_ = toQString(ProgressTexts::title(phase, {}, state_.l10n()));
+    phase_ = phase;
     Q_EMIT changed();
-}
-
-void CopyCheck::showEnd(const Work& work) {
-    if (work.wasStopped) {
-        standing_ = BatchControl::Resting;
-        fraction_ = 0;
-        title_ = toQString(state_.l10n().cancelled());
-    } else {
-        standing_ = work.check.isGood() ? BatchControl::Succeeded : BatchControl::Failed;
-        fraction_ = work.check.isGood() ? 1 : 0;
-        title_ = toQString(Text::displayable(work.session.session.cardName) + " — " +
-                           verdictOf(work.check, state_.language));
-    }
-    findings_ = toQString(Text::trimmed(work.findings));
-    Q_EMIT changed();
-}
-
-std::string verdictOf(const CheckRecord& check, AppLanguage language) {
-    const L10n l10n(language);
-    const auto date = Clock::mediumDateTime(check.checkedAt, Language::locale(language));
-    if (!check.failure.empty())
-        return l10n.checkFailed(date, check.failure);
-    return check.differences > 0 ? l10n.checkFoundDifferences(date, check.differences)
-                                 : l10n.checkFoundAllEqual(date, check.filesEqual);
 }
 
 } // namespace slatewise

@@ -2,6 +2,7 @@
 
 #include "Language/AppLanguage.h"
 #include "Model/Copying/BatchControl.h"
+#include "Model/Copying/CheckOutcome.h"
 #include "Model/ModelState.h"
 #include "Storage/StoreRecords.h"
 
@@ -11,6 +12,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace slatewise {
@@ -25,46 +27,52 @@ class CopyCheck : public QObject {
     Q_PROPERTY(QString percentText READ percentText NOTIFY changed)
     Q_PROPERTY(QString title READ title NOTIFY changed)
     Q_PROPERTY(QString findings READ findings NOTIFY changed)
+    Q_PROPERTY(bool isDoubtful READ isDoubtful NOTIFY changed)
 
 public:
     /// `state` outlives this.
-    explicit CopyCheck(ModelState& state) : state_(state) {}
+    explicit CopyCheck(ModelState& state);
     ~CopyCheck() override;
 
-    BatchControl::Standing standing() const { return standing_; }
-    bool isBusy() const { return standing_ == BatchControl::Busy; }
-    double fraction() const { return fraction_; }
+    BatchControl::Standing standing() const;
+    bool isBusy() const { return work_ != nullptr; }
+    double fraction() const;
     QString percentText() const;
-    /// Where it stands, and in the end its verdict.
-    QString title() const { return title_; }
-    /// One line for each file that is not what it was, the first few of them.
-    QString findings() const { return findings_; }
+    /// Of which card on which disk, where it stands, and in the end its verdict.
+    QString title() const;
+    /// One line for each thing that is not as it was, or puts all of it in doubt.
+    QString findings() const;
+    /// Nothing differs, and what was read may have come from memory.
+    bool isDoubtful() const;
 
     /// Nothing while another is at work.
     void start(const HistoryRecord& session);
+    /// Waits a moment for the end, and no longer for a disk that does not answer.
     Q_INVOKABLE void cancel();
+    /// Forgets the last one. Nothing while one is at work.
+    void clear();
 
 Q_SIGNALS:
     void changed();
-    /// The store has the verdict.
-    void finished();
+    /// One was not stopped; the store was told.
+    void finished(const std::string& sessionID, const slatewise::CheckRecord& record);
 
 private:
     struct Work;
 
     static QCoro::Task<> run(QPointer<CopyCheck> self, std::shared_ptr<Work> work);
     void show(const OffloadPhase& phase);
-    void showEnd(const Work& work);
+    void end(Work& work, bool hasEnded);
 
     ModelState& state_;
+    /// In which all is shown.
+    AppLanguage language_;
     std::shared_ptr<Work> work_;
-    BatchControl::Standing standing_ = BatchControl::Resting;
-    double fraction_ = 0;
-    QString title_;
-    QString findings_;
+    /// "card → disk", of the check at work or of the last one.
+    std::string names_;
+    OffloadPhase phase_;
+    /// Of the last one.
+    std::optional<CheckOutcome> outcome_;
 };
-
-/// What a check came to, with its date.
-std::string verdictOf(const CheckRecord& check, AppLanguage language);
 
 } // namespace slatewise

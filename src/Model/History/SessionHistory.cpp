@@ -7,7 +7,10 @@
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
 
+#include <QTimer>
+
 #include <algorithm>
+#include <chrono>
 
 namespace slatewise {
 
@@ -16,12 +19,16 @@ namespace {
 /// More than anybody scrolls through; a search finds the others.
 constexpr std::size_t kMostRows = 300;
 
-std::vector<HistoryRecord> historyOf(const AppDatabase& database) {
+/// A store that another program holds comes free at some time.
+constexpr std::chrono::seconds kUntilNextTry{2};
+
+/// Nothing when the store cannot be read.
+std::optional<std::vector<HistoryRecord>> historyOf(const AppDatabase& database) {
     try {
         return database.history();
     } catch (const std::exception& failure) {
         AppLog::append("History not read: " + describe(failure));
-        return {};
+        return std::nullopt;
     }
 }
 
@@ -56,7 +63,13 @@ bool hasAll(const std::string& text, const std::string& words) {
 SessionHistory::SessionHistory(ModelState& state, ReportsFolder& reports)
     : state_(state), reports_(reports), check_(state) {
     connect(&state, &ModelState::changed, this, &SessionHistory::show);
-    connect(&check_, &CopyCheck::finished, this, [this] { readAgain(this); });
+    connect(&check_, &CopyCheck::finished, this,
+            [this](const std::string& sessionID, const CheckRecord& record) {
+                checks_[sessionID] = record;
+                takeChecks();
+                show();
+                readAgain(this);
+            });
 }
 
 void SessionHistory::setPresented(bool presented) {
@@ -64,6 +77,7 @@ void SessionHistory::setPresented(bool presented) {
         return;
     isPresented_ = presented;
     note_.clear();
+    check_.clear();
     if (presented)
         readAgain(this);
     else
@@ -77,17 +91,37 @@ void SessionHistory::setSearch(const QString& search) {
     Q_EMIT changed();
 }
 
-/// The store may be at work for others.
+/// The store may be at work for others. What is shown stays until it can be read.
 QCoro::Task<> SessionHistory::readAgain(QPointer<SessionHistory> self) {
     const auto reading =
         onWorker([database = self->state_.database] { return historyOf(*database); });
     auto records = co_await reading;
     if (!self)
         co_return;
-    self->records_ = std::move(records);
-    self->show();
+    self->isUnread_ = !records;
+    if (records) {
+        self->records_ = std::move(*records);
+        self->takeChecks();
+        self->show();
+    } else if (self->isPresented_) {
+        QTimer::singleShot(kUntilNextTry, self.data(), [self] {
+            if (self->isUnread_)
+                readAgain(self);
+        });
+    }
     Q_EMIT self->changed();
-    Q_EMIT self->read();
+    if (!self->isUnread_)
+        Q_EMIT self->read();
+}
+
+/// The store may get to know of a check later than we do.
+void SessionHistory::takeChecks() {
+    for (auto& record : records_) {
+        const auto check = checks_.find(record.session.id);
+        if (check != checks_.end() &&
+            (!record.lastCheck || record.lastCheck->checkedAt < check->second.checkedAt))
+            record.lastCheck = check->second;
+    }
 }
 
 void SessionHistory::show() {
@@ -124,6 +158,7 @@ SessionRow SessionHistory::rowOf(const HistoryRecord& record) const {
             .check = record.lastCheck ? toQString(verdictOf(*record.lastCheck, state_.language))
                                       : QString(),
             .isCheckGood = record.lastCheck && record.lastCheck->isGood(),
+            .isCheckDoubtful = record.lastCheck && record.lastCheck->mayBeFromMemory,
             .chosen = session.id == chosenID_};
 }
 
@@ -139,9 +174,14 @@ bool SessionHistory::canVerify() const {
     return session && statusOf(*session) != OutcomeStatus::Hashed;
 }
 
+QString SessionHistory::note() const {
+    return isUnread_ ? toQString(state_.l10n().historyNotRead()) : note_;
+}
+
 void SessionHistory::choose(const QString& sessionID) {
     chosenID_ = sessionID.toStdString();
     note_.clear();
+    check_.clear();
     show();
     Q_EMIT changed();
 }

@@ -13,6 +13,7 @@
 #include <QString>
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,7 @@ struct SessionRow {
     Q_PROPERTY(bool hasFailed MEMBER hasFailed)
     Q_PROPERTY(QString check MEMBER check)
     Q_PROPERTY(bool isCheckGood MEMBER isCheckGood)
+    Q_PROPERTY(bool isCheckDoubtful MEMBER isCheckDoubtful)
     Q_PROPERTY(bool chosen MEMBER chosen)
 
 public:
@@ -43,6 +45,8 @@ public:
     /// When the copy was read again, and what that showed; empty when it never was.
     QString check;
     bool isCheckGood = false;
+    /// What was read may have come from memory.
+    bool isCheckDoubtful = false;
     bool chosen = false;
 
     const QString& key() const { return sessionID; }
@@ -58,6 +62,7 @@ class SessionHistory : public QAbstractListModel {
     Q_PROPERTY(bool hasChosen READ hasChosen NOTIFY changed)
     Q_PROPERTY(bool canVerify READ canVerify NOTIFY changed)
     Q_PROPERTY(QString note READ note NOTIFY changed)
+    Q_PROPERTY(bool isUnread READ isUnread NOTIFY changed)
     Q_PROPERTY(slatewise::CopyCheck* check READ check CONSTANT)
 
 public:
@@ -73,8 +78,9 @@ public:
     bool hasChosen() const { return chosen() != nullptr; }
     /// Whether anything was copied that could be read again.
     bool canVerify() const;
-    /// Why nothing came of what was asked for last.
-    QString note() const { return note_; }
+    /// Why nothing came of what was asked for last, or why nothing new is shown.
+    QString note() const;
+    bool isUnread() const { return isUnread_; }
     CopyCheck* check() { return &check_; }
 
     const std::vector<SessionRow>& rows() const { return rows_; }
@@ -103,6 +109,7 @@ private:
     friend struct RowChanges;
 
     void show();
+    void takeChecks();
     SessionRow rowOf(const HistoryRecord& record) const;
     const HistoryRecord* chosen() const;
     static QCoro::Task<> readAgain(QPointer<SessionHistory> self);
@@ -113,10 +120,14 @@ private:
     ReportsFolder& reports_;
     CopyCheck check_;
     std::vector<HistoryRecord> records_;
+    /// The latest check of each session since the start, whatever the store knows.
+    std::map<std::string, CheckRecord> checks_;
     std::vector<SessionRow> rows_;
     std::string search_;
     std::string chosenID_;
     QString note_;
+    /// The store could not be read the last time.
+    bool isUnread_ = false;
     bool isPresented_ = false;
 };
 

@@ -30,7 +30,8 @@ Flickable {
         if (!item || !interactive)
             return
         const top = item.mapToItem(column, 0, 0).y - 8
-        const bottom = top + item.height + 16
+        // Of what is taller than the area the beginning.
+        const bottom = top + Math.min(item.height + 16, height)
         if (top < contentY)
             contentY = Math.max(0, top)
         else if (bottom > contentY + height)

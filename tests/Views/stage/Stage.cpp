@@ -271,8 +271,10 @@ void Stage::playHistory() {
         {"C003", OutcomeStatus::Verified, 498'000'000'000, {}},
         {"B014", OutcomeStatus::Failed, 120'000'000'000, {}},
         {"S007", OutcomeStatus::Hashed, 0, {}},
-        {"A002", OutcomeStatus::Verified, 256'000'000'000, CheckRecord{noon, 1, 1, {}}},
-        {"A001", OutcomeStatus::Verified, 512'000'000'000, CheckRecord{noon, 2, 0, {}}},
+        {"A002", OutcomeStatus::Verified, 256'000'000'000,
+         CheckRecord{.checkedAt = noon, .filesEqual = 1, .differences = 1}},
+        {"A001", OutcomeStatus::Verified, 512'000'000'000,
+         CheckRecord{.checkedAt = noon, .filesEqual = 2}},
     };
     auto& database = *model()->state().database;
     auto day = noon;

@@ -1,0 +1,90 @@
+#include "Verify/SessionFolder.h"
+
+#include "MediaHashList/Generation.h"
+#include "MediaHashList/ListError.h"
+#include "Offload/TreeWalker.h"
+#include "Platform/Disks/DiskInfo.h"
+#include "Platform/Error.h"
+#include "Platform/Text.h"
+#include "Verify/ListReading.h"
+
+#include <cerrno>
+
+namespace slatewise::Verify {
+
+namespace {
+
+using MediaHashList::ListError;
+using Reason = MediaHashList::ListError::Reason;
+
+/// Null when there is no such folder.
+HeldFolder folderBelow(const std::filesystem::path& disk, const std::filesystem::path& relative) {
+    if (!MediaHashList::leadsDown(relative.native()))
+        return nullptr;
+    try {
+        return std::make_shared<const RootFolder>(RootFolder(disk).below(relative));
+    } catch (const PosixError& failure) {
+        if (failure.code() == ENOENT || failure.code() == ENOTDIR)
+            return nullptr;
+        if (failure.code() == ELOOP)
+            throw ListError(Reason::BehindLink, {}, disk / relative);
+        throw;
+    }
+}
+
+/// Of the volume that holds it, in the words that a manifest has it in; empty when unknown.
+std::string volumeUUID(const std::filesystem::path& path) {
+    std::error_code failure;
+    const auto place = std::filesystem::canonical(path, failure);
+    if (failure)
+        return {};
+    const DiskInfo disks;
+    const auto* const mount = disks.mountHolding(place);
+    const auto disk = mount ? disks.facts(*mount) : std::nullopt;
+    return disk ? Text::asciiLowercased(disk->uuid) : std::string();
+}
+
+} // namespace
+
+HeldFolder folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder) {
+    const auto parent = reportFolder.parent_path();
+    if (parent.filename() != kReports)
+        return folderWhereMade(manifest);
+    if (auto folder = folderBelow(parent.parent_path(), belowDisk(manifest)))
+        return folder;
+    // Where the copy was made, another disk's may lie by now, or that of another copy.
+    if (isOnItsDisk(manifest, reportFolder).value_or(true))
+        throw ListError(Reason::NoFolder, {}, parent.parent_path() / belowDisk(manifest));
+    return folderWhereMade(manifest);
+}
+
+HeldFolder folderWhereMade(const SessionManifest& manifest) {
+    const std::filesystem::path made = manifest.destination.sessionRoot;
+    std::error_code failure;
+    const auto disk = std::filesystem::canonical(manifest.destination.mountPoint, failure);
+    if (failure || !made.is_absolute())
+        throw ListError(Reason::NoFolder, {}, made);
+    if (isOnItsDisk(manifest, disk) == false)
+        throw ListError(Reason::OtherDisk, {}, made);
+    auto folder = folderBelow(disk, belowDisk(manifest));
+    if (!folder)
+        throw ListError(Reason::NoFolder, {}, made);
+    return folder;
+}
+
+std::optional<bool> isOnItsDisk(const SessionManifest& manifest,
+                                const std::filesystem::path& path) {
+    const auto wanted = Text::asciiLowercased(manifest.destination.volumeUUID.value_or(""));
+    const auto found = wanted.empty() ? std::string() : volumeUUID(path);
+    return found.empty() ? std::nullopt : std::optional(found == wanted);
+}
+
+std::filesystem::path belowDisk(const SessionManifest& manifest) {
+    const auto& [name, uuid, mountPoint, sessionRoot] = manifest.destination;
+    const std::filesystem::path relative = TreeWalker::relativePath(sessionRoot, mountPoint);
+    const auto whole = (std::filesystem::path(mountPoint) / relative).lexically_normal();
+    return whole == std::filesystem::path(sessionRoot).lexically_normal() ? relative
+                                                                          : std::filesystem::path();
+}
+
+} // namespace slatewise::Verify

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Platform/Files/RootFolder.h"
+#include "Reports/SessionManifest.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+/// Where the copy of a session lies, and on which disk. No link below the disk is followed and no
+/// other volume entered: what these lead to is not on the disk. Everything blocks its caller and
+/// fails with `ListError` and `PosixError`.
+namespace slatewise::Verify {
+
+/// Held open from there on.
+using HeldFolder = std::shared_ptr<const RootFolder>;
+
+/// The folder that a set of reports is of. A set that lies on its disk speaks of that disk alone,
+/// wherever it is mounted today; any other, of the place where the copy was made.
+HeldFolder folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder);
+
+/// The session's folder where it was made. Fails when that is known to be another disk now.
+HeldFolder folderWhereMade(const SessionManifest& manifest);
+
+/// Whether this lies on the disk that the session went to; empty when nobody can tell.
+std::optional<bool> isOnItsDisk(const SessionManifest& manifest, const std::filesystem::path& path);
+
+/// Where a session lies below its disk; empty for one that does not.
+std::filesystem::path belowDisk(const SessionManifest& manifest);
+
+} // namespace slatewise::Verify
