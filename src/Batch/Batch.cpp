@@ -162,8 +162,7 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
 
 PairResult Batch::notBegun(const BatchPair& pair) const {
     PairResult result;
-    result.message = plan_.l10n().pairNotBegun(Text::displayable(pair.card.name()),
-                                               Text::displayable(pair.destination.name()));
+    result.message = plan_.l10n().pairNotBegun(pair.name);
     return result;
 }
 
@@ -321,9 +320,7 @@ QCoro::Task<> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::second
             std::rethrow_exception(work->failure);
         co_return;
     }
-    const auto names = Text::displayable(work->pair.card.name()) + " → " +
-                       Text::displayable(work->pair.destination.name());
-    work->mail.observer().problem({OffloadProblem::Kind::NoAnswer, names});
+    work->mail.observer().problem({OffloadProblem::Kind::NoAnswer, work->pair.name});
     throw CancellationError();
 }
 
@@ -337,8 +334,8 @@ std::string Batch::reasonOf(const BatchPair& pair, const OffloadOutcome& outcome
         });
     if (endedWell(runStatus) && failure != outcome.problems.end())
         return failure->text(plan_.l10n());
-    auto reason = plan_.l10n().verifyIncomplete(Text::displayable(pair.card.name()),
-                                                Text::displayable(pair.destination.name()));
+    auto reason = plan_.settings.verifyOnly ? plan_.l10n().hashingIncomplete(pair.name)
+                                            : plan_.l10n().verifyIncomplete(pair.name);
     const bool isCardGone =
         std::any_of(outcome.problems.begin(), outcome.problems.end(), [](const auto& problem) {
             return problem.kind == OffloadProblem::Kind::CardGone;

@@ -20,8 +20,8 @@ std::string label(const BatchPlan& plan, std::size_t card, std::size_t destinati
         text += plan.l10n().batchDestination(static_cast<int>(destination) + 1, destinationCount) +
                 kSeparator;
     }
-    return text + camera + kSeparator + Text::displayable(plan.cards[card].name()) + " → " +
-           Text::displayable(plan.destinations[destination].name());
+    return text + camera + kSeparator +
+           pairName(plan.cards[card], plan.destinations[destination], plan.settings);
 }
 
 std::string joinedNames(const std::vector<ClassifiedVolume>& volumes) {
@@ -45,6 +45,12 @@ L10n BatchPlan::l10n() const {
     return L10n(language);
 }
 
+std::string pairName(const ClassifiedVolume& card, const ClassifiedVolume& destination,
+                     const OffloadSettings& settings) {
+    const auto name = Text::displayable(card.name());
+    return settings.verifyOnly ? name : name + " → " + Text::displayable(destination.name());
+}
+
 std::vector<BatchPair> BatchPlan::pairs() const {
     const auto labelOf = [](const CardLabels& labels, const std::string& id) {
         const auto found = labels.find(id);
@@ -58,6 +64,7 @@ std::vector<BatchPair> BatchPlan::pairs() const {
             const auto camera = labelOf(cameraByCardID, id);
             pairs.push_back({cards[card],
                              destinations[destination],
+                             pairName(cards[card], destinations[destination], settings),
                              camera,
                              labelOf(ekipByCardID, id),
                              {label(*this, card, destination, camera),

@@ -23,6 +23,8 @@ class L10n;
 struct BatchPair {
     ClassifiedVolume card;
     ClassifiedVolume destination;
+    /// As people are told of it.
+    std::string name;
     std::string camera;
     std::string ekip;
     /// Where the batch stands while this pair is at work.
@@ -38,6 +40,10 @@ struct BatchPair {
     /// when both are in place. Asks the disks; any thread.
     std::optional<OffloadProblem> findMissingFolder() const;
 };
+
+/// "A001 → SSD1"; where nothing is copied, the card alone.
+std::string pairName(const ClassifiedVolume& card, const ClassifiedVolume& destination,
+                     const OffloadSettings& settings);
 
 /// What a batch is to do, as it stood when the user pressed the button. Nothing that is changed
 /// later reaches a batch at work. A value.

@@ -38,7 +38,7 @@ struct Title {
     }
     std::string operator()(const Phase::Scanning&) const { return std::string(l10n.scanning()); }
     std::string operator()(const Phase::Copying& phase) const {
-        const auto speed = size(static_cast<std::int64_t>(phase.bytesPerSecond)) + "/s";
+        const auto speed = PathSize::speed(phase.bytesPerSecond, l10n.language());
         return l10n.copying(phase.done, phase.total, Text::visible(phase.file), speed);
     }
     std::string operator()(const Phase::Verifying& phase) const {

@@ -66,14 +66,19 @@ std::string L10n::batchDestination(int number, int count) const {
     return fmt::format("{} {}/{}", text("Destination", "Hedef"), number, count);
 }
 
-std::string L10n::verifyIncomplete(Text card, Text destination) const {
-    return isTurkish() ? fmt::format("Doğrulama tamamlanamadı ({} → {}).", card, destination)
-                       : fmt::format("Verification did not finish ({} → {}).", card, destination);
+std::string L10n::verifyIncomplete(Text pair) const {
+    return isTurkish() ? fmt::format("Doğrulama tamamlanamadı ({}).", pair)
+                       : fmt::format("Verification did not finish ({}).", pair);
 }
 
-std::string L10n::pairVerified(Text card, Text destination, int files) const {
-    return isTurkish() ? fmt::format("{} → {}: doğrulandı, {} dosya", card, destination, files)
-                       : fmt::format("{} → {}: verified, {} files", card, destination, files);
+std::string L10n::hashingIncomplete(Text card) const {
+    return isTurkish() ? fmt::format("Hash alma tamamlanamadı ({}).", card)
+                       : fmt::format("Hashing did not finish ({}).", card);
+}
+
+std::string L10n::pairVerified(Text pair, int files) const {
+    return isTurkish() ? fmt::format("{}: doğrulandı, {} dosya", pair, files)
+                       : fmt::format("{}: verified, {} files", pair, files);
 }
 
 std::string L10n::pairHashed(Text card, int files) const {
@@ -81,9 +86,9 @@ std::string L10n::pairHashed(Text card, int files) const {
                        : fmt::format("{}: hashed, {} files", card, files);
 }
 
-std::string L10n::pairFailed(Text card, Text destination, Text why) const {
-    return fmt::format("{} → {}: {}{}{}", card, destination, text("FAILED", "BAŞARISIZ"),
-                       why.empty() ? "" : " · ", why);
+std::string L10n::pairFailed(Text pair, Text why) const {
+    return fmt::format("{}: {}{}{}", pair, text("FAILED", "BAŞARISIZ"), why.empty() ? "" : " · ",
+                       why);
 }
 
 std::string L10n::lastVerified(int files, Text time) const {
@@ -197,9 +202,12 @@ std::string L10n::reportUnproved(int files) const {
     return fmt::format("{} {}", files, text("not verified", "doğrulanmadı"));
 }
 
-std::string L10n::reportMoreProblems(int count) const {
-    return isTurkish() ? fmt::format("ve {} sorun daha; tümü son sayfada", count)
-                       : fmt::format("and {} more; all are on the last page", count);
+std::string L10n::reportMoreProblems(int count, int page) const {
+    if (count == 0)
+        return isTurkish() ? fmt::format("tamamı {}. sayfada", page)
+                           : fmt::format("in full on page {}", page);
+    return isTurkish() ? fmt::format("ve {} tane daha; tümü {}. sayfadan başlayarak", count, page)
+                       : fmt::format("and {} more; all from page {}", count, page);
 }
 
 std::string L10n::destinationInsideCard(Text destination, Text card) const {

@@ -42,11 +42,12 @@ public:
     std::string extraDestinations(int count) const;
     std::string batchCard(int number, int count) const;
     std::string batchDestination(int number, int count) const;
-    std::string verifyIncomplete(Text card, Text destination) const;
-    /// What became of a pair; `why` may be empty.
-    std::string pairVerified(Text card, Text destination, int files) const;
+    std::string verifyIncomplete(Text pair) const;
+    std::string hashingIncomplete(Text card) const;
+    /// What became of a pair, by its name; `why` may be empty.
+    std::string pairVerified(Text pair, int files) const;
     std::string pairHashed(Text card, int files) const;
-    std::string pairFailed(Text card, Text destination, Text why) const;
+    std::string pairFailed(Text pair, Text why) const;
     /// Of a batch that is no news any more.
     std::string lastVerified(int files, Text time) const;
     std::string lastHashed(int files, Text time) const;
@@ -74,8 +75,9 @@ public:
     std::string reportHashedCounts(int hashed, int skipped, int failed) const;
     /// How many files were copied and not proved.
     std::string reportUnproved(int files) const;
-    /// What a list has no room for.
-    std::string reportMoreProblems(int count) const;
+    /// What a list has no room for, and where all of it stands; a count of 0 is of one sentence
+    /// that is cut.
+    std::string reportMoreProblems(int count, int page) const;
     /// Without the folder and size facts that follow it.
     std::string destinationInsideCard(Text destination, Text card) const;
     std::string sameDestination(Text one, Text other) const;
@@ -107,7 +109,7 @@ public:
     std::string adviceDiskGone(Text button) const;
     std::string adviceNotRead(Text button) const;
     std::string adviceRetry(Text button) const;
-    std::string pairNotBegun(Text card, Text disk) const;
+    std::string pairNotBegun(Text pair) const;
     std::string linkLeadsOut(Text link) const;
     std::string linkLeadsNowhere(Text link) const;
     std::string linkLeadsToNoFile(Text link) const;

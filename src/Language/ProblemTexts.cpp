@@ -161,9 +161,9 @@ std::string L10n::adviceRetry(Text button) const {
                : fmt::format("Do not wipe the card. Press {} to try again.", button);
 }
 
-std::string L10n::pairNotBegun(Text card, Text disk) const {
-    return isTurkish() ? fmt::format("{} → {} başlatılmadı.", card, disk)
-                       : fmt::format("{} → {} was not begun.", card, disk);
+std::string L10n::pairNotBegun(Text pair) const {
+    return isTurkish() ? fmt::format("{} başlatılmadı.", pair)
+                       : fmt::format("{} was not begun.", pair);
 }
 
 std::string L10n::linkLeadsOut(Text link) const {
@@ -265,7 +265,7 @@ std::string L10n::historySetAside(Text file) const {
 
 std::string L10n::historyLost(Text reason) const {
     return isTurkish() ? fmt::format("Geçmişe yazılamadı, başlangıçtan beri aktarılanlar geçmişte "
-                                     "ve hizmete gidecekler arasında yok: {}",
+                                     "ve servise gidecekler arasında yok: {}",
                                      reason)
                        : fmt::format("The history could not be written: what was offloaded since "
                                      "the start is missing in it, and among the reports that wait "

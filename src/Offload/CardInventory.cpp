@@ -5,6 +5,7 @@
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 
@@ -18,17 +19,22 @@ using Kind = OffloadProblem::Kind;
 
 CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunReporter& reporter)
     : card_(card), skipNames_(std::move(skipNames)), reporter_(reporter), errors_(card.path()) {
-    const auto reportLink = [this](Kind kind) {
-        return [this, kind](const std::string& link) {
-            reporter_.report({kind, link});
+    std::vector<OffloadProblem> links;
+    const auto noteLink = [&links](Kind kind) {
+        return [&links, kind](const std::string& link) {
+            links.push_back({kind, link});
         };
     };
     entries_ = TreeWalker::walk(
         card_, skipNames_, {},
         {.unreadable = [this](const auto& folder, int code) { noteUnreadable(folder, code); },
-         .leadsOut = reportLink(Kind::LinkLeadsOut),
-         .leadsNowhere = reportLink(Kind::LinkLeadsNowhere),
-         .leadsToNoFile = reportLink(Kind::LinkLeadsToNoFile)});
+         .leadsOut = noteLink(Kind::LinkLeadsOut),
+         .leadsNowhere = noteLink(Kind::LinkLeadsNowhere),
+         .leadsToNoFile = noteLink(Kind::LinkLeadsToNoFile)});
+    // People look for them by name; a folder is listed in whatever order its disk has.
+    std::ranges::sort(links, {}, &OffloadProblem::subject);
+    for (auto& link : links)
+        reporter_.report(std::move(link));
     if (errors_.areNotCounted())
         reporter_.report({Kind::DamageUntold, card_.path().native()});
     for (const auto& entry : entries_) {

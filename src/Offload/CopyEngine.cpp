@@ -234,7 +234,9 @@ private:
 
     OffloadOutcome stopAt(Kind kind, const InventoryEntry& entry, const std::exception& failure,
                           std::int64_t bytesCopied) {
-        reporter_.reportFailure(kind, entry.relativePath, failure);
+        // The path of a copy stays in the reason: it says that the disk failed and not the card.
+        reporter_.reportFailure(kind, entry.relativePath, failure,
+                                card_->path() / entry.relativePath);
         results_.push_back(makeRow(entry, RowAction::Fail, VerifyStatus::Failed));
         appendSkippedRemainder();
         return outcome(OutcomeStatus::Failed, bytesCopied);
@@ -289,6 +291,7 @@ private:
         return {.sessionID = request_.sessionID,
                 .sessionRoot = sessionRoot_,
                 .status = status,
+                .isHashOnly = request_.settings.verifyOnly,
                 .problems = reporter_.takeProblems(),
                 .files = std::move(results_),
                 .bytesCopied = bytesCopied,

@@ -45,7 +45,8 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
             copies_->note(index, row.relativePath);
             readBack(row, position, count);
         } catch (const std::exception& failure) {
-            reporter_.reportFailure(Kind::NotReadBack, row.relativePath, failure);
+            reporter_.reportFailure(Kind::NotReadBack, row.relativePath, failure,
+                                    disk_.path() / session_ / row.relativePath);
             markFailed(row, VerifyStatus::Failed);
         }
         allProved = allProved && row.verifyStatus == VerifyStatus::Verified;

@@ -7,9 +7,15 @@
 namespace slatewise {
 
 OffloadProblem OffloadProblem::of(Kind kind, std::string subject, const std::exception& failure,
-                                  L10n l10n) {
+                                  L10n l10n, const std::filesystem::path& file) {
+    auto reason = describe(failure, l10n);
+    for (const auto& named : {file.native(), subject}) {
+        const auto beginning = Text::legible(named) + ": ";
+        if (!named.empty() && reason.starts_with(beginning))
+            reason.erase(0, beginning.size());
+    }
     const auto* ofSystem = dynamic_cast<const PosixError*>(&failure);
-    return {kind, std::move(subject), describe(failure, l10n), ofSystem ? ofSystem->code() : 0};
+    return {kind, std::move(subject), std::move(reason), ofSystem ? ofSystem->code() : 0};
 }
 
 OffloadProblem::Severity OffloadProblem::severity() const {

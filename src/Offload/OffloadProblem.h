@@ -1,6 +1,7 @@
 #pragma once
 
 #include <exception>
+#include <filesystem>
 #include <string>
 
 namespace slatewise {
@@ -101,9 +102,10 @@ struct OffloadProblem {
     /// The errno value behind it; 0 where there is none.
     int code = 0;
 
-    /// With what a failure says in that language.
+    /// With what a failure says in that language. The sentence names its subject, so where the
+    /// failure is that of the subject itself, or of `file`, the reason does not name it again.
     static OffloadProblem of(Kind kind, std::string subject, const std::exception& failure,
-                             L10n l10n);
+                             L10n l10n, const std::filesystem::path& file = {});
 
     Severity severity() const;
 

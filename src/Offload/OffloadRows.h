@@ -126,6 +126,8 @@ struct OffloadOutcome {
     /// The session's folder on the destination; only a name when nothing was copied.
     std::filesystem::path sessionRoot;
     OutcomeStatus status = OutcomeStatus::Failed;
+    /// The card was to be read and hashed, and nothing to be copied.
+    bool isHashOnly = false;
     /// What a person must know beyond the rows, in the order in which it came up.
     std::vector<OffloadProblem> problems;
     /// One row per file of the inventory.

@@ -16,7 +16,10 @@ FileSystem::Capacity volumeBytes(const std::filesystem::path& path);
 /// "1.2 MB", in Turkish "1,2 MB", whatever the machine's own language.
 std::string format(std::int64_t bytes, AppLanguage language);
 
-/// "1.2 MB (1,234,567 bytes)".
+/// "1.2 MB/s", in Turkish "1,2 MB/sn".
+std::string speed(double bytesPerSecond, AppLanguage language);
+
+/// "1.2 MB (1,234,567 bytes)"; below a thousand, "5 bytes".
 std::string report(std::int64_t bytes, AppLanguage language);
 
 /// "1,234,567", grouped as the language does.

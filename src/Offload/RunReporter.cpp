@@ -23,10 +23,10 @@ void RunReporter::report(OffloadProblem problem) {
 }
 
 void RunReporter::reportFailure(OffloadProblem::Kind kind, const std::string& subject,
-                                const std::exception& failure) {
+                                const std::exception& failure, const std::filesystem::path& file) {
     if (dynamic_cast<const CancellationError*>(&failure))
         return log("Stopped at " + Text::displayable(subject));
-    report(OffloadProblem::of(kind, subject, failure, words_));
+    report(OffloadProblem::of(kind, subject, failure, words_, file));
 }
 
 } // namespace slatewise

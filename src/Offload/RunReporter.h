@@ -20,9 +20,10 @@ public:
     void log(const std::string& line) const;
     void report(OffloadProblem problem);
 
-    /// Whoever asked a run to stop need not be told that it did.
+    /// Whoever asked a run to stop need not be told that it did. `file` is what the sentence means
+    /// by its subject.
     void reportFailure(OffloadProblem::Kind kind, const std::string& subject,
-                       const std::exception& failure);
+                       const std::exception& failure, const std::filesystem::path& file = {});
 
     L10n words() const { return words_; }
 

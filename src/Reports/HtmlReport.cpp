@@ -29,6 +29,16 @@ void renderPath(HtmlText& page, const std::string& path) {
     }
 }
 
+/// The same of a path in a sentence: each part between slashes runs its own way, and they follow
+/// each other as the sentence does.
+void renderSentence(HtmlText& page, std::string_view sentence) {
+    page.raw("<li><span>");
+    for (std::size_t at; (at = sentence.find('/')) != std::string_view::npos;
+         sentence.remove_prefix(at + 1))
+        page.escaped(sentence.substr(0, at)).raw("</span>/<span>");
+    page.escaped(sentence).raw("</span></li>");
+}
+
 constexpr std::size_t kRowsPerList = 200;
 
 } // namespace
@@ -152,7 +162,7 @@ void HtmlReport::renderVerdict(HtmlText& page, const SessionManifest& manifest) 
         .raw("</strong><span>")
         .escaped(summary.meaning)
         .raw("</span></section>\n<dl class=\"facts\">");
-    for (const auto* facts : {&summary.identity, &summary.totals}) {
+    for (const auto* facts : {&summary.identity, &summary.times, &summary.totals}) {
         for (const auto& fact : *facts)
             page.raw("<div><dt>")
                 .escaped(fact.label)
@@ -171,7 +181,7 @@ void HtmlReport::renderSentences(HtmlText& page, std::string_view kind, std::str
         return;
     page.raw("<section class=\"problems ").raw(kind).raw("\"><b>").escaped(title).raw("</b><ul>");
     for (const auto& sentence : sentences)
-        page.raw("<li>").escaped(sentence).raw("</li>");
+        renderSentence(page, sentence);
     page.raw("</ul></section>\n");
 }
 

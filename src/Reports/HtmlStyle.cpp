@@ -11,7 +11,8 @@ namespace slatewise::HtmlStyle {
 // Names come from foreign disks: each is isolated, so that a mark that turns the direction of
 // writing ends with its name.
 // Indentation ends where a name would have no room left: in a deep tree it would push names out of
-// their column, and they are what people look for.
+// their column, and they are what people look for. Where the window is narrow its steps shrink
+// first, and the lines that mark them end where it does.
 // On paper the tree is a table of one cell, for only a table's head stands on every page.
 
 const std::string_view shared = R"css(
@@ -32,7 +33,8 @@ header{padding:14px 14px 10px}
 .facts dd{margin:0;font-size:13px;font-weight:600;font-variant-numeric:tabular-nums;overflow-wrap:anywhere;unicode-bidi:isolate}
 .problems{margin:0 0 10px;padding:8px 14px;border-left:6px solid #e0a100;border-radius:4px;font-size:13px;color:var(--amber);background:var(--amber-bg)}
 .problems.failure{border-color:#b42318;color:var(--bad);background:var(--red-bg)}
-.problems li{margin-top:3px;font-weight:550;overflow-wrap:anywhere;unicode-bidi:isolate}
+.problems li{margin-top:3px;font-weight:550;overflow-wrap:anywhere}
+.problems li,.problems li span{unicode-bidi:isolate}
 .report-title{margin:0 0 4px;font-size:22px;font-weight:720;letter-spacing:-0.02em;line-height:1.15}
 .when,.session{font-size:12px;color:var(--muted);font-variant-numeric:tabular-nums;overflow-wrap:anywhere}
 .session b{color:var(--fg);font-weight:650}
@@ -112,7 +114,7 @@ footer{break-inside:avoid;padding:6px 0 0;font-size:7px}
 )css";
 
 const std::string_view standard = R"css(
-:root{--line:#cfd3d8;--high:31px;--step:36px;--twist:36px;--room:96px;--cols:minmax(160px,1.1fr) 110px 64px 84px minmax(170px,1fr) 92px 72px 42px minmax(280px,1.4fr)}
+:root{--line:#cfd3d8;--high:31px;--step:36px;--twist:36px;--room:96px;--lines:10vw;--cols:minmax(160px,1.1fr) 110px 64px 84px minmax(170px,1fr) 92px 72px 42px minmax(280px,1.4fr)}
 body{font-size:13px;line-height:1.3}
 .toolbar{gap:8px;margin-top:10px}
 .toolbar button{border-radius:8px;padding:5px 10px;font-size:12px}
@@ -133,7 +135,7 @@ details:not([open])>summary .twist{transform:rotate(-90deg)}
 footer{gap:8px;padding:12px 14px;font-size:12px}
 footer a:hover{text-decoration:underline}
 @media screen and (min-width:900px){
-summary.row,.file.row{background-image:repeating-linear-gradient(90deg,var(--line) 0 1px,transparent 1px var(--step));background-repeat:no-repeat;background-position:calc(12px + var(--twist)/2) 0;background-size:min(calc(var(--d)*var(--step)),10vw) 100%}
+summary.row,.file.row{background-image:repeating-linear-gradient(90deg,var(--line) 0 1px,transparent 1px var(--step));background-repeat:no-repeat;background-position:calc(12px + var(--twist)/2) 0;background-size:min(calc(var(--d)*var(--step)),var(--lines)) 100%}
 }
 @media screen and (min-width:900px) and (max-width:1599px){
 :root{--step:18px}
@@ -142,7 +144,7 @@ summary.row,.file.row{background-image:repeating-linear-gradient(90deg,var(--lin
 .file.row .label{white-space:normal;overflow:visible;overflow-wrap:anywhere}
 }
 @media screen and (min-width:900px) and (max-width:1189px){
-:root{--step:12px;--twist:22px;--room:60px;--cols:minmax(160px,1.1fr) 110px 64px 84px minmax(170px,1fr) 92px 72px 42px;--high:46px}
+:root{--step:clamp(7px,(100vw - 880px)/14,12px);--twist:22px;--room:clamp(96px,100vw - 870px,150px);--lines:calc(100vw - 754px - var(--room));--cols:minmax(150px,1fr) 110px 64px 84px 170px 92px 72px 42px;--high:46px}
 .head>:last-child{display:none}
 summary.row>:last-child{display:none}
 .file.row>:last-child{grid-column:1/-1;text-align:left!important;padding-left:min(calc(var(--d)*var(--step) + 8px),25%)}
@@ -152,7 +154,7 @@ summary.row>:last-child{display:none}
 @media screen and (max-width:899px){
 :root{--high:94px;--twist:22px}
 .twist{font-size:26px}
-.row>:nth-child(7){font-size:inherit;letter-spacing:0;word-spacing:0}
+.row>:nth-child(7){align-items:baseline;font-size:inherit;letter-spacing:0;word-spacing:0}
 }
 @media print{
 :root{--twist:14px;--cols:minmax(0,1fr) 86px 48px 64px 136px 64px 66px 24px 172px}
@@ -188,6 +190,7 @@ summary.row .name{padding-left:min(calc(var(--d)*14px),calc(100% - 104px))}
 .file-id{display:flex;flex-direction:column;gap:1px;min-width:0}
 .mtime{display:block;font-size:8px;font-weight:400;color:var(--muted);font-variant-numeric:tabular-nums;letter-spacing:.01em}
 .twist{width:14px}
+.head>:nth-child(2){text-align:right}
 .head>:nth-child(3),.row>:nth-child(3){padding-left:8px}
 .cell{white-space:pre-line;font-variant-numeric:tabular-nums}
 .cell:not(.alarm){overflow-wrap:anywhere}

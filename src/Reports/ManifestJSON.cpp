@@ -97,6 +97,7 @@ SessionManifest manifestFrom(const Json::Value& object) {
     get(object, "started_at", manifest.startedAt);
     get(object, "finished_at", manifest.finishedAt);
     get(object, "status", manifest.status);
+    getIfPresent(object, "hash_only", manifest.isHashOnly);
     // Of a session that ended well nothing can be but a note.
     getIfPresent(object, "problems",
                  endedWell(manifest.status) ? manifest.notes : manifest.problems);
@@ -158,6 +159,8 @@ void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put)
     Json::put(object, "started_at", manifest.startedAt);
     Json::put(object, "finished_at", manifest.finishedAt);
     Json::put(object, "status", manifest.status);
+    if (manifest.isHashOnly)
+        Json::put(object, "hash_only", true);
     auto problems = manifest.problems;
     problems.insert(problems.end(), manifest.notes.begin(), manifest.notes.end());
     if (!problems.empty())

@@ -72,13 +72,13 @@ void append(PdfCanvas& canvas, L10n::Text heading, const std::vector<std::string
 } // namespace
 
 ProblemPage problemsInHead(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n,
-                           double width) {
-    auto lines = spread(canvas, sentencesOf(manifest), width);
-    if (lines.size() > kLinesInHead) {
-        const auto hidden = static_cast<int>(lines.size() - kLinesInHead + 1);
-        lines.resize(kLinesInHead);
-        lines.back().text = l10n.reportMoreProblems(hidden);
-    }
+                           double width, std::size_t fullFromPage) {
+    auto lines = sentencesOf(manifest);
+    if (fullFromPage == 0)
+        return spread(canvas, std::move(lines), width);
+    const auto hidden = static_cast<int>(lines.size()) - 1;
+    lines.resize(kLinesInHead, lines.front());
+    lines.back().text = l10n.reportMoreProblems(hidden, static_cast<int>(fullFromPage));
     return lines;
 }
 

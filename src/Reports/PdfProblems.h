@@ -24,10 +24,10 @@ struct ProblemLine {
 
 using ProblemPage = std::vector<ProblemLine>;
 
-/// The lines below the verdict: each sentence on a line of its own, a single one on all, and how
-/// many more there are.
+/// The lines below the verdict: each sentence on a line of its own, a single one on all. Where that
+/// is not all of them, the last line says from which page on they stand in full.
 ProblemPage problemsInHead(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n,
-                           double width);
+                           double width, std::size_t fullFromPage);
 
 /// All of them in full, when the head has not; otherwise none.
 std::vector<ProblemPage> problemPages(PdfCanvas& canvas, const SessionManifest& manifest,

@@ -85,6 +85,19 @@ void drawAroundArrow(PdfCanvas& canvas, std::string_view before, std::string_vie
     canvas.draw(after, place, style);
 }
 
+/// Start and end have their room always; what names the session takes what they leave.
+void drawIdentity(PdfCanvas& canvas, const SessionSummary& summary, double top) {
+    constexpr auto kFacts = system(6.8, FontWeight::Regular, mainText);
+    const auto times = std::string(kSeparator) + onOneLine(summary.times);
+    auto place = lineAt(kRightHalf, top, kFacts);
+    place.fit = TextFit::NarrowThenCut;
+    const double end = place.left + place.width;
+    place.width -= canvas.width(times, kFacts);
+    place.left = drawPart(canvas, onOneLine(summary.identity), place, kFacts);
+    place.width = end - place.left;
+    canvas.draw(times, place, kFacts);
+}
+
 } // namespace
 
 void write(const SessionManifest& manifest, const FileBeneath& file, AppLanguage language,
@@ -166,12 +179,12 @@ FontWeight weightOf(VerifyStatus status) {
     return colorOf(status) == kRed ? FontWeight::Bold : FontWeight::Regular;
 }
 
-void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top) {
+void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const PageNumber& page,
+                 const L10n& l10n, double top) {
     constexpr double kHeight = 15;
     constexpr double kTextInset = 6;
     constexpr auto kWord = system(10, FontWeight::Bold, kWhite);
     constexpr auto kMeaning = system(7.5, FontWeight::Medium, kWhite);
-    constexpr auto kFacts = system(6.8, FontWeight::Regular, mainText);
 
     const auto summary = SessionSummary::of(manifest, l10n);
     canvas.fill({kRightHalf.left, top - kHeight, kRightHalf.width, kHeight},
@@ -187,10 +200,9 @@ void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const L10n&
     canvas.draw(summary.meaning, place, kMeaning);
 
     top -= kHeight + 2;
-    auto facts = lineAt(kRightHalf, top, kFacts);
-    facts.fit = TextFit::NarrowThenCut;
-    canvas.draw(onOneLine(summary.identity), facts, kFacts);
-    drawProblems(canvas, problemsInHead(canvas, manifest, l10n, kRightHalf.width), kRightHalf, top);
+    drawIdentity(canvas, summary, top);
+    drawProblems(canvas, problemsInHead(canvas, manifest, l10n, kRightHalf.width, page.problems),
+                 kRightHalf, top);
 }
 
 void drawTotals(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top) {

@@ -77,7 +77,16 @@ std::string sessionLine(std::string_view reportName, const SessionManifest& mani
 struct PageNumber {
     std::size_t number = 1;
     std::size_t count = 1;
+    /// The first page of the problems in full; 0 where the head has them all.
+    std::size_t problems = 0;
 };
+
+/// Of a document whose pages of problems stand behind those of the table.
+constexpr PageNumber firstPage(std::size_t tablePages, std::size_t problemPages) {
+    return {.number = 1,
+            .count = tablePages + problemPages,
+            .problems = problemPages > 0 ? tablePages + 1 : 0};
+}
 
 /// The colours in which a verdict or a file's fate is told: calm where all is as it should be.
 PdfColor colorOf(OutcomeStatus status);
@@ -87,7 +96,8 @@ FontWeight weightOf(VerifyStatus status);
 
 /// In the right half of the header: the verdict as a coloured band, whose session it is, and below
 /// as many of its problems as there is room for.
-void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top);
+void drawVerdict(PdfCanvas& canvas, const SessionManifest& manifest, const PageNumber& page,
+                 const L10n& l10n, double top);
 
 /// Beside the counts: files by their fate, seconds, speed.
 void drawTotals(PdfCanvas& canvas, const SessionManifest& manifest, const L10n& l10n, double top);

@@ -82,6 +82,7 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, std::vector<FileCop
     manifest.startedAt = outcome.startedAt;
     manifest.finishedAt = outcome.finishedAt;
     manifest.status = outcome.status;
+    manifest.isHashOnly = outcome.isHashOnly;
     manifest.hashLists = outcome.hashLists;
     for (const auto& problem : outcome.problems) {
         const bool isFailure = problem.severity() == OffloadProblem::Severity::Failure;

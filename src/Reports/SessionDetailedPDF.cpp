@@ -198,11 +198,12 @@ private:
     PdfRectangle banner_;
 };
 
-void drawFirstHeader(const SessionManifest& manifest, const L10n& l10n, PdfCanvas& canvas) {
+void drawFirstHeader(const SessionManifest& manifest, const PageNumber& page, const L10n& l10n,
+                     PdfCanvas& canvas) {
     const auto line = [&](std::string_view text, double top, const TextStyle& style) {
         drawLine(canvas, text, kTextColumn, top, style);
     };
-    drawVerdict(canvas, manifest, l10n, 588);
+    drawVerdict(canvas, manifest, page, l10n, 588);
     drawTotals(canvas, manifest, l10n, 517);
     line(l10n.reportTitle(), 588, system(20, FontWeight::Bold, mainText));
     line(ReportText::dateTime(manifest.startedAt, l10n.language()), 562,
@@ -255,7 +256,7 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
         const auto pages = paged(heights);
         std::span<const Line> rest = lines;
         const auto problems = problemPages(canvas, manifest, rowOf.l10n, kTextColumn.width);
-        PageNumber page{.number = 1, .count = pages.size() + problems.size()};
+        auto page = firstPage(pages.size(), problems.size());
         for (const auto count : pages) {
             canvas.beginPage();
             drawPage(manifest, rowOf(rest.first(count)), widths, page, language, canvas);
@@ -288,7 +289,7 @@ void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const 
     const bool first = page.number == 1;
     const L10n l10n(language);
     if (first)
-        drawFirstHeader(manifest, l10n, canvas);
+        drawFirstHeader(manifest, page, l10n, canvas);
     else
         drawLaterHeader(l10n, canvas);
     Table table(canvas, widths, first ? kFirstTableTop : kLaterTableTop);

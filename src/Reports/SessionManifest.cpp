@@ -10,7 +10,7 @@ std::string displayDuration(const ManifestFile& file) {
 }
 
 bool SessionManifest::wasHashing() const {
-    return counts.filesHashed > 0 || status == OutcomeStatus::Hashed;
+    return isHashOnly || counts.filesHashed > 0 || status == OutcomeStatus::Hashed;
 }
 
 std::int64_t SessionManifest::bytesHandled() const {

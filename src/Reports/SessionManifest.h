@@ -66,6 +66,8 @@ struct SessionManifest {
     Instant startedAt{};
     Instant finishedAt{};
     OutcomeStatus status = OutcomeStatus::Failed;
+    /// As the outcome has it. Manifests of older versions do not say so.
+    bool isHashOnly = false;
     /// Sentences about what no row has room for, in the language of the offload: what made the
     /// session fail, and what one should know of it anyway. One list in the file.
     std::vector<std::string> problems;

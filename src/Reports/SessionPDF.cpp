@@ -171,7 +171,6 @@ public:
         constexpr double kFontSize = 7;
         constexpr double kBytesFontSize = 6;
         constexpr double kHashFontSize = 6.8;
-        constexpr auto kText = system(kFontSize, FontWeight::Regular, mainText);
         constexpr auto kDigits = digits(kFontSize, FontWeight::Regular, mainText);
         const double middle = top_ - kHeadHeight - kRowHeight * (static_cast<double>(index) + 0.5);
         const double baseline = centredBaseline(middle, kFontSize);
@@ -181,7 +180,6 @@ public:
                      system(kFontSize, FontWeight::Medium, mainText));
         canvas_.draw(row.sizeBytes, cell(Size, middle + kLowerLine),
                      digits(kBytesFontSize, FontWeight::Regular, kSecondary));
-        canvas_.draw(row.action, cell(Action, baseline), kText);
         drawFate(row, middle);
         canvas_.draw(row.tc, cell(Timecode, baseline), kDigits);
         canvas_.draw(row.dur, cell(Duration, baseline), kDigits);
@@ -203,9 +201,12 @@ private:
 
     /// A word that has no room is set on two lines, never cut: "copied_" and "unverified".
     void drawFate(const Row& row, double middle) {
-        if (!row.fate)
-            return;
-        const auto style = system(7, weightOf(*row.fate), colorOf(*row.fate));
+        const auto plain = system(7, FontWeight::Regular, mainText);
+        const auto style = row.fate ? system(7, weightOf(*row.fate), colorOf(*row.fate)) : plain;
+        // What was done is as loud as what became of it, and no more than read where all went well.
+        const bool isAlarm = style.face.weight == FontWeight::Bold;
+        canvas_.draw(row.action, cell(Action, centredBaseline(middle, style.size)),
+                     isAlarm ? style : plain);
         const auto end = row.verify.find('_');
         if (end == std::string::npos) {
             canvas_.draw(row.verify, cell(Verify, centredBaseline(middle, style.size)), style);
@@ -233,11 +234,12 @@ private:
     double bottom_;
 };
 
-void drawFirstHeader(const SessionManifest& manifest, const L10n& l10n, PdfCanvas& canvas) {
+void drawFirstHeader(const SessionManifest& manifest, const PageNumber& page, const L10n& l10n,
+                     PdfCanvas& canvas) {
     const auto line = [&](std::string_view text, double top, const TextStyle& style) {
         drawLine(canvas, text, kTextColumn, top, style);
     };
-    drawVerdict(canvas, manifest, l10n, kHeaderTop);
+    drawVerdict(canvas, manifest, page, l10n, kHeaderTop);
     drawTotals(canvas, manifest, l10n, 537);
     line(l10n.reportTitle(), kHeaderTop, system(13, FontWeight::Bold, mainText));
     line(ReportText::dateTime(manifest.startedAt, l10n.language()), 571,
@@ -283,7 +285,7 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
         const auto widths = columnWidths();
         std::span<const Line> rest = lines;
         const auto problems = problemPages(canvas, manifest, l10n, kTextColumn.width);
-        PageNumber page{.number = 1, .count = pagesFor(lines.size()) + problems.size()};
+        auto page = firstPage(pagesFor(lines.size()), problems.size());
         do {
             const auto count = std::min(rest.size(), rowsPerPage(page.number == 1));
             canvas.beginPage();
@@ -323,7 +325,7 @@ void drawPage(const SessionManifest& manifest, std::span<const Row> rows, const 
     const bool first = page.number == 1;
     const L10n l10n(language);
     if (first)
-        drawFirstHeader(manifest, l10n, canvas);
+        drawFirstHeader(manifest, page, l10n, canvas);
     else
         drawLaterHeader(l10n, canvas);
     Table table(canvas, widths, first ? kHeaderTop - kFirstHeaderHeight : kLaterTableTop,

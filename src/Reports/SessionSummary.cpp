@@ -71,10 +71,8 @@ void addPace(Facts& facts, const SessionManifest& manifest, const L10n& l10n) {
                     l10n.secondsUnit()));
     if (took.count() > 0 && manifest.bytesHandled() > 0)
         add(facts, l10n.reportSpeed(),
-            PathSize::format(static_cast<std::int64_t>(
-                                 static_cast<double>(manifest.bytesHandled()) / took.count()),
-                             l10n.language()) +
-                "/" + std::string(l10n.secondsUnit()));
+            PathSize::speed(static_cast<double>(manifest.bytesHandled()) / took.count(),
+                            l10n.language()));
 }
 
 } // namespace
@@ -87,9 +85,9 @@ SessionSummary SessionSummary::of(const SessionManifest& manifest, const L10n& l
     add(summary.identity, l10n.reportCard(), manifest.card.name);
     add(summary.identity, l10n.reportCamera(), manifest.card.camera);
     add(summary.identity, l10n.reportCrew(), manifest.card.ekip);
-    add(summary.identity, l10n.reportStarted(),
+    add(summary.times, l10n.reportStarted(),
         ReportText::dateTime(manifest.startedAt, l10n.language()));
-    add(summary.identity, l10n.reportFinished(),
+    add(summary.times, l10n.reportFinished(),
         ReportText::dateTime(manifest.finishedAt, l10n.language()));
     add(summary.totals, l10n.reportFiles(), filesByFate(manifest, l10n));
     add(summary.totals, l10n.reportSize(),

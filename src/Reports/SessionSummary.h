@@ -22,8 +22,10 @@ struct SessionSummary {
     std::string verdict;
     /// What the word means for the card.
     std::string meaning;
-    /// Card, camera, crew, start and end. Facts that are not known are left out.
+    /// Card, camera, crew. Facts that are not known are left out.
     std::vector<Fact> identity;
+    /// Start and end.
+    std::vector<Fact> times;
     /// Files by their fate, bytes, seconds, speed.
     std::vector<Fact> totals;
 

@@ -65,7 +65,7 @@ TEST(ProgressTexts, RunOnceAcrossTheBatch) {
                   testCase.title);
     }
     EXPECT_EQ(ProgressTexts::title(Phase::Copying{"a", 1, 2, 0, 1000}, single, kTurkish),
-              "Kopyalanıyor 1 / 2  ·  a  ·  1 KB/s");
+              "Kopyalanıyor 1 / 2  ·  a  ·  1 KB/sn");
     EXPECT_EQ(ProgressTexts::title(Phase::Idle{}, single, kEnglish, true),
               "Select a card, a unit, and a destination, then press Hash only.");
     EXPECT_EQ(ProgressTexts::title(Phase::Verifying{"a.mov", 3, 10, 0.4}, single, kEnglish, true),

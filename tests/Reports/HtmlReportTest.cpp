@@ -1,10 +1,13 @@
 #include "Reports/SessionDetailedHTML.h"
 #include "Reports/SessionHTML.h"
 
+#include "Pdf.h"
+
 #include "Platform/AppInfo.h"
 #include "Platform/Json.h"
 #include "Reports/ReportWriter.h"
 #include "support/Browser.h"
+#include "support/Files.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -105,9 +108,9 @@ TEST(SessionHTML, IsExactlyThisText) {
         "<div><dt>Boyut</dt><dd>1,2 MB (1.234.567 bayt)</dd></div>"
         "<div><dt>Süre</dt><dd>50 sn</dd></div><div><dt>Hız</dt><dd>25 KB/sn</dd></div></dl>\n"
         "<section class=\"problems failure\"><b>Sorunlar</b><ul>"
-        "<li>a&amp;b.mov okunamadı</li></ul></section>\n"
+        "<li><span>a&amp;b.mov okunamadı</span></li></ul></section>\n"
         "<section class=\"problems note\"><b>Dikkat</b><ul>"
-        "<li>B bağlantısı kartın dışına çıkıyor</li></ul></section>\n"
+        "<li><span>B bağlantısı kartın dışına çıkıyor</span></li></ul></section>\n"
         "<h1 class=\"report-title\">Slatewise DIT raporu</h1>\n"
         "<div class=\"when\">1 Mar 2026 12:30</div>\n"
         "<div class=\"session\"><b>Reports_Standart</b> · Oturum "
@@ -305,7 +308,8 @@ TEST_P(HtmlInBrowser, FoldsAllAndLinesUpItsColumns) {
 TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
     auto unproved = clip("A001/B/C/unproved.mov", 23.976, 23.976);
     unproved.verifyStatus = VerifyStatus::CopiedUnverified;
-    auto manifest = session({unproved, file("1/2/3/4/5/6/7/8/9/10/11/12/A001C001_260301.mov")});
+    auto manifest =
+        session({unproved, file("1/2/3/4/5/6/7/8/9/10/11/12/13/A001C001_260314_R1XY.mov")});
     manifest.problems = {std::string(120, 'x')};
     manifest.status = OutcomeStatus::Hashed;
     const auto framed = [&](const std::string& script) {
@@ -322,7 +326,8 @@ TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
                                   "inner.close();" +
                                       script + "}).join();");
     };
-    EXPECT_EQ(framed(R"js(
+    EXPECT_EQ(
+        framed(R"js(
         const wide = inner.documentElement.scrollWidth > width;
         const outside = [...inner.querySelectorAll('.row > *, dd, .label')].filter(cell => {
             const box = cell.getBoundingClientRect();
@@ -333,11 +338,14 @@ TEST_P(HtmlInBrowser, ShowsEveryValueInAnyWindow) {
             hash => hash.scrollWidth > hash.clientWidth + 1).length;
         const levels = new Set([...inner.querySelectorAll('summary .label')].map(
             label => Math.round(label.getBoundingClientRect().left))).size;
-        return [wide, outside, cut, levels > 5, fate.scrollWidth > fate.clientWidth + 1 && fate.clientWidth > 0,
+        const name = inner.createRange();
+        name.selectNodeContents([...inner.querySelectorAll('.file .label')].find(
+            label => label.textContent.endsWith('R1XY.mov')));
+        return [wide, outside, cut, levels > 5, name.getClientRects().length < 3, fate.scrollWidth > fate.clientWidth + 1 && fate.clientWidth > 0,
                 inner.querySelectorAll('.hash')[1].textContent.length,
                 getComputedStyle(inner.querySelector('.verdict')).color].join(' ');
     )js"),
-              fmt::format("{0},{0},{0},{0},{0}", "false 0 0 true false 64 rgb(255, 255, 255)"));
+        fmt::format("{0},{0},{0},{0},{0}", "false 0 0 true true false 64 rgb(255, 255, 255)"));
 }
 
 TEST_P(HtmlInBrowser, ShowsNamesInDeepTrees) {
@@ -360,9 +368,9 @@ INSTANTIATE_TEST_SUITE_P(, HtmlInBrowser,
                                     std::to_string(std::get<2>(test.param));
                          });
 
-class HostileHtml : public ::testing::TestWithParam<Page> {};
+class EachHtml : public ::testing::TestWithParam<Page> {};
 
-TEST_P(HostileHtml, ShowsForeignBytesAsTextAndRunsNothing) {
+TEST_P(EachHtml, ShowsForeignBytesAsTextAndRunsNothing) {
     const std::vector<std::string> names = {
         "\"onmouseover=\"alert(1)\" x",
         "&amp;&lt;known",
@@ -389,6 +397,7 @@ TEST_P(HostileHtml, ShowsForeignBytesAsTextAndRunsNothing) {
     manifest.card.name = "</title></style><script>alert(1)</script><b onclick=x>";
     manifest.card.mountPoint = "/media/\u202eA001";
     manifest.sessionID = "<i>";
+    manifest.problems = {"Copying stopped at فيديو/مقطع/a.mov: why"};
     const auto page = GetParam().document(manifest, kEnglish);
 
     EXPECT_EQ(evaluateInBrowser(page, "const names = " + Json::compactText(expected) + R"js(;
@@ -402,13 +411,49 @@ TEST_P(HostileHtml, ShowsForeignBytesAsTextAndRunsNothing) {
             range.setStart(target, at); range.setEnd(target, at + 1);
             return range.getBoundingClientRect(); };
         const forward = boxOf(0).left < boxOf(target.length - 1).left;
-        return [same, foreign, handlers, forward].join(' ');
+        const sentence = document.querySelector('.problems li');
+        const leftOf = word => {
+            const texts = document.createTreeWalker(sentence, NodeFilter.SHOW_TEXT);
+            const range = document.createRange();
+            while (!texts.nextNode().data.includes(word));
+            const at = texts.currentNode.data.indexOf(word);
+            range.setStart(texts.currentNode, at);
+            range.setEnd(texts.currentNode, at + word.length);
+            return range.getBoundingClientRect().left;
+        };
+        const inOrder = leftOf('at') < leftOf('فيديو') && leftOf('فيديو') < leftOf('مقطع') &&
+            leftOf('مقطع') < leftOf('why');
+        return [same, foreign, handlers, forward, inOrder].join(' ');
     )js"),
-              "true 0 BUTTON,BUTTON true");
+              "true 0 BUTTON,BUTTON true true");
 
     const std::regex loads("url\\(|@import|src=(?!x)|<link|https?://(?!slatewise\\.example/\">)");
     EXPECT_FALSE(std::regex_search(page, loads)) << "a page stands alone";
 }
 
-INSTANTIATE_TEST_SUITE_P(, HostileHtml, ::testing::ValuesIn(kPages),
+TEST_P(EachHtml, IsDarkWhereWantedAndPrintedOnLightPaperWithHeadsOnEveryPage) {
+    std::vector<ManifestFile> files;
+    for (int number = 100; number < 200; ++number)
+        files.push_back(clip(fmt::format("A001/clip{}.mov", number), 25, 25));
+    const auto page = GetParam().document(session(files), kEnglish);
+    const auto ground = "return getComputedStyle(document.body).backgroundColor";
+    EXPECT_EQ(evaluateInBrowser(page, ground, 1280, Appearance::Dark), "rgb(21, 23, 28)");
+
+    const TemporaryFolder folder;
+    const auto print = folder / "page.pdf";
+    printInBrowser(page, print, Appearance::Dark);
+    const auto words = pdfWords(print);
+    const auto count = static_cast<int>(pdfPageSizes(print).size());
+    EXPECT_GE(count, 3);
+    for (int number = 1; number <= count; ++number) {
+        const auto isHere = Field(&PdfWord::page, number);
+        EXPECT_THAT(wordsLike(words, "SHA-256"), Contains(isHere).Times(1));
+        EXPECT_THAT(wordsLike(words, std::to_string(number)), Contains(isHere));
+        EXPECT_THAT(wordsLike(words, "/"), Contains(isHere));
+        EXPECT_EQ(pdfPicture(print, number).pixelColor(2, 2), QColor(Qt::white));
+    }
+    EXPECT_EQ(wordsLike(words, "clip199.mov").size(), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(, EachHtml, ::testing::ValuesIn(kPages),
                          [](const auto& test) { return test.param.name; });

@@ -279,21 +279,57 @@ TEST_P(EachPdfReport, BeginWithTheVerdictAndItsProblems) {
         // The word of the row has the colour, too, thin as its lines are.
         const auto fate = wordsLike(words, std::string(rawValue(row.verifyStatus))).back();
         EXPECT_NEAR(pdfStrongestColor(file, fate).hsvHueF(), bar.hsvHueF(), 0.05) << word;
+        if (isRed) {
+            const auto action = wordsLike(words, "COPY").back();
+            EXPECT_NEAR(pdfStrongestColor(file, action).hsvHueF(), bar.hsvHueF(), 0.05);
+        }
         EXPECT_EQ(wordsLike(words, "CamA").size(), 1U);
         EXPECT_EQ(wordsLike(words, "problem").size(), 2U) << "all of them, when there is room";
         EXPECT_EQ(pdfPageSizes(file).size(), 1U);
         manifest.notes.resize(isRed ? 4 : 5, "further");
         manifest.notes.back() = "folder/" + std::string(300, 'x') + " omega";
+        manifest.card.name = std::string(200, 'W');
         const auto longer = write(GetParam());
+        manifest.card.name = "A001";
         EXPECT_THAT(rowsByPage(longer), ElementsAre(1, 0));
         const auto all = pdfWords(longer);
-        EXPECT_THAT(pdfText(longer), AllOf(HasSubstr("and 4 more"), HasSubstr("2/2")));
+        EXPECT_THAT(pdfText(longer),
+                    AllOf(HasSubstr("and 4 more; all from page 2"), HasSubstr("2/2")));
         EXPECT_EQ(wordsLike(all, "problem").size(), 3U) << "one in the head, all behind the table";
         EXPECT_EQ(wordsLike(all, "further").size(), 2U);
         EXPECT_EQ(wordsLike(all, "omega").size(), 1U) << "to its end";
+        EXPECT_EQ(std::count_if(all.begin(), all.end(),
+                                [](const auto& each) { return each.text.ends_with("PM"); }),
+                  3)
+            << "no name takes the room of start and end";
         manifest.notes.assign(200, "one of many");
         EXPECT_GE(rowsByPage(write(GetParam())).size(), 5U);
     }
+    // Whatever the head has not in full, it says where that is.
+    addClips(59);
+    manifest.notes.clear();
+    const auto tablePages = GetParam().rateColumn == kStandard.rateColumn ? 3 : 4;
+    for (const auto& [problems, hint] :
+         {std::pair(std::vector{std::string(900, 'x')}, "in full on page {}"),
+          std::pair(std::vector{std::string("short"), std::string(300, 'x')},
+                    "and 1 more; all from page {}")}) {
+        manifest.problems = problems;
+        EXPECT_THAT(pdfText(write(GetParam())),
+                    HasSubstr(fmt::format(fmt::runtime(hint), tablePages + 1)));
+    }
+}
+
+TEST_P(EachPdfReport, PathsKeepTheirOrderWhateverWayTheirNamesRun) {
+    manifest.problems = {"Copying stopped at فيديو/مقطع/omega"};
+    int seen = 0;
+    for (const auto& word : pdfWords(write(GetParam()))) {
+        if (!word.text.ends_with("/omega"))
+            continue;
+        ++seen;
+        // Whichever way the letters of a part are told, one of each stands in no other.
+        EXPECT_LT(word.text.find("ي"), word.text.find("ق")) << word.text;
+    }
+    EXPECT_EQ(seen, 1);
 }
 
 TEST_P(EachPdfReport, AMismatchIsRedInItsOwnCellOnly) {

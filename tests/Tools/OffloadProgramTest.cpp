@@ -154,6 +154,8 @@ for folder in sys.argv[2:]:
 
 TEST_F(OffloadProgram, TheFirstFailureEndsTheBatch) {
     ASSERT_EQ(::mkfifo((folder / "B002/fifo").c_str(), 0600), 0);
+    for (const auto* link : {"5", "2", "4", "1", "3"})
+        std::filesystem::create_symlink("nowhere", folder / "B002" / link);
     const auto result = offload({"--quiet", "--to", folder / "Disk1", "--to", folder / "Disk2",
                                  folder / "B002", folder / "A001"});
     EXPECT_EQ(result.exitCode, 1);
@@ -167,10 +169,17 @@ TEST_F(OffloadProgram, TheFirstFailureEndsTheBatch) {
         EXPECT_TRUE(pairs[pair].sessionRoot.empty());
     }
     EXPECT_THAT(result.standardError,
-                AllOf(HasSubstr("1/4  B002 → Disk1 · Failed: Copying stopped at fifo"),
+                AllOf(HasSubstr("1/4  B002 → Disk1 · Failed: Copying stopped at fifo: a FIFO"),
                       HasSubstr("Keep the card"),
                       HasSubstr("not verified: " + pairs[0].sessionRoot.native()),
                       HasSubstr("4/4  A001 → Disk2 · Not begun.")));
+    const auto told = [&](const std::string& link) {
+        return result.standardError.find("The link " + link + " leads nowhere");
+    };
+    EXPECT_LT(told("1"), told("2"));
+    EXPECT_LT(told("2"), told("3"));
+    EXPECT_EQ(told("4") & told("5"), std::string::npos);
+    EXPECT_THAT(result.standardError, HasSubstr("And 2 more notes"));
 
     // A limit of the user's own is a failure like others.
     const auto limited = run({"sh", "-c", "ulimit -f 1000; exec \"$0\" \"$@\"",
@@ -273,8 +282,12 @@ TEST_F(OffloadProgram, SaysWhatIsWrongWithItsUsage) {
         EXPECT_THAT(result.standardOutput, IsEmpty());
     }
     EXPECT_FALSE(std::filesystem::exists(store()));
-    for (const auto& words : std::vector<std::vector<std::string>>{
-             {folder / "Disk2"}, {folder / "Disk2=,", card}, {folder / "used=CamA,", card}}) {
+    writeFile(folder / "odd/a", "a");
+    std::filesystem::create_symlink("reports", folder / "odd/reports");
+    for (const auto& words : std::vector<std::vector<std::string>>{{folder / "Disk2"},
+                                                                   {folder / "Disk2=,", card},
+                                                                   {folder / "used=CamA,", card},
+                                                                   {folder / "odd", card}}) {
         auto all = words;
         all.insert(all.end(), {"--quiet", "--to", disk});
         const auto result = offload(all);
@@ -313,12 +326,26 @@ TEST_F(OffloadProgram, HashingLeavesReportsAlone) {
         const auto pairs = lines(result);
         ASSERT_THAT(pairs, SizeIs(1));
         EXPECT_EQ(pairs[0].status, "hashed");
+        EXPECT_TRUE(pairs[0].sessionRoot.empty()) << "nobody made one";
         EXPECT_THAT(readFile(pairs[0].reportFolder / "inventory.csv"), HasSubstr(",HASH,hashed,"));
         const auto reports = folder / (hasDisk ? "Disk1/reports" : "user/documents/SlatewiseDIT");
         EXPECT_EQ(pairs[0].reportFolder.parent_path(), reports);
         EXPECT_THAT(entriesOf(folder / "Disk1"), ::testing::ElementsAre("reports"));
         EXPECT_FALSE(std::filesystem::exists(reports / "reports"));
     }
+
+    // One that fails at its first file has not become a copy.
+    ASSERT_EQ(::mkfifo((folder / "B002/a").c_str(), 0600), 0);
+    const auto result = offload({"--hash-only", "--to", folder / "Disk2", folder / "B002"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.standardError,
+                AllOf(HasSubstr("B002: camera not named, crew not named."),
+                      HasSubstr("B002 · Failed: Hashing stopped at a: a FIFO"),
+                      HasSubstr("start again.\n"), Not(HasSubstr("Disk2"))));
+    const auto failed = lines(result).at(0);
+    EXPECT_TRUE(failed.sessionRoot.empty());
+    EXPECT_THAT(readFile(failed.reportFolder / "Reports_Standart.html"),
+                AllOf(HasSubstr("0 hashed, 0 skipped, 3 failed"), Not(HasSubstr("class=\"sep\""))));
 }
 
 TEST_F(OffloadProgram, SaysThatAnEmptyMountPointLiesOnTheSystemsDisk) {
@@ -387,7 +414,8 @@ TEST_F(OffloadProgram, FollowsItsOptions) {
     ASSERT_THAT(pairs, SizeIs(1));
     EXPECT_EQ(pairs[0].sessionRoot, folder / "Disk1/Film/Kış/C-1_B002");
     EXPECT_FALSE(std::filesystem::exists(pairs[0].sessionRoot / "MISC"));
-    EXPECT_THAT(result.standardError, HasSubstr("Doğrulandı — 1 dosya"));
+    EXPECT_THAT(result.standardError,
+                AllOf(HasSubstr("Doğrulandı — 1 dosya"), HasSubstr("ekip belirtilmedi.")));
     EXPECT_THAT(readFile(pairs[0].reportFolder / "inventory.csv"), HasSubstr("bayt"));
     EXPECT_FALSE(std::filesystem::exists(folder / "user/config/Slatewise DIT/settings.ini"))
         << "options are for one run";
@@ -456,6 +484,36 @@ TEST_F(OffloadProgram, AnInterruptStopsCleanlyAndSaysWhatStays) {
                 AllOf(HasSubstr("clip 1.mov"), HasSubstr("COPY,copied_unverified"),
                       HasSubstr("FAIL,failed")));
     EXPECT_EQ(readFile(pairs[0].reportFolder / "checksums.sha256"), "");
+}
+
+TEST_F(OffloadProgram, ShowsSpeedAndTimeLeftWholeInANarrowTerminal) {
+    const auto clip = folder / "A001/DCIM" / (std::string(100, 'x') + ".mov");
+    writeFile(clip, "");
+    std::filesystem::resize_file(clip, 20'000'000'000);
+    const auto result =
+        run({"python3", "-c", R"python(
+import fcntl, os, pty, re, signal, struct, sys, termios
+process, terminal = pty.fork()
+if process == 0:
+    fcntl.ioctl(2, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
+    os.execv(sys.argv[1], sys.argv[1:])
+shown, bars = "", []
+try:
+    while piece := os.read(terminal, 65536).decode(errors="replace"):
+        shown += piece
+        bars = re.findall(r"\x1b\[\?7l(\[.*?)\x1b\[\?7h", shown)
+        if bars and " left" in bars[-1]:
+            os.kill(process, signal.SIGINT)
+except OSError:
+    pass
+print(max(map(len, bars)), *[bar for bar in bars if " left" in bar][:1])
+)python",
+             programsFolder() / "slatewise-offload", "--to", folder / "Disk1", folder / "A001"},
+            userIn(folder / "user"));
+    EXPECT_THAT(
+        result.standardOutput,
+        ::testing::MatchesRegex("7[0-9] \\[.* [0-9]+:[0-9][0-9] left · [0-9.]+ [KMG]B/s · .*\n"))
+        << result.standardError;
 }
 
 TEST_F(OffloadProgram, AKilledRunIsNeverContinuedOrOverwritten) {

@@ -22,18 +22,34 @@ std::string scriptFor(const std::string& functionBody) {
            "';}</script>";
 }
 
+/// Opens the page for one purpose, and gives what the browser says.
+ProcessResult browse(const std::string& page, std::vector<std::string> purpose,
+                     Appearance appearance) {
+    const TemporaryFolder folder;
+    writeFile(folder / "page.html", page);
+    std::vector<std::string> words = {
+        "chromium",
+        "--headless",
+        "--no-sandbox",
+        "--disable-gpu",
+        "--no-first-run",
+        "--disable-background-networking",
+        "--disable-component-update",
+        "--disable-sync",
+        "--user-data-dir=" + (folder / "profile").native(),
+        appearance == Appearance::Dark ? "--blink-settings=preferredColorScheme=0" : "--lang=en"};
+    words.insert(words.end(), purpose.begin(), purpose.end());
+    words.push_back("file://" + (folder / "page.html").native());
+    return run(words);
+}
+
 } // namespace
 
 std::string evaluateInBrowser(const std::string& page, const std::string& functionBody,
-                              int windowWidth) {
-    const TemporaryFolder folder;
-    writeFile(folder / "page.html", page + scriptFor(functionBody));
-    const auto size = "--window-size=" + std::to_string(windowWidth) + ",900";
-    const auto profile = "--user-data-dir=" + (folder / "profile").native();
+                              int windowWidth, Appearance appearance) {
     const auto result =
-        run({"chromium", "--headless", "--no-sandbox", "--disable-gpu", "--no-first-run",
-             "--disable-background-networking", "--disable-component-update", "--disable-sync",
-             profile, size, "--dump-dom", "file://" + (folder / "page.html").native()});
+        browse(page + scriptFor(functionBody),
+               {"--window-size=" + std::to_string(windowWidth) + ",900", "--dump-dom"}, appearance);
     const auto begin = result.standardOutput.find(kBegin);
     const auto end = result.standardOutput.find(kEnd);
     if (begin == std::string::npos || end == std::string::npos)
@@ -42,6 +58,14 @@ std::string evaluateInBrowser(const std::string& page, const std::string& functi
     return QByteArray::fromPercentEncoding(
                QByteArray::fromStdString(result.standardOutput.substr(at, end - at)))
         .toStdString();
+}
+
+void printInBrowser(const std::string& page, const std::filesystem::path& file,
+                    Appearance appearance) {
+    const auto result =
+        browse(page, {"--no-pdf-header-footer", "--print-to-pdf=" + file.native()}, appearance);
+    if (!std::filesystem::exists(file))
+        throw std::runtime_error("no print from the browser: " + result.standardError);
 }
 
 } // namespace slatewise::test

@@ -62,13 +62,17 @@ bool isEmpty(const std::filesystem::path& folder) {
         });
 }
 
+/// What bears the name and cannot be looked at is no set of ours, and hinders nobody.
 bool hasReportSets(const std::filesystem::path& folder) {
-    const auto reports = ReportFolder::destinationReportsRoot(folder);
-    return std::filesystem::is_directory(reports) &&
-           std::any_of(begin(std::filesystem::directory_iterator(reports)), {},
-                       [](const auto& set) {
-                           return std::filesystem::exists(set.path() / "manifest.json");
-                       });
+    std::error_code failure;
+    std::filesystem::directory_iterator set(ReportFolder::destinationReportsRoot(folder), failure);
+    while (!failure && set != std::filesystem::directory_iterator()) {
+        std::error_code hidden;
+        if (std::filesystem::exists(set->path() / "manifest.json", hidden))
+            return true;
+        set.increment(failure);
+    }
+    return false;
 }
 
 /// Blocks as long as the disk does.

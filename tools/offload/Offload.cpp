@@ -22,17 +22,12 @@ namespace {
 
 /// How long the service may still take when everything else is done.
 constexpr std::chrono::seconds kServicePatience{10};
-/// More problems of one pair than these are left to the log and the reports.
+/// More problems of one pair than these, and more notes, are left to the log and the reports.
 constexpr std::size_t kProblemsTold = 3;
 
-std::string pairLabel(const ClassifiedVolume& card, const ClassifiedVolume& destination) {
-    return Text::displayable(card.name()) + " → " + Text::displayable(destination.name());
-}
-
-std::string pairLabel(const BatchPair& pair) {
-    const auto label = pairLabel(pair.card, pair.destination);
+std::string labelOf(const BatchPair& pair) {
     const auto& [ignored, index, count] = pair.position;
-    return count > 1 ? fmt::format("{}/{}  {}", index + 1, count, label) : label;
+    return count > 1 ? fmt::format("{}/{}  {}", index + 1, count, pair.name) : pair.name;
 }
 
 std::string sentence(const std::string& label, std::string_view text) {
@@ -85,10 +80,10 @@ void Offload::answerForUnusable() {
         for (const auto& destination : order_.folders.destinations) {
             const auto& obstacle = card.obstacle ? card.obstacle : destination.obstacle;
             if (obstacle) {
-                const auto label = pairLabel(card.volume, destination.volume);
+                const auto label = pairName(card.volume, destination.volume, order_.settings);
                 results_[place].message = *obstacle;
                 display_.note(sentence(label, texts_.shared.failed(*obstacle)));
-                display_.note(sentence(label, texts_.advice(OffloadProblem::Kind::CardGone)));
+                display_.note(sentence(label, advice(OffloadProblem::Kind::CardGone)));
             } else {
                 places_.push_back(place);
             }
@@ -143,8 +138,10 @@ void Offload::batchBegan(const BatchPlan& plan) {
 }
 
 void Offload::pairBegan(const BatchPair& pair) {
-    label_ = pairLabel(pair);
+    label_ = labelOf(pair);
     display_.setLabel(label_);
+    notedKinds_.clear();
+    notesTold_ = notesLeft_ = 0;
 }
 
 void Offload::phaseChanged(const OffloadPhase& phase) {
@@ -153,14 +150,24 @@ void Offload::phaseChanged(const OffloadPhase& phase) {
 
 void Offload::problemFound(const OffloadProblem& problem) {
     // What the offload failed by is told with its end.
-    if (problem.severity() == OffloadProblem::Severity::Note)
-        display_.note(sentence(label_, problem.text(texts_.shared)));
+    if (problem.severity() != OffloadProblem::Severity::Note)
+        return;
+    // A card full of links must not hide that its proof may come from memory.
+    const bool isNew = notedKinds_.insert(problem.kind).second;
+    if (!isNew && notesTold_ >= kProblemsTold) {
+        ++notesLeft_;
+        return;
+    }
+    ++notesTold_;
+    display_.note(sentence(label_, problem.text(texts_.shared)));
 }
 
 void Offload::pairEnded(const BatchPair& pair, const PairResult& result) {
-    const auto label = pairLabel(pair);
+    const auto label = labelOf(pair);
     results_[places_[ended_]] = result;
     ++ended_;
+    if (notesLeft_ > 0)
+        display_.note(sentence(label, texts_.moreNotes(notesLeft_)));
     const auto& shared = texts_.shared;
     if (result.status == OutcomeStatus::Verified) {
         const auto size = PathSize::format(result.bytesDone, shared.language());
@@ -192,7 +199,7 @@ void Offload::tellOfFailure(const std::string& label, const PairResult& result) 
         if (!isTold)
             display_.note(sentence(label, shared.failed(result.message)));
         const auto kind = failures.empty() ? std::nullopt : std::optional(failures.front().kind);
-        display_.note(sentence(label, texts_.advice(kind)));
+        display_.note(sentence(label, advice(kind)));
     }
     if (!result.sessionRoot.empty() && !isCopyComplete && !order_.settings.verifyOnly) {
         display_.note(
@@ -201,11 +208,15 @@ void Offload::tellOfFailure(const std::string& label, const PairResult& result) 
     }
 }
 
+std::string_view Offload::advice(std::optional<OffloadProblem::Kind> kind) const {
+    return order_.settings.verifyOnly ? texts_.hashingAdvice(kind) : texts_.advice(kind);
+}
+
 void Offload::batchEnded(const BatchResult& result) {
     if (!result.wasBegun && result.message)
         display_.note(texts_.shared.failed(*result.message));
     for (; ended_ < pairs_.size(); ++ended_)
-        display_.note(sentence(pairLabel(pairs_[ended_]), texts_.notBegun()));
+        display_.note(sentence(labelOf(pairs_[ended_]), texts_.notBegun()));
     batch_.reset();
     waitForService();
 }

@@ -10,6 +10,8 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -59,6 +61,7 @@ private:
     void pairEnded(const BatchPair& pair, const PairResult& result) override;
     void batchEnded(const BatchResult& result) override;
     void tellOfFailure(const std::string& label, const PairResult& result);
+    std::string_view advice(std::optional<OffloadProblem::Kind> kind) const;
 
     const Order& order_;
     const Texts& texts_;
@@ -73,6 +76,10 @@ private:
     std::vector<std::size_t> places_;
     /// Names the pair at work.
     std::string label_;
+    /// What its notes were about, and how many were not told.
+    std::set<OffloadProblem::Kind> notedKinds_;
+    std::size_t notesTold_ = 0;
+    std::size_t notesLeft_ = 0;
     /// How many of the batch's pairs have ended.
     std::size_t ended_ = 0;
     /// What the store could not take before is on its way there.

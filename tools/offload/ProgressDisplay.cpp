@@ -94,10 +94,6 @@ std::size_t terminalColumns() {
                                                                              : kUsualColumns;
 }
 
-std::string speedText(const Phase::Copying& copying, AppLanguage language) {
-    return PathSize::format(static_cast<std::int64_t>(copying.bytesPerSecond), language) + "/s";
-}
-
 /// What is being done, and with which file.
 struct Words {
     std::string deed;
@@ -152,7 +148,7 @@ std::string ProgressDisplay::line(const OffloadPhase& phase,
     if (const auto left = timeLeft_.update(phase, now))
         parts.push_back(texts_.shared.timeLeft(clockText(*left)));
     if (const auto* copying = std::get_if<Phase::Copying>(&phase))
-        parts.push_back(speedText(*copying, texts_.shared.language()));
+        parts.push_back(PathSize::speed(copying->bytesPerSecond, texts_.shared.language()));
     if (!label_.empty())
         parts.push_back(label_);
     parts.push_back(words.deed);

@@ -44,12 +44,23 @@ std::string Texts::emptyCard(std::string_view path) const {
                        path);
 }
 
+std::string Texts::emptyCardToHash(std::string_view path) const {
+    return fmt::format(fmt::runtime(choose("Note: {} is empty, so there is nothing to hash. If its "
+                                           "card is not mounted, mount it.",
+                                           "Not: {} boş; hash alınacak bir şey yok. Kartı bağlı "
+                                           "değilse bağlayın.")),
+                       path);
+}
+
 std::string Texts::wordsInUse(std::string_view card, const Word& camera, const Word& crew) const {
     const auto described = [this](const Word& word) {
-        return word.isNamed ? word.inPath
-                            : fmt::format(fmt::runtime(choose("not named ({} in the path)",
-                                                              "belirtilmedi (yolda {})")),
-                                          word.inPath);
+        if (word.isNamed)
+            return word.word;
+        auto text = std::string(choose("not named", "belirtilmedi"));
+        if (word.isInPath)
+            text +=
+                fmt::format(fmt::runtime(choose(" ({} in the path)", " (yolda {})")), word.word);
+        return text;
     };
     return fmt::format(
         fmt::runtime(choose("{}: camera {}, crew {}. --camera and --crew name them.",
@@ -110,6 +121,12 @@ std::string Texts::moreProblems(std::size_t count) const {
         count);
 }
 
+std::string Texts::moreNotes(std::size_t count) const {
+    return fmt::format(fmt::runtime(choose("And {} more notes; the log and the reports have all.",
+                                           "{} not daha; tümü günlükte ve raporlarda.")),
+                       count);
+}
+
 std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
     using Kind = OffloadProblem::Kind;
     switch (kind.value_or(Kind::CopyStopped)) {
@@ -132,6 +149,23 @@ std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
                       "folder.",
                       "Kartı saklayın, nedeni giderip yeniden başlatın; kopya yeni bir klasöre "
                       "gider.");
+    }
+}
+
+std::string_view Texts::hashingAdvice(std::optional<OffloadProblem::Kind> kind) const {
+    using Kind = OffloadProblem::Kind;
+    switch (kind.value_or(Kind::HashingStopped)) {
+    case Kind::CardGone:
+    case Kind::DiskReplaced:
+        return choose("Connect it again and start once more.",
+                      "Yeniden bağlayıp bir daha başlatın.");
+    case Kind::ReportsNotArchived:
+    case Kind::ReportsNotCopied:
+        return choose("Everything was hashed. Mend the cause and hash again for a full set.",
+                      "Hepsinin hash’i alındı. Tam bir takım için nedeni giderip yeniden alın.");
+    default:
+        return choose("Keep the card, mend the cause and start again.",
+                      "Kartı saklayın, nedeni giderip yeniden başlatın.");
     }
 }
 

@@ -22,11 +22,14 @@ public:
     std::string doesNotAnswer(std::string_view path) const;
     std::string looksLikeDestination(std::string_view path) const;
     std::string emptyCard(std::string_view path) const;
+    std::string emptyCardToHash(std::string_view path) const;
 
     /// What stands for the camera or the crew of a card.
     struct Word {
-        std::string inPath;
+        std::string word;
         bool isNamed = true;
+        /// The word is part of the path to which the card is copied.
+        bool isInPath = true;
     };
     std::string wordsInUse(std::string_view card, const Word& camera, const Word& crew) const;
 
@@ -47,8 +50,11 @@ public:
     std::string leftOnDestination(std::string_view sessionRoot, int filesProved) const;
     std::string_view reportsStillWait() const;
     std::string moreProblems(std::size_t count) const;
+    std::string moreNotes(std::size_t count) const;
     /// What to do after a failure; without a kind, after any.
     std::string_view advice(std::optional<OffloadProblem::Kind> kind) const;
+    /// The same where nothing was to be copied.
+    std::string_view hashingAdvice(std::optional<OffloadProblem::Kind> kind) const;
 
     /// The texts of the application.
     L10n shared;

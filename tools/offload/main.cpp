@@ -58,26 +58,44 @@ std::string wordFor(const char* token, const FolderTemplate::Values& values) {
     return FolderTemplate::expand(token, values).filename().native();
 }
 
+/// Whether the token's word becomes part of a path.
+bool isInPath(std::string_view token, const OffloadSettings& settings) {
+    return !settings.verifyOnly &&
+           FolderTemplate::normalize(settings.folderTemplate).find(token) != std::string::npos;
+}
+
+/// Says which words stand for the card's camera and crew.
+void tellOfWords(const tool::NamedFolder& card, const tool::Order& order, const tool::Texts& texts,
+                 tool::ProgressDisplay& display) {
+    FolderTemplate::Values values;
+    values.destination = "/";
+    values.camera = order.cameraOf(card);
+    values.ekip = order.crewOf(card);
+    const auto described = [&](const char* token, const std::string& given) {
+        return tool::Texts::Word{.word = wordFor(token, values),
+                                 .isNamed = !given.empty(),
+                                 .isInPath = isInPath(token, order.settings)};
+    };
+    const auto camera = described("{Cam}", values.camera);
+    const auto crew = described("{Ekip}", values.ekip);
+    if (card.hasOwnWords())
+        display.inform(
+            texts.ownWords(card.volume.facts.mountPoint.native(), camera.word, crew.word));
+    else if (!camera.isNamed || !crew.isNamed)
+        display.inform(texts.wordsInUse(card.volume.name(), camera, crew));
+}
+
 /// Says what may not be what was meant, though nothing is wrong with it.
 void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
                    tool::ProgressDisplay& display) {
     for (const auto& card : order.folders.cards) {
         if (card.obstacle)
             continue;
+        const auto& path = card.volume.facts.mountPoint.native();
         if (card.isEmpty && !card.isSurelyCard)
-            display.note(texts.emptyCard(card.volume.facts.mountPoint.native()));
-        FolderTemplate::Values values;
-        values.destination = "/";
-        values.camera = order.cameraOf(card);
-        values.ekip = order.crewOf(card);
-        const auto camera = wordFor("{Cam}", values);
-        const auto crew = wordFor("{Ekip}", values);
-        if (card.hasOwnWords())
-            display.inform(texts.ownWords(card.volume.facts.mountPoint.native(), camera, crew));
-        else if (values.camera.empty() || values.ekip.empty())
-            display.inform(texts.wordsInUse(card.volume.name(),
-                                            {.inPath = camera, .isNamed = !values.camera.empty()},
-                                            {.inPath = crew, .isNamed = !values.ekip.empty()}));
+            display.note(order.settings.verifyOnly ? texts.emptyCardToHash(path)
+                                                   : texts.emptyCard(path));
+        tellOfWords(card, order, texts, display);
     }
 }
 
@@ -95,8 +113,7 @@ int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
         display.note(texts.shared.templateLeadsOut(order.settings.folderTemplate));
         return tool::kExitWrongUsage;
     }
-    const bool isForArchiveAlone = arguments.destinations.empty();
-    if (isForArchiveAlone)
+    if (arguments.destinations.empty())
         arguments.destinations = {SupportPaths::reportsArchive(order.settings)};
     order.folders = tool::lookAt(arguments, texts, stop);
     auto misuse = order.folders.misuse(texts);
@@ -108,8 +125,8 @@ int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
     }
     tellOfChoices(order, texts, display);
     auto results = tool::Offload(order, texts, display).run(stop);
-    if (isForArchiveAlone) {
-        // Where copies would go is of no interest where nobody asked for any.
+    if (arguments.hashOnly) {
+        // Where copies would go is of no interest: nobody asked for any.
         for (auto& result : results)
             result.sessionRoot.clear();
     }

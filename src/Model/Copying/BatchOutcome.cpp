@@ -2,7 +2,6 @@
 
 #include "Language/L10n.h"
 #include "Model/QtText.h"
-#include "Platform/Text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -43,26 +42,23 @@ std::string reasonOf(const BatchPair& planned, const PairResult& pair,
         return failure->text(l10n);
     if (pair.error)
         return pair.error->text(l10n);
-    return pair.runStatus ? l10n.verifyIncomplete(Text::displayable(planned.card.name()),
-                                                  Text::displayable(planned.destination.name()))
-                          : pair.message;
+    return pair.runStatus ? l10n.verifyIncomplete(planned.name) : pair.message;
 }
 
 OutcomeLine lineOf(const BatchPair& planned, const PairResult& pair, L10n l10n) {
-    const auto card = Text::displayable(planned.card.name());
-    const auto disk = Text::displayable(planned.destination.name());
     if (!wasBegun(pair))
-        return {toQString(l10n.pairNotBegun(card, disk)), OutcomeLine::Kind::Note};
+        return {toQString(l10n.pairNotBegun(planned.name)), OutcomeLine::Kind::Note};
     switch (pair.status) {
     case OutcomeStatus::Verified:
-        return {toQString(l10n.pairVerified(card, disk, pair.filesDone)), OutcomeLine::Kind::Good};
+        return {toQString(l10n.pairVerified(planned.name, pair.filesDone)),
+                OutcomeLine::Kind::Good};
     case OutcomeStatus::Hashed:
-        return {toQString(l10n.pairHashed(card, pair.filesDone)), OutcomeLine::Kind::Note};
+        return {toQString(l10n.pairHashed(planned.name, pair.filesDone)), OutcomeLine::Kind::Note};
     case OutcomeStatus::Failed:
         break;
     }
     const auto why = reasonOf(planned, pair, firstFailure(pair), l10n);
-    return {toQString(l10n.pairFailed(card, disk, why)), OutcomeLine::Kind::Bad};
+    return {toQString(l10n.pairFailed(planned.name, why)), OutcomeLine::Kind::Bad};
 }
 
 std::string adviceFor(const OffloadProblem& problem, std::string_view button, L10n l10n) {

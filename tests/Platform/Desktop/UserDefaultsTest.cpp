@@ -73,7 +73,7 @@ TEST(L10n, SetsArgumentsIntoBothLanguages) {
     const L10n turkish(AppLanguage::Turkish);
     EXPECT_EQ(english.copying(3, 10, "A/B.mov", "350 MB/s"),
               "Copying 3 / 10  ·  A/B.mov  ·  350 MB/s");
-    EXPECT_EQ(turkish.verifyIncomplete("A001", "SSD"), "Doğrulama tamamlanamadı (A001 → SSD).");
+    EXPECT_EQ(turkish.verifyIncomplete("A001 → SSD"), "Doğrulama tamamlanamadı (A001 → SSD).");
     EXPECT_EQ(turkish.insufficientSpace("28 MB", "24 MB"),
               "Hedefte yer yok (gerekli 28 MB, boş 24 MB).");
     EXPECT_EQ(english.fileCount(1), "1 files");

@@ -215,8 +215,8 @@ void Stage::fail(std::vector<OffloadProblem> problems, PairFailure failure) {
     auto& failed = result.pairs.at(1);
     failed.failure = failure;
     failed.runStatus = OutcomeStatus::Failed;
-    failed.message = l10n.verifyIncomplete(pairs[1].card.name(), pairs[1].destination.name()) +
-                     " " + std::string(l10n.cardLeftMounted());
+    failed.message =
+        l10n.verifyIncomplete(pairs[1].name) + " " + std::string(l10n.cardLeftMounted());
     failed.problems = std::move(problems);
     result.message = failed.message;
     end(result);
