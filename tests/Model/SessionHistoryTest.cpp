@@ -1,5 +1,6 @@
 #include "Model/History/SessionHistory.h"
 
+#include "Language/L10n.h"
 #include "support/Desk.h"
 #include "support/Files.h"
 #include "support/MappedFile.h"
@@ -157,7 +158,7 @@ TEST_F(SessionHistoryTest, AStoreThatIsHeldMakesNoDamagedCopyGood) {
     Desk::waitUntil([&] { return !history->isUnread(); });
     EXPECT_TRUE(history->note().isEmpty());
     EXPECT_FALSE(history->rows()[0].isCheckGood);
-    EXPECT_FALSE(desk.model().state().database->writeWhatIsKept());
+    EXPECT_FALSE(desk.model().state().database->writeWhatIsKept(L10n(AppLanguage::English)));
     EXPECT_FALSE(desk.model().state().database->history().back().lastCheck->isGood());
 }
 
