@@ -125,6 +125,6 @@ TEST(MediaInfoCandidates, StandInTheirOrder) {
     std::filesystem::remove(link);
     EXPECT_THAT(trusted, Contains((folder / "x/mediainfo").native()));
     EXPECT_THAT(others, Not(Contains((folder / "x/mediainfo").native())));
-    for (const auto& candidates : {trusted, others})
-        EXPECT_THAT(candidates, Not(Contains((link / "mediainfo").native())));
+    for (const auto& found : {trusted, others})
+        EXPECT_THAT(found, Not(Contains((link / "mediainfo").native())));
 }
