@@ -213,7 +213,7 @@ TEST_F(CrashSafety, WhatIsCalledVerifiedIsThereAfterAPowerCut) {
     // Slow enough for some of the moments to meet a report under way.
     const RecordingServer service([](const auto&, std::size_t) {
         auto answer = WireAnswer::of(200);
-        answer.pause = 500us;
+        answer.pause = 1ms;
         return answer;
     });
     reportTo(service, users.back());
