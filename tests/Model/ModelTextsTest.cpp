@@ -161,6 +161,7 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
         BatchOutcome::FailedPair failed;
         failed.planned.card = volume("A");
         failed.planned.destination = volume("D");
+        failed.planned.name = "A → D";
         failed.result.problems = testCase.problems;
         failed.result.failure = testCase.failure;
         failed.result.runStatus = OutcomeStatus::Failed;

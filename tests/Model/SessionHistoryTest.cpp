@@ -166,7 +166,7 @@ TEST_F(SessionHistoryTest, ADiskThatDoesNotAnswerKeepsNobodyFromStopping) {
     copy();
     chooseOnly("a001");
     const MountedVolume silent(MountedVolume::FileSystem::ExFat, 16'000'000, desk.folder / "SSD1",
-                               "");
+                               "nonempty");
     silent.signalItsProgram(SIGSTOP);
     auto* const check = history->check();
     for (int time = 0; time < 2; ++time) {

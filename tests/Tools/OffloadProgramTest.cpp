@@ -335,12 +335,12 @@ TEST_F(OffloadProgram, HashingLeavesReportsAlone) {
     }
 
     // One that fails at its first file has not become a copy.
-    ASSERT_EQ(::mkfifo((folder / "B002/a").c_str(), 0600), 0);
+    ASSERT_EQ(::mkfifo((folder / "B002/A").c_str(), 0600), 0);
     const auto result = offload({"--hash-only", "--to", folder / "Disk2", folder / "B002"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.standardError,
                 AllOf(HasSubstr("B002: camera not named, crew not named."),
-                      HasSubstr("B002 · Failed: Hashing stopped at a: a FIFO"),
+                      HasSubstr("B002 · Failed: Hashing stopped at A: a FIFO"),
                       HasSubstr("start again.\n"), Not(HasSubstr("Disk2"))));
     const auto failed = lines(result).at(0);
     EXPECT_TRUE(failed.sessionRoot.empty());
@@ -350,22 +350,23 @@ TEST_F(OffloadProgram, HashingLeavesReportsAlone) {
 
 TEST_F(OffloadProgram, SaysThatAnEmptyMountPointLiesOnTheSystemsDisk) {
     const auto place = "/mnt/slatewise-" + folder.path().filename().native();
-    runPrivileged({"mkdir", "-m", "0777", place});
+    const auto archive = place + "-archive";
+    runPrivileged({"mkdir", "-m", "0777", place, archive});
     const auto result = offload({"--quiet", "--language", "tr", "--to", place, folder / "A001"});
     EXPECT_EQ(result.exitCode, 0);
     const std::string sentence = ": buraya disk bağlı değil, kopya sistem diskinde duruyor.";
     EXPECT_THAT(result.standardError, HasSubstr(place + sentence));
     EXPECT_THAT(readFile(lines(result).at(0).reportFolder / "manifest.json"), HasSubstr(sentence));
     OffloadSettings settings;
-    settings.outputFolderPath = place;
+    settings.outputFolderPath = archive;
     UserDefaults defaults(folder / "user/config/Slatewise DIT/settings.ini");
     settings.save(defaults);
     defaults.waitUntilWritten();
     const auto refused = offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
     EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_THAT(refused.standardError, HasSubstr(place + " is not mounted."));
+    EXPECT_THAT(refused.standardError, HasSubstr(archive + " is not mounted."));
     EXPECT_THAT(entriesOf(folder / "Disk1"), IsEmpty());
-    runPrivileged({"rm", "-r", place});
+    runPrivileged({"rm", "-r", place, archive});
 }
 
 TEST_F(OffloadProgram, APageThatCannotBeMadeCostsNoList) {
@@ -401,7 +402,7 @@ TEST_F(OffloadProgram, ACardMayHaveWordsOfItsOwn) {
 
     const auto other = offload({"--to", folder / "Disk1", folder / "A001=2"});
     EXPECT_EQ(other.exitCode, 1) << "a card that is not there, and not another one";
-    EXPECT_THAT(other.standardError, HasSubstr("A001=2: No such file"));
+    EXPECT_THAT(other.standardError, HasSubstr("A001=2: the file or folder is not there"));
 }
 
 TEST_F(OffloadProgram, FollowsItsOptions) {

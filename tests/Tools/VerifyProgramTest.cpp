@@ -45,9 +45,12 @@ protected:
                                     {option, "--quiet", "--to", folder / "Disk", folder / "A001"});
         EXPECT_EQ(result.exitCode, exitCode) << result.standardError;
         told = result.standardError;
-        const auto fields = Text::pieces(result.standardOutput, '\t');
-        reports = std::filesystem::path(Text::trimmed(fields[2]));
-        copy = std::filesystem::path(fields[1]);
+        // Where nothing was copied, the field between the two is empty.
+        const auto& line = result.standardOutput;
+        const auto first = line.find('\t');
+        const auto last = line.rfind('\t');
+        reports = std::filesystem::path(Text::trimmed(line.substr(last + 1)));
+        copy = std::filesystem::path(line.substr(first + 1, last - first - 1));
         return copy;
     }
 

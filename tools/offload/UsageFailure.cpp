@@ -12,25 +12,21 @@ namespace slatewise::tool {
 
 namespace {
 
-/// The part of the parser's sentence that names what was typed, or what was not.
-std::string subjectOf(const CLI::Error& failure) {
-    const std::string sentence = failure.what();
-    if (failure.get_name() == "RequiredError")
-        return sentence.substr(0, sentence.find(" is required"));
-    if (failure.get_name() == "ExtrasError")
-        return Text::trimmed(sentence.substr(sentence.find(':') + 1));
-    return sentence.substr(0, sentence.find(':'));
-}
-
+/// In the words of the parser's sentence that name what was typed, or what was not.
 std::string inTurkish(const CLI::Error& failure) {
-    const auto subject = subjectOf(failure);
-    if (failure.get_name() == "RequiredError")
-        return subject + " eksik";
-    if (failure.get_name() == "ExtrasError")
-        return "Beklenmeyen sözcük: " + subject;
-    if (failure.get_name() == "ArgumentMismatch")
-        return subject + " için değer eksik ya da fazla";
-    return subject + " için verilen değer geçersiz";
+    const std::string sentence = failure.what();
+    const auto colon = sentence.find(':');
+    // Some failures bear the program's name in place of their own.
+    switch (static_cast<CLI::ExitCodes>(failure.get_exit_code())) {
+    case CLI::ExitCodes::RequiredError:
+        return sentence.substr(0, sentence.find(" is required")) + " eksik";
+    case CLI::ExitCodes::ExtrasError:
+        return "Beklenmeyen sözcük: " + Text::trimmed(sentence.substr(colon + 1));
+    case CLI::ExitCodes::ArgumentMismatch:
+        return sentence.substr(0, colon) + " için değer eksik ya da fazla";
+    default:
+        return sentence.substr(0, colon) + " için verilen değer geçersiz";
+    }
 }
 
 std::string sentence(const CLI::App& program, const CLI::Error& failure, AppLanguage language) {
