@@ -145,17 +145,18 @@ FocusScope {
         appModel: root.appModel
     }
 
-    // Made when they are first asked for: the start of the program does not pay for them.
+    // Made when they are first asked for: the start of the program does not pay for them. The checker
+    // doubts that what stands outside is known inside, which it is.
     OnDemand {
         isWanted: root.appModel.history.isPresented
-        sourceComponent: HistorySheet { appModel: root.appModel }
+        sourceComponent: HistorySheet { appModel: root.appModel } // qmllint disable unqualified
     }
     OnDemand {
         isWanted: root.appModel.otherVolumes.isPresented
-        sourceComponent: OtherVolumesSheet { volumes: root.appModel.otherVolumes }
+        sourceComponent: OtherVolumesSheet { volumes: root.appModel.otherVolumes } // qmllint disable unqualified
     }
     OnDemand {
         isWanted: root.appModel.settings.isPresented
-        sourceComponent: AdvancedSheet { appModel: root.appModel }
+        sourceComponent: AdvancedSheet { appModel: root.appModel } // qmllint disable unqualified
     }
 }

@@ -191,6 +191,6 @@ Rectangle {
     Loader {
         id: outcome
         active: false
-        sourceComponent: OutcomeSheet { batch: block.batch }
+        sourceComponent: OutcomeSheet { batch: block.batch } // qmllint disable unqualified
     }
 }

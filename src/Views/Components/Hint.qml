@@ -10,7 +10,7 @@ Loader {
 
     active: isWanted
     sourceComponent: HintBubble {
-        parent: hint.parent
-        text: hint.text
+        parent: hint.parent // qmllint disable unqualified
+        text: hint.text // qmllint disable unqualified
     }
 }
