@@ -8,6 +8,9 @@ namespace slatewise::MediaHashList {
 
 namespace {
 
+/// Two characters of the first plane's end are no characters at all.
+constexpr std::string_view kNoCharacters[] = {"\xef\xbf\xbe", "\xef\xbf\xbf"};
+
 /// Sorts a folder behind all that lies in it, and names as bytes.
 std::string postOrderKey(std::string_view path, std::string_view end) {
     std::string key(path);
@@ -25,8 +28,6 @@ void sortByKey(std::vector<Item>& items, std::string_view end) {
 } // namespace
 
 bool canHold(std::string_view name) {
-    // Two characters of the last plane's end are no characters at all.
-    constexpr std::string_view kNoCharacters[] = {"\xef\xbf\xbe", "\xef\xbf\xbf"};
     if (Text::displayable(name) != name)
         return false;
     const auto isHeld = [](char byte) {
@@ -37,6 +38,16 @@ bool canHold(std::string_view name) {
            std::none_of(std::begin(kNoCharacters), std::end(kNoCharacters), [&](auto sequence) {
                return name.find(sequence) != std::string_view::npos;
            });
+}
+
+std::string holdable(std::string_view given) {
+    auto text = Text::displayable(given);
+    for (const auto sequence : kNoCharacters)
+        text = Text::replaced(text, sequence, "_");
+    std::replace_if(
+        text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) < ' '; },
+        '_');
+    return text;
 }
 
 bool leadsDown(std::string_view path) {

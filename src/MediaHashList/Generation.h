@@ -137,6 +137,9 @@ struct ChainLink {
 /// Whether XML can hold a name, so that it reads back as the same bytes.
 bool canHold(std::string_view name);
 
+/// The text with "_" for each character that XML cannot hold or that would end a line.
+std::string holdable(std::string_view text);
+
 /// Whether a path out of a list stays below the root that it is taken from.
 bool leadsDown(std::string_view path);
 
@@ -153,7 +156,8 @@ Generation readGeneration(std::string_view text);
 
 std::string writeChain(const std::vector<ChainLink>& chain);
 
-/// As `readGeneration`. A generation's file lies in the folder `ascmhl` itself.
+/// As `readGeneration`. A generation's file lies in the folder `ascmhl` itself. Gives the links in
+/// the order of their numbers, which count from 1 and leave none out.
 std::vector<ChainLink> readChain(std::string_view text);
 
 } // namespace slatewise::MediaHashList

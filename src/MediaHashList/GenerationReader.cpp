@@ -244,8 +244,8 @@ std::vector<ChainLink> readChain(std::string_view given) {
     forEachChild(xml, [&](const std::string&) {
         const int number = xml.attributes().value("sequencenr").toInt();
         auto reference = readReference(xml);
-        if (number < 1 || reference.path.find('/') != std::string::npos)
-            throw notAList("sequencenr");
+        if (reference.path.find('/') != std::string::npos)
+            throw notAList("path");
         chain.push_back({number, std::move(reference.path), std::move(reference.c4)});
     });
     requireWhole(xml);
@@ -253,6 +253,12 @@ std::vector<ChainLink> readChain(std::string_view given) {
     std::stable_sort(chain.begin(), chain.end(), [](const auto& left, const auto& right) {
         return left.number < right.number;
     });
+    // A number that is not there, or there twice, is of a generation that somebody took out.
+    int expected = 0;
+    for (const auto& link : chain) {
+        if (link.number != ++expected)
+            throw notAList("sequencenr");
+    }
     return chain;
 }
 

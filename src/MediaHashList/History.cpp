@@ -1,11 +1,13 @@
 #include "MediaHashList/History.h"
 
 #include "MediaHashList/ListError.h"
+#include "Offload/TreeWalker.h"
 #include "Platform/Text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
 
 namespace slatewise::MediaHashList {
 
@@ -13,14 +15,6 @@ namespace {
 
 /// A list of a million files is a third of this.
 constexpr std::int64_t kLargestList = std::int64_t{1} << 30;
-
-/// A name can hold what XML or another disk cannot.
-std::string portable(const std::string& name) {
-    std::string text;
-    for (const char byte : Text::displayable(name))
-        text += static_cast<unsigned char>(byte) < ' ' || byte == '/' ? '_' : byte;
-    return text;
-}
 
 /// What there is room for in a file's name.
 std::string shortened(std::string name, std::size_t room) {
@@ -74,14 +68,43 @@ auto parsed(const RootFolder& root, const std::filesystem::path& list, std::stri
     }
 }
 
-/// In the order of their names, which begin with their numbers. Nothing vouches for them.
+/// Does what reads a list, and hands on why that cannot be relied on.
+template <typename Read>
+void readOrComplain(const std::filesystem::path& list, const History::Complaint& complain,
+                    Read&& read) {
+    try {
+        read();
+    } catch (const Error& failure) {
+        complain(list, failure);
+    }
+}
+
+/// In the order of their names, which begin with their numbers. What another system keeps beside a
+/// file, under a name of its own, is no list.
+std::vector<std::string> listsIn(const RootFolder& folder) {
+    auto names = folder.names();
+    std::erase_if(names, [](const std::string& name) {
+        return !name.ends_with(".mhl") || TreeWalker::shouldSkip(name, name, {});
+    });
+    return names;
+}
+
+/// Nothing vouches for them.
 std::vector<ChainLink> unchainedLists(const RootFolder& folder) {
     std::vector<ChainLink> links;
-    for (const auto& name : folder.names()) {
-        if (name.ends_with(".mhl"))
-            links.push_back({static_cast<int>(links.size()) + 1, name, {}});
-    }
+    for (const auto& name : listsIn(folder))
+        links.push_back({static_cast<int>(links.size()) + 1, name, {}});
     return links;
+}
+
+/// The lists that no link names: somebody took the link out, or the chain was never written.
+std::vector<std::string> straysIn(const RootFolder& folder, const std::vector<ChainLink>& chain) {
+    std::set<std::string_view> named;
+    for (const auto& link : chain)
+        named.insert(link.fileName);
+    auto names = listsIn(folder);
+    std::erase_if(names, [&](const std::string& name) { return named.contains(name); });
+    return names;
 }
 
 /// Whether a generation is the one that its chain names and that another list refers to.
@@ -121,15 +144,20 @@ History History::loadReadable(const RootFolder& root, std::filesystem::path belo
     }
     for (const auto& link : history.chain_) {
         const auto list = folder / link.fileName;
-        try {
+        readOrComplain(root.path() / list, complain, [&] {
             const auto text = readList(root, list);
             if (!link.c4.empty() && hashOf(HashFormat::C4, text) != link.c4)
                 throw ListError(ListError::Reason::NotTheChains, {}, root.path() / list);
             history.generations_.push_back(parsed(root, list, text, readGeneration));
-        } catch (const Error& failure) {
-            complain(root.path() / list, failure);
-        }
+        });
     }
+    readOrComplain(root.path() / folder, complain, [&] {
+        for (const auto& name : straysIn(root.below(folder), history.chain_)) {
+            const auto list = root.path() / folder / name;
+            readOrComplain(list, complain,
+                           [&] { throw ListError(ListError::Reason::NotTheChains, {}, list); });
+        }
+    });
     return history;
 }
 
@@ -180,10 +208,7 @@ void History::judge(Generation& next) const {
 }
 
 int History::nextNumber() const {
-    int last = 0;
-    for (const auto& link : chain_)
-        last = std::max(last, link.number);
-    return last + 1;
+    return static_cast<int>(chain_.size()) + 1;
 }
 
 std::string History::nextFileName(Instant createdAt) const {
@@ -195,7 +220,7 @@ std::string History::nextFileName(Instant createdAt) const {
     const auto end = fmt::format("_{}.mhl", moment);
     const auto folder = below_.empty() ? root_->path() : below_;
     return number +
-           shortened(portable(folder.filename().native()),
+           shortened(holdable(folder.filename().native()),
                      kLongestName - number.size() - end.size()) +
            end;
 }

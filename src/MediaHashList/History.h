@@ -31,8 +31,9 @@ public:
     explicit History(const RootFolder& root, std::filesystem::path below = {})
         : root_(&root), below_(std::move(below)) {}
 
-    /// As it lies there. Every generation must be there and be the one that the chain names. Fails
-    /// with `ListError`, too.
+    /// As it lies there. Every generation must be there and be the one that the chain names, and no
+    /// other list may lie beside them: the next generation could bear the number of one that the
+    /// chain lost. Fails with `ListError`, too.
     static History load(const RootFolder& root, std::filesystem::path below = {});
 
     /// Why a list is not to be relied on. Called while the failure is being handled.

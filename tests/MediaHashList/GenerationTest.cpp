@@ -11,6 +11,8 @@
 
 #include <gmock/gmock.h>
 
+#include <climits>
+
 using namespace slatewise;
 using namespace slatewise::MediaHashList;
 using namespace slatewise::test;
@@ -153,7 +155,7 @@ TEST(MediaHashListTest, WhatIsWrittenIsValidAndReadsBackTheSame) {
 
 TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
     const TemporaryFolder folder;
-    const auto root = folder / "A001 ğ";
+    const auto root = folder / "A001 ğ\xef\xbf\xbf";
     std::filesystem::create_directory(root);
     const RootFolder handle(root);
     auto older = generationOf({{"bad", "5"}, {"old", "4"}, {"other", "2"}, {"same", "1"}},
@@ -186,9 +188,15 @@ TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
     EXPECT_THAT(actions["moved"], ::testing::ElementsAre("verified", "verified"));
     EXPECT_THAT(actions["new"], ::testing::ElementsAre("original", "original"));
     expectValid(root / "ascmhl/ascmhl_chain.xml", "ASCMHLDirectory.xsd");
-    EXPECT_TRUE(std::filesystem::exists(root / "ascmhl/0004_A001 ğ_2026-03-01_120000Z.mhl"));
+    EXPECT_TRUE(std::filesystem::exists(root / "ascmhl/0004_A001 ğ__2026-03-01_120000Z.mhl"));
 
-    writeFile(root / "ascmhl/0002_A001 ğ_2026-03-01_120000Z.mhl", writeGeneration(older));
+    writeFile(root / "ascmhl/._0001.mhl", "what another system keeps beside a file");
+    EXPECT_NO_THROW((void)History::load(handle));
+    const auto stray = root / "ascmhl/0005_late.mhl";
+    writeFile(stray, writeGeneration(older));
+    EXPECT_THROW((void)History::load(handle), ListError) << "the next would be the fifth, too";
+    std::filesystem::remove(stray);
+    writeFile(root / "ascmhl/0002_A001 ğ__2026-03-01_120000Z.mhl", writeGeneration(older));
     EXPECT_THROW((void)History::load(handle), ListError) << "not what the chain names";
     int complaints = 0;
     const auto readable =
@@ -358,6 +366,11 @@ TEST(MediaHashListTest, RefusesWhatIsNoListOrWouldDoHarm) {
                  Error);
     const std::string c4 = hashOf(HashFormat::C4, "");
     EXPECT_EQ(readChain(writeChain({{2, "2.mhl", c4}, {1, "1.mhl", c4}})).front().number, 1);
+    const std::pair<int, int> numbers[] = {{1, 1}, {1, 3}, {2, 3}, {0, 1}, {1, INT_MAX}};
+    for (const auto& [one, other] : numbers)
+        EXPECT_THROW((void)readChain(writeChain({{one, "1.mhl", c4}, {other, "2.mhl", c4}})),
+                     ListError)
+            << one << " " << other;
     for (const auto* const name : {"a\rb", "\x01", "bad \xff", "\xef\xbf\xbf"})
         EXPECT_FALSE(canHold(name)) << name;
 }

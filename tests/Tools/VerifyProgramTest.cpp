@@ -315,6 +315,11 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         {"no chain",
          [](const auto& root) { std::filesystem::remove(root / "CLIP/ascmhl/ascmhl_chain.xml"); },
          "damaged\t@/CLIP/ascmhl/ascmhl_chain.xml\n"},
+        {"a chain that lost its last link",
+         [](const auto& root) {
+             writeFile(root / "CLIP/ascmhl/0002.mhl", MediaHashList::writeGeneration({}));
+         },
+         "damaged\t@/CLIP/ascmhl/0002.mhl\n"},
         {"an added file, left out further down",
          [](const auto& root) { writeFile(root / "x.tmp", "x"); }, "new\tx.tmp\n"},
     };
@@ -521,6 +526,8 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
          "has no value that proves a.mov"},
         {"a damaged list", [&] { writeFile(card / "CLIP/ascmhl/ascmhl_chain.xml", "<"); },
          "could not be read"},
+        {"a list that its chain does not name",
+         [&] { writeFile(card / "CLIP/ascmhl/0002_late.mhl", ""); }, "could not be read"},
         {"a list without its chain",
          [&] { std::filesystem::remove(card / "ascmhl/ascmhl_chain.xml"); }, "could not be read"},
     };
