@@ -238,6 +238,9 @@ std::string L10n::archiveInsideCard(Text archive, Text card) const {
 }
 
 std::string L10n::checkFoundAllEqual(Text date, int files) const {
+    if (files == 1)
+        return isTurkish() ? fmt::format("Denetim, {}: tek dosya yerinde ve aynı", date)
+                           : fmt::format("Checked {}: the only file is there and the same", date);
     return isTurkish()
                ? fmt::format("Denetim, {}: {} dosyanın hepsi yerinde ve aynı", date, files)
                : fmt::format("Checked {}: all {} files are there and the same", date, files);

@@ -91,4 +91,12 @@ bool isIgnored(std::string_view path, std::span<const std::string> patterns) {
     });
 }
 
+bool isIgnoredBelow(std::string_view folder, std::string_view path,
+                    std::span<const std::string> patterns) {
+    if (folder.empty())
+        return isIgnored(path, patterns);
+    return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/' &&
+           isIgnored(path.substr(folder.size() + 1), patterns);
+}
+
 } // namespace slatewise::MediaHashList

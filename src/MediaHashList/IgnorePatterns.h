@@ -17,4 +17,8 @@ std::vector<std::string> ignorePatterns(const SkipNames& skipNames);
 /// that take back others ("!") are of nothing.
 bool isIgnored(std::string_view path, std::span<const std::string> patterns);
 
+/// The same of patterns that are of paths below a folder, "" for the root.
+bool isIgnoredBelow(std::string_view folder, std::string_view path,
+                    std::span<const std::string> patterns);
+
 } // namespace slatewise::MediaHashList

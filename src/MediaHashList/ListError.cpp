@@ -1,6 +1,7 @@
 #include "MediaHashList/ListError.h"
 
 #include "Language/L10n.h"
+#include "Offload/OffloadError.h"
 #include "Platform/Text.h"
 
 namespace slatewise::MediaHashList {
@@ -58,6 +59,11 @@ std::string ListError::text(L10n l10n) const {
     if (!subject_.empty())
         text += ": " + Text::prefix(Text::visible(subject_), kEnoughToFindIt);
     return list_.empty() ? text : Text::visible(list_.native()) + ": " + text;
+}
+
+std::string reasonOf(const std::exception& failure, L10n l10n) {
+    const auto* const ofList = dynamic_cast<const ListError*>(&failure);
+    return ofList ? ofList->text(l10n) : describe(failure, l10n);
 }
 
 } // namespace slatewise::MediaHashList

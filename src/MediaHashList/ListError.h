@@ -69,4 +69,7 @@ private:
     std::filesystem::path list_;
 };
 
+/// Why something about lists failed, in words of that language as far as we have any.
+std::string reasonOf(const std::exception& failure, L10n l10n);
+
 } // namespace slatewise::MediaHashList

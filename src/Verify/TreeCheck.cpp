@@ -3,8 +3,6 @@
 #include "Language/L10n.h"
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
-#include "MediaHashList/ListError.h"
-#include "Offload/OffloadError.h"
 #include "Offload/Transfer.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
@@ -22,15 +20,6 @@ namespace {
 
 /// Enough of them for a person to see what is the matter.
 constexpr int kNamedFiles = 3;
-
-/// Patterns are of paths below the folder of their history.
-bool isIgnoredBelow(const std::string& folder, std::string_view path,
-                    std::span<const std::string> patterns) {
-    if (folder.empty())
-        return MediaHashList::isIgnored(path, patterns);
-    return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/' &&
-           MediaHashList::isIgnored(path.substr(folder.size() + 1), patterns);
-}
 
 SkipNames withHistories(SkipNames names) {
     names.emplace(MediaHashList::kHistoryFolder);
@@ -71,6 +60,8 @@ public:
             ++filesDone_;
         }
         for (const auto& entry : entries_) {
+            throwIfCancelled();
+            rememberList(entry);
             if (isNew(entry))
                 tell({Difference::New, entry.relativePath});
             else if (entry.isDirectory && !isLeftOut(entry.relativePath))
@@ -139,20 +130,34 @@ private:
     }
 
     /// What systems leave behind on a disk, and the lists themselves, are no additions.
-    bool isLeftOut(const std::string& path) const {
+    bool isLeftOut(const std::string& path) const { return isList(path) || isIgnored(path); }
+
+    bool isList(const std::string& path) const {
         const auto& lists = tree_.lists;
+        return std::find(lists.begin(), lists.end(), tree_.root / path) != lists.end();
+    }
+
+    bool isIgnored(const std::string& path) const {
         return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1), skipNames_) ||
-               std::find(lists.begin(), lists.end(), tree_.root / path) != lists.end() ||
                std::any_of(tree_.ignored.begin(), tree_.ignored.end(), [&](const auto& each) {
-                   return isIgnoredBelow(each.first, path, each.second);
+                   return MediaHashList::isIgnoredBelow(each.first, path, each.second);
                });
+    }
+
+    /// Once there is a history, the next check goes by that alone, and a list that lies among the
+    /// files is one of them.
+    void rememberList(const InventoryEntry& entry) {
+        const auto& path = entry.relativePath;
+        if (keep_ == Keep::Tree && entry.shouldCopy && !entry.isDirectory && isList(path) &&
+            !isIgnored(path) && !tree_.files.contains(path))
+            readOrTell(path, [&] { (void)isAsExpected(path, {}); });
     }
 
     void checkFile(const std::string& path, const Expected& expected) {
         publishFigures(path);
         if (!fileIn(entries_, path))
             return tell({Difference::Missing, path});
-        try {
+        readOrTell(path, [&] {
             const bool isEqual = isAsExpected(path, expected);
             if (expected.empty())
                 tell({Difference::Unproved, path});
@@ -160,6 +165,13 @@ private:
                 tell({Difference::Changed, path});
             else
                 ++result_.filesEqual;
+        });
+    }
+
+    template <typename Read>
+    void readOrTell(const std::string& path, Read&& read) {
+        try {
+            read();
         } catch (const CancellationError&) {
             throw;
         } catch (const PosixError& failure) {
@@ -268,11 +280,6 @@ Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_to
     return Check(tree, keep, watch, std::move(stop)).run();
 }
 
-std::string reasonOf(const std::exception& failure, L10n l10n) {
-    const auto* const ofList = dynamic_cast<const MediaHashList::ListError*>(&failure);
-    return ofList ? ofList->text(l10n) : describe(failure, l10n);
-}
-
 std::string Finding::explanation(L10n l10n) const {
     if (difference == Difference::Failed)
         return std::string(l10n.itsRunFailed());
@@ -296,7 +303,7 @@ std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) 
     const auto isWanted = [&](const std::string& folder, const std::string& pattern) {
         return std::any_of(hashed.files.begin(), hashed.files.end(), [&](const auto& file) {
             return !MediaHashList::isOfHistory(file.path) &&
-                   isIgnoredBelow(folder, file.path, {&pattern, 1});
+                   MediaHashList::isIgnoredBelow(folder, file.path, {&pattern, 1});
         });
     };
     // A name that systems leave behind may have been wanted here.

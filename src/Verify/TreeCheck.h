@@ -1,6 +1,7 @@
 #pragma once
 
 #include "MediaHashList/HashedTree.h"
+#include "MediaHashList/ListError.h"
 #include "Offload/OffloadPhase.h"
 #include "Platform/RawWords.h"
 #include "Verify/ListedTree.h"
@@ -58,8 +59,7 @@ struct Finding {
     std::string explanation(L10n l10n) const;
 };
 
-/// Why something about a check failed, in words of that language as far as we have any.
-std::string reasonOf(const std::exception& failure, L10n l10n);
+using MediaHashList::reasonOf;
 
 /// Who watches a check. Called on the check's thread; may be empty.
 struct Watch {

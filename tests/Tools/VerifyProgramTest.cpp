@@ -412,8 +412,17 @@ TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
     std::filesystem::remove_all(folder / "A001");
     std::filesystem::rename(root, folder / "A001");
     const auto again = offload();
-    for (const auto* const words : {"--mhl", "--quiet"})
-        EXPECT_EQ(program("slatewise-verify", {words, again}).exitCode, 0) << words;
+    // Checksums of the folder that they lie in are one of its files from then on.
+    const auto sums = folder / "sums";
+    writeFile(sums / "a", "hello");
+    writeFile(sums / "checksums.sha256", hashOf(HashFormat::SHA256, "hello") + "  a\n");
+    for (const auto& each : {again, sums}) {
+        for (const auto* const words : {"--mhl", "--quiet"})
+            EXPECT_EQ(program("slatewise-verify", {words, each}).exitCode, 0) << words;
+    }
+    writeFile(sums / "checksums.sha256", "");
+    EXPECT_EQ(program("slatewise-verify", {"--quiet", sums}).standardOutput,
+              "changed\tchecksums.sha256\n");
 }
 
 TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {

@@ -9,16 +9,23 @@ namespace slatewise::tool {
 
 std::string VerifyTexts::verdict(const Verify::Result& result, std::string_view tree) const {
     const auto size = PathSize::format(result.bytesRead, shared.language());
+    if (result.isAllEqual() && result.filesEqual == 1) {
+        return shared.isTurkish()
+                   ? fmt::format("{}: tek dosya yerinde ve aynı, {}", tree, size)
+                   : fmt::format("{}: the only file is there and the same, {}", tree, size);
+    }
     if (result.isAllEqual()) {
         return shared.isTurkish() ? fmt::format("{}: {} dosyanın hepsi yerinde ve aynı, {}", tree,
                                                 result.filesEqual, size)
                                   : fmt::format("{}: all {} files are there and the same, {}", tree,
                                                 result.filesEqual, size);
     }
-    return shared.isTurkish() ? fmt::format("{}: {} FARK, {} dosya aynı, {}", tree,
-                                            result.differences, result.filesEqual, size)
-                              : fmt::format("{}: {} DIFFERENCES, {} files are the same, {}", tree,
-                                            result.differences, result.filesEqual, size);
+    if (shared.isTurkish())
+        return fmt::format("{}: {} FARK, {} dosya aynı, {}", tree, result.differences,
+                           result.filesEqual, size);
+    return fmt::format("{}: {} {}, {} {} the same, {}", tree, result.differences,
+                       result.differences == 1 ? "DIFFERENCE" : "DIFFERENCES", result.filesEqual,
+                       result.filesEqual == 1 ? "file is" : "files are", size);
 }
 
 std::string VerifyTexts::onOtherDisk(std::string_view tree) const {
