@@ -1,6 +1,7 @@
 #include "Batch/PairLists.h"
 
 #include "Language/L10n.h"
+#include "MediaHashList/ListError.h"
 #include "Platform/Error.h"
 
 namespace slatewise {
@@ -37,7 +38,7 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n
             outcome.status = OutcomeStatus::Failed;
         outcome.problems.push_back(std::move(problem));
     };
-    for (auto& problem : lists_->differences(outcome))
+    for (auto& problem : lists_->differences(outcome, l10n))
         add(std::move(problem));
     // What lies beneath a disk that is gone is none of ours.
     if (!pair.destinationFolder || pair.findMissingFolder())
@@ -51,6 +52,8 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n
             add({Kind::NameNotListed, std::move(name)});
         if (added.failure)
             std::rethrow_exception(added.failure);
+    } catch (const MediaHashList::ListError& failure) {
+        add({Kind::ListNotWritten, outcome.sessionRoot.native(), failure.text(l10n)});
     } catch (const std::exception& failure) {
         add(OffloadProblem::of(Kind::ListNotWritten, outcome.sessionRoot.native(), failure, l10n));
     }

@@ -128,6 +128,7 @@ public:
     std::string cardDiffersFromList(Text file) const;
     std::string listedFileMissing(Text file) const;
     std::string listedFileUnproved(Text file) const;
+    std::string cardFileNotListed(Text file) const;
     std::string listNotWritten(Text folder, Text reason) const;
     std::string nameNotListed(Text name) const;
     /// What a copy was found to be that was read again at some time.

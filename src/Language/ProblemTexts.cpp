@@ -300,6 +300,12 @@ std::string L10n::listedFileUnproved(Text file) const {
                : fmt::format("The card's own hash list has no value that proves {}.", file);
 }
 
+std::string L10n::cardFileNotListed(Text file) const {
+    return isTurkish()
+               ? fmt::format("Karttaki dosya kartın kendi hash listesinde yok: {}", file)
+               : fmt::format("{} is on the card, but not in the card's own hash list.", file);
+}
+
 std::string L10n::listNotWritten(Text folder, Text reason) const {
     return isTurkish()
                ? fmt::format("Kopyanın hash listesi yazılamadı: {} ({})", folder, reason)

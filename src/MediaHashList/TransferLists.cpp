@@ -1,5 +1,6 @@
 #include "MediaHashList/TransferLists.h"
 
+#include "Language/L10n.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
 #include "Offload/TreeWalker.h"
@@ -19,6 +20,14 @@ std::vector<FileValue> listed(const HashValues& values, const std::optional<Inst
     for (const auto& value : values)
         result.push_back({value.format, value.text, action, hashedAt});
     return result;
+}
+
+std::string reasonOf(const std::exception_ptr& failure, L10n l10n) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::exception& reason) {
+        return MediaHashList::reasonOf(reason, l10n);
+    }
 }
 
 Creator creatorOf(const OffloadSettings& settings) {
@@ -43,6 +52,7 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
             copied.push_back(entry);
     }
     withHistory_ = foldersWithHistory(copied);
+    IgnoredBelow readable;
     for (const auto& folder : withHistory_) {
         const auto prefix = folder.empty() ? "" : folder + "/";
         try {
@@ -53,11 +63,24 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
                 auto& all = known_[prefix + path];
                 all.insert(all.end(), values.begin(), values.end());
             }
-        } catch (const std::exception& failure) {
-            const auto place = card.path() / prefix / kHistoryFolder;
-            unreadable_.push_back({Kind::CardListNotRead, place.native(), describe(failure)});
+            auto& ignored = readable[folder];
+            for (const auto& generation : history.generations())
+                ignored.insert(ignored.end(), generation.ignored.begin(), generation.ignored.end());
+        } catch (const std::exception&) {
+            unreadable_.push_back(
+                {card.path() / prefix / kHistoryFolder, std::current_exception()});
         }
     }
+    for (const auto path : present) {
+        // What a history may say that cannot be read, nobody knows.
+        const bool isOfReadable = readable.contains(folderOf(path, withHistory_));
+        if (isOfReadable && !isOfHistory(path) && !known_.contains(path) &&
+            std::none_of(readable.begin(), readable.end(), [&](const auto& each) {
+                return isIgnoredBelow(each.first, path, each.second);
+            }))
+            unlisted_.emplace_back(path);
+    }
+    std::sort(unlisted_.begin(), unlisted_.end());
     const auto skipNames = settings_.skipNames();
     for (const auto& [path, values] : known_) {
         const std::string_view name = path;
@@ -81,10 +104,15 @@ std::vector<HashFormat> TransferLists::formatsOf(const std::string& path) const 
     return formats;
 }
 
-std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& outcome) const {
-    auto problems = unreadable_;
+std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& outcome,
+                                                       L10n l10n) const {
+    std::vector<OffloadProblem> problems;
+    for (const auto& [place, failure] : unreadable_)
+        problems.push_back({Kind::CardListNotRead, place.native(), reasonOf(failure, l10n)});
     for (const auto& path : missing_)
         problems.push_back({Kind::ListedFileMissing, path});
+    for (const auto& path : unlisted_)
+        problems.push_back({Kind::CardFileNotListed, path});
     for (const auto& row : outcome.files) {
         const auto found = known_.find(row.relativePath);
         const auto& source = row.further->source;

@@ -6,10 +6,15 @@
 #include "Offload/OffloadSettings.h"
 #include "Platform/Files/RootFolder.h"
 
+#include <exception>
 #include <filesystem>
 #include <span>
 #include <string>
 #include <vector>
+
+namespace slatewise {
+class L10n;
+}
 
 namespace slatewise::MediaHashList {
 
@@ -26,8 +31,8 @@ public:
     /// have of it.
     std::vector<HashFormat> formatsOf(const std::string& path) const;
 
-    /// Where the card is not what its own lists say.
-    std::vector<OffloadProblem> differences(const OffloadOutcome& outcome) const;
+    /// Where the card is not what its own lists say, with reasons in that language.
+    std::vector<OffloadProblem> differences(const OffloadOutcome& outcome, L10n l10n) const;
 
     /// Writes the generations of a run, beneath `destination`, and sees them onto the disk.
     /// `session` is the session's folder there. Nothing is written when nothing was copied or
@@ -37,6 +42,11 @@ public:
                            const OffloadOutcome& outcome) const;
 
 private:
+    struct UnreadableHistory {
+        std::filesystem::path place;
+        std::exception_ptr failure;
+    };
+
     HashedTree treeOf(const OffloadOutcome& outcome) const;
 
     const OffloadSettings settings_;
@@ -44,7 +54,9 @@ private:
     /// Of all histories together, by the path on the card.
     KnownValues known_;
     std::vector<std::string> missing_;
-    std::vector<OffloadProblem> unreadable_;
+    /// Lie where a history could name them, which does not.
+    std::vector<std::string> unlisted_;
+    std::vector<UnreadableHistory> unreadable_;
 };
 
 } // namespace slatewise::MediaHashList

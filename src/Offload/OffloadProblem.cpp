@@ -31,6 +31,7 @@ OffloadProblem::Severity OffloadProblem::severity() const {
     case Kind::SessionNotStored:
     case Kind::SessionNotQueued:
     case Kind::HistorySetAside:
+    case Kind::CardFileNotListed:
     case Kind::NameNotListed:
         return Severity::Note;
     default:
@@ -110,6 +111,8 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.listedFileMissing(about);
     case Kind::ListedFileUnproved:
         return l10n.listedFileUnproved(about);
+    case Kind::CardFileNotListed:
+        return l10n.cardFileNotListed(about);
     case Kind::ListNotWritten:
         return l10n.listNotWritten(about, reason);
     case Kind::NameNotListed:

@@ -81,6 +81,8 @@ struct OffloadProblem {
         ListedFileMissing,
         /// The card's own list names a file and has no value that could prove it.
         ListedFileUnproved,
+        /// The card's own lists could name a file and do not.
+        CardFileNotListed,
         /// The hash list of the copy could not be written.
         ListNotWritten,
         /// The hash list of the copy cannot hold a name.

@@ -1,3 +1,4 @@
+#include "Language/L10n.h"
 #include "MediaHashList/FolderHashes.h"
 #include "MediaHashList/HashedTree.h"
 #include "MediaHashList/History.h"
@@ -282,6 +283,7 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
         (void)addGenerations(RootFolder(folder / side), {}, tree, {});
         writeFile(folder / side / "known", "card");
     }
+    writeFile(folder / "card/CLIP/new", "card");
     const RootFolder card(folder / "card");
     const RootFolder disk(folder / "disk");
     OffloadSettings settings;
@@ -293,7 +295,11 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
     outcome.files = {row("good", VerifyStatus::Verified), row("known", VerifyStatus::Mismatch),
                      row("not/known", VerifyStatus::Mismatch),
                      row("not/read back", VerifyStatus::Failed)};
-    EXPECT_TRUE(lists.differences(outcome).empty());
+    const L10n turkish(AppLanguage::Turkish);
+    const auto told = lists.differences(outcome, turkish);
+    EXPECT_EQ(told,
+              (std::vector<OffloadProblem>{{OffloadProblem::Kind::CardFileNotListed, "CLIP/new"}}));
+    EXPECT_EQ(told.at(0).severity(), OffloadProblem::Severity::Note);
     EXPECT_EQ(lists.write(disk, {}, outcome).lists.size(), 2U);
     const auto newest = History::load(disk).generations().back();
     ASSERT_EQ(newest.files.size(), 2U);
@@ -304,6 +310,13 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
 
     outcome.files = {row("good", VerifyStatus::CopiedUnverified)};
     EXPECT_TRUE(lists.write(disk, {}, outcome).lists.empty()) << "nothing was proved";
+
+    writeFile(folder / "card/ascmhl/ascmhl_chain.xml", "<");
+    TransferLists damaged{settings};
+    damaged.readHistories(card, entries);
+    const auto unread = damaged.differences(outcome, turkish);
+    ASSERT_EQ(unread.size(), 1U) << "nobody knows what it would name";
+    EXPECT_THAT(unread[0].reason, HasSubstr(std::string(turkish.notAHashList())));
 }
 
 TEST(MediaHashListTest, PatternsSayWhatIsLeftOut) {
