@@ -116,11 +116,11 @@ TEST(ChildProcess, EndsTheWholeGroupOfWhatTakesTooLong) {
 TEST(ChildProcess, HasNoMoreMemoryThanItIsGiven) {
     for (const auto& [memory, output] :
          {std::pair(256u << 20, ""), std::pair(2048u << 20, "had\n")}) {
-        const auto result =
-            ChildProcess::run({.executable = "/usr/bin/python3",
-                               .arguments = {"-c", "held = bytearray(512 << 20); print('had')"},
-                               .environment = {}},
-                              {.memoryBytes = memory});
+        const auto result = ChildProcess::run(
+            {.executable = "/usr/bin/python3",
+             .arguments = {"-c", "import mmap; mmap.mmap(-1, 512 << 20); print('had')"},
+             .environment = {}},
+            {.memoryBytes = memory});
         EXPECT_EQ(result.end, End::Exited);
         EXPECT_EQ(result.status == 0, *output != '\0');
         EXPECT_EQ(result.standardOutput, output);
