@@ -14,11 +14,10 @@ using namespace slatewise::test;
 
 namespace {
 
-constexpr int kUsualOffloads = 15;
+constexpr int kUsualOffloads = 30;
 /// Caches, threads and tables come into being with the first ones.
 constexpr int kWarmUp = 10;
-/// Less than one chunk of a file; a few offloads do not tell more from an allocator's moods.
-constexpr std::int64_t kKiBPerOffload = 256;
+constexpr std::int64_t kKiBPerOffload = 48;
 constexpr std::uintmax_t kStoreBytesPerOffload = 8192;
 
 /// How often a card is offloaded. More than usual is for nights.
