@@ -58,11 +58,11 @@ struct Pipe {
 /// What happens between the start of the child and that of its program.
 class FileActions {
 public:
-    FileActions(const Command& command, const Pipe& output, const Pipe& error) {
+    FileActions(const Command& command, const Pipe& output) {
         ::posix_spawn_file_actions_init(&actions_);
         ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         ::posix_spawn_file_actions_adddup2(&actions_, output.writer.get(), STDOUT_FILENO);
-        ::posix_spawn_file_actions_adddup2(&actions_, error.writer.get(), STDERR_FILENO);
+        ::posix_spawn_file_actions_addopen(&actions_, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
         // A library may have opened something that is inheritable.
         ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
         ::posix_spawn_file_actions_addchdir_np(&actions_, command.workingDirectory.c_str());
@@ -121,14 +121,14 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     return result;
 }
 
-pid_t start(const Command& command, const Pipe& output, const Pipe& error) {
+pid_t start(const Command& command, const Pipe& output) {
     std::vector<std::string> words = {command.executable.native()};
     words.insert(words.end(), command.arguments.begin(), command.arguments.end());
     auto environment = environmentFor(command);
     pid_t process = 0;
-    const int failure = ::posix_spawn(&process, command.executable.c_str(),
-                                      FileActions(command, output, error).get(), Attributes().get(),
-                                      pointers(words).data(), pointers(environment).data());
+    const int failure =
+        ::posix_spawn(&process, command.executable.c_str(), FileActions(command, output).get(),
+                      Attributes().get(), pointers(words).data(), pointers(environment).data());
     if (failure != 0)
         throw PosixError("run", command.executable, failure);
     return process;
@@ -146,8 +146,7 @@ void limitMemory(pid_t process, std::uint64_t bytes) {
 /// its group was ended: until then the group's number cannot go to anyone else.
 class Child {
 public:
-    Child(const Command& command, const Pipe& output, const Pipe& error)
-        : process_(start(command, output, error)) {}
+    Child(const Command& command, const Pipe& output) : process_(start(command, output)) {}
     ~Child() {
         if (isCollected_)
             return;
@@ -188,73 +187,64 @@ private:
     bool isCollected_ = false;
 };
 
-/// Reads both outputs in turn, as they come, so that the child never waits for us.
-class Outputs {
+/// Reads what the child says, as it comes, so that the child never waits for us.
+class Output {
 public:
-    Outputs(FileDescriptor output, FileDescriptor error, std::size_t limit)
-        : ends_{std::move(output), std::move(error)}, limit_(limit) {}
+    Output(FileDescriptor end, std::size_t limit) : end_(std::move(end)), limit_(limit) {}
 
-    /// Reads until both are at their end. False when the time is over before.
+    /// Reads until it is at its end. False when the time is over before.
     bool drain(Deadline deadline, const std::stop_token& stop) {
-        while (ends_[0] || ends_[1]) {
+        while (end_) {
             const auto left =
                 std::chrono::duration_cast<milliseconds>(deadline - SteadyClock::now());
             if (left <= milliseconds(0) || stop.stop_requested())
                 return false;
-            std::array<pollfd, 2> waiting = {pollfd{ends_[0].get(), POLLIN, 0},
-                                             pollfd{ends_[1].get(), POLLIN, 0}};
-            ::poll(waiting.data(), waiting.size(),
-                   static_cast<int>(std::min(left, kLongestPause).count()));
-            for (std::size_t which = 0; which < ends_.size(); ++which) {
-                if (waiting[which].revents != 0)
-                    readOnce(which);
-            }
+            pollfd waiting{end_.get(), POLLIN, 0};
+            ::poll(&waiting, 1, static_cast<int>(std::min(left, kLongestPause).count()));
+            if (waiting.revents != 0)
+                readOnce();
         }
         return true;
     }
 
-    std::string takeStandardOutput() { return std::move(standardOutput_); }
+    std::string take() { return std::move(text_); }
 
 private:
-    void readOnce(std::size_t which) {
-        const auto count = ::read(ends_[which].get(), buffer_.data(), buffer_.size());
+    void readOnce() {
+        const auto count = ::read(end_.get(), buffer_.data(), buffer_.size());
         if (count < 0 && (errno == EINTR || errno == EAGAIN))
             return;
-        if (count <= 0) {
-            ends_[which] = FileDescriptor();
-            if (count < 0 && which == 0)
-                standardOutput_.clear();
-            return;
-        }
-        if (which == 0)
-            standardOutput_.append(buffer_.data(), std::min(static_cast<std::size_t>(count),
-                                                            limit_ - standardOutput_.size()));
+        if (count < 0)
+            text_.clear();
+        if (count <= 0)
+            end_ = FileDescriptor();
+        else
+            text_.append(buffer_.data(),
+                         std::min(static_cast<std::size_t>(count), limit_ - text_.size()));
     }
 
-    std::array<FileDescriptor, 2> ends_;
+    FileDescriptor end_;
     const std::size_t limit_;
-    std::string standardOutput_;
+    std::string text_;
     std::array<char, 65536> buffer_{};
 };
 
 } // namespace
 
 Result run(const Command& command, const Limits& limits, const std::stop_token& stop) {
-    Pipe output;
-    Pipe error;
+    Pipe pipe;
     const auto deadline = SteadyClock::now() + limits.run;
-    Child child(command, output, error);
+    Child child(command, pipe);
     child.limitMemoryTo(limits.memoryBytes);
-    // Our copies of the writing ends would keep the pipes open for ever.
-    output.writer = FileDescriptor();
-    error.writer = FileDescriptor();
+    // Our copy of the writing end would keep the pipe open for ever.
+    pipe.writer = FileDescriptor();
 
-    Outputs outputs(std::move(output.reader), std::move(error.reader), limits.outputBytes);
-    if (outputs.drain(deadline, stop) && child.collect(deadline, stop))
-        return {End::Exited, child.status(), outputs.takeStandardOutput()};
+    Output output(std::move(pipe.reader), limits.outputBytes);
+    if (output.drain(deadline, stop) && child.collect(deadline, stop))
+        return {End::Exited, child.status(), output.take()};
 
     child.signalGroup(SIGTERM);
-    outputs.drain(SteadyClock::now() + limits.grace, {});
+    output.drain(SteadyClock::now() + limits.grace, {});
     return {stop.stop_requested() ? End::Cancelled : End::TimedOut, 0, {}};
 }
 

@@ -23,7 +23,7 @@ struct Command {
 };
 
 struct Limits {
-    /// From the start to the end of the program and of both its outputs.
+    /// From the start to the end of the program and of its output.
     std::chrono::milliseconds run{15'000};
     /// From being asked to end to being killed.
     std::chrono::milliseconds grace{2'000};
@@ -42,9 +42,9 @@ struct Result {
     std::string standardOutput;
 };
 
-/// Runs a program with nothing on its standard input. Standard error is read and dropped, so that
-/// no program blocks on writing it. The program has a process group of its own, which is ended as a
-/// whole when a limit is passed or `stop` is requested: first asked, then killed.
+/// Runs a program with nothing on its standard input; what it writes to standard error is dropped.
+/// The program has a process group of its own, which is ended as a whole when a limit is passed or
+/// `stop` is requested: first asked, then killed.
 ///
 /// Fails with `PosixError` when the program cannot be started.
 Result run(const Command& command, const Limits& limits, const std::stop_token& stop = {});

@@ -22,7 +22,7 @@ class Binder {
 public:
     explicit Binder(SQLite::Statement& statement) : statement_(statement) {}
 
-    Binder& operator<<(const std::string& text) {
+    Binder& operator<<(std::string_view text) {
         statement_.bind(++position_, Text::displayable(text));
         return *this;
     }
@@ -82,8 +82,8 @@ void insertSession(SQLite::Database& database, const OffloadOutcome& outcome,
                   "bytesCopied, startedAt, finishedAt) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
     Binder(insert) << outcome.sessionID.text() << cardName << destName
                    << Text::pathSafeLabel(camera) << outcome.sessionRoot.native()
-                   << std::string(rawValue(outcome.status)) << outcome.bytesCopied
-                   << outcome.startedAt << outcome.finishedAt;
+                   << rawValue(outcome.status) << outcome.bytesCopied << outcome.startedAt
+                   << outcome.finishedAt;
     insert.exec();
 }
 
@@ -96,8 +96,8 @@ void insertFiles(SQLite::Database& database, const std::string& sessionID,
                   "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
     for (const auto& file : files) {
         Binder(insert) << sessionID << file.relativePath << file.sizeBytes << file.mtime
-                       << file.created << std::string(rawValue(file.action)) << file.sourceSHA256
-                       << file.destSHA256 << std::string(rawValue(file.verifyStatus))
+                       << file.created << rawValue(file.action) << file.sourceSHA256
+                       << file.destSHA256 << rawValue(file.verifyStatus)
                        << file.media->timecodeStart << file.media->timecodeEnd
                        << file.media->durationTC << file.media->durationSeconds
                        << file.media->captureFps << file.media->timecodeRate
@@ -107,13 +107,18 @@ void insertFiles(SQLite::Database& database, const std::string& sessionID,
     }
 }
 
+/// A word of an older or newer version is no good end.
+OutcomeStatus status(const SQLite::Column& column) {
+    return fromRawValue<OutcomeStatus>(column.getString()).value_or(OutcomeStatus::Failed);
+}
+
 SessionRecord sessionRecord(SQLite::Statement& query) {
     return {.id = query.getColumn("id").getString(),
             .cardName = query.getColumn("cardName").getString(),
             .destName = query.getColumn("destName").getString(),
             .cameraLabel = query.getColumn("cameraLabel").getString(),
             .sessionRoot = query.getColumn("sessionRoot").getString(),
-            .status = query.getColumn("status").getString(),
+            .status = status(query.getColumn("status")),
             .bytesCopied = query.getColumn("bytesCopied").getInt64(),
             .startedAt = moment(query.getColumn("startedAt")).value_or(Instant()),
             .finishedAt = moment(query.getColumn("finishedAt"))};
@@ -206,9 +211,9 @@ std::vector<CardSession> AppDatabase::verifiedSessions(const std::string& cardUU
             database,
             "SELECT s.id, cardName, destName, cameraLabel, sessionRoot, status, bytesCopied, "
             "startedAt, finishedAt, ifnull(cardUUID, '') AS cardUUID FROM sessions s LEFT JOIN "
-            "session_traces t ON t.sessionID = s.id WHERE status = 'verified' AND "
-            "((?1 <> '' AND cardUUID = ?1) OR bytesCopied = ?2) ORDER BY startedAt DESC");
-        Binder(query) << cardUUID << bytes;
+            "session_traces t ON t.sessionID = s.id WHERE status = ?1 AND "
+            "((?2 <> '' AND cardUUID = ?2) OR bytesCopied = ?3) ORDER BY startedAt DESC");
+        Binder(query) << rawValue(OutcomeStatus::Verified) << cardUUID << bytes;
         std::vector<CardSession> rows;
         while (query.executeStep())
             rows.push_back({sessionRecord(query), query.getColumn("cardUUID").getString()});
@@ -219,8 +224,8 @@ std::vector<CardSession> AppDatabase::verifiedSessions(const std::string& cardUU
 std::vector<StoredFile> AppDatabase::filesOf(const std::string& sessionID) const {
     return connection_->read([&](SQLite::Database& database) {
         SQLite::Statement query(database, "SELECT relativePath, sizeBytes, ifnull(mtime, '') FROM "
-                                          "files WHERE sessionID = ? AND action <> 'SKIP'");
-        Binder(query) << sessionID;
+                                          "files WHERE sessionID = ? AND action <> ?");
+        Binder(query) << sessionID << rawValue(RowAction::Skip);
         std::vector<StoredFile> rows;
         while (query.executeStep())
             rows.push_back({query.getColumn(0).getString(), query.getColumn(1).getInt64(),
@@ -320,10 +325,11 @@ std::vector<HistoryRecord> AppDatabase::history() const {
             "SELECT s.id, cardName, destName, cameraLabel, sessionRoot, status, bytesCopied, "
             "startedAt, finishedAt, ekip, reportFolder, checkedAt, filesEqual, differences, "
             "failure, mayBeFromMemory, (SELECT count(*) FROM files f WHERE f.sessionID = s.id AND "
-            "f.action <> "
-            "'SKIP') AS fileCount FROM sessions s LEFT JOIN session_traces t ON t.sessionID = s.id "
+            "f.action <> ?) AS fileCount FROM sessions s LEFT JOIN session_traces t ON t.sessionID "
+            "= s.id "
             "LEFT JOIN session_checks c ON c.id = (SELECT max(id) FROM session_checks WHERE "
             "sessionID = s.id) ORDER BY startedAt DESC");
+        Binder(query) << rawValue(RowAction::Skip);
         std::vector<HistoryRecord> rows;
         while (query.executeStep()) {
             rows.push_back({.session = sessionRecord(query),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Offload/OffloadRows.h"
 #include "Platform/Clock.h"
 
 #include <compare>
@@ -17,7 +18,7 @@ struct SessionRecord {
     std::string destName;
     std::string cameraLabel;
     std::string sessionRoot;
-    std::string status;
+    OutcomeStatus status = OutcomeStatus::Failed;
     std::int64_t bytesCopied = 0;
     Instant startedAt{};
     std::optional<Instant> finishedAt;

@@ -72,7 +72,7 @@ TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
     EXPECT_THAT(desk.opened[0].native(), HasSubstr("CamB-B002"));
     const auto& sessions = desk.model().recentSessions();
     ASSERT_THAT(sessions, SizeIs(4));
-    EXPECT_EQ(sessions[0].status, "failed");
+    EXPECT_EQ(sessions[0].status, OutcomeStatus::Failed);
     EXPECT_EQ(sessions[3].cameraLabel, "CamA");
     // The finished card is unticked; the others wait, with their units, for another try.
     EXPECT_THAT(desk.model().state().board.selection(VolumeSide::Card).ids,
@@ -252,7 +252,7 @@ TEST_F(BatchOfCards, WhatGoesBeforeItsReportsKeepsNoOtherTraceAway) {
         ASSERT_TRUE(pair.page);
         EXPECT_THAT(readFile(*pair.page), HasSubstr(gone));
         ASSERT_THAT(desk.model().recentSessions(), SizeIs(1));
-        EXPECT_EQ(desk.model().recentSessions()[0].status, "failed");
+        EXPECT_EQ(desk.model().recentSessions()[0].status, OutcomeStatus::Failed);
         EXPECT_THAT(openUserStore()->pendingOutbox(), SizeIs(1));
         desk.quit();
         desk.volumes.clear();
@@ -296,7 +296,7 @@ TEST_F(BatchOfCards, WhatBecomesOfACopyBeforeItsReportsAreLeftIsSeen) {
         EXPECT_THAT(readFile(set.path() / "manifest.json"),
                     AllOf(HasSubstr(sentence), Not(HasSubstr("verified\""))));
         EXPECT_EQ(readFile(set.path() / "checksums.sha256"), "");
-        EXPECT_EQ(desk.model().recentSessions()[0].status, "failed");
+        EXPECT_EQ(desk.model().recentSessions()[0].status, OutcomeStatus::Failed);
         std::filesystem::remove_all(desk.folder / "SSD1/reports");
     }
 }
@@ -544,7 +544,7 @@ TEST_F(BatchOfCards, AFailedRunOrTraceEndsTheBatchWithItsReason) {
         const auto& sessions = desk.model().recentSessions();
         ASSERT_THAT(sessions, SizeIs(testCase.sessions));
         if (testCase.sessions == 1) {
-            EXPECT_EQ(sessions[0].status, "failed");
+            EXPECT_EQ(sessions[0].status, OutcomeStatus::Failed);
             EXPECT_THAT(readFile(*result().pairs[0].page), HasSubstr("could not be written"));
         }
         EXPECT_EQ(reportsIn(desk.folder / "user/documents/SlatewiseDIT"), testCase.archived);

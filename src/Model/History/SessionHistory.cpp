@@ -44,11 +44,6 @@ std::string_view verdict(OutcomeStatus status, L10n l10n) {
     return l10n.verdictFailed();
 }
 
-/// A word of an older or newer version is no good end.
-OutcomeStatus statusOf(const HistoryRecord& record) {
-    return fromRawValue<OutcomeStatus>(record.session.status).value_or(OutcomeStatus::Failed);
-}
-
 bool hasAll(const std::string& text, const std::string& words) {
     const auto folded = Text::caseFolded(text);
     const auto wanted = Text::caseFolded(words);
@@ -139,7 +134,7 @@ void SessionHistory::show() {
 SessionRow SessionHistory::rowOf(const HistoryRecord& record) const {
     const auto& session = record.session;
     const auto l10n = state_.l10n();
-    const auto status = statusOf(record);
+    const auto status = record.session.status;
     auto facts = Clock::mediumDateTime(session.startedAt, Language::locale(state_.language));
     const auto size = status == OutcomeStatus::Hashed
                           ? std::string()
@@ -171,7 +166,7 @@ const HistoryRecord* SessionHistory::chosen() const {
 
 bool SessionHistory::canVerify() const {
     const auto* session = chosen();
-    return session && statusOf(*session) != OutcomeStatus::Hashed;
+    return session && session->session.status != OutcomeStatus::Hashed;
 }
 
 QString SessionHistory::note() const {
