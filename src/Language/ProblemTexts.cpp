@@ -193,13 +193,14 @@ std::string L10n::fileSystemErrors(Text volume) const {
 
 std::string L10n::damageUntold(Text card) const {
     return isTurkish()
-               ? fmt::format("{}: klasörlerdeki hasar burada anlaşılamaz, çünkü kart büyük "
-                             "olasılıkla yazmaya karşı korumalı. Dosya sayısını kameranın "
+               ? fmt::format("{}: klasörlerdeki hasar burada anlaşılamaz, çünkü büyük olasılıkla "
+                             "kart yazmaya karşı korumalı ya da okuyucusu hata saymıyor. Dosya "
+                             "sayısını kameranın "
                              "söylediğiyle karşılaştırın.",
                              card)
                : fmt::format("{}: damage in a folder would not be noticed here, most likely "
-                             "because the card is write-protected. Compare the number of files "
-                             "with what the camera says.",
+                             "because the card is write-protected or its reader counts no errors. "
+                             "Compare the number of files with what the camera says.",
                              card);
 }
 
