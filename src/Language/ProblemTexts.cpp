@@ -233,6 +233,15 @@ std::string L10n::pagesNotWritten(Text place, Text reason) const {
                              place, reason);
 }
 
+std::string L10n::reportsOutdated(Text place) const {
+    return isTurkish()
+               ? fmt::format("Şuradaki raporlar hâlâ daha önceki bir sonucu anlatıyor, onlara "
+                             "güvenmeyin: {}",
+                             place)
+               : fmt::format("The reports in {} still tell of an earlier end; do not trust them.",
+                             place);
+}
+
 std::string L10n::archiveNotMounted(Text folder) const {
     return isTurkish()
                ? fmt::format(
