@@ -1,9 +1,9 @@
 #include "Batch/Batch.h"
 
+#include "Batch/BatchOpening.h"
 #include "Batch/CardEject.h"
 #include "Batch/PairLists.h"
 #include "Batch/PairTraces.h"
-#include "Batch/ReportArchive.h"
 #include "Batch/Waiting.h"
 #include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
@@ -41,7 +41,6 @@ CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
             .cardFolder = pair.cardFolder,
             .destinationFolder = pair.destinationFolder,
             .settings = plan.settings,
-            .language = plan.language,
             .camera = pair.camera,
             .ekip = pair.ekip,
             .sessionID = Uuid::random(),
@@ -49,18 +48,12 @@ CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
 }
 
 void takeOver(const OffloadOutcome& outcome, PairResult& result) {
+    const bool isHashed = outcome.status == OutcomeStatus::Hashed;
     result.runStatus = outcome.status;
     result.sessionRoot = outcome.sessionRoot;
-    result.filesDone = countRows(outcome, VerifyStatus::Verified);
-    if (outcome.status == OutcomeStatus::Verified) {
+    result.filesDone = countRows(outcome, isHashed ? VerifyStatus::Hashed : VerifyStatus::Verified);
+    if (outcome.status == OutcomeStatus::Verified)
         result.bytesDone = outcome.bytesCopied;
-    } else if (outcome.status == OutcomeStatus::Hashed) {
-        result.filesDone = countRows(outcome, VerifyStatus::Hashed);
-    }
-}
-
-bool isLackOfSpace(const std::optional<OffloadError>& error) {
-    return error && std::holds_alternative<OffloadError::InsufficientSpace>(error->reason());
 }
 
 QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile) {
@@ -103,11 +96,17 @@ struct Batch::PairWork {
     /// What is to be told of the pair however it ends.
     std::optional<OffloadProblem> note;
     std::unique_ptr<OffloadOutcome> outcome;
-    std::shared_ptr<const ProvedCopies> copies;
-    PairTraces::Folders folders;
+    std::shared_ptr<ProvedCopies> copies;
     PairResult result;
     /// Of the step at work.
     std::exception_ptr failure;
+
+    /// As far as anybody knows by now.
+    bool isCopyComplete(std::optional<OutcomeStatus> runStatus) const {
+        const auto problems = mail.problems();
+        const auto* known = OffloadProblem::decisive(problems);
+        return runStatus == OutcomeStatus::Verified && (!known || known->isOfReports());
+    }
 };
 
 Batch::Batch(BatchPlan plan, const BatchSurroundings& surroundings,
@@ -129,8 +128,6 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
     result.wasHashing = self->plan_.settings.verifyOnly;
     result.message = co_await self->findObstacle();
     result.wasBegun = !result.message;
-    if (!result.wasBegun)
-        AppLog::append("Offload not begun: " + *result.message);
     if (result.wasBegun && self->listener_)
         self->listener_->batchBegan(self->plan_);
     for (const auto& pair : self->plan_.pairs()) {
@@ -171,27 +168,20 @@ PairResult Batch::notBegun(const BatchPair& pair) const {
 QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
     const auto holding = HeldFolders::of(plan_, stop_.get_token(), surroundings_.patience);
     folders_ = co_await holding;
-    struct Look {
-        std::optional<std::string> obstacle;
-        std::shared_ptr<const RootFolder> archive;
-    };
-    const auto look = std::make_shared<Look>();
-    auto looking = onWorker([look, plan = folders_.heldPart(plan_), disks = folders_.disksOf(plan_),
-                             find = surroundings_.findObstacle]() noexcept {
-        try {
-            look->obstacle = find(plan);
-            if (!look->obstacle)
-                look->archive = ReportArchive::open(plan, disks);
-        } catch (const std::exception& failure) {
-            look->obstacle = describe(failure, plan.l10n());
-        }
-    });
+    const auto opening = std::make_shared<BatchOpening>();
+    auto looking =
+        onWorker([opening, plan = folders_.heldPart(plan_), disks = folders_.disksOf(plan_),
+                  find = surroundings_.findObstacle]() noexcept {
+            *opening = BatchOpening::of(plan, disks, find);
+        });
     const auto ending = waitForEnd(std::move(looking), stop_.get_token());
     co_await ending;
-    if (stop_.stop_requested())
+    if (stop_.stop_requested()) {
+        AppLog::append("Offload not begun: stopped");
         co_return std::string(plan_.l10n().cancelled());
-    archive_ = std::move(look->archive);
-    co_return look->obstacle;
+    }
+    archive_ = std::move(opening->archive);
+    co_return opening->obstacle;
 }
 
 /// Never fails: a failure is a result.
@@ -204,32 +194,37 @@ QCoro::Task<PairResult> Batch::runPair(BatchPair pair) {
     work->pair.destinationFolder = folders_.at(work->pair.destination.facts.mountPoint);
     work->pair.archiveFolder = archive_;
     PairResult result;
+    bool hasTraces = false;
     try {
         if (stop_.stop_requested())
             throw CancellationError();
-        requireBoth(folders_.findMissing(work->pair, plan_.l10n()), work->mail, plan_.l10n());
+        requireBoth(folders_.findMissing(work->pair), work->mail, plan_.l10n());
         if (!plan_.settings.verifyOnly)
             work->note = folders_.findNotMounted(work->pair);
         if (work->note)
             work->mail.observer().problem(*work->note);
         co_await runEngine(work);
+        // As long as the traces are not left, that is all there is.
+        result = work->result;
         co_await leaveTraces(work);
         result = std::move(work->result);
+        hasTraces = true;
         // Workers may be slower to let go of their work than to end it.
         work->pair.cardFolder.reset();
         work->pair.destinationFolder.reset();
         work->pair.archiveFolder.reset();
     } catch (const CancellationError&) {
-        result.message = plan_.l10n().cancelled();
+        const auto l10n = plan_.l10n();
+        result.message =
+            work->isCopyComplete(result.runStatus) ? l10n.reportsNotAwaited() : l10n.cancelled();
         result.failure = PairFailure::Stopped;
     } catch (const std::exception& failure) {
         result.message = describe(failure, plan_.l10n());
+        result.failure = PairFailure::Other;
         if (const auto* known = dynamic_cast<const OffloadError*>(&failure))
             result.error = *known;
-        result.failure = isLackOfSpace(result.error) ? PairFailure::NoSpace : PairFailure::Other;
     }
-    // Of a run that came to something its traces tell.
-    if (!result.runStatus)
+    if (!hasTraces)
         AppLog::append("Offload failed card=" + work->pair.card.name() +
                        " dest=" + work->pair.destination.name() + ": " + result.message);
     deliver(work->mail.take());
@@ -246,51 +241,57 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
     postman.setTimerType(Qt::PreciseTimer);
     QObject::connect(&postman, &QTimer::timeout, [this, work] { deliver(work->mail.take()); });
     postman.start(kProgressInterval);
-    const auto running =
-        perform(work, kGrace, [self = shared_from_this(), work, pair = work->pair] {
-            const auto requireFolders = [&] {
-                requireBoth(pair.findMissingFolder(), work->mail, self->plan_.l10n());
-            };
+    auto running = perform(work, kGrace, [self = shared_from_this(), work, pair = work->pair] {
+        const auto requireFolders = [&] {
+            requireBoth(pair.findMissingFolder(), work->mail, self->plan_.l10n());
+        };
+        requireFolders();
+        auto request = requestFor(self->plan_, pair);
+        work->lists.follow(request);
+        auto observer = work->mail.observer();
+        observer.proved = [&](auto copies) {
+            work->copies = std::move(copies);
+        };
+        try {
+            work->outcome = std::make_unique<OffloadOutcome>(
+                self->surroundings_.runEngine(request, observer, self->stop_.get_token()));
+        } catch (const CancellationError&) {
+            throw;
+        } catch (const Error&) {
+            // What a dead disk answers says less than that it is dead.
             requireFolders();
-            auto request = requestFor(self->plan_, pair);
-            work->lists.follow(request);
-            auto observer = work->mail.observer();
-            observer.proved = [&](auto copies) {
-                work->copies = std::move(copies);
-            };
-            try {
-                work->outcome = std::make_unique<OffloadOutcome>(
-                    self->surroundings_.runEngine(request, observer, self->stop_.get_token()));
-            } catch (const CancellationError&) {
-                throw;
-            } catch (const Error&) {
-                // What a dead disk answers says less than that it is dead.
-                requireFolders();
-                throw;
-            }
-            if (work->note)
-                work->outcome->problems.insert(work->outcome->problems.begin(), *work->note);
-        });
-    co_await running;
+            throw;
+        }
+        if (work->note)
+            work->outcome->problems.insert(work->outcome->problems.begin(), *work->note);
+        takeOver(*work->outcome, work->result);
+    });
+    const bool hasEnded = co_await running;
     postman.stop();
     deliver(work->mail.take());
+    if (!hasEnded)
+        giveUp(*work, OffloadProblem::Kind::NoAnswer);
 }
 
 QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
     // Reports of a million files are not written in a moment.
     constexpr std::size_t kRowsPerSecond = 10'000;
     const auto grace = kGrace + std::chrono::seconds(work->outcome->files.size() / kRowsPerSecond);
-    return perform(work, grace, [self = shared_from_this(), work, pair = work->pair] {
+    const auto runStatus = work->outcome->status;
+    auto leaving = perform(work, grace, [self = shared_from_this(), work, pair = work->pair] {
         const auto outcome = std::move(work->outcome);
         const auto copies = std::move(work->copies);
         withdrawIfMoved(pair, *outcome, work->mail);
         auto& result = work->result;
-        takeOver(*outcome, result);
-        work->lists.settle(pair, *outcome, self->plan_.l10n(), work->mail.observer().problem);
-        const auto [inArchive, onDestination, shown] =
+        work->lists.settle(pair, *outcome, work->mail.observer().problem);
+        const auto [inArchive, onDestination, shown, filesProved, wasStopped] =
             PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
-                              work->mail.observer().problem);
+                              work->mail.observer().problem, self->stop_.get_token());
         result.status = outcome->status;
+        if (result.runStatus != OutcomeStatus::Hashed)
+            result.filesDone = filesProved;
+        if (wasStopped)
+            result.runStatus = OutcomeStatus::Failed;
         if (!endedWell(result.status)) {
             result.message = self->reasonOf(pair, *outcome, *result.runStatus);
             result.failure =
@@ -300,12 +301,15 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         if (!shown.empty())
             result.page = shown / "Reports_Standart.html";
     });
+    if (!co_await leaving)
+        giveUp(*work, work->isCopyComplete(runStatus) ? OffloadProblem::Kind::ReportsNotAwaited
+                                                      : OffloadProblem::Kind::NoAnswer);
 }
 
 /// Does a step of a pair on a worker. Who stops waits a moment for it to end well; a card or a disk
-/// that does not answer holds it for ever.
-QCoro::Task<> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::seconds grace,
-                             std::function<void()> step) {
+/// that does not answer holds it for ever. Gives whether it has ended.
+QCoro::Task<bool> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::seconds grace,
+                                 std::function<void()> step) {
     auto performing = onWorker([work, step = std::move(step)]() noexcept {
         try {
             step();
@@ -315,12 +319,15 @@ QCoro::Task<> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::second
     });
     const auto ending =
         waitForEnd(std::move(performing), stop_.get_token(), {.patience = {}, .grace = grace});
-    if (co_await ending) {
-        if (work->failure)
-            std::rethrow_exception(work->failure);
-        co_return;
-    }
-    work->mail.observer().problem({OffloadProblem::Kind::NoAnswer, work->pair.name});
+    const bool hasEnded = co_await ending;
+    if (hasEnded && work->failure)
+        std::rethrow_exception(work->failure);
+    co_return hasEnded;
+}
+
+/// What still goes on without us may yet end well; nobody waits for it any longer.
+void Batch::giveUp(PairWork& work, OffloadProblem::Kind why) {
+    work.mail.observer().problem({why, work.pair.name});
     throw CancellationError();
 }
 
@@ -328,11 +335,8 @@ QCoro::Task<> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::second
 /// it, or the trace that is missing.
 std::string Batch::reasonOf(const BatchPair& pair, const OffloadOutcome& outcome,
                             OutcomeStatus runStatus) const {
-    const auto failure = std::find_if(
-        outcome.problems.begin(), outcome.problems.end(), [](const OffloadProblem& problem) {
-            return problem.severity() == OffloadProblem::Severity::Failure;
-        });
-    if (endedWell(runStatus) && failure != outcome.problems.end())
+    const auto* failure = OffloadProblem::decisive(outcome.problems);
+    if (endedWell(runStatus) && failure)
         return failure->text(plan_.l10n());
     auto reason = plan_.settings.verifyOnly ? plan_.l10n().hashingIncomplete(pair.name)
                                             : plan_.l10n().verifyIncomplete(pair.name);
@@ -364,13 +368,13 @@ QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume ca
         co_return std::nullopt;
     const auto l10n = plan_.l10n();
     if (stop_.stop_requested())
-        co_return CardEject::refuse(card, l10n.cancelled(), l10n);
+        co_return CardEject::refuse(card, &L10n::cancelled, l10n);
     const auto sentence = std::make_shared<std::string>();
     auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n,
                               folder = folders_.release(card.facts.mountPoint), card]() mutable {
         // Another card may lie there by now.
         if (!folder || !folder->isStillAtItsPath()) {
-            *sentence = CardEject::refuse(card, l10n.cardNotAtItsPath(), l10n);
+            *sentence = CardEject::refuse(card, &L10n::cardNotAtItsPath, l10n);
             return;
         }
         // A volume that is held open cannot be unmounted.
@@ -379,7 +383,7 @@ QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume ca
     });
     const auto ending = waitForEnd(std::move(ejecting), stop_.get_token());
     const bool hasEnded = co_await ending;
-    co_return hasEnded ? *sentence : CardEject::refuse(card, l10n.ejectNotEnded(), l10n);
+    co_return hasEnded ? *sentence : CardEject::leaveInDoubt(card, l10n);
 }
 
 void Batch::deliver(const RunMailbox::Mail& mail) {

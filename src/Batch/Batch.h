@@ -29,7 +29,6 @@ enum class PairFailure {
     None,
     /// By the user.
     Stopped,
-    NoSpace,
     Other,
 };
 
@@ -37,7 +36,8 @@ enum class PairFailure {
 struct PairResult {
     /// Failed whenever anything after the run failed too.
     OutcomeStatus status = OutcomeStatus::Failed;
-    /// What the run itself came to; empty when it was never begun or came to nothing.
+    /// What the run itself came to: failed, too, where a stop left copies unproved that somebody
+    /// has touched since. Empty when it was never begun or came to nothing.
     std::optional<OutcomeStatus> runStatus;
     /// Where the footage lies; empty when nothing was made there.
     std::filesystem::path sessionRoot;
@@ -124,8 +124,9 @@ private:
     QCoro::Task<PairResult> runPair(BatchPair pair);
     QCoro::Task<> runEngine(std::shared_ptr<PairWork> work);
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
-    QCoro::Task<> perform(std::shared_ptr<PairWork> work, std::chrono::seconds grace,
-                          std::function<void()> step);
+    QCoro::Task<bool> perform(std::shared_ptr<PairWork> work, std::chrono::seconds grace,
+                              std::function<void()> step);
+    [[noreturn]] static void giveUp(PairWork& work, OffloadProblem::Kind why);
     PairResult notBegun(const BatchPair& pair) const;
     std::string reasonOf(const BatchPair& pair, const OffloadOutcome& outcome,
                          OutcomeStatus runStatus) const;

@@ -42,10 +42,18 @@ std::string run(const decltype(BatchSurroundings::eject)& eject, const Classifie
     }
 }
 
-std::string refuse(const ClassifiedVolume& card, std::string_view reason, L10n l10n) {
-    auto sentence = l10n.notEjected(Text::displayable(card.name()), reason);
-    AppLog::append(sentence);
-    return sentence;
+std::string refuse(const ClassifiedVolume& card, std::string_view (L10n::*reason)() const,
+                   L10n l10n) {
+    const auto name = Text::displayable(card.name());
+    const L10n english(AppLanguage::English);
+    AppLog::append(english.notEjected(name, (english.*reason)()));
+    return l10n.notEjected(name, (l10n.*reason)());
+}
+
+std::string leaveInDoubt(const ClassifiedVolume& card, L10n l10n) {
+    const auto name = Text::displayable(card.name());
+    AppLog::append(L10n(AppLanguage::English).ejectInDoubt(name));
+    return l10n.ejectInDoubt(name);
 }
 
 } // namespace slatewise::CardEject

@@ -18,7 +18,11 @@ namespace slatewise::CardEject {
 std::string run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
                 L10n l10n);
 
-/// The same of a card that nobody tries to eject, or waits for any longer.
-std::string refuse(const ClassifiedVolume& card, std::string_view reason, L10n l10n);
+/// The same of a card that nobody tries to eject.
+std::string refuse(const ClassifiedVolume& card, std::string_view (L10n::*reason)() const,
+                   L10n l10n);
+
+/// The same of a card whose eject nobody waits for any longer.
+std::string leaveInDoubt(const ClassifiedVolume& card, L10n l10n);
 
 } // namespace slatewise::CardEject

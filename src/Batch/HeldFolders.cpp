@@ -1,7 +1,6 @@
 #include "Batch/HeldFolders.h"
 
 #include "Batch/Waiting.h"
-#include "Language/L10n.h"
 #include "Platform/Disks/MountPoints.h"
 #include "Platform/Error.h"
 #include "Platform/Worker.h"
@@ -45,11 +44,6 @@ Folder openIfChosen(const VolumeFacts& chosen) {
     return nullptr;
 }
 
-bool isBare(const std::filesystem::path& destination) {
-    std::error_code failure;
-    return MountPoints::isBare(std::filesystem::canonical(destination, failure));
-}
-
 QCoro::Task<> allOf(std::vector<QCoro::Task<>> tasks) {
     for (const auto& task : tasks)
         co_await task;
@@ -65,7 +59,7 @@ struct HeldFolders::Look {
     void open(const VolumeFacts& chosen, bool isDestination) {
         Folder folder;
         std::optional<PosixError> failure;
-        const bool isBareOne = isDestination && isBare(chosen.mountPoint);
+        const bool isBareOne = isDestination && MountPoints::isBare(chosen.mountPoint);
         try {
             folder = openIfChosen(chosen);
         } catch (const PosixError& reason) {
@@ -123,12 +117,12 @@ std::vector<Folder> HeldFolders::disksOf(const BatchPlan& plan) const {
     return disks;
 }
 
-std::optional<OffloadProblem> HeldFolders::findMissing(const BatchPair& pair, L10n l10n) const {
+std::optional<OffloadProblem> HeldFolders::findMissing(const BatchPair& pair) const {
     using Kind = OffloadProblem::Kind;
     for (const auto* volume : {&pair.card, &pair.destination}) {
         const auto failure = failures_.find(volume->facts.mountPoint);
         if (failure != failures_.end())
-            return OffloadProblem::of(Kind::NotOpened, volume->name(), failure->second, l10n);
+            return OffloadProblem::of(Kind::NotOpened, volume->name(), failure->second);
     }
     if (!at(pair.card.facts.mountPoint)) {
         const bool isSilent = !folders_.contains(pair.card.facts.mountPoint);

@@ -17,8 +17,6 @@
 
 namespace slatewise {
 
-class L10n;
-
 /// The folders of a batch's cards and disks, held from its beginning on. GUI thread.
 class HeldFolders {
 public:
@@ -34,8 +32,8 @@ public:
     /// The folders of the plan's disks that are held.
     std::vector<std::shared_ptr<const RootFolder>> disksOf(const BatchPlan& plan) const;
 
-    /// Why the pair cannot be begun, with reasons in that language; empty when both are held.
-    std::optional<OffloadProblem> findMissing(const BatchPair& pair, L10n l10n) const;
+    /// Why the pair cannot be begun; empty when both are held.
+    std::optional<OffloadProblem> findMissing(const BatchPair& pair) const;
 
     /// Of a destination where no disk is mounted, though one is meant to be.
     std::optional<OffloadProblem> findNotMounted(const BatchPair& pair) const;

@@ -1,6 +1,5 @@
 #include "Batch/PairLists.h"
 
-#include "Language/L10n.h"
 #include "MediaHashList/ListError.h"
 #include "Platform/Error.h"
 
@@ -28,7 +27,7 @@ void PairLists::follow(CopyEngine::Request& request) {
     };
 }
 
-void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n,
+void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome,
                        const std::function<void(const OffloadProblem&)>& tell) const {
     if (!lists_)
         return;
@@ -38,7 +37,7 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n
             outcome.status = OutcomeStatus::Failed;
         outcome.problems.push_back(std::move(problem));
     };
-    for (auto& problem : lists_->differences(outcome, l10n))
+    for (auto& problem : lists_->differences(outcome))
         add(std::move(problem));
     // What lies beneath a disk that is gone is none of ours.
     if (!pair.destinationFolder || pair.findMissingFolder())
@@ -53,9 +52,10 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n
         if (added.failure)
             std::rethrow_exception(added.failure);
     } catch (const MediaHashList::ListError& failure) {
-        add({Kind::ListNotWritten, outcome.sessionRoot.native(), failure.text(l10n)});
+        add({Kind::ListNotWritten, outcome.sessionRoot.native(),
+             BothLanguages::of([&](L10n l10n) { return failure.text(l10n); })});
     } catch (const std::exception& failure) {
-        add(OffloadProblem::of(Kind::ListNotWritten, outcome.sessionRoot.native(), failure, l10n));
+        add(OffloadProblem::of(Kind::ListNotWritten, outcome.sessionRoot.native(), failure));
     }
 }
 

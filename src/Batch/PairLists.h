@@ -10,8 +10,6 @@
 
 namespace slatewise {
 
-class L10n;
-
 /// The hash lists of one pair, where the settings want any. One thread at a time.
 class PairLists {
 public:
@@ -21,9 +19,8 @@ public:
     void follow(CopyEngine::Request& request);
 
     /// Holds the card against the lists that it brings, and writes those of the copy. What goes
-    /// wrong becomes a problem of the outcome, with reasons in that language, which is told to
-    /// `tell` too; nothing is thrown.
-    void settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n,
+    /// wrong becomes a problem of the outcome, which is told to `tell` too; nothing is thrown.
+    void settle(const BatchPair& pair, OffloadOutcome& outcome,
                 const std::function<void(const OffloadProblem&)>& tell) const;
 
 private:

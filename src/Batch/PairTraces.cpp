@@ -24,22 +24,28 @@ using Kind = OffloadProblem::Kind;
 class Traces {
 public:
     Traces(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
-           const ProvedCopies* copies, AppDatabase& database, const Tell& tell)
+           ProvedCopies* copies, AppDatabase& database, const Tell& tell,
+           const std::stop_token& stop)
         : plan_(plan), pair_(pair), outcome_(outcome), copies_(copies), database_(database),
-          tell_(tell), archive_(*pair.archiveFolder), disk_(*pair.destinationFolder),
+          tell_(tell), stop_(stop), archive_(*pair.archiveFolder), disk_(*pair.destinationFolder),
           manifest_(manifestOf(std::exchange(outcome.files, {}))) {}
 
     Folders leave() {
         putIntoArchive();
         const auto told = outcome_.problems.size();
         putOntoDisk();
-        lookOnceMore();
-        if (outcome_.problems.size() != told)
+        const bool wasStopped = lookOnceMore();
+        if (wasStopped || outcome_.problems.size() != told)
             putFailureInPlace();
         giveUpClaims();
         const bool isArchiveBest = isArchiveWhole_ || folders_.onDestination.empty();
         folders_.shown = isArchiveBest && !folders_.inArchive.empty() ? folders_.inArchive
                                                                       : folders_.onDestination;
+        folders_.wasStopped = wasStopped;
+        folders_.filesProved = static_cast<int>(
+            std::count_if(manifest_.files.begin(), manifest_.files.end(), [](const auto& row) {
+                return row.verifyStatus == VerifyStatus::Verified;
+            }));
         save();
         enqueue();
         return std::move(folders_);
@@ -54,12 +60,11 @@ private:
 
     void putIntoArchive() {
         try {
-            ReportFolder::removeLeftovers(archive_, isDiskInPlace() ? &disk_ : nullptr);
             name_ = claimName();
+            isClaimedInArchive_ = true;
             writeIntoArchive();
         } catch (const std::exception& failure) {
-            fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.path().native(), failure,
-                                    plan_.l10n()));
+            fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.path().native(), failure));
             manifest_ = manifestOf(std::move(manifest_.files));
         }
     }
@@ -89,13 +94,19 @@ private:
             ReportWriter::writePages(manifest_, folder, plan_.language);
             return true;
         } catch (const std::exception& failure) {
-            fail(OffloadProblem::of(Kind::PagesNotWritten, place, failure, plan_.l10n()));
+            if (isTold(Kind::PagesNotWritten, place))
+                return false;
+            fail(OffloadProblem::of(Kind::PagesNotWritten, place, failure));
         }
         manifest_ = manifestOf(std::move(manifest_.files));
         // Where it was room that lacked, the lists need what the pages took.
         ReportFolder::clear(folder, "");
         ReportWriter::writeLists(manifest_, folder, plan_.language);
-        attempt([&] { ReportWriter::writePages(manifest_, folder, plan_.language); });
+        try {
+            ReportWriter::writePages(manifest_, folder, plan_.language);
+        } catch (const std::exception& failure) {
+            AppLog::append("Pages not written again: " + describe(failure));
+        }
         return false;
     }
 
@@ -132,22 +143,26 @@ private:
         try {
             writeOntoDisk();
         } catch (const std::exception& failure) {
-            fail(OffloadProblem::of(Kind::ReportsNotCopied, pair_.destination.name(), failure,
-                                    plan_.l10n()));
+            fail(OffloadProblem::of(Kind::ReportsNotCopied, pair_.destination.name(), failure));
         }
     }
 
-    /// Writing the set takes its time, and whoever reads "verified" in it reads it now.
-    void lookOnceMore() {
+    /// Writing the set takes its time, and whoever reads "verified" in it reads it now. Gives
+    /// whether a stop left open what became of the copies, which are not proved then.
+    bool lookOnceMore() {
         // The set went to the disk that is held; people look for it by its path.
         if (!isDiskInPlace()) {
             fail({Kind::DiskReplaced, pair_.destination.name()});
-            return;
+            return false;
         }
         if (!copies_)
-            return;
-        for (const auto& problem : copies_->findChanged(manifest_.files, outcome_.hashLists))
+            return false;
+        const auto changes = copies_->findChanged(manifest_.files, outcome_.hashLists, stop_);
+        for (const auto& problem : changes.problems)
             fail(problem);
+        if (changes.wasStopped)
+            outcome_.status = OutcomeStatus::Failed;
+        return changes.wasStopped;
     }
 
     void writeOntoDisk() {
@@ -189,35 +204,46 @@ private:
         const bool wasArchived = !folders_.inArchive.empty();
         folders_ = {};
         archived_.reset();
-        if (wasOnDisk)
-            ReportFolder::clear(disk_, ReportFolder::onDestination(name_));
-        if (wasArchived)
-            ReportFolder::clear(archive_, name_);
+        const bool isDiskClear = !wasOnDisk || clears(disk_, ReportFolder::onDestination(name_));
+        const bool isArchiveClear = !wasArchived || clears(archive_, name_);
         manifest_ = manifestOf(std::move(manifest_.files));
-        if (wasArchived)
-            attempt([&] { writeIntoArchive(); });
-        if (isDiskInPlace())
-            attempt([&] { writeOntoDisk(); });
+        if (wasArchived && isArchiveClear) {
+            writeAgain(Kind::ReportsNotArchived, archive_.path().native(),
+                       [&] { writeIntoArchive(); });
+        }
+        if (isDiskClear && isDiskInPlace()) {
+            writeAgain(Kind::ReportsNotCopied, pair_.destination.name(), [&] { writeOntoDisk(); });
+        }
+    }
+
+    /// False, and told, when some of a set stays that tells of a better end.
+    bool clears(const RootFolder& root, const std::filesystem::path& set) {
+        const bool isCleared = ReportFolder::clear(root, set);
+        if (!isCleared)
+            fail({Kind::ReportsOutdated, (root.path() / set).native()});
+        return isCleared;
+    }
+
+    /// Of a place that failed before it is told already.
+    template <typename Step>
+    void writeAgain(Kind kind, const std::string& place, Step step) {
+        try {
+            step();
+        } catch (const std::exception& failure) {
+            AppLog::append("Reports not written again: " + describe(failure));
+            if (!isTold(kind, place))
+                fail(OffloadProblem::of(kind, place, failure));
+        }
     }
 
     /// Of sets that could not be left.
     void giveUpClaims() const {
         if (name_.empty())
             return;
-        if (folders_.inArchive.empty())
+        if (isClaimedInArchive_ && folders_.inArchive.empty())
             ReportFolder::removeIfEmpty(archive_, name_);
         if (folders_.onDestination.empty())
             ReportFolder::removeIfEmpty(disk_, ReportFolder::onDestination(name_));
-    }
-
-    /// What fails is told already.
-    template <typename Step>
-    static void attempt(Step step) {
-        try {
-            step();
-        } catch (const std::exception& failure) {
-            AppLog::append("Reports not written again: " + describe(failure));
-        }
     }
 
     SessionTraces sessionTraces() const {
@@ -256,7 +282,16 @@ private:
 
     OffloadProblem ofStore(Kind kind, const std::exception& failure) const {
         AppLog::append("Store not written: " + describe(failure));
-        return {kind, pair_.card.name(), StoreFailure::reasonOf(failure, plan_.l10n())};
+        return {kind, pair_.card.name(), BothLanguages::of([&](L10n l10n) {
+                    return StoreFailure::reasonOf(failure, l10n);
+                })};
+    }
+
+    bool isTold(Kind kind, const std::string& subject) const {
+        return std::any_of(outcome_.problems.begin(), outcome_.problems.end(),
+                           [&](const OffloadProblem& problem) {
+                               return problem.kind == kind && problem.subject == subject;
+                           });
     }
 
     void fail(const OffloadProblem& problem) {
@@ -276,14 +311,17 @@ private:
     const BatchPlan& plan_;
     const BatchPair& pair_;
     OffloadOutcome& outcome_;
-    const ProvedCopies* copies_;
+    ProvedCopies* copies_;
     AppDatabase& database_;
     const Tell& tell_;
+    const std::stop_token& stop_;
     const RootFolder& archive_;
     const RootFolder& disk_;
     SessionManifest manifest_;
     /// Of the set's folder, wherever it lies.
     std::string name_;
+    /// Else it may be somebody else's there.
+    bool isClaimedInArchive_ = false;
     /// Where it was archived; empty when it could not be.
     std::optional<RootFolder> archived_;
     bool isArchiveWhole_ = false;
@@ -293,8 +331,9 @@ private:
 } // namespace
 
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
-              const ProvedCopies* copies, AppDatabase& database, const Tell& tell) {
-    return Traces(plan, pair, outcome, copies, database, tell).leave();
+              ProvedCopies* copies, AppDatabase& database, const Tell& tell,
+              const std::stop_token& stop) {
+    return Traces(plan, pair, outcome, copies, database, tell, stop).leave();
 }
 
 } // namespace slatewise::PairTraces

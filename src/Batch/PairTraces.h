@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <stop_token>
 
 namespace slatewise::PairTraces {
 
@@ -16,6 +17,10 @@ struct Folders {
     std::filesystem::path onDestination;
     /// The one of them whose pages are shown.
     std::filesystem::path shown;
+    /// Files that are still what was proved.
+    int filesProved = 0;
+    /// A stop left open whether copies that somebody has touched still are that.
+    bool wasStopped = false;
 };
 
 /// Is told what a person must know.
@@ -27,11 +32,13 @@ using Tell = std::function<void(const OffloadProblem&)>;
 /// not the chosen one any more gets nothing, nor does an archive that has gone. A trace that cannot
 /// be left is a problem, told and added to the outcome; a set that has no room in the archive may
 /// have it on the disk, and one whose pages cannot be made has its lists. Without its reports an
-/// offload has failed, and so say all of its traces: a set that says otherwise is taken away.
-/// Without its line in the history it has not. The `copies`, where there are any, are looked at
-/// once more when the reports are written, and told of by them. All three folders of the pair are
-/// held. Blocks; any thread.
+/// offload has failed, and so say all of its traces: a set that says otherwise is taken away, and
+/// told of where it cannot be. Without its line in the history it has not. The `copies`, where
+/// there are any, are looked at once more when the reports are written, and told of by them; once
+/// `stop` is requested none is read for that, and an offload that needed it has failed. All three
+/// folders of the pair are held. Blocks; any thread.
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
-              const ProvedCopies* copies, AppDatabase& database, const Tell& tell);
+              ProvedCopies* copies, AppDatabase& database, const Tell& tell,
+              const std::stop_token& stop);
 
 } // namespace slatewise::PairTraces

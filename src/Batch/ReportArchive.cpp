@@ -4,10 +4,10 @@
 #include "Platform/Disks/MountPoints.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
+#include "Reports/ReportFolder.h"
 #include "Storage/SupportPaths.h"
 
 #include <cerrno>
-#include <system_error>
 
 namespace slatewise::ReportArchive {
 
@@ -38,9 +38,7 @@ void requireNoWayOut(const RootFolder& archive, const Disks& disks) {
 
 /// What is chosen on a disk that is not there would be written beneath its mount point.
 void requireMounted(const std::filesystem::path& archive, const BatchPlan& plan) {
-    std::error_code failure;
-    const auto place = std::filesystem::canonical(archive, failure);
-    if (!failure && MountPoints::isBare(place))
+    if (MountPoints::isBare(archive))
         throw Error(plan.l10n().archiveNotMounted(Text::legible(archive.native())));
 }
 
@@ -53,11 +51,12 @@ std::shared_ptr<const RootFolder> open(const BatchPlan& plan, const Disks& disks
         if (path != SupportPaths::defaultReportsDirectory())
             requireMounted(path, plan);
         requireNoWayOut(*archive, disks);
+        ReportFolder::removeLeftovers(*archive, disks);
         return archive;
     } catch (const PosixError& failure) {
-        throw Error(OffloadProblem::of(OffloadProblem::Kind::ReportsNotArchived, path.native(),
-                                       failure, plan.l10n())
-                        .text(plan.l10n()));
+        throw Error(
+            OffloadProblem::of(OffloadProblem::Kind::ReportsNotArchived, path.native(), failure)
+                .text(plan.l10n()));
     }
 }
 

@@ -180,6 +180,15 @@ std::string L10n::notEjected(Text name, Text reason) const {
                        : fmt::format("{} was not ejected: {}", name, reason);
 }
 
+std::string L10n::ejectInDoubt(Text name) const {
+    return isTurkish() ? fmt::format("{} çıkarılmış olabilir ya da olmayabilir: çıkarma sürerken "
+                                     "durduruldu.",
+                                     name)
+                       : fmt::format("{} may or may not be ejected yet: stopped while it was being "
+                                     "ejected.",
+                                     name);
+}
+
 std::string L10n::fileCount(int count) const {
     return fmt::format("{} {}", count, text("files", "dosya"));
 }

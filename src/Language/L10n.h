@@ -69,6 +69,7 @@ public:
     /// Of one that must not be unplugged, for the sake of another volume of the same disk.
     std::string unmountedButInUse(Text name) const;
     std::string notEjected(Text name, Text reason) const;
+    std::string ejectInDoubt(Text name) const;
     std::string fileCount(int count) const;
     std::string folderCount(int count) const;
     std::string reportCounts(int copied, int skipped, int failed) const;
@@ -119,6 +120,7 @@ public:
     std::string notMounted(Text folder) const;
     std::string reportsNotWritten(Text place, Text reason) const;
     std::string pagesNotWritten(Text place, Text reason) const;
+    std::string reportsOutdated(Text place) const;
     std::string archiveNotMounted(Text folder) const;
     std::string sessionNotStored(Text card, Text reason) const;
     std::string sessionNotQueued(Text card, Text reason) const;

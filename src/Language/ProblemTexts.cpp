@@ -193,13 +193,14 @@ std::string L10n::fileSystemErrors(Text volume) const {
 
 std::string L10n::damageUntold(Text card) const {
     return isTurkish()
-               ? fmt::format("{}: klasörlerdeki hasar burada anlaşılamaz, çünkü kart büyük "
-                             "olasılıkla yazmaya karşı korumalı. Dosya sayısını kameranın "
+               ? fmt::format("{}: klasörlerdeki hasar burada anlaşılamaz, çünkü büyük olasılıkla "
+                             "kart yazmaya karşı korumalı ya da okuyucusu hata saymıyor. Dosya "
+                             "sayısını kameranın "
                              "söylediğiyle karşılaştırın.",
                              card)
                : fmt::format("{}: damage in a folder would not be noticed here, most likely "
-                             "because the card is write-protected. Compare the number of files "
-                             "with what the camera says.",
+                             "because the card is write-protected or its reader counts no errors. "
+                             "Compare the number of files with what the camera says.",
                              card);
 }
 
@@ -230,6 +231,15 @@ std::string L10n::pagesNotWritten(Text place, Text reason) const {
                ? fmt::format("Rapor sayfaları eksik, listeler yazıldı: {} ({})", place, reason)
                : fmt::format("Report pages are missing in {}, though its lists are there: {}",
                              place, reason);
+}
+
+std::string L10n::reportsOutdated(Text place) const {
+    return isTurkish()
+               ? fmt::format("Şuradaki raporlar hâlâ daha önceki bir sonucu anlatıyor, onlara "
+                             "güvenmeyin: {}",
+                             place)
+               : fmt::format("The reports in {} still tell of an earlier end; do not trust them.",
+                             place);
 }
 
 std::string L10n::archiveNotMounted(Text folder) const {

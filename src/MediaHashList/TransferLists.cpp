@@ -22,11 +22,11 @@ std::vector<FileValue> listed(const HashValues& values, const std::optional<Inst
     return result;
 }
 
-std::string reasonOf(const std::exception_ptr& failure, L10n l10n) {
+BothLanguages reasonOf(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
     } catch (const std::exception& reason) {
-        return MediaHashList::reasonOf(reason, l10n);
+        return BothLanguages::of([&](L10n l10n) { return MediaHashList::reasonOf(reason, l10n); });
     }
 }
 
@@ -104,11 +104,10 @@ std::vector<HashFormat> TransferLists::formatsOf(const std::string& path) const 
     return formats;
 }
 
-std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& outcome,
-                                                       L10n l10n) const {
+std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& outcome) const {
     std::vector<OffloadProblem> problems;
     for (const auto& [place, failure] : unreadable_)
-        problems.push_back({Kind::CardListNotRead, place.native(), reasonOf(failure, l10n)});
+        problems.push_back({Kind::CardListNotRead, place.native(), reasonOf(failure)});
     for (const auto& path : missing_)
         problems.push_back({Kind::ListedFileMissing, path});
     for (const auto& path : unlisted_)

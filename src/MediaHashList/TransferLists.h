@@ -12,10 +12,6 @@
 #include <string>
 #include <vector>
 
-namespace slatewise {
-class L10n;
-}
-
 namespace slatewise::MediaHashList {
 
 /// The hash lists of one run: those that the card brings, which are held against what the card
@@ -31,8 +27,8 @@ public:
     /// have of it.
     std::vector<HashFormat> formatsOf(const std::string& path) const;
 
-    /// Where the card is not what its own lists say, with reasons in that language.
-    std::vector<OffloadProblem> differences(const OffloadOutcome& outcome, L10n l10n) const;
+    /// Where the card is not what its own lists say.
+    std::vector<OffloadProblem> differences(const OffloadOutcome& outcome) const;
 
     /// Writes the generations of a run, beneath `destination`, and sees them onto the disk.
     /// `session` is the session's folder there. Nothing is written when nothing was copied or

@@ -98,7 +98,7 @@ bool CardInventory::liesInFolderNotRead(const std::string& path) const {
 /// Everything else is still copied and proved; only the word for all of it is lost.
 void CardInventory::noteUnreadable(const std::string& path, int code) {
     notRead_.insert(path);
-    const auto reason = reasonOf(code, reporter_.words());
+    const auto reason = BothLanguages::of([code](L10n l10n) { return reasonOf(code, l10n); });
     if (code == EACCES && TreeWalker::isRepairFolder(card_, path)) {
         reporter_.report({Kind::LostAndFoundNotRead, path, reason, code});
         return;

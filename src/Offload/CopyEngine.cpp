@@ -26,7 +26,7 @@ using Kind = OffloadProblem::Kind;
 class Run {
 public:
     Run(const Request& request, const Observer& observer, std::stop_token stop)
-        : request_(request), observer_(observer), reporter_(observer, request.language),
+        : request_(request), observer_(observer), reporter_(observer),
           transfer_(reporter_, std::move(stop)),
           card_(folderOf(request.cardFolder, request.card,
                          OffloadError::CardGone{request.card.name()})),

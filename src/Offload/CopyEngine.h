@@ -31,8 +31,6 @@ struct Request {
     std::shared_ptr<const RootFolder> cardFolder{};
     std::shared_ptr<const RootFolder> destinationFolder{};
     OffloadSettings settings;
-    /// Of the reasons in the outcome's problems.
-    AppLanguage language = AppLanguage::English;
     std::string camera;
     std::string ekip;
     Uuid sessionID;
@@ -59,7 +57,7 @@ struct Observer {
     std::function<void(const std::filesystem::path&)> sessionRootCreated;
     /// Once, when every copy was read back: to look at them again as long as something is still to
     /// be told of them. Holds the session's folder, and so the disk.
-    std::function<void(std::shared_ptr<const ProvedCopies>)> proved{};
+    std::function<void(std::shared_ptr<ProvedCopies>)> proved{};
 };
 
 /// Does the whole run and blocks until it is done.

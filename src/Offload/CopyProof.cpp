@@ -56,10 +56,10 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
 }
 
 bool CopyProof::findsCopiesInPlace(std::span<FileCopyResult> rows) {
-    auto changes = copies_->findChanged(rows, {}, transfer_.stop());
-    for (auto& problem : changes)
-        reporter_.report(std::move(problem));
-    return changes.empty();
+    const auto changes = copies_->findChanged(rows, {}, transfer_.stop());
+    for (const auto& problem : changes.problems)
+        reporter_.report(problem);
+    return changes.isNone();
 }
 
 bool CopyProof::findsDiskUndamaged() {

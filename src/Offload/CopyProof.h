@@ -24,9 +24,8 @@ public:
     CopyProof(const RootFolder& disk, std::filesystem::path session, RunReporter& reporter,
               RunTransfer& transfer)
         : disk_(disk), session_(std::move(session)), reporter_(reporter), transfer_(transfer),
-          copies_(
-              std::make_shared<ProvedCopies>(disk.below(session_), reporter.words().language())),
-          volume_(copies_->folder()), errors_(disk.path()) {}
+          copies_(std::make_shared<ProvedCopies>(disk.below(session_))), volume_(copies_->folder()),
+          errors_(disk.path()) {}
 
     /// What is proved must also outlive a power cut, folder entries and dates included. False, and
     /// reported, when the disk could not keep what it was given.

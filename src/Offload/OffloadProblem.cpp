@@ -1,21 +1,37 @@
 #include "Offload/OffloadProblem.h"
 
-#include "Language/L10n.h"
 #include "Offload/OffloadError.h"
 #include "Platform/Text.h"
 
+#include <system_error>
+
 namespace slatewise {
 
+namespace {
+
+int codeOf(const std::exception& failure) {
+    if (const auto* ofSystem = dynamic_cast<const PosixError*>(&failure))
+        return ofSystem->code();
+    if (const auto* ofLibrary = dynamic_cast<const std::filesystem::filesystem_error*>(&failure))
+        return ofLibrary->code().value();
+    return 0;
+}
+
+} // namespace
+
 OffloadProblem OffloadProblem::of(Kind kind, std::string subject, const std::exception& failure,
-                                  L10n l10n, const std::filesystem::path& file) {
-    auto reason = describe(failure, l10n);
-    for (const auto& named : {file.native(), subject}) {
-        const auto beginning = Text::legible(named) + ": ";
-        if (!named.empty() && reason.starts_with(beginning))
-            reason.erase(0, beginning.size());
-    }
-    const auto* ofSystem = dynamic_cast<const PosixError*>(&failure);
-    return {kind, std::move(subject), std::move(reason), ofSystem ? ofSystem->code() : 0};
+                                  const std::filesystem::path& file) {
+    const auto reasonIn = [&](L10n l10n) {
+        auto reason = describe(failure, l10n);
+        for (const auto& named : {file.native(), subject}) {
+            const auto beginning = Text::legible(named) + ": ";
+            if (!named.empty() && reason.starts_with(beginning))
+                reason.erase(0, beginning.size());
+        }
+        return reason;
+    };
+    auto reason = BothLanguages::of(reasonIn);
+    return {kind, std::move(subject), std::move(reason), codeOf(failure)};
 }
 
 OffloadProblem::Severity OffloadProblem::severity() const {
@@ -39,15 +55,42 @@ OffloadProblem::Severity OffloadProblem::severity() const {
     }
 }
 
+bool OffloadProblem::isOfReports() const {
+    switch (kind) {
+    case Kind::ReportsNotArchived:
+    case Kind::ReportsNotCopied:
+    case Kind::PagesNotWritten:
+    case Kind::ReportsOutdated:
+    case Kind::ReportsNotAwaited:
+        return true;
+    default:
+        return false;
+    }
+}
+
+const OffloadProblem* OffloadProblem::decisive(std::span<const OffloadProblem> problems) {
+    const OffloadProblem* found = nullptr;
+    for (const auto& problem : problems) {
+        if (problem.severity() != Severity::Failure)
+            continue;
+        if (!problem.isOfReports())
+            return &problem;
+        if (!found)
+            found = &problem;
+    }
+    return found;
+}
+
 std::string OffloadProblem::text(L10n l10n) const {
     const auto about = Text::legible(subject);
+    const auto& why = reason.in(l10n);
     switch (kind) {
     case Kind::CopyStopped:
-        return l10n.copyStopped(about, reason);
+        return l10n.copyStopped(about, why);
     case Kind::HashingStopped:
-        return l10n.hashingStopped(about, reason);
+        return l10n.hashingStopped(about, why);
     case Kind::NotReadBack:
-        return l10n.notReadBack(about, reason);
+        return l10n.notReadBack(about, why);
     case Kind::CopyDiffers:
         return l10n.copyDiffers(about);
     case Kind::FoldersFellTogether:
@@ -59,7 +102,7 @@ std::string OffloadProblem::text(L10n l10n) const {
     case Kind::CameMeanwhile:
         return l10n.cameMeanwhile(about);
     case Kind::FolderNotRead:
-        return l10n.folderNotRead(about, reason);
+        return l10n.folderNotRead(about, why);
     case Kind::FileSystemErrors:
         return l10n.fileSystemErrors(about);
     case Kind::DamageUntold:
@@ -69,11 +112,11 @@ std::string OffloadProblem::text(L10n l10n) const {
     case Kind::NotMounted:
         return l10n.notMounted(about);
     case Kind::NothingReadBack:
-        return l10n.nothingReadBack(about, reason);
+        return l10n.nothingReadBack(about, why);
     case Kind::ReadFromMemory:
         return l10n.readBackFromMemory(about);
     case Kind::NotOpened:
-        return l10n.notOpened(about, reason);
+        return l10n.notOpened(about, why);
     case Kind::CardGone:
         return l10n.cardGone(about);
     case Kind::DiskReplaced:
@@ -91,20 +134,24 @@ std::string OffloadProblem::text(L10n l10n) const {
     case Kind::LinkLeadsToNoFile:
         return l10n.linkLeadsToNoFile(about);
     case Kind::LostAndFoundNotRead:
-        return l10n.folderNotRead(about, reason);
+        return l10n.folderNotRead(about, why);
     case Kind::ReportsNotArchived:
     case Kind::ReportsNotCopied:
-        return l10n.reportsNotWritten(about, reason);
+        return l10n.reportsNotWritten(about, why);
     case Kind::PagesNotWritten:
-        return l10n.pagesNotWritten(about, reason);
+        return l10n.pagesNotWritten(about, why);
+    case Kind::ReportsOutdated:
+        return l10n.reportsOutdated(about);
+    case Kind::ReportsNotAwaited:
+        return std::string(l10n.reportsNotAwaited());
     case Kind::SessionNotStored:
-        return l10n.sessionNotStored(about, reason);
+        return l10n.sessionNotStored(about, why);
     case Kind::SessionNotQueued:
-        return l10n.sessionNotQueued(about, reason);
+        return l10n.sessionNotQueued(about, why);
     case Kind::HistorySetAside:
         return l10n.historySetAside(about);
     case Kind::CardListNotRead:
-        return l10n.cardListNotRead(about, reason);
+        return l10n.cardListNotRead(about, why);
     case Kind::CardDiffersFromList:
         return l10n.cardDiffersFromList(about);
     case Kind::ListedFileMissing:
@@ -114,16 +161,17 @@ std::string OffloadProblem::text(L10n l10n) const {
     case Kind::CardFileNotListed:
         return l10n.cardFileNotListed(about);
     case Kind::ListNotWritten:
-        return l10n.listNotWritten(about, reason);
+        return l10n.listNotWritten(about, why);
     case Kind::NameNotListed:
         return l10n.nameNotListed(about);
     }
-    return reason;
+    return why;
 }
 
 std::string OffloadProblem::logLine() const {
     const auto line = text(L10n(AppLanguage::English));
-    return kind == Kind::CopyDiffers && !reason.empty() ? line + " " + reason : line;
+    const bool hasMore = kind == Kind::CopyDiffers && !reason.english.empty();
+    return hasMore ? line + " " + reason.english : line;
 }
 
 } // namespace slatewise

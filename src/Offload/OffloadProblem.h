@@ -1,12 +1,13 @@
 #pragma once
 
+#include "Language/BothLanguages.h"
+
 #include <exception>
 #include <filesystem>
+#include <span>
 #include <string>
 
 namespace slatewise {
-
-class L10n;
 
 /// Something about an offload that a person must know and that no row has room for. A value; its
 /// sentence is made in whatever language it is read in.
@@ -67,6 +68,10 @@ struct OffloadProblem {
         ReportsNotCopied,
         /// Pages of theirs could not be made, there or here; their lists were.
         PagesNotWritten,
+        /// Those that lie in the subject tell of a better end, and cannot be taken away.
+        ReportsOutdated,
+        /// Whoever stopped did not wait until they were written.
+        ReportsNotAwaited,
         /// The offload of the card is missing in the history.
         SessionNotStored,
         /// The reporting service will not hear of it.
@@ -100,16 +105,23 @@ struct OffloadProblem {
     /// The file, folder or disk that it is about. Bytes as the file system has them.
     std::string subject;
     /// Why, as far as the system said; may be empty.
-    std::string reason{};
+    BothLanguages reason{};
     /// The errno value behind it; 0 where there is none.
     int code = 0;
 
-    /// With what a failure says in that language. The sentence names its subject, so where the
-    /// failure is that of the subject itself, or of `file`, the reason does not name it again.
+    /// With what a failure says. The sentence names its subject, so where the failure is that of
+    /// the subject itself, or of `file`, the reason does not name it again.
     static OffloadProblem of(Kind kind, std::string subject, const std::exception& failure,
-                             L10n l10n, const std::filesystem::path& file = {});
+                             const std::filesystem::path& file = {});
 
     Severity severity() const;
+
+    /// Whether the copy is what it should be all the same, and only its reports are not.
+    bool isOfReports() const;
+
+    /// What an offload failed by, of all that came up: what is wrong with the copy counts more than
+    /// reports that came to nothing before. Null where nothing failed.
+    static const OffloadProblem* decisive(std::span<const OffloadProblem> problems);
 
     /// One sentence.
     std::string text(L10n l10n) const;

@@ -34,14 +34,14 @@ void ProvedCopies::note(std::size_t row, const std::string& copy) {
     dates_[row] = datesOf(session_.attributes(copy));
 }
 
-std::vector<OffloadProblem> ProvedCopies::findChanged(std::span<FileCopyResult> rows,
-                                                      std::span<const std::string> written,
-                                                      std::stop_token stop) const {
+ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
+                                                std::span<const std::string> written,
+                                                const std::stop_token& stop) {
     const std::set<std::string_view> ours(written.begin(), written.end());
     const bool isThere = session_.isStillAtItsPath();
-    std::vector<OffloadProblem> problems;
+    Changes changes;
     if (!isThere)
-        problems.push_back({Kind::CopyGone, session_.path().native()});
+        changes.problems.push_back({Kind::CopyGone, session_.path().native()});
     for (std::size_t index = 0; index < std::min(dates_.size(), rows.size()); ++index) {
         auto& row = rows[index];
         if (row.verifyStatus != VerifyStatus::Verified || ours.contains(row.relativePath))
@@ -50,24 +50,31 @@ std::vector<OffloadProblem> ProvedCopies::findChanged(std::span<FileCopyResult> 
             markFailed(row, VerifyStatus::Failed);
             continue;
         }
-        auto problem = changeOf(row, dates_[index], stop);
-        if (!problem)
-            continue;
-        markFailed(row, problem->kind == Kind::CopyDiffers ? VerifyStatus::Mismatch
-                                                           : VerifyStatus::Failed);
-        problems.push_back(std::move(*problem));
+        try {
+            auto problem = changeOf(row, dates_[index], stop);
+            if (!problem)
+                continue;
+            markFailed(row, problem->kind == Kind::CopyDiffers ? VerifyStatus::Mismatch
+                                                               : VerifyStatus::Failed);
+            changes.problems.push_back(std::move(*problem));
+        } catch (const CancellationError&) {
+            row.verifyStatus = VerifyStatus::CopiedUnverified;
+            row.destSHA256.reset();
+            changes.wasStopped = true;
+        }
     }
-    return problems;
+    return changes;
 }
 
-std::optional<OffloadProblem> ProvedCopies::changeOf(FileCopyResult& row, const Dates& proved,
-                                                     const std::stop_token& stop) const {
+ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, Dates& proved,
+                                           const std::stop_token& stop) const {
     constexpr std::int64_t kCoarsest = 2;
+    Dates now;
     try {
         const auto facts = session_.attributes(row.relativePath);
         if (facts.type != FileSystem::ItemType::RegularFile || facts.sizeBytes != row.sizeBytes)
             return OffloadProblem{Kind::CopyGone, row.relativePath};
-        const auto now = datesOf(facts);
+        now = datesOf(facts);
         if (std::abs(now.modified - proved.modified) > kCoarsest)
             return OffloadProblem{Kind::CopyDiffers, row.relativePath};
         // FAT forgets this date and shows an earlier one instead.
@@ -76,15 +83,21 @@ std::optional<OffloadProblem> ProvedCopies::changeOf(FileCopyResult& row, const 
     } catch (const PosixError&) {
         return OffloadProblem{Kind::CopyGone, row.relativePath};
     }
-    return readAgain(row, stop);
+    auto problem = readAgain(row, stop);
+    // Of before the reading: who touches it meanwhile has it read once more.
+    if (!problem)
+        proved.changed = now.changed;
+    return problem;
 }
 
-/// Nobody knows whether it was written to or only given to another owner.
-std::optional<OffloadProblem> ProvedCopies::readAgain(FileCopyResult& row,
-                                                      const std::stop_token& stop) const {
-    const L10n words(language_);
+/// Nobody knows whether it was written to or only given to another owner. Fails with
+/// `CancellationError`.
+ProvedCopies::Found ProvedCopies::readAgain(FileCopyResult& row,
+                                            const std::stop_token& stop) const {
     const FileBeneath copy{session_, row.relativePath};
     try {
+        if (stop.stop_requested())
+            throw CancellationError();
         // What was written to it may be on its way to the disk still.
         UncachedFile::openForReading(copy).sync();
         Transfer transfer;
@@ -96,9 +109,13 @@ std::optional<OffloadProblem> ProvedCopies::readAgain(FileCopyResult& row,
         if (!proof.mayComeFromMemory)
             return std::nullopt;
         return OffloadProblem{Kind::NotReadBack, row.relativePath,
-                              words.readFromMemory(Text::legible(row.relativePath))};
+                              BothLanguages::of([&](L10n l10n) {
+                                  return l10n.readFromMemory(Text::legible(row.relativePath));
+                              })};
+    } catch (const CancellationError&) {
+        throw;
     } catch (const std::exception& failure) {
-        return OffloadProblem::of(Kind::NotReadBack, row.relativePath, failure, words);
+        return OffloadProblem::of(Kind::NotReadBack, row.relativePath, failure);
     }
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Language/AppLanguage.h"
 #include "Offload/OffloadProblem.h"
 #include "Offload/OffloadRows.h"
 #include "Platform/Files/RootFolder.h"
@@ -21,9 +20,7 @@ namespace slatewise {
 class ProvedCopies {
 public:
     /// Holds the session's folder, so that another one of its name is known for what it is.
-    /// `language` is that of the reasons in problems.
-    ProvedCopies(RootFolder session, AppLanguage language)
-        : session_(std::move(session)), language_(language) {}
+    explicit ProvedCopies(RootFolder session) : session_(std::move(session)) {}
 
     /// The session's folder.
     const RootFolder& folder() const noexcept { return session_; }
@@ -32,33 +29,41 @@ public:
     /// among the run's. Fails with `PosixError` when it is not there.
     void note(std::size_t row, const std::string& copy);
 
+    /// What a look at the copies found.
+    struct Changes {
+        /// One for each copy that is not what it was, or one for the session's folder.
+        std::vector<OffloadProblem> problems;
+        /// Somebody had touched copies, which were not all read back once more.
+        bool wasStopped = false;
+
+        bool isNone() const noexcept { return problems.empty() && !wasStopped; }
+    };
+
     /// Looks whether every copy that `rows` call verified lies where it was proved, as long as it
-    /// was and with its date; marks the rows of others as failed, and gives a problem for each, or
-    /// one for the session's folder. `rows` have the run's order; what we wrote anew ourselves
-    /// since then is `written`, by its path in the session. Never fails: what cannot be seen is
-    /// gone.
+    /// was and with its date, and marks the rows of others as failed. `rows` have the run's order;
+    /// what we wrote anew ourselves since then is `written`, by its path in the session. Never
+    /// fails: what cannot be seen is gone.
     ///
     /// Dates count by the two seconds that the coarsest file systems keep. A copy has its source's
     /// date, which lies before the run, so that whatever is written later stands out. Who writes
     /// may put that date back, but not the one of the last change: a copy that was changed in
-    /// whatever way since its proof is read back once more, until `stop` is requested.
-    std::vector<OffloadProblem> findChanged(std::span<FileCopyResult> rows,
-                                            std::span<const std::string> written = {},
-                                            std::stop_token stop = {}) const;
+    /// whatever way since its proof is read back once more, which proves it anew. Once `stop` is
+    /// requested none is: rows of such copies become unverified.
+    Changes findChanged(std::span<FileCopyResult> rows, std::span<const std::string> written = {},
+                        const std::stop_token& stop = {});
 
 private:
+    using Found = std::optional<OffloadProblem>;
     struct Dates {
         /// In seconds.
         std::int64_t modified = 0;
         timespec changed{};
     };
     static Dates datesOf(const FileSystem::Attributes& attributes);
-    std::optional<OffloadProblem> changeOf(FileCopyResult& row, const Dates& proved,
-                                           const std::stop_token& stop) const;
-    std::optional<OffloadProblem> readAgain(FileCopyResult& row, const std::stop_token& stop) const;
+    Found changeOf(FileCopyResult& row, Dates& proved, const std::stop_token& stop) const;
+    Found readAgain(FileCopyResult& row, const std::stop_token& stop) const;
 
     RootFolder session_;
-    const AppLanguage language_;
     /// By row; of no meaning where nothing was proved.
     std::vector<Dates> dates_;
 };

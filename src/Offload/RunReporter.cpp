@@ -1,6 +1,5 @@
 #include "Offload/RunReporter.h"
 
-#include "Language/L10n.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 
@@ -26,7 +25,7 @@ void RunReporter::reportFailure(OffloadProblem::Kind kind, const std::string& su
                                 const std::exception& failure, const std::filesystem::path& file) {
     if (dynamic_cast<const CancellationError*>(&failure))
         return log("Stopped at " + Text::displayable(subject));
-    report(OffloadProblem::of(kind, subject, failure, words_, file));
+    report(OffloadProblem::of(kind, subject, failure, file));
 }
 
 } // namespace slatewise

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
 
 #include <exception>
@@ -12,9 +11,8 @@ namespace slatewise {
 /// What one run says while it goes on, and keeps of it for its outcome. On the run's thread.
 class RunReporter {
 public:
-    /// The observer must outlive it. `language` is that of the reasons.
-    RunReporter(const CopyEngine::Observer& observer, AppLanguage language)
-        : observer_(observer), words_(language) {}
+    /// The observer must outlive it.
+    explicit RunReporter(const CopyEngine::Observer& observer) : observer_(observer) {}
 
     void publish(const OffloadPhase& phase) const;
     void log(const std::string& line) const;
@@ -25,14 +23,11 @@ public:
     void reportFailure(OffloadProblem::Kind kind, const std::string& subject,
                        const std::exception& failure, const std::filesystem::path& file = {});
 
-    L10n words() const { return words_; }
-
     /// All that was reported, to be taken once.
     std::vector<OffloadProblem> takeProblems() { return std::move(problems_); }
 
 private:
     const CopyEngine::Observer& observer_;
-    const L10n words_;
     std::vector<OffloadProblem> problems_;
 };
 

@@ -1,9 +1,10 @@
 #include "Platform/ProcessEnd.h"
 
+#include <array>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -22,6 +23,19 @@ namespace {
 
 const char* programName = "";
 
+/// A reason may hold a file's name, and that whatever a terminal takes for a command.
+void print(const char* text) {
+    std::array<char, 256> part{};
+    while (*text) {
+        std::size_t length = 0;
+        for (; *text && length < part.size(); ++text) {
+            const auto byte = static_cast<unsigned char>(*text);
+            part[length++] = byte < 0x20 || byte == 0x7f ? '?' : *text;
+        }
+        (void)!::write(STDERR_FILENO, part.data(), length);
+    }
+}
+
 /// Without memory of its own: there may be none left.
 [[noreturn]] void endWithASentence() {
     const char* reason = "unknown";
@@ -35,8 +49,9 @@ const char* programName = "";
     } catch (...) {
         reason = "an unknown failure";
     }
-    for (const char* part : {programName, ": ended by ", reason, "\n"})
-        (void)!::write(STDERR_FILENO, part, std::strlen(part));
+    for (const char* part : {programName, ": ended by ", reason})
+        print(part);
+    (void)!::write(STDERR_FILENO, "\n", 1);
     std::_Exit(EXIT_FAILURE);
 }
 

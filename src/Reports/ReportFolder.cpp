@@ -79,13 +79,20 @@ bool claimOnDestination(const RootFolder& destination, const RootFolder& archive
     }
 }
 
-bool isPassing(std::string_view name) {
-    constexpr std::string_view kForm = ".dddd-dd-dd-dddddd-";
-    return name.ends_with(kPassingEnd) && name.size() > kForm.size() + kPassingEnd.size() &&
+/// Whether a name begins as those of all sets do.
+bool isOfASet(std::string_view name) {
+    constexpr std::string_view kForm = "dddd-dd-dd-dddddd-";
+    return name.size() > kForm.size() &&
            std::equal(kForm.begin(), kForm.end(), name.begin(), [](char expected, char character) {
                return expected == 'd' ? character >= '0' && character <= '9'
                                       : character == expected;
            });
+}
+
+bool isPassing(std::string_view name) {
+    return name.starts_with(kPassingStart) && name.ends_with(kPassingEnd) &&
+           isOfASet(name.substr(kPassingStart.size(),
+                                name.size() - kPassingStart.size() - kPassingEnd.size()));
 }
 
 /// Whoever writes a set holds a lock on its folder. Other machines do not see that on every share,
@@ -106,21 +113,22 @@ void removeUnfinished(const RootFolder& folder, const std::string& name) {
     remove(folder, name);
 }
 
-/// Removes the sets in the folder that a program which was killed did not come to finish, as far as
-/// that is possible, and adds the names that it had claimed for them.
-void removeUnfinished(const RootFolder& root, const std::filesystem::path& place,
-                      std::vector<std::string>& claimed) noexcept {
-    try {
-        const auto folder = root.below(place);
-        for (const auto& name : folder.names()) {
-            if (!isPassing(name) || !isLeftBehind(folder, name))
+/// Removes the sets in the folder that a program which was killed did not come to finish, and the
+/// empty folders by which it claimed names, as far as that is possible.
+void removeUnfinishedIn(const RootFolder& folder) {
+    for (const auto& name : folder.names()) {
+        if (!isPassing(name) && !isOfASet(name))
+            continue;
+        try {
+            if (!isLeftBehind(folder, name))
                 continue;
-            removeUnfinished(folder, name);
-            claimed.push_back(name.substr(kPassingStart.size(),
-                                          name.size() - kPassingStart.size() - kPassingEnd.size()));
+            if (isPassing(name))
+                removeUnfinished(folder, name);
+            else
+                removeIfEmpty(folder, name);
+        } catch (const std::exception&) {
+            // It is in nobody's way.
         }
-    } catch (const std::exception&) {
-        // They are in nobody's way.
     }
 }
 
@@ -173,15 +181,19 @@ std::string claim(const std::string& name, const std::string& sessionID, const R
     }
 }
 
-void removeLeftovers(const RootFolder& archive, const RootFolder* destination) noexcept {
-    std::vector<std::string> claimed;
-    removeUnfinished(archive, "", claimed);
-    if (destination)
-        removeUnfinished(*destination, kReports, claimed);
-    for (const auto& name : claimed) {
-        removeIfEmpty(archive, name);
-        if (destination)
-            removeIfEmpty(*destination, onDestination(name));
+void removeLeftovers(const RootFolder& archive,
+                     std::span<const std::shared_ptr<const RootFolder>> destinations) noexcept {
+    try {
+        removeUnfinishedIn(archive);
+    } catch (const std::exception&) {
+        // What cannot be listed is left as it is.
+    }
+    for (const auto& destination : destinations) {
+        try {
+            removeUnfinishedIn(destination->below(kReports));
+        } catch (const std::exception&) {
+            // As above, or no reports were left there yet.
+        }
     }
 }
 
@@ -203,22 +215,25 @@ void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fi
         if (!passing.empty())
             remove(root, passing);
         if (isInPlace)
-            remove(root, set);
-        else
-            removeIfEmpty(root, set);
+            clear(root, set);
         throw;
     }
 }
 
-void clear(const RootFolder& root, const std::filesystem::path& set) noexcept {
+bool clear(const RootFolder& root, const std::filesystem::path& set) noexcept {
+    bool isCleared = true;
     // The manifest first: without it the rest passes for no set.
     for (const auto name : ReportWriter::fileNames) {
         try {
             root.removeFile(set / name);
+        } catch (const PosixError& failure) {
+            // The others may go all the same. Without its folder there is no file.
+            isCleared = isCleared && failure.code() == ENOENT;
         } catch (const std::exception&) {
-            // The others may go all the same.
+            isCleared = false;
         }
     }
+    return isCleared;
 }
 
 void removeIfEmpty(const RootFolder& root, const std::filesystem::path& set) noexcept {

@@ -6,6 +6,8 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -32,19 +34,23 @@ std::string claim(const std::string& name, const std::string& sessionID, const R
                   const RootFolder* destination);
 
 /// Takes away what programs that were killed a day ago or longer left of sets that they did not
-/// come to finish, and what they had claimed for them. Never fails.
-void removeLeftovers(const RootFolder& archive, const RootFolder* destination) noexcept;
+/// come to finish, and what they had claimed for them, in the archive and beneath the roots of
+/// destinations. Never fails.
+void removeLeftovers(const RootFolder& archive,
+                     std::span<const std::shared_ptr<const RootFolder>> destinations) noexcept;
 
 /// Gets a set into a passing folder, which is new.
 using Fill = std::function<void(const RootFolder& passing)>;
 
 /// Has `fill` make a set in a passing folder beneath `root` and gives that the claimed name `set`:
 /// who looks there sees a whole set or none. When any of it fails nothing of the set stays, as far
-/// as the disk allows, nor does the claim, and the failure goes on to the caller.
+/// as the disk allows, and the failure goes on to the caller, whose claim stays: without it the
+/// name could be somebody else's by the next try.
 void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fill& fill);
 
-/// Takes the files of a set of ours away; its folder stays, and claims its name. Never fails.
-void clear(const RootFolder& root, const std::filesystem::path& set) noexcept;
+/// Takes the files of a set of ours away; its folder stays, and claims its name. Gives whether none
+/// of them stands there any more. Never fails.
+bool clear(const RootFolder& root, const std::filesystem::path& set) noexcept;
 
 /// Takes a folder away in which nothing lies. Never fails.
 void removeIfEmpty(const RootFolder& root, const std::filesystem::path& set) noexcept;
@@ -62,8 +68,8 @@ bool isOpaqueSessionID(std::string_view name);
 std::filesystem::path destinationReportsRoot(const std::filesystem::path& mountPoint);
 
 /// Copies a report set to its session's destination, under the given name. Does nothing when the
-/// destination is not there or is another disk than the one that holds the set. A failure is not
-/// reported.
+/// destination is not there, is another disk than the one that holds the set, or has another
+/// session's set of that name. A failure is not reported.
 void copyToMountedDestination(const RootFolder& from, const SessionManifest& manifest,
                               const std::string& folderName) noexcept;
 

@@ -3,6 +3,7 @@
 #include "Reports/ManifestBytes.h"
 #include "Reports/ReportFolder.h"
 #include "Reports/ReportWriter.h"
+#include "Storage/AppLog.h"
 
 #include <optional>
 
@@ -42,6 +43,26 @@ std::vector<std::string> opaqueFolders(const RootFolder& root) {
     return names;
 }
 
+void putClaimed(const RootFolder& from, const RootFolder& destination,
+                const std::filesystem::path& set) {
+    try {
+        putWhole(destination, set,
+                 [&](const RootFolder& passing) { ReportWriter::copySidecars(from, passing); });
+    } catch (...) {
+        removeIfEmpty(destination, set);
+        throw;
+    }
+}
+
+/// Two sessions may bear one name: two machines that write to one disk know nothing of each other.
+/// Fails when that cannot be told.
+bool holdsAnother(const RootFolder& set, const SessionManifest& manifest) {
+    if (!set.exists("manifest.json"))
+        return false;
+    ManifestBytes bytes({set, "manifest.json"});
+    return ReportWriter::isoDecodeHead(bytes).sessionID != manifest.sessionID;
+}
+
 void migrateFolder(const RootFolder& root, const std::string& folder) {
     ManifestBytes bytes({root, std::filesystem::path(folder) / "manifest.json"});
     const auto manifest = ReportWriter::isoDecodeHead(bytes);
@@ -77,11 +98,15 @@ void copyToMountedDestination(const RootFolder& from, const SessionManifest& man
             return;
         const auto set = onDestination(folderName);
         destination->createFolders(set.parent_path());
-        if (destination->createNewFolder(set))
-            putWhole(*destination, set,
-                     [&](const RootFolder& passing) { ReportWriter::copySidecars(from, passing); });
+        if (destination->createNewFolder(set)) {
+            putClaimed(from, *destination, set);
+            return;
+        }
+        const auto there = destination->below(set);
+        if (holdsAnother(there, manifest))
+            AppLog::append("Not copied over other reports: " + there.path().native());
         else
-            ReportWriter::copySidecars(from, destination->below(set));
+            ReportWriter::copySidecars(from, there);
     } catch (const std::exception&) {
         // The set lies where it was; a copy that is missing is no reason to trouble anyone.
     }

@@ -1,5 +1,7 @@
 #include "Batch/BatchOfCards.h"
 #include "Language/L10n.h"
+#include "Storage/AppDatabase.h"
+#include "Storage/UserStore.h"
 #include "support/MountedVolume.h"
 
 #include <QCoreApplication>
@@ -103,31 +105,37 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
 
 // Outside the kernel a file system is a program, which may be killed or just not answer.
 TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
+    enum Moment { Before, DuringRun, BeforeTraces };
     struct Case {
         const char* name;
         int signal;
-        bool isDuringRun;
+        Moment moment;
         std::vector<const char*> sentences;
         const char* advice;
     };
     const std::vector<Case> cases = {
-        {"A001", SIGKILL, false, {"The card A001 is no longer there."}, "Put the card in again"},
+        {"A001", SIGKILL, Before, {"The card A001 is no longer there."}, "Put the card in again"},
         {"SSD1",
          SIGKILL,
-         false,
+         Before,
          {"The disk SSD1 is no longer the one that was chosen."},
          "Connect the disk again"},
-        {"A001", SIGSTOP, false, {"The card A001 does not answer."}, "Put the card in again"},
-        {"SSD1", SIGSTOP, false, {"The disk SSD1 does not answer."}, "Connect the disk again"},
+        {"A001", SIGSTOP, Before, {"The card A001 does not answer."}, "Put the card in again"},
+        {"SSD1", SIGSTOP, Before, {"The disk SSD1 does not answer."}, "Connect the disk again"},
         {"SSD1",
          SIGKILL,
-         true,
+         DuringRun,
          {"The disk SSD1 is no longer the one that was chosen."},
          "Connect the disk again"},
         {"SSD1",
          SIGSTOP,
-         true,
+         DuringRun,
          {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."},
+         "You stopped it."},
+        {"SSD1",
+         SIGSTOP,
+         BeforeTraces,
+         {"The copy is complete, its reports were not waited for."},
          "You stopped it."},
     };
     for (const auto& testCase : cases) {
@@ -139,25 +147,34 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
         writeFile(desk.folder / "A001/A.mov", bytesOf(4'000'000));
         desk.surroundings.patience = std::chrono::milliseconds(500);
         desk.surroundings.runEngine = [&](const auto& request, auto observer, auto stop) {
-            observer.progress = [&, isHit = false](const OffloadPhase& phase) mutable {
-                if (!testCase.isDuringRun || !std::holds_alternative<Phase::Copying>(phase) ||
-                    std::exchange(isHit, true))
-                    return;
+            const auto hit = [&] {
                 volume.signalItsProgram(testCase.signal);
                 if (testCase.signal == SIGSTOP)
                     QMetaObject::invokeMethod(QCoreApplication::instance(),
                                               [&] { desk.model().batch()->cancel(); });
             };
-            return CopyEngine::run(request, observer, stop);
+            observer.progress = [&, isHit = false](const OffloadPhase& phase) mutable {
+                if (testCase.moment == DuringRun && std::holds_alternative<Phase::Copying>(phase) &&
+                    !std::exchange(isHit, true))
+                    hit();
+            };
+            auto outcome = CopyEngine::run(request, observer, stop);
+            if (testCase.moment == BeforeTraces)
+                hit();
+            return outcome;
         };
         start();
+        const auto reported = [] {
+            return openUserStore()->pendingOutbox().size();
+        };
+        const auto reportedBefore = reported();
         desk.selectCard(card, "CamA");
-        if (!testCase.isDuringRun)
+        if (testCase.moment == Before)
             volume.signalItsProgram(testCase.signal);
         desk.copy();
         const auto& pair = result().pairs.at(0);
         EXPECT_EQ(pair.status, OutcomeStatus::Failed);
-        EXPECT_EQ(pair.sessionRoot.empty(), !testCase.isDuringRun) << "where the half of it lies";
+        EXPECT_EQ(pair.sessionRoot.empty(), testCase.moment == Before) << "where it lies";
         std::vector<std::string> sentences = {pair.message};
         for (const auto& problem : pair.problems)
             sentences.push_back(problem.text(L10n(AppLanguage::English)));
@@ -167,6 +184,8 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
                     ::testing::StartsWith(testCase.advice));
         if (testCase.signal == SIGSTOP)
             volume.signalItsProgram(SIGCONT);
+        if (testCase.moment == BeforeTraces)
+            Desk::waitUntil([&] { return reported() > reportedBefore; });
         desk.quit();
         desk.volumes.clear();
         volume.pull();

@@ -109,7 +109,10 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
         bool wasHashing;
         const char* headline;
         const char* advice;
+        std::optional<OffloadError> error{};
     };
+    const std::filesystem::filesystem_error noRoom(
+        "copy", "/D", std::make_error_code(std::errc::no_space_on_device));
     constexpr auto kOther = PairFailure::Other;
     const std::vector<Case> cases = {
         {{{Kind::CopyStopped, "a"}, {Kind::CardGone, "A"}},
@@ -133,6 +136,16 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
          false,
          "",
          "Do not wipe the card. Copy it again, best to another"},
+        {{{Kind::PagesNotWritten, "D"}, {Kind::ReportsOutdated, "D"}, {Kind::CopyDiffers, "a"}},
+         kOther,
+         false,
+         "The copy of a differs from the card. Card was left mounted.",
+         "Do not wipe the card. Copy it again, best to another"},
+        {{OffloadProblem::of(Kind::ReportsNotCopied, "D", noRoom)},
+         kOther,
+         false,
+         "no room left. Card was left mounted.",
+         "Make room on the disk"},
         {{{Kind::HashingStopped, "a"}},
          kOther,
          true,
@@ -144,7 +157,12 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
          true,
          "",
          "Do not wipe the card. Press Hash only to try again."},
-        {{}, PairFailure::NoSpace, false, "", "Make room on the disk"},
+        {{},
+         kOther,
+         false,
+         "",
+         "Make room on the disk",
+         OffloadError(OffloadError::InsufficientSpace{2, 1, "D"})},
         {{},
          kOther,
          false,
@@ -155,6 +173,11 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
          false,
          "Cancelled.",
          "You stopped it. Do not wipe the card; press Copy"},
+        {{{Kind::ReportsNotAwaited, "A → D"}},
+         PairFailure::Stopped,
+         false,
+         "The copy is complete, its reports were not waited for.",
+         "You stopped it. Do not wipe the card; press Copy"},
     };
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.advice);
@@ -164,6 +187,7 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
         failed.planned.name = "A → D";
         failed.result.problems = testCase.problems;
         failed.result.failure = testCase.failure;
+        failed.result.error = testCase.error;
         failed.result.runStatus = OutcomeStatus::Failed;
         EXPECT_THAT(BatchOutcome::advice(failed, testCase.wasHashing, kEnglish),
                     ::testing::StartsWith(testCase.advice));

@@ -1,6 +1,8 @@
 #include "Offload/CopyEngine.h"
 
+#include "Offload/ProvedCopies.h"
 #include "Platform/Disks/BlockDevices.h"
+#include "Platform/Disks/DeviceCache.h"
 #include "support/Files.h"
 #include "support/MappedFile.h"
 #include "support/MountedVolume.h"
@@ -8,6 +10,9 @@
 #include "support/Process.h"
 
 #include <gmock/gmock.h>
+
+#include <chrono>
+#include <thread>
 
 // Where a read-back may not have come from the disk.
 
@@ -56,6 +61,49 @@ TEST(ReadBack, SaysSoWhereTheDiskIsAFileInMemory) {
         EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
         EXPECT_EQ(outcome.problems.empty(), isDirect == std::string("on")) << isDirect;
     }
+}
+
+TEST(ReadBack, SaysSoWhereTheFileOfADiskLiesOnOneThatIsRemembered) {
+    const MountedVolume below(MountedVolume::FileSystem::Ext4, 64 * kMiB);
+    std::filesystem::create_directory(below / "disk");
+    runPrivileged({"truncate", "--size=16M", below / "image"});
+    runPrivileged({"mkfs.ext4", "-q", below / "image"});
+    runPrivileged({"mount", "-o", "loop", below / "image", below / "disk"});
+    runPrivileged({"losetup", "--direct-io=on", BlockDevices::pathUnder(below / "disk")});
+    for (const auto* isDirect : {"on", "off"}) {
+        runPrivileged({"losetup", std::string("--direct-io=") + isDirect,
+                       BlockDevices::pathUnder(below.path())});
+        EXPECT_EQ(DeviceCache::drop(below / "disk") == DeviceCache::Drop::NotNeeded,
+                  isDirect == std::string("on"))
+            << isDirect;
+    }
+    runPrivileged({"umount", below / "disk"});
+}
+
+TEST(ReadBack, ATouchedCopyIsReadOnceMoreAndNoMore) {
+    const TemporaryFolder disk;
+    const auto copy = disk / "clip.mov";
+    writeFile(copy, bytesOf(5000));
+    ProvedCopies copies{RootFolder(disk.path())};
+    copies.note(0, "clip.mov");
+    std::vector<FileCopyResult> rows(1);
+    rows[0].relativePath = "clip.mov";
+    rows[0].sizeBytes = 5000;
+    rows[0].verifyStatus = VerifyStatus::Verified;
+    rows[0].sourceSHA256 = independentSha256(copy);
+    std::stop_source stopped;
+    stopped.request_stop();
+    EXPECT_TRUE(copies.findChanged(rows, {}, stopped.get_token()).isNone());
+    // The kernel's clock for dates is a coarse one.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::filesystem::permissions(copy, std::filesystem::perms::owner_all);
+    const auto changes = copies.findChanged(rows, {}, stopped.get_token());
+    EXPECT_TRUE(changes.wasStopped);
+    EXPECT_TRUE(changes.problems.empty()) << "nothing is known of it";
+    EXPECT_EQ(rows[0].verifyStatus, VerifyStatus::CopiedUnverified);
+    rows[0].verifyStatus = VerifyStatus::Verified;
+    EXPECT_TRUE(copies.findChanged(rows).isNone());
+    EXPECT_TRUE(copies.findChanged(rows, {}, stopped.get_token()).isNone()) << "proved anew";
 }
 
 TEST(ReadBack, SaysSoWhereAFileLiesAmongTheRecordsOfTheFileSystem) {

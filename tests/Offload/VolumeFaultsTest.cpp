@@ -374,12 +374,14 @@ TEST(DiskWithoutCase, NamesThatBecomeOneFailTheRun) {
         const TemporaryFolder card;
         for (const auto* name : names)
             writeFile(card / name, name);
-        auto request = requestFor(card.path(), disk.path());
-        request.language = AppLanguage::Turkish;
         RunRecord record;
-        const auto outcome = CopyEngine::run(request, record.observer(), {});
+        const auto outcome =
+            CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
         EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-        EXPECT_THAT(record.problems, ::testing::Contains(HasSubstr(problem)));
+        auto texts = record.problems;
+        for (const auto& each : outcome.problems)
+            texts.push_back(each.text(L10n(AppLanguage::Turkish)));
+        EXPECT_THAT(texts, ::testing::Contains(HasSubstr(problem)));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "Platform/Worker.h"
 
 #include "Platform/Error.h"
+#include "Platform/ProcessEnd.h"
 
 #include <gtest/gtest.h>
 
@@ -57,6 +58,18 @@ QCoro::Task<std::string> storyOn(std::thread::id here, std::vector<std::string>&
 }
 
 } // namespace
+
+TEST(ProcessEnd, IsSaidInALineThatActsOnNoTerminal) {
+    const auto end = [] {
+        sayWhatEndsIt("program");
+        try {
+            throw std::runtime_error("a\x1b[2J\x7f\n" + std::string(300, 'b'));
+        } catch (const std::exception&) {
+            std::terminate();
+        }
+    };
+    EXPECT_EXIT(end(), ::testing::ExitedWithCode(1), "program: ended by a\\?\\[2J\\?\\?b{300}");
+}
 
 TEST(Worker, ResultsAndFailuresComeBackToTheAwaitersThread) {
     std::vector<std::string> story;

@@ -135,7 +135,8 @@ TEST_F(ReportFolders, ASetIsPutWholeOrNotAtAll) {
     };
     std::filesystem::create_directories(disk / set);
     EXPECT_THROW(ReportFolder::putWhole(root, set, putHalf), Error);
-    EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre());
+    EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre("set")) << "still claimed";
+    EXPECT_TRUE(std::filesystem::is_empty(disk / set));
     // Somebody else's is neither replaced nor taken away.
     writeFile(disk / set / "manifest.json", "theirs");
     EXPECT_THROW(ReportFolder::putWhole(root, set, putHalf), Error);
@@ -149,18 +150,27 @@ TEST_F(ReportFolders, ASetIsPutWholeOrNotAtAll) {
     });
     EXPECT_EQ(readFile(disk / "reports/new/manifest.json"), "ours");
     EXPECT_EQ(readFile(disk / "reports/.new.part/manifest.json"), "theirs");
+
+    EXPECT_TRUE(ReportFolder::clear(root, "reports/new"));
+    EXPECT_TRUE(ReportFolder::clear(root, "reports/none"));
+    writeFile(disk / "reports/new/manifest.json", "back again");
+    std::filesystem::create_directory(disk / "reports/new/inventory.csv");
+    EXPECT_FALSE(ReportFolder::clear(root, "reports/new")) << "not all of it goes";
+    EXPECT_FALSE(std::filesystem::exists(disk / "reports/new/manifest.json"));
 }
 
 TEST_F(ReportFolders, WhatAKilledProgramLeftGoesWhenNobodyCanBeAtIt) {
-    const RootFolder root(disk);
+    const auto root = std::make_shared<const RootFolder>(disk);
     const auto reports = disk / "reports";
     std::filesystem::create_directory(archive);
+    const auto age = [](const std::filesystem::path& place, int hours) {
+        std::filesystem::last_write_time(place, std::filesystem::file_time_type::clock::now() -
+                                                    std::chrono::hours(hours));
+    };
     const auto leave = [&](const std::filesystem::path& place, const std::string& name, int hours) {
         writeFile(place / name / "manifest.json", "half");
         writeFile(place / name / "inventory.csv.x.tmp", "half");
-        std::filesystem::last_write_time(place / name,
-                                         std::filesystem::file_time_type::clock::now() -
-                                             std::chrono::hours(hours));
+        age(place / name, hours);
     };
     const auto part = [](const std::string& name) {
         return "." + name + ".part";
@@ -168,18 +178,25 @@ TEST_F(ReportFolders, WhatAKilledProgramLeftGoesWhenNobodyCanBeAtIt) {
     const std::string other = "2026-03-15-121502-A_Unit-CamA-A001";
     leave(archive, part(kName), 25);
     leave(reports, part(other), 25);
-    for (const auto& claimed : {archive / kName, reports / kName, reports / other})
+    for (const auto& claimed : {archive / kName, reports / kName, reports / other}) {
         std::filesystem::create_directories(claimed);
+        age(claimed, 25);
+    }
+    // One that resists keeps none of the others there.
+    std::filesystem::create_directories(reports / part("2026-03-13-121502-odd") / "x.tmp");
+    age(reports / part("2026-03-13-121502-odd"), 25);
     // Not long ago, in work, somebody else's, or with more in it than ours ever had.
     leave(reports, part("2026-03-16-121502-new"), 23);
     leave(reports, part("2026-03-16-121502-locked"), 25);
-    const auto lock = root.below(reports.filename() / part("2026-03-16-121502-locked")).tryToLock();
+    const auto lock =
+        root->below(reports.filename() / part("2026-03-16-121502-locked")).tryToLock();
     leave(reports, ".theirs.part", 25);
     leave(reports, "2026-03-16-121502-set", 25);
+    std::filesystem::create_directories(reports / "2026-03-16-121502-claim");
     writeFile(archive / other / "manifest.json", "whole");
     const auto before = namesIn(reports).size();
 
-    ReportFolder::removeLeftovers(RootFolder(archive), &root);
+    ReportFolder::removeLeftovers(RootFolder(archive), std::vector{root});
     EXPECT_THAT(namesIn(archive), UnorderedElementsAre(other));
     EXPECT_EQ(namesIn(reports).size(), before - 3);
     for (const auto& gone : {part(other), other, std::string(kName)})
@@ -199,6 +216,10 @@ TEST_F(ReportFolders, AnIDIsToldFromAName) {
 TEST_F(ReportFolders, OldNamesBecomeReadableOnceAndReachTheDisk) {
     leaveSet(archive, kID, disk);
     leaveSet(archive, kOtherID, folder / "not mounted");
+    // Of two machines with one disk each names its sets by itself.
+    leaveSet(archive, "87654321-9abc-def0-1234-56789abcdef0", disk);
+    const auto third = std::string(kName) + "_87654321";
+    leaveSet(disk / "reports", kOtherID, disk, third);
     // An archive may be a link.
     std::filesystem::rename(archive, folder / "elsewhere");
     std::filesystem::create_directory_symlink(folder / "elsewhere", archive);
@@ -206,8 +227,11 @@ TEST_F(ReportFolders, OldNamesBecomeReadableOnceAndReachTheDisk) {
     ReportFolder::migrateReadableNames(archive);
     const auto second = std::string(kName) + "_12345678";
     for (int times = 0; times < 2; ++times) {
-        EXPECT_THAT(namesIn(archive), UnorderedElementsAre(kName, second, "already readable"));
-        EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre(kName));
+        EXPECT_THAT(namesIn(archive),
+                    UnorderedElementsAre(kName, second, third, "already readable"));
+        EXPECT_THAT(namesIn(disk / "reports"), UnorderedElementsAre(kName, third));
+        EXPECT_EQ(readFile(disk / "reports" / third / "inventory.csv"),
+                  std::string("of ") + kOtherID);
         EXPECT_EQ(readFile(archive / kName / "inventory.csv"), std::string("of ") + kID);
         EXPECT_EQ(readFile(archive / second / "inventory.csv"), std::string("of ") + kOtherID);
         EXPECT_EQ(readFile(disk / "reports" / kName / "inventory.csv"), std::string("of ") + kID);

@@ -206,7 +206,10 @@ TEST_F(OffloadProgram, AnswersForEveryCardAndDiskThatIsGoneDeadOrSilent) {
         EXPECT_EQ(pairs[pair].status, "failed") << pair;
     EXPECT_THAT(result.standardError,
                 AllOf(HasSubstr("A001 → gone · Failed: " + (folder / "gone").native()),
-                      HasSubstr("no → Disk1 · Failed"), HasSubstr("the device is gone"),
+                      HasSubstr("A001 → gone · Keep the card"), HasSubstr("no → Disk1 · Failed"),
+                      HasSubstr("the device is gone"),
+                      HasSubstr(dead.path().filename().native() + " → Disk1 · Connect it again"),
+                      HasSubstr(silent.path().filename().native() + " → Disk1 · Connect it again"),
                       HasSubstr(silent.path().native() + " does not answer")));
 
     // No other program aborts there either.

@@ -10,6 +10,8 @@
 #include "Volumes/PickedFolder.h"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -75,6 +77,17 @@ bool hasReportSets(const std::filesystem::path& folder) {
     return false;
 }
 
+/// Of a disk that is taken out, desktops take the mount point away. A path that is nowhere else may
+/// be mistyped as well.
+bool meansGone(const std::filesystem::filesystem_error& failure) {
+    constexpr std::array kCodes = {ESTALE, ENODEV, ENXIO, ENOMEDIUM, ENOTCONN, ECONNABORTED};
+    const int code = failure.code().value();
+    const auto& path = failure.path1().native();
+    const bool wasMounted = path.starts_with("/media/") || path.starts_with("/run/media/");
+    return (code == ENOENT && wasMounted) ||
+           std::find(kCodes.begin(), kCodes.end(), code) != kCodes.end();
+}
+
 /// Blocks as long as the disk does.
 void look(NamedFolder& folder, L10n l10n) {
     const auto& named = folder.volume.facts.mountPoint;
@@ -89,6 +102,8 @@ void look(NamedFolder& folder, L10n l10n) {
         folder.volume = pickedFolder(DiskUtilClient::facts(path), path, kind);
     } catch (const std::exception& failure) {
         folder.obstacle = describe(failure, l10n);
+        const auto* known = dynamic_cast<const std::filesystem::filesystem_error*>(&failure);
+        folder.isGone = known && meansGone(*known);
     }
 }
 
@@ -117,6 +132,7 @@ void lookAside(const std::shared_ptr<Board>& board, std::vector<NamedFolder> Nam
 NamedFolder silent(const std::string& typed, VolumeKind kind, const Texts& texts) {
     auto folder = unseen(typed, kind);
     folder.obstacle = texts.doesNotAnswer(typed);
+    folder.isGone = true;
     return folder;
 }
 

@@ -28,6 +28,8 @@ struct NamedFolder {
 
     /// Why it cannot be used: it is gone, or does not answer.
     std::optional<std::string> obstacle{};
+    /// To all appearance it was there, and connecting it again may mend that.
+    bool isGone = false;
     /// It is something else than a folder, which no plugging in mends.
     bool isNoFolder = false;
     /// Nothing lies in it but what file systems and desktops put there.

@@ -34,13 +34,23 @@ std::string sentence(const std::string& label, std::string_view text) {
     return fmt::format("{} · {}", label, text);
 }
 
+/// What is wrong with the copy first: not all may be told.
 std::vector<OffloadProblem> failuresIn(const PairResult& result) {
     std::vector<OffloadProblem> failures;
     std::copy_if(result.problems.begin(), result.problems.end(), std::back_inserter(failures),
                  [](const auto& problem) {
                      return problem.severity() == OffloadProblem::Severity::Failure;
                  });
+    std::stable_partition(failures.begin(), failures.end(),
+                          [](const auto& failure) { return !failure.isOfReports(); });
     return failures;
+}
+
+/// Nothing went wrong but with its reports.
+bool isCopyComplete(const PairResult& result, const std::vector<OffloadProblem>& failures) {
+    return result.runStatus && endedWell(*result.runStatus) && !failures.empty() &&
+           std::all_of(failures.begin(), failures.end(),
+                       [](const auto& failure) { return failure.isOfReports(); });
 }
 
 } // namespace
@@ -83,7 +93,10 @@ void Offload::answerForUnusable() {
                 const auto label = pairName(card.volume, destination.volume, order_.settings);
                 results_[place].message = *obstacle;
                 display_.note(sentence(label, texts_.shared.failed(*obstacle)));
-                display_.note(sentence(label, advice(OffloadProblem::Kind::CardGone)));
+                const bool isGone = card.obstacle ? card.isGone : destination.isGone;
+                display_.note(sentence(
+                    label,
+                    advice(isGone ? std::optional(OffloadProblem::Kind::CardGone) : std::nullopt)));
             } else {
                 places_.push_back(place);
             }
@@ -188,8 +201,8 @@ void Offload::tellOfFailure(const std::string& label, const PairResult& result) 
         display_.note(sentence(label, shared.failed(failures[index].text(shared))));
     if (failures.size() > kProblemsTold)
         display_.note(sentence(label, texts_.moreProblems(failures.size() - kProblemsTold)));
-    const bool isCopyComplete = result.runStatus && endedWell(*result.runStatus);
-    if (stop_.stop_requested() && !isCopyComplete) {
+    const bool isComplete = isCopyComplete(result, failures);
+    if (stop_.stop_requested() && !isComplete) {
         display_.note(sentence(label, shared.cancelled()));
     } else {
         // A run that came to nothing may have told no problem.
@@ -198,10 +211,11 @@ void Offload::tellOfFailure(const std::string& label, const PairResult& result) 
         });
         if (!isTold)
             display_.note(sentence(label, shared.failed(result.message)));
-        const auto kind = failures.empty() ? std::nullopt : std::optional(failures.front().kind);
+        const auto* decisive = OffloadProblem::decisive(result.problems);
+        const auto kind = decisive ? std::optional(decisive->kind) : std::nullopt;
         display_.note(sentence(label, advice(kind)));
     }
-    if (!result.sessionRoot.empty() && !isCopyComplete && !order_.settings.verifyOnly) {
+    if (!result.sessionRoot.empty() && !isComplete && !order_.settings.verifyOnly) {
         display_.note(
             sentence(label, texts_.leftOnDestination(Text::displayable(result.sessionRoot.native()),
                                                      result.filesDone)));

@@ -141,6 +141,9 @@ std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
                       "Kartı saklayın, bu diske güvenmeyin ve başka bir diske yeniden alın.");
     case Kind::ReportsNotArchived:
     case Kind::ReportsNotCopied:
+    case Kind::PagesNotWritten:
+    case Kind::ReportsOutdated:
+    case Kind::ReportsNotAwaited:
         return choose(
             "The copy itself is complete. Mend the cause and offload again for a full set.",
             "Kopyanın kendisi tamam. Tam bir takım için nedeni giderip yeniden alın.");
@@ -161,6 +164,9 @@ std::string_view Texts::hashingAdvice(std::optional<OffloadProblem::Kind> kind) 
                       "Yeniden bağlayıp bir daha başlatın.");
     case Kind::ReportsNotArchived:
     case Kind::ReportsNotCopied:
+    case Kind::PagesNotWritten:
+    case Kind::ReportsOutdated:
+    case Kind::ReportsNotAwaited:
         return choose("Everything was hashed. Mend the cause and hash again for a full set.",
                       "Hepsinin hash’i alındı. Tam bir takım için nedeni giderip yeniden alın.");
     default:

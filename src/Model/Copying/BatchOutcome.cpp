@@ -21,14 +21,6 @@ namespace {
 
 using Kind = OffloadProblem::Kind;
 
-const OffloadProblem* firstFailure(const PairResult& pair) {
-    const auto found =
-        std::find_if(pair.problems.begin(), pair.problems.end(), [](const auto& problem) {
-            return problem.severity() == OffloadProblem::Severity::Failure;
-        });
-    return found == pair.problems.end() ? nullptr : &*found;
-}
-
 bool wasBegun(const PairResult& pair) {
     return pair.failure != PairFailure::None || endedWell(pair.status);
 }
@@ -36,8 +28,10 @@ bool wasBegun(const PairResult& pair) {
 /// What a pair failed by, in the language of now as far as more than words is known of it.
 std::string reasonOf(const BatchPair& planned, const PairResult& pair,
                      const OffloadProblem* failure, L10n l10n) {
-    if (pair.failure == PairFailure::Stopped)
-        return std::string(l10n.cancelled());
+    if (pair.failure == PairFailure::Stopped) {
+        const bool isCopyComplete = failure && failure->kind == Kind::ReportsNotAwaited;
+        return std::string(isCopyComplete ? l10n.reportsNotAwaited() : l10n.cancelled());
+    }
     if (failure)
         return failure->text(l10n);
     if (pair.error)
@@ -57,7 +51,7 @@ OutcomeLine lineOf(const BatchPair& planned, const PairResult& pair, L10n l10n) 
     case OutcomeStatus::Failed:
         break;
     }
-    const auto why = reasonOf(planned, pair, firstFailure(pair), l10n);
+    const auto why = reasonOf(planned, pair, OffloadProblem::decisive(pair.problems), l10n);
     return {toQString(l10n.pairFailed(planned.name, why)), OutcomeLine::Kind::Bad};
 }
 
@@ -90,7 +84,7 @@ const OffloadProblem* decisiveFailure(const PairResult& pair) {
         std::find_if(pair.problems.begin(), pair.problems.end(), [](const auto& problem) {
             return problem.kind == Kind::CardGone || problem.kind == Kind::DiskReplaced;
         });
-    return found == pair.problems.end() ? firstFailure(pair) : &*found;
+    return found == pair.problems.end() ? OffloadProblem::decisive(pair.problems) : &*found;
 }
 
 } // namespace
@@ -117,7 +111,7 @@ std::vector<OutcomeLine> problems(const BatchResult& result, L10n l10n) {
         // The line of the pair says this one already.
         const bool isTold =
             wasBegun(pair) && !endedWell(pair.status) && pair.failure != PairFailure::Stopped;
-        const auto* told = isTold ? firstFailure(pair) : nullptr;
+        const auto* told = isTold ? OffloadProblem::decisive(pair.problems) : nullptr;
         for (const auto& problem : pair.problems) {
             if (&problem == told)
                 continue;
@@ -158,8 +152,10 @@ std::string advice(const FailedPair& failed, bool wasHashing, L10n l10n) {
         return l10n.adviceStopped(button);
     if (const auto* failure = decisiveFailure(failed.result))
         return adviceFor(*failure, button, l10n);
-    return failed.result.failure == PairFailure::NoSpace ? l10n.adviceNoSpace(button)
-                                                         : l10n.adviceRetry(button);
+    const auto& error = failed.result.error;
+    const bool lacksSpace =
+        error && std::holds_alternative<OffloadError::InsufficientSpace>(error->reason());
+    return lacksSpace ? l10n.adviceNoSpace(button) : l10n.adviceRetry(button);
 }
 
 } // namespace BatchOutcome

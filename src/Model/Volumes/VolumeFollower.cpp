@@ -32,9 +32,7 @@ ClassifiedVolume pickedVolume(const VolumeFactsOf& facts, const std::filesystem:
     auto picked =
         pickedFolder(facts ? facts(folder) : VolumeFacts(), folder,
                      side == VolumeSide::Card ? VolumeKind::CameraCard : VolumeKind::Destination);
-    std::error_code unknown;
-    if (side == VolumeSide::Destination &&
-        MountPoints::isBare(std::filesystem::canonical(folder, unknown)))
+    if (side == VolumeSide::Destination && MountPoints::isBare(folder))
         picked.reasons.emplace_back(VolumeTexts::bareReason);
     return picked;
 }

@@ -37,19 +37,31 @@ std::uint32_t fileSystemUnder(const std::filesystem::path& path) {
     return ::statfs(path.c_str(), &facts) == 0 ? static_cast<std::uint32_t>(facts.f_type) : 0;
 }
 
-bool isLoopPastMemory(const std::filesystem::path& disk) {
+bool isKnown(std::uint32_t fileSystem) {
+    return std::find(kKnown.begin(), kKnown.end(), fileSystem) != kKnown.end();
+}
+
+std::string attribute(const std::filesystem::path& file) {
     try {
-        return Text::trimmed(FileSystem::read(disk / "loop/dio")) == "1";
+        return Text::trimmed(FileSystem::read(file));
     } catch (const PosixError&) {
-        return false;
+        return {};
     }
 }
 
-/// Whether what is read of the disk comes from hardware. A file that stands for one is remembered
-/// as any file is, unless whoever made it a disk asked for direct transfers; behind most other
-/// disks that no driver of hardware made is memory, another machine or another program.
-bool answersFromHardware(const std::filesystem::path& disk) {
-    return FileSystem::exists(disk / "device") || isLoopPastMemory(disk);
+/// A disk of the network looks like hardware but for the way to it.
+bool leadsToAnotherMachine(const std::filesystem::path& disk) {
+    std::error_code failure;
+    const auto device = std::filesystem::canonical(disk / "device", failure);
+    if (failure || device.native().find("/session") != std::string::npos)
+        return true;
+    // Where there are several ways to a disk, each has a folder of its own below.
+    auto ways = FileSystem::entriesIfAny(device);
+    ways.insert(device);
+    return std::any_of(ways.begin(), ways.end(), [](const std::filesystem::path& way) {
+        const auto transport = attribute(way / "transport");
+        return !transport.empty() && transport != "pcie";
+    });
 }
 
 bool liesOnHardware(const std::filesystem::path& device) {
@@ -69,17 +81,34 @@ std::vector<std::filesystem::path> devicesBeside(const std::filesystem::path& de
     return devices;
 }
 
-} // namespace
-
-Drop drop(const std::filesystem::path& path) {
+bool isVolumeOnHardware(const std::filesystem::path& path) {
     const auto folder = BlockDevices::folderOf(BlockDevices::numbersUnder(path));
     if (folder.empty())
-        return Drop::NotPossible;
+        return false;
     const auto devices = devicesBeside(folder);
-    if (!std::all_of(devices.begin(), devices.end(), liesOnHardware))
+    return std::all_of(devices.begin(), devices.end(), liesOnHardware);
+}
+
+/// What the image lies on may remember it, too, or be an image itself.
+bool isLoopPastMemory(const std::filesystem::path& disk) {
+    if (attribute(disk / "loop/dio") != "1")
+        return false;
+    const std::filesystem::path image = attribute(disk / "loop/backing_file");
+    return isKnown(fileSystemUnder(image)) && isVolumeOnHardware(image);
+}
+
+} // namespace
+
+bool answersFromHardware(const std::filesystem::path& disk) {
+    return FileSystem::exists(disk / "device") ? !leadsToAnotherMachine(disk)
+                                               : isLoopPastMemory(disk);
+}
+
+Drop drop(const std::filesystem::path& path) {
+    if (!isVolumeOnHardware(path))
         return Drop::NotPossible;
     const auto fileSystem = fileSystemUnder(path);
-    if (std::find(kKnown.begin(), kKnown.end(), fileSystem) != kKnown.end())
+    if (isKnown(fileSystem))
         return Drop::NotNeeded;
     if (fileSystem != FUSE_SUPER_MAGIC)
         return Drop::NotPossible;

@@ -18,6 +18,12 @@ enum class Drop {
     NotPossible,
 };
 
+/// Whether what is read of a disk, which is the kernel's folder of it, comes from hardware of this
+/// machine. A file that stands for a disk is remembered as any file is, unless whoever made it one
+/// asked for direct transfers to a file system that does so; behind most other disks that no driver
+/// of hardware made is memory, another machine or another program. Blocks as that file does.
+bool answersFromHardware(const std::filesystem::path& disk);
+
 /// Empties the cache of the device under the volume that holds `path`, once all of it is written.
 /// Reports no failure but in what it gives.
 Drop drop(const std::filesystem::path& path);

@@ -2,7 +2,9 @@
 
 #include "Platform/Disks/BlockDevices.h"
 
+#include <algorithm>
 #include <fstream>
+#include <optional>
 
 namespace slatewise {
 
@@ -18,10 +20,24 @@ std::vector<std::filesystem::path> countersUnder(dev_t device, const std::filesy
     return counters;
 }
 
+std::optional<std::int64_t> numberIn(const std::filesystem::path& counter) {
+    std::int64_t number = 0;
+    // Written as "0x1f".
+    if (std::ifstream(counter) >> std::hex >> number)
+        return number;
+    return std::nullopt;
+}
+
 } // namespace
 
 DeviceErrors::DeviceErrors(dev_t device, const std::filesystem::path& sys)
     : counters_(countersUnder(device, sys)), before_(count()) {}
+
+bool DeviceErrors::areCounted() const {
+    return !counters_.empty() &&
+           std::all_of(counters_.begin(), counters_.end(),
+                       [](const auto& counter) { return numberIn(counter).has_value(); });
+}
 
 bool DeviceErrors::haveGrown() const {
     return count() > before_;
@@ -29,12 +45,8 @@ bool DeviceErrors::haveGrown() const {
 
 std::int64_t DeviceErrors::count() const {
     std::int64_t sum = 0;
-    for (const auto& counter : counters_) {
-        std::int64_t count = 0;
-        // Written as "0x1f".
-        if (std::ifstream(counter) >> std::hex >> count)
-            sum += count;
-    }
+    for (const auto& counter : counters_)
+        sum += numberIn(counter).value_or(0);
     return sum;
 }
 

@@ -15,6 +15,9 @@ public:
     /// As they are now. Never fails.
     explicit DeviceErrors(dev_t device, const std::filesystem::path& sys = "/sys");
 
+    /// Whether the kernel counts them: a slot of its own does not, nor does an image file.
+    bool areCounted() const;
+
     /// Whether there are more of them than there were.
     bool haveGrown() const;
 

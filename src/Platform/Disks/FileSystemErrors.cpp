@@ -42,8 +42,10 @@ std::uint32_t fileSystemUnder(const std::filesystem::path& path) {
 FileSystemErrors::FileSystemErrors(const std::filesystem::path& path) {
     const auto fileSystem = fileSystemUnder(path);
     const auto device = deviceOf(path);
-    if (fileSystem == MSDOS_SUPER_MAGIC)
+    if (fileSystem == MSDOS_SUPER_MAGIC) {
         device_.emplace(device);
+        areNotCounted_ = !device_->areCounted();
+    }
     // The number is that of ext2, ext3 and ext4 alike.
     if (fileSystem != EXT4_SUPER_MAGIC)
         return;

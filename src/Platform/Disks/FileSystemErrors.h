@@ -23,7 +23,8 @@ public:
     bool haveGrown(std::chrono::milliseconds patience = {}) const;
 
     /// Whether damage would be passed over and counted nowhere: an ext driver counts nothing on a
-    /// device that takes no writes, as behind the lock of a card or a write blocker.
+    /// device that takes no writes, as behind the lock of a card or a write blocker, and not every
+    /// reader counts what it could not read of a FAT card.
     bool areNotCounted() const noexcept { return areNotCounted_; }
 
     /// Whether the device below a FAT file system has met more errors than it had. It counts

@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <initializer_list>
 #include <memory>
+#include <string_view>
 
 namespace slatewise::MountPoints {
 
@@ -37,11 +39,11 @@ bool isMeantForVolume(const std::filesystem::path& folder,
     return false;
 }
 
-bool liesWhereMediaAreMounted(const std::filesystem::path& folder) {
-    constexpr std::array kPlaces = {"/media/", "/run/media/", "/mnt/"};
+bool liesBelowAny(std::initializer_list<std::string_view> places,
+                  const std::filesystem::path& folder) {
     const auto name = folder.native() + "/";
-    return std::any_of(kPlaces.begin(), kPlaces.end(),
-                       [&](const char* place) { return name.starts_with(place); });
+    return std::any_of(places.begin(), places.end(),
+                       [&](std::string_view place) { return name.starts_with(place); });
 }
 
 } // namespace
@@ -49,12 +51,13 @@ bool liesWhereMediaAreMounted(const std::filesystem::path& folder) {
 bool isBare(const std::filesystem::path& folder, const std::filesystem::path& fileSystems,
             const std::filesystem::path& mounts) noexcept {
     try {
+        const auto place = std::filesystem::canonical(folder);
         const auto known = MountTable::read(mounts);
-        const auto* mount = MountTable::holding(known, folder);
+        const auto* mount = MountTable::holding(known, place);
         const bool isOfSystem = mount && (mount->mountPoint == "/" || mount->mountPoint == "/run");
-        return isOfSystem &&
-               (isMeantForVolume(folder, fileSystems) ||
-                (liesWhereMediaAreMounted(folder) && std::filesystem::is_empty(folder)));
+        return isOfSystem && (isMeantForVolume(place, fileSystems) ||
+                              liesBelowAny({"/media/", "/run/media/"}, place) ||
+                              (liesBelowAny({"/mnt/"}, place) && std::filesystem::is_empty(place)));
     } catch (const std::exception&) {
         return false;
     }

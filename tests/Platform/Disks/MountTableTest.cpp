@@ -1,10 +1,12 @@
 #include "Platform/Disks/MountTable.h"
 
 #include "Platform/Disks/BlockDevices.h"
+#include "Platform/Disks/DeviceCache.h"
 #include "Platform/Disks/DeviceErrors.h"
 #include "Platform/Disks/MountPoints.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
+#include "support/Process.h"
 
 #include <gmock/gmock.h>
 #include <sys/sysmacros.h>
@@ -65,6 +67,14 @@ TEST(MountPoints, AreBareWhereAVolumeIsMeantToBe) {
     EXPECT_TRUE(isBare(place / "A001"));
     EXPECT_FALSE(isBare(folder / "SSD 12"));
     EXPECT_FALSE(isBare(folder.path()));
+    std::filesystem::create_directory_symlink(place, folder / "link");
+    EXPECT_TRUE(isBare(folder / "link"));
+    // Desktops make the folder there, and take it away with the disk.
+    const auto medium = "/media/slatewise-test-" + std::to_string(::getpid());
+    runPrivileged({"mkdir", "-p", medium + "/A001"});
+    EXPECT_TRUE(isBare(medium)) << "whatever was copied there by mistake";
+    runPrivileged({"rm", "-r", medium});
+    EXPECT_FALSE(isBare(medium)) << "not there";
     writeFile(mounts, "27 1 254:0 / / rw - ext4 /dev/vda rw\n90 27 8:17 / " +
                           (folder / "SSD").native() + "\\0401 rw - exfat /dev/sdb1 rw\n");
     EXPECT_FALSE(isBare(place)) << "what is mounted there is the disk";
@@ -79,9 +89,41 @@ TEST(DeviceErrors, AreThoseOfTheDiskBelow) {
     std::filesystem::create_symlink(disk / "sdb1", sys / "dev/block/8:17");
     const DeviceErrors errors(makedev(8, 17), sys.path());
     EXPECT_FALSE(errors.haveGrown());
+    EXPECT_TRUE(errors.areCounted());
     writeFile(disk / "device/ioerr_cnt", "0x10\n");
     EXPECT_TRUE(errors.haveGrown());
     EXPECT_FALSE(DeviceErrors(makedev(8, 33), sys.path()).haveGrown()) << "not known there";
+    EXPECT_FALSE(DeviceErrors(makedev(8, 33), sys.path()).areCounted());
+    std::filesystem::remove(disk / "device/ioerr_cnt");
+    EXPECT_FALSE(errors.areCounted()) << "as of a slot of the machine's own";
+}
+
+TEST(DeviceCache, KnowsADiskOfAnotherMachine) {
+    const TemporaryFolder sys;
+    const struct {
+        const char* device;
+        const char* transport;
+        bool isHardware;
+    } cases[] = {
+        {"pci0/ata1/host0/target0:0:0/0:0:0:0", "", true},
+        {"platform/host3/session1/target3:0:0/3:0:0:0", "", false},
+        {"pci0/nvme/nvme0", "transport", true},
+        {"virtual/nvme-fabrics/ctl/nvme1", "transport", false},
+        {"virtual/nvme-subsystem/nvme-subsys2", "nvme2/transport", false},
+        {nullptr, "", false},
+    };
+    int number = 0;
+    for (const auto& [device, transport, isHardware] : cases) {
+        const auto disk = sys / ("block" + std::to_string(number++));
+        std::filesystem::create_directories(disk);
+        if (device) {
+            std::filesystem::create_directories(sys / device);
+            std::filesystem::create_symlink(sys / device, disk / "device");
+            if (*transport)
+                writeFile(sys / device / transport, isHardware ? "pcie\n" : "tcp\n");
+        }
+        EXPECT_EQ(DeviceCache::answersFromHardware(disk), isHardware) << number;
+    }
 }
 
 /// Btrfs has numbers of its own that stand for no device, exFAT through FUSE those of its device.
