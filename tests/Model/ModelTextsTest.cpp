@@ -132,7 +132,7 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
          kOther,
          false,
          "",
-         "Do not wipe the card. Copy it again, best to another"},
+         "Do not wipe the card. Copy it again, preferably"},
         {{{Kind::HashingStopped, "a"}},
          kOther,
          true,
