@@ -199,7 +199,8 @@ TEST(ProgressTexts, SayWhatAVolumeHolds) {
     locked.facts.writeObstacle = WriteObstacle::NoPermission;
     EXPECT_EQ(line(locked, Side::Destination), "You may not write to this disk");
     auto bare = volume("bare", 7'000'000);
-    bare.reasons = {std::string(pickedReason), std::string(VolumeTexts::bareReason)};
+    bare.reasons = {std::string(pickedReason)};
+    bare.isBare = true;
     EXPECT_EQ(line(bare, Side::Destination), "No disk is mounted here");
 }
 
