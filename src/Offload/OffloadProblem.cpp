@@ -6,6 +6,13 @@
 
 namespace slatewise {
 
+namespace {
+
+/// In characters. A path may have thousands.
+constexpr std::size_t kLongestSubject = 240;
+
+} // namespace
+
 OffloadProblem OffloadProblem::of(Kind kind, std::string subject, const std::exception& failure,
                                   L10n l10n, const std::filesystem::path& file) {
     auto reason = describe(failure, l10n);
@@ -40,7 +47,7 @@ OffloadProblem::Severity OffloadProblem::severity() const {
 }
 
 std::string OffloadProblem::text(L10n l10n) const {
-    const auto about = Text::legible(subject);
+    const auto about = Text::shortened(Text::visible(subject), kLongestSubject);
     switch (kind) {
     case Kind::CopyStopped:
         return l10n.copyStopped(about, reason);
