@@ -146,6 +146,7 @@ QString BatchControl::report() const {
     QStringList lines{lastOffloadNow()};
     if (lastResult_->message) {
         Shown failure;
+        failure.title = toQString(state_.l10n().failed(*lastResult_->message));
         showFailure(failure);
         lines << failure.title << failure.advice;
     }

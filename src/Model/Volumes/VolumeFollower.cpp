@@ -150,7 +150,8 @@ void VolumeFollower::apply() {
 }
 
 void VolumeFollower::refreshPickedFolders() {
-    const auto& corrections = state_.board.corrections();
+    // An answer that is there at once changes what is picked.
+    const auto corrections = state_.board.corrections();
     for (const auto& folder : corrections.extraCards)
         refreshPickedFolder(this, VolumeSide::Card, folder);
     for (const auto& folder : corrections.extraDestinations)
