@@ -36,15 +36,9 @@ void BatchNews::show() {
 
 void BatchNews::tellEnd() const {
     using DesktopNews::Urgency;
-    QStringList lines = batch_.title().split('\n');
-    const auto title = lines.takeFirst();
-    if (!batch_.advice().isEmpty())
-        lines << batch_.advice();
-    for (const auto& line : batch_.pairs()->rows())
-        lines << line.text;
-    DesktopNews::notify(title, lines.join('\n'),
-                        batch_.standing() == BatchControl::Failed ? Urgency::Critical
-                                                                  : Urgency::Normal);
+    const bool hasFailed = batch_.standing() == BatchControl::Failed;
+    DesktopNews::notify(batch_.title().section('\n', 0, 0), batch_.news().join('\n'),
+                        hasFailed ? Urgency::Critical : Urgency::Normal);
 }
 
 } // namespace slatewise

@@ -16,7 +16,9 @@ std::optional<std::string> find(const BatchPlan& plan) {
         return capacity.total > 0 ? std::optional(capacity.free) : std::nullopt;
     };
     const auto lack = SpaceCheck::findLackOfRoom(plan.totalBytes, plan.destinations, freeBytes);
-    return lack ? std::optional(lack->text(plan.l10n())) : std::nullopt;
+    if (!lack)
+        return std::nullopt;
+    return lack->text(plan.l10n()) + " " + std::string(plan.l10n().adviceMakeRoom());
 }
 
 } // namespace slatewise::BatchObstacle

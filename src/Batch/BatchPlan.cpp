@@ -45,10 +45,14 @@ L10n BatchPlan::l10n() const {
     return L10n(language);
 }
 
+std::string pairName(std::string_view card, std::string_view destination) {
+    return Text::displayable(card) + " → " + Text::displayable(destination);
+}
+
 std::string pairName(const ClassifiedVolume& card, const ClassifiedVolume& destination,
                      const OffloadSettings& settings) {
-    const auto name = Text::displayable(card.name());
-    return settings.verifyOnly ? name : name + " → " + Text::displayable(destination.name());
+    return settings.verifyOnly ? Text::displayable(card.name())
+                               : pairName(card.name(), destination.name());
 }
 
 std::vector<BatchPair> BatchPlan::pairs() const {

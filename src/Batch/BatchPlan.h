@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace slatewise {
@@ -41,7 +42,10 @@ struct BatchPair {
     std::optional<OffloadProblem> findMissingFolder() const;
 };
 
-/// "A001 → SSD1"; where nothing is copied, the card alone.
+/// "A001 → SSD1", of the names of a card and a disk.
+std::string pairName(std::string_view card, std::string_view destination);
+
+/// The same; where nothing is copied, the card alone.
 std::string pairName(const ClassifiedVolume& card, const ClassifiedVolume& destination,
                      const OffloadSettings& settings);
 

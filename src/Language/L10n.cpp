@@ -91,14 +91,17 @@ std::string L10n::pairFailed(Text pair, Text why) const {
                        why);
 }
 
-std::string L10n::lastVerified(int files, Text time) const {
-    return isTurkish() ? fmt::format("Son kopya: doğrulandı, {} dosya, {}", files, time)
-                       : fmt::format("Last offload: verified, {} files, {}", files, time);
+std::string L10n::lastVerified(int files, bool hasNotes, Text time) const {
+    const auto notes = hasNotes ? withNotes() : Text();
+    return isTurkish() ? fmt::format("Son kopya: doğrulandı{}, {} dosya, {}", notes, files, time)
+                       : fmt::format("Last offload: verified{}, {} files, {}", notes, files, time);
 }
 
-std::string L10n::lastHashed(int files, Text time) const {
-    return isTurkish() ? fmt::format("Son işlem: yalnızca hash, {} dosya, {}", files, time)
-                       : fmt::format("Last offload: only hashed, {} files, {}", files, time);
+std::string L10n::lastHashed(int files, bool hasNotes, Text time) const {
+    const auto notes = hasNotes ? withNotes() : Text();
+    return isTurkish()
+               ? fmt::format("Son işlem: yalnızca hash{}, {} dosya, {}", notes, files, time)
+               : fmt::format("Last offload: only hashed{}, {} files, {}", notes, files, time);
 }
 
 std::string L10n::lastFailed(Text time) const {
@@ -107,13 +110,13 @@ std::string L10n::lastFailed(Text time) const {
 }
 
 std::string L10n::offloadedBefore(Text date, Text disks) const {
-    return isTurkish() ? fmt::format("{} kopyalandı → {}", date, disks)
+    return isTurkish() ? fmt::format("Kopyalandı: {} → {}", date, disks)
                        : fmt::format("Offloaded {} → {}", date, disks);
 }
 
 std::string L10n::offloadedAndChanged(Text date, Text disks) const {
     // The disks come last: they are what a narrow row may cut.
-    return isTurkish() ? fmt::format("{} kopyalandı, sonra değişti → {}", date, disks)
+    return isTurkish() ? fmt::format("Kopyalandı: {}, sonra değişti → {}", date, disks)
                        : fmt::format("Offloaded {}, changed since → {}", date, disks);
 }
 
@@ -166,8 +169,8 @@ std::string L10n::safeToPull(Text name) const {
 
 std::string L10n::unmountedButInUse(Text name) const {
     return isTurkish()
-               ? fmt::format("{} ayrıldı, ama aynı diskte veya kutuda başka bir birim kullanımda: "
-                             "çekmeyin.",
+               ? fmt::format("{} ayrıldı, ama aynı diskin ya da kutunun başka bir bölümü "
+                             "kullanımda: çekmeyin.",
                              name)
                : fmt::format(
                      "{} is unmounted, but another volume of the same disk or housing is in "
@@ -320,7 +323,7 @@ std::string L10n::profileOpenToOthers(Text path) const {
 
 std::string L10n::profileLacksText(Text key) const {
     return isTurkish() ? fmt::format("\"{}\" bir metin değil", key)
-                       : fmt::format("\"{}\" is no text", key);
+                       : fmt::format("\"{}\" is not text", key);
 }
 
 } // namespace slatewise

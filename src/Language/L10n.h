@@ -49,8 +49,8 @@ public:
     std::string pairHashed(Text card, int files) const;
     std::string pairFailed(Text pair, Text why) const;
     /// Of a batch that is no news any more.
-    std::string lastVerified(int files, Text time) const;
-    std::string lastHashed(int files, Text time) const;
+    std::string lastVerified(int files, bool hasNotes, Text time) const;
+    std::string lastHashed(int files, bool hasNotes, Text time) const;
     std::string lastFailed(Text time) const;
     /// Of a card that was copied before, and of one that has changed since.
     std::string offloadedBefore(Text date, Text disks) const;

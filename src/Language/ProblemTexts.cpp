@@ -324,7 +324,7 @@ std::string L10n::listNotWritten(Text folder, Text reason) const {
 
 std::string L10n::nameNotListed(Text name) const {
     return isTurkish()
-               ? fmt::format("Adını tutamadığı için hash listesine girmedi: {}", name)
+               ? fmt::format("Hash listesi bu adı tutamadığı için dışarıda bırakıldı: {}", name)
                : fmt::format("Left out of the hash list, which cannot hold its name: {}", name);
 }
 

@@ -1,6 +1,7 @@
 #include "Model/Surroundings.h"
 
 #include "Platform/Desktop/DesktopServices.h"
+#include "Platform/Disks/MountPoints.h"
 #include "Storage/UserStore.h"
 #include "Volumes/DiskUtilClient.h"
 #include "Volumes/VolumeMonitor.h"
@@ -22,6 +23,9 @@ Surroundings Surroundings::ofThisDesktop(UserDefaults& defaults, const VolumesRo
         monitor->start();
     };
     surroundings.volumeFacts = factsOfThisMachine;
+    surroundings.isBare = [](const auto& folder) {
+        return MountPoints::isBare(folder);
+    };
     surroundings.eject = [](const std::filesystem::path& mountPoint) {
         return DiskUtilClient::eject(mountPoint);
     };

@@ -35,6 +35,9 @@ struct Surroundings : BatchSurroundings {
     std::function<void(std::function<void()> onChange)> watchVolumes;
     /// Facts of the volume that holds a folder. Blocks; any thread.
     std::function<VolumeFacts(const std::filesystem::path&)> volumeFacts;
+    /// Whether a folder is one that a disk is meant to be mounted on, and none is. Blocks; any
+    /// thread.
+    std::function<bool(const std::filesystem::path&)> isBare;
     /// Measures a volume. Blocks; any thread.
     std::function<Measurement(const MeasuringEntry&, const SkipNames&)> measure =
         slatewise::measure;

@@ -17,6 +17,9 @@ int codeOf(const std::exception& failure) {
     return 0;
 }
 
+/// In characters. A path may have thousands.
+constexpr std::size_t kLongestSubject = 240;
+
 } // namespace
 
 OffloadProblem OffloadProblem::of(Kind kind, std::string subject, const std::exception& failure,
@@ -82,7 +85,7 @@ const OffloadProblem* OffloadProblem::decisive(std::span<const OffloadProblem> p
 }
 
 std::string OffloadProblem::text(L10n l10n) const {
-    const auto about = Text::legible(subject);
+    const auto about = Text::shortened(Text::visible(subject), kLongestSubject);
     const auto& why = reason.in(l10n);
     switch (kind) {
     case Kind::CopyStopped:

@@ -80,7 +80,7 @@ public:
         Instant created{};
     };
 
-    /// Creates the file, or empties one that is there.
+    /// Creates the file, in place of one that is there.
     PdfCanvas(const FileBeneath& file, const Description& description);
 
     void beginPage();

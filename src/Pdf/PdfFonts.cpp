@@ -5,10 +5,10 @@
 #include "Platform/Text.h"
 
 #include <fmt/format.h>
-#include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <array>
 
 namespace slatewise {
 
@@ -32,16 +32,32 @@ char32_t nextCharacter(std::string_view text, std::size_t& at) {
     return Text::visible(character < 0 ? kReplacement : static_cast<char32_t>(character));
 }
 
+/// The signs of control characters are three tiny letters in the room of one, which in print are a
+/// speck: they are spelled.
+constexpr char32_t kFirstSign = 0x2400;
+constexpr std::array<std::u32string_view, 34> kSpelledSigns = {
+    U"‹NUL›", U"‹SOH›", U"‹STX›", U"‹ETX›", U"‹EOT›", U"‹ENQ›", U"‹ACK›", U"‹BEL›", U"‹BS›",
+    U"‹HT›",  U"‹LF›",  U"‹VT›",  U"‹FF›",  U"‹CR›",  U"‹SO›",  U"‹SI›",  U"‹DLE›", U"‹DC1›",
+    U"‹DC2›", U"‹DC3›", U"‹DC4›", U"‹NAK›", U"‹SYN›", U"‹ETB›", U"‹CAN›", U"‹EM›",  U"‹SUB›",
+    U"‹ESC›", U"‹FS›",  U"‹GS›",  U"‹RS›",  U"‹US›",  U"‹SP›",  U"‹DEL›"};
+
+/// Calls `each` with what stands on the page for a character; `each` says whether to go on, and so
+/// does this.
+template <typename Each>
+bool spell(char32_t character, Each each) {
+    if (character < kFirstSign || character >= kFirstSign + kSpelledSigns.size())
+        return each(character);
+    const auto letters = kSpelledSigns[character - kFirstSign];
+    return std::all_of(letters.begin(), letters.end(), each);
+}
+
 std::u16string shownText(std::string_view text) {
     std::u16string result;
     for (std::size_t at = 0; at < text.size();) {
-        const auto character = nextCharacter(text, at);
-        if (character > 0xFFFF) {
-            result += static_cast<char16_t>(U16_LEAD(character));
-            result += static_cast<char16_t>(U16_TRAIL(character));
-        } else {
-            result += static_cast<char16_t>(character);
-        }
+        spell(nextCharacter(text, at), [&](char32_t character) {
+            ShapedText::append(result, character);
+            return true;
+        });
     }
     return result;
 }
@@ -108,7 +124,10 @@ std::size_t PdfFonts::prefixThatFits(std::string_view text, FontFace face, doubl
     double width = 0;
     std::size_t end = 0;
     for (std::size_t at = 0; at < text.size(); end = at) {
-        width += static_cast<double>(entry(glyphs, nextCharacter(text, at)).glyph.advance);
+        spell(nextCharacter(text, at), [&](char32_t character) {
+            width += static_cast<double>(entry(glyphs, character).glyph.advance);
+            return true;
+        });
         if (width > limit && end > 0)
             break;
     }
@@ -204,10 +223,14 @@ std::uint16_t PdfFonts::open(const FontFinder::Place& place) {
 /// False, with a line of no use, when the text has to be shaped.
 bool PdfFonts::layOutSimply(std::string_view text, FaceGlyphs& face, double limit, Line& line) {
     for (std::size_t at = 0; at < text.size();) {
-        const auto& next = entry(face, nextCharacter(text, at));
-        if (next.needsShaping)
+        const auto add = [&](char32_t character) {
+            const auto& next = entry(face, character);
+            if (!next.needsShaping)
+                line.add(next.glyph);
+            return !next.needsShaping;
+        };
+        if (!spell(nextCharacter(text, at), add))
             return false;
-        line.add(next.glyph);
     }
     if (line.width <= limit)
         return true;

@@ -55,7 +55,8 @@ public:
     ~PdfFonts();
 
     /// Lays out UTF-8 text on one line. What is wider than `limit` is cut and ends with an
-    /// ellipsis. Control characters show as signs; bytes that are no UTF-8 as U+FFFD.
+    /// ellipsis. Control characters and their signs are spelled, "‹LF›"; bytes that are no UTF-8 as
+    /// U+FFFD.
     void layOut(std::string_view text, FontFace face, double limit, Line& line);
 
     /// How many bytes of the text, whole characters, have room on a line; at least one character.

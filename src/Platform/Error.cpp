@@ -12,7 +12,7 @@ PosixError::PosixError(const std::string& operation, const std::filesystem::path
       subject_(Text::legible(path.native())), code_(code) {}
 
 NotARegularFile::NotARegularFile(const std::filesystem::path& path)
-    : Error(Text::legible(path.native()) + ": a FIFO, a socket or a device is no file"),
+    : Error(Text::legible(path.native()) + ": it is a FIFO, a socket or a device, not a file"),
       subject_(Text::legible(path.native())) {}
 
 std::string describe(const std::exception& failure) {

@@ -1,6 +1,7 @@
 #include "Reports/EssenceText.h"
 
 #include "Offload/TimecodeFormat.h"
+#include "Platform/Text.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -70,12 +71,17 @@ std::string dayAndPlace(const ClipEssence& essence) {
     return facts.joined(separator);
 }
 
-std::string technicalFacts(const ClipEssence& essence) {
+std::string technicalFacts(const ClipEssence& essence, AppLanguage language) {
+    std::optional<std::string> shutter;
+    if (essence.shutterDegrees)
+        shutter = fmt::format("{:.1f}", *essence.shutterDegrees);
+    if (shutter && language == AppLanguage::Turkish)
+        shutter = Text::replaced(*shutter, ".", ",");
     Facts facts;
     facts.add(rateText(essence.projectFps), "{} fps");
     facts.add(essence.gamma);
     facts.add(essence.whiteBalanceK, "{}K");
-    facts.add(essence.shutterDegrees, "shutter {:.1f}°");
+    facts.add(shutter, "shutter {}°");
     facts.add(essence.exposureIndex, "EI {}");
     return facts.joined(separator);
 }
@@ -132,7 +138,7 @@ std::optional<std::string> resolutionLabel(const ClipEssence& essence) {
     return label;
 }
 
-std::vector<std::string> cardLines(const ClipEssence& essence) {
+std::vector<std::string> cardLines(const ClipEssence& essence, AppLanguage language) {
     Facts software;
     software.add(essence.supVersion, "SUP {}");
 
@@ -141,7 +147,7 @@ std::vector<std::string> cardLines(const ClipEssence& essence) {
     addLine(lines, software.joined(""));
     addLine(lines, dayAndPlace(essence));
     addLine(lines, essence.production.value_or(""));
-    addLine(lines, technicalFacts(essence));
+    addLine(lines, technicalFacts(essence, language));
     addLine(lines, lensAndMedium(essence));
     return lines;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Language/AppLanguage.h"
 #include "Offload/MediaMetadata.h"
 
 #include <optional>
@@ -21,7 +22,7 @@ std::optional<std::string> resolutionLabel(const ClipEssence& essence);
 
 /// What all clips of a card share, one subject to a line: camera, software, day and place,
 /// production, technical facts, lens.
-std::vector<std::string> cardLines(const ClipEssence& essence);
+std::vector<std::string> cardLines(const ClipEssence& essence, AppLanguage language);
 
 /// One clip's facts, without what `common` says already for the whole card.
 std::vector<std::string> clipLines(const ClipEssence& essence, const ClipEssence& common);

@@ -77,8 +77,10 @@ ProblemPage problemsInHead(PdfCanvas& canvas, const SessionManifest& manifest, c
     if (fullFromPage == 0)
         return spread(canvas, std::move(lines), width);
     const auto hidden = static_cast<int>(lines.size()) - 1;
-    lines.resize(kLinesInHead, lines.front());
-    lines.back().text = l10n.reportMoreProblems(hidden, static_cast<int>(fullFromPage));
+    lines.resize(1, {});
+    auto rest = lines.front();
+    rest.text = l10n.reportMoreProblems(hidden, static_cast<int>(fullFromPage));
+    lines.push_back(std::move(rest));
     return lines;
 }
 
@@ -110,6 +112,19 @@ double drawProblems(PdfCanvas& canvas, const ProblemPage& lines, const TextColum
         drawLine(canvas, line.text, column, top, line.style);
     }
     return top - 2 * kLineHeight;
+}
+
+void drawProblemPages(PdfCanvas& canvas, std::span<const ProblemPage> pages,
+                      const TextColumn& column, double top, PageNumber& page,
+                      const std::function<void()>& drawHead,
+                      const std::function<void(double bottom)>& drawFoot) {
+    for (const auto& lines : pages) {
+        canvas.beginPage();
+        drawHead();
+        drawFoot(drawProblems(canvas, lines, column, top));
+        canvas.endPage();
+        ++page.number;
+    }
 }
 
 } // namespace slatewise::PdfReport

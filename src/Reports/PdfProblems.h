@@ -4,6 +4,8 @@
 #include "Reports/PdfReport.h"
 #include "Reports/SessionManifest.h"
 
+#include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,5 +38,12 @@ std::vector<ProblemPage> problemPages(PdfCanvas& canvas, const SessionManifest& 
 /// Draws the lines from `top` down and gives where the last one ends.
 double drawProblems(PdfCanvas& canvas, const ProblemPage& lines, const TextColumn& column,
                     double top);
+
+/// Draws each of them on a page of its own, between what `drawHead` and `drawFoot` draw; the foot
+/// is told where the lines end. `page` is the first one's and counts on.
+void drawProblemPages(PdfCanvas& canvas, std::span<const ProblemPage> pages,
+                      const TextColumn& column, double top, PageNumber& page,
+                      const std::function<void()>& drawHead,
+                      const std::function<void(double bottom)>& drawFoot);
 
 } // namespace slatewise::PdfReport

@@ -102,7 +102,6 @@ void drawIdentity(PdfCanvas& canvas, const SessionSummary& summary, double top) 
 
 void write(const SessionManifest& manifest, const FileBeneath& file, AppLanguage language,
            const std::function<void(PdfCanvas&)>& draw) {
-    file.folder.removeFile(file.relative);
     auto canvas = open(manifest, file, language);
     try {
         draw(canvas);

@@ -91,7 +91,8 @@ std::string cardFactsLine(const ClipEssence& essence, AppLanguage language) {
     auto shown = essence;
     if (shown.recordedDate)
         shown.recordedDate = formatClipDate(*shown.recordedDate, language);
-    return fmt::format("{}", fmt::join(EssenceText::cardLines(shown), EssenceText::separator));
+    return fmt::format("{}",
+                       fmt::join(EssenceText::cardLines(shown, language), EssenceText::separator));
 }
 
 } // namespace slatewise::ReportText

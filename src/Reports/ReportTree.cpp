@@ -64,6 +64,13 @@ ReportNode frozen(const Mutable& node, const std::string& parentPath) {
     return result;
 }
 
+void append(std::span<const ReportNode> nodes, int depth, std::vector<Line>& lines) {
+    for (const auto& node : nodes) {
+        lines.push_back({&node, depth});
+        append(node.children, depth + 1, lines);
+    }
+}
+
 } // namespace
 
 std::vector<ReportNode> build(std::span<const ManifestFile> files) {
@@ -76,6 +83,12 @@ std::vector<ReportNode> build(std::span<const ManifestFile> files) {
             node->file = &file;
     }
     return frozen(root, "").children;
+}
+
+std::vector<Line> lines(std::span<const ReportNode> nodes, int depth) {
+    std::vector<Line> lines;
+    append(nodes, depth, lines);
+    return lines;
 }
 
 } // namespace slatewise::ReportTree

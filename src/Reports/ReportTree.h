@@ -34,6 +34,15 @@ namespace ReportTree {
 /// path is left out.
 std::vector<ReportNode> build(std::span<const ManifestFile> files);
 
+/// A node as one line of a table, that many levels deep.
+struct Line {
+    const ReportNode* node;
+    int depth;
+};
+
+/// Each folder's line, then its content; the first ones have that depth. Points into `nodes`.
+std::vector<Line> lines(std::span<const ReportNode> nodes, int depth = 0);
+
 } // namespace ReportTree
 
 } // namespace slatewise

@@ -264,13 +264,10 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
             rest = rest.subspan(count);
             ++page.number;
         }
-        for (const auto& list : problems) {
-            canvas.beginPage();
-            drawLaterHeader(rowOf.l10n, canvas);
-            drawFoot(canvas, page, drawProblems(canvas, list, kTextColumn, kLaterTableTop));
-            canvas.endPage();
-            ++page.number;
-        }
+        drawProblemPages(
+            canvas, problems, kTextColumn, kLaterTableTop, page,
+            [&] { drawLaterHeader(rowOf.l10n, canvas); },
+            [&](double bottom) { drawFoot(canvas, page, bottom); });
     });
 }
 

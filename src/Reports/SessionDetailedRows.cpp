@@ -50,7 +50,8 @@ Row outline(const ReportNode& node, const ClipEssence& common, const L10n& l10n,
     Row row;
     row.depth = depth;
     row.folder = node.isDirectory();
-    row.name = node.name;
+    // A name is one line whatever it holds.
+    row.name = Text::visible(node.name);
     if (node.isDirectory()) {
         row.clip = row.status = l10n.fileCount(node.fileCount);
     } else {
@@ -83,13 +84,6 @@ Row describe(const ReportNode& node, const ClipEssence& common, const L10n& l10n
     return row;
 }
 
-void append(std::span<const ReportNode> nodes, int depth, std::vector<Line>& lines) {
-    for (const auto& node : nodes) {
-        lines.push_back({&node, depth});
-        append(node.children, depth + 1, lines);
-    }
-}
-
 } // namespace
 
 double Row::height() const {
@@ -99,10 +93,9 @@ double Row::height() const {
 }
 
 std::vector<Line> linesOf(std::span<const ReportNode> nodes, int depth) {
-    std::vector<Line> lines;
+    auto lines = ReportTree::lines(nodes, depth);
     if (depth == 0)
-        lines.push_back({nullptr, depth});
-    append(nodes, depth, lines);
+        lines.insert(lines.begin(), Line{nullptr, depth});
     return lines;
 }
 

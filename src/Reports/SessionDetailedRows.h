@@ -46,12 +46,8 @@ struct Row {
     double height() const;
 };
 
-/// What a row tells of.
-struct Line {
-    /// Null for the card's own row.
-    const ReportNode* node;
-    int depth;
-};
+/// What a row tells of; without a node, of the card.
+using ReportTree::Line;
 
 /// Each folder's line, then its content; at depth 0 the card's before all. Points into `nodes`.
 std::vector<Line> linesOf(std::span<const ReportNode> nodes, int depth);

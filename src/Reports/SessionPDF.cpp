@@ -109,20 +109,7 @@ Row describe(const ReportNode& node, const L10n& l10n, int depth) {
     return row;
 }
 
-/// What a row tells of.
-struct Line {
-    const ReportNode* node;
-    int depth;
-};
-
-void append(std::span<const ReportNode> nodes, int depth, std::vector<Line>& lines) {
-    for (const auto& node : nodes) {
-        lines.push_back({&node, depth});
-        append(node.children, depth + 1, lines);
-    }
-}
-
-std::vector<Row> describe(std::span<const Line> lines, const L10n& l10n) {
+std::vector<Row> describe(std::span<const ReportTree::Line> lines, const L10n& l10n) {
     std::vector<Row> rows;
     rows.reserve(lines.size());
     for (const auto& line : lines)
@@ -279,11 +266,10 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
            const FileBeneath& file, AppLanguage language) {
     PdfReport::write(manifest, file, language, [&](PdfCanvas& canvas) {
         // Only one page's rows are held as texts.
-        std::vector<Line> lines;
-        append(tree, 0, lines);
+        const auto lines = ReportTree::lines(tree);
         const L10n l10n(language);
         const auto widths = columnWidths();
-        std::span<const Line> rest = lines;
+        std::span<const ReportTree::Line> rest = lines;
         const auto problems = problemPages(canvas, manifest, l10n, kTextColumn.width);
         auto page = firstPage(pagesFor(lines.size()), problems.size());
         do {
@@ -294,20 +280,15 @@ void write(const SessionManifest& manifest, std::span<const ReportNode> tree,
             rest = rest.subspan(count);
             ++page.number;
         } while (!rest.empty());
-        for (const auto& list : problems) {
-            canvas.beginPage();
-            drawLaterHeader(l10n, canvas);
-            drawFoot(canvas, page, drawProblems(canvas, list, kTextColumn, kLaterTableTop));
-            canvas.endPage();
-            ++page.number;
-        }
+        drawProblemPages(
+            canvas, problems, kTextColumn, kLaterTableTop, page,
+            [&] { drawLaterHeader(l10n, canvas); },
+            [&](double bottom) { drawFoot(canvas, page, bottom); });
     });
 }
 
 std::vector<Row> flatten(std::span<const ReportNode> nodes, AppLanguage language, int depth) {
-    std::vector<Line> lines;
-    append(nodes, depth, lines);
-    return describe(lines, L10n(language));
+    return describe(ReportTree::lines(nodes, depth), L10n(language));
 }
 
 Widths columnWidths() {

@@ -72,7 +72,7 @@ public:
               const SessionTraces& traces = {});
 
     /// Verified sessions of a card with that file system, or of so many bytes; latest first. An
-    /// empty UUID is none.
+    /// empty UUID is none. Left out are those of which the last check found differences.
     std::vector<CardSession> verifiedSessions(const std::string& cardUUID,
                                               std::int64_t bytes) const;
 

@@ -2,11 +2,13 @@ import QtQuick
 import QtQuick.Layouts
 import SlatewiseViews
 
-// A sentence of what came out of a batch: calm when it is good, loud when it is not.
+// A sentence of what came out of a batch: calm when it is good, loud when it is not, and
+// amber where it is good and there is still something to know.
 AppText {
     required text
     required property int index
     required property bool isGood
+    required property bool isNote
     required property bool isBad
 
     readonly property OutcomeColumn column: parent as OutcomeColumn
@@ -17,5 +19,6 @@ AppText {
     maximumLineCount: 2
     font.pixelSize: DITTheme.subheadline
     font.weight: isBad ? Font.DemiBold : Font.Normal
-    color: isBad ? DITTheme.dangerText : isGood ? DITTheme.successText : DITTheme.primary
+    color: isBad ? DITTheme.dangerText : isNote ? DITTheme.warningText
+         : isGood ? DITTheme.successText : DITTheme.primary
 }

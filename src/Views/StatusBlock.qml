@@ -26,8 +26,9 @@ Rectangle {
     readonly property bool settled: succeeded || hashed || failed
     // More is for the sheet.
     readonly property int mostPairs: tight ? 0 : compact && failed ? 3 : 4
-    readonly property int mostProblems: compact ? 0 : 3
-    readonly property int untold: !settled ? 0 : Math.max(0, batch.pairs.count - mostPairs)
+    // A green batch with a note is never shown as if it had none.
+    readonly property int mostProblems: tight ? 0 : !compact ? 3 : failed ? 0 : 1
+    readonly property int untold: !batch.hasVerdict ? 0 : Math.max(0, batch.pairs.count - mostPairs)
                                 + Math.max(0, batch.problems.count - mostProblems)
 
     function showOutcome() {
@@ -100,6 +101,16 @@ Rectangle {
                 size: 26
                 color: block.ink
             }
+            Icon {
+                objectName: "notesMark"
+                Layout.preferredWidth: 22
+                Layout.preferredHeight: 22
+                visible: block.batch.hasVerdict && block.tight && !block.failed
+                         && block.batch.problems.count > 0
+                symbol: "exclamation-circle"
+                size: 22
+                color: DITTheme.warningText
+            }
             AppText {
                 id: pair
                 objectName: "failedPair"
@@ -129,7 +140,7 @@ Rectangle {
             ActionButton {
                 objectName: "showOutcome"
                 Layout.preferredHeight: DITTheme.smallControlHeight
-                visible: block.untold > 0 || (block.settled && block.batch.problems.count > 0)
+                visible: block.untold > 0 || block.batch.hasMore
                 text: L10n.showAll
                 onClicked: block.showOutcome()
             }
@@ -175,14 +186,14 @@ Rectangle {
         OutcomeList {
             objectName: "pairs"
             Layout.fillWidth: true
-            visible: block.settled && most > 0 && block.batch.pairs.count > 0
+            visible: block.batch.hasVerdict && most > 0 && block.batch.pairs.count > 0
             lines: block.batch.pairs
             most: block.mostPairs
         }
         OutcomeList {
             objectName: "problems"
             Layout.fillWidth: true
-            visible: block.settled && most > 0 && block.batch.problems.count > 0
+            visible: block.batch.hasVerdict && most > 0 && block.batch.problems.count > 0
             lines: block.batch.problems
             most: block.mostProblems
         }

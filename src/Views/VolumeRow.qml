@@ -12,6 +12,7 @@ T.ItemDelegate {
     required property string volumeID
     required property string name
     required property string subtitle
+    required property bool warns
     required property string path
     required property string past
     required property bool selected
@@ -136,10 +137,11 @@ T.ItemDelegate {
             }
             AppText {
                 id: subtitleText
+                objectName: "subtitle"
                 width: parent.width
                 text: row.subtitle
                 font.pixelSize: DITTheme.caption
-                color: DITTheme.secondary
+                color: row.warns ? DITTheme.dangerText : DITTheme.secondary
                 Accessible.ignored: true
             }
             AppText {

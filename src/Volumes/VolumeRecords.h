@@ -104,6 +104,9 @@ struct ClassifiedVolume {
     int score = 0;
     /// One entry per weight that fired, in firing order.
     std::vector<std::string> reasons;
+    /// A picked folder that a disk is meant to be mounted on, or that lies below one, where none
+    /// is: what is written there goes to the system's disk.
+    bool isBare = false;
 
     bool isPickedFolder() const {
         return std::find(reasons.begin(), reasons.end(), pickedReason) != reasons.end();

@@ -14,6 +14,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <sys/fsuid.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -139,8 +140,32 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
     std::filesystem::remove(desk.folder / "A001/B.mov");
     std::filesystem::last_write_time(desk.folder / "A001/A.mov", time + std::chrono::seconds(2));
     desk.volume(card).facts.volumeUUID = "BBBB";
-    EXPECT_FALSE(PastOffload::find(*desk.model().state().database, desk.volume(card), 4,
-                                   desk.model().state().settings.skipNames()));
+    auto& database = *desk.model().state().database;
+    const auto isKnown = [&] {
+        return PastOffload::find(database, desk.volume(card), 4,
+                                 desk.model().state().settings.skipNames())
+            .has_value();
+    };
+    EXPECT_FALSE(isKnown());
+    // What nobody could look into may be new, and a copy that is known as bad is none.
+    std::filesystem::last_write_time(desk.folder / "A001/A.mov", time);
+    EXPECT_TRUE(isKnown());
+    const auto clips = desk.folder / "A001/CLIPS";
+    std::filesystem::create_directory(clips);
+    std::filesystem::permissions(desk.folder.path(), std::filesystem::perms::all);
+    for (const bool isReadable : {true, false}) {
+        using std::filesystem::perms;
+        std::filesystem::permissions(clips, isReadable ? perms::all : perms::none);
+        // Root reads every folder: this thread looks through the eyes of somebody else.
+        constexpr uid_t kNobody = 65534;
+        ::setfsuid(kNobody);
+        EXPECT_EQ(isKnown(), isReadable);
+        ::setfsuid(::geteuid());
+    }
+    std::filesystem::permissions(clips, std::filesystem::perms::all);
+    for (const auto& session : database.history())
+        database.recordCheck(session.session.id, {.checkedAt = Clock::now(), .differences = 1});
+    EXPECT_FALSE(isKnown());
 }
 
 TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
@@ -489,6 +514,9 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
     EXPECT_THAT(title(), HasSubstr("Z.fifo")) << "a failed eject changes nothing";
     EXPECT_THAT(title(),
                 HasSubstr("\nA000 is unmounted, safe to pull. A001 was not ejected: busy"));
+    const auto& batch = *desk.model().batch();
+    for (const auto& told : {batch.title() + batch.news().join('\n'), batch.report()})
+        EXPECT_EQ(told.count("safe to pull"), 1) << told.toStdString();
 }
 
 TEST_F(BatchOfCards, AnEjectThatDoesNotHappenIsTold) {

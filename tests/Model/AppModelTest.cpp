@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <future>
 
 using namespace slatewise;
@@ -381,9 +382,52 @@ TEST_F(Application, TellsCardsApartAndSaysWhyOneIsNoDestination) {
     model().destinations()->pickFolder();
     Desk::waitUntil([&] { return model().batch()->isRefused(); });
     EXPECT_EQ(model().batch()->title(), "B002 is listed as a card, so it cannot be a destination");
+    EXPECT_EQ(desk.defaults.value("pickedDestBookmarks"), "[]") << "nor at the next start";
     std::filesystem::create_directories(desk.folder / "x");
     pickDestination(desk.folder / "x");
     EXPECT_FALSE(model().batch()->isRefused()) << "another one will do";
+    model().cards()->remove(card);
+    EXPECT_EQ(names(*model().destinations()), QStringList({"x+"})) << "a card all the same";
+    desk.choice = desk.folder / "B002";
+    model().destinations()->pickFolder();
+    Desk::waitUntil([&] { return model().batch()->isRefused(); });
+}
+
+// A disk may be mounted on a picked folder, and taken away from it, while the window is open.
+TEST_F(Application, APickedMountPointFollowsItsDisk) {
+    // Workers may look after the test's end.
+    const auto isBare = std::make_shared<std::atomic<bool>>(true);
+    desk.surroundings.isBare = [isBare](const auto&) {
+        return isBare->load();
+    };
+    desk.surroundings.volumeFacts = [](const auto& folder) {
+        VolumeFacts facts;
+        facts.identity = FolderIdentity::at(folder);
+        return facts;
+    };
+    const auto place = desk.folder / "raid";
+    std::filesystem::create_directory(place);
+    desk.start();
+    pickDestination(place);
+    const auto row = [&] {
+        return model().destinations()->rows().at(0);
+    };
+    EXPECT_TRUE(row().warns && row().selected);
+    EXPECT_EQ(row().subtitle, "No disk is mounted here");
+    desk.start();
+    EXPECT_TRUE(row().warns && !row().selected) << "nobody ticked it this time";
+
+    for (const bool isMounted : {true, false}) {
+        SCOPED_TRACE(isMounted);
+        model().destinations()->toggle(row().volumeID);
+        std::filesystem::rename(place, desk.folder / (isMounted ? "root's" : "disk's"));
+        std::filesystem::create_directory(place);
+        *isBare = !isMounted;
+        model().volumes().apply();
+        // The tick was another folder's.
+        Desk::waitUntil([&] { return row().warns != isMounted && !row().selected; });
+        EXPECT_EQ(row().subtitle == "No disk is mounted here", !isMounted);
+    }
 }
 
 TEST_F(Application, MeasuresInTheBackgroundAndAnewWhenRulesChange) {

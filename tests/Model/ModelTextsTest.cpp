@@ -135,12 +135,12 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
          kOther,
          false,
          "",
-         "Do not wipe the card. Copy it again, best to another"},
+         "Do not wipe the card. Copy it again, preferably to another"},
         {{{Kind::PagesNotWritten, "D"}, {Kind::ReportsOutdated, "D"}, {Kind::CopyDiffers, "a"}},
          kOther,
          false,
          "The copy of a differs from the card. Card was left mounted.",
-         "Do not wipe the card. Copy it again, best to another"},
+         "Do not wipe the card. Copy it again, preferably to another"},
         {{OffloadProblem::of(Kind::ReportsNotCopied, "D", noRoom)},
          kOther,
          false,
@@ -223,7 +223,8 @@ TEST(ProgressTexts, SayWhatAVolumeHolds) {
     locked.facts.writeObstacle = WriteObstacle::NoPermission;
     EXPECT_EQ(line(locked, Side::Destination), "You may not write to this disk");
     auto bare = volume("bare", 7'000'000);
-    bare.reasons = {std::string(pickedReason), std::string(VolumeTexts::bareReason)};
+    bare.reasons = {std::string(pickedReason)};
+    bare.isBare = true;
     EXPECT_EQ(line(bare, Side::Destination), "No disk is mounted here");
 }
 

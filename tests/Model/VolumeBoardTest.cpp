@@ -307,11 +307,16 @@ TEST(VolumeBoard, ListsWhatCannotBeWrittenToAndNeverTicksIt) {
     locked.facts.isExternal = true;
     locked.facts.writeObstacle = WriteObstacle::NoPermission;
     board.mounted = {locked};
-    board.stored.ids = {"sdb1", "/x/1"};
+    board.stored.ids = {"sdb1", "/x/1", "/x/2"};
     board.addPicked(VolumeSide::Destination,
                     pickedFolder(locked.facts, "/x/1", VolumeKind::Destination));
+    auto bare = folder("/x/2", VolumeKind::Destination);
+    bare.isBare = true;
+    board.addPicked(VolumeSide::Destination, bare);
     board.pass();
-    EXPECT_THAT(ids(board.lists().destinations), ElementsAre("sdb1", "/x/1"));
+    EXPECT_THAT(ids(board.lists().destinations), ElementsAre("sdb1", "/x/1", "/x/2"));
+    for (const auto& listed : board.lists().destinations)
+        EXPECT_TRUE(VolumeTexts::warns(listed, VolumeSide::Destination)) << listed.id();
     EXPECT_EQ(VolumeTexts::subtitle(board.at("/x/1"), VolumeSide::Destination, ContentSizes(),
                                     L10n(AppLanguage::English)),
               L10n(AppLanguage::English).mayNotWriteToDisk());

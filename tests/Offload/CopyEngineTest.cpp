@@ -163,7 +163,7 @@ TEST_F(CopyEngineTest, AFailingFileStopsTheRunAndEveryFileHasARow) {
                                            {".DS_Store", "SKIP/skipped"},
                                            {"5", "FAIL/failed"}}));
     EXPECT_THAT(outcome.files, SizeIs(6));
-    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("a device is no file")));
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("a device, not a file")));
     EXPECT_EQ(readFile(destination / "session/2"), "2") << "what was copied stays";
 }
 

@@ -131,9 +131,9 @@ TEST(SHA256Hasher, WhatIsNoFileFailsAtOnceInClearWords) {
 
     const RootFolder devices("/dev");
     const std::vector<std::pair<FileBeneath, std::string>> cases = {
-        {{root, "fifo"}, ": a FIFO, a socket or a device is no file"},
-        {{root, "socket"}, ": a FIFO, a socket or a device is no file"},
-        {{devices, "zero"}, ": a FIFO, a socket or a device is no file"},
+        {{root, "fifo"}, ": it is a FIFO, a socket or a device, not a file"},
+        {{root, "socket"}, ": it is a FIFO, a socket or a device, not a file"},
+        {{devices, "zero"}, ": it is a FIFO, a socket or a device, not a file"},
         {{root, "folder"}, ": Is a directory"},
         {{root, "missing"}, ": No such file or directory"}};
     for (const auto& [file, words] : cases) {

@@ -414,9 +414,15 @@ TEST_P(EachPdfReport, ShowSignsInPlaceOfWhatCannotBeSeen) {
     add("bad\xff.mov");
     add("rlo\u202Egnp.exe");
     add("tab\there\r.mov");
+    add("line\nfeed.mov");
     const auto text = pdfText(write(GetParam()));
-    for (const auto* name : {"bad\uFFFD.mov", "rlo\uFFFDgnp.exe", "tab␉here␍.mov"})
+    for (const auto* name :
+         {"bad\uFFFD.mov", "rlo\uFFFDgnp.exe", "tab‹HT›here‹CR›.mov", "line‹LF›feed.mov"})
         EXPECT_THAT(text, HasSubstr(name));
+    // Long ones are cut where their cell ends, as they are spelled.
+    manifest.card.mountPoint = "/" + std::string(300, '\x1b');
+    for (const auto& word : pdfWords(write(GetParam())))
+        EXPECT_LE(word.right, 836) << word.text;
 }
 
 TEST_P(EachPdfReport, ReplaceAnOldFileOrSayThatThereIsNone) {

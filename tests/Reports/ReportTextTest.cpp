@@ -108,7 +108,7 @@ TEST(ReportText, TimingLeavesOutWhatSaysNothing) {
 }
 
 TEST(ReportText, CardFactsStandInOrderOneSubjectALine) {
-    EXPECT_THAT(EssenceText::cardLines(fullEssence()),
+    EXPECT_THAT(EssenceText::cardLines(fullEssence(), kEnglish),
                 ElementsAre("ALEXA 35  SN 1234  Cam R0ZG", "SUP 1.02",
                             "UTC 20260301 213015  ·  Bebek", "Gece",
                             "23.976 fps  ·  LogC4  ·  5600K  ·  shutter 172.8°  ·  EI 800",
@@ -120,8 +120,8 @@ TEST(ReportText, CardFactsStandInOrderOneSubjectALine) {
     some.projectFps = 25.0004;
     some.shutterDegrees = 180;
     some.sxsSerial = "9";
-    EXPECT_THAT(EssenceText::cardLines(some),
-                ElementsAre("Cam A", "Bebek", "25 fps  ·  shutter 180.0°", "SxS 9"));
+    EXPECT_THAT(EssenceText::cardLines(some, kTurkish),
+                ElementsAre("Cam A", "Bebek", "25 fps  ·  shutter 180,0°", "SxS 9"));
 
     EXPECT_EQ(plain(ReportText::cardFactsLine(fullEssence(), kEnglish)),
               "ALEXA 35  SN 1234  Cam R0ZG  ·  SUP 1.02  ·  Mar 2, 2026, 12:30 AM  ·  Bebek  ·  "

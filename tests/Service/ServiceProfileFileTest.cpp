@@ -82,9 +82,9 @@ TEST_F(ServiceProfile, WhatIsMalformedCountsAsNoneAndIsNamedOnce) {
         {"{" + token, "no JSON object"},
         {"[\"" + std::string(kToken) + "\"]", "no JSON object"},
         {"", "no JSON object"},
-        {"{" + token + R"(,"saasAPIURL":"x"})", "\"accountID\" is no text"},
-        {"{" + token + R"(,"saasAPIURL":"x","accountID":7})", "\"accountID\" is no text"},
-        {R"({"saasAPIURL":"x","accountID":"a"})", "\"presenceToken\" is no text"},
+        {"{" + token + R"(,"saasAPIURL":"x"})", "\"accountID\" is not text"},
+        {"{" + token + R"(,"saasAPIURL":"x","accountID":7})", "\"accountID\" is not text"},
+        {R"({"saasAPIURL":"x","accountID":"a"})", "\"presenceToken\" is not text"},
         {Text::replaced(profileText("open"), "https:", "HTTP:"), "s address begins with http,"},
         {padded(profileText("large"), 65'537), "too large"},
     };

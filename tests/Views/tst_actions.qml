@@ -129,10 +129,19 @@ ViewCase {
         verify(!find("successMark").visible)
         compare(find("percent").text, "0%")
         verify(/^Last offload: verified, 214 files, \d\d:\d\d$/.test(find("lastOffload").text))
+        verify(!find("showOutcome").visible)
         mouseClick(find("copy"))
         compare(find("title", find("status")).text, "A001 has no unit yet")
         stage.choose("A001", "CamA")
         compare(find("title", find("status")).text, L10n.idlePrompt)
+        stage.succeed(1)
+        stage.choose("A001", "")
+        verify(find("lastOffload").text.startsWith("Last offload: verified, with notes, 214"))
+        verify(!find("problems").visible && !find("pairs").visible)
+        mouseClick(find("copy"))
+        mouseClick(find("showOutcome"))
+        tryVerify(() => findChild(root.Window.window.contentItem, "outcomeText") !== null)
+        verify(find("outcomeText", root.Window.window.contentItem).text.includes("LINKS/0"))
     }
 
     function test_a_failure_says_what_and_what_to_do() {
@@ -256,6 +265,15 @@ ViewCase {
         stage.fail()
         waitForRendering(root)
         verify(find("picker").mapToItem(root, 0, find("picker").height).y <= find("status").y, "nor then")
+        // Green is not all that there is to know.
+        stage.choose("A001", "CamA")
+        stage.choose("B004", "CamB")
+        stage.succeed(2)
+        waitForRendering(root)
+        const note = Array.from(find("problems").children).find(line => line.text)
+        verify(find("problems").visible && note.visible && note.text.startsWith("The link LINKS/0"))
+        verify(Qt.colorEqual(note.color, DITTheme.warningText))
+        verify(find("showOutcome").visible && find("untold").text === "and 1 more")
         test.width = 984
         test.height = 900
     }
@@ -268,6 +286,9 @@ ViewCase {
         field("units").forceActiveFocus(Qt.TabFocusReason)
         const bottom = field("units").mapToItem(root, 0, field("units").height).y
         verify(bottom <= find("status").y, "what has the keyboard is in sight")
+        verify(!find("notesMark").visible)
+        stage.succeed(1)
+        verify(find("notesMark").visible && find("showOutcome").visible)
         test.height = 900
     }
 }

@@ -18,7 +18,8 @@ namespace slatewise::tool {
 /// names hold cannot act on the terminal, and each line goes out whole. Any thread.
 class ProgressDisplay {
 public:
-    ProgressDisplay(const Texts& texts, Output output);
+    /// `isHashing` says that nothing is copied.
+    ProgressDisplay(const Texts& texts, Output output, bool isHashing);
 
     /// Text before every line from here on, such as which pair of a batch is at work.
     void setLabel(std::string label);
@@ -41,6 +42,7 @@ private:
 
     const Texts& texts_;
     const bool isSilent_;
+    const bool isHashing_;
     const bool isTerminal_;
     std::mutex lock_;
     std::string label_;

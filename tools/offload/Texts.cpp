@@ -29,7 +29,7 @@ std::string Texts::looksLikeDestination(std::string_view path) const {
     return fmt::format(
         fmt::runtime(choose("{0} is given as a card but has report sets, as a destination does. If "
                             "it is one, write --to {0}; if it is a card, {0}=CAMERA,CREW.",
-                            "{0} kart olarak verilmiş ama bir hedef gibi rapor takımları var. "
+                            "{0} kart olarak verilmiş ama bir hedef gibi rapor klasörleri var. "
                             "Hedefse --to {0}, kartsa {0}=KAMERA,EKİP yazın.")),
         path);
 }
@@ -52,27 +52,26 @@ std::string Texts::emptyCardToHash(std::string_view path) const {
                        path);
 }
 
+std::string Texts::described(const Word& word) const {
+    if (word.isNamed)
+        return word.word;
+    auto text = std::string(choose("not named", "belirtilmedi"));
+    if (word.isInPath)
+        text += fmt::format(fmt::runtime(choose(" ({} in the path)", " (yolda {})")), word.word);
+    return text;
+}
+
 std::string Texts::wordsInUse(std::string_view card, const Word& camera, const Word& crew) const {
-    const auto described = [this](const Word& word) {
-        if (word.isNamed)
-            return word.word;
-        auto text = std::string(choose("not named", "belirtilmedi"));
-        if (word.isInPath)
-            text +=
-                fmt::format(fmt::runtime(choose(" ({} in the path)", " (yolda {})")), word.word);
-        return text;
-    };
     return fmt::format(
         fmt::runtime(choose("{}: camera {}, crew {}. --camera and --crew name them.",
                             "{}: kamera {}, ekip {}. --camera ve --crew bunları belirler.")),
         card, described(camera), described(crew));
 }
 
-std::string Texts::ownWords(std::string_view card, std::string_view camera,
-                            std::string_view crew) const {
+std::string Texts::ownWords(std::string_view card, const Word& camera, const Word& crew) const {
     return fmt::format(fmt::runtime(choose("Taken for the card {}: camera {}, crew {}.",
-                                           "{} kartı sayılıyor: kamera {}, ekip {}.")),
-                       card, camera, crew);
+                                           "{} kart olarak alındı: kamera {}, ekip {}.")),
+                       card, described(camera), described(crew));
 }
 
 std::string Texts::copying(int number, int count) const {
@@ -81,6 +80,10 @@ std::string Texts::copying(int number, int count) const {
 
 std::string Texts::verifying(int number, int count) const {
     return fmt::format("{} {}/{}", choose("Verifying", "Doğrulanıyor"), number, count);
+}
+
+std::string Texts::hashing(int number, int count) const {
+    return fmt::format("{} {}/{}", choose("Hashing", "Hash alınıyor"), number, count);
 }
 
 std::string_view Texts::stopping() const {
@@ -95,10 +98,10 @@ std::string_view Texts::notBegun() const {
 std::string Texts::leftOnDestination(std::string_view sessionRoot, int filesProved) const {
     if (filesProved > 0) {
         return fmt::format(
-            fmt::runtime(choose("What was copied until then stays, but not all of it is verified "
-                                "(files that are: {}): {}",
-                                "O ana kadar kopyalananlar duruyor, ama tümü doğrulanmadı "
-                                "(doğrulanan dosya: {}): {}")),
+            fmt::runtime(choose("What was copied until then stays, but only {} of its files are "
+                                "verified: {}",
+                                "O ana kadar kopyalananlar duruyor, ama yalnızca {} dosyası "
+                                "doğrulandı: {}")),
             filesProved, sessionRoot);
     }
     return fmt::format(
@@ -110,7 +113,7 @@ std::string Texts::leftOnDestination(std::string_view sessionRoot, int filesProv
 std::string_view Texts::reportsStillWait() const {
     return choose("The service has not taken every report; those wait and are sent at the next "
                   "start.",
-                  "Servis tüm bildirimleri almadı; kalanlar bekliyor ve bir sonraki açılışta "
+                  "Servis bildirimlerin hepsini almadı; kalanlar bekliyor ve bir sonraki açılışta "
                   "gönderilecek.");
 }
 
@@ -146,7 +149,7 @@ std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
     case Kind::ReportsNotAwaited:
         return choose(
             "The copy itself is complete. Mend the cause and offload again for a full set.",
-            "Kopyanın kendisi tamam. Tam bir takım için nedeni giderip yeniden alın.");
+            "Kopyanın kendisi tamam. Raporların tamamı için nedeni giderip yeniden alın.");
     default:
         return choose("Keep the card, mend the cause and start again; the copy goes to a new "
                       "folder.",
@@ -167,8 +170,9 @@ std::string_view Texts::hashingAdvice(std::optional<OffloadProblem::Kind> kind) 
     case Kind::PagesNotWritten:
     case Kind::ReportsOutdated:
     case Kind::ReportsNotAwaited:
-        return choose("Everything was hashed. Mend the cause and hash again for a full set.",
-                      "Hepsinin hash’i alındı. Tam bir takım için nedeni giderip yeniden alın.");
+        return choose(
+            "Everything was hashed. Mend the cause and hash again for a full set.",
+            "Hepsinin hash’i alındı. Raporların tamamı için nedeni giderip yeniden alın.");
     default:
         return choose("Keep the card, mend the cause and start again.",
                       "Kartı saklayın, nedeni giderip yeniden başlatın.");

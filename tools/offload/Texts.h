@@ -34,13 +34,14 @@ public:
     std::string wordsInUse(std::string_view card, const Word& camera, const Word& crew) const;
 
     /// The words that the command line gives to a card alone.
-    std::string ownWords(std::string_view card, std::string_view camera,
-                         std::string_view crew) const;
+    std::string ownWords(std::string_view card, const Word& camera, const Word& crew) const;
 
     // How it goes.
 
     std::string copying(int number, int count) const;
     std::string verifying(int number, int count) const;
+    /// The same where nothing is copied.
+    std::string hashing(int number, int count) const;
     std::string_view stopping() const;
 
     // What became of it.
@@ -60,6 +61,8 @@ public:
     L10n shared;
 
 private:
+    std::string described(const Word& word) const;
+
     template <typename Text>
     Text choose(Text english, Text turkish) const {
         return shared.isTurkish() ? turkish : english;

@@ -79,8 +79,7 @@ void tellOfWords(const tool::NamedFolder& card, const tool::Order& order, const 
     const auto camera = described("{Cam}", values.camera);
     const auto crew = described("{Ekip}", values.ekip);
     if (card.hasOwnWords())
-        display.inform(
-            texts.ownWords(card.volume.facts.mountPoint.native(), camera.word, crew.word));
+        display.inform(texts.ownWords(card.volume.facts.mountPoint.native(), camera, crew));
     else if (!camera.isNamed || !crew.isNamed)
         display.inform(texts.wordsInUse(card.volume.name(), camera, crew));
 }
@@ -102,7 +101,7 @@ void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
 int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
     const auto stop = interruption.token();
     const tool::Texts texts(languageFor(arguments));
-    tool::ProgressDisplay display(texts, arguments.output);
+    tool::ProgressDisplay display(texts, arguments.output, arguments.hashOnly);
     const std::stop_callback stopping(stop, [&] { display.note(texts.stopping()); });
 
     tool::Order order{.settings = settingsFor(arguments),

@@ -128,6 +128,22 @@ void playSeenBefore(Stage& stage) {
     });
 }
 
+/// A folder is picked as a destination on which no disk is mounted.
+void playBare(Stage& stage) {
+    stage.playReady();
+    stage.answerWith("NAS_RUSHES");
+    stage.model()->destinations()->pickFolder();
+    Desk::waitUntil([&] { return stage.model()->destinations()->count() == 3; });
+}
+
+void playCardAsDestination(Stage& stage) {
+    stage.playReady();
+    stage.plugInFolder("C001");
+    stage.answerWith("C001");
+    stage.model()->destinations()->pickFolder();
+    Desk::waitUntil([&] { return stage.model()->batch()->isRefused(); });
+}
+
 std::function<void(Stage&)> failing(Kind kind, const std::string& subject, int code = 0) {
     return [=](Stage& stage) {
         stage.playReady();
@@ -190,6 +206,11 @@ std::vector<Scene> allScenes() {
         stage.playReady();
         stage.succeed();
     });
+    add("successWithNotes", [](Stage& stage) {
+        stage.playReady();
+        stage.succeed(2);
+    });
+    add("cardAsDestination", playCardAsDestination);
     add("hashing", playHashing);
     add("hashed", playHashed);
     add("verdictOfBefore", playVerdictOfBefore);
@@ -214,6 +235,13 @@ std::vector<Scene> allScenes() {
         stage.model()->otherVolumes()->setPresented(true);
     });
     scenes.push_back({"cutOff", leftHalfDone, ready});
+    const auto withoutDisks = [](Stage& stage) {
+        stage.desk().surroundings.isBare = [](const auto&) {
+            return true;
+        };
+        stage.desk().start();
+    };
+    scenes.push_back({"bare", withoutDisks, playBare});
     return scenes;
 }
 

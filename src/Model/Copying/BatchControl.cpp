@@ -8,6 +8,8 @@
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
 
+#include <algorithm>
+
 namespace slatewise {
 
 namespace {
@@ -69,26 +71,42 @@ BatchControl::Shown BatchControl::shownNow() const {
     now.title = toQString(now.isRefused
                               ? state_.notice->text(l10n)
                               : ProgressTexts::title(phase, position_, l10n, settings.verifyOnly));
-    if (now.standing == Failed && !state_.wasRefused)
+    const bool hasEnded = lastResult_ && !ProgressTexts::isBusy(phase_);
+    now.hasVerdict = hasEnded && !stepsBack && !state_.wasRefused;
+    if (now.hasVerdict && now.standing == Failed)
         showFailure(now);
+    else if (now.standing == Failed && wasStopped_)
+        now.title = toQString(l10n.adviceStopped(button(settings.verifyOnly)));
     now.pace = toQString(ProgressTexts::pace(pace_, l10n));
-    for (const auto& sentence : stepsBack ? std::vector<std::string>() : ejects_)
-        now.title += (now.title.contains('\n') ? " " : "\n") + toQString(sentence);
+    if (now.hasVerdict && !lastResult_->ejects.empty())
+        now.title += "\n" + ejects().join(' ');
+    now.hasMore = hasEnded && (!problems_.rows().empty() ||
+                               (!now.hasVerdict && lastResult_->message.has_value()));
     if (now.standing == Resting || (now.standing == Failed && state_.wasRefused))
         now.lastOffload = lastOffloadNow();
     return now;
 }
 
+std::string_view BatchControl::button(bool isHashing) const {
+    return isHashing ? state_.l10n().hashOnly() : state_.l10n().copy();
+}
+
+QStringList BatchControl::ejects() const {
+    QStringList sentences;
+    for (const auto& sentence : lastResult_->ejects)
+        sentences << toQString(sentence);
+    return sentences;
+}
+
 void BatchControl::showFailure(Shown& now) const {
-    const auto failed =
-        lastResult_ ? BatchOutcome::failedPair(lastPlan_, *lastResult_) : std::nullopt;
+    const auto failed = BatchOutcome::failedPair(lastPlan_, *lastResult_);
     if (!failed)
         return;
     const auto l10n = state_.l10n();
-    const auto& card = failed->planned.card;
-    now.failedPair = toQString(Text::displayable(card.name()) + " → " +
-                               Text::displayable(failed->planned.destination.name()));
-    now.title = toQString(l10n.failed(BatchOutcome::headline(*failed, isThere(card), l10n)));
+    const auto& planned = failed->planned;
+    now.failedPair = toQString(planned.name);
+    now.title =
+        toQString(l10n.failed(BatchOutcome::headline(*failed, isThere(planned.card), l10n)));
     now.advice = toQString(BatchOutcome::advice(*failed, lastResult_->wasHashing, l10n));
 }
 
@@ -106,12 +124,14 @@ QString BatchControl::lastOffloadNow() const {
     const auto time = Clock::localText(lastEnd_, "HH:mm");
     if (lastResult_->message)
         return toQString(l10n.lastFailed(time));
-    return toQString(lastResult_->wasHashing ? l10n.lastHashed(lastResult_->filesDone, time)
-                                             : l10n.lastVerified(lastResult_->filesDone, time));
+    const auto files = lastResult_->filesDone;
+    const bool hasNotes = !problems_.rows().empty();
+    return toQString(lastResult_->wasHashing ? l10n.lastHashed(files, hasNotes, time)
+                                             : l10n.lastVerified(files, hasNotes, time));
 }
 
 void BatchControl::showOutcome() {
-    if (!lastResult_ || state_.wasRefused || ProgressTexts::isBusy(phase_)) {
+    if (!lastResult_ || ProgressTexts::isBusy(phase_)) {
         pairs_.setRows({});
         problems_.setRows({});
         return;
@@ -121,21 +141,44 @@ void BatchControl::showOutcome() {
 }
 
 QString BatchControl::report() const {
-    QStringList lines;
-    if (lastResult_)
-        lines << lastOffloadNow();
-    if (shown_.standing == Failed)
-        lines << shown_.title << shown_.advice;
-    for (const auto* list : {&pairs_, &problems_}) {
-        for (const auto& line : list->rows())
-            lines << line.text;
+    if (!lastResult_)
+        return {};
+    QStringList lines{lastOffloadNow()};
+    if (lastResult_->message) {
+        Shown failure;
+        failure.title = toQString(state_.l10n().failed(*lastResult_->message));
+        showFailure(failure);
+        lines << failure.title << failure.advice;
     }
+    for (const auto& line : pairs_.rows())
+        lines << line.text;
+    lines << ejects();
+    for (const auto& line : problems_.rows())
+        lines << line.text;
     return lines.join('\n');
+}
+
+QStringList BatchControl::news() const {
+    constexpr std::size_t kMostProblems = 3;
+    QStringList lines = shown_.title.split('\n').mid(1);
+    if (!shown_.advice.isEmpty())
+        lines << shown_.advice;
+    if (!shown_.hasVerdict)
+        return lines;
+    for (const auto& line : pairs_.rows())
+        lines << line.text;
+    const auto& problems = problems_.rows();
+    for (std::size_t told = 0; told < std::min(problems.size(), kMostProblems); ++told)
+        lines << problems[told].text;
+    if (problems.size() > kMostProblems)
+        lines << toQString(Text::replaced(state_.l10n().andMore(), "%1",
+                                          std::to_string(problems.size() - kMostProblems)));
+    return lines;
 }
 
 void BatchControl::start() {
     state_.notice.reset();
-    ejects_.clear();
+    wasStopped_ = false;
     const auto batchPlan = plan();
     if (batchPlan.cards.empty() || batchPlan.destinations.empty()) {
         phase_ = Phase::Failed{OffloadError(OffloadError::MissingSelection{}).text(state_.l10n())};
@@ -161,8 +204,10 @@ void BatchControl::start() {
 }
 
 void BatchControl::cancel() {
-    if (batch_)
-        batch_->cancel();
+    if (!batch_)
+        return;
+    wasStopped_ = true;
+    batch_->cancel();
 }
 
 BatchPlan BatchControl::plan() const {
@@ -255,7 +300,6 @@ void BatchControl::batchEnded(const BatchResult& result) {
     UnfinishedOffload::forget(state_.defaults);
     // Whatever was ticked in the meantime.
     state_.isVerdictOld = false;
-    ejects_ = result.ejects;
     // A refusal says nothing of the batch before, nor does that of the refusal.
     state_.wasRefused = !result.wasBegun;
     if (result.wasBegun) {

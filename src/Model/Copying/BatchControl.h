@@ -13,11 +13,13 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace slatewise {
@@ -37,6 +39,8 @@ class BatchControl : public QObject, public BatchListener {
     Q_PROPERTY(QString failedPair READ failedPair NOTIFY changed)
     Q_PROPERTY(QString advice READ advice NOTIFY changed)
     Q_PROPERTY(QString lastOffload READ lastOffload NOTIFY changed)
+    Q_PROPERTY(bool hasVerdict READ hasVerdict NOTIFY changed)
+    Q_PROPERTY(bool hasMore READ hasMore NOTIFY changed)
     Q_PROPERTY(slatewise::OutcomeListModel* pairs READ pairs CONSTANT)
     Q_PROPERTY(slatewise::OutcomeListModel* problems READ problems CONSTANT)
     Q_PROPERTY(QString report READ report NOTIFY changed)
@@ -67,12 +71,20 @@ public:
     /// One quiet line about a batch whose verdict has stepped back, or that ended with the program
     /// the last time.
     QString lastOffload() const { return shown_.lastOffload; }
+    /// What is shown is how the last batch ended: its pairs and its problems belong beside it.
+    bool hasVerdict() const { return shown_.hasVerdict; }
+    /// There is more to be read of the last batch than its verdict, also when that has stepped
+    /// back.
+    bool hasMore() const { return shown_.hasMore; }
     /// What became of each pair of the last batch, and what it met; kept until the next begins.
     OutcomeListModel* pairs() { return &pairs_; }
     const OutcomeListModel* pairs() const { return &pairs_; }
     OutcomeListModel* problems() { return &problems_; }
     /// All of that as one text.
     QString report() const;
+    /// What a notification says below the title's first line: enough to know whether somebody has
+    /// to come.
+    QStringList news() const;
     /// What came of the batch that ran last; empty before the first and while one runs.
     const std::optional<BatchResult>& lastResult() const { return lastResult_; }
     const OffloadPhase& phase() const { return phase_; }
@@ -106,6 +118,8 @@ private:
         QString failedPair;
         QString advice;
         QString lastOffload;
+        bool hasVerdict = false;
+        bool hasMore = false;
         friend bool operator==(const Shown&, const Shown&) = default;
     };
 
@@ -113,7 +127,10 @@ private:
     void showProgress();
     void showOutcome();
     Shown shownNow() const;
+    /// Of the last batch, which has ended.
     void showFailure(Shown& now) const;
+    QStringList ejects() const;
+    std::string_view button(bool isHashing) const;
     bool isThere(const ClassifiedVolume& card) const;
     QString lastOffloadNow() const;
     BatchPlan plan() const;
@@ -132,12 +149,12 @@ private:
     Instant lastEnd_;
     OutcomeListModel pairs_;
     OutcomeListModel problems_;
-    /// What became of the cards of the last batch that were to be ejected.
-    std::vector<std::string> ejects_;
     BatchTimeLeft timeLeft_;
     BatchPace pace_;
     std::optional<UnfinishedOffload> unfinished_;
     std::shared_ptr<Batch> batch_;
+    /// The user did not let the last press of the button go on.
+    bool wasStopped_ = false;
     bool canCopy_ = false;
     Shown shown_;
 };

@@ -41,13 +41,13 @@ std::string reasonOf(const BatchPair& planned, const PairResult& pair,
 
 OutcomeLine lineOf(const BatchPair& planned, const PairResult& pair, L10n l10n) {
     if (!wasBegun(pair))
-        return {toQString(l10n.pairNotBegun(planned.name)), OutcomeLine::Kind::Note};
+        return {toQString(l10n.pairNotBegun(planned.name)), OutcomeLine::Kind::Plain};
     switch (pair.status) {
     case OutcomeStatus::Verified:
         return {toQString(l10n.pairVerified(planned.name, pair.filesDone)),
                 OutcomeLine::Kind::Good};
     case OutcomeStatus::Hashed:
-        return {toQString(l10n.pairHashed(planned.name, pair.filesDone)), OutcomeLine::Kind::Note};
+        return {toQString(l10n.pairHashed(planned.name, pair.filesDone)), OutcomeLine::Kind::Plain};
     case OutcomeStatus::Failed:
         break;
     }
@@ -100,8 +100,6 @@ std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result,
     }
     std::stable_partition(lines.begin(), lines.end(),
                           [](const auto& line) { return line.kind == OutcomeLine::Kind::Bad; });
-    for (const auto& eject : result.ejects)
-        lines.push_back({toQString(eject), OutcomeLine::Kind::Note});
     return lines;
 }
 

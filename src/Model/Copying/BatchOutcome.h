@@ -19,15 +19,23 @@ struct OutcomeLine {
     Q_GADGET
     Q_PROPERTY(QString text MEMBER text)
     Q_PROPERTY(bool isGood READ isGood)
+    Q_PROPERTY(bool isNote READ isNote)
     Q_PROPERTY(bool isBad READ isBad)
 
 public:
-    enum class Kind { Good, Note, Bad };
+    enum class Kind {
+        Good,
+        Plain,
+        /// What a person should know of a batch that went well.
+        Note,
+        Bad
+    };
 
     QString text;
-    Kind kind = Kind::Note;
+    Kind kind = Kind::Plain;
 
     bool isGood() const { return kind == Kind::Good; }
+    bool isNote() const { return kind == Kind::Note; }
     bool isBad() const { return kind == Kind::Bad; }
 
     const QString& key() const { return text; }
@@ -67,7 +75,7 @@ private:
 namespace BatchOutcome {
 
 /// One line for each pair that was planned, or for each card where nothing was to be copied; what
-/// failed comes first. Behind them, one for each card that was to be ejected.
+/// failed comes first.
 std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result, L10n l10n);
 
 /// What all pairs met beyond what their own lines say, each once; failures first.

@@ -1,11 +1,11 @@
 #include "Model/Copying/CopyCheck.h"
 
+#include "Batch/BatchPlan.h"
 #include "Batch/RunMailbox.h"
 #include "Batch/Waiting.h"
 #include "Language/L10n.h"
 #include "Model/QtText.h"
 #include "Platform/Error.h"
-#include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
 
@@ -144,7 +144,7 @@ void CopyCheck::start(const HistoryRecord& session) {
     if (work_)
         return;
     work_ = std::make_shared<Work>(session, state_);
-    names_ = Text::displayable(session.session.cardName + " → " + session.session.destName);
+    names_ = pairName(session.session.cardName, session.session.destName);
     outcome_.reset();
     show(Phase::Scanning());
     run(this, work_);

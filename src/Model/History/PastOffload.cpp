@@ -10,15 +10,26 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace slatewise {
 
 namespace {
 
-/// What a card is known by; dates as exactly as the store has them.
+/// What a card is known by; dates as exactly as the store has them. Fails when part of the card
+/// cannot be read, since what lies there may be new.
 std::vector<StoredFile> contentOf(const ClassifiedVolume& card, const SkipNames& skipNames) {
+    const RootFolder root(card.facts.mountPoint);
+    std::optional<PosixError> failure;
+    const TreeWalker::WalkObserver observer{.unreadable = [&](const auto& path, int code) {
+        if (code != EACCES || !TreeWalker::isRepairFolder(root, path))
+            failure.emplace("read", card.facts.mountPoint / path, code);
+    }};
+    const auto entries = TreeWalker::walk(root, skipNames, {}, observer);
+    if (failure)
+        throw PosixError(*failure);
     std::vector<StoredFile> files;
-    for (const auto& entry : TreeWalker::walk(RootFolder(card.facts.mountPoint), skipNames)) {
+    for (const auto& entry : entries) {
         if (entry.shouldCopy)
             files.push_back({Text::displayable(entry.relativePath), entry.sizeBytes,
                              entry.mtime ? Clock::databaseText(*entry.mtime) : std::string()});

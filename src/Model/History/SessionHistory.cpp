@@ -1,5 +1,6 @@
 #include "Model/History/SessionHistory.h"
 
+#include "Batch/BatchPlan.h"
 #include "Language/L10n.h"
 #include "Offload/PathSize.h"
 #include "Platform/Files/FileSystem.h"
@@ -145,7 +146,7 @@ SessionRow SessionHistory::rowOf(const HistoryRecord& record) const {
             facts += "  ·  " + Text::displayable(fact);
     }
     return {.sessionID = toQString(session.id),
-            .name = toQString(Text::displayable(session.cardName + " → " + session.destName)),
+            .name = toQString(pairName(session.cardName, session.destName)),
             .facts = toQString(facts),
             .verdict = toQString(verdict(status, l10n)),
             .isVerified = status == OutcomeStatus::Verified,

@@ -27,6 +27,8 @@ std::optional<MeasuringJob> ContentSizes::begin(const VolumeLists& lists, const 
         for (const auto& volume : *list) {
             const auto id = volume.id();
             listed.insert(id);
+            if (forceIDs.contains(id))
+                freeBytes_.erase(id);
             if (!forceIDs.contains(id) && (usedBytes_.contains(id) || isMeasuring(id)))
                 continue;
             job.entries.push_back({id, volume.facts.mountPoint,

@@ -55,7 +55,7 @@ bool lacksOnlyWriting(const ClassifiedVolume& volume) {
 VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
                         const VolumeCorrections& corrections) {
     VolumeLists lists;
-    VolumeIDs cardIDs;
+    Volumes mountedCards;
     const auto isHidden = [&](const auto& volume) {
         return corrections.hiddenVolumeIDs.contains(volume.id());
     };
@@ -63,7 +63,7 @@ VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
         if (volume.kind != VolumeKind::CameraCard &&
             !corrections.overrideCardIDs.contains(volume.lastingID()))
             continue;
-        cardIDs.insert(volume.id());
+        mountedCards.push_back(volume);
         if (!isHidden(volume))
             lists.cards.push_back(volume);
     }
@@ -71,7 +71,7 @@ VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
         if (volume.kind != VolumeKind::Destination && !lacksOnlyWriting(volume) &&
             !corrections.overrideDestIDs.contains(volume.lastingID()))
             continue;
-        if (!cardIDs.contains(volume.id()) && !isHidden(volume))
+        if (!findVolume(mountedCards, volume.id()) && !isHidden(volume))
             lists.destinations.push_back(volume);
     }
     for (const auto& folder : corrections.extraCards) {
@@ -79,7 +79,8 @@ VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
             lists.cards.push_back(folder);
     }
     for (const auto& folder : corrections.extraDestinations) {
-        if (!holds(lists.destinations, folder) && !holds(lists.cards, folder))
+        if (!holds(lists.destinations, folder) && !holds(lists.cards, folder) &&
+            !holds(mountedCards, folder))
             lists.destinations.push_back(folder);
     }
     std::copy_if(mounted.begin(), mounted.end(), std::back_inserter(lists.unknownVolumes),
@@ -98,7 +99,8 @@ VolumeIDs restoredDestinations(const StoredDestinations& stored,
         if (!lastingID.starts_with(uuidPrefix) && replacements.contains(std::string(lastingID)))
             return;
         for (const auto& destination : destinations) {
-            if (destination.lastingID() == lastingID && destination.facts.isWritable())
+            if (destination.lastingID() == lastingID && destination.facts.isWritable() &&
+                !destination.isBare)
                 restored.insert(destination.id());
         }
     };
@@ -285,6 +287,30 @@ void VolumeBoard::addPicked(VolumeSide side, const ClassifiedVolume& folder) {
     erase(corrections_.extraCards, folder);
     erase(corrections_.extraDestinations, folder);
     extras(side).push_back(folder);
+}
+
+bool VolumeBoard::dropPicked(VolumeSide side, const ClassifiedVolume& folder) {
+    return std::erase_if(extras(side),
+                         [&](const auto& picked) { return picked.id() == folder.id(); }) > 0;
+}
+
+void VolumeBoard::replacePicked(VolumeSide side, const ClassifiedVolume& folder) {
+    const auto id = folder.id();
+    auto& picked = extras(side);
+    const auto found = std::find_if(picked.begin(), picked.end(),
+                                    [&](const auto& each) { return each.id() == id; });
+    if (found == picked.end())
+        return;
+    const auto before = found->facts.identity;
+    *found = folder;
+    const auto& now = folder.facts.identity;
+    if (!before || !now || before->isSame(*now))
+        return;
+    replacements_.insert(folder.lastingID());
+    selection(side).ids.erase(id);
+    // The next pass then finds it as something new.
+    std::erase_if(side == VolumeSide::Card ? lists_.cards : lists_.destinations,
+                  [&](const auto& listed) { return listed.id() == id; });
 }
 
 void VolumeBoard::applyCapacity(const std::string& id, std::int64_t total, std::int64_t free) {

@@ -45,7 +45,8 @@ struct VolumeLists {
 
 /// Mounted volumes in their order, then picked folders. What qualifies as both is a card. A disk
 /// that would be a destination if only one might write to it is listed as one. A picked folder that
-/// is the very place of a volume in the same list is not listed twice.
+/// is the very place of a volume in the same list is not listed twice; one that is the place of a
+/// card, listed or taken off the list, is no destination.
 VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
                         const VolumeCorrections& corrections);
 
@@ -57,7 +58,8 @@ struct StoredDestinations {
 };
 
 /// What to tick where nothing is: what was ticked last, else the only destination there is, unless
-/// it came in place of another disk, by its lasting id. Never one that cannot be written to.
+/// it came in place of another disk, by its lasting id. Never one that cannot be written to, nor a
+/// mount point on which nothing is mounted.
 VolumeIDs restoredDestinations(const StoredDestinations& stored,
                                std::span<const ClassifiedVolume> destinations,
                                const VolumeIDs& replacements);
@@ -105,6 +107,11 @@ public:
 
     /// A folder is a card or a destination, whatever it was picked as before.
     void addPicked(VolumeSide side, const ClassifiedVolume& folder);
+    /// Says whether it was picked for that side.
+    bool dropPicked(VolumeSide side, const ClassifiedVolume& folder);
+    /// What is known now of a folder that is picked. Where another folder has come to bear its
+    /// path, as when a disk is mounted there, the tick was the other's.
+    void replacePicked(VolumeSide side, const ClassifiedVolume& folder);
 
     /// Fills in sizes that are not known of a volume yet.
     void applyCapacity(const std::string& id, std::int64_t total, std::int64_t free);

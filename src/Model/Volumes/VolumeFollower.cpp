@@ -3,14 +3,12 @@
 #include "Language/L10n.h"
 #include "Model/FolderChooser.h"
 #include "Model/Volumes/DestinationMemory.h"
-#include "Model/Volumes/VolumeTexts.h"
-#include "Platform/Disks/MountPoints.h"
+#include "Model/Volumes/FolderLook.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
-#include "Volumes/PickedFolder.h"
 
 #include <chrono>
 #include <future>
@@ -20,22 +18,10 @@ namespace slatewise {
 
 namespace {
 
-using VolumeFactsOf = std::function<VolumeFacts(const std::filesystem::path&)>;
-
 /// How long the start waits for volumes before it goes on without them. One that answers needs
 /// milliseconds.
 constexpr std::chrono::seconds kPatience{2};
 constexpr std::chrono::seconds kFreeSpaceInterval{5};
-
-ClassifiedVolume pickedVolume(const VolumeFactsOf& facts, const std::filesystem::path& folder,
-                              VolumeSide side) {
-    auto picked =
-        pickedFolder(facts ? facts(folder) : VolumeFacts(), folder,
-                     side == VolumeSide::Card ? VolumeKind::CameraCard : VolumeKind::Destination);
-    if (side == VolumeSide::Destination && MountPoints::isBare(folder))
-        picked.reasons.emplace_back(VolumeTexts::bareReason);
-    return picked;
-}
 
 const ClassifiedVolume* findPlace(const std::vector<ClassifiedVolume>& volumes,
                                   const std::filesystem::path& mountPoint) {
@@ -75,6 +61,7 @@ VolumeFollower::VolumeFollower(ModelState& state, ReportsFolder& reports)
     : state_(state), reports_(reports), pickedFolders_(state.defaults) {
     folderPresence_.setOnGone([this] { apply(); });
     connect(&freeSpaceTimer_, &QTimer::timeout, this, &VolumeFollower::refreshFreeSpace);
+    connect(&freeSpaceTimer_, &QTimer::timeout, this, &VolumeFollower::refreshPickedFolders);
     freeSpaceTimer_.start(kFreeSpaceInterval);
 }
 
@@ -85,10 +72,10 @@ void VolumeFollower::begin() {
     // Each by itself: a folder on a share that is gone must not keep back the volumes.
     std::vector<std::pair<std::filesystem::path, Look<LookedAt>>> folders;
     for (const auto& folder : pickedFolders_.storedDestinations()) {
-        auto look = begunLook([folder, facts = state_.surroundings.volumeFacts]() -> LookedAt {
+        auto look = begunLook([folder, look = FolderLook(state_.surroundings)]() -> LookedAt {
             if (!FileSystem::exists(folder))
                 return std::nullopt;
-            return pickedVolume(facts, folder, VolumeSide::Destination);
+            return look.at(folder, VolumeSide::Destination);
         });
         folders.emplace_back(folder, std::move(look));
     }
@@ -158,7 +145,36 @@ void VolumeFollower::apply() {
     announce(applied.newCards);
     for (const auto& destination : state_.board.list(VolumeSide::Destination))
         reports_.migrateDiskOnce(destination.facts.mountPoint);
+    refreshPickedFolders();
     state_.publish();
+}
+
+void VolumeFollower::refreshPickedFolders() {
+    // An answer that is there at once changes what is picked.
+    const auto corrections = state_.board.corrections();
+    for (const auto& folder : corrections.extraCards)
+        refreshPickedFolder(this, VolumeSide::Card, folder);
+    for (const auto& folder : corrections.extraDestinations)
+        refreshPickedFolder(this, VolumeSide::Destination, folder);
+}
+
+QCoro::Task<> VolumeFollower::refreshPickedFolder(QPointer<VolumeFollower> self, VolumeSide side,
+                                                  ClassifiedVolume known) {
+    const auto& folder = known.facts.mountPoint;
+    // One that is silent is not asked again before it has answered.
+    if (!self->askedFolders_.insert(folder).second)
+        co_return;
+    const auto looking = onWorker([known, side, look = FolderLook(self->state_.surroundings)] {
+        return look.change(known, side);
+    });
+    const auto changed = co_await looking;
+    if (!self)
+        co_return;
+    self->askedFolders_.erase(folder);
+    if (!changed)
+        co_return;
+    self->state_.board.replacePicked(side, *changed);
+    self->apply();
 }
 
 void VolumeFollower::announce(const std::vector<ClassifiedVolume>& newCards) {
@@ -249,9 +265,9 @@ void VolumeFollower::pickFolder(VolumeSide side) {
 
 QCoro::Task<> VolumeFollower::addFolder(VolumeSide side, std::filesystem::path folder) {
     const QPointer self(this);
-    const auto looking = onWorker([facts = state_.surroundings.volumeFacts,
-                                   place = PickedFolders::normalized(folder),
-                                   side] { return pickedVolume(facts, place, side); });
+    const auto looking =
+        onWorker([look = FolderLook(state_.surroundings), place = PickedFolders::normalized(folder),
+                  side] { return look.at(place, side); });
     const auto volume = co_await looking;
     if (self)
         self->useFolder(side, volume);
@@ -272,8 +288,11 @@ void VolumeFollower::useFolder(VolumeSide side, const ClassifiedVolume& folder) 
             state_.cardUnits.clearUnit(id);
             state_.giveCurrentCrewTo(id);
         }
-    } else if (const auto* card = findPlace(state_.board.list(VolumeSide::Card), place)) {
-        state_.refuse({Notice::Kind::CardAsDestination, folder.name(), card->id()});
+    } else if (state_.board.dropPicked(side, folder)) {
+        // It is there: only a card keeps its place off the list. That need not be listed itself.
+        const auto* card = findPlace(state_.board.list(VolumeSide::Card), place);
+        state_.refuse(
+            {Notice::Kind::CardAsDestination, folder.name(), card ? card->id() : std::string()});
     }
     if (side == VolumeSide::Destination)
         persistDestinations();

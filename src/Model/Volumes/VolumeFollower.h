@@ -12,6 +12,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,9 @@ private:
     static QCoro::Task<> watchLater(QPointer<VolumeFollower> self, QCoro::Task<> looking);
     void watch();
     void announce(const std::vector<ClassifiedVolume>& newCards);
+    void refreshPickedFolders();
+    static QCoro::Task<> refreshPickedFolder(QPointer<VolumeFollower> self, VolumeSide side,
+                                             ClassifiedVolume known);
     void useFolder(VolumeSide side, const ClassifiedVolume& folder);
     void persistPickedFolders();
     void measure(const VolumeIDs& forceIDs);
@@ -81,6 +85,8 @@ private:
     std::vector<std::filesystem::path> awaitedFolders_;
     FolderPresence folderPresence_;
     QTimer freeSpaceTimer_;
+    /// Picked folders that have not answered yet what they are now.
+    std::set<std::filesystem::path> askedFolders_;
     /// Disks that have not answered yet how much is free.
     VolumeIDs askedForFreeSpace_;
     /// What is mounted was looked at once. Which destinations are ticked depends on all of them, so

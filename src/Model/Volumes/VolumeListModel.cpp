@@ -49,6 +49,7 @@ VolumeRow VolumeListModel::rowOf(const ClassifiedVolume& volume) const {
     row.name = toQString(volume.name());
     row.subtitle =
         toQString(VolumeTexts::subtitle(volume, side_, state_.contentSizes, state_.l10n()));
+    row.warns = VolumeTexts::warns(volume, side_);
     row.path = toQString(volume.facts.mountPoint.native());
     row.selected = selection.contains(id);
     row.picked = volume.isPickedFolder();

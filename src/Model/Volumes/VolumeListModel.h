@@ -19,6 +19,7 @@ struct VolumeRow {
     Q_PROPERTY(QString volumeID MEMBER volumeID)
     Q_PROPERTY(QString name MEMBER name)
     Q_PROPERTY(QString subtitle MEMBER subtitle)
+    Q_PROPERTY(bool warns MEMBER warns)
     Q_PROPERTY(QString path MEMBER path)
     Q_PROPERTY(QString past MEMBER past)
     Q_PROPERTY(bool selected MEMBER selected)
@@ -34,6 +35,8 @@ public:
     QString volumeID;
     QString name;
     QString subtitle;
+    /// The subtitle says why nothing should be copied there.
+    bool warns = false;
     QString path;
     /// That a card was offloaded before; empty when nobody knows of it.
     QString past;

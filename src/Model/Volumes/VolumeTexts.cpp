@@ -3,7 +3,7 @@
 #include "Language/L10n.h"
 #include "Offload/PathSize.h"
 
-#include <algorithm>
+#include <string_view>
 
 namespace slatewise::VolumeTexts {
 
@@ -25,6 +25,10 @@ std::string_view obstacleText(WriteObstacle obstacle, L10n l10n) {
 
 } // namespace
 
+bool warns(const ClassifiedVolume& volume, VolumeSide side) {
+    return side == VolumeSide::Destination && (volume.isBare || !volume.facts.isWritable());
+}
+
 std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const ContentSizes& sizes,
                      L10n l10n) {
     const auto id = volume.id();
@@ -35,8 +39,7 @@ std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const Cont
     if (side == VolumeSide::Destination) {
         if (const auto obstacle = obstacleText(volume.facts.writeObstacle, l10n); !obstacle.empty())
             return std::string(obstacle);
-        const auto& reasons = volume.reasons;
-        if (std::find(reasons.begin(), reasons.end(), bareReason) != reasons.end())
+        if (volume.isBare)
             return std::string(l10n.noDiskMounted());
         if (const auto free = sizes.freeBytes(id))
             return size(*free);

@@ -53,7 +53,8 @@ public:
 
     /// What a batch would tell. Of the first pair's bytes that share is copied.
     Q_INVOKABLE void copying(double share);
-    Q_INVOKABLE void succeed();
+    /// The first pair leaves so many notes.
+    Q_INVOKABLE void succeed(int notes = 0);
     /// The second pair, for folders of the card that could not be read.
     Q_INVOKABLE void fail(int unreadFolders = 1);
     void fail(std::vector<OffloadProblem> problems, PairFailure failure = PairFailure::Other);
