@@ -1,7 +1,6 @@
 #include "Batch/PairLists.h"
 
 #include "Language/L10n.h"
-#include "MediaHashList/ListError.h"
 #include "Platform/Error.h"
 
 namespace slatewise {
@@ -52,8 +51,6 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome, L10n l10n
             add({Kind::NameNotListed, std::move(name)});
         if (added.failure)
             std::rethrow_exception(added.failure);
-    } catch (const MediaHashList::ListError& failure) {
-        add({Kind::ListNotWritten, outcome.sessionRoot.native(), failure.text(l10n)});
     } catch (const std::exception& failure) {
         add(OffloadProblem::of(Kind::ListNotWritten, outcome.sessionRoot.native(), failure, l10n));
     }

@@ -3,6 +3,7 @@
 #include "Language/L10n.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
+#include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
 
 #include <algorithm>
@@ -20,14 +21,6 @@ std::vector<FileValue> listed(const HashValues& values, const std::optional<Inst
     for (const auto& value : values)
         result.push_back({value.format, value.text, action, hashedAt});
     return result;
-}
-
-std::string reasonOf(const std::exception_ptr& failure, L10n l10n) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const std::exception& reason) {
-        return MediaHashList::reasonOf(reason, l10n);
-    }
 }
 
 Creator creatorOf(const OffloadSettings& settings) {
@@ -108,7 +101,7 @@ std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& out
                                                        L10n l10n) const {
     std::vector<OffloadProblem> problems;
     for (const auto& [place, failure] : unreadable_)
-        problems.push_back({Kind::CardListNotRead, place.native(), reasonOf(failure, l10n)});
+        problems.push_back({Kind::CardListNotRead, place.native(), describe(failure, l10n)});
     for (const auto& path : missing_)
         problems.push_back({Kind::ListedFileMissing, path});
     for (const auto& path : unlisted_)

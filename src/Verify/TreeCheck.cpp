@@ -3,6 +3,7 @@
 #include "Language/L10n.h"
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
+#include "Offload/OffloadError.h"
 #include "Offload/Transfer.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
@@ -283,12 +284,8 @@ Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_to
 std::string Finding::explanation(L10n l10n) const {
     if (difference == Difference::Failed)
         return std::string(l10n.itsRunFailed());
-    try {
-        if (failure)
-            std::rethrow_exception(failure);
-    } catch (const std::exception& error) {
-        return reasonOf(error, l10n);
-    }
+    if (failure)
+        return describe(failure, l10n);
     if (circumstance == Circumstance::None)
         return {};
     return std::string(circumstance == Circumstance::IsLink ? l10n.itIsALink()

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "MediaHashList/HashedTree.h"
-#include "MediaHashList/ListError.h"
 #include "Offload/OffloadPhase.h"
 #include "Platform/RawWords.h"
 #include "Verify/ListedTree.h"
@@ -58,8 +57,6 @@ struct Finding {
     /// What there is to say beyond the word; empty when that says all.
     std::string explanation(L10n l10n) const;
 };
-
-using MediaHashList::reasonOf;
 
 /// Who watches a check. Called on the check's thread; may be empty.
 struct Watch {
