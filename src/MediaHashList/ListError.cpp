@@ -20,6 +20,10 @@ std::string_view sentence(ListError::Reason reason, L10n l10n) {
         return l10n.notAChecksum();
     case Reason::NotTheChains:
         return l10n.notTheListOfTheChain();
+    case Reason::NotInChainYet:
+        return l10n.listNotInChainYet();
+    case Reason::OfUnfinishedOffload:
+        return l10n.listOfUnfinishedOffload();
     case Reason::NotAsReferred:
         return l10n.notTheListReferredTo();
     case Reason::ListsDisagree:

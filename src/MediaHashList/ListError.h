@@ -21,6 +21,10 @@ public:
         NotAValue,
         /// It is not the one that the chain names.
         NotTheChains,
+        /// Whoever wrote it ended before the chain named it.
+        NotInChainYet,
+        /// The same of the offload that made the copy: nobody knows what else it did not come to.
+        OfUnfinishedOffload,
         /// It is not the one that a list further up refers to.
         NotAsReferred,
         /// It does not say the same as the list that was written beside it.

@@ -52,7 +52,12 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
             const auto history = History::load(card, folder);
             if (const auto broken = history.brokenReferences(); !broken.empty())
                 throw ListError(ListError::Reason::NotAsReferred, {}, card.path() / broken.front());
-            for (auto& [path, values] : history.known()) {
+            auto known = history.known();
+            for (const auto& path : history.givenUp(known)) {
+                if (!present.contains(prefix + path))
+                    known.erase(path);
+            }
+            for (auto& [path, values] : known) {
                 auto& all = known_[prefix + path];
                 all.insert(all.end(), values.begin(), values.end());
             }
