@@ -1,12 +1,11 @@
 #pragma once
 
 #include "Language/AppLanguage.h"
+#include "Offload/FileDates.h"
 #include "Offload/OffloadProblem.h"
 #include "Offload/OffloadRows.h"
 #include "Platform/Files/RootFolder.h"
 
-#include <cstdint>
-#include <ctime>
 #include <optional>
 #include <span>
 #include <stop_token>
@@ -47,20 +46,14 @@ public:
                                             std::stop_token stop = {}) const;
 
 private:
-    struct Dates {
-        /// In seconds.
-        std::int64_t modified = 0;
-        timespec changed{};
-    };
-    static Dates datesOf(const FileSystem::Attributes& attributes);
-    std::optional<OffloadProblem> changeOf(FileCopyResult& row, const Dates& proved,
+    std::optional<OffloadProblem> changeOf(FileCopyResult& row, const FileDates& proved,
                                            const std::stop_token& stop) const;
     std::optional<OffloadProblem> readAgain(FileCopyResult& row, const std::stop_token& stop) const;
 
     RootFolder session_;
     const AppLanguage language_;
     /// By row; of no meaning where nothing was proved.
-    std::vector<Dates> dates_;
+    std::vector<FileDates> dates_;
 };
 
 } // namespace slatewise
