@@ -23,6 +23,16 @@ std::vector<FileValue> listed(const HashValues& values, const std::optional<Inst
     return result;
 }
 
+/// The parts of histories that are copied.
+std::vector<InventoryEntry> listsAmong(std::span<const InventoryEntry> entries) {
+    std::vector<InventoryEntry> lists;
+    for (const auto& entry : entries) {
+        if (entry.shouldCopy && isOfHistory(entry.relativePath))
+            lists.push_back(entry);
+    }
+    return lists;
+}
+
 Creator creatorOf(const OffloadSettings& settings) {
     auto creator = creatorHere();
     if (!settings.listAuthor.empty() || !settings.listRole.empty())
@@ -33,18 +43,19 @@ Creator creatorOf(const OffloadSettings& settings) {
 
 } // namespace
 
+bool TransferLists::areAmong(std::span<const InventoryEntry> entries) {
+    return !foldersWithHistory(listsAmong(entries)).empty();
+}
+
 void TransferLists::readHistories(const RootFolder& card, std::span<const InventoryEntry> entries) {
-    std::vector<InventoryEntry> copied;
     std::unordered_set<std::string_view> present;
     for (const auto& entry : entries) {
         // What has no bytes of its own, as a folder or a link that is not followed, is not read and
         // so is not the file that a list names.
         if (entry.shouldCopy && !entry.isDirectory)
             present.insert(entry.relativePath);
-        if (entry.shouldCopy && isOfHistory(entry.relativePath))
-            copied.push_back(entry);
     }
-    withHistory_ = foldersWithHistory(copied);
+    withHistory_ = foldersWithHistory(listsAmong(entries));
     IgnoredBelow readable;
     for (const auto& folder : withHistory_) {
         const auto prefix = folder.empty() ? "" : folder + "/";
