@@ -147,8 +147,7 @@ std::vector<ReportSet> addFound(FoundReports found, ListedTree& tree) {
         for (const auto& set : found.damaged)
             addReports({set}, tree);
         // Any of them may be of a session that lies below.
-        for (const auto& list :
-             found.newest.empty() ? std::vector<std::filesystem::path>() : found.unknown)
+        for (const auto& list : found.unknown)
             readOrTell(tree, list, [&] { (void)readManifest(list); });
     }
     std::vector<ReportSet> sets;
