@@ -146,9 +146,6 @@ std::vector<ReportSet> addFound(FoundReports found, ListedTree& tree) {
     if (!found.newest.contains("")) {
         for (const auto& set : found.damaged)
             addReports({set}, tree);
-        // Any of them may be of a session that lies below.
-        for (const auto& list : found.unknown)
-            readOrTell(tree, list, [&] { (void)readManifest(list); });
     }
     std::vector<ReportSet> sets;
     for (auto& [place, set] : found.newest) {
@@ -196,30 +193,50 @@ ReportSet addNamedReports(ReportSet set, ListedTree& tree) {
     return set;
 }
 
-/// The lists of a folder that is named; the set of its own session comes first.
-std::vector<ReportSet> addListsOfFolder(const std::filesystem::path& folder, ListedTree& tree) {
-    tree.root = folder;
-    auto sets = addFound(reportsAbove(tree), tree);
-    tree.isOnOtherDisk = std::any_of(sets.begin(), sets.end(), [&](const ReportSet& set) {
-        return isOnItsDisk(*set.manifest, tree.root) == false;
-    });
+/// The set that a folder itself is, where no other list is of it.
+std::optional<ReportSet> setThatIs(const std::filesystem::path& folder, const ListedTree& tree) {
     const auto checksums = folder / kChecksums;
     const bool hasChecksums = FileSystem::exists(checksums);
     const bool isNamedAsReports = FileSystem::exists(folder / kManifest) || hasChecksums;
     if (!isNamedAsReports || !tree.lists.empty() || !tree.troubles.empty())
-        return sets;
+        return std::nullopt;
     // A card may bring files that are only named as ours are.
     const bool hasHistory = MediaHashList::hasLists(RootFolder(folder), {});
-    ReportSet named{folder};
+    ReportSet set{folder};
     try {
-        named = setIn(folder);
+        set = setIn(folder);
     } catch (const Error&) {
         if (!hasHistory)
             throw;
     }
-    if (hasHistory && !named.manifest && !(hasChecksums && isChecksumList(checksums)))
-        return sets;
-    sets.push_back(addNamedReports(std::move(named), tree));
+    const bool isOurs = set.manifest || !hasHistory || (hasChecksums && isChecksumList(checksums));
+    return isOurs ? std::optional(std::move(set)) : std::nullopt;
+}
+
+/// The disk is asked once for what all sets on it want to know.
+bool isAnyOfOtherDisk(const std::vector<ReportSet>& sets, const std::filesystem::path& root) {
+    std::set<std::string> asked;
+    return std::any_of(sets.begin(), sets.end(), [&](const ReportSet& set) {
+        return asked.insert(set.manifest->destination.volumeUUID.value_or("")).second &&
+               isOnItsDisk(*set.manifest, root) == false;
+    });
+}
+
+/// The lists of a folder that is named; the set of its own session comes first.
+std::vector<ReportSet> addListsOfFolder(const std::filesystem::path& folder, ListedTree& tree) {
+    tree.root = folder;
+    auto found = reportsAbove(tree);
+    const bool isSession = found.newest.contains("");
+    const auto unknown = std::move(found.unknown);
+    auto sets = addFound(std::move(found), tree);
+    tree.isOnOtherDisk = isAnyOfOtherDisk(sets, folder);
+    if (auto set = setThatIs(folder, tree)) {
+        sets.push_back(addNamedReports(std::move(*set), tree));
+    } else if (!isSession) {
+        // Any of them may be of a session that lies below.
+        for (const auto& list : unknown)
+            readOrTell(tree, list, [&] { (void)readManifest(list); });
+    }
     return sets;
 }
 

@@ -104,7 +104,7 @@ struct StoredSession {
 };
 
 /// The same of one session, whose copy must lie where it was made and, as far as can be told, on
-/// the disk that it was made on. Without the archive, the reports on the disk tell of it.
+/// the disk that it was made on. The reports on the disk count beside those of the archive.
 ListedTree findListsOf(const StoredSession& session, const std::stop_token& stop = {});
 
 } // namespace slatewise::Verify
