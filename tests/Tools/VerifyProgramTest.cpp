@@ -616,7 +616,7 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
              for (int number = 0; number < 25; ++number)
                  writeFile(card / ("new" + std::to_string(number)), "x");
          },
-         "\n5 more files are on the card, but not in the card's own hash list"},
+         "5 more files are on the card, but not in the card's own hash list"},
         {"a folder in its place",
          [&] {
              std::filesystem::remove(card / "CLIP/b.wav");
