@@ -15,7 +15,7 @@ class PairLists {
 public:
     explicit PairLists(const OffloadSettings& settings);
 
-    /// Has a run compute what the lists need. The request refers to this object.
+    /// Has a run compute what the lists need, and tell whether the card brings any. The request refers to this object.
     void follow(CopyEngine::Request& request);
 
     /// Holds the card against the lists that it brings, and writes those of the copy. What goes
@@ -24,7 +24,10 @@ public:
                 const std::function<void(const OffloadProblem&)>& tell) const;
 
 private:
+    /// Empty when the settings want none.
     std::optional<MediaHashList::TransferLists> lists_;
+    /// The card brings lists that nobody looks at.
+    bool areCardsPassedOver_ = false;
 };
 
 } // namespace slatewise

@@ -126,6 +126,7 @@ public:
     std::string sessionNotQueued(Text card, Text reason) const;
     std::string historySetAside(Text file) const;
     std::string historyLost(Text reason) const;
+    std::string cardListNotChecked(Text card) const;
     std::string cardListNotRead(Text list, Text reason) const;
     std::string cardDiffersFromList(Text file) const;
     std::string listedFileMissing(Text file) const;
@@ -133,6 +134,12 @@ public:
     std::string cardFileNotListed(Text file) const;
     std::string listNotWritten(Text folder, Text reason) const;
     std::string nameNotListed(Text name) const;
+    /// What stands behind the first few of these, of two files or more.
+    std::string moreDifferFromList(int files) const;
+    std::string moreListedFilesMissing(int files) const;
+    std::string moreListedFilesUnproved(int files) const;
+    std::string moreCardFilesNotListed(int files) const;
+    std::string moreNamesNotListed(int files) const;
     /// What a copy was found to be that was read again at some time.
     std::string checkFoundAllEqual(Text date, int files) const;
     std::string checkFoundDifferences(Text date, int differences) const;

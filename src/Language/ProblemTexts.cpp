@@ -283,6 +283,16 @@ std::string L10n::historyLost(Text reason) const {
                                      reason);
 }
 
+std::string L10n::cardListNotChecked(Text card) const {
+    return isTurkish()
+               ? fmt::format("{} bir hash listesi getirdi, denetlenmedi; “{}” (--mhl) açıkken "
+                             "denetlenir.",
+                             card, writesHashList())
+               : fmt::format("{} brings a hash list, which was not checked; with “{}” (--mhl) "
+                             "it is.",
+                             card, writesHashList());
+}
+
 std::string L10n::cardListNotRead(Text list, Text reason) const {
     return isTurkish()
                ? fmt::format("Kartın getirdiği hash listesi okunamadı: {} ({})", list, reason)
@@ -326,6 +336,47 @@ std::string L10n::nameNotListed(Text name) const {
     return isTurkish()
                ? fmt::format("Hash listesi bu adı tutamadığı için dışarıda bırakıldı: {}", name)
                : fmt::format("Left out of the hash list, which cannot hold its name: {}", name);
+}
+
+std::string L10n::moreDifferFromList(int files) const {
+    return isTurkish()
+               ? fmt::format("Karttaki {} dosya daha kartın kendi hash listesinden farklı.", files)
+               : fmt::format(
+                     "{} more files on the card are not what the card's own hash list says.",
+                     files);
+}
+
+std::string L10n::moreListedFilesMissing(int files) const {
+    return isTurkish()
+               ? fmt::format("Kartın kendi hash listesindeki {} dosya daha kartta yok.", files)
+               : fmt::format("{} more files are in the card's own hash list, but not on the card.",
+                             files);
+}
+
+std::string L10n::moreListedFilesUnproved(int files) const {
+    return isTurkish()
+               ? fmt::format("Kartın kendi hash listesinde {} dosyayı daha kanıtlayan bir değer "
+                             "yok.",
+                             files)
+               : fmt::format("The card's own hash list has no value that proves {} more files.",
+                             files);
+}
+
+std::string L10n::moreCardFilesNotListed(int files) const {
+    return isTurkish()
+               ? fmt::format("Karttaki {} dosya daha kartın kendi hash listesinde yok.", files)
+               : fmt::format("{} more files are on the card, but not in the card's own hash list.",
+                             files);
+}
+
+std::string L10n::moreNamesNotListed(int files) const {
+    return isTurkish()
+               ? fmt::format("Adlarını tutamadığı için {} dosya daha hash listesine girmedi.",
+                             files)
+               : fmt::format(
+                     "{} more files were left out of the hash list, which cannot hold their "
+                     "names.",
+                     files);
 }
 
 } // namespace slatewise

@@ -2,6 +2,7 @@
 
 #include "MediaHashList/FolderHashes.h"
 #include "MediaHashList/History.h"
+#include "Offload/TreeWalker.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
@@ -101,8 +102,8 @@ private:
         takeNested(folder, next, hashes);
         const auto root = takeFolders(folder, hashes, next);
         const auto place = folder.empty() ? place_ : place_ / folder;
-        auto history =
-            existing_.contains(folder) ? History::load(root_, place) : History(root_, place);
+        // Another program may have made it since the tree was looked through.
+        auto history = History::toGoOn(root_, place);
         history.judge(next);
         auto list = history.append(std::move(next));
         list.path = joined(folder, list.path);
@@ -203,8 +204,10 @@ std::vector<std::string> foldersWithHistory(std::span<const InventoryEntry> entr
     for (const auto& entry : entries) {
         const auto holder = parentPath(entry.relativePath);
         const auto parts = Text::pieces(holder, '/');
-        const bool isList = entry.relativePath.ends_with(".mhl") ||
-                            entry.relativePath.ends_with("/" + std::string(kChainName));
+        const auto name =
+            std::string_view(entry.relativePath).substr(entry.relativePath.rfind('/') + 1);
+        const bool isList = (name.ends_with(".mhl") || name == kChainName) &&
+                            !TreeWalker::shouldSkip(name, name, {});
         if (!entry.isDirectory && isList && !parts.empty() && parts.back() == kHistoryFolder &&
             !isOfHistory(parentPath(holder)))
             folders.emplace(parentPath(holder));

@@ -1,12 +1,15 @@
 #include "MediaHashList/History.h"
 
+#include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/AppInfo.h"
 #include "Platform/Text.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <set>
 
 namespace slatewise::MediaHashList {
@@ -23,18 +26,30 @@ std::string shortened(std::string name, std::size_t room) {
     return name;
 }
 
-const FileValue* valueIn(const std::vector<FileValue>& values, HashFormat format) {
-    const auto found = std::find_if(values.begin(), values.end(),
-                                    [&](const auto& value) { return value.format == format; });
-    return found == values.end() ? nullptr : &*found;
+bool hasFormat(const std::vector<FileValue>& values, HashFormat format) {
+    return std::any_of(values.begin(), values.end(),
+                       [&](const auto& value) { return value.format == format; });
 }
 
 /// A format that is new to a file stands beside one that is not, which says whether it is the same.
 HashAction actionOf(const FileValue& value, const std::vector<FileValue>& earlier) {
     if (earlier.empty())
         return HashAction::Original;
-    const auto* known = valueIn(earlier, value.format);
-    return !known || known->value == value.value ? HashAction::Verified : HashAction::Failed;
+    const bool isSame = std::all_of(earlier.begin(), earlier.end(), [&](const auto& known) {
+        return known.format != value.format || known.value == value.value;
+    });
+    return isSame ? HashAction::Verified : HashAction::Failed;
+}
+
+/// Of a file that is said to have failed.
+void judgeFailed(HashedFile& file, const std::vector<FileValue>& earlier) {
+    const auto isKnown = [&](const FileValue& value) {
+        return hasFormat(earlier, value.format);
+    };
+    if (std::none_of(file.values.begin(), file.values.end(), isKnown))
+        return;
+    for (auto& value : file.values)
+        value.action = isKnown(value) ? HashAction::Failed : HashAction::Verified;
 }
 
 bool hasFailed(const HashedFile& file) {
@@ -121,7 +136,64 @@ bool isThere(const RootFolder& root, const std::filesystem::path& list, const st
     }
 }
 
+std::string numbered(int number) {
+    return fmt::format("{:04}_", number);
+}
+
+/// A list of ours that is whole and would be the chain's next; nothing when it is any other.
+std::optional<UnfinishedList> unfinishedIn(const RootFolder& root,
+                                           const std::filesystem::path& list, int number) {
+    if (!list.filename().native().starts_with(numbered(number)))
+        return std::nullopt;
+    try {
+        const auto text = readList(root, list);
+        UnfinishedList found = {{number, list.filename(), hashOf(HashFormat::C4, text)},
+                                readGeneration(text)};
+        const auto& [link, generation] = found;
+        const auto below = list.parent_path().parent_path();
+        const bool isWhole =
+            generation.creator.tool == AppInfo::name &&
+            std::none_of(generation.files.begin(), generation.files.end(), hasFailed) &&
+            std::all_of(
+                generation.references.begin(), generation.references.end(),
+                [&](const auto& each) { return isThere(root, below / each.path, each.c4); });
+        return isWhole ? std::optional(std::move(found)) : std::nullopt;
+    } catch (const Error&) {
+        return std::nullopt;
+    }
+}
+
+/// Whether the only list is a first one whose writer ended before there was a chain.
+bool isChainToCome(const RootFolder& root, const std::filesystem::path& folder) {
+    if (root.exists(folder / kChainName))
+        return false;
+    const auto lists = listsIn(root.below(folder));
+    return lists.size() == 1 && unfinishedIn(root, folder / lists.front(), 1);
+}
+
+/// The folder of the history's own is locked: its lists may not have one yet.
+std::shared_ptr<const FileDescriptor> lockToAppend(const RootFolder& root,
+                                                   const std::filesystem::path& below) {
+    const auto folder = root.below(below);
+    auto lock = folder.tryToLock();
+    // Not every file system has locks.
+    if (!lock && errno == EWOULDBLOCK)
+        throw PosixError("lock", root.path() / below / kHistoryFolder, EBUSY);
+    return std::make_shared<const FileDescriptor>(std::move(lock));
+}
+
 } // namespace
+
+bool hasLists(const RootFolder& root, const std::filesystem::path& below) {
+    const auto folder = below / kHistoryFolder;
+    try {
+        return root.exists(folder / kChainName) || !listsIn(root.below(folder)).empty();
+    } catch (const PosixError& failure) {
+        if (failure.code() == ENOENT || failure.code() == ENOTDIR)
+            return false;
+        throw;
+    }
+}
 
 std::string readList(const RootFolder& root, const std::filesystem::path& file) {
     return root.read(file, kLargestList);
@@ -136,29 +208,69 @@ History History::loadReadable(const RootFolder& root, std::filesystem::path belo
     History history(root, std::move(below));
     const auto folder = history.below_ / kHistoryFolder;
     const auto chain = folder / kChainName;
+    bool isWhole = true;
+    const Complaint note = [&](const std::filesystem::path& list, const Error& failure) {
+        isWhole = false;
+        complain(list, failure);
+    };
     try {
-        history.chain_ = parsed(root, chain, readList(root, chain), readChain);
+        if (!isChainToCome(root, folder))
+            history.chain_ = parsed(root, chain, readList(root, chain), readChain);
     } catch (const Error& failure) {
-        complain(root.path() / chain, failure);
+        note(root.path() / chain, failure);
         history.chain_ = unchainedLists(root.below(folder));
     }
-    for (const auto& link : history.chain_) {
+    history.readGenerations(note);
+    history.complainOfStrays(isWhole, complain);
+    return history;
+}
+
+void History::readGenerations(const Complaint& complain) {
+    const auto folder = below_ / kHistoryFolder;
+    for (const auto& link : chain_) {
         const auto list = folder / link.fileName;
-        readOrComplain(root.path() / list, complain, [&] {
-            const auto text = readList(root, list);
+        readOrComplain(root_->path() / list, complain, [&] {
+            const auto text = readList(*root_, list);
             if (!link.c4.empty() && hashOf(HashFormat::C4, text) != link.c4)
-                throw ListError(ListError::Reason::NotTheChains, {}, root.path() / list);
-            history.generations_.push_back(parsed(root, list, text, readGeneration));
+                throw ListError(ListError::Reason::NotTheChains, {}, root_->path() / list);
+            generations_.push_back(parsed(*root_, list, text, readGeneration));
         });
     }
-    readOrComplain(root.path() / folder, complain, [&] {
-        for (const auto& name : straysIn(root.below(folder), history.chain_)) {
-            const auto list = root.path() / folder / name;
-            readOrComplain(list, complain,
-                           [&] { throw ListError(ListError::Reason::NotTheChains, {}, list); });
+}
+
+void History::complainOfStrays(bool isElseWhole, const Complaint& complain) {
+    using Reason = ListError::Reason;
+    const auto folder = below_ / kHistoryFolder;
+    readOrComplain(root_->path() / folder, complain, [&] {
+        const auto strays = straysIn(root_->below(folder), chain_);
+        if (isElseWhole && strays.size() == 1)
+            unfinished_ = unfinishedIn(*root_, folder / strays.front(), nextNumber());
+        const auto why = !unfinished_                  ? Reason::NotTheChains
+                         : unfinished_->canBeEntered() ? Reason::NotInChainYet
+                                                       : Reason::OfUnfinishedOffload;
+        for (const auto& name : strays) {
+            const auto list = root_->path() / folder / name;
+            readOrComplain(list, complain, [&] { throw ListError(why, {}, list); });
         }
     });
+}
+
+History History::toGoOn(const RootFolder& root, std::filesystem::path below) {
+    auto lock = lockToAppend(root, below);
+    auto history = hasLists(root, below) ? load(root, below) : History(root, below);
+    history.lock_ = std::move(lock);
     return history;
+}
+
+void History::enterUnfinished(const RootFolder& root, std::filesystem::path below,
+                              const std::string& c4) {
+    const auto lock = lockToAppend(root, below);
+    auto history = loadReadable(root, std::move(below), [](const auto&, const Error&) {});
+    if (!history.unfinished_ || !history.unfinished_->canBeEntered() ||
+        history.unfinished_->link.c4 != c4)
+        throw ListError(ListError::Reason::NotTheChains, {},
+                        root.path() / history.below_ / kHistoryFolder);
+    history.writeChainWith(history.unfinished_->link);
 }
 
 KnownValues History::known() const {
@@ -171,12 +283,33 @@ KnownValues History::known() const {
             if (hasFailed(file))
                 continue;
             for (const auto& value : file.values) {
-                if (!valueIn(values, value.format))
+                const bool isKnown =
+                    std::any_of(values.begin(), values.end(), [&](const auto& each) {
+                        return each.format == value.format && each.value == value.value;
+                    });
+                if (!isKnown)
                     values.push_back(value);
             }
         }
     }
     return known;
+}
+
+std::vector<std::string> History::givenUp(const KnownValues& known) const {
+    std::vector<std::string> paths;
+    if (generations_.size() < 2)
+        return paths;
+    const auto& newest = generations_.back();
+    std::vector<std::string_view> named;
+    for (const auto& file : newest.files)
+        named.push_back(file.path);
+    std::sort(named.begin(), named.end());
+    for (const auto& [path, values] : known) {
+        if (!std::binary_search(named.begin(), named.end(), path) &&
+            isIgnored(path, newest.ignored))
+            paths.push_back(path);
+    }
+    return paths;
 }
 
 std::vector<std::string> History::brokenReferences() const {
@@ -198,10 +331,12 @@ void History::judge(Generation& next) const {
         return hasFailed(file) && !earlier.contains(file.path);
     });
     for (auto& file : next.files) {
-        if (hasFailed(file))
-            continue;
         const auto found = earlier.find(file.path);
         const auto values = found == earlier.end() ? std::vector<FileValue>() : found->second;
+        if (hasFailed(file)) {
+            judgeFailed(file, values);
+            continue;
+        }
         for (auto& value : file.values)
             value.action = actionOf(value, values);
     }
@@ -216,7 +351,7 @@ std::string History::nextFileName(Instant createdAt) const {
     auto moment = Clock::iso8601(createdAt);
     std::erase(moment, ':');
     std::replace(moment.begin(), moment.end(), 'T', '_');
-    const auto number = fmt::format("{:04}_", nextNumber());
+    const auto number = numbered(nextNumber());
     const auto end = fmt::format("_{}.mhl", moment);
     const auto folder = below_.empty() ? root_->path() : below_;
     return number +
@@ -232,15 +367,21 @@ Reference History::append(Generation next) {
     const auto text = writeGeneration(next);
     const ChainLink link = {nextNumber(), nextFileName(next.creator.createdAt),
                             hashOf(HashFormat::C4, text)};
+    if (root_->exists(folder / link.fileName))
+        throw PosixError("write", root_->path() / folder / link.fileName, EEXIST);
     root_->writeAtomically(folder / link.fileName, text);
     root_->syncVolume();
-    auto chain = chain_;
-    chain.push_back(link);
-    root_->writeAtomically(folder / kChainName, writeChain(chain));
-    root_->syncVolume();
-    chain_ = std::move(chain);
+    writeChainWith(link);
     generations_.push_back(std::move(next));
     return {std::string(kHistoryFolder) + "/" + link.fileName, link.c4};
+}
+
+void History::writeChainWith(const ChainLink& link) {
+    auto chain = chain_;
+    chain.push_back(link);
+    root_->writeAtomically(below_ / kHistoryFolder / kChainName, writeChain(chain));
+    root_->syncVolume();
+    chain_ = std::move(chain);
 }
 
 } // namespace slatewise::MediaHashList

@@ -1,7 +1,6 @@
 #include "MediaHashList/ListError.h"
 
 #include "Language/L10n.h"
-#include "Offload/OffloadError.h"
 #include "Platform/Text.h"
 
 namespace slatewise::MediaHashList {
@@ -21,6 +20,10 @@ std::string_view sentence(ListError::Reason reason, L10n l10n) {
         return l10n.notAChecksum();
     case Reason::NotTheChains:
         return l10n.notTheListOfTheChain();
+    case Reason::NotInChainYet:
+        return l10n.listNotInChainYet();
+    case Reason::OfUnfinishedOffload:
+        return l10n.listOfUnfinishedOffload();
     case Reason::NotAsReferred:
         return l10n.notTheListReferredTo();
     case Reason::ListsDisagree:
@@ -49,21 +52,12 @@ std::string_view sentence(ListError::Reason reason, L10n l10n) {
 
 } // namespace
 
-std::string ListError::localizedDescription() const {
-    return text(L10n::current());
-}
-
 std::string ListError::text(L10n l10n) const {
     constexpr std::size_t kEnoughToFindIt = 120;
     std::string text(sentence(reason_, l10n));
     if (!subject_.empty())
         text += ": " + Text::prefix(Text::visible(subject_), kEnoughToFindIt);
     return list_.empty() ? text : Text::visible(list_.native()) + ": " + text;
-}
-
-std::string reasonOf(const std::exception& failure, L10n l10n) {
-    const auto* const ofList = dynamic_cast<const ListError*>(&failure);
-    return ofList ? ofList->text(l10n) : describe(failure, l10n);
 }
 
 } // namespace slatewise::MediaHashList

@@ -1,18 +1,14 @@
 #pragma once
 
-#include "Platform/Error.h"
+#include "Language/SpokenError.h"
 
 #include <filesystem>
 #include <string>
 
-namespace slatewise {
-class L10n;
-}
-
 namespace slatewise::MediaHashList {
 
 /// A list of checksums, of whatever kind, that cannot be used, in words of both languages.
-class ListError : public Error {
+class ListError : public SpokenError {
 public:
     enum class Reason {
         /// It is something else, or damaged; the subject says where.
@@ -25,6 +21,10 @@ public:
         NotAValue,
         /// It is not the one that the chain names.
         NotTheChains,
+        /// Whoever wrote it ended before the chain named it.
+        NotInChainYet,
+        /// The same of the offload that made the copy: nobody knows what else it did not come to.
+        OfUnfinishedOffload,
         /// It is not the one that a list further up refers to.
         NotAsReferred,
         /// It does not say the same as the list that was written beside it.
@@ -51,25 +51,18 @@ public:
 
     /// `subject` is the part that is wrong; bytes. `list` is the file, where it is known.
     explicit ListError(Reason reason, std::string subject = {}, std::filesystem::path list = {})
-        : Error("list not usable"), reason_(reason), subject_(std::move(subject)),
+        : SpokenError("list not usable"), reason_(reason), subject_(std::move(subject)),
           list_(std::move(list)) {}
 
     /// The same of a list that was read from this file.
     ListError in(std::filesystem::path list) const { return ListError(reason_, subject_, list); }
 
-    /// One sentence.
-    std::string text(L10n l10n) const;
-
-    /// In the language that is stored at the moment of asking.
-    std::string localizedDescription() const override;
+    std::string text(L10n l10n) const override;
 
 private:
     Reason reason_;
     std::string subject_;
     std::filesystem::path list_;
 };
-
-/// Why something about lists failed, in words of that language as far as we have any.
-std::string reasonOf(const std::exception& failure, L10n l10n);
 
 } // namespace slatewise::MediaHashList

@@ -3,6 +3,7 @@
 #include "Language/L10n.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
+#include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
 
 #include <algorithm>
@@ -22,12 +23,14 @@ std::vector<FileValue> listed(const HashValues& values, const std::optional<Inst
     return result;
 }
 
-BothLanguages reasonOf(const std::exception_ptr& failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const std::exception& reason) {
-        return BothLanguages::of([&](L10n l10n) { return MediaHashList::reasonOf(reason, l10n); });
+/// The parts of histories that are copied.
+std::vector<InventoryEntry> listsAmong(std::span<const InventoryEntry> entries) {
+    std::vector<InventoryEntry> lists;
+    for (const auto& entry : entries) {
+        if (entry.shouldCopy && isOfHistory(entry.relativePath))
+            lists.push_back(entry);
     }
+    return lists;
 }
 
 Creator creatorOf(const OffloadSettings& settings) {
@@ -40,18 +43,19 @@ Creator creatorOf(const OffloadSettings& settings) {
 
 } // namespace
 
+bool TransferLists::areAmong(std::span<const InventoryEntry> entries) {
+    return !foldersWithHistory(listsAmong(entries)).empty();
+}
+
 void TransferLists::readHistories(const RootFolder& card, std::span<const InventoryEntry> entries) {
-    std::vector<InventoryEntry> copied;
     std::unordered_set<std::string_view> present;
     for (const auto& entry : entries) {
         // What has no bytes of its own, as a folder or a link that is not followed, is not read and
         // so is not the file that a list names.
         if (entry.shouldCopy && !entry.isDirectory)
             present.insert(entry.relativePath);
-        if (entry.shouldCopy && isOfHistory(entry.relativePath))
-            copied.push_back(entry);
     }
-    withHistory_ = foldersWithHistory(copied);
+    withHistory_ = foldersWithHistory(listsAmong(entries));
     IgnoredBelow readable;
     for (const auto& folder : withHistory_) {
         const auto prefix = folder.empty() ? "" : folder + "/";
@@ -59,7 +63,12 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
             const auto history = History::load(card, folder);
             if (const auto broken = history.brokenReferences(); !broken.empty())
                 throw ListError(ListError::Reason::NotAsReferred, {}, card.path() / broken.front());
-            for (auto& [path, values] : history.known()) {
+            auto known = history.known();
+            for (const auto& path : history.givenUp(known)) {
+                if (!present.contains(prefix + path))
+                    known.erase(path);
+            }
+            for (auto& [path, values] : known) {
                 auto& all = known_[prefix + path];
                 all.insert(all.end(), values.begin(), values.end());
             }
@@ -107,7 +116,8 @@ std::vector<HashFormat> TransferLists::formatsOf(const std::string& path) const 
 std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& outcome) const {
     std::vector<OffloadProblem> problems;
     for (const auto& [place, failure] : unreadable_)
-        problems.push_back({Kind::CardListNotRead, place.native(), reasonOf(failure)});
+        problems.push_back({Kind::CardListNotRead, place.native(),
+                            BothLanguages::of([&](L10n l10n) { return describe(failure, l10n); })});
     for (const auto& path : missing_)
         problems.push_back({Kind::ListedFileMissing, path});
     for (const auto& path : unlisted_)

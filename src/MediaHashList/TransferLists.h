@@ -20,6 +20,9 @@ class TransferLists {
 public:
     explicit TransferLists(const OffloadSettings& settings) : settings_(settings) {}
 
+    /// Whether a card brings any that would be copied.
+    static bool areAmong(std::span<const InventoryEntry> entries);
+
     /// Reads every history of a card. One that cannot be read is told by `differences`.
     void readHistories(const RootFolder& card, std::span<const InventoryEntry> entries);
 

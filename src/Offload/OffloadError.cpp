@@ -84,13 +84,9 @@ std::string OffloadError::text(L10n l10n) const {
     return std::visit(Describe{l10n}, reason_);
 }
 
-std::string OffloadError::localizedDescription() const {
-    return text(L10n::current());
-}
-
 std::string describe(const std::exception& failure, L10n l10n) {
-    if (const auto* ours = dynamic_cast<const OffloadError*>(&failure))
-        return ours->text(l10n);
+    if (const auto* spoken = dynamic_cast<const SpokenError*>(&failure))
+        return spoken->text(l10n);
     if (const auto* ofSystem = dynamic_cast<const PosixError*>(&failure))
         return ofSystem->subject() + ": " + reasonOf(ofSystem->code(), l10n);
     if (const auto* special = dynamic_cast<const NotARegularFile*>(&failure))
@@ -100,6 +96,14 @@ std::string describe(const std::exception& failure, L10n l10n) {
                reasonOf(ofLibrary->code().value(), l10n);
     }
     return describe(failure);
+}
+
+std::string describe(const std::exception_ptr& failure, L10n l10n) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::exception& thrown) {
+        return describe(thrown, l10n);
+    }
 }
 
 std::string reasonOf(int code, L10n l10n) {

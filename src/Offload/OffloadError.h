@@ -1,8 +1,9 @@
 #pragma once
 
-#include "Platform/Error.h"
+#include "Language/SpokenError.h"
 
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <variant>
 
@@ -11,7 +12,7 @@ namespace slatewise {
 class L10n;
 
 /// A failure of an offload that has words of its own in both languages.
-class OffloadError : public Error {
+class OffloadError : public SpokenError {
 public:
     /// Byte counts of the source as it stands now and of the copy.
     struct SizeMismatch {
@@ -38,22 +39,22 @@ public:
     using Reason = std::variant<SizeMismatch, InsufficientSpace, CardGone, DiskReplaced,
                                 TemplateLeadsOut, MissingSelection>;
 
-    explicit OffloadError(Reason reason) : Error("offload failed"), reason_(std::move(reason)) {}
+    explicit OffloadError(Reason reason) : SpokenError("offload failed"), reason_(std::move(reason)) {}
 
     const Reason& reason() const noexcept { return reason_; }
 
-    std::string text(L10n l10n) const;
-
-    /// In the language that is stored at the moment of asking.
-    std::string localizedDescription() const override;
+    std::string text(L10n l10n) const override;
 
 private:
     Reason reason_;
 };
 
-/// What a person should read about any failure of an offload: of one of the system's, the path that
-/// it is about and the reason; of a library's, what `describe` of the failure alone tells.
+/// What a person should read about any failure: of one that has words of its own, these; of one of
+/// the system's, the path that it is about and the reason; of a library's, what `describe` of the
+/// failure alone tells.
 std::string describe(const std::exception& failure, L10n l10n);
+/// The same of one that was kept, which must not be empty.
+std::string describe(const std::exception_ptr& failure, L10n l10n);
 
 /// Why a call of the system failed, of its errno value. What cards and disks do not bring about is
 /// told in the system's own words.

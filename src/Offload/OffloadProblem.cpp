@@ -50,6 +50,7 @@ OffloadProblem::Severity OffloadProblem::severity() const {
     case Kind::SessionNotStored:
     case Kind::SessionNotQueued:
     case Kind::HistorySetAside:
+    case Kind::CardListNotChecked:
     case Kind::CardFileNotListed:
     case Kind::NameNotListed:
         return Severity::Note;
@@ -153,20 +154,22 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.sessionNotQueued(about, why);
     case Kind::HistorySetAside:
         return l10n.historySetAside(about);
+    case Kind::CardListNotChecked:
+        return l10n.cardListNotChecked(about);
     case Kind::CardListNotRead:
         return l10n.cardListNotRead(about, why);
     case Kind::CardDiffersFromList:
-        return l10n.cardDiffersFromList(about);
+        return more > 0 ? l10n.moreDifferFromList(more) : l10n.cardDiffersFromList(about);
     case Kind::ListedFileMissing:
-        return l10n.listedFileMissing(about);
+        return more > 0 ? l10n.moreListedFilesMissing(more) : l10n.listedFileMissing(about);
     case Kind::ListedFileUnproved:
-        return l10n.listedFileUnproved(about);
+        return more > 0 ? l10n.moreListedFilesUnproved(more) : l10n.listedFileUnproved(about);
     case Kind::CardFileNotListed:
-        return l10n.cardFileNotListed(about);
+        return more > 0 ? l10n.moreCardFilesNotListed(more) : l10n.cardFileNotListed(about);
     case Kind::ListNotWritten:
         return l10n.listNotWritten(about, why);
     case Kind::NameNotListed:
-        return l10n.nameNotListed(about);
+        return more > 0 ? l10n.moreNamesNotListed(more) : l10n.nameNotListed(about);
     }
     return why;
 }

@@ -78,6 +78,8 @@ struct OffloadProblem {
         SessionNotQueued,
         /// The history was damaged; a new one was begun. The subject is where the old one lies.
         HistorySetAside,
+        /// The card brought a hash list, and nobody wanted it looked at.
+        CardListNotChecked,
         /// A hash list that the card brought cannot be read, and so cannot go on.
         CardListNotRead,
         /// A file is not what the card's own list says.
@@ -108,6 +110,9 @@ struct OffloadProblem {
     BothLanguages reason{};
     /// The errno value behind it; 0 where there is none.
     int code = 0;
+    /// Of very many alike each of the first is told, and then one without a subject of how many
+    /// more there are: 2 at least. 0 for any other.
+    int more = 0;
 
     /// With what a failure says. The sentence names its subject, so where the failure is that of
     /// the subject itself, or of `file`, the reason does not name it again.

@@ -7,10 +7,8 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <set>
 #include <string_view>
-#include <tuple>
 
 namespace slatewise {
 
@@ -18,20 +16,11 @@ namespace {
 
 using Kind = OffloadProblem::Kind;
 
-bool isLater(const timespec& one, const timespec& other) {
-    return std::tie(one.tv_sec, one.tv_nsec) > std::tie(other.tv_sec, other.tv_nsec);
-}
-
 } // namespace
-
-ProvedCopies::Dates ProvedCopies::datesOf(const FileSystem::Attributes& attributes) {
-    return {attributes.exactModified.value_or(timespec{}).tv_sec,
-            attributes.changed.value_or(timespec{})};
-}
 
 void ProvedCopies::note(std::size_t row, const std::string& copy) {
     dates_.resize(std::max(dates_.size(), row + 1));
-    dates_[row] = datesOf(session_.attributes(copy));
+    dates_[row] = FileDates::of(session_.attributes(copy));
 }
 
 ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
@@ -66,19 +55,17 @@ ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
     return changes;
 }
 
-ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, Dates& proved,
+ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, FileDates& proved,
                                            const std::stop_token& stop) const {
-    constexpr std::int64_t kCoarsest = 2;
-    Dates now;
+    FileDates now;
     try {
         const auto facts = session_.attributes(row.relativePath);
         if (facts.type != FileSystem::ItemType::RegularFile || facts.sizeBytes != row.sizeBytes)
             return OffloadProblem{Kind::CopyGone, row.relativePath};
-        now = datesOf(facts);
-        if (std::abs(now.modified - proved.modified) > kCoarsest)
+        now = FileDates::of(facts);
+        if (now.isOfOtherContent(proved))
             return OffloadProblem{Kind::CopyDiffers, row.relativePath};
-        // FAT forgets this date and shows an earlier one instead.
-        if (!isLater(now.changed, proved.changed))
+        if (!now.isTouchedSince(proved))
             return std::nullopt;
     } catch (const PosixError&) {
         return OffloadProblem{Kind::CopyGone, row.relativePath};

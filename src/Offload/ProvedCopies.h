@@ -1,11 +1,10 @@
 #pragma once
 
+#include "Offload/FileDates.h"
 #include "Offload/OffloadProblem.h"
 #include "Offload/OffloadRows.h"
 #include "Platform/Files/RootFolder.h"
 
-#include <cstdint>
-#include <ctime>
 #include <optional>
 #include <span>
 #include <stop_token>
@@ -54,18 +53,12 @@ public:
 
 private:
     using Found = std::optional<OffloadProblem>;
-    struct Dates {
-        /// In seconds.
-        std::int64_t modified = 0;
-        timespec changed{};
-    };
-    static Dates datesOf(const FileSystem::Attributes& attributes);
-    Found changeOf(FileCopyResult& row, Dates& proved, const std::stop_token& stop) const;
+    Found changeOf(FileCopyResult& row, FileDates& proved, const std::stop_token& stop) const;
     Found readAgain(FileCopyResult& row, const std::stop_token& stop) const;
 
     RootFolder session_;
     /// By row; of no meaning where nothing was proved.
-    std::vector<Dates> dates_;
+    std::vector<FileDates> dates_;
 };
 
 } // namespace slatewise

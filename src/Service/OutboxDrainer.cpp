@@ -64,9 +64,9 @@ std::shared_ptr<FileLock> lockStore(const AppDatabase& database,
     try {
         return std::make_shared<FileLock>(file, patience);
     } catch (const PosixError& failure) {
-        AppLog::append("Outbox not locked: " + failure.localizedDescription());
         if (failure.code() == EWOULDBLOCK)
             throw;
+        AppLog::append("Outbox not locked: " + failure.localizedDescription());
         return nullptr;
     }
 }
@@ -116,14 +116,16 @@ QCoro::Task<void> deliverAll(AppDatabase database, DirectSaaSClient client,
         co_await client.presence();
         const auto listing = onWorker([=] { return database.pendingOutboxIDs(); });
         pending = co_await listing;
-    } catch (const std::exception&) {
+    } catch (const std::exception& failure) {
+        AppLog::append("Outbox not delivered: " + describe(failure));
         co_return;
     }
     for (const auto id : pending) {
         try {
             co_await tryToDeliver(database, client, id);
-        } catch (const std::exception&) {
-            // The failure could not even be counted; the report is still there.
+        } catch (const std::exception& failure) {
+            // The report is still there.
+            AppLog::append("Outbox: a failure could not be counted: " + describe(failure));
         }
     }
 }

@@ -50,13 +50,35 @@ void read(const Json::Value& object, const char* key, std::optional<T>& result) 
     Json::getIfPresent(object, key, result);
 }
 
-OutboxPayload payloadFrom(const Json::Value& object) {
+OutboxFile fileFrom(const Json::Value& object) {
+    OutboxFile file;
+    forEachFileField([&](const char* key, auto member) { read(object, key, file.*member); });
+    return file;
+}
+
+/// Reads each file as soon as its text has been, and keeps no more of it: a million of them would
+/// take a gigabyte as objects of the library.
+OutboxPayload payloadFrom(std::string_view text) {
+    using Event = Json::Value::parse_event_t;
     OutboxPayload payload;
+    bool isAmongFiles = false;
+    const auto object = Json::Value::parse(text, [&](int depth, Event event, Json::Value& value) {
+        constexpr int kInPayload = 1;
+        constexpr int kInFiles = 2;
+        if (event == Event::key && depth == kInPayload) {
+            isAmongFiles = value == kFiles;
+            // Of a key that is there twice the last counts.
+            if (isAmongFiles)
+                payload.files.clear();
+        }
+        if (event != Event::object_end || depth != kInFiles || !isAmongFiles)
+            return true;
+        payload.files.push_back(fileFrom(value));
+        return false;
+    });
     forEachPayloadField([&](const char* key, auto member) { read(object, key, payload.*member); });
-    for (const auto& file : object.at(kFiles).get_ref<const Json::Value::array_t&>()) {
-        auto& entry = payload.files.emplace_back();
-        forEachFileField([&](const char* key, auto member) { read(file, key, entry.*member); });
-    }
+    if (!object.at(kFiles).get_ref<const Json::Value::array_t&>().empty())
+        throw Error("not a report of a session: a file is no object");
     return payload;
 }
 
@@ -142,7 +164,7 @@ void writePayload(const SessionManifest& manifest, const FileSystem::TextSink& p
 
 OutboxPayload OutboxPayload::decode(std::string_view text) {
     try {
-        return payloadFrom(Json::Value::parse(text));
+        return payloadFrom(text);
     } catch (const Json::Value::exception& failure) {
         throw Error(std::string("not a report of a session: ") + failure.what());
     }

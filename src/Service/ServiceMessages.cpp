@@ -4,6 +4,8 @@
 #include "Platform/Error.h"
 #include "Platform/Json.h"
 
+#include <cctype>
+
 namespace slatewise::ServiceMessages {
 
 namespace {
@@ -14,12 +16,28 @@ Value text(std::string_view bytes) {
     return Text::displayable(bytes);
 }
 
-Value entry(const OutboxFile& file, const std::string& driveName) {
-    return {{"drive_name", text(driveName)},
-            {"source_path", text(file.sourcePath)},
-            {"target_path", text(file.targetPath)},
-            {"file_size", file.fileSize},
-            {"action", rawValue(file.action)}};
+std::string entry(const OutboxFile& file, const std::string& driveName) {
+    return Json::compactText({{"drive_name", text(driveName)},
+                              {"source_path", text(file.sourcePath)},
+                              {"target_path", text(file.targetPath)},
+                              {"file_size", file.fileSize},
+                              {"action", rawValue(file.action)}});
+}
+
+/// JSON on one line.
+std::string onOneLine(std::string_view json) {
+    std::string line;
+    line.reserve(json.size());
+    bool isInText = false;
+    for (std::size_t at = 0; at < json.size(); ++at) {
+        const char byte = json[at];
+        isInText ^= byte == '"';
+        if (isInText || !std::isspace(static_cast<unsigned char>(byte)))
+            line += byte;
+        if (isInText && byte == '\\' && at + 1 < json.size())
+            line += json[++at];
+    }
+    return line;
 }
 
 } // namespace
@@ -60,27 +78,26 @@ std::optional<std::string> sessionIDIn(std::string_view answer) {
 }
 
 std::optional<std::string> copiedFiles(const std::string& sessionID, const OutboxPayload& payload) {
-    Value entries = Value::array();
+    // As objects of the library, a million files would take many times their text.
+    std::string entries;
     for (const auto& file : payload.files) {
         if (file.action == RowAction::Copy)
-            entries.push_back(entry(file, payload.driveName));
+            entries += (entries.empty() ? "" : ",") + entry(file, payload.driveName);
     }
     if (entries.empty())
         return std::nullopt;
-    Value object = {{"session_id", text(sessionID)}};
-    object["entries"] = std::move(entries);
-    return Json::compactText(object);
+    return "{\"entries\":[" + std::move(entries) +
+           "],\"session_id\":" + Json::compactText(text(sessionID)) + "}";
 }
 
 std::optional<std::string> inventory(const std::string& sessionID, const OutboxPayload& payload) {
-    auto parsed = Value::parse(payload.inventoryJSON, nullptr, /*allow_exceptions=*/false);
-    if (parsed.is_discarded())
+    if (!Value::accept(payload.inventoryJSON))
         throw Error("the session's inventory is no JSON");
-    if (!parsed.is_object())
+    auto line = onOneLine(payload.inventoryJSON);
+    if (!line.starts_with('{'))
         return std::nullopt;
-    Value object = {{"session_id", text(sessionID)}};
-    object["inventory"] = std::move(parsed);
-    return Json::compactText(object);
+    return "{\"inventory\":" + std::move(line) +
+           ",\"session_id\":" + Json::compactText(text(sessionID)) + "}";
 }
 
 std::string complete(const std::string& sessionID, const OutboxPayload& payload) {

@@ -1,5 +1,6 @@
 #include "Service/ServiceProfileFile.h"
 
+#include "Platform/Error.h"
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Json.h"
 #include "Storage/AppLog.h"
@@ -20,7 +21,16 @@ constexpr std::size_t kLargestProfileBytes = 64 * 1024;
 
 using Kind = ProfileRefusal::Kind;
 
-/// The content of the file, empty when there is none. Fails with `ProfileRefusal` when nobody may
+/// Carries a refusal to whoever loads.
+class RefusedProfile : public Error {
+public:
+    explicit RefusedProfile(Kind kind, std::string subject = {}, int code = 0)
+        : Error("profile refused"), why{kind, std::move(subject), code} {}
+
+    const ProfileRefusal why;
+};
+
+/// The content of the file, empty when there is none. Fails with `RefusedProfile` when nobody may
 /// trust it.
 std::optional<std::string> readPrivately(const std::filesystem::path& path) {
     // A pipe in the file's place would hold up whoever opens it.
@@ -29,25 +39,25 @@ std::optional<std::string> readPrivately(const std::filesystem::path& path) {
         return std::nullopt;
     struct stat facts {};
     if (!file || ::fstat(file.get(), &facts) != 0)
-        throw ProfileRefusal{Kind::NotRead, path.native(), errno};
+        throw RefusedProfile(Kind::NotRead, path.native(), errno);
     if (!S_ISREG(facts.st_mode))
-        throw ProfileRefusal{Kind::IsNoFile, path.native()};
+        throw RefusedProfile(Kind::IsNoFile, path.native());
     if ((facts.st_mode & (S_IRWXG | S_IRWXO)) != 0)
-        throw ProfileRefusal{Kind::OpenToOthers, path.native()};
+        throw RefusedProfile(Kind::OpenToOthers, path.native());
     std::string content(kLargestProfileBytes + 1, '\0');
     const auto count = ::read(file.get(), content.data(), content.size());
     if (count < 0)
-        throw ProfileRefusal{Kind::NotRead, path.native(), errno};
+        throw RefusedProfile(Kind::NotRead, path.native(), errno);
     content.resize(static_cast<std::size_t>(count));
     if (content.size() > kLargestProfileBytes)
-        throw ProfileRefusal{Kind::TooLarge, path.native()};
+        throw RefusedProfile(Kind::TooLarge, path.native());
     return content;
 }
 
 std::string textIn(const Json::Value& object, const char* key) {
     const auto found = object.find(key);
     if (found == object.end() || !found->is_string())
-        throw ProfileRefusal{Kind::LacksText, key};
+        throw RefusedProfile(Kind::LacksText, key);
     return found->get<std::string>();
 }
 
@@ -62,43 +72,45 @@ bool isOpen(const std::string& text) {
 SaaSProfile profileFrom(const std::string& content) {
     const auto object = Json::Value::parse(content, nullptr, /*allow_exceptions=*/false);
     if (!object.is_object())
-        throw ProfileRefusal{Kind::IsNoObject};
+        throw RefusedProfile(Kind::IsNoObject);
     SaaSProfile profile{.accountID = textIn(object, "accountID"),
                         .saasAPIURL = textIn(object, "saasAPIURL"),
                         .presenceToken = textIn(object, "presenceToken")};
     if (isOpen(profile.saasAPIURL))
-        throw ProfileRefusal{Kind::OpenAddress};
+        throw RefusedProfile(Kind::OpenAddress);
     return profile;
 }
 
 } // namespace
 
 ServiceProfileFile::ServiceProfileFile(const std::filesystem::path& folder)
-    : file_(folder / fileName), current_(load()), watch_(file_, [this] { refresh(); }) {}
+    : file_(folder / fileName), watch_(file_, [this] { refresh(); }) {
+    take(load());
+}
 
 void ServiceProfileFile::refresh() {
-    const auto refusal = refusal_;
-    auto profile = load();
-    if (profile == current_ && refusal_ == refusal)
+    auto found = load();
+    if (found == loaded_)
         return;
-    current_ = std::move(profile);
+    take(std::move(found));
     if (onChange)
         onChange();
 }
 
-std::optional<SaaSProfile> ServiceProfileFile::load() {
-    std::optional<ProfileRefusal> refusal;
-    std::optional<SaaSProfile> profile;
+void ServiceProfileFile::take(Loaded found) {
+    if (found.refusal && found.refusal != loaded_.refusal)
+        AppLog::append(found.refusal->text(L10n(AppLanguage::English)));
+    loaded_ = std::move(found);
+}
+
+ServiceProfileFile::Loaded ServiceProfileFile::load() const {
     try {
         if (const auto content = readPrivately(file_))
-            profile = profileFrom(*content);
-    } catch (const ProfileRefusal& why) {
-        refusal = why;
+            return {profileFrom(*content), std::nullopt};
+    } catch (const RefusedProfile& refused) {
+        return {std::nullopt, refused.why};
     }
-    if (refusal && refusal != refusal_)
-        AppLog::append(refusal->text(L10n(AppLanguage::English)));
-    refusal_ = refusal;
-    return profile;
+    return {};
 }
 
 } // namespace slatewise

@@ -26,21 +26,29 @@ public:
 
     explicit ServiceProfileFile(const std::filesystem::path& folder);
 
-    const std::optional<SaaSProfile>& current() const { return current_; }
+    const std::optional<SaaSProfile>& current() const { return loaded_.profile; }
 
     /// Why a file that is there counts as none. The log has it too.
-    const std::optional<ProfileRefusal>& refusal() const { return refusal_; }
+    const std::optional<ProfileRefusal>& refusal() const { return loaded_.refusal; }
 
     /// Called when one of the two has become another.
     std::function<void()> onChange;
 
 private:
+    /// What the file says at one moment; nothing when there is none.
+    struct Loaded {
+        std::optional<SaaSProfile> profile;
+        std::optional<ProfileRefusal> refusal;
+
+        friend bool operator==(const Loaded&, const Loaded&) = default;
+    };
+
     void refresh();
-    std::optional<SaaSProfile> load();
+    Loaded load() const;
+    void take(Loaded found);
 
     std::filesystem::path file_;
-    std::optional<ProfileRefusal> refusal_;
-    std::optional<SaaSProfile> current_;
+    Loaded loaded_;
     FileWatch watch_;
 };
 

@@ -47,18 +47,34 @@ std::set<std::string> namesAsShown(const ListedTree& tree) {
     return names;
 }
 
-void addManifest(const SessionManifest& manifest, const std::filesystem::path& list,
-                 ListedTree& tree) {
-    tree.lists.push_back(list);
-    if (manifest.status == OutcomeStatus::Failed)
+/// Of a set that lies in the archive and on the disk, under one name, that is told once.
+void tellFailedRun(const std::filesystem::path& list, ListedTree& tree) {
+    const auto set = list.parent_path().filename();
+    const bool isTold =
+        std::any_of(tree.troubles.begin(), tree.troubles.end(), [&](const auto& trouble) {
+            return trouble.kind == ListTrouble::Kind::OfFailedRun &&
+                   trouble.list.parent_path().filename() == set;
+        });
+    if (!isTold)
         tree.troubles.push_back({ListTrouble::Kind::OfFailedRun, list});
+}
+
+void addManifest(const ReportSet& set, const std::filesystem::path& list, ListedTree& tree) {
+    const auto& manifest = *set.manifest;
+    tree.lists.push_back(list);
+    tree.reported.insert(set.prefix);
+    if (manifest.status == OutcomeStatus::Failed)
+        tellFailedRun(list, tree);
     const auto otherwiseNamed = namesAsShown(tree);
     for (const auto& file : manifest.files) {
+        const auto path = set.prefix + file.relativePath;
+        if (file.action == RowAction::Skip)
+            tree.leftOut.insert(path);
         if (file.action == RowAction::Skip || file.action == RowAction::Hash ||
-            otherwiseNamed.contains(file.relativePath))
+            otherwiseNamed.contains(path))
             continue;
         requireDown(list, file.relativePath);
-        auto& expected = tree.files[file.relativePath];
+        auto& expected = tree.files[path];
         if (file.sourceSHA256)
             expect(expected, HashFormat::SHA256, *file.sourceSHA256);
     }
@@ -95,13 +111,15 @@ ChecksumLine parsedLine(std::string_view line, const std::filesystem::path& list
 }
 
 /// Gives what it read.
-std::string addChecksums(const std::filesystem::path& list, ListedTree& tree) {
+std::string addChecksums(const std::filesystem::path& list, const std::string& prefix,
+                         ListedTree& tree) {
     tree.lists.push_back(list);
+    tree.reported.insert(prefix);
     auto text = readList(list);
     for (const auto line : Text::pieces(text, '\n')) {
         const auto [digest, path] = parsedLine(line, list);
         requireDown(list, path);
-        expect(tree.files[path], HashFormat::SHA256, digest);
+        expect(tree.files[prefix + path], HashFormat::SHA256, digest);
     }
     return text;
 }
@@ -187,10 +205,22 @@ std::vector<std::string> namesIn(const std::filesystem::path& checksums) {
     return names;
 }
 
+bool isChecksumList(const std::filesystem::path& file) {
+    const auto text = readList(file);
+    const auto lines = Text::pieces(text, '\n');
+    return !lines.empty() && std::all_of(lines.begin(), lines.end(), [&](std::string_view line) {
+        try {
+            return MediaHashList::leadsDown(parsedLine(line, file).path);
+        } catch (const ListError&) {
+            return false;
+        }
+    });
+}
+
 void addReports(const ReportSet& set, ListedTree& tree) {
     if (const auto list = set.folder / kChecksums; FileSystem::exists(list)) {
         readOrTell(tree, list, [&] {
-            const auto text = addChecksums(list, tree);
+            const auto text = addChecksums(list, set.prefix, tree);
             if (set.manifest)
                 requireAgreement(*set.manifest, text, list);
         });
@@ -198,8 +228,53 @@ void addReports(const ReportSet& set, ListedTree& tree) {
     if (!set.manifest)
         return;
     const auto list = set.folder / kManifest;
-    readOrTell(tree, list, [&] { addManifest(*set.manifest, list, tree); });
+    readOrTell(tree, list, [&] { addManifest(set, list, tree); });
 }
+
+namespace {
+
+/// What is known by a history's lists, of those files that it may still be asked for.
+void addKnown(const History& history, const std::string& prefix, ListedTree& tree) {
+    const auto known = history.known();
+    const auto left = history.givenUp(known);
+    const std::set<std::string_view> givenUp(left.begin(), left.end());
+    for (const auto& [path, values] : known) {
+        const bool isLeftOut = tree.leftOut.contains(prefix + path) || givenUp.contains(path);
+        if (isLeftOut && !tree.folder->exists(prefix + path))
+            continue;
+        auto& expected = tree.files[prefix + path];
+        for (const auto& value : values)
+            expect(expected, value.format, value.value);
+    }
+    if (history.generations().empty())
+        return;
+    for (const auto& folder : history.generations().back().folders) {
+        if (!tree.isReported(prefix + folder.path))
+            tree.folders.insert(prefix + folder.path);
+    }
+}
+
+/// A list that its chain does not name yet counts for the files as any other does. `list` is its
+/// folder.
+void addUnfinished(const MediaHashList::UnfinishedList& unfinished, const std::string& folder,
+                   const std::string& prefix, const std::filesystem::path& lists,
+                   ListedTree& tree) {
+    for (const auto& file : unfinished.generation.files) {
+        auto& expected = tree.files[prefix + file.path];
+        for (const auto& value : file.values)
+            expect(expected, value.format, value.value);
+    }
+    if (!unfinished.canBeEntered())
+        return;
+    const auto list = lists / unfinished.link.fileName;
+    for (auto& trouble : tree.troubles) {
+        if (trouble.list == list)
+            trouble.kind = ListTrouble::Kind::Unfinished;
+    }
+    tree.unfinished.push_back({folder, unfinished.link.c4});
+}
+
+} // namespace
 
 void addHistory(const std::string& folder, ListedTree& tree) {
     const auto& root = *tree.folder;
@@ -210,11 +285,9 @@ void addHistory(const std::string& folder, ListedTree& tree) {
         root, folder, [&](const auto& list, const Error& failure) { tell(tree, list, failure); });
     for (const auto& list : history.brokenReferences())
         tell(tree, tree.root / list, ListError(Reason::NotAsReferred));
-    for (const auto& [path, values] : history.known()) {
-        auto& expected = tree.files[prefix + path];
-        for (const auto& value : values)
-            expect(expected, value.format, value.value);
-    }
+    addKnown(history, prefix, tree);
+    if (history.unfinished())
+        addUnfinished(*history.unfinished(), folder, prefix, tree.root / lists, tree);
     auto& ignored = tree.ignored[folder];
     for (const auto& generation : history.generations())
         ignored.insert(ignored.end(), generation.ignored.begin(), generation.ignored.end());
@@ -225,18 +298,20 @@ void addHistory(const std::string& folder, ListedTree& tree) {
     tree.files.erase(lists + "/" + std::string(MediaHashList::kChainName));
 }
 
-void compareHashLists(const SessionManifest& manifest, ListedTree& tree) {
+void compareHashLists(const ReportSet& set, ListedTree& tree) {
+    const auto& manifest = *set.manifest;
     std::vector<std::string> listed;
     std::filesystem::path newest;
     for (const auto& path : manifest.hashLists) {
         if (!path.ends_with(".mhl"))
             continue;
-        newest = tree.root / path;
+        const auto whole = set.prefix + path;
+        newest = tree.root / whole;
         readOrTell(tree, newest, [&] {
             requireDown(newest, path);
-            requireInChain(*tree.folder, path);
+            requireInChain(*tree.folder, whole);
             const auto generation =
-                MediaHashList::readGeneration(MediaHashList::readList(*tree.folder, path));
+                MediaHashList::readGeneration(MediaHashList::readList(*tree.folder, whole));
             const auto folder = std::filesystem::path(path).parent_path().parent_path();
             for (const auto& file : generation.files)
                 listed.push_back(folder / file.path);

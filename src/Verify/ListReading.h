@@ -21,7 +21,9 @@ inline constexpr std::string_view kReports = "reports";
 struct ReportSet {
     std::filesystem::path folder;
     /// Absent when there is none that can be read.
-    std::optional<SessionManifest> manifest;
+    std::optional<SessionManifest> manifest{};
+    /// Where its session lies below the tree's root, with a "/" at its end; empty for the root.
+    std::string prefix{};
 };
 
 /// Notes a list on which the check cannot rest, once. A failure that is no `ListError` must be the
@@ -44,15 +46,20 @@ SessionManifest readManifest(const std::filesystem::path& list);
 /// The names in those lines of a checksum list that can be read, as bytes. Fails with `PosixError`.
 std::vector<std::string> namesIn(const std::filesystem::path& checksums);
 
+/// Whether a file is wholly what our lists of checksums are, and names something. Fails with
+/// `PosixError`.
+bool isChecksumList(const std::filesystem::path& file);
+
 /// Adds a set's checksums and manifest. What cannot be used is told; so is that they do not say the
 /// same, since they were written together.
 void addReports(const ReportSet& set, ListedTree& tree);
 
-/// Adds the history of a folder beneath the tree's root, "" for the root itself.
+/// Adds the history of a folder beneath the tree's root, "" for the root itself. To come after the
+/// reports, which may say why something is not there that a list of the card names.
 void addHistory(const std::string& folder, ListedTree& tree);
 
 /// Tells when the hash lists that a run wrote beside its copy are not there any more, or do not
 /// name the files that the run proved.
-void compareHashLists(const SessionManifest& manifest, ListedTree& tree);
+void compareHashLists(const ReportSet& set, ListedTree& tree);
 
 } // namespace slatewise::Verify

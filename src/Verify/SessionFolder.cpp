@@ -46,16 +46,16 @@ std::string volumeUUID(const std::filesystem::path& path) {
 
 } // namespace
 
-HeldFolder folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder) {
+SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder) {
     const auto parent = reportFolder.parent_path();
     if (parent.filename() != kReports)
-        return folderWhereMade(manifest);
+        return {folderWhereMade(manifest), true};
     if (auto folder = folderBelow(parent.parent_path(), belowDisk(manifest)))
-        return folder;
+        return {std::move(folder), false};
     // Where the copy was made, another disk's may lie by now, or that of another copy.
     if (isOnItsDisk(manifest, reportFolder).value_or(true))
         throw ListError(Reason::NoFolder, {}, parent.parent_path() / belowDisk(manifest));
-    return folderWhereMade(manifest);
+    return {folderWhereMade(manifest), true};
 }
 
 HeldFolder folderWhereMade(const SessionManifest& manifest) {

@@ -15,9 +15,15 @@ namespace slatewise::Verify {
 /// Held open from there on.
 using HeldFolder = std::shared_ptr<const RootFolder>;
 
+struct SessionPlace {
+    HeldFolder folder;
+    /// It was found where the copy was made, and the disk there is not known to be another.
+    bool isWhereMade = false;
+};
+
 /// The folder that a set of reports is of. A set that lies on its disk speaks of that disk alone,
 /// wherever it is mounted today; any other, of the place where the copy was made.
-HeldFolder folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder);
+SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder);
 
 /// The session's folder where it was made. Fails when that is known to be another disk now.
 HeldFolder folderWhereMade(const SessionManifest& manifest);

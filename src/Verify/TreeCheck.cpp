@@ -3,6 +3,8 @@
 #include "Language/L10n.h"
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
+#include "Offload/FileDates.h"
+#include "Offload/OffloadError.h"
 #include "Offload/Transfer.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
@@ -11,6 +13,7 @@
 #include "Platform/Files/UncachedFile.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <set>
 
@@ -21,35 +24,45 @@ namespace {
 /// Enough of them for a person to see what is the matter.
 constexpr int kNamedFiles = 3;
 
-SkipNames withHistories(SkipNames names) {
-    names.emplace(MediaHashList::kHistoryFolder);
-    return names;
+/// Whether something is a part of a history itself, or what is left of one that was being written.
+bool isListFile(std::string_view path) {
+    const auto name = path.substr(path.rfind('/') + 1);
+    const auto holder = path.substr(0, path.size() - std::min(path.size(), name.size() + 1));
+    const auto place = holder.substr(0, holder.size() - MediaHashList::kHistoryFolder.size());
+    return MediaHashList::isOfHistory(holder) && holder.ends_with(MediaHashList::kHistoryFolder) &&
+           !MediaHashList::isOfHistory(place) &&
+           (name == MediaHashList::kChainName || name.ends_with(".mhl") || name.ends_with(".tmp"));
 }
 
-/// The file of that name in a walk's list, which is sorted; null when there is none.
-const InventoryEntry* fileIn(std::span<const InventoryEntry> entries, std::string_view path) {
+/// What has that name in a walk's list, which is sorted; null when nothing does.
+const InventoryEntry* entryIn(std::span<const InventoryEntry> entries, std::string_view path) {
     const auto found = std::lower_bound(entries.begin(), entries.end(), path,
                                         [](const InventoryEntry& entry, std::string_view name) {
                                             return entry.relativePath < name;
                                         });
-    const bool isThere =
-        found != entries.end() && found->relativePath == path && !found->isDirectory;
-    return isThere ? &*found : nullptr;
+    return found != entries.end() && found->relativePath == path ? &*found : nullptr;
+}
+
+const InventoryEntry* fileIn(std::span<const InventoryEntry> entries, std::string_view path) {
+    const auto* const found = entryIn(entries, path);
+    return found && !found->isDirectory ? found : nullptr;
 }
 
 class Check {
 public:
     Check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop)
-        : tree_(tree), root_(*tree.folder), keep_(keep), watch_(watch), stop_(std::move(stop)) {}
+        : tree_(tree), root_(*tree.folder), entries_(tree.entries), keep_(keep), watch_(watch),
+          stop_(std::move(stop)) {}
 
     Result run() {
         publish(Phase::Scanning());
         result_.mayBeFromMemory = !emptyMemory();
-        for (const auto& trouble : tree_.troubles)
-            tell({trouble.kind == ListTrouble::Kind::OfFailedRun ? Difference::Failed
-                                                                 : Difference::Damaged,
-                  trouble.list.native(), Circumstance::None, trouble.failure});
-        entries_ = takeInventory();
+        for (const auto& trouble : tree_.troubles) {
+            if (keep_ == Keep::Nothing || trouble.kind != ListTrouble::Kind::Unfinished)
+                tell(trouble);
+        }
+        for (const auto& [path, code] : tree_.unread)
+            tellUnreadable(path, code);
         for (const auto& [path, expected] : tree_.files) {
             if (const auto* file = fileIn(entries_, path))
                 bytesTotal_ += file->sizeBytes;
@@ -59,6 +72,7 @@ public:
             checkFile(path, expected);
             ++filesDone_;
         }
+        checkFolders();
         for (const auto& entry : entries_) {
             throwIfCancelled();
             rememberList(entry);
@@ -72,34 +86,68 @@ public:
         // What was read was the right folder's. Under its path lies another by now, or none.
         if (!root_.isStillAtItsPath())
             tell({Difference::Missing, tree_.root.native()});
+        if (keep_ == Keep::Tree && !result_.isAllEqual())
+            tellUnfinished();
         return std::move(result_);
     }
 
 private:
     /// What was written a moment ago is only in memory, and can be dropped from there once it is on
-    /// the disk. False when that cannot be had.
-    bool emptyMemory() const {
+    /// the disk. False when that cannot be had. A disk that lost what it was given is no good.
+    bool emptyMemory() {
+        constexpr std::array kLost = {EIO, ENOSPC, EDQUOT};
         try {
             root_.syncVolume();
-        } catch (const PosixError&) {
+        } catch (const PosixError& failure) {
+            if (std::find(kLost.begin(), kLost.end(), failure.code()) != kLost.end())
+                tell({Difference::Unreadable, tree_.root.native(), Circumstance::None,
+                      std::current_exception()});
             return false;
         }
         return DeviceCache::drop(tree_.root) != DeviceCache::Drop::NotPossible;
     }
 
     std::vector<InventoryEntry> takeInventory() {
-        const auto tellUnreadable = [this](const std::string& folder, int code) {
-            if (!told_.contains(folder))
-                tell({Difference::Unreadable, folder.empty() ? tree_.root.native() : folder,
-                      Circumstance::None,
-                      std::make_exception_ptr(PosixError("open", folder, code))});
+        const auto note = [this](const std::string& path, int code) {
+            tellUnreadable(path, code);
         };
-        return TreeWalker::walk(root_, {}, {}, {.unreadable = tellUnreadable, .stop = stop_});
+        return TreeWalker::walk(root_, {}, {}, {.unreadable = note, .stop = stop_});
     }
 
+    void tellUnreadable(const std::string& folder, int code) {
+        if (!told_.contains(folder))
+            tell({Difference::Unreadable, folder.empty() ? tree_.root.native() : folder,
+                  Circumstance::None, std::make_exception_ptr(PosixError("open", folder, code))});
+    }
+
+    /// A run's reports name all that it left there, and it leaves no links.
     bool isNew(const InventoryEntry& entry) const {
-        return entry.shouldCopy && !tree_.files.contains(entry.relativePath) &&
-               !isLeftOut(entry.relativePath);
+        const auto& path = entry.relativePath;
+        const bool isReported = tree_.isReported(path);
+        if (!(entry.shouldCopy || (isReported && !entry.isDirectory)) || tree_.files.contains(path))
+            return false;
+        if (!isReported)
+            return !isLeftOut(path);
+        return !isList(path) && !isLeftBySystem(path) && !isListFile(path);
+    }
+
+    /// A folder with files in it is missed with them.
+    void checkFolders() {
+        for (const auto& path : tree_.folders) {
+            const auto within = tree_.files.lower_bound(path + "/");
+            if (within != tree_.files.end() && within->first.starts_with(path + "/"))
+                continue;
+            const auto* const found = entryIn(entries_, path);
+            if (!(found && found->isDirectory) && !isIgnored(path))
+                tell({Difference::Missing, path});
+        }
+    }
+
+    void tellUnfinished() {
+        for (const auto& trouble : tree_.troubles) {
+            if (trouble.kind == ListTrouble::Kind::Unfinished)
+                tell(trouble);
+        }
     }
 
     /// The disk stays in the hands of people and programs while it is read, and what was the same
@@ -115,9 +163,7 @@ private:
         for (const auto& [path, expected] : tree_.files) {
             const auto* before = fileIn(entries_, path);
             const auto* now = fileIn(entries, path);
-            // Inodes are not compared: some file systems number a file anew each time.
-            if (told_.contains(path) ||
-                (now && now->sizeBytes == before->sizeBytes && now->changes == before->changes))
+            if (told_.contains(path) || (now && isSame(*now, *before)))
                 continue;
             --result_.filesEqual;
             tell({now ? Difference::Changed : Difference::Missing, path,
@@ -129,6 +175,14 @@ private:
         }
     }
 
+    /// Inodes are not compared: some file systems number a file anew each time.
+    static bool isSame(const InventoryEntry& now, const InventoryEntry& before) {
+        const auto dates = FileDates::of(now);
+        const auto earlier = FileDates::of(before);
+        return now.sizeBytes == before.sizeBytes && !dates.isOfOtherContent(earlier) &&
+               !dates.isTouchedSince(earlier);
+    }
+
     /// What systems leave behind on a disk, and the lists themselves, are no additions.
     bool isLeftOut(const std::string& path) const { return isList(path) || isIgnored(path); }
 
@@ -137,20 +191,28 @@ private:
         return std::find(lists.begin(), lists.end(), tree_.root / path) != lists.end();
     }
 
+    static bool isLeftBySystem(const std::string& path) {
+        return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1),
+                                      TreeWalker::defaultSkipNames());
+    }
+
     bool isIgnored(const std::string& path) const {
-        return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1), skipNames_) ||
+        return isLeftBySystem(path) || MediaHashList::isOfHistory(path) ||
                std::any_of(tree_.ignored.begin(), tree_.ignored.end(), [&](const auto& each) {
                    return MediaHashList::isIgnoredBelow(each.first, path, each.second);
                });
     }
 
-    /// Once there is a history, the next check goes by that alone, and a list that lies among the
-    /// files is one of them.
+    /// Once there is a history, a list that lies among the files is one of them. What is read of it
+    /// is no footage.
     void rememberList(const InventoryEntry& entry) {
         const auto& path = entry.relativePath;
-        if (keep_ == Keep::Tree && entry.shouldCopy && !entry.isDirectory && isList(path) &&
-            !isIgnored(path) && !tree_.files.contains(path))
-            readOrTell(path, [&] { (void)isAsExpected(path, {}); });
+        if (keep_ != Keep::Tree || !entry.shouldCopy || entry.isDirectory || !isList(path) ||
+            isIgnored(path) || tree_.files.contains(path))
+            return;
+        const auto bytesRead = result_.bytesRead;
+        readOrTell(path, [&] { (void)isAsExpected(path, {}); });
+        result_.bytesRead = bytesRead;
     }
 
     void checkFile(const std::string& path, const Expected& expected) {
@@ -234,6 +296,12 @@ private:
         result_.tree.files.push_back(std::move(file));
     }
 
+    void tell(const ListTrouble& trouble) {
+        tell({trouble.kind == ListTrouble::Kind::OfFailedRun ? Difference::Failed
+                                                             : Difference::Damaged,
+              trouble.list.native(), Circumstance::None, trouble.failure});
+    }
+
     void tell(const Finding& finding) {
         ++result_.differences;
         told_.insert(finding.path);
@@ -261,13 +329,12 @@ private:
 
     const ListedTree& tree_;
     const RootFolder& root_;
+    /// All that was there at first.
+    const std::vector<InventoryEntry>& entries_;
     const Keep keep_;
     const Watch& watch_;
     const std::stop_token stop_;
     Transfer transfer_;
-    SkipNames skipNames_ = withHistories(TreeWalker::defaultSkipNames());
-    /// All that was there at first.
-    std::vector<InventoryEntry> entries_;
     std::int64_t bytesTotal_ = 0;
     int filesDone_ = 0;
     std::set<std::string> told_;
@@ -283,12 +350,8 @@ Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_to
 std::string Finding::explanation(L10n l10n) const {
     if (difference == Difference::Failed)
         return std::string(l10n.itsRunFailed());
-    try {
-        if (failure)
-            std::rethrow_exception(failure);
-    } catch (const std::exception& error) {
-        return reasonOf(error, l10n);
-    }
+    if (failure)
+        return describe(failure, l10n);
     if (circumstance == Circumstance::None)
         return {};
     return std::string(circumstance == Circumstance::IsLink ? l10n.itIsALink()
@@ -296,6 +359,8 @@ std::string Finding::explanation(L10n l10n) const {
 }
 
 std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) {
+    for (const auto& [folder, c4] : tree.unfinished)
+        MediaHashList::History::enterUnfinished(*tree.folder, folder, c4);
     auto& hashed = result.tree;
     hashed.creator = MediaHashList::creatorHere();
     hashed.process = MediaHashList::Process::InPlace;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "MediaHashList/HashedTree.h"
-#include "MediaHashList/ListError.h"
 #include "Offload/OffloadPhase.h"
 #include "Platform/RawWords.h"
 #include "Verify/ListedTree.h"
@@ -59,8 +58,6 @@ struct Finding {
     std::string explanation(L10n l10n) const;
 };
 
-using MediaHashList::reasonOf;
-
 /// Who watches a check. Called on the check's thread; may be empty.
 struct Watch {
     std::function<void(const OffloadPhase&)> progress;
@@ -91,8 +88,9 @@ enum class Keep { Nothing, Tree };
 /// and with `Error` when the tree cannot be walked. Blocks.
 Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop);
 
-/// Adds what was read to the tree's histories as generations of files hashed where they lie. Gives
-/// the names that such a list cannot hold. Fails with `PosixError` and `ListError`.
+/// Adds what was read to the tree's histories as generations of files hashed where they lie, behind
+/// a list that no chain names yet: it was held against the same files. Only where all was equal.
+/// Gives the names that such a list cannot hold. Fails with `PosixError` and `ListError`.
 std::vector<std::string> addGenerations(const ListedTree& tree, Result& result);
 
 } // namespace slatewise::Verify

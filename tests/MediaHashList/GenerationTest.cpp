@@ -174,6 +174,13 @@ TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
     history.judge(next);
     history.append(next);
     history.append(next);
+    {
+        const auto late = History::toGoOn(handle, {});
+        EXPECT_EQ(late.generations().size(), 4U);
+        EXPECT_THROW((void)History::toGoOn(handle, {}), PosixError) << "one after the other";
+        auto first = older;
+        EXPECT_THROW((void)History(handle).append(first), PosixError) << "its name is taken";
+    }
 
     const auto read = History::load(handle);
     ASSERT_EQ(read.generations().size(), 4U);
@@ -252,6 +259,10 @@ TEST(MediaHashListTest, HistoriesFurtherDownGrowFirstAndAreNamedAbove) {
     std::filesystem::remove(outerFolder);
     std::filesystem::rename(root / "aside", outerFolder);
 
+    // One that came up since the tree was looked through goes on, too.
+    EXPECT_THAT(addGenerations(handle, {}, tree, {}).lists.front(),
+                ::testing::StartsWith("ascmhl/0002_"));
+
     tree.unknownFiles = {"SES/new.wav"};
     (void)addGenerations(handle, {}, tree, foldersWithHistory(TreeWalker::walk(handle, {})));
     const auto partly = History::load(handle).generations().back();
@@ -263,7 +274,8 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
     const TemporaryFolder folder;
     const auto row = [](const char* path, VerifyStatus status) {
         const HashValues card = {{HashFormat::XXH128, hashOf(HashFormat::XXH128, "card")}};
-        const HashValues disk = {{HashFormat::XXH128, hashOf(HashFormat::XXH128, "disk")}};
+        const HashValues disk = {{HashFormat::MD5, hashOf(HashFormat::MD5, "disk")},
+                                 {HashFormat::XXH128, hashOf(HashFormat::XXH128, "disk")}};
         FileCopyResult result;
         result.relativePath = path;
         result.action = status == VerifyStatus::Verified ? RowAction::Copy : RowAction::Fail;
@@ -304,7 +316,8 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
     ASSERT_EQ(newest.files.size(), 2U);
     EXPECT_EQ(newest.creator.authors, (std::vector<Author>{{"", "DIT\xef\xbf\xbd"}}));
     EXPECT_EQ(newest.files[0].path, "good");
-    EXPECT_EQ(newest.files[1].values[0].action, HashAction::Failed);
+    EXPECT_EQ(newest.files[1].values[0].action, HashAction::Verified) << "of a new format";
+    EXPECT_EQ(newest.files[1].values[1].action, HashAction::Failed);
     EXPECT_TRUE(newest.root.empty()) << "not all that lies there was proved";
 
     outcome.files = {row("good", VerifyStatus::CopiedUnverified)};

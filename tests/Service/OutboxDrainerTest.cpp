@@ -97,6 +97,8 @@ TEST(OutboxPayload, IsExactlyThisTextAndReadsBack) {
         without.erase(key);
         EXPECT_THROW(OutboxPayload::decode(without.dump()), Error) << key;
     }
+    payload["files"] = {1};
+    EXPECT_THROW(OutboxPayload::decode(payload.dump()), Error) << "a file that is none";
     for (const auto* none : {"", "{}", "[]", "null", "{\"files\":1}"})
         EXPECT_THROW(OutboxPayload::decode(none), Error) << none;
 }
@@ -123,8 +125,10 @@ TEST_F(Outbox, AVerifiedSessionIsToldInThisOrder) {
     EXPECT_THAT(server.paths(),
                 ElementsAre("presence", "session/start", "session/log_file", "dit/inventory",
                             "session/complete", "session/notify_event"));
-    for (const auto& request : server.requests())
+    for (const auto& request : server.requests()) {
         EXPECT_EQ(request.headers.at("content-type"), "application/json");
+        EXPECT_EQ(request.body, Json::compactText(Json::Value::parse(request.body)));
+    }
     const auto told = bodies(server);
     EXPECT_EQ(told[0], Json::Value::parse(R"({"account_id":"acc/1","token":")" + kToken +
                                           R"(","role":"source","app_version":"0.1.42.0",

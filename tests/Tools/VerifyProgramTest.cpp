@@ -191,9 +191,14 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     const auto damaged = program("slatewise-verify", {reports});
     EXPECT_THAT(damaged.standardError, HasSubstr("manifest.json: not a list that can be read\n"));
     (void)offload("--hash-only");
-    const auto hashed = program("slatewise-verify", {reports});
-    EXPECT_EQ(hashed.exitCode, 1);
-    EXPECT_THAT(hashed.standardError, HasSubstr("hashes of a card, and nothing was copied"));
+    for (const auto* const end : {"well", "badly"}) {
+        const auto hashed = program("slatewise-verify", {reports});
+        EXPECT_EQ(hashed.exitCode, 1) << end;
+        EXPECT_THAT(hashed.standardError, HasSubstr("hashes of a card, and nothing was copied"));
+        const auto text =
+            Text::replaced(readFile(reports / "manifest.json"), "\"HASH\"", "\"FAIL\"");
+        writeFile(reports / "manifest.json", Text::replaced(text, "\"hashed\"", "\"failed\""));
+    }
 }
 
 TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
@@ -243,7 +248,17 @@ TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
     (void)offload();
     EXPECT_THAT(verified(set), HasSubstr("another disk is there now"));
     EXPECT_THAT(verified(archived()), ::testing::StartsWith("0 "));
-    EXPECT_EQ(Verify::findListsOf(storedAs(archived())).files.size(), 4U);
+    const auto stored = storedAs(archived());
+    EXPECT_EQ(Verify::findListsOf(stored).files.size(), 4U);
+    EXPECT_TRUE(Verify::findListsOf(stored).troubles.empty());
+    const auto sums = readFile(reports / "checksums.sha256");
+    writeFile(reports / "checksums.sha256", sums.substr(sums.find('\n') + 1));
+    EXPECT_EQ(Verify::findListsOf(stored).troubles.size(), 1U) << "the archive's is whole";
+    writeFile(reports / "checksums.sha256", sums);
+    const auto text = readFile(reports / "manifest.json");
+    writeFile(reports / "manifest.json", Text::replaced(text, stored.id, session.id));
+    EXPECT_THROW((void)Verify::findListsOf(stored), MediaHashList::ListError);
+    writeFile(reports / "manifest.json", text);
     for (const auto& known : {set, std::filesystem::path()}) {
         EXPECT_THROW((void)Verify::findListsOf({session.id, known, session.root}),
                      MediaHashList::ListError);
@@ -268,6 +283,9 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         {"nothing", [](const auto&) {}, ""},
         {"a manifest", [](const auto& set) { writeFile(set / "manifest.json", "{"); },
          "damaged\t@/manifest.json\n"},
+        {"a manifest that is gone",
+         [](const auto& set) { std::filesystem::remove(set / "manifest.json"); },
+         "damaged\t@/manifest.json\n"},
         {"checksums", [](const auto& set) { writeFile(set / "checksums.sha256", "x"); },
          "damaged\t@/checksums.sha256\n"},
         {"checksums, emptied", [](const auto& set) { writeFile(set / "checksums.sha256", ""); },
@@ -281,6 +299,18 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
              (void)History(handle).append(less);
          },
          "damaged\t"},
+        {"what its hash list would not have named",
+         [this](const auto&) {
+             const RootFolder handle(copy);
+             auto less = History::load(handle).generations().back();
+             less.ignored.push_back("PROXY");
+             std::filesystem::remove_all(copy / "ascmhl");
+             (void)History(handle).append(less);
+             writeFile(copy / "PROXY/new.mov", "x");
+             std::filesystem::create_symlink("nowhere", copy / "CLIP/link");
+             writeFile(copy / "ascmhl/new.mov", "x");
+         },
+         "new\tCLIP/link\nnew\tPROXY/new.mov\nnew\tascmhl/new.mov\n"},
         {"a hash list that is gone",
          [this](const auto&) { std::filesystem::remove_all(copy / "ascmhl"); }, "damaged\t"},
         {"the only list that can hold a name",
@@ -306,6 +336,8 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         const auto root = offload("--mhl");
         each.spoil(reports);
         check(each, reports, root);
+        const auto above = program("slatewise-verify", {"--quiet", root.parent_path()});
+        EXPECT_EQ(above.exitCode, each.told.empty() ? 0 : 1) << above.standardOutput;
         std::filesystem::remove_all(root);
         std::filesystem::remove_all(reports);
     }
@@ -322,6 +354,17 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
          "damaged\t@/CLIP/ascmhl/0002.mhl\n"},
         {"an added file, left out further down",
          [](const auto& root) { writeFile(root / "x.tmp", "x"); }, "new\tx.tmp\n"},
+        {"an empty folder that is gone",
+         [](const auto& root) { std::filesystem::remove(root / "bare"); }, "missing\tbare\n"},
+        {"lists that contradict each other",
+         [](const auto& root) {
+             const RootFolder handle(root);
+             auto history = History::load(handle, "CLIP");
+             auto other = history.generations().back();
+             other.files.front().values.front().value = hashOf(HashFormat::XXH3, "other");
+             (void)history.append(other);
+         },
+         "changed\tCLIP/b.wav\n"},
     };
     for (const auto& each : ofHistories) {
         SCOPED_TRACE(each.name);
@@ -335,7 +378,10 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         const RootFolder handle(root);
         auto reference = History(handle, "CLIP").append(inner);
         reference.path = "CLIP/" + reference.path;
+        std::filesystem::create_directory(root / "bare");
+        const auto none = hashOf(HashFormat::XXH128, "");
         Generation outer;
+        outer.folders = {{"bare", {}, {{HashFormat::XXH128, none, none}}}};
         outer.references = {reference};
         (void)History(handle).append(outer);
         each.spoil(root);
@@ -412,10 +458,14 @@ TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
     std::filesystem::remove_all(folder / "A001");
     std::filesystem::rename(root, folder / "A001");
     const auto again = offload();
+    EXPECT_THAT(told, HasSubstr("brings a hash list, which was not checked"));
     // Checksums of the folder that they lie in are one of its files from then on.
     const auto sums = folder / "sums";
     writeFile(sums / "a", "hello");
     writeFile(sums / "checksums.sha256", hashOf(HashFormat::SHA256, "hello") + "  a\n");
+    writeFile(sums / "ascmhl/._0001.mhl", "what another system left");
+    const auto read = Verify::check(Verify::findLists(sums), Verify::Keep::Tree, {}, {});
+    EXPECT_EQ(read.bytesRead, 5) << "of the footage";
     for (const auto& each : {again, sums}) {
         for (const auto* const words : {"--mhl", "--quiet"})
             EXPECT_EQ(program("slatewise-verify", {words, each}).exitCode, 0) << words;
@@ -423,6 +473,46 @@ TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
     writeFile(sums / "checksums.sha256", "");
     EXPECT_EQ(program("slatewise-verify", {"--quiet", sums}).standardOutput,
               "changed\tchecksums.sha256\n");
+}
+
+TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {
+    const auto tree = folder / "tree";
+    const auto chain = tree / "ascmhl/ascmhl_chain.xml";
+    writeFile(tree / "a.mov", "a");
+    addList(tree, {HashFormat::MD5});
+    const auto verify = [&](std::vector<std::string> words, const std::filesystem::path& path) {
+        words.push_back(path);
+        return program("slatewise-verify", words);
+    };
+    for (const std::size_t generations : {1U, 2U}) {
+        // As a kill leaves it: the list is there, and the chain is that of before.
+        auto links = MediaHashList::readChain(readFile(chain));
+        ASSERT_EQ(links.size(), generations);
+        const auto list = tree / "ascmhl" / links.back().fileName;
+        links.pop_back();
+        if (links.empty())
+            std::filesystem::remove(chain);
+        else
+            writeFile(chain, MediaHashList::writeChain(links));
+        const auto damaged = verify({"--quiet"}, tree);
+        EXPECT_EQ(damaged.standardOutput, "damaged\t" + list.native() + "\n");
+        EXPECT_THAT(damaged.standardError, HasSubstr("--mhl reads the files again"));
+        writeFile(tree / "a.mov", "b");
+        const auto changed = verify({"--quiet", "--mhl"}, tree);
+        EXPECT_EQ(changed.standardOutput, "changed\ta.mov\ndamaged\t" + list.native() + "\n");
+        writeFile(tree / "a.mov", "a");
+        const auto entered = verify({"--quiet", "--mhl"}, tree);
+        EXPECT_EQ(entered.exitCode, 0) << entered.standardOutput << entered.standardError;
+        EXPECT_EQ(History::load(RootFolder(tree)).generations().size(), generations + 1);
+    }
+    // What an offload left in that way is none of what it proved.
+    const auto root = offload("--mhl");
+    std::filesystem::remove(root / "ascmhl/ascmhl_chain.xml");
+    for (const auto* const option : {"--quiet", "--mhl"}) {
+        const auto refused = verify({option}, root);
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_THAT(refused.standardError, HasSubstr("copy the card again"));
+    }
 }
 
 TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {
@@ -458,6 +548,13 @@ TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {
          1,
          {}},
         {"a history of one generation", list({XXH128}), 2, {"a.mov xxh128 verified"}},
+        {"of what is skipped, too",
+         [&] {
+             writeFile(card / "._a.mov", "x");
+             addList(card, {XXH128});
+         },
+         2,
+         {"a.mov xxh128 verified"}},
         {"of three, in many formats",
          [&] {
              addList(card, {MD5, XXH64});
@@ -513,6 +610,13 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
          [&] { std::filesystem::remove(card / "CLIP/b.wav"); },
          "CLIP/b.wav is in the card's own hash list, but not on the card",
          {"a.mov md5 verified", "a.mov xxh128 verified"}},
+        {"missing, and many that are not listed",
+         [&] {
+             std::filesystem::remove(card / "CLIP/b.wav");
+             for (int number = 0; number < 25; ++number)
+                 writeFile(card / ("new" + std::to_string(number)), "x");
+         },
+         "5 more files are on the card, but not in the card's own hash list"},
         {"a folder in its place",
          [&] {
              std::filesystem::remove(card / "CLIP/b.wav");

@@ -12,9 +12,10 @@ namespace {
 
 constexpr const char* kDescription = "Reads footage from its disk again, past the system's cache, "
                                      "and compares it with every list of\n"
-                                     "checksums that belongs to it. PATH is a session's folder, a "
-                                     "folder of reports, a manifest.json,\n"
-                                     "a checksums.sha256, or a folder with an ASC Media Hash List.";
+                                     "checksums that belongs to it. PATH is a session's folder or "
+                                     "one above several, a folder of reports,\n"
+                                     "a manifest.json, a checksums.sha256, or a folder with an ASC "
+                                     "Media Hash List.";
 
 constexpr const char* kFooter =
     "Standard output gets one line per difference: WORD<TAB>PATH, where WORD is missing, changed,\n"

@@ -1,6 +1,7 @@
 #include "VerifyArguments.h"
 #include "VerifyTexts.h"
 
+#include "Offload/OffloadError.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
@@ -73,7 +74,7 @@ int verifyAll(const tool::VerifyArguments& arguments, const std::stop_token& sto
             return tool::kExitInterrupted;
         } catch (const std::exception& failure) {
             print(rawValue(Verify::Difference::Failed), path.native(), display);
-            display.note(shared.shared.failed(Verify::reasonOf(failure, shared.shared)));
+            display.note(shared.shared.failed(describe(failure, shared.shared)));
             isAllEqual = false;
         }
     }

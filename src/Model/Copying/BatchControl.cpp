@@ -2,10 +2,9 @@
 
 #include "Language/L10n.h"
 #include "Model/QtText.h"
+#include "Model/Volumes/FolderPresence.h"
 #include "Offload/OffloadError.h"
-#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
-#include "Platform/Worker.h"
 #include "Storage/AppLog.h"
 
 #include <algorithm>
@@ -332,7 +331,7 @@ void BatchControl::batchEnded(const BatchResult& result) {
 QCoro::Task<> BatchControl::showReport(QPointer<BatchControl> self,
                                        std::optional<std::filesystem::path> report) {
     if (report && self->state_.surroundings.openFile) {
-        const auto looking = onWorker([path = *report] { return FileSystem::exists(path); });
+        const auto looking = isThereLater(*report);
         const bool isThere = co_await looking;
         if (isThere && self)
             self->state_.surroundings.openFile(*report);

@@ -55,14 +55,6 @@ std::string filesInMemory(const Verify::Result& result, L10n l10n) {
     return unnamed > 0 ? names + ", " + more(unnamed, l10n) : names;
 }
 
-std::string wordsOf(const std::exception_ptr& failure, L10n l10n) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const std::exception& error) {
-        return describe(error, l10n);
-    }
-}
-
 } // namespace
 
 void CheckOutcome::add(const Verify::Finding& finding) {
@@ -88,7 +80,7 @@ std::string CheckOutcome::lines(L10n l10n) const {
     if (isLeftBehind)
         add(l10n.diskSilent(Text::visible(disk)));
     if (notStored)
-        add(l10n.checkNotStored(wordsOf(notStored, l10n)));
+        add(l10n.checkNotStored(describe(notStored, l10n)));
     if (result.mayBeFromMemory)
         add(l10n.readFromMemory(Text::visible(disk)));
     else if (result.filesKeptInMemory > 0)
@@ -105,11 +97,12 @@ std::string reasonOfNothing(const std::exception_ptr& failure, L10n l10n) {
     try {
         std::rethrow_exception(failure);
     } catch (const PosixError& error) {
-        return error.code() == ENOENT ? std::string(l10n.sessionFolderGone())
-                                      : Verify::reasonOf(error, l10n);
-    } catch (const std::exception& error) {
-        return Verify::reasonOf(error, l10n);
+        if (error.code() == ENOENT)
+            return std::string(l10n.sessionFolderGone());
+    } catch (const std::exception&) {
+        // Its own words will do.
     }
+    return describe(failure, l10n);
 }
 
 std::string verdictOf(const CheckRecord& check, AppLanguage language) {

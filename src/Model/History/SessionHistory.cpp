@@ -2,13 +2,11 @@
 
 #include "Batch/BatchPlan.h"
 #include "Language/L10n.h"
+#include "Model/Volumes/FolderPresence.h"
 #include "Offload/PathSize.h"
-#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
-
-#include <QTimer>
 
 #include <algorithm>
 #include <chrono>
@@ -23,12 +21,14 @@ constexpr std::size_t kMostRows = 300;
 /// A store that another program holds comes free at some time.
 constexpr std::chrono::seconds kUntilNextTry{2};
 
-/// Nothing when the store cannot be read.
-std::optional<std::vector<HistoryRecord>> historyOf(const AppDatabase& database) {
+/// Nothing when the store cannot be read. One that could not be the last time either is in the log
+/// already.
+std::optional<std::vector<HistoryRecord>> historyOf(const AppDatabase& database, bool wasUnread) {
     try {
         return database.history();
     } catch (const std::exception& failure) {
-        AppLog::append("History not read: " + describe(failure));
+        if (!wasUnread)
+            AppLog::append("History not read: " + describe(failure));
         return std::nullopt;
     }
 }
@@ -58,6 +58,9 @@ bool hasAll(const std::string& text, const std::string& words) {
 
 SessionHistory::SessionHistory(ModelState& state, ReportsFolder& reports)
     : state_(state), reports_(reports), check_(state) {
+    nextTry_.setSingleShot(true);
+    nextTry_.setInterval(kUntilNextTry);
+    connect(&nextTry_, &QTimer::timeout, this, [this] { readAgain(this); });
     connect(&state, &ModelState::changed, this, &SessionHistory::show);
     connect(&check_, &CopyCheck::finished, this,
             [this](const std::string& sessionID, const CheckRecord& record) {
@@ -74,6 +77,7 @@ void SessionHistory::setPresented(bool presented) {
     isPresented_ = presented;
     note_.clear();
     check_.clear();
+    nextTry_.stop();
     if (presented)
         readAgain(this);
     else
@@ -89,21 +93,20 @@ void SessionHistory::setSearch(const QString& search) {
 
 /// The store may be at work for others. What is shown stays until it can be read.
 QCoro::Task<> SessionHistory::readAgain(QPointer<SessionHistory> self) {
-    const auto reading =
-        onWorker([database = self->state_.database] { return historyOf(*database); });
+    const auto reading = onWorker([database = self->state_.database, wasUnread = self->isUnread_] {
+        return historyOf(*database, wasUnread);
+    });
     auto records = co_await reading;
     if (!self)
         co_return;
     self->isUnread_ = !records;
     if (records) {
+        self->nextTry_.stop();
         self->records_ = std::move(*records);
         self->takeChecks();
         self->show();
     } else if (self->isPresented_) {
-        QTimer::singleShot(kUntilNextTry, self.data(), [self] {
-            if (self->isUnread_)
-                readAgain(self);
-        });
+        self->nextTry_.start();
     }
     Q_EMIT self->changed();
     if (!self->isUnread_)
@@ -201,7 +204,7 @@ void SessionHistory::verifyAgain() {
 /// their reports are.
 QCoro::Task<> SessionHistory::openReport(QPointer<SessionHistory> self,
                                          std::filesystem::path page) {
-    const auto looking = onWorker([page] { return FileSystem::exists(page); });
+    const auto looking = isThereLater(page);
     const bool isThere = co_await looking;
     if (!self)
         co_return;
@@ -213,7 +216,7 @@ QCoro::Task<> SessionHistory::openReport(QPointer<SessionHistory> self,
 
 QCoro::Task<> SessionHistory::openFolder(QPointer<SessionHistory> self,
                                          std::filesystem::path folder) {
-    const auto looking = onWorker([folder] { return FileSystem::exists(folder); });
+    const auto looking = isThereLater(folder);
     const bool isThere = co_await looking;
     if (!self)
         co_return;

@@ -11,6 +11,7 @@
 #include <QCoro/QCoroTask>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
 
 #include <filesystem>
 #include <map>
@@ -126,6 +127,8 @@ private:
     std::string search_;
     std::string chosenID_;
     QString note_;
+    /// Runs while the store cannot be read.
+    QTimer nextTry_;
     /// The store could not be read the last time.
     bool isUnread_ = false;
     bool isPresented_ = false;

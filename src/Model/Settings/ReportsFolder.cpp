@@ -4,7 +4,6 @@
 #include "Model/FolderChooser.h"
 #include "Model/QtText.h"
 #include "Model/Volumes/FolderPresence.h"
-#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
@@ -74,7 +73,7 @@ void ReportsFolder::revealReports(const SessionRecord& session) {
 /// The session's disk may be gone, or take its time.
 QCoro::Task<> ReportsFolder::showReportsOf(QPointer<ReportsFolder> self,
                                            std::filesystem::path reports) {
-    const auto looking = onWorker([reports] { return FileSystem::exists(reports); });
+    const auto looking = isThereLater(reports);
     const bool isThere = co_await looking;
     if (!self)
         co_return;

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <future>
+#include <utility>
 
 namespace slatewise {
 
@@ -52,6 +53,12 @@ QCoro::Task<> FolderPresence::hear(std::weak_ptr<Late> late, std::filesystem::pa
     heard->gone = folder;
     heard->onGone();
     heard->gone.reset();
+}
+
+QCoro::Task<bool> isThereLater(std::filesystem::path path) {
+    const auto looking = onWorker([path = std::move(path)] { return FileSystem::exists(path); });
+    const bool isThere = co_await looking;
+    co_return isThere;
 }
 
 } // namespace slatewise

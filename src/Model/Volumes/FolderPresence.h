@@ -43,4 +43,8 @@ private:
     std::shared_ptr<Late> late_ = std::make_shared<Late>();
 };
 
+/// Whether anything bears that name, for whom a disk may keep waiting: asked on a worker, answered
+/// on the GUI thread, maybe never. Whoever awaits it may be gone by then.
+QCoro::Task<bool> isThereLater(std::filesystem::path path);
+
 } // namespace slatewise

@@ -238,7 +238,12 @@ void RootFolder::renameToFree(const std::filesystem::path& from,
 
 FileDescriptor RootFolder::tryToLock() const {
     auto folder = open("", O_RDONLY | O_DIRECTORY);
-    return ::flock(folder.get(), LOCK_EX | LOCK_NB) == 0 ? std::move(folder) : FileDescriptor();
+    if (::flock(folder.get(), LOCK_EX | LOCK_NB) == 0)
+        return folder;
+    const int code = errno;
+    folder = FileDescriptor();
+    errno = code;
+    return folder;
 }
 
 FileSystem::Capacity RootFolder::capacity() const noexcept {

@@ -99,7 +99,8 @@ public:
     void renameToFree(const std::filesystem::path& from, const std::filesystem::path& to) const;
 
     /// Keeps others from locking this folder for as long as the result lives; the system takes the
-    /// lock back when the process dies. Invalid when another holds it, or where there are no locks.
+    /// lock back when the process dies. Invalid when another holds it, or where there are no locks,
+    /// with the reason in `errno`: EWOULDBLOCK for the former.
     FileDescriptor tryToLock() const;
 
     /// Of the volume that holds it; both 0 when that cannot be learnt. Never fails.

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Offload/OffloadRows.h"
+#include "Platform/Files/FileSystem.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <tuple>
+
+namespace slatewise {
+
+/// By which a file is known to be the one that was read, or not.
+struct FileDates {
+    /// Of its content, in seconds.
+    std::int64_t modified = 0;
+    /// Of the last change of whatever kind, which nobody can set.
+    timespec changed{};
+
+    static FileDates of(const FileSystem::Attributes& attributes) {
+        return {attributes.exactModified.value_or(timespec{}).tv_sec,
+                attributes.changed.value_or(timespec{})};
+    }
+    static FileDates of(const InventoryEntry& entry) {
+        return {entry.changes[0], {entry.changes[2], entry.changes[3]}};
+    }
+
+    /// Whether the dates of both contents are further apart than the two seconds of the coarsest
+    /// file systems.
+    bool isOfOtherContent(const FileDates& earlier) const {
+        constexpr std::int64_t kCoarsest = 2;
+        return std::abs(modified - earlier.modified) > kCoarsest;
+    }
+
+    /// FAT forgets the date of the last change and shows an earlier one instead.
+    bool isTouchedSince(const FileDates& earlier) const {
+        return std::tie(changed.tv_sec, changed.tv_nsec) >
+               std::tie(earlier.changed.tv_sec, earlier.changed.tv_nsec);
+    }
+};
+
+} // namespace slatewise
