@@ -24,6 +24,7 @@ namespace {
 constexpr auto kEnglish = AppLanguage::English;
 constexpr auto kTurkish = AppLanguage::Turkish;
 const std::string kHash(64, 'a');
+const std::string kVersion = "Slatewise DIT v" + std::string(AppInfo::version);
 
 ManifestFile file(const std::string& path) {
     ManifestFile result;
@@ -144,8 +145,12 @@ TEST(SessionHTML, IsExactlyThisText) {
         "<span class=\"df\">NDF</span><span class=\"hash\" title=\"" +
             kHash + "\">" + kHash +
             "</span>\n</div></li></ul>\n</details></li></ul>\n</div><footer>\n"
-            "<span>Slatewise DIT v0.1.42.0</span>\n<span class=\"sp\"></span>\n"
-            "<a href=\"https://slatewise.example/\">slatewise.example</a>\n</footer>\n"
+            "<span>" +
+            kVersion +
+            "</span>\n<span class=\"sp\"></span>\n"
+            "<a href=\"" +
+            std::string(AppInfo::websiteURL) + "\">" + AppInfo::linkText(AppInfo::websiteURL) +
+            "</a>\n</footer>\n"
             "</body></html>");
 }
 
@@ -226,7 +231,7 @@ TEST(SessionDetailedHTML, DiffersFromTheStandardPageInThesePlaces) {
               HasSubstr("DCIM</span></span><span class=\"num\">1.2 MB<small>1,234,567</small>"
                         "</span><span class=\"cell\">1 files</span><span class=\"muted\">—</span>"
                         "<span>1 files</span><span></span></summary>\n<ul><li>"),
-              HasSubstr("<span>Slatewise DIT v0.1.42.0 · Reports_Detailed</span>")));
+              HasSubstr("<span>" + kVersion + " · Reports_Detailed</span>")));
     EXPECT_THAT(SessionDetailedHTML::document(session({file("a")}), kEnglish),
                 HasSubstr("A&lt;001&gt;</span></div>\n<ul>"))
         << "nothing known of the card";

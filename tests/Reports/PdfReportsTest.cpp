@@ -25,6 +25,7 @@ constexpr auto kEnglish = AppLanguage::English;
 constexpr auto kTurkish = AppLanguage::Turkish;
 
 const std::string kHash(64, '8');
+const std::string kVersion = "Slatewise DIT v" + std::string(AppInfo::version);
 
 /// One of the two reports, for what holds of both.
 struct Report {
@@ -242,7 +243,7 @@ TEST_F(PdfReports, SpeakBothLanguages) {
              {"Slatewise DIT raporu", "Slatewise DIT raporu (devam)", "1 Mar 2026",
               "Oturum 0f8fad5b", "1 klasör", "61 dosya", "DOĞRULANDI", "2/",
               "1,2 MB (1.234.567 bayt)", "Boyut", "Doğrulama", "Gündüz", name.c_str(),
-              "/media/A001", "/media/SSD/2026-03-01/A001", "Slatewise DIT v0.1.42.0"})
+              "/media/A001", "/media/SSD/2026-03-01/A001", kVersion.c_str()})
             EXPECT_THAT(turkish, HasSubstr(text)) << report.name;
         const auto english = pdfText(write(report, kEnglish));
         for (const auto* text : {"Slatewise DIT report (continued)", "Mar 1, 2026", "1 folders",
@@ -371,9 +372,12 @@ TEST_P(EachPdfReport, KeepEveryTextInItsCell) {
     manifest.card.mountPoint = "/" + std::string(300, 'a');
     manifest.destination.sessionRoot = "/" + std::string(300, 'b');
 
-    const std::set<std::string> foot = {"Slatewise",        "DIT",
-                                        "v0.1.42.0",        "·",
-                                        "Reports_Detailed", AppInfo::linkText(AppInfo::websiteURL)};
+    const std::set<std::string> foot = {"Slatewise",
+                                        "DIT",
+                                        "v" + std::string(AppInfo::version),
+                                        "·",
+                                        "Reports_Detailed",
+                                        AppInfo::linkText(AppInfo::websiteURL)};
     const auto& edges = GetParam().edges;
     for (const auto language : {kEnglish, kTurkish}) {
         int cutNames = 0;

@@ -1,5 +1,6 @@
 #include "Service/OutboxDrainer.h"
 
+#include "Platform/AppInfo.h"
 #include "Platform/Files/FileLock.h"
 #include "Platform/Json.h"
 #include "Reports/ManifestJSON.h"
@@ -127,8 +128,8 @@ TEST_F(Outbox, AVerifiedSessionIsToldInThisOrder) {
         EXPECT_EQ(request.headers.at("content-type"), "application/json");
     const auto told = bodies(server);
     EXPECT_EQ(told[0], Json::Value::parse(R"({"account_id":"acc/1","token":")" + kToken +
-                                          R"(","role":"source","app_version":"0.1.42.0",
-                                          "hostname":")" +
+                                          R"(","role":"source","app_version":")" +
+                                          std::string(AppInfo::version) + R"(","hostname":")" +
                                           HttpSession::hostName() + "\"}"));
     EXPECT_EQ(told[1], Json::Value::parse(R"({"account_id":"acc/1","drive_name":"A001",
         "mount_time":"2026-03-01T09:30:15Z","total_size_bytes":25000000,
