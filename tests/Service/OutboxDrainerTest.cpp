@@ -5,7 +5,6 @@
 #include "Platform/Json.h"
 #include "Reports/ManifestJSON.h"
 #include "support/Files.h"
-#include "support/Heartbeat.h"
 #include "support/Offloads.h"
 #include "support/RecordingServer.h"
 #include "support/Reports.h"
@@ -362,29 +361,4 @@ TEST_F(Outbox, AStoreThatIsGoneMeanwhileIsNoMatter) {
     }
     QCoro::waitFor(drained);
     EXPECT_THAT(server.requests(), SizeIs(5));
-}
-
-TEST_F(Outbox, ACardOfAHundredThousandFilesLeavesTheWindowAlone) {
-#ifdef SLATEWISE_ADDRESS_SANITIZER
-    constexpr int kFiles = 10'000; // sanitizers take several times as long for each
-#else
-    constexpr int kFiles = 100'000;
-#endif
-    constexpr auto kAllowed = std::chrono::milliseconds(50);
-    RecordingServer server;
-    const auto outcome = reportedOutcome(OutcomeStatus::Verified, kFiles);
-    // Others use this machine too: a stall of ours shows in every round.
-    auto shortest = std::chrono::milliseconds::max();
-    for (int round = 0; round < 3 && shortest >= kAllowed; ++round) {
-        enqueueReport(outcome, database);
-        const Heartbeat heartbeat;
-        drain(server.url());
-        shortest = std::min(shortest, heartbeat.longest());
-    }
-    EXPECT_LT(shortest, kAllowed);
-    RecordProperty("longestStallMilliseconds", static_cast<int>(shortest.count()));
-    EXPECT_THAT(database.pendingOutbox(), IsEmpty());
-    const auto requests = server.requests();
-    EXPECT_THAT(Json::Value::parse(requests.at(2).body)["entries"], SizeIs(kFiles));
-    EXPECT_THAT(Json::Value::parse(requests.at(3).body)["inventory"]["files"], SizeIs(kFiles + 1));
 }
