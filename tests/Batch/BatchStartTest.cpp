@@ -110,26 +110,16 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
         std::vector<const char*> sentences;
         const char* advice;
     };
+    // clang-format off
     const std::vector<Case> cases = {
         {"A001", SIGKILL, false, {"The card A001 is no longer there."}, "Put the card in again"},
-        {"SSD1",
-         SIGKILL,
-         false,
-         {"The disk SSD1 is no longer the one that was chosen."},
-         "Connect the disk again"},
+        {"SSD1", SIGKILL, false, {"The disk SSD1 is no longer the one that was chosen."}, "Connect the disk again"},
         {"A001", SIGSTOP, false, {"The card A001 does not answer."}, "Put the card in again"},
         {"SSD1", SIGSTOP, false, {"The disk SSD1 does not answer."}, "Connect the disk again"},
-        {"SSD1",
-         SIGKILL,
-         true,
-         {"The disk SSD1 is no longer the one that was chosen."},
-         "Connect the disk again"},
-        {"SSD1",
-         SIGSTOP,
-         true,
-         {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."},
-         "You stopped it."},
+        {"SSD1", SIGKILL, true, {"The disk SSD1 is no longer the one that was chosen."}, "Connect the disk again"},
+        {"SSD1", SIGSTOP, true, {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."}, "You stopped it."},
     };
+    // clang-format on
     for (const auto& testCase : cases) {
         SCOPED_TRACE(std::string(testCase.name) + " " + std::to_string(testCase.signal));
         disks = {desk.mountDisk("SSD1")};
