@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -33,7 +33,8 @@ ChildProcess::Result shell(const std::string& script, const ChildProcess::Limits
 
 /// Gives whether the process ends soon. Whoever should collect it may take their time.
 bool ends(pid_t process) {
-    const FileDescriptor handle(::pidfd_open(process, 0));
+    // The library has the call for C alone.
+    const FileDescriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
     if (!handle)
         return errno == ESRCH;
     pollfd watched{.fd = handle.get(), .events = POLLIN, .revents = 0};
