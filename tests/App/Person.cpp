@@ -1,8 +1,8 @@
 #include "App/Person.h"
 
 #include "Platform/Text.h"
-#include "Storage/SupportPaths.h"
 #include "support/Process.h"
+#include "support/Waiting.h"
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@ namespace slatewise::test {
 namespace {
 
 constexpr auto kSettled = std::chrono::duration<int, std::milli>(500);
-constexpr auto kLookAgain = std::chrono::milliseconds(20);
+constexpr auto kLookAgain = std::chrono::duration<int, std::milli>(20);
 
 void collect(QQuickItem* item, const std::function<bool(QQuickItem*)>& wanted,
              std::vector<QQuickItem*>& found) {
@@ -150,11 +150,8 @@ MountedVolume& Person::makeReady(int clips, std::size_t clipBytes) {
 
 void Person::wait(const char* what, const std::function<bool()>& condition,
                   std::chrono::seconds limit) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        ASSERT_LT(std::chrono::steady_clock::now(), end) << "waited in vain for: " << what;
-        QTest::qWait(static_cast<int>(kLookAgain.count()));
-    }
+    ASSERT_TRUE(waitUntil(condition, limit, [] { QTest::qWait(kLookAgain.count()); }))
+        << "waited in vain for: " << what;
 }
 
 QString Person::outcome() {
@@ -178,10 +175,7 @@ std::vector<std::filesystem::path> Person::openedReports() const {
 }
 
 std::string Person::logText() const {
-    std::string text;
-    for (const auto& file : std::filesystem::directory_iterator(SupportPaths::logsDirectory()))
-        text += readFile(file.path());
-    return text;
+    return logOfUserIn(folder_.path());
 }
 
 } // namespace slatewise::test

@@ -3,6 +3,7 @@
 #include "App/DitApplication.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
+#include "support/Waiting.h"
 
 #include <QQuickItem>
 #include <QString>
@@ -56,7 +57,7 @@ public:
 
     /// Looks again and again until it holds; fails the test when it does not in time.
     static void wait(const char* what, const std::function<bool()>& condition,
-                     std::chrono::seconds limit = std::chrono::seconds(60));
+                     std::chrono::seconds limit = kLongestWait);
 
     /// A person does not hit what is still coming in, nor what has just taken another's place.
     static void settle();

@@ -113,31 +113,17 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
         std::vector<const char*> sentences;
         const char* advice;
     };
+    // clang-format off
     const std::vector<Case> cases = {
         {"A001", SIGKILL, Before, {"The card A001 is no longer there."}, "Put the card in again"},
-        {"SSD1",
-         SIGKILL,
-         Before,
-         {"The disk SSD1 is no longer the one that was chosen."},
-         "Connect the disk again"},
+        {"SSD1", SIGKILL, Before, {"The disk SSD1 is no longer the one that was chosen."}, "Connect the disk again"},
         {"A001", SIGSTOP, Before, {"The card A001 does not answer."}, "Put the card in again"},
         {"SSD1", SIGSTOP, Before, {"The disk SSD1 does not answer."}, "Connect the disk again"},
-        {"SSD1",
-         SIGKILL,
-         DuringRun,
-         {"The disk SSD1 is no longer the one that was chosen."},
-         "Connect the disk again"},
-        {"SSD1",
-         SIGSTOP,
-         DuringRun,
-         {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."},
-         "You stopped it."},
-        {"SSD1",
-         SIGSTOP,
-         BeforeTraces,
-         {"The copy is complete, its reports were not waited for."},
-         "You stopped it."},
+        {"SSD1", SIGKILL, DuringRun, {"The disk SSD1 is no longer the one that was chosen."}, "Connect the disk again"},
+        {"SSD1", SIGSTOP, DuringRun, {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."}, "You stopped it."},
+        {"SSD1", SIGSTOP, BeforeTraces, {"The copy is complete, its reports were not waited for."}, "You stopped it."},
     };
+    // clang-format on
     for (const auto& testCase : cases) {
         SCOPED_TRACE(std::string(testCase.name) + " " + std::to_string(testCase.signal));
         disks = {desk.mountDisk("SSD1")};

@@ -1,6 +1,6 @@
 #include "Batch/FolderOverlap.h"
 #include "support/Files.h"
-#include "support/Process.h"
+#include "support/MountedVolume.h"
 
 #include <gmock/gmock.h>
 
@@ -16,16 +16,6 @@ ClassifiedVolume volumeOf(const std::filesystem::path& path) {
     volume.facts.volumeName = path.filename();
     return volume;
 }
-
-/// A folder that is mounted in a second place.
-struct BindMount {
-    BindMount(const std::filesystem::path& from, std::filesystem::path to) : place(std::move(to)) {
-        std::filesystem::create_directories(place);
-        runPrivileged({"mount", "--bind", from.native(), place.native()});
-    }
-    ~BindMount() { runPrivileged({"umount", place.native()}); }
-    std::filesystem::path place;
-};
 
 } // namespace
 

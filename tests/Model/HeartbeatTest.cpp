@@ -1,4 +1,6 @@
 #include "support/Heartbeat.h"
+
+#include "Platform/Json.h"
 #include "support/Desk.h"
 #include "support/RecordingServer.h"
 
@@ -13,6 +15,7 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
+using ::testing::SizeIs;
 
 namespace {
 
@@ -22,25 +25,6 @@ constexpr int kFiles = 10'000; // sanitizers take several times as long for each
 constexpr int kFiles = 100'000;
 #endif
 constexpr std::chrono::milliseconds kLongestStall{50};
-
-/// A folder in memory, where files cost nothing but what is done with them.
-class MemoryFolder {
-public:
-    MemoryFolder() {
-        std::string pattern = "/dev/shm/slatewise-XXXXXX";
-        if (!::mkdtemp(pattern.data()))
-            throw std::runtime_error("no folder in memory");
-        path_ = pattern;
-    }
-    ~MemoryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
 
 void makeFiles(const std::filesystem::path& folder, int count) {
     constexpr int kPerFolder = 1000;
@@ -59,7 +43,7 @@ void makeFiles(const std::filesystem::path& folder, int count) {
 } // namespace
 
 TEST(Heartbeat, ALargeCardNeverHoldsUpTheWindow) {
-    const MemoryFolder memory;
+    const TemporaryFolder memory(scratchFolderInMemory());
     Desk desk;
     const auto card = desk.mountCard("A001");
     const auto disk = desk.mountDisk("SSD1");
@@ -95,5 +79,9 @@ TEST(Heartbeat, ALargeCardNeverHoldsUpTheWindow) {
     EXPECT_GT(shown, 10) << "progress is seen";
     // A copy is not held up by a slow service: the report may still be under way.
     Desk::waitUntil([&] { return service.paths().back() == "session/notify_event"; });
+    EXPECT_LT(heartbeat.longest(), kLongestStall) << "nor does a large report hold up the window";
+    const auto requests = service.requests();
+    EXPECT_THAT(Json::Value::parse(requests.at(2).body)["entries"], SizeIs(kFiles));
+    EXPECT_THAT(Json::Value::parse(requests.at(3).body)["inventory"]["files"], SizeIs(kFiles));
     RecordProperty("longestStallMilliseconds", static_cast<int>(heartbeat.longest().count()));
 }

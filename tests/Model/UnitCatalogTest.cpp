@@ -36,31 +36,21 @@ TEST(UnitCatalog, TakesUpWhatIsStored) {
         const char* selectedID;
         bool isSaved;
     };
+    // clang-format off
     const std::vector<Case> cases = {
-        {R"({"sets":[{"id":"X","name":"Gece"},{"id":"Y","name":"B"}],"selectedSetID":"Y"})",
-         {"Gece", "B"},
-         "Y",
-         false},
+        {R"({"sets":[{"id":"X","name":"Gece"},{"id":"Y","name":"B"}],"selectedSetID":"Y"})", {"Gece", "B"}, "Y", false},
         // What an earlier numbering left is renamed under the same ids.
-        {R"({"sets":[{"id":"X","name":"Set 3"},{"id":"Y","name":"Gün 2"}],"selectedSetID":"X"})",
-         {"Ekip3", "Gün 2"},
-         "X",
-         true},
-        {R"({"sets":[{"id":"X","name":"Set A"},{"id":"Y","name":"B"}],"selectedSetID":"X"})",
-         {"Set A", "B"},
-         "X",
-         false},
+        {R"({"sets":[{"id":"X","name":"Set 3"},{"id":"Y","name":"Gün 2"}],"selectedSetID":"X"})", {"Ekip3", "Gün 2"}, "X", true},
+        {R"({"sets":[{"id":"X","name":"Set A"},{"id":"Y","name":"B"}],"selectedSetID":"X"})", {"Set A", "B"}, "X", false},
         {R"({"sets":[{"id":"X","name":"A"}],"selectedSetID":"gone"})", {"A"}, "X", true},
         {R"({"sets":[{"id":"X","name":"A"}]})", {"A"}, "X", false},
         // Nothing but the earlier numbering, or nothing to be read.
-        {R"({"sets":[{"id":"X","name":"Set 1"},{"id":"Y","name":"Set 2"}],"selectedSetID":"X"})",
-         {"Ekip1", "Ekip2"},
-         nullptr,
-         true},
+        {R"({"sets":[{"id":"X","name":"Set 1"},{"id":"Y","name":"Set 2"}],"selectedSetID":"X"})", {"Ekip1", "Ekip2"}, nullptr, true},
         {R"({"sets":[],"selectedSetID":"X"})", {"Ekip1", "Ekip2"}, nullptr, false},
         {R"({"sets":[{"id":7,"name":"A"}]})", {"Ekip1", "Ekip2"}, nullptr, false},
         {"no JSON", {"Ekip1", "Ekip2"}, nullptr, false},
     };
+    // clang-format on
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.stored);
         TemporaryDefaults stored;

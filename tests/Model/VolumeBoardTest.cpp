@@ -67,73 +67,31 @@ TEST(VolumeBoard, SortsByKindAndByWhatTheUserSays) {
         std::vector<std::string> cards;
         std::vector<std::string> destinations;
     };
+    constexpr auto kCard = VolumeSide::Card;
+    constexpr auto kDisk = VolumeSide::Destination;
     const auto nothing = [](Board&) {
     };
+    const auto pickCard = [](Board& board, const char* place) {
+        board.addPicked(kCard, folder(place, VolumeKind::CameraCard));
+    };
+    const auto pickDisk = [](Board& board, const char* place) {
+        board.addPicked(kDisk, folder(place, VolumeKind::Destination));
+    };
+    // clang-format off
     const std::vector<Case> cases = {
         {"as they are", nothing, {"cardA", "cardB"}, {"disk1", "disk2"}},
-        {"an unknown one as card",
-         [](Board& board) { board.treatAs(VolumeSide::Card, "odd"); },
-         {"cardA", "odd", "cardB"},
-         {"disk1", "disk2"}},
-        {"a system one as destination",
-         [](Board& board) { board.treatAs(VolumeSide::Destination, "root"); },
-         {"cardA", "cardB"},
-         {"disk1", "disk2", "root"}},
-        {"a destination as card",
-         [](Board& board) { board.treatAs(VolumeSide::Card, "disk1"); },
-         {"cardA", "disk1", "cardB"},
-         {"disk2"}},
-        {"a card stays a card",
-         [](Board& board) { board.treatAs(VolumeSide::Destination, "cardA"); },
-         {"cardA", "cardB"},
-         {"disk1", "disk2"}},
-        {"the last word counts",
-         [](Board& board) {
-             board.treatAs(VolumeSide::Destination, "odd");
-             board.treatAs(VolumeSide::Card, "odd");
-         },
-         {"cardA", "odd", "cardB"},
-         {"disk1", "disk2"}},
-        {"folders come last, two of one disk side by side",
-         [](Board& board) {
-             board.addPicked(VolumeSide::Card, folder("/x/1", VolumeKind::CameraCard));
-             board.addPicked(VolumeSide::Card, folder("/x/2", VolumeKind::CameraCard));
-             board.addPicked(VolumeSide::Destination, folder("/x/3", VolumeKind::Destination));
-         },
-         {"cardA", "cardB", "/x/1", "/x/2"},
-         {"disk1", "disk2", "/x/3"}},
-        {"a folder is what it was picked as last",
-         [](Board& board) {
-             board.addPicked(VolumeSide::Card, folder("/x/1", VolumeKind::CameraCard));
-             board.addPicked(VolumeSide::Destination, folder("/x/1", VolumeKind::Destination));
-         },
-         {"cardA", "cardB"},
-         {"disk1", "disk2", "/x/1"}},
-        {"the place of a volume is listed once",
-         [](Board& board) {
-             board.addPicked(VolumeSide::Card, folder("/media/cardA", VolumeKind::CameraCard));
-             board.addPicked(VolumeSide::Destination,
-                             folder("/media/cardB", VolumeKind::Destination));
-         },
-         {"cardA", "cardB"},
-         {"disk1", "disk2"}},
-        {"what is removed is hidden",
-         [](Board& board) {
-             board.pass();
-             board.remove(VolumeSide::Card, board.at("cardA"));
-             board.remove(VolumeSide::Destination, board.at("disk2"));
-         },
-         {"cardB"},
-         {"disk1"}},
-        {"a hidden place can be picked as a folder",
-         [](Board& board) {
-             board.pass();
-             board.remove(VolumeSide::Card, board.at("cardA"));
-             board.addPicked(VolumeSide::Card, folder("/media/cardA", VolumeKind::CameraCard));
-         },
-         {"cardB", "/media/cardA"},
-         {"disk1", "disk2"}},
+        {"an unknown one as card", [&](Board& b) { b.treatAs(kCard, "odd"); }, {"cardA", "odd", "cardB"}, {"disk1", "disk2"}},
+        {"a system one as destination", [&](Board& b) { b.treatAs(kDisk, "root"); }, {"cardA", "cardB"}, {"disk1", "disk2", "root"}},
+        {"a destination as card", [&](Board& b) { b.treatAs(kCard, "disk1"); }, {"cardA", "disk1", "cardB"}, {"disk2"}},
+        {"a card stays a card", [&](Board& b) { b.treatAs(kDisk, "cardA"); }, {"cardA", "cardB"}, {"disk1", "disk2"}},
+        {"the last word counts", [&](Board& b) { b.treatAs(kDisk, "odd"); b.treatAs(kCard, "odd"); }, {"cardA", "odd", "cardB"}, {"disk1", "disk2"}},
+        {"folders come last, two of one disk side by side", [&](Board& b) { pickCard(b, "/x/1"); pickCard(b, "/x/2"); pickDisk(b, "/x/3"); }, {"cardA", "cardB", "/x/1", "/x/2"}, {"disk1", "disk2", "/x/3"}},
+        {"a folder is what it was picked as last", [&](Board& b) { pickCard(b, "/x/1"); pickDisk(b, "/x/1"); }, {"cardA", "cardB"}, {"disk1", "disk2", "/x/1"}},
+        {"the place of a volume is listed once", [&](Board& b) { pickCard(b, "/media/cardA"); pickDisk(b, "/media/cardB"); }, {"cardA", "cardB"}, {"disk1", "disk2"}},
+        {"what is removed is hidden", [&](Board& b) { b.pass(); b.remove(kCard, b.at("cardA")); b.remove(kDisk, b.at("disk2")); }, {"cardB"}, {"disk1"}},
+        {"a hidden place can be picked as a folder", [&](Board& b) { b.pass(); b.remove(kCard, b.at("cardA")); pickCard(b, "/media/cardA"); }, {"cardB", "/media/cardA"}, {"disk1", "disk2"}},
     };
+    // clang-format on
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.what);
         Board board;

@@ -114,16 +114,6 @@ TEST_F(CopyEngineTest, PublishesScanningCopyingVerifyingInThatOrder) {
     EXPECT_GT(only<Phase::Copying>(record.phases).back().bytesPerSecond, 0);
 }
 
-TEST_F(CopyEngineTest, NothingToCopyIsVerified) {
-    EXPECT_EQ(run().status, OutcomeStatus::Verified);
-    EXPECT_TRUE(std::filesystem::is_directory(destination / "session"));
-    writeFile(card / ".DS_Store", "1");
-    const auto outcome = run();
-    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
-    EXPECT_EQ(verdicts(outcome), (Verdicts{{".DS_Store", "SKIP/skipped"}}));
-    EXPECT_EQ(outcome.sessionRoot, destination / "session_2");
-}
-
 TEST_F(CopyEngineTest, HashingOnlyTouchesNoDestination) {
     writeFile(card / "a", bytesOf(5000));
     writeFile(card / ".DS_Store", "1");
@@ -137,12 +127,6 @@ TEST_F(CopyEngineTest, HashingOnlyTouchesNoDestination) {
     EXPECT_EQ(outcome.files[1].sourceSHA256, independentSha256(card / "a"));
     EXPECT_FALSE(outcome.files[1].destSHA256);
     EXPECT_THAT(record.phases, SizeIs(1)) << "hashing stays in the scanning phase";
-
-    ASSERT_EQ(::mkfifo((card / "fifo").c_str(), 0600), 0);
-    const auto failed = run();
-    EXPECT_EQ(failed.status, OutcomeStatus::Failed);
-    EXPECT_EQ(verdicts(failed)["fifo"], "FAIL/failed");
-    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("Hashing stopped at fifo: ")));
 }
 
 TEST_F(CopyEngineTest, AFailingFileStopsTheRunAndEveryFileHasARow) {
@@ -239,7 +223,7 @@ TEST_F(CopyEngineTest, NoLinkOnTheDestinationAndNoTemplateLeadsOut) {
     EXPECT_TRUE(std::filesystem::is_empty(outside.path()));
 }
 
-TEST_F(CopyEngineTest, CancellingBeforeBetweenAndInFiles) {
+TEST_F(CopyEngineTest, CancellingAtEveryMoment) {
     for (const auto* name : {"1", "2", "3"})
         writeFile(card / name, bytesOf(2 * kMiB));
 
@@ -281,30 +265,16 @@ TEST_F(CopyEngineTest, CancellingBeforeBetweenAndInFiles) {
                  }),
                  CancellationError)
         << "cancelled in the read-back of a file that is not the last";
-}
 
-TEST_F(CopyEngineTest, CancellingInTheLastReadBackFailsThatRowAlone) {
-    writeFile(card / "1", bytesOf(kMiB));
-    writeFile(card / "2", bytesOf(3 * kMiB));
-    const auto outcome = run([&](const OffloadPhase& phase) {
+    stop = {};
+    const auto inLastReadBack = run([&](const OffloadPhase& phase) {
         const auto* verifying = std::get_if<Phase::Verifying>(&phase);
-        if (verifying && verifying->file == "2" && verifying->fraction > 0.93)
+        if (verifying && verifying->file == "3" && verifying->fraction > 0.93)
             stop.request_stop();
     });
-    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    EXPECT_EQ(verdicts(outcome), (Verdicts{{"1", "COPY/verified"}, {"2", "FAIL/failed"}}));
-}
-
-TEST_F(CopyEngineTest, ACopyThatVanishesBeforeTheProofFails) {
-    for (const auto* name : {"1", "2", "3"})
-        writeFile(card / name, "content");
-    const auto outcome = run([&](const OffloadPhase& phase) {
-        if (std::holds_alternative<Phase::Verifying>(phase))
-            std::filesystem::remove(destination / "session/2");
-    });
-    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    EXPECT_EQ(verdicts(outcome),
-              (Verdicts{{"1", "COPY/verified"}, {"2", "FAIL/failed"}, {"3", "COPY/verified"}}));
+    EXPECT_EQ(inLastReadBack.status, OutcomeStatus::Failed);
+    EXPECT_EQ(verdicts(inLastReadBack),
+              (Verdicts{{"1", "COPY/verified"}, {"2", "COPY/verified"}, {"3", "FAIL/failed"}}));
 }
 
 TEST_F(CopyEngineTest, WhatChangesOnTheCardMeanwhileIsNotVerified) {
@@ -383,6 +353,8 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
     const std::vector<Case> cases = {
         {true, [&] { rewriteWithItsDate("CONTENT"); }, "The copy of DCIM/a differs from the card."},
         {true, [&] { rewriteWithItsDate("content"); }, ""},
+        {true, [&] { std::filesystem::remove(session / "DCIM/b"); },
+         "The copy of DCIM/b could not be read back: "},
         {true, [&] { std::filesystem::remove(session / "DCIM/a"); },
          "The copy of DCIM/a is no longer where it was written."},
         {true, [&] { writeFile(session / "DCIM/a", "longer than it was"); },
@@ -400,7 +372,7 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
          "Copying stopped at DCIM/b: " + (session / "DCIM/b").native() +
              ": another file of that name stands on this disk"},
     };
-    for (const auto* name : {"DCIM/a", "DCIM/b"}) {
+    for (const auto* name : {"DCIM/a", "DCIM/b", "DCIM/c"}) {
         writeFile(card / name, "content");
         std::filesystem::last_write_time(
             card / name, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
@@ -421,9 +393,14 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
         });
         EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !testCase.problem.empty());
         // What was copied only now may not be on the disk when it is read back.
-        EXPECT_THAT(record.problems, testCase.problem.empty()
-                                         ? Matcher<Problems>(IsEmpty())
-                                         : Matcher<Problems>(Contains(testCase.problem)));
+        EXPECT_THAT(record.problems,
+                    testCase.problem.empty()
+                        ? Matcher<Problems>(IsEmpty())
+                        : Matcher<Problems>(Contains(HasSubstr(testCase.problem))));
+        if (!std::filesystem::exists(destination / "moved")) {
+            EXPECT_EQ(verdicts(outcome)["DCIM/c"],
+                      testCase.whenVerifying ? "COPY/verified" : "FAIL/failed");
+        }
     }
     EXPECT_EQ(readFile(session / "DCIM/b"), "a stranger's");
 }
@@ -443,25 +420,17 @@ TEST_F(CopyEngineTest, TheSessionFolderIsAlwaysOneOfItsOwn) {
     EXPECT_EQ(readFile(destination / "session/a"), "old");
 }
 
-TEST_F(CopyEngineTest, TenThousandSmallFiles) {
-    constexpr int kFolders = 100;
-    for (int folder = 0; folder < kFolders; ++folder) {
-        for (int file = 0; file < 100; ++file) {
-            const auto name = std::to_string(folder) + "/" + std::to_string(file);
-            writeFile(card / name, "content of " + name);
-        }
-    }
-    const auto outcome = run();
-    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
-    EXPECT_THAT(outcome.files, SizeIs(10'000));
-    EXPECT_EQ(readFile(destination / "session/99/98"), "content of 99/98");
-}
-
 TEST_F(CopyEngineTest, LongNamesAndDeepTrees) {
-    // On the card the path is as long as a path can be.
-    std::filesystem::path tooDeep;
+    // On the card the path is as long as a path can be, with the longest of names and many levels.
+    constexpr int kLevels = 1005;
+    const std::string longest(255, 'e');
+    std::filesystem::path tooDeep = longest;
+    for (int level = 0; level < kLevels; ++level)
+        tooDeep /= "d";
+    while ((card / tooDeep).native().size() < PATH_MAX - 300)
+        tooDeep /= longest;
     while ((card / tooDeep).native().size() < PATH_MAX - 250)
-        tooDeep /= std::string(200, 'e');
+        tooDeep /= "d";
     tooDeep /= std::string(PATH_MAX - 2 - (card / tooDeep).native().size(), 'z');
     writeFile(card / tooDeep, "deep");
     EXPECT_EQ(verdicts(run())[tooDeep], "COPY/verified") << "too long a path for who uses paths";
@@ -469,24 +438,6 @@ TEST_F(CopyEngineTest, LongNamesAndDeepTrees) {
                               describe(PosixError("open", card / tooDeep, ENOSPC))};
     EXPECT_LT(ofIt.text(L10n(AppLanguage::English)).size(), 600u) << "a line for people";
     EXPECT_THAT(ofIt.text(L10n(AppLanguage::Turkish)), HasSubstr("eee…zzz"));
-    test::run({"rm", "-r", card / *tooDeep.begin(), destination / "session"});
-
-    constexpr int kLevels = 1005;
-    const std::string longest(255, 'n');
-    writeFile(card / longest, "1");
-    std::filesystem::path deep;
-    for (int level = 0; level < kLevels; ++level)
-        deep /= "d";
-    writeFile(card / deep / "clip.mov", "deep");
-    const auto outcome = run();
-    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
-    EXPECT_EQ(readFile(outcome.sessionRoot / deep / "clip.mov"), "deep");
     // More levels than the standard library can remove.
-    test::run({"rm", "-r", card / "d", outcome.sessionRoot / "d"});
-}
-
-TEST(CopyEngine, SpaceMarginIsOnePercentFromEightHundredMebibytes) {
-    EXPECT_EQ(CopyEngine::spaceMargin(799 * kMiB), 8'388'608);
-    EXPECT_EQ(CopyEngine::spaceMargin(800 * kMiB), 8'388'608);
-    EXPECT_EQ(CopyEngine::spaceMargin(1'000'000'000), 10'000'000);
+    test::run({"rm", "-r", card / longest, destination / "session"});
 }

@@ -6,6 +6,7 @@
 #include "support/MediaTool.h"
 #include "support/Offloads.h"
 #include "support/Process.h"
+#include "support/Waiting.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -267,9 +268,8 @@ TEST_F(MediaPassTest, FillsTheRowsOfCopiedAndOfHashedFiles) {
 }
 
 TEST_F(MediaPassTest, NoToolCanChangeTheVerdict) {
-    for (const auto* script : {"sleep 60", "kill -SEGV $$", "echo banner",
-                               "head -c 50000000 /dev/zero >&2", "head -c 50000000 /dev/urandom",
-                               "echo '{\"media\": {\"track\": [{'", "yes '{' | head -c 1000000"}) {
+    // What becomes of its other answers is a matter of reading them.
+    for (const auto* script : {"sleep 60", "kill -SEGV $$", "head -c 50000000 /dev/urandom"}) {
         SCOPED_TRACE(script);
         fake.says(script);
         request.mediaInfo = fake.tool();
@@ -308,13 +308,11 @@ TEST_F(MediaPassTest, StoppingItKeepsWhatWasProved) {
     request.mediaInfo = fake.tool();
     request.mediaInfo.limits.run = std::chrono::minutes(1);
     std::jthread asker([&] {
-        while (!std::filesystem::exists(destination / "asked") && !stop.stop_requested())
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        EXPECT_TRUE(waitForFile(destination / "asked")) << "the tool is asked";
         stop.request_stop();
     });
     const auto start = std::chrono::steady_clock::now();
     const auto outcome = run();
-    stop.request_stop();
     EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     EXPECT_THAT(verdicts(outcome), Contains(std::pair("b.mxf", "COPY/verified")));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));

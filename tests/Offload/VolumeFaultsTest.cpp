@@ -136,14 +136,26 @@ INSTANTIATE_TEST_SUITE_P(
                       Medium{"ExFat", Volume::ExFat, 64 * kMiB, ""}),
     [](const auto& medium) { return std::string(medium.param.name); });
 
-TEST(FullDisk, IsFoundBeforeAnythingIsWritten) {
-    const MountedVolume disk(Volume::Ext4, 64 * kMiB);
-    const TemporaryFolder card;
+namespace {
+
+class FullDisk : public ::testing::Test {
+protected:
+    OffloadOutcome run(const std::function<void(const OffloadPhase&)>& onPhase = {}) {
+        return CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(onPhase), {});
+    }
+
+    MountedVolume disk{Volume::Ext4, 64 * kMiB};
+    TemporaryFolder card;
+    RunRecord record;
+};
+
+} // namespace
+
+TEST_F(FullDisk, IsFoundBeforeAnythingIsWritten) {
     writeFile(card / "clip.mov", bytesOf(20 * kMiB));
     fillUp(disk.path(), 24 * kMiB);
-    RunRecord record;
     try {
-        CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
+        run();
         FAIL();
     } catch (const OffloadError& failure) {
         const auto& space = std::get<OffloadError::InsufficientSpace>(failure.reason());
@@ -153,22 +165,15 @@ TEST(FullDisk, IsFoundBeforeAnythingIsWritten) {
     EXPECT_FALSE(std::filesystem::exists(disk / "session"));
 }
 
-TEST(FullDisk, InMidRunStopsWithAClearReasonAndHonestRows) {
-    const MountedVolume disk(Volume::Ext4, 64 * kMiB);
-    const TemporaryFolder card;
+TEST_F(FullDisk, InMidRunStopsWithAClearReasonAndHonestRows) {
     for (const auto* name : {"1", "2", "3"})
         writeFile(card / name, bytesOf(8 * kMiB));
-    RunRecord record;
     bool isFilled = false;
-    const auto outcome = CopyEngine::run(
-        requestFor(card.path(), disk.path()), record.observer([&](const OffloadPhase& phase) {
-            const auto* copying = std::get_if<Phase::Copying>(&phase);
-            if (copying && copying->file == "2" && !isFilled) {
-                isFilled = true;
-                fillUp(disk.path(), 3 * kMiB);
-            }
-        }),
-        {});
+    const auto outcome = run([&](const OffloadPhase& phase) {
+        const auto* copying = std::get_if<Phase::Copying>(&phase);
+        if (copying && copying->file == "2" && !std::exchange(isFilled, true))
+            fillUp(disk.path(), 3 * kMiB);
+    });
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_EQ(verdicts(outcome),
               (std::map<std::string, std::string>{
@@ -428,8 +433,8 @@ TEST(BrokenClock, ADateThatNoReportCanHoldIsCopiedAndLeftOut) {
     }
 }
 
-TEST(LargeFile, SixGibibytesAreCopiedWithoutTruncation) {
-    constexpr std::int64_t kSize = 6'442'450'944;
+TEST(LargeFile, MoreThanFourGibibytesAreCopiedWithoutTruncation) {
+    constexpr std::int64_t kSize = 4'096 * kMiB + kMiB + 1;
     const TemporaryFolder card;
     const TemporaryFolder destination;
     writeFile(card / "long.mov", "start");

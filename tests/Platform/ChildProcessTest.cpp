@@ -1,14 +1,18 @@
 #include "Platform/ChildProcess.h"
 
 #include "Platform/Error.h"
+#include "Platform/Files/FileDescriptor.h"
 #include "support/Files.h"
+#include "support/Waiting.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <fstream>
+#include <cerrno>
 #include <thread>
 
 using namespace slatewise;
@@ -29,13 +33,12 @@ ChildProcess::Result shell(const std::string& script, const ChildProcess::Limits
 
 /// Gives whether the process ends soon. Whoever should collect it may take their time.
 bool ends(pid_t process) {
-    const auto status = "/proc/" + std::to_string(process) + "/stat";
-    for (int attempt = 0; attempt < 200; ++attempt) {
-        if (!std::filesystem::exists(status) || readFile(status).find(") Z ") != std::string::npos)
-            return true;
-        std::this_thread::sleep_for(10ms);
-    }
-    return false;
+    // The library has the call for C alone.
+    const FileDescriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
+    if (!handle)
+        return errno == ESRCH;
+    pollfd watched{.fd = handle.get(), .events = POLLIN, .revents = 0};
+    return ::poll(&watched, 1, 5000) == 1;
 }
 
 } // namespace
@@ -128,14 +131,17 @@ TEST(ChildProcess, HasNoMoreMemoryThanItIsGiven) {
 }
 
 TEST(ChildProcess, EndsAtOnceWhenAskedToStop) {
+    const TemporaryFolder folder;
     std::stop_source stop;
+    std::chrono::steady_clock::time_point asked;
     std::jthread asker([&] {
-        std::this_thread::sleep_for(50ms);
+        EXPECT_TRUE(waitForFile(folder / "begun"));
+        asked = std::chrono::steady_clock::now();
         stop.request_stop();
     });
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(shell("sleep 60", {}, stop.get_token()).end, End::Cancelled);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s);
+    const auto script = "touch '" + (folder / "begun").native() + "'; sleep 60";
+    EXPECT_EQ(shell(script, {}, stop.get_token()).end, End::Cancelled);
+    EXPECT_LT(std::chrono::steady_clock::now() - asked, 5s);
 }
 
 TEST(ChildProcess, CannotStartWhatIsNoProgram) {

@@ -1,5 +1,6 @@
 #include "Reports/ReportWriter.h"
 
+#include "Platform/AppInfo.h"
 #include "Platform/Error.h"
 #include "Platform/Json.h"
 #include "Platform/Text.h"
@@ -82,7 +83,8 @@ std::string checksumText(const SessionManifest& manifest) {
 
 TEST(Manifest, IsExactlyThisText) {
     const auto text = ReportWriter::isoEncode(session());
-    const auto expected = Json::Value::parse(R"({"app": "slw-dit", "app_version": "0.1.42.0",
+    const auto expected = Json::Value::parse(R"({"app": "slw-dit", "app_version": ")" +
+                                             std::string(AppInfo::version) + R"(",
         "card": {"camera": "A-B", "device_identifier": "", "ekip": "Ünal", "file_system": "",
             "mount_point": "/media/A001", "name": "A001", "protocol": "",
             "total_bytes": 64000000000, "volume_uuid": "1234-ABCD"},

@@ -2,6 +2,7 @@
 
 #include "support/Files.h"
 #include "support/Process.h"
+#include "support/Waiting.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
@@ -119,6 +120,8 @@ TEST_F(StoreFile, AnOldStoreIsBroughtUpToDateWithItsRows) {
     EXPECT_EQ(sessions[0].startedAt,
               *Clock::fromIso8601("2025-01-02T03:04:05Z") + std::chrono::milliseconds(678));
     EXPECT_FALSE(sessions[0].finishedAt);
+    ask(file, "UPDATE sessions SET status = 'of another version'");
+    EXPECT_EQ(database.recentSessions(20).at(0).status, OutcomeStatus::Failed);
     save(database, outcomeAt("2026-03-01T09:30:15Z", 1), "B001", "SSD", " A/B\n");
     EXPECT_EQ(ask(file, "SELECT count(*), sum(timecodeStart IS NULL) FROM files"), "2|2\n");
     EXPECT_EQ(ask(file, "SELECT cameraLabel FROM sessions WHERE cardName = 'B001'"), "A-B\n");
@@ -234,8 +237,7 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     EXPECT_THAT(database.recentSessions(20), SizeIs(1));
 
     holder.reset();
-    while (database.file().empty())
-        std::this_thread::sleep_for(5ms);
+    ASSERT_TRUE(waitUntil([&] { return !database.file().empty(); }));
     EXPECT_EQ(ask(file, "SELECT cardName, count(*) FROM sessions JOIN files ON sessionID = "
                         "sessions.id"),
               "A001|2\n");

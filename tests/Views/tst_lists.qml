@@ -6,8 +6,10 @@ ViewCase {
     id: test
     name: "Lists"
 
-    // Rows have stood still by then.
-    readonly property int settled: 550
+    // A click is meant for the rows as they stand.
+    function settle(column) {
+        tryVerify(() => find("list", find(column)).settling.isOver())
+    }
 
     function test_the_pointer_on_a_row_data() {
         return [
@@ -17,7 +19,7 @@ ViewCase {
     }
     function test_the_pointer_on_a_row(data) {
         const item = row(data.list, 1)
-        wait(settled)
+        settle(data.list)
         mouseClick(find("mark", item))
         verify(!item.selected && !item.focused)
         mouseClick(item, item.width / 2, item.height / 2)
@@ -52,14 +54,14 @@ ViewCase {
 
     // What a second click meets is not what it was meant for.
     function test_a_double_click_removes_one_card() {
-        wait(settled)
+        settle("cards")
         const cross = find("remove", row("cards", 0))
         const place = cross.mapToItem(root, cross.width / 2, cross.height / 2)
         mouseClick(root, place.x, place.y)
         waitForRendering(root)
         mouseClick(root, place.x, place.y)
         compare(names("cards"), ["B004", "SES_MIX_02"])
-        wait(settled)
+        settle("cards")
         mouseClick(root, place.x, place.y)
         compare(names("cards"), ["SES_MIX_02"])
     }
@@ -88,9 +90,8 @@ ViewCase {
         stage.plugInCard("Z009")
         stage.moveToTop("Z009")
         tryVerify(() => row("cards", 0).name === "Z009")
-        wait(settled)
         for (let index = 0; index < 4; ++index)
-            compare(row("cards", index).y - row("cards", 0).y, index * (height + 8))
+            tryVerify(() => row("cards", index).y - row("cards", 0).y === index * (height + 8))
     }
 
     function test_long_names_push_nothing_out_of_a_row() {
@@ -166,13 +167,19 @@ ViewCase {
     // A person knows better, and may change their mind.
     function test_a_volume_goes_where_its_user_wants_it() {
         const overlay = () => root.Window.window.contentItem
+        const isWhollyShown = item => {
+            for (let each = item; each; each = each.parent) {
+                if (each.opacity < 1)
+                    return false
+            }
+            return item.visible
+        }
         const use = name => findChild(findChild(overlay(), "otherVolumeRows"), name)
         stage.plugInUnknown("SAS_01")
         verify(!names("cards").includes("SAS_01") && !names("disks").includes("SAS_01"))
         mouseClick(find("otherVolumes"))
         tryVerify(() => findChild(overlay(), "otherVolumeRows") !== null)
-        tryVerify(() => use("useAsDestination").visible)
-        wait(settled)
+        tryVerify(() => isWhollyShown(use("useAsDestination")))
         mouseClick(use("useAsDestination"))
         tryVerify(() => names("disks").includes("SAS_01"))
         mouseClick(use("useAsCard"))

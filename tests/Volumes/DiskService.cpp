@@ -4,34 +4,23 @@
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Text.h"
 #include "support/Process.h"
+#include "support/Waiting.h"
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/file.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
+#include <functional>
 #include <iostream>
 #include <stdexcept>
-#include <thread>
-
-extern char** environ;
 
 namespace slatewise::test {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-template <typename Condition>
-void waitUntil(const char* what, Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + 20s;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline)
-            throw std::runtime_error(what);
-        std::this_thread::sleep_for(10ms);
-    }
+void expect(const char* what, const std::function<bool()>& condition) {
+    if (!waitUntil(condition, std::chrono::seconds(20)))
+        throw std::runtime_error(what);
 }
 
 /// Goes on with what else is to be undone when this fails.
@@ -49,41 +38,6 @@ void settleDevices() {
 
 } // namespace
 
-Daemon::Daemon(const std::vector<std::string>& words) {
-    const auto file = folder_ / "pid";
-    // Ends with us also when we are killed.
-    std::vector<std::string> command = {
-        "setpriv",    "--pdeathsig", "TERM",
-        "sh",         "-c",          "echo $$ > \"$0\"; exec \"$@\" > /dev/null 2>&1",
-        file.native()};
-    if (::geteuid() != 0)
-        command.insert(command.begin(), {"sudo", "-n"});
-    command.insert(command.end(), words.begin(), words.end());
-    std::vector<char*> arguments;
-    for (auto& word : command)
-        arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    if (::posix_spawnp(&child_, arguments.front(), nullptr, nullptr, arguments.data(), environ) !=
-        0)
-        throw std::runtime_error("cannot start " + words.front());
-    waitUntil("no daemon",
-              [&] { return std::filesystem::exists(file) && readFile(file).ends_with('\n'); });
-}
-
-Daemon::~Daemon() {
-    try {
-        send("CONT");
-        send("TERM");
-    } catch (const std::exception& failure) {
-        std::cerr << "left running: " << failure.what() << "\n";
-    }
-    ::waitpid(child_, nullptr, 0);
-}
-
-void Daemon::send(const std::string& signal) const {
-    runPrivileged({"kill", "-" + signal, Text::trimmed(readFile(folder_ / "pid"))});
-}
-
 class DiskService::Turn {
 public:
     Turn() : lock_(::open("/tmp/slatewise-disk-service.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
@@ -100,9 +54,9 @@ DiskService::DiskService() : turn_(std::make_unique<Turn>()) {
         return run({"timeout", "5", "udevadm", "control", "--ping"}).exitCode == 0;
     };
     if (!isManaged()) {
-        deviceManager_ =
-            std::make_unique<Daemon>(std::vector<std::string>{"/lib/systemd/systemd-udevd"});
-        waitUntil("no device manager", isManaged);
+        deviceManager_ = std::make_unique<Daemon>(
+            std::vector<std::string>{"/lib/systemd/systemd-udevd"}, Daemon::Owner::Root);
+        expect("no device manager", isManaged);
         runPrivileged({"udevadm", "trigger", "--subsystem-match=block"});
         settleDevices();
     }
@@ -116,10 +70,11 @@ void DiskService::end() {
 }
 
 void DiskService::start() {
-    service_ = std::make_unique<Daemon>(std::vector<std::string>{
-        "env", "DBUS_SYSTEM_BUS_ADDRESS=" + bus_.address(), "/usr/libexec/udisks2/udisksd"});
-    waitUntil("no disk service",
-              [&] { return UDisksClient(bus_.address()).objects().has_value(); });
+    service_ = std::make_unique<Daemon>(
+        std::vector<std::string>{"env", "DBUS_SYSTEM_BUS_ADDRESS=" + bus_.address(),
+                                 "/usr/libexec/udisks2/udisksd"},
+        Daemon::Owner::Root);
+    expect("no disk service", [&] { return UDisksClient(bus_.address()).objects().has_value(); });
 }
 
 LoopDisk::LoopDisk(std::vector<std::string> format)

@@ -1,30 +1,13 @@
 #pragma once
 
+#include "support/Daemon.h"
 #include "support/PrivateBus.h"
 
 #include <memory>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace slatewise::test {
-
-/// A program of the system that runs beside the test, as root, and ends with it.
-class Daemon {
-public:
-    explicit Daemon(const std::vector<std::string>& words);
-    ~Daemon();
-    Daemon(const Daemon&) = delete;
-    Daemon& operator=(const Daemon&) = delete;
-
-    /// "STOP" holds it, "CONT" lets it go on.
-    void send(const std::string& signal) const;
-
-private:
-    TemporaryFolder folder_;
-    /// What we have started, which may be a program that raises rights.
-    pid_t child_ = 0;
-};
 
 /// The system's real disk service, on a bus of its own, where it knows the machine's real devices.
 /// One at a time on a machine: others wait for its end.

@@ -111,7 +111,9 @@ TEST_F(RealDisks, StayWhatTheyAreWhenTheServiceFallsSilent) {
 
     LoopDisk disk(kExt4);
     service.fallSilent();
+    const auto asked = steady_clock::now();
     EXPECT_THAT(seen(), ElementsAre(known));
+    EXPECT_LT(steady_clock::now() - asked, 4s) << "nobody waits for it for long";
     // Of what comes now only the kernel and the disk can speak.
     disk.mount(root / "DISK1");
     EXPECT_THAT(seen(), ElementsAre(known, "DISK destination " + disk.deviceName()));

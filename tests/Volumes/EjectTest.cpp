@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <stdexcept>
 
 using namespace slatewise;
@@ -25,9 +26,8 @@ namespace {
 constexpr auto kMountPoint = "/media/me/A001";
 
 /// A mounted volume on a USB drive of its own.
-class Eject : public ::testing::Test {
-protected:
-    Eject() : drive(machine.addDrive("Disk", "usb")) {
+struct CardOnPaper {
+    CardOnPaper() : drive(machine.addDrive("Disk", "usb")) {
         machine.addMount("8:17", "/", kMountPoint, "exfat", "/dev/sdb1");
         machine.addBlock("sdb1", "8:17", "Disk");
         machine.addFilesystem("sdb1", {kMountPoint});
@@ -39,16 +39,11 @@ protected:
         return sources;
     }
 
-    std::vector<std::string> deedsOfAnEject() {
-        const MockUDisks service(machine.objects());
-        last = DiskUtilClient::eject(kMountPoint, sourcesWith(service));
-        return service.deeds();
-    }
-
     Machine machine;
     QVariantMap& drive;
-    DiskUtilClient::Ejected last;
 };
+
+class Eject : public ::testing::Test, protected CardOnPaper {};
 
 /// The failure of an eject that must fail.
 DiskUtilClient::EjectError refusalOf(const std::filesystem::path& mountPoint,
@@ -63,77 +58,84 @@ DiskUtilClient::EjectError refusalOf(const std::filesystem::path& mountPoint,
 
 } // namespace
 
-TEST_F(Eject, DoesWhatTheHardwareCan) {
-    EXPECT_THAT(deedsOfAnEject(),
-                ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
-    drive["CanPowerOff"] = false;
-    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
-    // The reader itself stays alive.
-    drive["MediaRemovable"] = drive["CanPowerOff"] = true;
-    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1", "Eject drives/Disk"));
-}
-
-TEST_F(Eject, LeavesADriveAloneWhileAnotherVolumeOnItIsMounted) {
-    machine.addBlock("sdb2", "8:18", "Disk");
-    machine.addFilesystem("sdb2", {});
-    EXPECT_THAT(deedsOfAnEject(),
-                ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
-    machine.addFilesystem("sdb2", {"/media/me/SECOND"});
-    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
-    drive["Ejectable"] = true;
-    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
-    EXPECT_TRUE(last.isDiskInUse);
-    EXPECT_EQ(last.text("A001", L10n(AppLanguage::English)),
-              "A001 is unmounted, but another volume of the same disk or housing is in use: do not "
-              "pull it.");
-}
-
-TEST_F(Eject, AsksNoSlotForWhatItCannotDo) {
-    // What the service says of both kinds, whether they can or not.
-    drive["MediaRemovable"] = true;
-    drive["Ejectable"] = true;
-    for (const auto* device : {"mmcblk0p1", "nvme1n1p1"}) {
-        SCOPED_TRACE(device);
+TEST(EjectOf, ADriveDoesWhatItsHardwareCanAndLeavesAloneWhatIsInUse) {
+    const auto device = [](Machine& machine, const char* name) {
         machine.object("block_devices/sdb1")["org.freedesktop.UDisks2.Block"]["Device"] =
-            QByteArray("/dev/") + device;
-        drive["CanPowerOff"] = false;
-        EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
-        EXPECT_EQ(last.text("A001", L10n(AppLanguage::English)),
-                  "A001 is unmounted, safe to pull.");
-        drive["CanPowerOff"] = true;
-        EXPECT_THAT(deedsOfAnEject(),
-                    ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
+            QByteArray("/dev/") + name;
+    };
+    const auto secondVolume = [](Machine& machine, const std::vector<std::string>& places) {
+        machine.addBlock("sdb2", "8:18", "Disk");
+        machine.addFilesystem("sdb2", places);
+    };
+    // What the service says of slots, whether they can or not.
+    const auto slot = [&](Machine& machine, QVariantMap& drive, const char* name) {
+        drive["MediaRemovable"] = drive["Ejectable"] = true;
+        device(machine, name);
+    };
+    const auto secondDrive = [](Machine& machine, const char* housing) {
+        machine.addDrive("Second", "usb")["SiblingId"] = QString(housing);
+        machine.addBlock("sdc1", "8:33", "Second");
+        machine.addFilesystem("sdc1", {"/media/me/B001"});
+    };
+    const auto encryptedNeighbour = [](Machine& machine) {
+        machine.addBlock("sdb2", "8:18", "Disk");
+        machine.addBlock("dm_2d0", "253:0")["CryptoBackingDevice"] =
+            QVariant::fromValue(Machine::path("block_devices/sdb2"));
+        machine.addFilesystem("dm_2d0", {"/media/me/SECRET"});
+    };
+    constexpr auto kNothing = "";
+    constexpr auto kPowerOff = "PowerOff drives/Disk";
+    constexpr auto kEject = "Eject drives/Disk";
+    using M = Machine;
+    using D = QVariantMap;
+    struct Case {
+        const char* what;
+        std::function<void(Machine&, QVariantMap&)> shape;
+        /// Behind the unmounting.
+        const char* deed;
+        bool isDiskInUse;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"a disk", [](M&, D&) {}, kPowerOff, false},
+        {"that cannot be powered off", [](M&, D& d) { d["CanPowerOff"] = false; }, kNothing, false},
+        {"a reader, which stays alive", [](M&, D& d) { d["MediaRemovable"] = true; }, kEject, false},
+        {"an SD slot", [&](M& m, D& d) { slot(m, d, "mmcblk0p1"); d["CanPowerOff"] = false; }, kNothing, false},
+        {"an SD slot with power", [&](M& m, D& d) { slot(m, d, "mmcblk0p1"); }, kPowerOff, false},
+        {"an NVMe slot", [&](M& m, D& d) { slot(m, d, "nvme1n1p1"); d["CanPowerOff"] = false; }, kNothing, false},
+        {"an NVMe slot with power", [&](M& m, D& d) { slot(m, d, "nvme1n1p1"); }, kPowerOff, false},
+        {"a second volume that is not mounted", [&](M& m, D&) { secondVolume(m, {}); }, kPowerOff, false},
+        {"a second volume", [&](M& m, D&) { secondVolume(m, {"/media/me/SECOND"}); }, kNothing, true},
+        {"a second volume in a reader", [&](M& m, D& d) { secondVolume(m, {"/media/me/SECOND"}); d["Ejectable"] = true; }, kNothing, true},
+        {"an encrypted second volume", [&](M& m, D&) { encryptedNeighbour(m); }, kNothing, true},
+        {"another housing", [&](M& m, D& d) { d["SiblingId"] = QString("usb2/2-1"); secondDrive(m, ""); }, kPowerOff, false},
+        {"one housing", [&](M& m, D& d) { d["SiblingId"] = QString("usb2/2-1"); secondDrive(m, "usb2/2-1"); }, kNothing, true},
+        {"two slots of a reader", [&](M& m, D& d) { d["SiblingId"] = QString("usb2/2-1"); secondDrive(m, "usb2/2-1"); d["MediaRemovable"] = true; }, kEject, false},
+    };
+    // clang-format on
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        CardOnPaper card;
+        each.shape(card.machine, card.drive);
+        const MockUDisks service(card.machine.objects());
+        const auto ejected = DiskUtilClient::eject(kMountPoint, card.sourcesWith(service));
+        std::vector<std::string> deeds = {"Unmount block_devices/sdb1"};
+        if (*each.deed != '\0')
+            deeds.emplace_back(each.deed);
+        EXPECT_EQ(service.deeds(), deeds);
+        EXPECT_EQ(ejected.isDiskInUse, each.isDiskInUse);
+        EXPECT_EQ(ejected.text("A001", L10n(AppLanguage::English)),
+                  each.isDiskInUse ? "A001 is unmounted, but another volume of the same disk or "
+                                     "housing is in use: do not pull it."
+                                   : "A001 is unmounted, safe to pull.");
     }
-}
-
-TEST_F(Eject, LeavesADriveAloneWhileAnEncryptedVolumeOnItIsMounted) {
-    machine.addBlock("sdb2", "8:18", "Disk");
-    machine.addBlock("dm_2d0", "253:0")["CryptoBackingDevice"] =
-        QVariant::fromValue(Machine::path("block_devices/sdb2"));
-    machine.addFilesystem("dm_2d0", {"/media/me/SECRET"});
-    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
-}
-
-TEST_F(Eject, LeavesPowerOnWhileAnotherDriveInTheHousingIsMounted) {
-    drive["SiblingId"] = QString("usb2/2-1");
-    auto& second = machine.addDrive("Second", "usb");
-    machine.addBlock("sdc1", "8:33", "Second");
-    machine.addFilesystem("sdc1", {"/media/me/B001"});
-    EXPECT_THAT(deedsOfAnEject(),
-                ElementsAre("Unmount block_devices/sdb1", "PowerOff drives/Disk"));
-    second["SiblingId"] = QString("usb2/2-1");
-    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1"));
-    EXPECT_TRUE(last.isDiskInUse);
-    drive["MediaRemovable"] = true;
-    EXPECT_THAT(deedsOfAnEject(), ElementsAre("Unmount block_devices/sdb1", "Eject drives/Disk"));
-    EXPECT_FALSE(last.isDiskInUse);
 }
 
 TEST_F(Eject, TakesAwayOnlyThePlaceItIsAskedFor) {
     MountedVolume disk(MountedVolume::FileSystem::Ext4, 16 * 1'048'576);
     writeFile(disk / "file", "");
     const TemporaryFolder elsewhere;
-    runPrivileged({"mount", "--bind", disk.path().native(), elsewhere.path().native()});
+    BindMount second(disk.path(), elsewhere.path());
     const auto numbers = MountTable::at(MountTable::read(), disk.path())->device;
     machine.addBlock("loop0", BlockDevices::text(numbers));
     machine.addFilesystem("loop0", {elsewhere.path(), disk.path()});
@@ -145,6 +147,7 @@ TEST_F(Eject, TakesAwayOnlyThePlaceItIsAskedFor) {
     EXPECT_THAT(service.deeds(), IsEmpty());
     EXPECT_FALSE(
         DiskUtilClient::eject(elsewhere.path(), {.busAddress = service.address()}).isDiskInUse);
+    second.wasUnmounted();
     EXPECT_FALSE(std::filesystem::exists(elsewhere / "file"));
 }
 

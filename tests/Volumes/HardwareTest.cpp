@@ -20,6 +20,8 @@ using namespace slatewise::test;
 
 namespace {
 
+/// Of every disk here, as the service tells it and as the kernel counts it in sectors.
+constexpr std::int64_t kBytes = 64'000'000'000;
 constexpr auto kPci = "pci0000:00/0000:00:14.0/";
 
 /// A disk with one partition, mounted. `bus` is the service's word for what `folder` shows.
@@ -155,6 +157,7 @@ using M = Machine;
 const std::vector<Shape> kShapes = {
     {"CardReaderExFat", [](M& m) { readerWith(m, "exfat"); }, "sdb1|ExFAT|USB|removable external|cameraCard"},
     {"CardReaderFat", [](M& m) { readerWith(m, "vfat"); }, "sdb1|MS-DOS FAT32|USB|removable external|cameraCard"},
+    {"CardReaderFat16", [](M& m) { readerWith(m, "vfat"); block(m, "sdb1")["IdVersion"] = QString("FAT16"); m.addRecord("8:17", "E:ID_FS_VERSION=FAT16\n"); }, "sdb1|MS-DOS FAT16|USB|removable external|cameraCard"},
     {"CardReaderUdf", [](M& m) { readerWith(m, "udf"); }, "sdb1|UDF|USB|removable external|cameraCard"},
     {"CardSlot", [](M& m) { slot(m, "SD", "flash_sd"); }, "mmcblk01|ExFAT|Secure Digital|removable|cameraCard"},
     {"ChipOnTheBoard", [](M& m) { slot(m, "MMC", "flash_mmc"); }, "mmcblk01|ExFAT|Secure Digital|internal|system"},
@@ -204,11 +207,13 @@ TEST_P(Hardware, IsWhatTheServiceSays) {
     const auto facts = DiskUtilClient::facts(machine.mountPoint(), sources);
     EXPECT_EQ(service.timesAskedForObjects(), 1);
     EXPECT_EQ(described(facts, VolumeClassifier::classify(facts).kind), shape.facts);
+    EXPECT_EQ(facts.totalBytes, facts.deviceIdentifier.empty() ? 0 : kBytes);
 }
 
 TEST_P(Hardware, IsTheSameWithoutTheService) {
     const auto& shape = GetParam();
     const auto facts = DiskUtilClient::facts(machine.mountPoint(), machine.sources());
+    EXPECT_EQ(facts.totalBytes, facts.deviceIdentifier.empty() ? 0 : kBytes);
     // The kernel tells what is connected how; which of it is made to be taken out it does not.
     const auto fields = Text::pieces(shape.facts, '|');
     EXPECT_THAT(shape.facts, testing::StartsWith(facts.deviceIdentifier + "|" + facts.fileSystem +
@@ -222,29 +227,6 @@ TEST_P(Hardware, IsTheSameWithoutTheService) {
 
 INSTANTIATE_TEST_SUITE_P(Shapes, Hardware, ::testing::ValuesIn(kShapes),
                          [](const auto& shape) { return std::string(shape.param.name); });
-
-TEST(DiskService, NamesAndMeasuresAVolume) {
-    Machine machine;
-    readerWith(machine, "vfat");
-    auto& partition = block(machine, "sdb1");
-    partition["IdLabel"] = QString("Kart Ü");
-    partition["IdUUID"] = QString("1234-ABCD");
-    partition["IdVersion"] = QString("FAT16");
-    partition["Size"] = qulonglong(2'000'000'000);
-    const MockUDisks service(machine.objects());
-    auto sources = machine.sources();
-    sources.busAddress = service.address();
-
-    const auto told = DiskUtilClient::facts(machine.mountPoint(), sources);
-    EXPECT_EQ(told.volumeName, "Kart Ü");
-    EXPECT_EQ(told.volumeUUID, "1234-ABCD");
-    EXPECT_EQ(told.fileSystem, "MS-DOS FAT16");
-    EXPECT_EQ(told.totalBytes, 2'000'000'000);
-
-    const auto untold = DiskUtilClient::facts(machine.mountPoint(), machine.sources());
-    EXPECT_EQ(untold.volumeName, "VOLUME");
-    EXPECT_EQ(untold.totalBytes, 125'000'000 * 512LL);
-}
 
 TEST(DiskService, IsNotBelievedWhileItIsBehindEvents) {
     struct Case {
@@ -296,16 +278,4 @@ TEST(DiskService, IsNotBelievedWhileItIsBehindEvents) {
         disks.giveUp(mount, memory);
         EXPECT_EQ(nameNow(), name);
     }
-}
-
-TEST(DiskService, IsNotWaitedForLong) {
-    Machine machine;
-    readerWith(machine, "exfat");
-    MockUDisks service(machine.objects());
-    service.fallSilent();
-    auto sources = machine.sources();
-    sources.busAddress = service.address();
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(DiskUtilClient::facts(machine.mountPoint(), sources).deviceIdentifier, "sdb1");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
 }

@@ -5,6 +5,7 @@
 #include "support/Leaks.h"
 #include "support/MountedVolume.h"
 #include "support/Process.h"
+#include "support/Waiting.h"
 
 #include <gmock/gmock.h>
 
@@ -118,11 +119,9 @@ TEST_F(Monitoring, FollowsWhatIsMountedWithinHalfASecond) {
 
 TEST_F(Monitoring, ADiskThatIsMountedAtTwoPlacesIsOneVolume) {
     const MountedVolume disk(Volume::Ext4, kSmall, root / "a disk", "");
-    std::filesystem::create_directory(root / "a second place");
-    runPrivileged({"mount", "--bind", disk.path().native(), root / "a second place"});
+    const BindMount second(disk.path(), root / "a second place");
     VolumeMonitor monitor(root.path(), options(MountEvents::Source::None));
     monitor.refresh();
-    runPrivileged({"umount", root / "a second place"});
     EXPECT_THAT(shown(monitor.currentVolumes()), ElementsAre("a disk destination"));
 }
 
@@ -182,8 +181,7 @@ TEST_F(Monitoring, EndsQuietly) {
     {
         VolumeMonitor monitor(root.path(), options());
         start(monitor);
-        while (monitor.currentVolumes().empty())
-            std::this_thread::sleep_for(5ms);
+        ASSERT_TRUE(waitUntil([&] { return !monitor.currentVolumes().empty(); }));
         monitor.stop();
         monitor.stop();
         EXPECT_LE(threadCountSoon(threads), threads);
@@ -193,8 +191,7 @@ TEST_F(Monitoring, EndsQuietly) {
         // It can be started again, and ends while something is on its way.
         std::filesystem::create_directory(root / "CARD");
         monitor.start();
-        while (monitor.currentVolumes().size() < 2)
-            std::this_thread::sleep_for(5ms);
+        ASSERT_TRUE(waitUntil([&] { return monitor.currentVolumes().size() == 2; }));
     }
     waitForCalls(2, 200ms);
     EXPECT_EQ(calls, 1);

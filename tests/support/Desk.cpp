@@ -6,6 +6,7 @@
 #include "Storage/SupportPaths.h"
 #include "Storage/UserStore.h"
 #include "support/Process.h"
+#include "support/Waiting.h"
 
 #include <QCoreApplication>
 
@@ -107,13 +108,12 @@ void Desk::copy() {
 }
 
 void Desk::waitUntil(const std::function<bool()>& condition, std::chrono::seconds limit) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end)
-            throw std::runtime_error("waited in vain");
+    const auto letOthersWork = [] {
         QCoreApplication::processEvents();
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    };
+    if (!test::waitUntil(condition, limit, letOthersWork))
+        throw std::runtime_error("waited in vain");
 }
 
 void Desk::leaveServiceProfile(const std::string& url) {

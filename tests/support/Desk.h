@@ -3,6 +3,7 @@
 #include "Model/AppModel.h"
 #include "Model/FolderChooser.h"
 #include "support/Files.h"
+#include "support/Waiting.h"
 
 #include <chrono>
 #include <filesystem>
@@ -43,7 +44,7 @@ public:
     void copy();
     /// Runs the event loop until the condition holds; fails the test when it does not in time.
     static void waitUntil(const std::function<bool()>& condition,
-                          std::chrono::seconds limit = std::chrono::seconds(60));
+                          std::chrono::seconds limit = kLongestWait);
 
     /// The user's profile of the reporting service, which is at this address.
     static void leaveServiceProfile(const std::string& url);

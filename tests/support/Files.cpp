@@ -3,6 +3,8 @@
 #include "Platform/Files/FileSystem.h"
 #include "support/Process.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <random>
@@ -10,12 +12,21 @@
 
 namespace slatewise::test {
 
-TemporaryFolder::TemporaryFolder() {
-    std::filesystem::create_directories(SLATEWISE_TEST_SCRATCH);
-    std::string pattern = std::string(SLATEWISE_TEST_SCRATCH) + "/XXXXXX";
-    if (!::mkdtemp(pattern.data()))
-        throw std::runtime_error("no temporary folder: " + pattern);
-    path_ = pattern;
+std::filesystem::path scratchFolder() {
+    return SLATEWISE_TEST_SCRATCH;
+}
+
+std::filesystem::path scratchFolderInMemory() {
+    return "/dev/shm/slatewise-tests-" + std::to_string(::geteuid());
+}
+
+TemporaryFolder::TemporaryFolder(const std::filesystem::path& parent) {
+    std::filesystem::create_directories(parent);
+    const auto pattern = parent / (std::to_string(::getpid()) + "-XXXXXX");
+    auto name = pattern.native();
+    if (!::mkdtemp(name.data()))
+        throw std::runtime_error("no temporary folder: " + name);
+    path_ = name;
 }
 
 TemporaryFolder::~TemporaryFolder() {

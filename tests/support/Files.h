@@ -11,10 +11,15 @@
 /// Real files and folders for tests.
 namespace slatewise::test {
 
-/// A new empty folder on the build's disk, removed with all it holds at the end of its life.
+/// Where tests work: on the build's disk, and in memory, where files cost nothing but what is done
+/// with them. Each entry's name begins with the id of the process that made it.
+std::filesystem::path scratchFolder();
+std::filesystem::path scratchFolderInMemory();
+
+/// A new empty folder, removed with all it holds at the end of its life.
 class TemporaryFolder {
 public:
-    TemporaryFolder();
+    explicit TemporaryFolder(const std::filesystem::path& parent = scratchFolder());
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;

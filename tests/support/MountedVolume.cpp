@@ -11,6 +11,7 @@
 #include <iostream>
 #include <iterator>
 #include <stdexcept>
+#include <utility>
 
 namespace slatewise::test {
 
@@ -139,6 +140,21 @@ void MountedVolume::turnReadOnly() const {
 void MountedVolume::unmount() {
     runPrivileged({"umount", mountPoint_.native()});
     isMounted_ = false;
+}
+
+BindMount::BindMount(const std::filesystem::path& from, std::filesystem::path to)
+    : place_(std::move(to)) {
+    std::filesystem::create_directories(place_);
+    runPrivileged({"mount", "--bind", from.native(), place_.native()});
+}
+
+BindMount::~BindMount() {
+    try {
+        if (isMounted_)
+            runPrivileged({"umount", place_.native()});
+    } catch (const std::exception& failure) {
+        std::cerr << "folder left mounted: " << failure.what() << "\n";
+    }
 }
 
 } // namespace slatewise::test

@@ -77,4 +77,20 @@ private:
     bool isMounted_ = false;
 };
 
+/// A folder that is mounted in a second place, which is made if need be.
+class BindMount {
+public:
+    BindMount(const std::filesystem::path& from, std::filesystem::path to);
+    ~BindMount();
+    BindMount(const BindMount&) = delete;
+    BindMount& operator=(const BindMount&) = delete;
+
+    /// Somebody else has done it.
+    void wasUnmounted() { isMounted_ = false; }
+
+private:
+    std::filesystem::path place_;
+    bool isMounted_ = true;
+};
+
 } // namespace slatewise::test

@@ -1,8 +1,5 @@
 #include "support/PrivateBus.h"
 
-#include "support/Process.h"
-
-#include <csignal>
 #include <stdexcept>
 
 namespace slatewise::test {
@@ -28,18 +25,13 @@ constexpr auto kConfiguration = R"(<!DOCTYPE busconfig PUBLIC
 
 PrivateBus::PrivateBus() {
     writeFile(folder_ / "bus.conf", kConfiguration);
-    const auto started = run({"dbus-daemon", "--config-file=" + (folder_ / "bus.conf").native(),
-                              "--fork", "--print-address=1", "--print-pid=1"});
-    const auto& said = started.standardOutput;
-    const auto end = said.find('\n');
-    if (started.exitCode != 0 || end == std::string::npos)
-        throw std::runtime_error("no bus: " + started.standardError);
-    address_ = said.substr(0, end);
-    daemon_ = std::stoi(said.substr(end + 1));
-}
-
-PrivateBus::~PrivateBus() {
-    ::kill(daemon_, SIGTERM);
+    daemon_.emplace(std::vector<std::string>{"dbus-daemon",
+                                             "--config-file=" + (folder_ / "bus.conf").native(),
+                                             "--print-address=1"},
+                    Daemon::Owner::ThisUser);
+    address_ = daemon_->firstLine();
+    if (!address_.starts_with("unix:"))
+        throw std::runtime_error("no bus: " + address_);
 }
 
 } // namespace slatewise::test

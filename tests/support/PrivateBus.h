@@ -1,9 +1,9 @@
 #pragma once
 
-#include "support/Files.h"
+#include "support/Daemon.h"
 
+#include <optional>
 #include <string>
-#include <sys/types.h>
 
 namespace slatewise::test {
 
@@ -11,16 +11,13 @@ namespace slatewise::test {
 class PrivateBus {
 public:
     PrivateBus();
-    ~PrivateBus();
-    PrivateBus(const PrivateBus&) = delete;
-    PrivateBus& operator=(const PrivateBus&) = delete;
 
     const std::string& address() const { return address_; }
 
 private:
     TemporaryFolder folder_;
+    std::optional<Daemon> daemon_;
     std::string address_;
-    pid_t daemon_ = 0;
 };
 
 } // namespace slatewise::test

@@ -1,5 +1,7 @@
 #include "support/TestMain.h"
 
+#include "support/Leftovers.h"
+
 #include <gmock/gmock.h>
 
 #include <QByteArray>
@@ -17,6 +19,7 @@ void prepareTests(int* argc, char** argv) {
         qputenv("LC_ALL", "C.UTF-8");
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    removeLeftovers();
 }
 
 } // namespace slatewise::test

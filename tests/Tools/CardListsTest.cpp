@@ -1,0 +1,257 @@
+#include "VerifyProgram.h"
+
+#include "MediaHashList/HashedTree.h"
+#include "MediaHashList/History.h"
+#include "Offload/TreeWalker.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+// Hash lists that an offload leaves beside a copy, and what it makes of those that a card brings.
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::HasSubstr;
+
+namespace {
+
+using MediaHashList::Generation;
+using MediaHashList::History;
+
+/// Gives a folder of a card a generation as somebody else's tool would have written it.
+void addList(const std::filesystem::path& root, const std::vector<HashFormat>& formats) {
+    const RootFolder handle(root);
+    const auto entries = TreeWalker::walk(handle, {});
+    MediaHashList::HashedTree tree;
+    tree.creator = MediaHashList::creatorHere();
+    for (const auto& entry : entries) {
+        if (entry.isDirectory)
+            continue;
+        MediaHashList::HashedFile file{entry.relativePath, entry.sizeBytes, entry.mtime, {}};
+        for (const auto format : formats)
+            file.values.push_back(
+                {format, hashOf(format, readFile(root / entry.relativePath)), {}, {}});
+        tree.files.push_back(file);
+    }
+    (void)addGenerations(handle, {}, tree, MediaHashList::foldersWithHistory(entries));
+}
+
+/// All lists of a tree are what their schemas say.
+void expectValidLists(const std::filesystem::path& root) {
+    for (const auto& item : std::filesystem::recursive_directory_iterator(root)) {
+        if (!item.is_regular_file() || item.path().parent_path().filename() != "ascmhl")
+            continue;
+        const auto* const schema =
+            item.path().extension() == ".mhl" ? "ASCMHL.xsd" : "ASCMHLDirectory.xsd";
+        const auto check = run({"xmllint", "--noout", "--nonet", "--schema",
+                                std::string(SLATEWISE_SCHEMAS) + "/" + schema, item.path()});
+        EXPECT_EQ(check.exitCode, 0) << check.standardError;
+    }
+}
+
+/// "path format action" for every value of a generation.
+std::vector<std::string> actionsOf(const Generation& generation) {
+    std::vector<std::string> actions;
+    for (const auto& file : generation.files) {
+        for (const auto& value : file.values)
+            actions.push_back(file.path + " " + std::string(rawValue(value.format)) + " " +
+                              std::string(value.action ? rawValue(*value.action) : ""));
+    }
+    return actions;
+}
+
+} // namespace
+
+TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {
+    using enum HashFormat;
+    const auto card = folder / "A001";
+    struct Case {
+        const char* name;
+        std::function<void()> prepare;
+        std::size_t generations;
+        /// Some of what the newest says.
+        std::vector<std::string> says;
+    };
+    const auto list = [&](std::vector<HashFormat> formats) {
+        return [&card, formats] {
+            addList(card, formats);
+        };
+    };
+    const Case cases[] = {
+        {"plain", [] {}, 1, {"a.mov xxh128 original"}},
+        {"nested folders, Turkish and odd names, empty ones",
+         [&] {
+             writeFile(card / "CLIP/ğ & <ş>/\"x\".wav", "w");
+             writeFile(card / "CLIP/line\nend", "");
+             std::filesystem::create_directories(card / "bare/bare");
+         },
+         1,
+         {"CLIP/ğ & <ş>/\"x\".wav xxh128 original", "CLIP/line\nend xxh128 original"}},
+        {"only what is skipped",
+         [&] {
+             std::filesystem::remove(card / "a.mov");
+             writeFile(card / ".DS_Store", "x");
+         },
+         1,
+         {}},
+        {"a history of one generation", list({XXH128}), 2, {"a.mov xxh128 verified"}},
+        {"of what is skipped, too",
+         [&] {
+             writeFile(card / "._a.mov", "x");
+             addList(card, {XXH128});
+         },
+         2,
+         {"a.mov xxh128 verified"}},
+        {"of three, in many formats",
+         [&] {
+             addList(card, {MD5, XXH64});
+             addList(card, {SHA1});
+             addList(card, {C4, MD5});
+             writeFile(card / "new", "later");
+         },
+         4,
+         {"a.mov c4 verified", "a.mov md5 verified", "a.mov sha1 verified", "a.mov xxh128 verified",
+          "a.mov xxh64 verified", "new xxh128 original"}},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        std::filesystem::remove_all(card);
+        writeFile(card / "a.mov", bytesOf(1'234'567));
+        each.prepare();
+        const auto root = offload("--mhl");
+        expectValidLists(root);
+        const RootFolder handle(root);
+        const auto history = History::load(handle);
+        ASSERT_EQ(history.generations().size(), each.generations);
+        const auto& newest = history.generations().back();
+        EXPECT_EQ(newest.process, MediaHashList::Process::Transfer);
+        EXPECT_EQ(newest.root.size(), 1U);
+        EXPECT_THAT(actionsOf(newest), ::testing::IsSupersetOf(each.says));
+        EXPECT_EQ(program("slatewise-verify", {root}).exitCode, each.says.empty() ? 1 : 0)
+            << "where there is nothing to compare, nothing is the same";
+        const auto sums = run({"sh", "-c",
+                               "cd \"$0\" && { test ! -s \"$1\" || sha256sum --quiet "
+                               "-c \"$1\"; }",
+                               root, reports / "checksums.sha256"});
+        EXPECT_EQ(sums.exitCode, 0) << sums.standardError;
+    }
+}
+
+TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
+    const auto card = folder / "A001";
+    struct Case {
+        const char* name;
+        std::function<void()> spoil;
+        std::string told;
+        /// What the newest list of the copy says; empty: it has none of ours.
+        std::vector<std::string> says{};
+        std::vector<std::string> nestedSays{};
+    };
+    const Case cases[] = {
+        {"changed",
+         [&] { writeFile(card / "CLIP/b.wav", "B"); },
+         "CLIP/b.wav on the card is not what",
+         {"a.mov md5 verified", "a.mov xxh128 verified"},
+         {"b.wav md5 failed", "b.wav sha1 failed", "b.wav xxh128 verified"}},
+        {"missing",
+         [&] { std::filesystem::remove(card / "CLIP/b.wav"); },
+         "CLIP/b.wav is in the card's own hash list, but not on the card",
+         {"a.mov md5 verified", "a.mov xxh128 verified"}},
+        {"missing, and many that are not listed",
+         [&] {
+             std::filesystem::remove(card / "CLIP/b.wav");
+             for (int number = 0; number < 25; ++number)
+                 writeFile(card / ("new" + std::to_string(number)), "x");
+         },
+         "5 more files are on the card, but not in the card's own hash list"},
+        {"a folder in its place",
+         [&] {
+             std::filesystem::remove(card / "CLIP/b.wav");
+             writeFile(card / "CLIP/b.wav/x", "x");
+         },
+         "CLIP/b.wav is in the card's own hash list, but not on the card"},
+        {"another history below",
+         [&] {
+             std::filesystem::remove_all(card / "CLIP/ascmhl");
+             addList(card / "CLIP", {HashFormat::SHA1});
+         },
+         "refers to"},
+        {"a value that failed",
+         [&] {
+             std::filesystem::remove_all(card / "ascmhl");
+             Generation bad;
+             bad.files = {{"a.mov", 1, {}, {}}};
+             (void)History(RootFolder(card)).append(bad);
+         },
+         "has no value that proves a.mov"},
+        {"a damaged list", [&] { writeFile(card / "CLIP/ascmhl/ascmhl_chain.xml", "<"); },
+         "could not be read"},
+        {"a list that its chain does not name",
+         [&] { writeFile(card / "CLIP/ascmhl/0002_late.mhl", ""); }, "could not be read"},
+        {"a list without its chain",
+         [&] { std::filesystem::remove(card / "ascmhl/ascmhl_chain.xml"); }, "could not be read"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        std::filesystem::remove_all(card);
+        writeFile(card / "a.mov", "a");
+        writeFile(card / "CLIP/b.wav", "b");
+        addList(card / "CLIP", {HashFormat::SHA1});
+        addList(card, {HashFormat::MD5});
+        each.spoil();
+        const auto root = offload("--mhl", 1);
+        EXPECT_THAT(told, HasSubstr(each.told));
+        EXPECT_THAT(readFile(reports / "manifest.json"), HasSubstr("\"problems\""));
+        EXPECT_EQ(run({"diff", "-r", "-x", "ascmhl", card, root}).exitCode, 0)
+            << "all of it is there, and proved";
+        if (each.says.empty())
+            continue;
+        expectValidLists(root);
+        const RootFolder handle(root);
+        EXPECT_EQ(actionsOf(History::load(handle).generations().back()), each.says)
+            << "the nested file is in its own list";
+        const auto nested = actionsOf(History::load(handle, "CLIP").generations().back());
+        EXPECT_EQ(nested, each.nestedSays);
+    }
+}
+
+TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {
+    const auto tree = folder / "tree";
+    const auto chain = tree / "ascmhl/ascmhl_chain.xml";
+    writeFile(tree / "a.mov", "a");
+    addList(tree, {HashFormat::MD5});
+    const auto verify = [&](std::vector<std::string> words, const std::filesystem::path& path) {
+        words.push_back(path);
+        return program("slatewise-verify", words);
+    };
+    for (const std::size_t generations : {1U, 2U}) {
+        // As a kill leaves it: the list is there, and the chain is that of before.
+        auto links = MediaHashList::readChain(readFile(chain));
+        ASSERT_EQ(links.size(), generations);
+        const auto list = tree / "ascmhl" / links.back().fileName;
+        links.pop_back();
+        if (links.empty())
+            std::filesystem::remove(chain);
+        else
+            writeFile(chain, MediaHashList::writeChain(links));
+        const auto damaged = verify({"--quiet"}, tree);
+        EXPECT_EQ(damaged.standardOutput, "damaged\t" + list.native() + "\n");
+        EXPECT_THAT(damaged.standardError, HasSubstr("--mhl reads the files again"));
+        writeFile(tree / "a.mov", "b");
+        const auto changed = verify({"--quiet", "--mhl"}, tree);
+        EXPECT_EQ(changed.standardOutput, "changed\ta.mov\ndamaged\t" + list.native() + "\n");
+        writeFile(tree / "a.mov", "a");
+        const auto entered = verify({"--quiet", "--mhl"}, tree);
+        EXPECT_EQ(entered.exitCode, 0) << entered.standardOutput << entered.standardError;
+        EXPECT_EQ(History::load(RootFolder(tree)).generations().size(), generations + 1);
+    }
+    // What an offload left in that way is none of what it proved.
+    const auto root = offload("--mhl");
+    std::filesystem::remove(root / "ascmhl/ascmhl_chain.xml");
+    for (const auto* const option : {"--quiet", "--mhl"}) {
+        const auto refused = verify({option}, root);
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_THAT(refused.standardError, HasSubstr("copy the card again"));
+    }
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Platform/Text.h"
+#include "support/Files.h"
+#include "support/Process.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace slatewise::test {
+
+/// A verified session of a card with odd names, and the program that checks it again.
+class VerifyProgram : public ::testing::Test {
+protected:
+    VerifyProgram() {
+        writeFile(folder / "A001/CLIP/a.mov", bytesOf(2'000'001));
+        writeFile(folder / "A001/CLIP/Şarkı ğ.wav", "ses");
+        writeFile(folder / "A001/line\nend", "odd");
+        writeFile(folder / "A001/bad \xff", "bytes");
+        std::filesystem::create_directory(folder / "Disk");
+    }
+
+    ProcessResult program(const std::string& name, std::vector<std::string> words) {
+        words.insert(words.begin(), (programsFolder() / name).native());
+        return run(words, userIn(folder / "user"));
+    }
+
+    /// A fresh session; gives its folder, and notes that of its reports and what was told.
+    std::filesystem::path offload(const std::string& option = "--quiet", int exitCode = 0) {
+        const auto result = program("slatewise-offload",
+                                    {option, "--quiet", "--to", folder / "Disk", folder / "A001"});
+        EXPECT_EQ(result.exitCode, exitCode) << result.standardError;
+        told = result.standardError;
+        // Where nothing was copied, the field between the two is empty.
+        const auto& line = result.standardOutput;
+        const auto first = line.find('\t');
+        const auto last = line.rfind('\t');
+        reports = std::filesystem::path(Text::trimmed(line.substr(last + 1)));
+        copy = std::filesystem::path(line.substr(first + 1, last - first - 1));
+        return copy;
+    }
+
+    TemporaryFolder folder;
+    std::filesystem::path reports;
+    std::filesystem::path copy;
+    std::string told;
+};
+
+} // namespace slatewise::test
