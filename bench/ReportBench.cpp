@@ -1,4 +1,5 @@
 #include "Benches.h"
+#include "Offload/ReportNames.h"
 #include "Scratch.h"
 
 #include "Platform/Files/FileSystem.h"
@@ -110,38 +111,38 @@ void benchReports(const std::filesystem::path& folder) {
         {"(the manifest in memory)",
          [](const auto&) {
          }},
-        {"manifest.json",
+        {ReportNames::manifest,
          [&](const auto& manifest) {
              root.writeAtomically("file",
                                   [&](const auto& put) { ReportWriter::isoEncode(manifest, put); });
          }},
-        {"inventory.csv",
+        {ReportNames::inventory,
          [&](const auto& manifest) {
              root.write("file", [&](const auto& put) {
                  ReportWriter::inventoryCSV(manifest, kLanguage, put);
              });
          }},
-        {"checksums.sha256",
+        {ReportNames::checksums,
          [&](const auto& manifest) {
              root.write("file",
                         [&](const auto& put) { ReportWriter::checksumList(manifest, put); });
          }},
-        {"Reports_Standart.html",
+        {ReportNames::standardPage,
          [&](const auto& manifest) {
              SessionHTML::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                 kLanguage);
          }},
-        {"Reports_Detailed.html",
+        {ReportNames::detailedPage,
          [&](const auto& manifest) {
              SessionDetailedHTML::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                         kLanguage);
          }},
-        {"Reports_Standart.pdf",
+        {ReportNames::standardPDF,
          [&](const auto& manifest) {
              SessionPDF::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                kLanguage);
          }},
-        {"Reports_Detailed.pdf",
+        {ReportNames::detailedPDF,
          [&](const auto& manifest) {
              SessionDetailedPDF::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                        kLanguage);

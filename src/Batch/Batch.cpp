@@ -7,6 +7,7 @@
 #include "Batch/Waiting.h"
 #include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
+#include "Offload/ReportNames.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -299,7 +300,7 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         }
         result.reportFolder = onDestination.empty() ? inArchive : onDestination;
         if (!shown.empty())
-            result.page = shown / "Reports_Standart.html";
+            result.page = shown / ReportNames::standardPage;
     });
     if (!co_await leaving)
         giveUp(*work, work->isCopyComplete(runStatus) ? OffloadProblem::Kind::ReportsNotAwaited

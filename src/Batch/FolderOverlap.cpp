@@ -2,6 +2,7 @@
 
 #include "Language/L10n.h"
 #include "Offload/FolderTemplate.h"
+#include "Offload/ReportNames.h"
 #include "Platform/Disks/MountTable.h"
 #include "Platform/Text.h"
 #include "Storage/SupportPaths.h"
@@ -82,7 +83,7 @@ std::optional<std::string> find(const BatchPlan& plan, Instant now) {
         const auto cardName = Text::displayable(pair.card.name());
         const auto destinationName = Text::displayable(pair.destination.name());
         // A link may have taken the place of the folder that the reports go to.
-        if (contains(card, destination) || contains(card, destination / "reports"))
+        if (contains(card, destination) || contains(card, destination / ReportNames::folder))
             return plan.l10n().destinationInsideCard(destinationName, cardName);
         if (contains(card, archive))
             return plan.l10n().archiveInsideCard(Text::displayable(archive.native()), cardName);

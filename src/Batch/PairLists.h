@@ -2,7 +2,7 @@
 
 #include "Batch/BatchPlan.h"
 #include "MediaHashList/TransferLists.h"
-#include "Offload/CopyEngine.h"
+#include "Offload/CopyRequest.h"
 #include "Offload/OffloadRows.h"
 
 #include <functional>
@@ -15,7 +15,8 @@ class PairLists {
 public:
     explicit PairLists(const OffloadSettings& settings);
 
-    /// Has a run compute what the lists need, and tell whether the card brings any. The request refers to this object.
+    /// Has a run compute what the lists need, and tell whether the card brings any. The request
+    /// refers to this object.
     void follow(CopyEngine::Request& request);
 
     /// Holds the card against the lists that it brings, and writes those of the copy. What goes

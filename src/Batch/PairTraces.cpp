@@ -246,7 +246,7 @@ private:
             ReportFolder::removeIfEmpty(disk_, ReportFolder::onDestination(name_));
     }
 
-    SessionTraces sessionTraces() const {
+    SessionFacts sessionFacts() const {
         return {.ekip = pair_.ekip,
                 .reportFolder = folders_.shown.native(),
                 .cardUUID =
@@ -258,7 +258,7 @@ private:
             report({Kind::HistorySetAside, aside->native()});
         try {
             database_.save(outcome_, manifest_.files, pair_.card.facts.volumeName,
-                           pair_.destination.facts.volumeName, pair_.camera, sessionTraces());
+                           pair_.destination.facts.volumeName, pair_.camera, sessionFacts());
         } catch (const std::exception& failure) {
             report(ofStore(Kind::SessionNotStored, failure));
         }

@@ -1,6 +1,7 @@
 #include "Offload/FolderTemplate.h"
 
 #include "Offload/OffloadSettings.h"
+#include "Offload/ReportNames.h"
 #include "Platform/Text.h"
 #include "Platform/Uuid.h"
 
@@ -78,7 +79,7 @@ std::optional<std::filesystem::path> belowDestination(const std::filesystem::pat
     if (!below.has_filename())
         below = below.parent_path();
     // Some disks take "Reports" for the same.
-    const bool isReports = Text::asciiLowercased(below.native()) == "reports";
+    const bool isReports = Text::asciiLowercased(below.native()) == ReportNames::folder;
     if (below.empty() || below == "." || *below.begin() == ".." || isReports)
         return std::nullopt;
     return below;

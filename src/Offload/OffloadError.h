@@ -39,7 +39,8 @@ public:
     using Reason = std::variant<SizeMismatch, InsufficientSpace, CardGone, DiskReplaced,
                                 TemplateLeadsOut, MissingSelection>;
 
-    explicit OffloadError(Reason reason) : SpokenError("offload failed"), reason_(std::move(reason)) {}
+    explicit OffloadError(Reason reason)
+        : SpokenError("offload failed"), reason_(std::move(reason)) {}
 
     const Reason& reason() const noexcept { return reason_; }
 

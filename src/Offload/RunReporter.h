@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Offload/CopyEngine.h"
+#include "Offload/CopyRequest.h"
 
 #include <exception>
 #include <string>

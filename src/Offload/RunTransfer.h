@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Offload/CopyEngine.h"
+#include "Offload/CopyRequest.h"
 #include "Offload/RunReporter.h"
 #include "Offload/SHA256Hasher.h"
 #include "Offload/Transfer.h"

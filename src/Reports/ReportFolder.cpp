@@ -1,5 +1,6 @@
 #include "Reports/ReportFolder.h"
 
+#include "Offload/ReportNames.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
@@ -13,8 +14,6 @@
 namespace slatewise::ReportFolder {
 
 namespace {
-
-constexpr auto* kReports = "reports";
 
 constexpr std::size_t kPersonLimit = 24;
 constexpr std::size_t kCardLimit = 40;
@@ -190,7 +189,7 @@ void removeLeftovers(const RootFolder& archive,
     }
     for (const auto& destination : destinations) {
         try {
-            removeUnfinishedIn(destination->below(kReports));
+            removeUnfinishedIn(destination->below(ReportNames::folder));
         } catch (const std::exception&) {
             // As above, or no reports were left there yet.
         }
@@ -251,7 +250,7 @@ void remove(const RootFolder& root, const std::filesystem::path& set) noexcept {
 }
 
 std::filesystem::path onDestination(const std::string& name) {
-    return std::filesystem::path(kReports) / name;
+    return std::filesystem::path(ReportNames::folder) / name;
 }
 
 bool isOpaqueSessionID(std::string_view name) {
@@ -264,7 +263,7 @@ bool isOpaqueSessionID(std::string_view name) {
 }
 
 std::filesystem::path destinationReportsRoot(const std::filesystem::path& mountPoint) {
-    return mountPoint / kReports;
+    return mountPoint / ReportNames::folder;
 }
 
 } // namespace slatewise::ReportFolder

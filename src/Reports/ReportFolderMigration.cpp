@@ -1,3 +1,4 @@
+#include "Offload/ReportNames.h"
 #include "Platform/Disks/MountTable.h"
 #include "Platform/Error.h"
 #include "Reports/ManifestBytes.h"
@@ -57,14 +58,14 @@ void putClaimed(const RootFolder& from, const RootFolder& destination,
 /// Two sessions may bear one name: two machines that write to one disk know nothing of each other.
 /// Fails when that cannot be told.
 bool holdsAnother(const RootFolder& set, const SessionManifest& manifest) {
-    if (!set.exists("manifest.json"))
+    if (!set.exists(ReportNames::manifest))
         return false;
-    ManifestBytes bytes({set, "manifest.json"});
+    ManifestBytes bytes({set, ReportNames::manifest});
     return ReportWriter::isoDecodeHead(bytes).sessionID != manifest.sessionID;
 }
 
 void migrateFolder(const RootFolder& root, const std::string& folder) {
-    ManifestBytes bytes({root, std::filesystem::path(folder) / "manifest.json"});
+    ManifestBytes bytes({root, std::filesystem::path(folder) / ReportNames::manifest});
     const auto manifest = ReportWriter::isoDecodeHead(bytes);
     const auto name = uniqueName(displayName(manifest.startedAt, manifest.card.ekip,
                                              manifest.card.camera, manifest.card.name),

@@ -1,6 +1,7 @@
 #include "Reports/ReportWriter.h"
 
 #include "Language/L10n.h"
+#include "Offload/ReportNames.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Files/FileCopy.h"
 #include "Platform/Files/FileSystem.h"
@@ -101,10 +102,11 @@ SessionManifest buildManifest(const OffloadOutcome& outcome, std::vector<FileCop
 
 void writeLists(const SessionManifest& manifest, const RootFolder& folder, AppLanguage language) {
     using FileSystem::TextSink;
-    folder.writeAtomically("manifest.json", [&](const TextSink& put) { isoEncode(manifest, put); });
-    folder.write("inventory.csv",
+    folder.writeAtomically(ReportNames::manifest,
+                           [&](const TextSink& put) { isoEncode(manifest, put); });
+    folder.write(ReportNames::inventory,
                  [&](const TextSink& put) { inventoryCSV(manifest, language, put); });
-    folder.write("checksums.sha256", [&](const TextSink& put) { checksumList(manifest, put); });
+    folder.write(ReportNames::checksums, [&](const TextSink& put) { checksumList(manifest, put); });
     folder.sync();
 }
 
@@ -113,10 +115,10 @@ void writePages(const SessionManifest& manifest, const RootFolder& folder, AppLa
         const char* name;
         decltype(&SessionHTML::write) write;
     } kPages[] = {
-        {"Reports_Standart.html", SessionHTML::write},
-        {"Reports_Standart.pdf", SessionPDF::write},
-        {"Reports_Detailed.html", SessionDetailedHTML::write},
-        {"Reports_Detailed.pdf", SessionDetailedPDF::write},
+        {ReportNames::standardPage, SessionHTML::write},
+        {ReportNames::standardPDF, SessionPDF::write},
+        {ReportNames::detailedPage, SessionDetailedHTML::write},
+        {ReportNames::detailedPDF, SessionDetailedPDF::write},
     };
     const auto tree = ReportTree::build(manifest.files);
     // Each of them waits for those begun when it goes.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Language/AppLanguage.h"
+#include "Offload/ReportNames.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/RootFolder.h"
 #include "Reports/ManifestJSON.h"
@@ -20,9 +21,9 @@ namespace slatewise::ReportWriter {
 
 /// The files of a set, in the order in which they are written and copied.
 inline constexpr std::array<std::string_view, 7> fileNames = {
-    "manifest.json",         "inventory.csv",        "checksums.sha256",
-    "Reports_Standart.html", "Reports_Standart.pdf", "Reports_Detailed.html",
-    "Reports_Detailed.pdf",
+    ReportNames::manifest,     ReportNames::inventory,   ReportNames::checksums,
+    ReportNames::standardPage, ReportNames::standardPDF, ReportNames::detailedPage,
+    ReportNames::detailedPDF,
 };
 
 /// The record of a session. `files` are the outcome's rows, of which there may be too many to be

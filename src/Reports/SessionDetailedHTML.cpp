@@ -1,6 +1,7 @@
 #include "Reports/SessionDetailedHTML.h"
 
 #include "Language/L10n.h"
+#include "Offload/ReportNames.h"
 #include "Offload/TimecodeFormat.h"
 #include "Platform/Files/FileSystem.h"
 #include "Reports/EssenceText.h"
@@ -35,7 +36,7 @@ public:
         : HtmlReport(language), common_(common) {}
 
 protected:
-    std::string_view name() const override { return "Reports_Detailed"; }
+    std::string_view name() const override { return ReportNames::detailed; }
     std::string_view style() const override { return HtmlStyle::detailed; }
     std::string_view footerNote() const override { return " · Reports_Detailed"; }
 

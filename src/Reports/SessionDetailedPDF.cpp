@@ -1,6 +1,7 @@
 #include "Reports/SessionDetailedPDF.h"
 
 #include "Language/L10n.h"
+#include "Offload/ReportNames.h"
 #include "Platform/AppInfo.h"
 #include "Reports/PdfProblems.h"
 #include "Reports/ReportText.h"
@@ -15,7 +16,7 @@ namespace {
 
 using namespace PdfReport;
 
-constexpr std::string_view kName = "Reports_Detailed";
+constexpr std::string_view kName = ReportNames::detailed;
 
 constexpr double kTableLeft = 7;
 constexpr double kTableWidth = 828;

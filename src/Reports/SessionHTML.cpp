@@ -1,6 +1,7 @@
 #include "Reports/SessionHTML.h"
 
 #include "Language/L10n.h"
+#include "Offload/ReportNames.h"
 #include "Offload/TimecodeFormat.h"
 #include "Platform/Files/FileSystem.h"
 #include "Reports/HtmlReport.h"
@@ -37,7 +38,7 @@ public:
     using HtmlReport::HtmlReport;
 
 protected:
-    std::string_view name() const override { return "Reports_Standart"; }
+    std::string_view name() const override { return ReportNames::standard; }
     std::string_view style() const override { return HtmlStyle::standard; }
 
     std::vector<L10n::Text> columnTitles() const override {

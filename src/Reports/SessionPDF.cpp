@@ -2,6 +2,7 @@
 
 #include "Language/L10n.h"
 #include "Offload/PathSize.h"
+#include "Offload/ReportNames.h"
 #include "Offload/TimecodeFormat.h"
 #include "Platform/AppInfo.h"
 #include "Reports/PdfProblems.h"
@@ -18,7 +19,7 @@ namespace {
 
 using namespace PdfReport;
 
-constexpr std::string_view kName = "Reports_Standart";
+constexpr std::string_view kName = ReportNames::standard;
 
 constexpr double kTableLeft = 8;
 constexpr double kTableWidth = 826;

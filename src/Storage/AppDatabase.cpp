@@ -187,7 +187,7 @@ std::filesystem::path AppDatabase::file() const {
 
 void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
                        const std::string& cardName, const std::string& destName,
-                       const std::string& camera, const SessionTraces& traces) {
+                       const std::string& camera, const SessionFacts& facts) {
     const auto sessionID = outcome.sessionID.text();
     const std::string event =
         outcome.status == OutcomeStatus::Verified ? "offload_verified" : "offload_failed";
@@ -199,7 +199,7 @@ void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyRe
         insertActivity(database, sessionID, event, detail);
         SQLite::Statement insert(database, "INSERT INTO session_traces (sessionID, ekip, "
                                            "reportFolder, cardUUID) VALUES (?, ?, ?, ?)");
-        Binder(insert) << sessionID << traces.ekip << traces.reportFolder << traces.cardUUID;
+        Binder(insert) << sessionID << facts.ekip << facts.reportFolder << facts.cardUUID;
         insert.exec();
     });
 }

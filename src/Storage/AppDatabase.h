@@ -69,7 +69,7 @@ public:
     /// queued, a check and an activity.
     void save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
               const std::string& cardName, const std::string& destName, const std::string& camera,
-              const SessionTraces& traces = {});
+              const SessionFacts& facts = {});
 
     /// Verified sessions of a card with that file system, or of so many bytes; latest first. An
     /// empty UUID is none. Left out are those of which the last check found differences.

@@ -27,7 +27,7 @@ struct SessionRecord {
 };
 
 /// What a session is known by beyond its outcome; each may be empty.
-struct SessionTraces {
+struct SessionFacts {
     /// Who shot it.
     std::string ekip{};
     /// Where its reports are.

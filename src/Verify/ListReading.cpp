@@ -2,6 +2,7 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/ListError.h"
+#include "Offload/ReportNames.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Reports/ManifestJSON.h"
@@ -218,7 +219,7 @@ bool isChecksumList(const std::filesystem::path& file) {
 }
 
 void addReports(const ReportSet& set, ListedTree& tree) {
-    if (const auto list = set.folder / kChecksums; FileSystem::exists(list)) {
+    if (const auto list = set.folder / ReportNames::checksums; FileSystem::exists(list)) {
         readOrTell(tree, list, [&] {
             const auto text = addChecksums(list, set.prefix, tree);
             if (set.manifest)
@@ -227,7 +228,7 @@ void addReports(const ReportSet& set, ListedTree& tree) {
     }
     if (!set.manifest)
         return;
-    const auto list = set.folder / kManifest;
+    const auto list = set.folder / ReportNames::manifest;
     readOrTell(tree, list, [&] { addManifest(set, list, tree); });
 }
 

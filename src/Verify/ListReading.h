@@ -12,11 +12,6 @@
 /// Reads lists of each kind into what is known of a tree. Everything blocks its caller.
 namespace slatewise::Verify {
 
-inline constexpr std::string_view kManifest = "manifest.json";
-inline constexpr std::string_view kChecksums = "checksums.sha256";
-/// The folder of all sets, at the root of a disk.
-inline constexpr std::string_view kReports = "reports";
-
 /// One session's reports, as far as a check has use for them.
 struct ReportSet {
     std::filesystem::path folder;

@@ -2,6 +2,7 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/ListError.h"
+#include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
@@ -58,7 +59,7 @@ bool mayBeOf(const std::filesystem::path& session, const std::filesystem::path& 
     if (set.filename().native().find(card) != std::string::npos)
         return true;
     try {
-        const auto names = namesIn(set / kChecksums);
+        const auto names = namesIn(set / ReportNames::checksums);
         return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
             return MediaHashList::leadsDown(name) && FileSystem::exists(session / name);
         });
@@ -99,16 +100,17 @@ std::optional<std::string> placeOf(const SessionManifest& manifest,
 
 /// A set may be in work; it has a manifest last.
 bool hasList(const std::filesystem::path& set) {
-    return FileSystem::exists(set / kManifest) ||
-           (FileSystem::exists(set / kChecksums) && !set.filename().native().starts_with('.'));
+    return FileSystem::exists(set / ReportNames::manifest) ||
+           (FileSystem::exists(set / ReportNames::checksums) &&
+            !set.filename().native().starts_with('.'));
 }
 
 void seekReports(const std::filesystem::path& disk, ListedTree& tree, FoundReports& found) {
-    if (!isFolder(disk / kReports))
+    if (!isFolder(disk / ReportNames::folder))
         return;
-    for (const auto& name : RootFolder(disk / kReports).names()) {
-        const auto set = disk / kReports / name;
-        const auto list = set / kManifest;
+    for (const auto& name : RootFolder(disk / ReportNames::folder).names()) {
+        const auto set = disk / ReportNames::folder / name;
+        const auto list = set / ReportNames::manifest;
         if (set == tree.root || !isFolder(set) || !hasList(set))
             continue;
         try {
@@ -136,7 +138,7 @@ FoundReports reportsAbove(ListedTree& tree) {
     FoundReports found;
     for (auto disk = tree.root; disk != disk.parent_path();) {
         disk = disk.parent_path();
-        readOrTell(tree, disk / kReports, [&] { seekReports(disk, tree, found); });
+        readOrTell(tree, disk / ReportNames::folder, [&] { seekReports(disk, tree, found); });
     }
     return found;
 }
@@ -163,8 +165,8 @@ const ReportSet* ofRoot(const std::vector<ReportSet>& sets) {
 /// The set in a folder. Fails when its manifest cannot be read.
 ReportSet setIn(const std::filesystem::path& folder) {
     ReportSet set{folder, {}};
-    if (FileSystem::exists(folder / kManifest))
-        set.manifest = readManifest(folder / kManifest);
+    if (FileSystem::exists(folder / ReportNames::manifest))
+        set.manifest = readManifest(folder / ReportNames::manifest);
     return set;
 }
 
@@ -175,7 +177,7 @@ void takeHold(ListedTree& tree, HeldFolder folder) {
 
 void refuseHashesOnly(const ReportSet& set) {
     if (isOfHashesOnly(*set.manifest))
-        throw ListError(Reason::OnlyHashes, {}, set.folder / kManifest);
+        throw ListError(Reason::OnlyHashes, {}, set.folder / ReportNames::manifest);
 }
 
 /// Adds a set that was named, and finds the tree that it is of. Only the manifest knows where that
@@ -195,9 +197,10 @@ ReportSet addNamedReports(ReportSet set, ListedTree& tree) {
 
 /// The set that a folder itself is, where no other list is of it.
 std::optional<ReportSet> setThatIs(const std::filesystem::path& folder, const ListedTree& tree) {
-    const auto checksums = folder / kChecksums;
+    const auto checksums = folder / ReportNames::checksums;
     const bool hasChecksums = FileSystem::exists(checksums);
-    const bool isNamedAsReports = FileSystem::exists(folder / kManifest) || hasChecksums;
+    const bool isNamedAsReports =
+        FileSystem::exists(folder / ReportNames::manifest) || hasChecksums;
     if (!isNamedAsReports || !tree.lists.empty() || !tree.troubles.empty())
         return std::nullopt;
     // A card may bring files that are only named as ours are.
@@ -266,7 +269,7 @@ void complete(ListedTree& tree, const std::vector<ReportSet>& sets, const std::s
 
 void requireSession(const ReportSet& set, const StoredSession& session) {
     if (set.manifest->sessionID != session.id)
-        throw ListError(Reason::OtherSession, {}, set.folder / kManifest);
+        throw ListError(Reason::OtherSession, {}, set.folder / ReportNames::manifest);
 }
 
 /// The reports on the disk, beside a set of the archive. Whoever wrote there later put another copy
@@ -299,7 +302,7 @@ ListedTree findLists(const std::filesystem::path& given, const std::stop_token& 
     if (isFolder(path)) {
         sets = addListsOfFolder(path, tree);
     } else {
-        if (path.filename() != kManifest && path.filename() != kChecksums)
+        if (path.filename() != ReportNames::manifest && path.filename() != ReportNames::checksums)
             throw ListError(Reason::UnknownFile, {}, path);
         sets.push_back(addNamedReports(setIn(path.parent_path()), tree));
     }
@@ -311,7 +314,7 @@ ListedTree findListsOf(const StoredSession& session, const std::stop_token& stop
     ListedTree tree;
     std::vector<ReportSet> sets;
     const bool isArchived =
-        !session.reports.empty() && FileSystem::exists(session.reports / kManifest);
+        !session.reports.empty() && FileSystem::exists(session.reports / ReportNames::manifest);
     if (isArchived) {
         sets.push_back(setIn(session.reports));
         refuseHashesOnly(sets.front());

@@ -2,6 +2,7 @@
 
 #include "MediaHashList/Generation.h"
 #include "MediaHashList/ListError.h"
+#include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DiskInfo.h"
 #include "Platform/Error.h"
@@ -48,7 +49,7 @@ std::string volumeUUID(const std::filesystem::path& path) {
 
 SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder) {
     const auto parent = reportFolder.parent_path();
-    if (parent.filename() != kReports)
+    if (parent.filename() != ReportNames::folder)
         return {folderWhereMade(manifest), true};
     if (auto folder = folderBelow(parent.parent_path(), belowDisk(manifest)))
         return {std::move(folder), false};

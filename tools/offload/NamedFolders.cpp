@@ -2,6 +2,7 @@
 
 #include "Language/L10n.h"
 #include "Offload/OffloadError.h"
+#include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
@@ -70,7 +71,7 @@ bool hasReportSets(const std::filesystem::path& folder) {
     std::filesystem::directory_iterator set(ReportFolder::destinationReportsRoot(folder), failure);
     while (!failure && set != std::filesystem::directory_iterator()) {
         std::error_code hidden;
-        if (std::filesystem::exists(set->path() / "manifest.json", hidden))
+        if (std::filesystem::exists(set->path() / ReportNames::manifest, hidden))
             return true;
         set.increment(failure);
     }

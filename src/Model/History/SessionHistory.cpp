@@ -4,6 +4,7 @@
 #include "Language/L10n.h"
 #include "Model/Volumes/FolderPresence.h"
 #include "Offload/PathSize.h"
+#include "Offload/ReportNames.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
@@ -187,7 +188,7 @@ void SessionHistory::choose(const QString& sessionID) {
 
 void SessionHistory::showReport() {
     if (const auto* session = chosen())
-        openReport(this, std::filesystem::path(session->reportFolder) / "Reports_Standart.html");
+        openReport(this, std::filesystem::path(session->reportFolder) / ReportNames::standardPage);
 }
 
 void SessionHistory::showFolder() {

@@ -4,6 +4,7 @@
 #include "Model/FolderChooser.h"
 #include "Model/QtText.h"
 #include "Model/Volumes/FolderPresence.h"
+#include "Offload/ReportNames.h"
 #include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Storage/AppLog.h"
@@ -67,7 +68,7 @@ QCoro::Task<> ReportsFolder::showArchive(QPointer<ReportsFolder> self) {
 }
 
 void ReportsFolder::revealReports(const SessionRecord& session) {
-    showReportsOf(this, std::filesystem::path(session.sessionRoot) / "reports");
+    showReportsOf(this, std::filesystem::path(session.sessionRoot) / ReportNames::folder);
 }
 
 /// The session's disk may be gone, or take its time.
