@@ -102,6 +102,8 @@ void drawIdentity(PdfCanvas& canvas, const SessionSummary& summary, double top) 
 
 void write(const SessionManifest& manifest, const FileBeneath& file, AppLanguage language,
            const std::function<void(PdfCanvas&)>& draw) {
+    // First of all: why an old file cannot go is told as the disk says it.
+    file.folder.removeFile(file.relative);
     auto canvas = open(manifest, file, language);
     try {
         draw(canvas);

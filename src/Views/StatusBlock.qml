@@ -25,7 +25,7 @@ Rectangle {
                                : DITTheme.dark ? DITTheme.dangerText : DITTheme.danger
     readonly property bool settled: succeeded || hashed || failed
     // More is for the sheet.
-    readonly property int mostPairs: tight ? 0 : compact && failed ? 3 : 4
+    readonly property int mostPairs: tight ? 0 : compact && (failed || batch.problems.count > 0) ? 3 : 4
     // A green batch with a note is never shown as if it had none.
     readonly property int mostProblems: tight ? 0 : !compact ? 3 : failed ? 0 : 1
     readonly property int untold: !batch.hasVerdict ? 0 : Math.max(0, batch.pairs.count - mostPairs)

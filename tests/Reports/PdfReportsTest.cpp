@@ -134,7 +134,7 @@ TEST_F(PdfReports, PagesTakeTheRowsThatHaveRoom) {
     std::string tall = "b";
     for (int line = 0; line < 70; ++line)
         tall += "\nb";
-    add(tall);
+    add("b.mov").media.edit().essence.emplace().codec = tall;
     add("c.mov");
     EXPECT_THAT(rowsByPage(write(kDetailed)), ElementsAre(1, 1, 1)) << "no row is split";
 }
@@ -160,7 +160,7 @@ TEST_F(PdfReports, DetailedRowsAreAsHighAsTheirLines) {
     auto& bare = add("clips/bare.mov");
     bare.mtime.reset();
     bare.sourceSHA256.reset();
-    add("clips/four\nlines\nof\nname.mov");
+    add("clips/four.mov").media.edit().essence.emplace().codec = "four\nlines\nof\nfacts";
     const auto rows =
         SessionDetailedPDF::flatten(ReportTree::build(manifest.files), {}, "A001", kTurkish, 0);
     ASSERT_THAT(rows, SizeIs(4));

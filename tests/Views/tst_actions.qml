@@ -274,7 +274,8 @@ ViewCase {
         const note = Array.from(find("problems").children).find(line => line.text)
         verify(find("problems").visible && note.visible && note.text.startsWith("The link LINKS/0"))
         verify(Qt.colorEqual(note.color, DITTheme.warningText))
-        verify(find("showOutcome").visible && find("untold").text === "and 1 more")
+        verify(find("showOutcome").visible && find("untold").text === "and 2 more")
+        verify(find("picker").mapToItem(root, 0, find("picker").height).y <= find("status").y, "nor with notes")
         test.width = 984
         test.height = 900
     }

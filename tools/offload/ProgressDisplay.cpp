@@ -100,14 +100,12 @@ struct Words {
     std::string file;
 };
 
-Words wordsFor(const OffloadPhase& phase, const Texts& texts, bool isHashing) {
+Words wordsFor(const OffloadPhase& phase, const Texts& texts) {
     if (const auto* copying = std::get_if<Phase::Copying>(&phase))
         return {texts.copying(copying->done, copying->total), Text::visible(copying->file)};
     if (const auto* verifying = std::get_if<Phase::Verifying>(&phase)) {
         // People count files from one.
-        const int number = std::min(verifying->done + 1, verifying->total);
-        return {isHashing ? texts.hashing(number, verifying->total)
-                          : texts.verifying(number, verifying->total),
+        return {texts.verifying(std::min(verifying->done + 1, verifying->total), verifying->total),
                 Text::visible(verifying->file)};
     }
     return {std::string(texts.shared.scanning()), ""};
@@ -115,9 +113,9 @@ Words wordsFor(const OffloadPhase& phase, const Texts& texts, bool isHashing) {
 
 } // namespace
 
-ProgressDisplay::ProgressDisplay(const Texts& texts, Output output, bool isHashing)
-    : texts_(texts), isSilent_(output == Output::ErrorsOnly), isHashing_(isHashing),
-      isTerminal_(::isatty(STDERR_FILENO)), shownKind_(std::variant_npos) {}
+ProgressDisplay::ProgressDisplay(const Texts& texts, Output output)
+    : texts_(texts), isSilent_(output == Output::ErrorsOnly), isTerminal_(::isatty(STDERR_FILENO)),
+      shownKind_(std::variant_npos) {}
 
 void ProgressDisplay::setLabel(std::string label) {
     const std::lock_guard guard(lock_);
@@ -145,7 +143,7 @@ void ProgressDisplay::show(const OffloadPhase& phase) {
 std::string ProgressDisplay::line(const OffloadPhase& phase,
                                   std::chrono::steady_clock::time_point now) {
     const double fraction = fractionOf(phase);
-    const auto words = wordsFor(phase, texts_, isHashing_);
+    const auto words = wordsFor(phase, texts_);
     std::vector<std::string> parts = {fmt::format("{:3.0f}%", std::floor(100 * fraction))};
     if (const auto left = timeLeft_.update(phase, now))
         parts.push_back(texts_.shared.timeLeft(clockText(*left)));

@@ -18,8 +18,7 @@ namespace slatewise::tool {
 /// names hold cannot act on the terminal, and each line goes out whole. Any thread.
 class ProgressDisplay {
 public:
-    /// `isHashing` says that nothing is copied.
-    ProgressDisplay(const Texts& texts, Output output, bool isHashing);
+    ProgressDisplay(const Texts& texts, Output output);
 
     /// Text before every line from here on, such as which pair of a batch is at work.
     void setLabel(std::string label);
@@ -42,7 +41,6 @@ private:
 
     const Texts& texts_;
     const bool isSilent_;
-    const bool isHashing_;
     const bool isTerminal_;
     std::mutex lock_;
     std::string label_;

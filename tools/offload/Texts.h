@@ -40,8 +40,6 @@ public:
 
     std::string copying(int number, int count) const;
     std::string verifying(int number, int count) const;
-    /// The same where nothing is copied.
-    std::string hashing(int number, int count) const;
     std::string_view stopping() const;
 
     // What became of it.

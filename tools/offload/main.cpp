@@ -101,7 +101,7 @@ void tellOfChoices(const tool::Order& order, const tool::Texts& texts,
 int offload(tool::Arguments arguments, const tool::Interruption& interruption) {
     const auto stop = interruption.token();
     const tool::Texts texts(languageFor(arguments));
-    tool::ProgressDisplay display(texts, arguments.output, arguments.hashOnly);
+    tool::ProgressDisplay display(texts, arguments.output);
     const std::stop_callback stopping(stop, [&] { display.note(texts.stopping()); });
 
     tool::Order order{.settings = settingsFor(arguments),
