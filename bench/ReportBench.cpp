@@ -1,5 +1,4 @@
 #include "Benches.h"
-#include "Offload/ReportNames.h"
 #include "Scratch.h"
 
 #include "Platform/Files/FileSystem.h"
@@ -111,38 +110,38 @@ void benchReports(const std::filesystem::path& folder) {
         {"(the manifest in memory)",
          [](const auto&) {
          }},
-        {ReportNames::manifest,
+        {"manifest.json",
          [&](const auto& manifest) {
              root.writeAtomically("file",
                                   [&](const auto& put) { ReportWriter::isoEncode(manifest, put); });
          }},
-        {ReportNames::inventory,
+        {"inventory.csv",
          [&](const auto& manifest) {
              root.write("file", [&](const auto& put) {
                  ReportWriter::inventoryCSV(manifest, kLanguage, put);
              });
          }},
-        {ReportNames::checksums,
+        {"checksums.sha256",
          [&](const auto& manifest) {
              root.write("file",
                         [&](const auto& put) { ReportWriter::checksumList(manifest, put); });
          }},
-        {ReportNames::standardPage,
+        {"Reports_Standart.html",
          [&](const auto& manifest) {
              SessionHTML::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                 kLanguage);
          }},
-        {ReportNames::detailedPage,
+        {"Reports_Detailed.html",
          [&](const auto& manifest) {
              SessionDetailedHTML::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                         kLanguage);
          }},
-        {ReportNames::standardPDF,
+        {"Reports_Standart.pdf",
          [&](const auto& manifest) {
              SessionPDF::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                kLanguage);
          }},
-        {ReportNames::detailedPDF,
+        {"Reports_Detailed.pdf",
          [&](const auto& manifest) {
              SessionDetailedPDF::write(manifest, ReportTree::build(manifest.files), {root, "file"},
                                        kLanguage);

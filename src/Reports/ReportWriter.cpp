@@ -61,7 +61,7 @@ ManifestCounts count(std::span<const ManifestFile> files, std::int64_t bytesCopi
             .bytesCopied = bytesCopied};
 }
 
-void removeIfPossible(const RootFolder& folder, const char* name) noexcept {
+void removeIfPossible(const RootFolder& folder, std::string_view name) noexcept {
     try {
         folder.removeFile(name);
     } catch (const std::exception&) {
@@ -112,7 +112,7 @@ void writeLists(const SessionManifest& manifest, const RootFolder& folder, AppLa
 
 void writePages(const SessionManifest& manifest, const RootFolder& folder, AppLanguage language) {
     constexpr struct {
-        const char* name;
+        std::string_view name;
         decltype(&SessionHTML::write) write;
     } kPages[] = {
         {ReportNames::standardPage, SessionHTML::write},
