@@ -122,7 +122,7 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
         {{{Kind::DiskSilent, "D"}}, kOther, false, "", "Connect the disk again, "},
         {{{Kind::CopyDiffers, "a"}}, kOther, false, "", "Do not wipe the card. Copy it again, preferably to another"},
         {{{Kind::PagesNotWritten, "D"}, {Kind::ReportsOutdated, "D"}, {Kind::CopyDiffers, "a"}}, kOther, false, "The copy of a differs from the card. Card was left mounted.", "Do not wipe the card. Copy it again, preferably to another"},
-        {{OffloadProblem::of(Kind::ReportsNotCopied, "D", noRoom)}, kOther, false, "no room left. Card was left mounted.", "Make room on the disk"},
+        {{OffloadProblem::of(Kind::ReportsNotCopied, "D", noRoom)}, kOther, false, "there is no room left on the disk. Card was left mounted.", "Make room on the disk"},
         {{{Kind::HashingStopped, "a"}}, kOther, true, "", "Do not wipe the card. Press Hash only again; if"},
         {{{Kind::CopyStopped, "a", "", ENOSPC}}, kOther, false, "", "Make room on the disk"},
         {{{Kind::CopyGone, "a"}}, kOther, true, "", "Do not wipe the card. Press Hash only to try again."},

@@ -79,9 +79,9 @@ TEST_F(ServiceProfile, WhatIsMalformedCountsAsNoneAndIsNamedOnce) {
     ServiceProfileFile profile(file.parent_path());
     const std::string token = std::string("\"presenceToken\":\"") + kToken + "\"";
     const std::pair<std::string, const char*> cases[] = {
-        {"{" + token, "no JSON object"},
-        {"[\"" + std::string(kToken) + "\"]", "no JSON object"},
-        {"", "no JSON object"},
+        {"{" + token, "not a JSON object"},
+        {"[\"" + std::string(kToken) + "\"]", "not a JSON object"},
+        {"", "not a JSON object"},
         {"{" + token + R"(,"saasAPIURL":"x"})", "\"accountID\" is not text"},
         {"{" + token + R"(,"saasAPIURL":"x","accountID":7})", "\"accountID\" is not text"},
         {R"({"saasAPIURL":"x","accountID":"a"})", "\"presenceToken\" is not text"},

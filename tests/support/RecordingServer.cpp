@@ -109,8 +109,10 @@ std::vector<ReceivedRequest> RecordingServer::requests() const {
 }
 
 std::vector<std::string> RecordingServer::paths() const {
+    // Asked again and again by who waits, and bodies may be large.
+    const std::lock_guard guard(lock_);
     std::vector<std::string> paths;
-    for (const auto& request : requests())
+    for (const auto& request : requests_)
         paths.push_back(Text::replaced(request.line, "POST /api/", ""));
     return paths;
 }
