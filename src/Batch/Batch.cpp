@@ -106,7 +106,7 @@ struct Batch::PairWork {
     bool isCopyComplete(std::optional<OutcomeStatus> runStatus) const {
         const auto problems = mail.problems();
         const auto* known = OffloadProblem::decisive(problems);
-        return runStatus == OutcomeStatus::Verified && (!known || known->isOfReports());
+        return runStatus && endedWell(*runStatus) && (!known || known->isOfReports());
     }
 };
 

@@ -155,6 +155,10 @@ private:
             fail({Kind::DiskReplaced, pair_.destination.name()});
             return false;
         }
+        if (!folders_.inArchive.empty() && !archive_.isStillAtItsPath()) {
+            fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.path().native(),
+                                    PosixError("open", archive_.path(), ENOENT)));
+        }
         if (!copies_)
             return false;
         const auto changes = copies_->findChanged(manifest_.files, outcome_.hashLists, stop_);

@@ -371,8 +371,9 @@ std::string L10n::moreCardFilesNotListed(int files) const {
 
 std::string L10n::moreNamesNotListed(int files) const {
     return isTurkish()
-               ? fmt::format("Adlarını tutamadığı için {} dosya daha hash listesine girmedi.",
-                             files)
+               ? fmt::format(
+                     "Hash listesi adlarını tutamadığı için {} dosya daha dışarıda bırakıldı.",
+                     files)
                : fmt::format(
                      "{} more files were left out of the hash list, which cannot hold their "
                      "names.",

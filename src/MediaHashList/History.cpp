@@ -283,11 +283,15 @@ KnownValues History::known() const {
             if (hasFailed(file))
                 continue;
             for (const auto& value : file.values) {
+                // Two that differ are as good as a thousand: nothing is the same as both.
+                const auto differing =
+                    std::count_if(values.begin(), values.end(),
+                                  [&](const auto& each) { return each.format == value.format; });
                 const bool isKnown =
                     std::any_of(values.begin(), values.end(), [&](const auto& each) {
                         return each.format == value.format && each.value == value.value;
                     });
-                if (!isKnown)
+                if (!isKnown && differing < 2)
                     values.push_back(value);
             }
         }

@@ -115,9 +115,11 @@ std::vector<HashFormat> TransferLists::formatsOf(const std::string& path) const 
 
 std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& outcome) const {
     std::vector<OffloadProblem> problems;
-    for (const auto& [place, failure] : unreadable_)
-        problems.push_back({Kind::CardListNotRead, place.native(),
-                            BothLanguages::of([&](L10n l10n) { return describe(failure, l10n); })});
+    for (const auto& list : unreadable_) {
+        problems.push_back(
+            {Kind::CardListNotRead, list.place.native(),
+             BothLanguages::of([&](L10n l10n) { return describe(list.failure, l10n); })});
+    }
     for (const auto& path : missing_)
         problems.push_back({Kind::ListedFileMissing, path});
     for (const auto& path : unlisted_)
@@ -125,9 +127,10 @@ std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& out
     for (const auto& row : outcome.files) {
         const auto found = known_.find(row.relativePath);
         const auto& source = row.further->source;
-        if (found == known_.end() || source.empty())
+        const bool wasRead = row.action == RowAction::Copy || row.action == RowAction::Hash;
+        if (found == known_.end() || !wasRead)
             continue;
-        if (found->second.empty()) {
+        if (source.empty() || found->second.empty()) {
             problems.push_back({Kind::ListedFileUnproved, row.relativePath});
             continue;
         }

@@ -16,10 +16,13 @@ struct FileDates {
     std::int64_t modified = 0;
     /// Of the last change of whatever kind, which nobody can set.
     timespec changed{};
+    /// Of the file in its file system; 0 where a file has no number of its own.
+    std::uint64_t number = 0;
 
-    static FileDates of(const FileSystem::Attributes& attributes) {
+    /// `haveNumbers` as `FileSystemType::keepsFileNumbers` says.
+    static FileDates of(const FileSystem::Attributes& attributes, bool haveNumbers) {
         return {attributes.exactModified.value_or(timespec{}).tv_sec,
-                attributes.changed.value_or(timespec{})};
+                attributes.changed.value_or(timespec{}), haveNumbers ? attributes.number : 0};
     }
     static FileDates of(const InventoryEntry& entry) {
         return {entry.changes[0], {entry.changes[2], entry.changes[3]}};
@@ -32,10 +35,12 @@ struct FileDates {
         return std::abs(modified - earlier.modified) > kCoarsest;
     }
 
-    /// FAT forgets the date of the last change and shows an earlier one instead.
+    /// FAT forgets the date of the last change and shows an earlier one instead. Another file may
+    /// have come with its folder, which changes no date of the file.
     bool isTouchedSince(const FileDates& earlier) const {
-        return std::tie(changed.tv_sec, changed.tv_nsec) >
-               std::tie(earlier.changed.tv_sec, earlier.changed.tv_nsec);
+        return number != earlier.number ||
+               std::tie(changed.tv_sec, changed.tv_nsec) >
+                   std::tie(earlier.changed.tv_sec, earlier.changed.tv_nsec);
     }
 };
 

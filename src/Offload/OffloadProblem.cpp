@@ -25,16 +25,16 @@ constexpr std::size_t kLongestSubject = 240;
 OffloadProblem OffloadProblem::of(Kind kind, std::string subject, const std::exception& failure,
                                   const std::filesystem::path& file) {
     const auto reasonIn = [&](L10n l10n) {
-        auto reason = describe(failure, l10n);
+        auto words = describe(failure, l10n);
         for (const auto& named : {file.native(), subject}) {
             const auto beginning = Text::legible(named) + ": ";
-            if (!named.empty() && reason.starts_with(beginning))
-                reason.erase(0, beginning.size());
+            if (!named.empty() && words.starts_with(beginning))
+                words.erase(0, beginning.size());
         }
-        return reason;
+        return words;
     };
-    auto reason = BothLanguages::of(reasonIn);
-    return {kind, std::move(subject), std::move(reason), codeOf(failure)};
+    auto why = BothLanguages::of(reasonIn);
+    return {kind, std::move(subject), std::move(why), codeOf(failure)};
 }
 
 OffloadProblem::Severity OffloadProblem::severity() const {

@@ -20,7 +20,7 @@ using Kind = OffloadProblem::Kind;
 
 void ProvedCopies::note(std::size_t row, const std::string& copy) {
     dates_.resize(std::max(dates_.size(), row + 1));
-    dates_[row] = FileDates::of(session_.attributes(copy));
+    dates_[row] = FileDates::of(session_.attributes(copy), haveNumbers_);
 }
 
 ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
@@ -31,6 +31,10 @@ ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
     Changes changes;
     if (!isThere)
         changes.problems.push_back({Kind::CopyGone, session_.path().native()});
+    for (const auto& list : written) {
+        if (isThere && !isWhole(list))
+            changes.problems.push_back({Kind::CopyGone, list});
+    }
     for (std::size_t index = 0; index < std::min(dates_.size(), rows.size()); ++index) {
         auto& row = rows[index];
         if (row.verifyStatus != VerifyStatus::Verified || ours.contains(row.relativePath))
@@ -55,6 +59,16 @@ ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
     return changes;
 }
 
+/// What we wrote is never empty.
+bool ProvedCopies::isWhole(const std::string& list) const {
+    try {
+        const auto facts = session_.attributes(list);
+        return facts.type == FileSystem::ItemType::RegularFile && facts.sizeBytes > 0;
+    } catch (const PosixError&) {
+        return false;
+    }
+}
+
 ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, FileDates& proved,
                                            const std::stop_token& stop) const {
     FileDates now;
@@ -62,7 +76,7 @@ ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, FileDates& prove
         const auto facts = session_.attributes(row.relativePath);
         if (facts.type != FileSystem::ItemType::RegularFile || facts.sizeBytes != row.sizeBytes)
             return OffloadProblem{Kind::CopyGone, row.relativePath};
-        now = FileDates::of(facts);
+        now = FileDates::of(facts, haveNumbers_);
         if (now.isOfOtherContent(proved))
             return OffloadProblem{Kind::CopyDiffers, row.relativePath};
         if (!now.isTouchedSince(proved))
@@ -73,7 +87,7 @@ ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, FileDates& prove
     auto problem = readAgain(row, stop);
     // Of before the reading: who touches it meanwhile has it read once more.
     if (!problem)
-        proved.changed = now.changed;
+        proved = now;
     return problem;
 }
 

@@ -3,6 +3,7 @@
 #include "Offload/FileDates.h"
 #include "Offload/OffloadProblem.h"
 #include "Offload/OffloadRows.h"
+#include "Platform/Disks/FileSystemType.h"
 #include "Platform/Files/RootFolder.h"
 
 #include <optional>
@@ -19,7 +20,9 @@ namespace slatewise {
 class ProvedCopies {
 public:
     /// Holds the session's folder, so that another one of its name is known for what it is.
-    explicit ProvedCopies(RootFolder session) : session_(std::move(session)) {}
+    explicit ProvedCopies(RootFolder session)
+        : session_(std::move(session)),
+          haveNumbers_(FileSystemType::keepsFileNumbers(session_.path())) {}
 
     /// The session's folder.
     const RootFolder& folder() const noexcept { return session_; }
@@ -40,8 +43,8 @@ public:
 
     /// Looks whether every copy that `rows` call verified lies where it was proved, as long as it
     /// was and with its date, and marks the rows of others as failed. `rows` have the run's order;
-    /// what we wrote anew ourselves since then is `written`, by its path in the session. Never
-    /// fails: what cannot be seen is gone.
+    /// what we wrote anew ourselves since then is `written`, by its path in the session, and has
+    /// only to be there and not to be empty. Never fails: what cannot be seen is gone.
     ///
     /// Dates count by the two seconds that the coarsest file systems keep. A copy has its source's
     /// date, which lies before the run, so that whatever is written later stands out. Who writes
@@ -56,7 +59,10 @@ private:
     Found changeOf(FileCopyResult& row, FileDates& proved, const std::stop_token& stop) const;
     Found readAgain(FileCopyResult& row, const std::stop_token& stop) const;
 
+    bool isWhole(const std::string& list) const;
+
     RootFolder session_;
+    bool haveNumbers_;
     /// By row; of no meaning where nothing was proved.
     std::vector<FileDates> dates_;
 };

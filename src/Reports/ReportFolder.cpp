@@ -94,13 +94,12 @@ bool isPassing(std::string_view name) {
                                 name.size() - kPassingStart.size() - kPassingEnd.size()));
 }
 
-/// Whoever writes a set holds a lock on its folder. Other machines do not see that on every share,
-/// but none of them takes a day over it.
-bool isLeftBehind(const RootFolder& folder, const std::string& name) {
+/// Nobody takes a day over a set.
+bool isOld(const RootFolder& folder, const std::string& name) {
     const auto item = folder.attributes(name);
     constexpr std::chrono::hours kLongest{24};
     return item.type == FileSystem::ItemType::Folder && item.modified &&
-           *item.modified < Clock::now() - kLongest && folder.below(name).tryToLock();
+           *item.modified < Clock::now() - kLongest;
 }
 
 void removeUnfinished(const RootFolder& folder, const std::string& name) {
@@ -119,12 +118,14 @@ void removeUnfinishedIn(const RootFolder& folder) {
         if (!isPassing(name) && !isOfASet(name))
             continue;
         try {
-            if (!isLeftBehind(folder, name))
+            if (!isOld(folder, name))
                 continue;
-            if (isPassing(name))
-                removeUnfinished(folder, name);
-            else
+            // There may be thousands of whole sets, and only a claim is empty.
+            if (!isPassing(name))
                 removeIfEmpty(folder, name);
+            // Whoever writes a set holds a lock on its folder, as far as their machine can.
+            else if (const auto lock = folder.below(name).tryToLock())
+                removeUnfinished(folder, name);
         } catch (const std::exception&) {
             // It is in nobody's way.
         }

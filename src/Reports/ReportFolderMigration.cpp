@@ -56,10 +56,11 @@ void putClaimed(const RootFolder& from, const RootFolder& destination,
 }
 
 /// Two sessions may bear one name: two machines that write to one disk know nothing of each other.
+/// A set is begun with its manifest, so that nobody knows whose is what lies there without one.
 /// Fails when that cannot be told.
-bool holdsAnother(const RootFolder& set, const SessionManifest& manifest) {
+bool mayHoldAnother(const RootFolder& set, const SessionManifest& manifest) {
     if (!set.exists(ReportNames::manifest))
-        return false;
+        return true;
     ManifestBytes bytes({set, ReportNames::manifest});
     return ReportWriter::isoDecodeHead(bytes).sessionID != manifest.sessionID;
 }
@@ -104,7 +105,7 @@ void copyToMountedDestination(const RootFolder& from, const SessionManifest& man
             return;
         }
         const auto there = destination->below(set);
-        if (holdsAnother(there, manifest))
+        if (mayHoldAnother(there, manifest))
             AppLog::append("Not copied over other reports: " + there.path().native());
         else
             ReportWriter::copySidecars(from, there);

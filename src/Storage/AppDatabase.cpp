@@ -214,7 +214,7 @@ std::vector<CardSession> AppDatabase::verifiedSessions(const std::string& cardUU
             "session_traces t ON t.sessionID = s.id WHERE status = ?1 AND "
             "((?2 <> '' AND cardUUID = ?2) OR bytesCopied = ?3) AND NOT EXISTS (SELECT 1 FROM "
             "session_checks c WHERE c.id = (SELECT max(id) FROM session_checks WHERE sessionID = "
-            "s.id) AND c.differences > 0) ORDER BY startedAt DESC");
+            "s.id AND failure = '') AND c.differences > 0) ORDER BY startedAt DESC");
         Binder(query) << rawValue(OutcomeStatus::Verified) << cardUUID << bytes;
         std::vector<CardSession> rows;
         while (query.executeStep())

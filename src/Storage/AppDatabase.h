@@ -72,7 +72,8 @@ public:
               const SessionFacts& facts = {});
 
     /// Verified sessions of a card with that file system, or of so many bytes; latest first. An
-    /// empty UUID is none. Left out are those of which the last check found differences.
+    /// empty UUID is none. Left out are those of which the last check that came to an end found
+    /// differences.
     std::vector<CardSession> verifiedSessions(const std::string& cardUUID,
                                               std::int64_t bytes) const;
 

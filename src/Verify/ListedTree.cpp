@@ -98,11 +98,11 @@ std::optional<std::string> placeOf(const SessionManifest& manifest,
     return inside + "/";
 }
 
-/// A set may be in work; it has a manifest last.
+/// One that is in work lies under a name with a dot, and is none yet.
 bool hasList(const std::filesystem::path& set) {
-    return FileSystem::exists(set / ReportNames::manifest) ||
-           (FileSystem::exists(set / ReportNames::checksums) &&
-            !set.filename().native().starts_with('.'));
+    return !set.filename().native().starts_with('.') &&
+           (FileSystem::exists(set / ReportNames::manifest) ||
+            FileSystem::exists(set / ReportNames::checksums));
 }
 
 void seekReports(const std::filesystem::path& disk, ListedTree& tree, FoundReports& found) {
@@ -115,6 +115,7 @@ void seekReports(const std::filesystem::path& disk, ListedTree& tree, FoundRepor
             continue;
         try {
             auto manifest = readManifest(list);
+            tree.manifestsRead.insert(list);
             const auto place = placeOf(manifest, disk, tree.root);
             if (!place || isOfHashesOnly(manifest))
                 continue;
@@ -133,11 +134,12 @@ void seekReports(const std::filesystem::path& disk, ListedTree& tree, FoundRepor
 }
 
 /// Looks for the reports of the root's session, and of sessions below it, at the root of the disk,
-/// which any folder above may be.
+/// which the root itself or any folder above may be.
 FoundReports reportsAbove(ListedTree& tree) {
     FoundReports found;
-    for (auto disk = tree.root; disk != disk.parent_path();) {
-        disk = disk.parent_path();
+    std::filesystem::path below;
+    for (auto disk = tree.root; disk != below; disk = disk.parent_path()) {
+        below = disk;
         readOrTell(tree, disk / ReportNames::folder, [&] { seekReports(disk, tree, found); });
     }
     return found;
@@ -284,6 +286,8 @@ void addReportsOnDisk(const StoredSession& session, std::vector<ReportSet>& sets
         if (set.manifest->sessionID != session.id || set.folder == sets.front().folder)
             found.newest.erase(own);
     }
+    // The archive's set is whole, and says what theirs may say of another day.
+    found.damaged.clear();
     auto further = addFound(std::move(found), tree);
     std::move(further.begin(), further.end(), std::back_inserter(sets));
 }

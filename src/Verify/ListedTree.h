@@ -61,6 +61,8 @@ struct ListedTree {
     std::shared_ptr<const RootFolder> folder;
     /// The lists, in the order in which they were found.
     std::vector<std::filesystem::path> lists;
+    /// Manifests in folders of reports that could be read, whether they count here or not.
+    std::set<std::filesystem::path> manifestsRead;
     /// By path below the root, as bytes.
     std::map<std::string, Expected> files;
     /// Folders that only a history names, by path: the newest one's. A copy by reports has none,

@@ -5,12 +5,15 @@
 #include "MediaHashList/IgnorePatterns.h"
 #include "Offload/FileDates.h"
 #include "Offload/OffloadError.h"
+#include "Offload/ReportNames.h"
 #include "Offload/Transfer.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
+#include "Platform/Disks/FileSystemType.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/UncachedFile.h"
+#include "Reports/ReportWriter.h"
 
 #include <algorithm>
 #include <array>
@@ -52,7 +55,7 @@ class Check {
 public:
     Check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop)
         : tree_(tree), root_(*tree.folder), entries_(tree.entries), keep_(keep), watch_(watch),
-          stop_(std::move(stop)) {}
+          stop_(std::move(stop)), areDatesExact_(FileSystemType::keepsFileNumbers(tree.root)) {}
 
     Result run() {
         publish(Phase::Scanning());
@@ -79,7 +82,7 @@ public:
             if (isNew(entry))
                 tell({Difference::New, entry.relativePath});
             else if (entry.isDirectory && !isLeftOut(entry.relativePath))
-                result_.tree.folders.push_back(entry.relativePath);
+                folders(entry.relativePath).push_back(entry.relativePath);
         }
         throwIfCancelled();
         lookAgain();
@@ -114,10 +117,22 @@ private:
         return TreeWalker::walk(root_, {}, {}, {.unreadable = note, .stop = stop_});
     }
 
+    /// Where a folder belongs: nobody looked into all of them.
+    std::vector<std::string>& folders(const std::string& path) {
+        const bool isUnread =
+            std::any_of(tree_.unread.begin(), tree_.unread.end(),
+                        [&](const UnreadItem& each) { return each.path == path; });
+        return isUnread ? result_.tree.unknownFiles : result_.tree.folders;
+    }
+
+    /// What of the lists lies in such a folder is missed by its name.
     void tellUnreadable(const std::string& folder, int code) {
-        if (!told_.contains(folder))
-            tell({Difference::Unreadable, folder.empty() ? tree_.root.native() : folder,
-                  Circumstance::None, std::make_exception_ptr(PosixError("open", folder, code))});
+        if (isLeftBySystem(folder) || (code == EACCES && TreeWalker::isRepairFolder(root_, folder)))
+            return;
+        const auto name = folder.empty() ? tree_.root.native() : folder;
+        if (!told_.contains(name))
+            tell({Difference::Unreadable, name, Circumstance::None,
+                  std::make_exception_ptr(PosixError("open", folder, code))});
     }
 
     /// A run's reports name all that it left there, and it leaves no links.
@@ -127,8 +142,17 @@ private:
         if (!(entry.shouldCopy || (isReported && !entry.isDirectory)) || tree_.files.contains(path))
             return false;
         if (!isReported)
-            return !isLeftOut(path);
+            return !isLeftOut(path) && !isOfReadReports(path);
         return !isList(path) && !isLeftBySystem(path) && !isListFile(path);
+    }
+
+    /// A disk as a whole holds the reports of its sessions, too.
+    bool isOfReadReports(const std::filesystem::path& path) const {
+        const auto& names = ReportWriter::fileNames;
+        const auto set = path.parent_path();
+        return set.parent_path() == ReportNames::folder &&
+               std::find(names.begin(), names.end(), path.filename().native()) != names.end() &&
+               tree_.manifestsRead.contains(tree_.root / set / ReportNames::manifest);
     }
 
     /// A folder with files in it is missed with them.
@@ -176,7 +200,9 @@ private:
     }
 
     /// Inodes are not compared: some file systems number a file anew each time.
-    static bool isSame(const InventoryEntry& now, const InventoryEntry& before) {
+    bool isSame(const InventoryEntry& now, const InventoryEntry& before) const {
+        if (areDatesExact_)
+            return now.sizeBytes == before.sizeBytes && now.changes == before.changes;
         const auto dates = FileDates::of(now);
         const auto earlier = FileDates::of(before);
         return now.sizeBytes == before.sizeBytes && !dates.isOfOtherContent(earlier) &&
@@ -207,8 +233,9 @@ private:
     /// is no footage.
     void rememberList(const InventoryEntry& entry) {
         const auto& path = entry.relativePath;
-        if (keep_ != Keep::Tree || !entry.shouldCopy || entry.isDirectory || !isList(path) ||
-            isIgnored(path) || tree_.files.contains(path))
+        if (keep_ != Keep::Tree || !entry.shouldCopy || entry.isDirectory ||
+            !(isList(path) || isOfReadReports(path)) || isIgnored(path) ||
+            tree_.files.contains(path))
             return;
         const auto bytesRead = result_.bytesRead;
         readOrTell(path, [&] { (void)isAsExpected(path, {}); });
@@ -334,6 +361,8 @@ private:
     const Keep keep_;
     const Watch& watch_;
     const std::stop_token stop_;
+    /// Every change of a file shows in its dates, to the nanosecond.
+    const bool areDatesExact_;
     Transfer transfer_;
     std::int64_t bytesTotal_ = 0;
     int filesDone_ = 0;

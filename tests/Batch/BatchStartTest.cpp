@@ -121,7 +121,7 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
         {"SSD1", SIGSTOP, Before, {"The disk SSD1 does not answer."}, "Connect the disk again"},
         {"SSD1", SIGKILL, DuringRun, {"The disk SSD1 is no longer the one that was chosen."}, "Connect the disk again"},
         {"SSD1", SIGSTOP, DuringRun, {"Cancelled.", "A001 → SSD1: the card or the disk does not answer."}, "You stopped it."},
-        {"SSD1", SIGSTOP, BeforeTraces, {"The copy is complete, its reports were not waited for."}, "You stopped it."},
+        {"SSD1", SIGSTOP, BeforeTraces, {"Stopped while the reports were written: do not rely on them."}, "You stopped it."},
     };
     // clang-format on
     for (const auto& testCase : cases) {

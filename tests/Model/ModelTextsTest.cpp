@@ -129,7 +129,7 @@ TEST(BatchOutcome, SaysWhatToDoAboutEachCauseAndWhetherTheCardIsThere) {
         {{}, kOther, false, "", "Make room on the disk", OffloadError(OffloadError::InsufficientSpace{2, 1, "D"})},
         {{}, kOther, false, "Verification did not finish (A → D). Card was left mounted.", "Do not wipe the card. Press Copy to try again."},
         {{{Kind::CopyStopped, "a"}}, PairFailure::Stopped, false, "Cancelled.", "You stopped it. Do not wipe the card; press Copy"},
-        {{{Kind::ReportsNotAwaited, "A → D"}}, PairFailure::Stopped, false, "The copy is complete, its reports were not waited for.", "You stopped it. Do not wipe the card; press Copy"},
+        {{{Kind::ReportsNotAwaited, "A → D"}}, PairFailure::Stopped, false, "Stopped while the reports were written: do not rely on them.", "You stopped it. Do not wipe the card; press Copy"},
     };
     // clang-format on
     for (const auto& testCase : cases) {

@@ -368,18 +368,27 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
                                    std::filesystem::copy_options::recursive);
          },
          "The copy of " + session.native() + " is no longer where it was written."},
+        {true,
+         [&] {
+             std::filesystem::rename(session / "DCIM", destination / "away");
+             std::filesystem::rename(destination / "other", session / "DCIM");
+         },
+         "The copy of DCIM/a differs from the card."},
         {false, [&] { writeFile(session / "DCIM/b", "a stranger's"); },
          "Copying stopped at DCIM/b: " + (session / "DCIM/b").native() +
              ": another file of that name stands on this disk"},
     };
-    for (const auto* name : {"DCIM/a", "DCIM/b", "DCIM/c"}) {
-        writeFile(card / name, "content");
-        std::filesystem::last_write_time(
-            card / name, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    const auto before = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    for (const auto* name : {"a", "b", "c"}) {
+        writeFile(card / "DCIM" / name, "content");
+        // Of the same dates as the copies, and written before them.
+        writeFile(destination / "other" / name, *name == 'a' ? "CONTENT" : "content");
+        std::filesystem::last_write_time(card / "DCIM" / name, before);
+        std::filesystem::last_write_time(destination / "other" / name, before);
     }
     for (const auto& testCase : cases) {
         SCOPED_TRACE(testCase.problem);
-        for (const auto* name : {"session", "moved"})
+        for (const auto* name : {"session", "moved", "away"})
             std::filesystem::remove_all(destination / name);
         record = {};
         bool isDone = false;

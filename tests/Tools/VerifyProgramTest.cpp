@@ -184,6 +184,7 @@ TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
     const auto whole = folder / "whole";
     std::filesystem::copy(disk, whole, std::filesystem::copy_options::recursive);
     EXPECT_THAT(verified(whole / "reports" / reports.filename()), ::testing::StartsWith("0 "));
+    EXPECT_THAT(verified(whole), ::testing::StartsWith("0 ")) << "with all the disk holds";
 }
 
 TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {

@@ -129,6 +129,9 @@ std::string Texts::moreNotes(std::size_t count) const {
 std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
     using Kind = OffloadProblem::Kind;
     switch (kind.value_or(Kind::CopyStopped)) {
+    case Kind::ReportsNotAwaited:
+        return choose("Keep the card and start again; the copy goes to a new folder.",
+                      "Kartı saklayıp yeniden başlatın; kopya yeni bir klasöre gider.");
     case Kind::CardGone:
     case Kind::DiskReplaced:
         return choose("Connect it again and start once more; the copy goes to a new folder.",
@@ -142,7 +145,6 @@ std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
     case Kind::ReportsNotCopied:
     case Kind::PagesNotWritten:
     case Kind::ReportsOutdated:
-    case Kind::ReportsNotAwaited:
         return choose(
             "The copy itself is complete. Mend the cause and offload again for a full set.",
             "Kopyanın kendisi tamam. Raporların tamamı için nedeni giderip yeniden alın.");
@@ -157,6 +159,8 @@ std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
 std::string_view Texts::hashingAdvice(std::optional<OffloadProblem::Kind> kind) const {
     using Kind = OffloadProblem::Kind;
     switch (kind.value_or(Kind::HashingStopped)) {
+    case Kind::ReportsNotAwaited:
+        return choose("Keep the card and start again.", "Kartı saklayıp yeniden başlatın.");
     case Kind::CardGone:
     case Kind::DiskReplaced:
         return choose("Connect it again and start once more.",
@@ -165,7 +169,6 @@ std::string_view Texts::hashingAdvice(std::optional<OffloadProblem::Kind> kind) 
     case Kind::ReportsNotCopied:
     case Kind::PagesNotWritten:
     case Kind::ReportsOutdated:
-    case Kind::ReportsNotAwaited:
         return choose(
             "Everything was hashed. Mend the cause and hash again for a full set.",
             "Hepsinin hash’i alındı. Raporların tamamı için nedeni giderip yeniden alın.");

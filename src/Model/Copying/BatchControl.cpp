@@ -79,8 +79,11 @@ BatchControl::Shown BatchControl::shownNow() const {
     now.pace = toQString(ProgressTexts::pace(pace_, l10n));
     if (now.hasVerdict && !lastResult_->ejects.empty())
         now.title += "\n" + ejects().join(' ');
-    now.hasMore = hasEnded && (!problems_.rows().empty() ||
-                               (!now.hasVerdict && lastResult_->message.has_value()));
+    // The title has room for one of these sentences, and shows none once the verdict steps back.
+    const std::size_t shownEjects = now.hasVerdict ? 1 : 0;
+    now.hasMore =
+        hasEnded && (!problems_.rows().empty() || lastResult_->ejects.size() > shownEjects ||
+                     (!now.hasVerdict && lastResult_->message.has_value()));
     if (now.standing == Resting || (now.standing == Failed && state_.wasRefused))
         now.lastOffload = lastOffloadNow();
     return now;

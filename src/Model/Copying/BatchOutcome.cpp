@@ -25,11 +25,17 @@ bool wasBegun(const PairResult& pair) {
     return pair.failure != PairFailure::None || endedWell(pair.status);
 }
 
+/// Whether it was stopped while its reports were written.
+bool isAwaitingReports(const PairResult& pair) {
+    return std::any_of(pair.problems.begin(), pair.problems.end(),
+                       [](const auto& problem) { return problem.kind == Kind::ReportsNotAwaited; });
+}
+
 /// What a pair failed by, in the language of now as far as more than words is known of it.
 std::string reasonOf(const BatchPair& planned, const PairResult& pair,
                      const OffloadProblem* failure, L10n l10n) {
     if (pair.failure == PairFailure::Stopped) {
-        const bool isCopyComplete = failure && failure->kind == Kind::ReportsNotAwaited;
+        const bool isCopyComplete = failure && failure->isOfReports() && isAwaitingReports(pair);
         return std::string(isCopyComplete ? l10n.reportsNotAwaited() : l10n.cancelled());
     }
     if (failure)
@@ -111,7 +117,8 @@ std::vector<OutcomeLine> problems(const BatchResult& result, L10n l10n) {
             wasBegun(pair) && !endedWell(pair.status) && pair.failure != PairFailure::Stopped;
         const auto* told = isTold ? OffloadProblem::decisive(pair.problems) : nullptr;
         for (const auto& problem : pair.problems) {
-            if (&problem == told)
+            if (&problem == told ||
+                (problem.kind == Kind::ReportsNotAwaited && pair.failure == PairFailure::Stopped))
                 continue;
             const bool isNote = problem.severity() == OffloadProblem::Severity::Note;
             const OutcomeLine line{toQString(problem.text(l10n)),

@@ -174,7 +174,9 @@ QCoro::Task<> VolumeFollower::refreshPickedFolder(QPointer<VolumeFollower> self,
     if (!changed)
         co_return;
     self->state_.board.replacePicked(side, *changed);
-    self->apply();
+    // Before the first look at the volumes nobody knows what there is to tick.
+    if (self->isWatching_)
+        self->apply();
 }
 
 void VolumeFollower::announce(const std::vector<ClassifiedVolume>& newCards) {

@@ -1,6 +1,7 @@
 #include "Platform/Disks/DeviceCache.h"
 
 #include "Platform/Disks/BlockDevices.h"
+#include "Platform/Disks/FileSystemType.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
@@ -8,7 +9,6 @@
 
 #include <fcntl.h>
 #include <linux/magic.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,12 +30,6 @@ constexpr std::uint32_t kNtfs = 0x7366746e;
 constexpr std::array<std::uint32_t, 8> kKnown = {
     EXT4_SUPER_MAGIC,  XFS_SUPER_MAGIC,  BTRFS_SUPER_MAGIC, MSDOS_SUPER_MAGIC,
     EXFAT_SUPER_MAGIC, F2FS_SUPER_MAGIC, kHfsPlus,          kNtfs};
-
-/// 0 when it cannot be learnt.
-std::uint32_t fileSystemUnder(const std::filesystem::path& path) {
-    struct statfs facts {};
-    return ::statfs(path.c_str(), &facts) == 0 ? static_cast<std::uint32_t>(facts.f_type) : 0;
-}
 
 bool isKnown(std::uint32_t fileSystem) {
     return std::find(kKnown.begin(), kKnown.end(), fileSystem) != kKnown.end();
@@ -89,12 +83,15 @@ bool isVolumeOnHardware(const std::filesystem::path& path) {
     return std::all_of(devices.begin(), devices.end(), liesOnHardware);
 }
 
-/// What the image lies on may remember it, too, or be an image itself.
+/// What the image lies on may remember it, too, or be an image itself. An overlay, as containers
+/// have, hands direct transfers down, and what it writes to can only be a disk of this machine.
 bool isLoopPastMemory(const std::filesystem::path& disk) {
     if (attribute(disk / "loop/dio") != "1")
         return false;
     const std::filesystem::path image = attribute(disk / "loop/backing_file");
-    return isKnown(fileSystemUnder(image)) && isVolumeOnHardware(image);
+    const auto fileSystem = FileSystemType::under(image);
+    return fileSystem == OVERLAYFS_SUPER_MAGIC ||
+           (isKnown(fileSystem) && isVolumeOnHardware(image));
 }
 
 } // namespace
@@ -107,7 +104,7 @@ bool answersFromHardware(const std::filesystem::path& disk) {
 Drop drop(const std::filesystem::path& path) {
     if (!isVolumeOnHardware(path))
         return Drop::NotPossible;
-    const auto fileSystem = fileSystemUnder(path);
+    const auto fileSystem = FileSystemType::under(path);
     if (isKnown(fileSystem))
         return Drop::NotNeeded;
     if (fileSystem != FUSE_SUPER_MAGIC)

@@ -1,10 +1,10 @@
 #include "Platform/Disks/FileSystemErrors.h"
 
 #include "Platform/Disks/BlockDevices.h"
+#include "Platform/Disks/FileSystemType.h"
 
 #include <linux/magic.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 
 #include <fstream>
 #include <thread>
@@ -31,16 +31,10 @@ dev_t deviceOf(const std::filesystem::path& path) {
     return ::stat(path.c_str(), &facts) == 0 ? facts.st_dev : 0;
 }
 
-/// 0 when it cannot be learnt.
-std::uint32_t fileSystemUnder(const std::filesystem::path& path) {
-    struct statfs facts {};
-    return ::statfs(path.c_str(), &facts) == 0 ? static_cast<std::uint32_t>(facts.f_type) : 0;
-}
-
 } // namespace
 
 FileSystemErrors::FileSystemErrors(const std::filesystem::path& path) {
-    const auto fileSystem = fileSystemUnder(path);
+    const auto fileSystem = FileSystemType::under(path);
     const auto device = deviceOf(path);
     if (fileSystem == MSDOS_SUPER_MAGIC) {
         device_.emplace(device);

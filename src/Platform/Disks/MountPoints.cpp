@@ -25,15 +25,20 @@ bool liesIn(const std::filesystem::path& folder, const std::filesystem::path& mo
     return rest == mountPoint.end();
 }
 
-/// The system's own folder is in the table, too, and always mounted on.
-bool isMeantForVolume(const std::filesystem::path& folder,
+/// Whether the folder lies where a volume is meant to be that is not there: what holds the folder
+/// is mounted above that place. The system's own folder is in the table, too, and always mounted
+/// on.
+bool isMeantForVolume(const std::filesystem::path& folder, const std::filesystem::path& holder,
                       const std::filesystem::path& fileSystems) {
     const std::unique_ptr<std::FILE, CloseTable> table(::setmntent(fileSystems.c_str(), "r"));
     std::array<char, 4096> room{};
     mntent entry{};
     while (table && ::getmntent_r(table.get(), &entry, room.data(), room.size())) {
-        const std::filesystem::path mountPoint = entry.mnt_dir;
-        if (mountPoint.has_relative_path() && liesIn(folder, mountPoint))
+        std::filesystem::path mountPoint = entry.mnt_dir;
+        if (!mountPoint.has_filename())
+            mountPoint = mountPoint.parent_path();
+        if (mountPoint.has_relative_path() && liesIn(folder, mountPoint) &&
+            !liesIn(holder, mountPoint))
             return true;
     }
     return false;
@@ -54,10 +59,13 @@ bool isBare(const std::filesystem::path& folder, const std::filesystem::path& fi
         const auto place = std::filesystem::canonical(folder);
         const auto known = MountTable::read(mounts);
         const auto* mount = MountTable::holding(known, place);
-        const bool isOfSystem = mount && (mount->mountPoint == "/" || mount->mountPoint == "/run");
-        return isOfSystem && (isMeantForVolume(place, fileSystems) ||
-                              liesBelowAny({"/media/", "/run/media/"}, place) ||
-                              (liesBelowAny({"/mnt/"}, place) && std::filesystem::is_empty(place)));
+        if (!mount)
+            return false;
+        const bool isOfSystem = mount->mountPoint == "/" || mount->mountPoint == "/run";
+        return isMeantForVolume(place, mount->mountPoint, fileSystems) ||
+               (isOfSystem &&
+                (liesBelowAny({"/media/", "/run/media/"}, place) ||
+                 (liesBelowAny({"/mnt/"}, place) && std::filesystem::is_empty(place))));
     } catch (const std::exception&) {
         return false;
     }

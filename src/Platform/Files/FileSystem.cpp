@@ -15,7 +15,7 @@ namespace slatewise::FileSystem {
 namespace {
 
 constexpr unsigned kWantedAttributes =
-    STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_CTIME | STATX_BTIME;
+    STATX_TYPE | STATX_SIZE | STATX_MTIME | STATX_CTIME | STATX_BTIME | STATX_INO;
 
 /// Empty for a moment outside the years 1 to 9999: no date of ours can be written for it, and what
 /// stands there is a broken clock or a broken file system.
@@ -51,6 +51,8 @@ int readAttributes(int folder, const char* name, int flags, Attributes& result) 
     }
     if (facts.stx_mask & STATX_CTIME)
         result.changed = timespec{facts.stx_ctime.tv_sec, facts.stx_ctime.tv_nsec};
+    if (facts.stx_mask & STATX_INO)
+        result.number = facts.stx_ino;
     if (facts.stx_mask & STATX_BTIME)
         result.created = toInstant(facts.stx_btime);
     return 0;

@@ -33,6 +33,8 @@ struct Attributes {
     std::optional<timespec> exactModified;
     /// When anything about the item changed last, which nobody can set.
     std::optional<timespec> changed;
+    /// Of the item in its file system, which may give it to another once this one is gone.
+    std::uint64_t number = 0;
 };
 
 /// Attributes of the item itself; a symbolic link is not followed. `name` is taken relative to the

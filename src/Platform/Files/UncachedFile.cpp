@@ -16,6 +16,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <new>
 #include <vector>
 
@@ -200,9 +201,17 @@ FileSystem::Attributes UncachedFile::attributes() const {
 }
 
 void UncachedFile::setModified(timespec moment) {
-    const std::array<timespec, 2> moments = {timespec{0, UTIME_OMIT}, moment};
-    if (::futimens(descriptor_.get(), moments.data()) != 0)
-        throw PosixError("utimensat", path_, errno);
+    const auto set = [&](timespec accessed) {
+        const std::array<timespec, 2> moments = {accessed, moment};
+        if (::futimens(descriptor_.get(), moments.data()) != 0)
+            throw PosixError("utimensat", path_, errno);
+    };
+    set({0, UTIME_OMIT});
+    struct stat facts {};
+    // Some drivers in user space take both dates or none, and say nothing.
+    if (::fstat(descriptor_.get(), &facts) == 0 &&
+        std::abs(facts.st_mtim.tv_sec - moment.tv_sec) > 2)
+        set(moment);
 }
 
 std::size_t UncachedFile::read(std::span<std::byte> into) {

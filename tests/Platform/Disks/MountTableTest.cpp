@@ -78,6 +78,13 @@ TEST(MountPoints, AreBareWhereAVolumeIsMeantToBe) {
     writeFile(mounts, "27 1 254:0 / / rw - ext4 /dev/vda rw\n90 27 8:17 / " +
                           (folder / "SSD").native() + "\\0401 rw - exfat /dev/sdb1 rw\n");
     EXPECT_FALSE(isBare(place)) << "what is mounted there is the disk";
+    // Above it may lie another volume than the system's, and the table's names may end in a slash.
+    writeFile(table, "/dev/sdb1 " + (folder / "data/SSD/").native() + " ext4 noauto 0 0\n");
+    writeFile(mounts, "27 1 254:0 / / rw - ext4 /dev/vda rw\n90 27 8:17 / " +
+                          (folder / "data").native() + " rw - xfs /dev/sdc1 rw\n");
+    std::filesystem::create_directories(folder / "data/SSD");
+    EXPECT_TRUE(isBare(folder / "data/SSD"));
+    EXPECT_FALSE(isBare(folder / "data"));
 }
 
 TEST(DeviceErrors, AreThoseOfTheDiskBelow) {
