@@ -400,7 +400,8 @@ TEST_P(EachPdfReport, ShowNamesInAnyScriptAndSignsInPlaceOfWhatCannotBeSeen) {
                                       "“x”–→×°(\\)", "ﬁn",     "Ǆ₺€"};
     for (const auto& name : names)
         add(name);
-    for (const auto* name : {"bad\xff.mov", "rlo\u202Egnp.exe", "tab\there\r.mov", "line\nfeed.mov"})
+    for (const auto* name :
+         {"bad\xff.mov", "rlo\u202Egnp.exe", "tab\there\r.mov", "line\nfeed.mov"})
         add(name);
     for (const auto* shown :
          {"bad\uFFFD.mov", "rlo\uFFFDgnp.exe", "tab‹HT›here‹CR›.mov", "line‹LF›feed.mov"})
