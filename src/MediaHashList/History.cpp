@@ -318,10 +318,13 @@ std::vector<std::string> History::givenUp(const KnownValues& known) const {
 
 std::vector<std::string> History::brokenReferences() const {
     std::vector<std::string> broken;
+    // Each generation refers to all that went before, and a list is read for each.
+    std::set<std::pair<std::string, std::string>> seen;
     for (const auto& generation : generations_) {
         for (const auto& reference : generation.references) {
             const auto path = below_ / reference.path;
-            if (!isThere(*root_, path, reference.c4) &&
+            if (seen.emplace(reference.path, reference.c4).second &&
+                !isThere(*root_, path, reference.c4) &&
                 std::find(broken.begin(), broken.end(), path) == broken.end())
                 broken.push_back(path);
         }

@@ -72,9 +72,9 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
                 auto& all = known_[prefix + path];
                 all.insert(all.end(), values.begin(), values.end());
             }
-            auto& ignored = readable[folder];
-            for (const auto& generation : history.generations())
-                ignored.insert(ignored.end(), generation.ignored.begin(), generation.ignored.end());
+            // What an older one ignored the newest may name.
+            readable[folder] = history.generations().empty() ? std::vector<std::string>()
+                                                             : history.generations().back().ignored;
         } catch (const std::exception&) {
             unreadable_.push_back(
                 {card.path() / prefix / kHistoryFolder, std::current_exception()});

@@ -289,11 +289,9 @@ void addHistory(const std::string& folder, ListedTree& tree) {
     addKnown(history, prefix, tree);
     if (history.unfinished())
         addUnfinished(*history.unfinished(), folder, prefix, tree.root / lists, tree);
-    auto& ignored = tree.ignored[folder];
-    for (const auto& generation : history.generations())
-        ignored.insert(ignored.end(), generation.ignored.begin(), generation.ignored.end());
-    std::sort(ignored.begin(), ignored.end());
-    ignored.erase(std::unique(ignored.begin(), ignored.end()), ignored.end());
+    // What an older one ignored the newest may name.
+    if (!history.generations().empty())
+        tree.ignored[folder] = history.generations().back().ignored;
     // It grows with each generation, whatever a list of the day before says of it. Reading it has
     // shown that it holds together.
     tree.files.erase(lists + "/" + std::string(MediaHashList::kChainName));
