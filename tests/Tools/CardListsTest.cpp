@@ -190,6 +190,16 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
              (void)History(RootFolder(card)).append(bad);
          },
          "has no value that proves a.mov"},
+        {"a listed file in a folder that is named as a history is",
+         [&] {
+             writeFile(card / "DCIM/ascmhl/x.mov", "x");
+             std::filesystem::remove_all(card / "ascmhl");
+             Generation other;
+             other.files = {
+                 {"DCIM/ascmhl/x.mov", 1, {}, {{HashFormat::MD5, std::string(32, '0'), {}, {}}}}};
+             (void)History(RootFolder(card)).append(other);
+         },
+         "has no value that proves DCIM/ascmhl/x.mov"},
         {"a damaged list", [&] { writeFile(card / "CLIP/ascmhl/ascmhl_chain.xml", "<"); },
          "could not be read"},
         {"a list that its chain does not name",
