@@ -162,9 +162,18 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
         ::setfsuid(::geteuid());
     }
     std::filesystem::permissions(clips, std::filesystem::perms::all);
-    for (const auto& session : database.history())
-        database.recordCheck(session.session.id, {.checkedAt = Clock::now(), .differences = 1});
+    const auto check = [&](int differences, const std::string& failure) {
+        for (const auto& session : database.history())
+            database.recordCheck(
+                session.session.id,
+                {.checkedAt = Clock::now(), .differences = differences, .failure = failure});
+    };
+    check(1, "");
     EXPECT_FALSE(isKnown());
+    check(0, "the disk is away");
+    EXPECT_FALSE(isKnown()) << "nobody has looked at it again";
+    check(0, "");
+    EXPECT_TRUE(isKnown());
 }
 
 TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
