@@ -26,16 +26,18 @@ class Traces {
 public:
     Traces(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
            ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-           const std::stop_token& stop)
+           const std::stop_token& stop, const std::function<bool()>& isGivenUp)
         : plan_(plan), pair_(pair), outcome_(outcome), copies_(copies), database_(database),
-          tell_(tell), stop_(stop), archive_(*pair.archiveFolder), disk_(*pair.destinationFolder),
-          manifest_(manifestOf(std::exchange(outcome.files, {}))) {}
+          tell_(tell), stop_(stop), isGivenUp_(isGivenUp), archive_(*pair.archiveFolder),
+          disk_(*pair.destinationFolder), manifest_(manifestOf(std::exchange(outcome.files, {}))) {}
 
     Folders leave() {
         makeInArchive();
         const auto told = outcome_.problems.size();
         makeOnDisk();
         const bool wasStopped = lookOnceMore();
+        if (isGivenUp_ && isGivenUp_())
+            fail({Kind::ReportsNotAwaited, pair_.name});
         if (wasStopped || outcome_.problems.size() != told)
             makeAgain();
         putInPlace();
@@ -348,6 +350,7 @@ private:
     AppDatabase& database_;
     const Tell& tell_;
     const std::stop_token& stop_;
+    const std::function<bool()>& isGivenUp_;
     const RootFolder& archive_;
     const RootFolder& disk_;
     SessionManifest manifest_;
@@ -366,8 +369,8 @@ private:
 
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
               ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-              const std::stop_token& stop) {
-    return Traces(plan, pair, outcome, copies, database, tell, stop).leave();
+              const std::stop_token& stop, const std::function<bool()>& isGivenUp) {
+    return Traces(plan, pair, outcome, copies, database, tell, stop, isGivenUp).leave();
 }
 
 } // namespace slatewise::PairTraces

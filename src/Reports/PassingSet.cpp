@@ -26,8 +26,13 @@ std::filesystem::path makeFolder(const RootFolder& root, const std::filesystem::
         return set.parent_path() / name;
     };
     auto passing = named("");
-    for (int number = 2; !root.createNewFolder(passing); ++number)
+    // A broken disk may say for ever that a name is taken.
+    constexpr int kMostAttempts = 1000;
+    for (int number = 2; !root.createNewFolder(passing); ++number) {
+        if (number > kMostAttempts)
+            throw PosixError("mkdir", root.path() / passing, EEXIST);
         passing = named("." + std::to_string(number));
+    }
     return passing;
 }
 

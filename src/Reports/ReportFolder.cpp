@@ -20,6 +20,9 @@ constexpr std::size_t kPersonLimit = 24;
 constexpr std::size_t kCardLimit = 40;
 constexpr std::size_t kSessionIDLimit = 8;
 
+/// For a free name. A broken disk may say for ever that a name is taken.
+constexpr int kMostAttempts = 1000;
+
 /// What a file system takes as a name, less the session's id and what else may stand around it.
 constexpr std::size_t kNumberRoom = 8;
 constexpr std::size_t kLongestNameBytes =
@@ -139,6 +142,8 @@ std::string claim(const std::string& name, const std::string& sessionID, const R
     const auto withShortID = name + "_" + shortID(sessionID);
     auto candidate = name;
     for (int attempt = 1;; ++attempt) {
+        if (attempt > kMostAttempts)
+            throw PosixError("mkdir", archive.path() / candidate, EEXIST);
         if (archive.createNewFolder(candidate)) {
             if (!destination || claimOnDestination(*destination, archive, candidate))
                 return candidate;
