@@ -216,6 +216,17 @@ TEST_F(CopyEngineTest, CancellingAtEveryMoment) {
     EXPECT_THROW(run(), CancellationError);
     EXPECT_TRUE(std::filesystem::is_empty(destination.path())) << "cancelled before the walk";
 
+    stop = {};
+    request.planFormats = [&](const auto&, const auto&) {
+        stop.request_stop();
+        return [](const auto&) {
+            return std::vector<HashFormat>{};
+        };
+    };
+    EXPECT_THROW(run(), CancellationError);
+    EXPECT_TRUE(std::filesystem::is_empty(destination.path())) << "cancelled behind the walk";
+    request.planFormats = nullptr;
+
     // After the last chunk of a file: the check inside the file comes first.
     stop = {};
     int chunks = 0;
