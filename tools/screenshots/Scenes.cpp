@@ -75,9 +75,7 @@ void playHashed(Stage& stage) {
 void playHashing(Stage& stage) {
     stage.playReady();
     stage.model()->settings()->setVerifyOnly(true);
-    stage.copying(0);
-    stage.model()->batch()->phaseChanged(
-        Phase::Verifying{"CLIP/A001C043_260301.mxf", 42, 107, 0.4});
+    stage.begin();
 }
 
 void playVerdictOfBefore(Stage& stage) {

@@ -158,15 +158,19 @@ BatchPlan Stage::plan() {
             .totalBytes = 0};
 }
 
+void Stage::begin() {
+    pairBegan_ = now_;
+    model()->batch()->batchBegan(plan());
+    model()->batch()->pairBegan(plan().pairs().front());
+}
+
 void Stage::copying(double share) {
     constexpr int kFiles = 107;
     constexpr double kBytes = 118.2 * kGB;
     constexpr double kBytesPerSecond = 412.6e6;
     auto& batch = *model()->batch();
     if (!batch.isBusy()) {
-        pairBegan_ = now_;
-        batch.batchBegan(plan());
-        batch.pairBegan(plan().pairs().front());
+        begin();
         batch.phaseChanged(CopyProgress(kFiles, kBytes).copying("", 0, now_));
     }
     using Seconds = std::chrono::duration<double>;
