@@ -19,10 +19,6 @@ std::string L10n::verifying(int done, int total, Text file) const {
     return fmt::format("{} {} / {}  ·  {}", text("Verifying", "Doğrulanıyor"), done, total, file);
 }
 
-std::string L10n::hashing(int done, int total, Text file) const {
-    return fmt::format("{} {} / {}  ·  {}", text("Hashing", "Hash alınıyor"), done, total, file);
-}
-
 std::string L10n::verified(int files, Text size) const {
     return fmt::format("{} — {} {}, {}", text("Verified", "Doğrulandı"), files,
                        text("files", "dosya"), size);

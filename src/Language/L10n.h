@@ -29,8 +29,6 @@ public:
 
     std::string copying(int done, int total, Text file, Text speed) const;
     std::string verifying(int done, int total, Text file) const;
-    /// The same where nothing is copied.
-    std::string hashing(int done, int total, Text file) const;
     std::string verified(int files, Text size) const;
     /// Of files that are on several disks now, each counted once.
     std::string verifiedOnDisks(int files, int disks, Text size) const;

@@ -68,8 +68,6 @@ TEST(ProgressTexts, RunOnceAcrossTheBatch) {
               "Kopyalanıyor 1 / 2  ·  a  ·  1 KB/sn");
     EXPECT_EQ(ProgressTexts::title(Phase::Idle{}, single, kEnglish, true),
               "Select a card, a unit, and a destination, then press Hash only.");
-    EXPECT_EQ(ProgressTexts::title(Phase::Verifying{"a.mov", 3, 10, 0.4}, single, kEnglish, true),
-              "Hashing 4 / 10  ·  a.mov");
 }
 
 TEST(ProgressTexts, SayHowMuchIsDoneAndHowLongTheWholeBatchStillTakes) {
