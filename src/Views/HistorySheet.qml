@@ -26,7 +26,7 @@ Sheet {
         },
         ActionButton {
             objectName: "showFolder"
-            enabled: sheet.history.hasChosen
+            enabled: sheet.history.canShowFolder
             text: L10n.showFolder
             onClicked: sheet.history.showFolder()
         },

@@ -21,7 +21,7 @@ T.ItemDelegate {
 
     readonly property SessionHistory history: ListView.view ? ListView.view.model as SessionHistory : null
     readonly property color hue: isVerified ? DITTheme.success : hasFailed ? DITTheme.danger
-                                                                           : DITTheme.accent
+                                                                           : DITTheme.info
 
     width: ListView.view ? ListView.view.width : 0
     implicitHeight: line.implicitHeight + 2 * padding

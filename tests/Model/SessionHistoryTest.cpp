@@ -34,10 +34,10 @@ protected:
         present();
     }
 
-    void present() {
+    void present(int sessions = 2) {
         history = desk.model().history();
         history->setPresented(true);
-        Desk::waitUntil([&] { return history->rowCount() == 2; });
+        Desk::waitUntil([&] { return history->rowCount() == sessions; });
     }
 
     void chooseOnly(const char* search) {
@@ -81,6 +81,7 @@ TEST_F(SessionHistoryTest, FindsSessionsAndReadsTheirCopiesAgain) {
     history->verifyAgain();
     EXPECT_FALSE(history->check()->isBusy()) << "nothing is chosen";
     chooseOnly("cama a001");
+    EXPECT_TRUE(history->wasCopied());
     EXPECT_EQ(readAgain(), BatchControl::Succeeded);
     EXPECT_TRUE(history->rows()[0].isCheckGood);
     history->showReport();
@@ -103,12 +104,18 @@ TEST_F(SessionHistoryTest, FindsSessionsAndReadsTheirCopiesAgain) {
     history->showFolder();
     Desk::waitUntil([&] { return !history->note().isEmpty(); });
 
-    desk.start();
-    present();
+    desk.mountCard("C003");
+    desk.start().settings()->setVerifyOnly(true);
+    desk.selectCard("dev-C003", "CamC");
+    desk.copy();
+    present(3);
     history->setSearch("a001");
     ASSERT_EQ(history->rowCount(), 1);
     EXPECT_TRUE(history->rows()[0].check.contains("could not be done"))
         << "the latest word is kept";
+    chooseOnly("camc");
+    EXPECT_EQ(history->rows()[0].name, "C003") << "no disk has anything of it";
+    EXPECT_FALSE(history->wasCopied());
 }
 
 TEST_F(SessionHistoryTest, SaysOfWhichCopyItSpeaksAndWhatIsInDoubt) {

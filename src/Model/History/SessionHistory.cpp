@@ -141,16 +141,17 @@ SessionRow SessionHistory::rowOf(const HistoryRecord& record) const {
     const auto l10n = state_.l10n();
     const auto status = record.session.status;
     auto facts = Clock::mediumDateTime(session.startedAt, Language::locale(state_.language));
-    const auto size = status == OutcomeStatus::Hashed
-                          ? std::string()
-                          : PathSize::format(session.bytesCopied, state_.language);
+    const bool isHashed = status == OutcomeStatus::Hashed;
+    const auto size =
+        isHashed ? std::string() : PathSize::format(session.bytesCopied, state_.language);
     for (const auto& fact :
          {record.ekip, session.cameraLabel, l10n.fileCount(record.files), size}) {
         if (!fact.empty())
             facts += "  ·  " + Text::displayable(fact);
     }
     return {.sessionID = toQString(session.id),
-            .name = toQString(pairName(session.cardName, session.destName)),
+            .name = toQString(isHashed ? Text::displayable(session.cardName)
+                                       : pairName(session.cardName, session.destName)),
             .facts = toQString(facts),
             .verdict = toQString(verdict(status, l10n)),
             .isVerified = status == OutcomeStatus::Verified,
@@ -169,7 +170,7 @@ const HistoryRecord* SessionHistory::chosen() const {
     return found == records_.end() ? nullptr : &*found;
 }
 
-bool SessionHistory::canVerify() const {
+bool SessionHistory::wasCopied() const {
     const auto* session = chosen();
     return session && session->session.status != OutcomeStatus::Hashed;
 }
@@ -192,12 +193,12 @@ void SessionHistory::showReport() {
 }
 
 void SessionHistory::showFolder() {
-    if (const auto* session = chosen())
-        openFolder(this, session->session.sessionRoot);
+    if (wasCopied())
+        openFolder(this, chosen()->session.sessionRoot);
 }
 
 void SessionHistory::verifyAgain() {
-    if (canVerify())
+    if (wasCopied())
         check_.start(*chosen());
 }
 

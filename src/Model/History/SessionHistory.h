@@ -36,7 +36,8 @@ struct SessionRow {
 
 public:
     QString sessionID;
-    /// From which card to which disk.
+    /// From which card to which disk; the card alone where it was only hashed, for no disk has
+    /// anything of it.
     QString name;
     /// When, crew, camera, files and size.
     QString facts;
@@ -61,7 +62,8 @@ class SessionHistory : public QAbstractListModel {
     Q_PROPERTY(bool isPresented READ isPresented WRITE setPresented NOTIFY changed)
     Q_PROPERTY(QString search READ search WRITE setSearch NOTIFY changed)
     Q_PROPERTY(bool hasChosen READ hasChosen NOTIFY changed)
-    Q_PROPERTY(bool canVerify READ canVerify NOTIFY changed)
+    Q_PROPERTY(bool canVerify READ wasCopied NOTIFY changed)
+    Q_PROPERTY(bool canShowFolder READ wasCopied NOTIFY changed)
     Q_PROPERTY(QString note READ note NOTIFY changed)
     Q_PROPERTY(bool isUnread READ isUnread NOTIFY changed)
     Q_PROPERTY(slatewise::CopyCheck* check READ check CONSTANT)
@@ -77,8 +79,9 @@ public:
     /// Shows the sessions that have every word of it in their card, disk, crew, camera or date.
     void setSearch(const QString& search);
     bool hasChosen() const { return chosen() != nullptr; }
-    /// Whether anything was copied that could be read again.
-    bool canVerify() const;
+    /// Whether a session is chosen that copied something: of a card that was only hashed there is
+    /// no folder to be shown or read again.
+    bool wasCopied() const;
     /// Why nothing came of what was asked for last, or why nothing new is shown.
     QString note() const;
     bool isUnread() const { return isUnread_; }
