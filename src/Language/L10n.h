@@ -109,6 +109,10 @@ public:
     std::string adviceCardGone(Text button) const;
     std::string adviceDiskGone(Text button) const;
     std::string adviceNotRead(Text button) const;
+    /// Where the disk cannot hold what the card has.
+    std::string adviceOtherDisk(Text button) const;
+    /// Where all is well but the reports.
+    std::string adviceReports(Text button, bool wasHashing) const;
     std::string adviceRetry(Text button) const;
     std::string pairNotBegun(Text pair) const;
     std::string linkLeadsOut(Text link) const;
