@@ -717,10 +717,18 @@ TEST_F(BatchOfCards, MayOutliveItsModelAndTheNextStartSaysWhatWasLeftWhere) {
     Desk::waitUntil([&] { return store.expired(); });
     EXPECT_FALSE(std::filesystem::exists(desk.folder / "SSD2/reports")) << "it was asked to stop";
 
+    desk.surroundings.findObstacle = [](const auto&) {
+        return std::optional<std::string>("no");
+    };
     start();
     EXPECT_EQ(desk.model().batch()->lastOffload().toStdString(),
               "The last offload was cut off: A001 → SSD1. An unfinished copy lies in " +
                   (desk.folder / "SSD1/2026-03-01/A001").native());
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    EXPECT_NE(leftover(), "") << "one that was refused left nothing";
+    EXPECT_THAT(desk.model().batch()->lastOffload().toStdString(), StartsWith("The last offload"));
+    desk.surroundings.findObstacle = BatchObstacle::find;
     desk.surroundings.runEngine = CopyEngine::run;
     start();
     desk.selectCard(card, "CamA");

@@ -298,13 +298,13 @@ void BatchControl::batchEnded(const BatchResult& result) {
     batch_.reset();
     position_ = {};
     pace_ = {};
-    unfinished_.reset();
-    UnfinishedOffload::forget(state_.defaults);
     // Whatever was ticked in the meantime.
     state_.isVerdictOld = false;
     // A refusal says nothing of the batch before, nor does that of the refusal.
     state_.wasRefused = !result.wasBegun;
     if (result.wasBegun) {
+        unfinished_.reset();
+        UnfinishedOffload::forget(state_.defaults);
         lastResult_ = result;
         lastEnd_ = Clock::now();
     }
