@@ -305,5 +305,5 @@ TEST(TemplatePreview, NamesEveryTokenAndPresetInBothLanguages) {
         EXPECT_EQ(TemplatePreview::choiceName(choice, AppLanguage::Turkish), choice.name);
     }
     EXPECT_EQ(TemplatePreview::choiceBlurb(FolderTemplate::choices[2], AppLanguage::English),
-              "Overwrites the same card the same day");
+              "The same card the same day gets _2");
 }
