@@ -116,8 +116,10 @@ std::string L10n::offloadedBefore(Text date, Text disks) const {
 
 std::string L10n::offloadedAndChanged(Text date, Text disks) const {
     // The disks come last: they are what a narrow row may cut.
-    return isTurkish() ? fmt::format("Kopyalandı: {}, sonra değişti → {}", date, disks)
-                       : fmt::format("Offloaded {}, changed since → {}", date, disks);
+    return isTurkish()
+               ? fmt::format("Kopyalandı: {}, şimdi kopyalanacak olandan farklı → {}", date, disks)
+               : fmt::format("Offloaded {}, differs from what would be copied now → {}", date,
+                             disks);
 }
 
 std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {
@@ -155,6 +157,10 @@ std::string L10n::insufficientSpace(Text needed, Text free, Text disk) const {
                                      disk.empty() ? "" : ": ", disk, needed, free)
                        : fmt::format("Not enough space on the destination{}{} (need {}, {} free).",
                                      gap, disk, needed, free);
+}
+
+std::string L10n::systemError(int code) const {
+    return fmt::format("{} {}", text("system error", "sistem hatası"), code);
 }
 
 std::string L10n::ejectFailed(Text name) const {

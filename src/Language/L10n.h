@@ -52,7 +52,8 @@ public:
     std::string lastVerified(int files, bool hasNotes, Text time) const;
     std::string lastHashed(int files, bool hasNotes, Text time) const;
     std::string lastFailed(Text time) const;
-    /// Of a card that was copied before, and of one that has changed since.
+    /// Of a card that was copied before, and of one of which other files would be copied now, be it
+    /// that it has changed or what is skipped.
     std::string offloadedBefore(Text date, Text disks) const;
     std::string offloadedAndChanged(Text date, Text disks) const;
     /// Of a batch that ended with the program; `folder` may be empty.
@@ -63,6 +64,8 @@ public:
     std::string sizeMismatch(Text source, Text copy) const;
     /// `disk` may be empty.
     std::string insufficientSpace(Text needed, Text free, Text disk = {}) const;
+    /// Of one that has no sentence here.
+    std::string systemError(int code) const;
     std::string ejectFailed(Text name) const;
     /// Of a volume that was unmounted and may be unplugged.
     std::string safeToPull(Text name) const;

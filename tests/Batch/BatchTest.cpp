@@ -134,7 +134,7 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
     desk.unmount("dev-copy");
     writeFile(desk.folder / "A001/B.mov", "5");
     desk.start();
-    Desk::waitUntil(says(", changed since → SSD1, SSD2"));
+    Desk::waitUntil(says(", differs from what would be copied now → SSD1, SSD2"));
     // Another card with as many bytes.
     std::filesystem::remove(desk.folder / "A001/B.mov");
     std::filesystem::last_write_time(desk.folder / "A001/A.mov", time + std::chrono::seconds(2));
@@ -495,7 +495,7 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
         desk.ejected.push_back(mountPoint);
         if (mountPoint.filename() == "A000")
             return {};
-        throw Error("busy");
+        throw DiskUtilClient::EjectError(mountPoint, 1, "busy");
     };
     start();
     desk.model().settings()->setEjectAfterSuccess(true);
@@ -507,7 +507,8 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
         << "not the card that failed";
     EXPECT_THAT(title(), HasSubstr("Z.fifo")) << "a failed eject changes nothing";
     EXPECT_THAT(title(),
-                HasSubstr("\nA000 is unmounted, safe to pull. A001 was not ejected: busy"));
+                HasSubstr("\nA000 is unmounted, safe to pull. A001 was not ejected: the system "));
+    EXPECT_EQ(linesOfLogWith("Not ejected: A001: busy"), 1);
     const auto& batch = *desk.model().batch();
     for (const auto& told : {batch.news().join('\n'), batch.report()})
         EXPECT_EQ(told.count("safe to pull"), 1) << told.toStdString();
