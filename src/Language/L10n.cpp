@@ -282,6 +282,12 @@ std::string L10n::checkNotStored(Text reason) const {
                : fmt::format("This check could not be written into the history: {}", reason);
 }
 
+std::string L10n::onlyLatestShown(std::size_t sessions) const {
+    return isTurkish()
+               ? fmt::format("Yalnızca son {} oturum gösteriliyor; ötekiler için arayın.", sessions)
+               : fmt::format("Only the latest {} are shown; search for others.", sessions);
+}
+
 std::string L10n::templateLeadsOut(Text pathTemplate) const {
     return isTurkish()
                ? fmt::format("Klasör şablonu hedefin dışına ya da raporlarına çıkıyor: {}",

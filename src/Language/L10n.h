@@ -2,6 +2,7 @@
 
 #include "Language/AppLanguage.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -152,6 +153,7 @@ public:
     std::string checkFoundDifferences(Text date, int differences) const;
     std::string checkFailed(Text date, Text reason) const;
     std::string checkNotStored(Text reason) const;
+    std::string onlyLatestShown(std::size_t sessions) const;
     std::string templateLeadsOut(Text pathTemplate) const;
     std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.

@@ -23,7 +23,7 @@ T.ItemDelegate {
     readonly property color hue: isVerified ? DITTheme.success : hasFailed ? DITTheme.danger
                                                                            : DITTheme.info
 
-    width: ListView.view ? ListView.view.width : 0
+    width: ListView.view ? ListView.view.width - ListView.view.rightMargin : 0
     implicitHeight: line.implicitHeight + 2 * padding
     padding: 10
     focusPolicy: ListView.isCurrentItem || activeFocus ? Qt.TabFocus : Qt.NoFocus

@@ -116,6 +116,17 @@ TEST_F(SessionHistoryTest, FindsSessionsAndReadsTheirCopiesAgain) {
     chooseOnly("camc");
     EXPECT_EQ(history->rows()[0].name, "C003") << "no disk has anything of it";
     EXPECT_FALSE(history->wasCopied());
+
+    SQLite::Database(desk.model().state().database->file().native(), SQLite::OPEN_READWRITE)
+        .exec("WITH RECURSIVE more(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM more WHERE i < 300) "
+              "INSERT INTO sessions (id, cardName, destName, cameraLabel, sessionRoot, status, "
+              "startedAt) SELECT id || i, cardName, destName, cameraLabel, sessionRoot, status, "
+              "startedAt FROM sessions, more WHERE cardName = 'C003'");
+    EXPECT_EQ(history->rest(), "");
+    history->setPresented(false);
+    present(300);
+    EXPECT_EQ(history->search(), "");
+    EXPECT_TRUE(history->rest().startsWith("Only the latest 300")) << "of 303";
 }
 
 TEST_F(SessionHistoryTest, SaysOfWhichCopyItSpeaksAndWhatIsInDoubt) {

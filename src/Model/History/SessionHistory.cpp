@@ -79,10 +79,13 @@ void SessionHistory::setPresented(bool presented) {
     note_.clear();
     check_.clear();
     nextTry_.stop();
-    if (presented)
+    if (presented) {
+        search_.clear();
+        show();
         readAgain(this);
-    else
+    } else {
         check_.cancel();
+    }
     Q_EMIT changed();
 }
 
@@ -128,10 +131,15 @@ void SessionHistory::show() {
     if (!isPresented_)
         return;
     std::vector<SessionRow> rows;
+    hasMore_ = false;
     for (const auto& record : records_) {
         auto row = rowOf(record);
-        if (rows.size() < kMostRows && hasAll((row.name + " " + row.facts).toStdString(), search_))
-            rows.push_back(std::move(row));
+        if (!hasAll((row.name + " " + row.facts).toStdString(), search_))
+            continue;
+        hasMore_ = rows.size() == kMostRows;
+        if (hasMore_)
+            break;
+        rows.push_back(std::move(row));
     }
     RowChanges::bring(*this, rows_, std::move(rows));
 }
@@ -177,6 +185,10 @@ bool SessionHistory::wasCopied() const {
 
 QString SessionHistory::note() const {
     return isUnread_ ? toQString(state_.l10n().historyNotRead()) : note_;
+}
+
+QString SessionHistory::rest() const {
+    return hasMore_ ? toQString(state_.l10n().onlyLatestShown(kMostRows)) : QString();
 }
 
 void SessionHistory::choose(const QString& sessionID) {

@@ -65,6 +65,7 @@ class SessionHistory : public QAbstractListModel {
     Q_PROPERTY(bool canVerify READ wasCopied NOTIFY changed)
     Q_PROPERTY(bool canShowFolder READ wasCopied NOTIFY changed)
     Q_PROPERTY(QString note READ note NOTIFY changed)
+    Q_PROPERTY(QString rest READ rest NOTIFY changed)
     Q_PROPERTY(bool isUnread READ isUnread NOTIFY changed)
     Q_PROPERTY(slatewise::CopyCheck* check READ check CONSTANT)
 
@@ -73,7 +74,7 @@ public:
     SessionHistory(ModelState& state, ReportsFolder& reports);
 
     bool isPresented() const { return isPresented_; }
-    /// The store is read each time.
+    /// The store is read each time, and no search is left from the time before.
     void setPresented(bool presented);
     QString search() const { return toQString(search_); }
     /// Shows the sessions that have every word of it in their card, disk, crew, camera or date.
@@ -84,6 +85,8 @@ public:
     bool wasCopied() const;
     /// Why nothing came of what was asked for last, or why nothing new is shown.
     QString note() const;
+    /// That there are more sessions than are shown; else empty.
+    QString rest() const;
     bool isUnread() const { return isUnread_; }
     CopyCheck* check() { return &check_; }
 
@@ -135,6 +138,7 @@ private:
     /// The store could not be read the last time.
     bool isUnread_ = false;
     bool isPresented_ = false;
+    bool hasMore_ = false;
 };
 
 } // namespace slatewise
