@@ -13,6 +13,9 @@ namespace slatewise {
 
 namespace {
 
+/// Nobody may take the last file at work for the end.
+constexpr double kMostWhileBusy = 0.99;
+
 BatchControl::Standing standingOf(const OffloadPhase& phase) {
     if (ProgressTexts::isBusy(phase))
         return BatchControl::Busy;
@@ -64,7 +67,8 @@ BatchControl::Shown BatchControl::shownNow() const {
     Shown now;
     now.standing = standingOf(phase);
     now.fraction = ProgressTexts::fraction(phase, position_);
-    now.percentText = toQString(ProgressTexts::percent(now.fraction));
+    now.percentText = toQString(ProgressTexts::percent(
+        now.standing == Busy ? std::min(now.fraction, kMostWhileBusy) : now.fraction));
     now.isRefused = stepsBack && state_.notice;
     const auto& settings = now.standing == Busy ? lastPlan_.settings : state_.settings;
     now.title = toQString(now.isRefused
