@@ -105,7 +105,7 @@ TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsFilesOnce) {
     EXPECT_EQ(desk.model().state().cardUnits, CardUnits{});
     EXPECT_EQ(readFile(result().pairs[1].sessionRoot / "A.mov"), "1234");
     EXPECT_THAT(desk.ejected, IsEmpty()) << "nobody asked for it";
-    Desk::waitUntil([&] { return desk.model().destinations()->rows()[1].subtitle == "5 KB"; });
+    Desk::waitUntil([&] { return desk.model().destinations()->rows()[1].subtitle == "5 KB free"; });
 }
 
 TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {

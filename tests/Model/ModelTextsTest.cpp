@@ -176,7 +176,7 @@ TEST(ProgressTexts, SayWhatAVolumeHolds) {
     EXPECT_EQ(line(picked, Side::Card), "5 KB · folder");
     EXPECT_EQ(line(volume("measuring"), Side::Card, kTurkish), "boyut…");
     EXPECT_EQ(line(volume("unheard of"), Side::Card), "");
-    EXPECT_EQ(line(volume("measured", 7'000'000), Side::Destination), "7 MB");
+    EXPECT_EQ(line(volume("measured", 7'000'000), Side::Destination), "7 MB free");
     EXPECT_EQ(line(volume("measuring"), Side::Destination), "size…");
     EXPECT_EQ(line(volume("unheard of"), Side::Destination), "0 bytes");
     auto locked = volume("locked", 7'000'000);
