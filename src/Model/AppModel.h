@@ -52,8 +52,7 @@ class AppModel : public QObject {
 
 public:
     /// Reads what is stored, opens the store, takes up the volumes, and begins to watch them.
-    /// Nothing waits for the network. `surroundings`
-    /// must have settings; all else may be left out.
+    /// Nothing waits for the network. `surroundings` must have settings; all else may be left out.
     explicit AppModel(Surroundings surroundings, QObject* parent = nullptr);
 
     static QString appName();

@@ -178,6 +178,12 @@ TEST_F(SessionHistoryTest, AStoreThatIsHeldMakesNoDamagedCopyGood) {
     EXPECT_FALSE(history->rows()[0].isCheckGood);
     EXPECT_FALSE(desk.model().state().database->writeWhatIsKept(L10n(AppLanguage::English)));
     EXPECT_FALSE(desk.model().state().database->history().back().lastCheck->isGood());
+
+    desk.quit();
+    writeFile(file, std::string(8192, 'x'));
+    desk.start();
+    present(0);
+    Desk::waitUntil([&] { return history->note().startsWith("The history was damaged"); });
 }
 
 TEST_F(SessionHistoryTest, ADiskThatDoesNotAnswerKeepsNobodyFromStopping) {

@@ -22,11 +22,16 @@ constexpr std::size_t kMostRows = 300;
 /// A store that another program holds comes free at some time.
 constexpr std::chrono::seconds kUntilNextTry{2};
 
+struct WhatIsStored {
+    std::vector<HistoryRecord> records;
+    std::filesystem::path setAside;
+};
+
 /// Nothing when the store cannot be read. One that could not be the last time either is in the log
 /// already.
-std::optional<std::vector<HistoryRecord>> historyOf(const AppDatabase& database, bool wasUnread) {
+std::optional<WhatIsStored> historyOf(const AppDatabase& database, bool wasUnread) {
     try {
-        return database.history();
+        return WhatIsStored{database.history(), database.setAside()};
     } catch (const std::exception& failure) {
         if (!wasUnread)
             AppLog::append("History not read: " + describe(failure));
@@ -100,13 +105,14 @@ QCoro::Task<> SessionHistory::readAgain(QPointer<SessionHistory> self) {
     const auto reading = onWorker([database = self->state_.database, wasUnread = self->isUnread_] {
         return historyOf(*database, wasUnread);
     });
-    auto records = co_await reading;
+    auto stored = co_await reading;
     if (!self)
         co_return;
-    self->isUnread_ = !records;
-    if (records) {
+    self->isUnread_ = !stored;
+    if (stored) {
         self->nextTry_.stop();
-        self->records_ = std::move(*records);
+        self->records_ = std::move(stored->records);
+        self->setAside_ = std::move(stored->setAside);
         self->takeChecks();
         self->show();
     } else if (self->isPresented_) {
@@ -184,7 +190,12 @@ bool SessionHistory::wasCopied() const {
 }
 
 QString SessionHistory::note() const {
-    return isUnread_ ? toQString(state_.l10n().historyNotRead()) : note_;
+    if (isUnread_)
+        return toQString(state_.l10n().historyNotRead());
+    // Else nobody knows why what was offloaded before is missing.
+    if (note_.isEmpty() && !setAside_.empty())
+        return toQString(state_.l10n().historySetAside(Text::legible(setAside_.native())));
+    return note_;
 }
 
 QString SessionHistory::rest() const {

@@ -83,7 +83,7 @@ public:
     /// Whether a session is chosen that copied something: of a card that was only hashed there is
     /// no folder to be shown or read again.
     bool wasCopied() const;
-    /// Why nothing came of what was asked for last, or why nothing new is shown.
+    /// Why nothing came of what was asked for last, or why nothing new is shown, or nothing old.
     QString note() const;
     /// That there are more sessions than are shown; else empty.
     QString rest() const;
@@ -127,6 +127,8 @@ private:
     ReportsFolder& reports_;
     CopyCheck check_;
     std::vector<HistoryRecord> records_;
+    /// Where the history lies that this one was begun in place of, if there was one.
+    std::filesystem::path setAside_;
     /// The latest check of each session since the start, whatever the store knows.
     std::map<std::string, CheckRecord> checks_;
     std::vector<SessionRow> rows_;
