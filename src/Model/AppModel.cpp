@@ -38,7 +38,7 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
     };
     connect(&volumes_, &VolumeFollower::cardAppeared, this, &AppModel::notifyService);
     connect(&batch_, &BatchControl::finished, this, [this] {
-        refreshSessionsLater(this);
+        refreshAfterBatch(this);
         volumes_.measureCardsAnew();
     });
     reports_.restore();
@@ -46,7 +46,7 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
     updateSaasLine();
     state_.publish();
     volumes_.begin();
-    recentSessions_ = latestOf(*state_.database).value_or(recentSessions_);
+    refreshSessions(this);
     reports_.migrateArchive();
     for (const auto& destination : state_.board.list(VolumeSide::Destination))
         reports_.migrateDisk(destination.facts.mountPoint);
@@ -123,16 +123,22 @@ void AppModel::notifyService(const std::string& cardName) const {
         DirectSaaSClient{.profile = *profile, .limits = {}}.notifyDetected(cardName);
 }
 
-/// The store may be at work for others.
-QCoro::Task<> AppModel::refreshSessionsLater(QPointer<AppModel> self) {
+/// The store may be at work for others, for as long as it likes: of several answers only the one to
+/// the last question is new.
+QCoro::Task<> AppModel::refreshSessions(QPointer<AppModel> self) {
+    const auto question = ++self->askedForSessions_;
     const auto reading =
         onWorker([database = self->state_.database] { return latestOf(*database); });
     auto sessions = co_await reading;
-    if (!self)
-        co_return;
-    if (sessions)
+    if (self && sessions && question == self->askedForSessions_)
         self->recentSessions_ = std::move(*sessions);
-    Q_EMIT self->recentSessionsRead();
+}
+
+QCoro::Task<> AppModel::refreshAfterBatch(QPointer<AppModel> self) {
+    const auto refreshing = refreshSessions(self);
+    co_await refreshing;
+    if (self)
+        Q_EMIT self->recentSessionsRead();
 }
 
 } // namespace slatewise

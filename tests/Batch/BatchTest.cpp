@@ -94,7 +94,7 @@ TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsFilesOnce) {
     EXPECT_EQ(desk.model().state().cardUnits, CardUnits{});
     EXPECT_EQ(readFile(result().pairs[1].sessionRoot / "A.mov"), "1234");
     EXPECT_THAT(desk.ejected, IsEmpty()) << "nobody asked for it";
-    Desk::waitUntil([&] { return desk.model().destinations()->rows()[1].subtitle == "5 KB"; });
+    Desk::waitUntil([&] { return desk.model().destinations()->rows()[1].subtitle == "5 KB free"; });
 }
 
 TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
@@ -123,7 +123,7 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
     desk.unmount("dev-copy");
     writeFile(desk.folder / "A001/B.mov", "5");
     desk.start();
-    Desk::waitUntil(says(", changed since → SSD1, SSD2"));
+    Desk::waitUntil(says(", differs from what would be copied now → SSD1, SSD2"));
     // Another card with as many bytes.
     std::filesystem::remove(desk.folder / "A001/B.mov");
     std::filesystem::last_write_time(desk.folder / "A001/A.mov", time + std::chrono::seconds(2));
@@ -196,7 +196,7 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
         desk.ejected.push_back(mountPoint);
         if (mountPoint.filename() == "A000")
             return {};
-        throw Error("busy");
+        throw DiskUtilClient::EjectError(mountPoint, 1, "busy");
     };
     start();
     desk.model().settings()->setEjectAfterSuccess(true);
@@ -208,7 +208,8 @@ TEST_F(BatchOfCards, ACardIsEjectedAfterItsLastPairOnly) {
         << "not the card that failed";
     EXPECT_THAT(title(), HasSubstr("Z.fifo")) << "a failed eject changes nothing";
     EXPECT_THAT(title(),
-                HasSubstr("\nA000 is unmounted, safe to pull. A001 was not ejected: busy"));
+                HasSubstr("\nA000 is unmounted, safe to pull. A001 was not ejected: the system "));
+    EXPECT_EQ(linesOfLogWith("Not ejected: A001: busy"), 1);
     const auto& batch = *desk.model().batch();
     for (const auto& told : {batch.news().join('\n'), batch.report()})
         EXPECT_EQ(told.count("safe to pull"), 1) << told.toStdString();
@@ -343,10 +344,18 @@ TEST_F(BatchOfCards, MayOutliveItsModelAndTheNextStartSaysWhatWasLeftWhere) {
     Desk::waitUntil([&] { return store.expired(); });
     EXPECT_FALSE(std::filesystem::exists(desk.folder / "SSD2/reports")) << "it was asked to stop";
 
+    desk.surroundings.findObstacle = [](const auto&) {
+        return std::optional<std::string>("no");
+    };
     start();
     EXPECT_EQ(desk.model().batch()->lastOffload().toStdString(),
               "The last offload was cut off: A001 → SSD1. An unfinished copy lies in " +
                   (desk.folder / "SSD1/2026-03-01/A001").native());
+    desk.selectCard(card, "CamA");
+    desk.copy();
+    EXPECT_NE(leftover(), "") << "one that was refused left nothing";
+    EXPECT_THAT(desk.model().batch()->lastOffload().toStdString(), StartsWith("The last offload"));
+    desk.surroundings.findObstacle = BatchObstacle::find;
     desk.surroundings.runEngine = CopyEngine::run;
     copy(card);
     EXPECT_EQ(leftover(), "") << "no news after the next one";

@@ -40,6 +40,8 @@ TEST_F(Application, BeginsPlainlyWithNothingStored) {
     EXPECT_EQ(model().units()->title(), "Select one or more cards first.");
     EXPECT_FALSE(model().batch()->canCopy());
     EXPECT_TRUE(model().reports()->isDefault());
+    model().batch()->phaseChanged(Phase::Verifying{"a", 9, 10, 0.999});
+    EXPECT_EQ(model().batch()->percentText(), "99%") << "the last file is not the end";
     EXPECT_THAT(logOfUserIn(desk.folder / "user"),
                 HasSubstr("Uygulama açıldı v" + std::string(AppInfo::version)));
 }

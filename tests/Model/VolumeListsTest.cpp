@@ -67,6 +67,8 @@ TEST_F(Application, TellsCardsApartAndSaysWhyOneIsNoDestination) {
     EXPECT_FALSE(model().batch()->isRefused()) << "another one will do";
     model().cards()->remove(card);
     EXPECT_EQ(names(*model().destinations()), QStringList({"x+"})) << "a card all the same";
+    EXPECT_EQ(model().otherVolumes()->rows().at(0).name, "B002") << "where it can be reached";
+    EXPECT_FALSE(model().otherVolumes()->rows().at(0).canBeDestination);
     desk.choice = desk.folder / "B002";
     model().destinations()->pickFolder();
     Desk::waitUntil([&] { return model().batch()->isRefused(); });

@@ -11,6 +11,7 @@
 
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <stop_token>
 #include <utility>
@@ -111,7 +112,8 @@ double CopyCheck::fraction() const {
 }
 
 QString CopyCheck::percentText() const {
-    return toQString(ProgressTexts::percent(fraction()));
+    // It is shown only while the check goes on, and is no end of it.
+    return toQString(ProgressTexts::percent(std::min(fraction(), 0.99)));
 }
 
 QString CopyCheck::title() const {
