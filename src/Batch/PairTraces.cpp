@@ -1,6 +1,7 @@
 #include "Batch/PairTraces.h"
 
 #include "Language/L10n.h"
+#include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Reports/PassingSet.h"
 #include "Reports/ReportFolder.h"
@@ -57,9 +58,14 @@ public:
 
 private:
     SessionManifest manifestOf(std::vector<FileCopyResult> files) const {
-        return ReportWriter::buildManifest(outcome_, std::move(files), pair_.card.facts,
-                                           pair_.destination.facts, pair_.camera, pair_.ekip,
-                                           plan_.language);
+        auto manifest = ReportWriter::buildManifest(outcome_, std::move(files), pair_.card.facts,
+                                                    pair_.destination.facts, pair_.camera,
+                                                    pair_.ekip, plan_.language);
+        // Below a folder that is left out there is no row that could say so.
+        const auto names = plan_.settings.skipNames();
+        if (names != TreeWalker::defaultSkipNames())
+            manifest.skipNames.emplace(names.begin(), names.end());
+        return manifest;
     }
 
     void makeInArchive() {

@@ -67,6 +67,7 @@ void CopyCheck::Work::check() {
     const auto& known = session.session;
     const auto tree =
         Verify::findListsOf({known.id, session.reportFolder, known.sessionRoot}, stop.get_token());
+    outcome.notes = tree.notes;
     const Verify::Watch watch = {.progress = mail.observer().progress,
                                  .finding = [this](const Verify::Finding& finding) {
                                      outcome.add(finding);
