@@ -28,8 +28,8 @@ std::optional<std::vector<SessionRecord>> latestOf(const AppDatabase& database) 
 
 AppModel::AppModel(Surroundings surroundings, QObject* parent)
     : QObject(parent), state_(std::move(surroundings)), drainer_(*state_.database),
-      serviceProfile_(SupportPaths::applicationSupport()), reports_(state_),
-      volumes_(state_, reports_), cards_(VolumeSide::Card, state_, volumes_),
+      serviceProfile_(SupportPaths::applicationSupport()), reports_(state_), volumes_(state_),
+      cards_(VolumeSide::Card, state_, volumes_),
       destinations_(VolumeSide::Destination, state_, volumes_), otherVolumes_(state_, volumes_),
       units_(state_), settings_(state_, volumes_), pathTemplate_(state_),
       history_(state_, reports_), batch_(state_, volumes_, serviceProfile_) {
@@ -37,6 +37,8 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
         serviceProfileChanged();
     };
     connect(&volumes_, &VolumeFollower::cardAppeared, this, &AppModel::notifyService);
+    connect(&volumes_, &VolumeFollower::destinationListed, &reports_,
+            &ReportsFolder::migrateDiskOnce);
     connect(&batch_, &BatchControl::finished, this, [this] {
         refreshAfterBatch(this);
         volumes_.measureCardsAnew();
