@@ -315,8 +315,13 @@ void addHistory(const std::string& folder, ListedTree& tree) {
     if (!history.generations().empty())
         tree.ignored[folder] = history.generations().back().ignored;
     // It grows with each generation, whatever a list of the day before says of it. Reading it has
-    // shown that it holds together.
-    tree.files.erase(lists + "/" + std::string(MediaHashList::kChainName));
+    // shown that it holds together. A manifest names it as it would be shown.
+    const auto chain = lists + "/" + std::string(MediaHashList::kChainName);
+    tree.files.erase(chain);
+    for (const auto& [place, names] : tree.reported) {
+        if (chain.starts_with(place))
+            tree.files.erase(place + Text::displayable(chain.substr(place.size())));
+    }
 }
 
 void compareHashLists(const ReportSet& set, ListedTree& tree) {

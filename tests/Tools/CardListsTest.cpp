@@ -233,19 +233,17 @@ TEST_F(VerifyProgram, WhatARunLeftOutOfACopyIsNotMissedThere) {
     writeFile(card / "PROXY/y.mov", "y");
     addList(card / "PROXY", {HashFormat::MD5});
     addList(card, {HashFormat::MD5});
-    for (const bool bringsList : {false, true}) {
-        const auto root = offload("--exclude=PROXY");
-        if (bringsList) {
-            // The next generation says itself what it leaves out.
-            ASSERT_EQ(program("slatewise-verify", {"--mhl", "--quiet", root}).exitCode, 0);
-        }
-        const auto result = program("slatewise-verify", {"--quiet", "--language=en", root});
+    const auto root = offload("--exclude=PROXY");
+    // The generation that is added gives up what every system leaves behind.
+    for (const auto* const note :
+         {"(2): PROXY/ascmhl/0002_PROXY_", "(1): PROXY/ascmhl/0002_PROXY_"}) {
+        const auto result = program("slatewise-verify", {"--quiet", "--mhl", root});
         EXPECT_EQ(result.exitCode, 0) << result.standardOutput;
-        EXPECT_THAT(result.standardError, HasSubstr("(2): PROXY/ascmhl/0001_PROXY_"));
-        std::filesystem::remove(root / "CLIP/a.mov");
-        EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
-                  "missing\tCLIP/a.mov\n");
+        EXPECT_THAT(result.standardError, HasSubstr(note));
     }
+    std::filesystem::remove(root / "CLIP/a.mov");
+    EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
+              "missing\tCLIP/a.mov\n");
 }
 
 TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {

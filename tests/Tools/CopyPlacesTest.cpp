@@ -118,17 +118,19 @@ TEST_F(VerifyProgram, FindsWhatLiesInASessionsFolderAndUnderNamesThatNoListCanHo
         EXPECT_EQ(result.exitCode, 0) << way << result.standardOutput << result.standardError;
     }
     // A manifest shows such names, and cannot hold them.
+    const auto nested = folder / "A001/odd \xff";
+    writeFile(nested / "c", "c");
+    writeFile(nested / "checksums.sha256", hashOf(HashFormat::SHA256, "c") + "  c\n");
+    ASSERT_EQ(program("slatewise-verify", {"--mhl", nested}).exitCode, 0);
     const auto odd = folder / "odd \xff";
-    std::filesystem::rename(outer, odd.parent_path() / "outer");
-    std::filesystem::rename(folder / "Disk", odd);
+    std::filesystem::remove_all(folder / "Disk");
+    std::filesystem::create_directory(odd);
     std::filesystem::rename(folder / "A001", folder / "A \xff");
-    const auto copied = run({(programsFolder() / "slatewise-offload").native(), "--mhl", "--quiet",
-                             "--to", odd, folder / "A \xff"},
-                            userIn(folder / "user"));
+    const auto copied =
+        program("slatewise-offload", {"--mhl", "--quiet", "--to", odd, folder / "A \xff"});
     ASSERT_EQ(copied.exitCode, 0) << copied.standardError;
-    const auto& line = copied.standardOutput;
-    const auto set = std::filesystem::path(Text::trimmed(line.substr(line.rfind('\t') + 1)));
-    for (const auto& way : {odd, odd / "reports" / set.filename()}) {
+    const auto set = std::filesystem::directory_iterator(odd / "reports")->path();
+    for (const auto& way : {odd, set}) {
         const auto result = program("slatewise-verify", {"--quiet", way});
         EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
     }

@@ -181,6 +181,7 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         std::filesystem::remove_all(root);
         std::filesystem::remove_all(reports);
     }
+    std::filesystem::remove_all(folder / "reports");
 
     const Case ofHistories[] = {
         {"nothing", [](const auto&) {}, ""},
