@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <latch>
 #include <memory>
 #include <thread>
 
@@ -13,14 +14,13 @@ using namespace slatewise::test;
 
 TEST(FolderPresence, NeverWaitsForAFolderThatIsSilent) {
     // Each question takes its time, also the one that is asked at the news.
-    const auto mayAnswer = std::make_shared<std::atomic<bool>>(false);
+    const auto mayAnswer = std::make_shared<std::latch>(1);
     const auto asked = std::make_shared<std::atomic<int>>(0);
     FolderPresence presence([mayAnswer, asked](const auto& folder) {
         if (folder != "/share")
             return folder == "/here";
         ++*asked;
-        while (!*mayAnswer)
-            std::this_thread::yield();
+        mayAnswer->wait();
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
         return false;
     });
@@ -39,7 +39,7 @@ TEST(FolderPresence, NeverWaitsForAFolderThatIsSilent) {
     EXPECT_EQ(*asked, 1);
     EXPECT_EQ(gone, 0);
 
-    *mayAnswer = true;
+    mayAnswer->count_down();
     Desk::waitUntil([&] { return gone == 1; });
     EXPECT_EQ(*asked, 1);
     EXPECT_TRUE(presence.isThere("/share")) << "asked anew: it may have come back";
