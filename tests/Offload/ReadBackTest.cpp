@@ -82,7 +82,7 @@ TEST(ReadBack, ATouchedCopyIsReadOnceMoreAndNoMore) {
     const auto copy = disk / "clip.mov";
     writeFile(copy, bytesOf(5000));
     ProvedCopies copies{RootFolder(disk.path())};
-    copies.note(0, "clip.mov");
+    copies.note(0, FileSystem::attributes(copy));
     std::vector<FileCopyResult> rows(1);
     rows[0].relativePath = "clip.mov";
     rows[0].sizeBytes = 5000;
