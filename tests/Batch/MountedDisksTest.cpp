@@ -115,7 +115,7 @@ TEST_F(BatchOfCards, ACardStaysWhenADiskThatHasItIsGone) {
         EXPECT_EQ(pair.status, OutcomeStatus::Verified);
     EXPECT_THAT(desk.ejected, IsEmpty());
     EXPECT_THAT(result().ejects, ElementsAre("A001 was not ejected: a disk with its copy is not "
-                                             "there any more."));
+                                             "there any more"));
 }
 
 TEST_F(BatchOfCards, WhatGoesBeforeItsReportsKeepsNoOtherTraceAway) {

@@ -61,7 +61,7 @@ ViewCase {
 
     function test_a_screen_reader_says_what_things_are() {
         const cases = [
-            [row("cards", 0), Accessible.ListItem, "A001, 118.2 GB, Ekip1, CamA", false],
+            [row("cards", 0), Accessible.ListItem, "A001, 118.2 GB, /media/dit/A001, Ekip1, CamA", false],
             [find("mark", row("cards", 0)), Accessible.CheckBox, "Select A001", true],
             [find("mark", row("cards", 2)), Accessible.CheckBox, "Select SES_MIX_02", false],
             [find("remove", row("cards", 0)), Accessible.Button, "Remove path A001", false],
