@@ -12,6 +12,7 @@ void benchProof(const std::filesystem::path& folder);
 void benchMemory(const std::filesystem::path& folder);
 void benchMillion(const std::filesystem::path& folder);
 void benchWalk(const std::filesystem::path& folder);
+void benchWalkMillion(const std::filesystem::path& folder);
 void benchReports(const std::filesystem::path& folder);
 void benchStore(const std::filesystem::path& folder);
 

@@ -20,7 +20,10 @@ namespace {
 using namespace slatewise;
 
 void tell(const std::string& sentence) {
-    std::fprintf(stderr, "slatewise-dit: %s\n", Text::visible(sentence).c_str());
+    // What a library says may be of any length.
+    constexpr std::size_t kLongestSentence = 400;
+    const auto shown = Text::shortened(Text::visible(sentence), kLongestSentence);
+    std::fprintf(stderr, "slatewise-dit: %s\n", shown.c_str());
 }
 
 void tellOfFailure(const std::string& reason) {

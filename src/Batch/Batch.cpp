@@ -17,6 +17,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <utility>
 
@@ -30,12 +31,6 @@ constexpr std::chrono::milliseconds kProgressInterval{16};
 /// How long a step may take to end once a stop is asked for.
 constexpr std::chrono::seconds kGrace{5};
 
-int countRows(const OffloadOutcome& outcome, VerifyStatus verifyStatus) {
-    return static_cast<int>(
-        std::count_if(outcome.files.begin(), outcome.files.end(),
-                      [&](const auto& row) { return row.verifyStatus == verifyStatus; }));
-}
-
 CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
     return {.card = pair.card,
             .destination = pair.destination,
@@ -46,15 +41,6 @@ CopyEngine::Request requestFor(const BatchPlan& plan, const BatchPair& pair) {
             .ekip = pair.ekip,
             .sessionID = Uuid::random(),
             .now = Clock::now()};
-}
-
-void takeOver(const OffloadOutcome& outcome, PairResult& result) {
-    const bool isHashed = outcome.status == OutcomeStatus::Hashed;
-    result.runStatus = outcome.status;
-    result.sessionRoot = outcome.sessionRoot;
-    result.filesDone = countRows(outcome, isHashed ? VerifyStatus::Hashed : VerifyStatus::Verified);
-    if (outcome.status == OutcomeStatus::Verified)
-        result.bytesDone = outcome.bytesCopied;
 }
 
 QCoro::Task<> drain(AppDatabase database, std::optional<SaaSProfile> profile) {
@@ -101,6 +87,8 @@ struct Batch::PairWork {
     PairResult result;
     /// Of the step at work.
     std::exception_ptr failure;
+    /// Nobody waits for it any longer, and it is told as failed.
+    std::atomic<bool> isGivenUp = false;
 
     /// As far as anybody knows by now.
     bool isCopyComplete(std::optional<OutcomeStatus> runStatus) const {
@@ -265,7 +253,7 @@ QCoro::Task<> Batch::runEngine(std::shared_ptr<PairWork> work) {
         }
         if (work->note)
             work->outcome->problems.insert(work->outcome->problems.begin(), *work->note);
-        takeOver(*work->outcome, work->result);
+        work->result.take(*work->outcome);
     });
     const bool hasEnded = co_await running;
     postman.stop();
@@ -287,7 +275,8 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         work->lists.settle(pair, *outcome, work->mail.observer().problem);
         const auto [inArchive, onDestination, shown, filesProved, wasStopped] =
             PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
-                              work->mail.observer().problem, self->stop_.get_token());
+                              work->mail.observer().problem, self->stop_.get_token(),
+                              [work] { return work->isGivenUp.load(); });
         result.status = outcome->status;
         if (result.runStatus != OutcomeStatus::Hashed)
             result.filesDone = filesProved;
@@ -326,8 +315,9 @@ QCoro::Task<bool> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::se
     co_return hasEnded;
 }
 
-/// What still goes on without us may yet end well; nobody waits for it any longer.
+/// What still goes on without us may yet end; nobody waits for it any longer.
 void Batch::giveUp(PairWork& work, OffloadProblem::Kind why) {
+    work.isGivenUp = true;
     work.mail.observer().problem({why, work.pair.name});
     throw CancellationError();
 }
@@ -371,17 +361,26 @@ QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume ca
     if (stop_.stop_requested())
         co_return CardEject::refuse(card, &L10n::cancelled, l10n);
     const auto sentence = std::make_shared<std::string>();
-    auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n,
-                              folder = folders_.release(card.facts.mountPoint), card]() mutable {
-        // Another card may lie there by now.
-        if (!folder || !folder->isStillAtItsPath()) {
-            *sentence = CardEject::refuse(card, &L10n::cardNotAtItsPath, l10n);
-            return;
-        }
-        // A volume that is held open cannot be unmounted.
-        folder.reset();
-        *sentence = CardEject::run(eject, card, l10n);
-    });
+    // A disk that had its copy an hour ago may be gone by now.
+    auto ejecting =
+        onWorker([eject = surroundings_.eject, sentence, l10n, disks = folders_.disksOf(plan_),
+                  folder = folders_.release(card.facts.mountPoint), card]() mutable {
+            // Another card may lie there by now.
+            if (!folder || !folder->isStillAtItsPath()) {
+                *sentence = CardEject::refuse(card, &L10n::cardNotAtItsPath, l10n);
+                return;
+            }
+            const auto isThere = [](const auto& disk) {
+                return disk->isStillAtItsPath();
+            };
+            if (!std::all_of(disks.begin(), disks.end(), isThere)) {
+                *sentence = CardEject::refuse(card, &L10n::diskNotAtItsPath, l10n);
+                return;
+            }
+            // A volume that is held open cannot be unmounted.
+            folder.reset();
+            *sentence = CardEject::run(eject, card, l10n);
+        });
     const auto ending = waitForEnd(std::move(ejecting), stop_.get_token());
     const bool hasEnded = co_await ending;
     co_return hasEnded ? *sentence : CardEject::leaveInDoubt(card, l10n);

@@ -20,7 +20,8 @@ std::string reasonOf(const DiskUtilClient::EjectError& refusal, L10n l10n) {
     case Cause::Other:
         break;
     }
-    return refusal.reason();
+    // Its words are those of the disk service, in whatever language that speaks.
+    return std::string(l10n.systemRefused());
 }
 
 } // namespace

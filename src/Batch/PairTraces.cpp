@@ -1,7 +1,9 @@
 #include "Batch/PairTraces.h"
 
 #include "Language/L10n.h"
+#include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
+#include "Reports/PassingSet.h"
 #include "Reports/ReportFolder.h"
 #include "Reports/ReportWriter.h"
 #include "Service/OutboxPayload.h"
@@ -25,18 +27,21 @@ class Traces {
 public:
     Traces(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
            ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-           const std::stop_token& stop)
+           const std::stop_token& stop, const std::function<bool()>& isGivenUp)
         : plan_(plan), pair_(pair), outcome_(outcome), copies_(copies), database_(database),
-          tell_(tell), stop_(stop), archive_(*pair.archiveFolder), disk_(*pair.destinationFolder),
-          manifest_(manifestOf(std::exchange(outcome.files, {}))) {}
+          tell_(tell), stop_(stop), isGivenUp_(isGivenUp), archive_(*pair.archiveFolder),
+          disk_(*pair.destinationFolder), manifest_(manifestOf(std::exchange(outcome.files, {}))) {}
 
     Folders leave() {
-        putIntoArchive();
+        makeInArchive();
         const auto told = outcome_.problems.size();
-        putOntoDisk();
+        makeOnDisk();
         const bool wasStopped = lookOnceMore();
+        if (isGivenUp_ && isGivenUp_())
+            fail({Kind::ReportsNotAwaited, pair_.name});
         if (wasStopped || outcome_.problems.size() != told)
-            putFailureInPlace();
+            makeAgain();
+        putInPlace();
         giveUpClaims();
         const bool isArchiveBest = isArchiveWhole_ || folders_.onDestination.empty();
         folders_.shown = isArchiveBest && !folders_.inArchive.empty() ? folders_.inArchive
@@ -53,37 +58,36 @@ public:
 
 private:
     SessionManifest manifestOf(std::vector<FileCopyResult> files) const {
-        return ReportWriter::buildManifest(outcome_, std::move(files), pair_.card.facts,
-                                           pair_.destination.facts, pair_.camera, pair_.ekip,
-                                           plan_.language);
+        auto manifest = ReportWriter::buildManifest(outcome_, std::move(files), pair_.card.facts,
+                                                    pair_.destination.facts, pair_.camera,
+                                                    pair_.ekip, plan_.language);
+        // Below a folder that is left out there is no row that could say so.
+        const auto names = plan_.settings.skipNames();
+        if (names != TreeWalker::defaultSkipNames())
+            manifest.skipNames.emplace(names.begin(), names.end());
+        return manifest;
     }
 
-    void putIntoArchive() {
+    void makeInArchive() {
         try {
-            name_ = claimName();
-            isClaimedInArchive_ = true;
-            writeIntoArchive();
+            requireAtItsPath(archive_);
+            if (name_.empty()) {
+                name_ = claimName();
+                isClaimedInArchive_ = true;
+            }
+            archived_.emplace(archive_, name_);
+            isArchiveWhole_ = writeSet(archived_->folder(), archive_.path().native());
         } catch (const std::exception& failure) {
-            fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.path().native(), failure));
+            archived_.reset();
+            failOnce(Kind::ReportsNotArchived, archive_.path().native(), failure);
             manifest_ = manifestOf(std::move(manifest_.files));
         }
     }
 
-    void writeIntoArchive() {
-        archived_.reset();
-        requireArchive();
-        ReportFolder::putWhole(archive_, name_, [&](const RootFolder& passing) {
-            isArchiveWhole_ = writeSet(passing, archive_.path().native());
-            requireArchive();
-        });
-        folders_.inArchive = archive_.path() / name_;
-        archived_.emplace(archive_.below(name_));
-    }
-
-    /// The set goes to the folder that is held; people look for it by its path.
-    void requireArchive() const {
-        if (!archive_.isStillAtItsPath())
-            throw PosixError("open", archive_.path(), ENOENT);
+    /// A set goes to the folder that is held; people look for it by its path.
+    static void requireAtItsPath(const RootFolder& root) {
+        if (!root.isStillAtItsPath())
+            throw PosixError("open", root.path(), ENOENT);
     }
 
     /// A page that cannot be made costs no list. False when one is missing, which the set then
@@ -127,8 +131,7 @@ private:
     bool isArchiveOnDisk() const {
         try {
             return isArchiveTheDisk() ||
-                   (archived_ &&
-                    disk_.below(ReportFolder::onDestination(name_)).isSame(*archived_));
+                   disk_.below(ReportFolder::onDestination(name_)).isSame(archive_.below(name_));
         } catch (const PosixError&) {
             return false;
         }
@@ -137,27 +140,31 @@ private:
     /// What lies beneath a disk that is gone is none of ours.
     bool isDiskInPlace() const { return disk_.isStillAtItsPath(); }
 
-    void putOntoDisk() {
-        if (!isDiskInPlace())
+    void makeOnDisk() {
+        if (!isDiskInPlace() || isArchiveTheDisk() || (archived_ && isArchiveOnDisk()))
             return;
         try {
-            writeOntoDisk();
+            // What the archive could not take may have room here.
+            if (name_.empty())
+                name_ = claimOnDisk();
+            onDisk_.emplace(disk_, ReportFolder::onDestination(name_));
+            if (archived_ && isArchiveWhole_)
+                copySet(onDisk_->folder());
+            else
+                writeSet(onDisk_->folder(), pair_.destination.name());
         } catch (const std::exception& failure) {
-            fail(OffloadProblem::of(Kind::ReportsNotCopied, pair_.destination.name(), failure));
+            onDisk_.reset();
+            failOnce(Kind::ReportsNotCopied, pair_.destination.name(), failure);
         }
     }
 
-    /// Writing the set takes its time, and whoever reads "verified" in it reads it now. Gives
+    /// Writing the sets takes its time, and whoever reads "verified" in one reads it now. Gives
     /// whether a stop left open what became of the copies, which are not proved then.
     bool lookOnceMore() {
-        // The set went to the disk that is held; people look for it by its path.
         if (!isDiskInPlace()) {
+            onDisk_.reset();
             fail({Kind::DiskReplaced, pair_.destination.name()});
             return false;
-        }
-        if (!folders_.inArchive.empty() && !archive_.isStillAtItsPath()) {
-            fail(OffloadProblem::of(Kind::ReportsNotArchived, archive_.path().native(),
-                                    PosixError("open", archive_.path(), ENOENT)));
         }
         if (!copies_)
             return false;
@@ -169,22 +176,83 @@ private:
         return changes.wasStopped;
     }
 
-    void writeOntoDisk() {
-        if (isArchiveOnDisk()) {
-            folders_.onDestination = folders_.inArchive;
-            return;
+    /// The sets on their way tell of an end that was not to be: they are made anew with what has
+    /// become known since.
+    void makeAgain() {
+        const bool wasArchived = archived_.has_value();
+        const bool wasOnDisk = onDisk_.has_value();
+        archived_.reset();
+        onDisk_.reset();
+        manifest_ = manifestOf(std::move(manifest_.files));
+        if (wasArchived)
+            makeInArchive();
+        if (wasOnDisk)
+            makeOnDisk();
+    }
+
+    /// The set on the disk first: that of the archive can still be made again when the disk does
+    /// not take its own.
+    void putInPlace() {
+        const auto told = outcome_.problems.size();
+        putDisksInPlace();
+        if (outcome_.problems.size() != told && archived_)
+            makeAgain();
+        const auto toldOnDisk = outcome_.problems.size();
+        putArchivesInPlace();
+        if (outcome_.problems.size() != toldOnDisk && !folders_.onDestination.empty())
+            correctOnDisk();
+    }
+
+    void putDisksInPlace() {
+        if (put(onDisk_, disk_, Kind::ReportsNotCopied, pair_.destination.name())) {
+            folders_.onDestination =
+                pair_.destination.facts.mountPoint / ReportFolder::onDestination(name_);
         }
-        // What the archive could not take may have room here.
-        if (name_.empty())
-            name_ = claimOnDisk();
-        const auto set = ReportFolder::onDestination(name_);
-        ReportFolder::putWhole(disk_, set, [&](const RootFolder& passing) {
-            if (archived_ && isArchiveWhole_)
-                copySet(passing);
-            else
-                writeSet(passing, pair_.destination.name());
-        });
-        folders_.onDestination = pair_.destination.facts.mountPoint / set;
+    }
+
+    void putArchivesInPlace() {
+        const bool isOnDisk = archived_ && isArchiveOnDisk();
+        if (!put(archived_, archive_, Kind::ReportsNotArchived, archive_.path().native()))
+            return;
+        folders_.inArchive = archive_.path() / name_;
+        if (isOnDisk)
+            folders_.onDestination = folders_.inArchive;
+    }
+
+    /// False where there is none, and when it cannot stand there, which is told.
+    bool put(std::optional<PassingSet>& set, const RootFolder& root, Kind kind,
+             const std::string& place) {
+        if (!set)
+            return false;
+        try {
+            set->putInPlace();
+            requireAtItsPath(root);
+            return true;
+        } catch (const std::exception& failure) {
+            failOnce(kind, place, failure);
+            takeBack(set);
+            return false;
+        }
+    }
+
+    /// The set that stands on the disk tells of a better end than there was. None rather than one
+    /// that is wrong.
+    void correctOnDisk() {
+        folders_.onDestination.clear();
+        if (!takeBack(onDisk_))
+            return;
+        manifest_ = manifestOf(std::move(manifest_.files));
+        makeOnDisk();
+        putDisksInPlace();
+    }
+
+    /// False, and told, when some of a set stays that tells of a better end.
+    bool takeBack(std::optional<PassingSet>& set) {
+        const bool isGone = set->takeBack();
+        if (!isGone)
+            fail({Kind::ReportsOutdated, set->path().native()});
+        set.reset();
+        return isGone;
     }
 
     std::string claimOnDisk() const {
@@ -195,49 +263,10 @@ private:
     }
 
     void copySet(const RootFolder& passing) const {
-        const int copied = ReportWriter::copySidecars(*archived_, passing);
+        const int copied = ReportWriter::copySidecars(archived_->folder(), passing);
         // Somebody else may be tidying up the archive.
         if (copied != static_cast<int>(ReportWriter::fileNames.size()))
-            throw PosixError("read", archived_->path(), ENOENT);
-    }
-
-    /// The sets told of an end that was not to be. They are taken away, and made again with what
-    /// has become known since, as far as that is possible: none rather than one that is wrong.
-    void putFailureInPlace() {
-        const bool wasOnDisk = !folders_.onDestination.empty() && !isArchiveOnDisk();
-        const bool wasArchived = !folders_.inArchive.empty();
-        folders_ = {};
-        archived_.reset();
-        const bool isDiskClear = !wasOnDisk || clears(disk_, ReportFolder::onDestination(name_));
-        const bool isArchiveClear = !wasArchived || clears(archive_, name_);
-        manifest_ = manifestOf(std::move(manifest_.files));
-        if (wasArchived && isArchiveClear) {
-            writeAgain(Kind::ReportsNotArchived, archive_.path().native(),
-                       [&] { writeIntoArchive(); });
-        }
-        if (isDiskClear && isDiskInPlace()) {
-            writeAgain(Kind::ReportsNotCopied, pair_.destination.name(), [&] { writeOntoDisk(); });
-        }
-    }
-
-    /// False, and told, when some of a set stays that tells of a better end.
-    bool clears(const RootFolder& root, const std::filesystem::path& set) {
-        const bool isCleared = ReportFolder::clear(root, set);
-        if (!isCleared)
-            fail({Kind::ReportsOutdated, (root.path() / set).native()});
-        return isCleared;
-    }
-
-    /// Of a place that failed before it is told already.
-    template <typename Step>
-    void writeAgain(Kind kind, const std::string& place, Step step) {
-        try {
-            step();
-        } catch (const std::exception& failure) {
-            AppLog::append("Reports not written again: " + describe(failure));
-            if (!isTold(kind, place))
-                fail(OffloadProblem::of(kind, place, failure));
-        }
+            throw PosixError("read", archived_->folder().path(), ENOENT);
     }
 
     /// Of sets that could not be left.
@@ -298,6 +327,14 @@ private:
                            });
     }
 
+    /// Of a place that failed before it is told already.
+    void failOnce(Kind kind, const std::string& place, const std::exception& failure) {
+        outcome_.status = OutcomeStatus::Failed;
+        AppLog::append("Reports not written: " + describe(failure));
+        if (!isTold(kind, place))
+            fail(OffloadProblem::of(kind, place, failure));
+    }
+
     void fail(const OffloadProblem& problem) {
         outcome_.status = OutcomeStatus::Failed;
         const auto& known = outcome_.problems;
@@ -319,6 +356,7 @@ private:
     AppDatabase& database_;
     const Tell& tell_;
     const std::stop_token& stop_;
+    const std::function<bool()>& isGivenUp_;
     const RootFolder& archive_;
     const RootFolder& disk_;
     SessionManifest manifest_;
@@ -326,8 +364,9 @@ private:
     std::string name_;
     /// Else it may be somebody else's there.
     bool isClaimedInArchive_ = false;
-    /// Where it was archived; empty when it could not be.
-    std::optional<RootFolder> archived_;
+    /// The pair's set, on its way and in place. Empty where there is none.
+    std::optional<PassingSet> archived_;
+    std::optional<PassingSet> onDisk_;
     bool isArchiveWhole_ = false;
     Folders folders_;
 };
@@ -336,8 +375,8 @@ private:
 
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
               ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-              const std::stop_token& stop) {
-    return Traces(plan, pair, outcome, copies, database, tell, stop).leave();
+              const std::stop_token& stop, const std::function<bool()>& isGivenUp) {
+    return Traces(plan, pair, outcome, copies, database, tell, stop, isGivenUp).leave();
 }
 
 } // namespace slatewise::PairTraces

@@ -35,10 +35,11 @@ using Tell = std::function<void(const OffloadProblem&)>;
 /// offload has failed, and so say all of its traces: a set that says otherwise is taken away, and
 /// told of where it cannot be. Without its line in the history it has not. The `copies`, where
 /// there are any, are looked at once more when the reports are written, and told of by them; once
-/// `stop` is requested none is read for that, and an offload that needed it has failed. All three
-/// folders of the pair are held. Blocks; any thread.
+/// `stop` is requested none is read for that, and an offload that needed it has failed. So has one
+/// that `isGivenUp`, which is asked when the sets are made: whoever waited for it has told so. All
+/// three folders of the pair are held. Blocks; any thread.
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
               ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-              const std::stop_token& stop);
+              const std::stop_token& stop, const std::function<bool()>& isGivenUp = {});
 
 } // namespace slatewise::PairTraces

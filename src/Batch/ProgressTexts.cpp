@@ -44,9 +44,7 @@ struct Title {
     std::string operator()(const Phase::Verifying& phase) const {
         // The file at hand is counted, as while it was copied.
         const int file = std::min(phase.done + 1, phase.total);
-        const auto name = Text::visible(phase.file);
-        return isHashing ? l10n.hashing(file, phase.total, name)
-                         : l10n.verifying(file, phase.total, name);
+        return l10n.verifying(file, phase.total, Text::visible(phase.file));
     }
     std::string operator()(const Phase::Verified& phase) const {
         return phase.disks > 1 ? l10n.verifiedOnDisks(phase.files, phase.disks, size(phase.bytes))

@@ -19,10 +19,6 @@ std::string L10n::verifying(int done, int total, Text file) const {
     return fmt::format("{} {} / {}  ·  {}", text("Verifying", "Doğrulanıyor"), done, total, file);
 }
 
-std::string L10n::hashing(int done, int total, Text file) const {
-    return fmt::format("{} {} / {}  ·  {}", text("Hashing", "Hash alınıyor"), done, total, file);
-}
-
 std::string L10n::verified(int files, Text size) const {
     return fmt::format("{} — {} {}, {}", text("Verified", "Doğrulandı"), files,
                        text("files", "dosya"), size);
@@ -116,8 +112,10 @@ std::string L10n::offloadedBefore(Text date, Text disks) const {
 
 std::string L10n::offloadedAndChanged(Text date, Text disks) const {
     // The disks come last: they are what a narrow row may cut.
-    return isTurkish() ? fmt::format("Kopyalandı: {}, sonra değişti → {}", date, disks)
-                       : fmt::format("Offloaded {}, changed since → {}", date, disks);
+    return isTurkish()
+               ? fmt::format("Kopyalandı: {}, şimdi kopyalanacak olandan farklı → {}", date, disks)
+               : fmt::format("Offloaded {}, differs from what would be copied now → {}", date,
+                             disks);
 }
 
 std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {
@@ -155,6 +153,10 @@ std::string L10n::insufficientSpace(Text needed, Text free, Text disk) const {
                                      disk.empty() ? "" : ": ", disk, needed, free)
                        : fmt::format("Not enough space on the destination{}{} (need {}, {} free).",
                                      gap, disk, needed, free);
+}
+
+std::string L10n::systemError(int code) const {
+    return fmt::format("{} {}", text("system error", "sistem hatası"), code);
 }
 
 std::string L10n::ejectFailed(Text name) const {
@@ -274,6 +276,12 @@ std::string L10n::checkNotStored(Text reason) const {
     return isTurkish()
                ? fmt::format("Bu denetim geçmişe yazılamadı: {}", reason)
                : fmt::format("This check could not be written into the history: {}", reason);
+}
+
+std::string L10n::onlyLatestShown(std::size_t sessions) const {
+    return isTurkish()
+               ? fmt::format("Yalnızca son {} oturum gösteriliyor; ötekiler için arayın.", sessions)
+               : fmt::format("Only the latest {} are shown; search for others.", sessions);
 }
 
 std::string L10n::templateLeadsOut(Text pathTemplate) const {

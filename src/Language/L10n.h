@@ -2,6 +2,7 @@
 
 #include "Language/AppLanguage.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -29,8 +30,6 @@ public:
 
     std::string copying(int done, int total, Text file, Text speed) const;
     std::string verifying(int done, int total, Text file) const;
-    /// The same where nothing is copied.
-    std::string hashing(int done, int total, Text file) const;
     std::string verified(int files, Text size) const;
     /// Of files that are on several disks now, each counted once.
     std::string verifiedOnDisks(int files, int disks, Text size) const;
@@ -52,7 +51,8 @@ public:
     std::string lastVerified(int files, bool hasNotes, Text time) const;
     std::string lastHashed(int files, bool hasNotes, Text time) const;
     std::string lastFailed(Text time) const;
-    /// Of a card that was copied before, and of one that has changed since.
+    /// Of a card that was copied before, and of one of which other files would be copied now, be it
+    /// that it has changed or what is skipped.
     std::string offloadedBefore(Text date, Text disks) const;
     std::string offloadedAndChanged(Text date, Text disks) const;
     /// Of a batch that ended with the program; `folder` may be empty.
@@ -63,6 +63,8 @@ public:
     std::string sizeMismatch(Text source, Text copy) const;
     /// `disk` may be empty.
     std::string insufficientSpace(Text needed, Text free, Text disk = {}) const;
+    /// Of one that has no sentence here.
+    std::string systemError(int code) const;
     std::string ejectFailed(Text name) const;
     /// Of a volume that was unmounted and may be unplugged.
     std::string safeToPull(Text name) const;
@@ -109,6 +111,10 @@ public:
     std::string adviceCardGone(Text button) const;
     std::string adviceDiskGone(Text button) const;
     std::string adviceNotRead(Text button) const;
+    /// Where the disk cannot hold what the card has.
+    std::string adviceOtherDisk(Text button) const;
+    /// Where all is well but the reports.
+    std::string adviceReports(Text button, bool wasHashing) const;
     std::string adviceRetry(Text button) const;
     std::string pairNotBegun(Text pair) const;
     std::string linkLeadsOut(Text link) const;
@@ -145,6 +151,7 @@ public:
     std::string checkFoundDifferences(Text date, int differences) const;
     std::string checkFailed(Text date, Text reason) const;
     std::string checkNotStored(Text reason) const;
+    std::string onlyLatestShown(std::size_t sessions) const;
     std::string templateLeadsOut(Text pathTemplate) const;
     std::string cannotStart(Text reason) const;
     /// The state of the connection to the reporting service.

@@ -155,6 +155,34 @@ std::string L10n::adviceNotRead(Text button) const {
                              button);
 }
 
+std::string L10n::adviceOtherDisk(Text button) const {
+    return isTurkish()
+               ? fmt::format("Kartı silmeyin. Bu disk onu alamıyor: başka bir disk seçip {} "
+                             "düğmesine basın.",
+                             button)
+               : fmt::format("Do not wipe the card. This disk cannot take it: choose another one "
+                             "and press {}.",
+                             button);
+}
+
+std::string L10n::adviceReports(Text button, bool wasHashing) const {
+    if (wasHashing)
+        return isTurkish()
+                   ? fmt::format("Hash alma tamam, raporları eksik. Nedeni giderip yeniden {} "
+                                 "düğmesine basın.",
+                                 button)
+                   : fmt::format("Everything was hashed, its reports are not complete. Mend the "
+                                 "cause and press {} again.",
+                                 button);
+    return isTurkish()
+               ? fmt::format("Kopyanın kendisi tamam, raporları eksik. Nedeni giderip yeniden {} "
+                             "düğmesine basın.",
+                             button)
+               : fmt::format("The copy itself is complete, its reports are not. Mend the cause "
+                             "and press {} again.",
+                             button);
+}
+
 std::string L10n::adviceRetry(Text button) const {
     return isTurkish()
                ? fmt::format("Kartı silmeyin. Yeniden denemek için {} düğmesine basın.", button)

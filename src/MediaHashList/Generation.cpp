@@ -50,6 +50,11 @@ std::string holdable(std::string_view given) {
     return text;
 }
 
+bool hasFailed(const HashedFile& file) {
+    return std::any_of(file.values.begin(), file.values.end(),
+                       [](const auto& value) { return value.action == HashAction::Failed; });
+}
+
 bool leadsDown(std::string_view path) {
     if (path.empty() || path.front() == '/' || path.find('\0') != std::string_view::npos)
         return false;

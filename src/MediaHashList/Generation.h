@@ -63,6 +63,9 @@ struct HashedFile {
     friend bool operator==(const HashedFile&, const HashedFile&) = default;
 };
 
+/// Whether an earlier generation has another value of it.
+bool hasFailed(const HashedFile& file);
+
 /// The two values of a folder: of what lies in it, and of that with all names.
 struct FolderValue {
     HashFormat format = HashFormat::XXH128;

@@ -74,7 +74,7 @@ private:
             const auto folder = folderOf(file.path, folders_);
             auto copy = file;
             copy.path = below(folder, file.path);
-            if (!isOfHistory(file.path))
+            if (!liesInHistory(file.path))
                 shares_[folder].files.push_back(std::move(copy));
         }
         for (const auto& path : tree_.folders) {
@@ -84,7 +84,7 @@ private:
         }
         for (const auto& path : tree_.unknownFiles) {
             const auto folder = folderOf(path, folders_);
-            if (!isOfHistory(path))
+            if (!liesInHistory(path))
                 shares_[folder].unknownFiles.push_back(below(folder, path));
         }
     }
@@ -215,9 +215,13 @@ std::vector<std::string> foldersWithHistory(std::span<const InventoryEntry> entr
     return {folders.begin(), folders.end()};
 }
 
-bool isOfHistory(std::string_view path) {
-    const auto parts = Text::pieces(path, '/');
+bool isOfHistory(std::string_view folder) {
+    const auto parts = Text::pieces(folder, '/');
     return std::find(parts.begin(), parts.end(), kHistoryFolder) != parts.end();
+}
+
+bool liesInHistory(std::string_view path) {
+    return isOfHistory(parentPath(path));
 }
 
 std::string folderOf(std::string_view path, std::span<const std::string> foldersWithHistory) {

@@ -1,20 +1,17 @@
 #pragma once
 
 #include "MediaHashList/Generation.h"
+#include "MediaHashList/IgnorePatterns.h"
 #include "Offload/OffloadRows.h"
 #include "Platform/Files/RootFolder.h"
 
 #include <exception>
 #include <filesystem>
-#include <map>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace slatewise::MediaHashList {
-
-/// Patterns by the folder of their history, "" for the root, below which alone they count.
-using IgnoredBelow = std::map<std::string, std::vector<std::string>>;
 
 /// A tree as it was found at one time: what becomes the next generation of its history, and of
 /// every history that lies further down in it. Paths are below its root.
@@ -50,8 +47,12 @@ std::vector<std::string> foldersWithHistory(std::span<const InventoryEntry> entr
 /// The innermost of these folders in which something lies; "" when it is none of them.
 std::string folderOf(std::string_view path, std::span<const std::string> foldersWithHistory);
 
-/// Whether something is, or lies in, a folder of lists.
-bool isOfHistory(std::string_view path);
+/// Whether a folder is one of lists, or lies in one.
+bool isOfHistory(std::string_view folder);
+
+/// Whether something lies in a folder of lists. A file may bear the name of such a folder, and is
+/// one like any other.
+bool liesInHistory(std::string_view path);
 
 /// Who makes lists with this program on this machine, now.
 Creator creatorHere();

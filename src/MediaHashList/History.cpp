@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <set>
 
 namespace slatewise::MediaHashList {
@@ -26,52 +27,6 @@ std::string shortened(std::string name, std::size_t room) {
     return name;
 }
 
-bool hasFormat(const std::vector<FileValue>& values, HashFormat format) {
-    return std::any_of(values.begin(), values.end(),
-                       [&](const auto& value) { return value.format == format; });
-}
-
-/// A format that is new to a file stands beside one that is not, which says whether it is the same.
-HashAction actionOf(const FileValue& value, const std::vector<FileValue>& earlier) {
-    if (earlier.empty())
-        return HashAction::Original;
-    const bool isSame = std::all_of(earlier.begin(), earlier.end(), [&](const auto& known) {
-        return known.format != value.format || known.value == value.value;
-    });
-    return isSame ? HashAction::Verified : HashAction::Failed;
-}
-
-/// Of a file that is said to have failed.
-void judgeFailed(HashedFile& file, const std::vector<FileValue>& earlier) {
-    const auto isKnown = [&](const FileValue& value) {
-        return hasFormat(earlier, value.format);
-    };
-    if (std::none_of(file.values.begin(), file.values.end(), isKnown))
-        return;
-    for (auto& value : file.values)
-        value.action = isKnown(value) ? HashAction::Failed : HashAction::Verified;
-}
-
-bool hasFailed(const HashedFile& file) {
-    return std::any_of(file.values.begin(), file.values.end(),
-                       [](const auto& value) { return value.action == HashAction::Failed; });
-}
-
-/// Values go where their file went. All are taken before any is put down: two files may have
-/// changed names with each other.
-void followRenames(const Generation& generation, KnownValues& known) {
-    KnownValues moved;
-    for (const auto& file : generation.files) {
-        const auto earlier = known.find(file.previousPath);
-        if (earlier == known.end() || file.previousPath == file.path)
-            continue;
-        moved.insert_or_assign(file.path, std::move(earlier->second));
-        known.erase(earlier);
-    }
-    for (auto& [path, values] : moved)
-        known.insert_or_assign(path, std::move(values));
-}
-
 /// Reads with `parse`, whose complaints then name the list.
 template <typename Parse>
 auto parsed(const RootFolder& root, const std::filesystem::path& list, std::string_view text,
@@ -80,6 +35,8 @@ auto parsed(const RootFolder& root, const std::filesystem::path& list, std::stri
         return parse(text);
     } catch (const ListError& failure) {
         throw failure.in(root.path() / list);
+    } catch (const std::bad_alloc&) {
+        throw ListError(ListError::Reason::TooLarge, {}, root.path() / list);
     }
 }
 
@@ -196,7 +153,25 @@ bool hasLists(const RootFolder& root, const std::filesystem::path& below) {
 }
 
 std::string readList(const RootFolder& root, const std::filesystem::path& file) {
-    return root.read(file, kLargestList);
+    try {
+        return root.read(file, kLargestList);
+    } catch (const std::bad_alloc&) {
+        throw ListError(ListError::Reason::TooLarge, {}, root.path() / file);
+    } catch (const PosixError& failure) {
+        if (failure.code() == EFBIG)
+            throw ListError(ListError::Reason::TooLarge, {}, root.path() / file);
+        throw;
+    }
+}
+
+bool isPassingName(std::string_view name) {
+    constexpr std::string_view kShape = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx.tmp";
+    return std::equal(
+        name.begin(), name.end(), kShape.begin(), kShape.end(), [](char letter, char wanted) {
+            return wanted == 'x'
+                       ? std::string_view("0123456789abcdef").find(letter) != std::string_view::npos
+                       : letter == wanted;
+        });
 }
 
 History History::load(const RootFolder& root, std::filesystem::path below) {
@@ -273,80 +248,25 @@ void History::enterUnfinished(const RootFolder& root, std::filesystem::path belo
     history.writeChainWith(history.unfinished_->link);
 }
 
-KnownValues History::known() const {
-    KnownValues known;
-    for (const auto& generation : generations_) {
-        followRenames(generation, known);
-        for (const auto& file : generation.files) {
-            auto& values = known[file.path];
-            // What stands beside a value that failed was computed of other bytes.
-            if (hasFailed(file))
-                continue;
-            for (const auto& value : file.values) {
-                // Two that differ are as good as a thousand: nothing is the same as both.
-                const auto differing =
-                    std::count_if(values.begin(), values.end(),
-                                  [&](const auto& each) { return each.format == value.format; });
-                const bool isKnown =
-                    std::any_of(values.begin(), values.end(), [&](const auto& each) {
-                        return each.format == value.format && each.value == value.value;
-                    });
-                if (!isKnown && differing < 2)
-                    values.push_back(value);
-            }
-        }
-    }
-    return known;
-}
-
-std::vector<std::string> History::givenUp(const KnownValues& known) const {
-    std::vector<std::string> paths;
-    if (generations_.size() < 2)
-        return paths;
-    const auto& newest = generations_.back();
-    std::vector<std::string_view> named;
-    for (const auto& file : newest.files)
-        named.push_back(file.path);
-    std::sort(named.begin(), named.end());
-    for (const auto& [path, values] : known) {
-        if (!std::binary_search(named.begin(), named.end(), path) &&
-            isIgnored(path, newest.ignored))
-            paths.push_back(path);
-    }
-    return paths;
-}
-
 std::vector<std::string> History::brokenReferences() const {
     std::vector<std::string> broken;
     // Each generation refers to all that went before, and a list is read for each.
     std::set<std::pair<std::string, std::string>> seen;
+    IgnoreList ignored(generations_.empty() ? std::vector<std::string>()
+                                            : generations_.back().ignored);
     for (const auto& generation : generations_) {
+        const bool isNewest = &generation == &generations_.back();
         for (const auto& reference : generation.references) {
             const auto path = below_ / reference.path;
-            if (seen.emplace(reference.path, reference.c4).second &&
+            const bool isGivenUp =
+                !isNewest && ignored.ignores(reference.path) && !root_->exists(path);
+            if (!isGivenUp && seen.emplace(reference.path, reference.c4).second &&
                 !isThere(*root_, path, reference.c4) &&
                 std::find(broken.begin(), broken.end(), path) == broken.end())
                 broken.push_back(path);
         }
     }
     return broken;
-}
-
-void History::judge(Generation& next) const {
-    const auto earlier = known();
-    std::erase_if(next.files, [&](const HashedFile& file) {
-        return hasFailed(file) && !earlier.contains(file.path);
-    });
-    for (auto& file : next.files) {
-        const auto found = earlier.find(file.path);
-        const auto values = found == earlier.end() ? std::vector<FileValue>() : found->second;
-        if (hasFailed(file)) {
-            judgeFailed(file, values);
-            continue;
-        }
-        for (auto& value : file.values)
-            value.action = actionOf(value, values);
-    }
 }
 
 int History::nextNumber() const {

@@ -20,8 +20,11 @@ inline constexpr std::string_view kHistoryFolder = "ascmhl";
 /// The file in it that names all generations.
 inline constexpr std::string_view kChainName = "ascmhl_chain.xml";
 
+/// Whether a list of ours had this name until it was whole, which a killed writer may leave.
+bool isPassingName(std::string_view name);
+
 /// The text of a list, of whatever kind. A link, a FIFO or what is no list for its size alone is
-/// refused with `PosixError`.
+/// refused with `PosixError`, or, for its size, with `ListError`.
 std::string readList(const RootFolder& root, const std::filesystem::path& file);
 
 /// Whether the folder `below` beneath `root` has a chain or a list. Fails with `PosixError`.
@@ -83,7 +86,8 @@ public:
     std::vector<std::string> givenUp(const KnownValues& known) const;
 
     /// The lists of histories further down that a generation refers to, but which are not there,
-    /// are not in their chain or have other bytes than it says; each once, below `root`.
+    /// are not in their chain or have other bytes than it says; each once, below `root`. None that
+    /// is gone where a pattern of the newest generation leaves it out.
     std::vector<std::string> brokenReferences() const;
 
     /// Says of each value of a generation that is to follow what it is to this history. A file

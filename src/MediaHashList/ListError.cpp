@@ -12,6 +12,8 @@ std::string_view sentence(ListError::Reason reason, L10n l10n) {
     switch (reason) {
     case Reason::NotAList:
         return l10n.notAHashList();
+    case Reason::TooLarge:
+        return l10n.listTooLarge();
     case Reason::DeclaresDocumentType:
         return l10n.listDeclaresDocumentType();
     case Reason::LeadsOut:

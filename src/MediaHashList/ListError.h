@@ -13,6 +13,8 @@ public:
     enum class Reason {
         /// It is something else, or damaged; the subject says where.
         NotAList,
+        /// No list is as long as that.
+        TooLarge,
         /// It declares entities, of which a line can become a gigabyte.
         DeclaresDocumentType,
         /// A path leads out of the folder that the list is for.

@@ -27,7 +27,7 @@ std::vector<FileValue> listed(const HashValues& values, const std::optional<Inst
 std::vector<InventoryEntry> listsAmong(std::span<const InventoryEntry> entries) {
     std::vector<InventoryEntry> lists;
     for (const auto& entry : entries) {
-        if (entry.shouldCopy && isOfHistory(entry.relativePath))
+        if (entry.shouldCopy && liesInHistory(entry.relativePath))
             lists.push_back(entry);
     }
     return lists;
@@ -80,16 +80,14 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
                 {card.path() / prefix / kHistoryFolder, std::current_exception()});
         }
     }
-    for (const auto path : present) {
+    IgnoreLists ignored(readable);
+    for (const auto& entry : entries) {
+        const auto& path = entry.relativePath;
         // What a history may say that cannot be read, nobody knows.
-        const bool isOfReadable = readable.contains(folderOf(path, withHistory_));
-        if (isOfReadable && !isOfHistory(path) && !known_.contains(path) &&
-            std::none_of(readable.begin(), readable.end(), [&](const auto& each) {
-                return isIgnoredBelow(each.first, path, each.second);
-            }))
-            unlisted_.emplace_back(path);
+        if (present.contains(path) && readable.contains(folderOf(path, withHistory_)) &&
+            !liesInHistory(path) && !known_.contains(path) && !ignored.ignores(path))
+            unlisted_.push_back(path);
     }
-    std::sort(unlisted_.begin(), unlisted_.end());
     const auto skipNames = settings_.skipNames();
     for (const auto& [path, values] : known_) {
         const std::string_view name = path;
@@ -100,7 +98,7 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
 }
 
 std::vector<HashFormat> TransferLists::formatsOf(const std::string& path) const {
-    if (isOfHistory(path))
+    if (liesInHistory(path))
         return {};
     std::vector<HashFormat> formats = {HashFormat::XXH128};
     const auto found = known_.find(path);

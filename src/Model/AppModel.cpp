@@ -28,8 +28,8 @@ std::optional<std::vector<SessionRecord>> latestOf(const AppDatabase& database) 
 
 AppModel::AppModel(Surroundings surroundings, QObject* parent)
     : QObject(parent), state_(std::move(surroundings)), drainer_(*state_.database),
-      serviceProfile_(SupportPaths::applicationSupport()), reports_(state_),
-      volumes_(state_, reports_), cards_(VolumeSide::Card, state_, volumes_),
+      serviceProfile_(SupportPaths::applicationSupport()), reports_(state_), volumes_(state_),
+      cards_(VolumeSide::Card, state_, volumes_),
       destinations_(VolumeSide::Destination, state_, volumes_), otherVolumes_(state_, volumes_),
       units_(state_), settings_(state_, volumes_), pathTemplate_(state_),
       history_(state_, reports_), batch_(state_, volumes_, serviceProfile_) {
@@ -37,8 +37,10 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
         serviceProfileChanged();
     };
     connect(&volumes_, &VolumeFollower::cardAppeared, this, &AppModel::notifyService);
+    connect(&volumes_, &VolumeFollower::destinationListed, &reports_,
+            &ReportsFolder::migrateDiskOnce);
     connect(&batch_, &BatchControl::finished, this, [this] {
-        refreshSessionsLater(this);
+        refreshAfterBatch(this);
         volumes_.measureCardsAnew();
     });
     reports_.restore();
@@ -46,7 +48,7 @@ AppModel::AppModel(Surroundings surroundings, QObject* parent)
     updateSaasLine();
     state_.publish();
     volumes_.begin();
-    recentSessions_ = latestOf(*state_.database).value_or(recentSessions_);
+    refreshSessions(this);
     reports_.migrateArchive();
     for (const auto& destination : state_.board.list(VolumeSide::Destination))
         reports_.migrateDisk(destination.facts.mountPoint);
@@ -123,16 +125,22 @@ void AppModel::notifyService(const std::string& cardName) const {
         DirectSaaSClient{.profile = *profile, .limits = {}}.notifyDetected(cardName);
 }
 
-/// The store may be at work for others.
-QCoro::Task<> AppModel::refreshSessionsLater(QPointer<AppModel> self) {
+/// The store may be at work for others, for as long as it likes: of several answers only the one to
+/// the last question is new.
+QCoro::Task<> AppModel::refreshSessions(QPointer<AppModel> self) {
+    const auto question = ++self->askedForSessions_;
     const auto reading =
         onWorker([database = self->state_.database] { return latestOf(*database); });
     auto sessions = co_await reading;
-    if (!self)
-        co_return;
-    if (sessions)
+    if (self && sessions && question == self->askedForSessions_)
         self->recentSessions_ = std::move(*sessions);
-    Q_EMIT self->recentSessionsRead();
+}
+
+QCoro::Task<> AppModel::refreshAfterBatch(QPointer<AppModel> self) {
+    const auto refreshing = refreshSessions(self);
+    co_await refreshing;
+    if (self)
+        Q_EMIT self->recentSessionsRead();
 }
 
 } // namespace slatewise

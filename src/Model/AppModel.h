@@ -79,6 +79,7 @@ public:
     /// For programs and tests.
     const ModelState& state() const { return state_; }
     VolumeFollower& volumes() { return volumes_; }
+    /// The latest, read at the start and after each batch; empty until they are.
     const std::vector<SessionRecord>& recentSessions() const { return recentSessions_; }
 
 Q_SIGNALS:
@@ -92,7 +93,8 @@ private:
     void serviceProfileChanged();
     void updateSaasLine();
     void notifyService(const std::string& cardName) const;
-    static QCoro::Task<> refreshSessionsLater(QPointer<AppModel> self);
+    static QCoro::Task<> refreshSessions(QPointer<AppModel> self);
+    static QCoro::Task<> refreshAfterBatch(QPointer<AppModel> self);
 
     ModelState state_;
     OutboxDrainer drainer_;
@@ -100,6 +102,7 @@ private:
     QString saasLine_;
     ChoiceListModel languages_;
     std::vector<SessionRecord> recentSessions_;
+    int askedForSessions_ = 0;
 
     ReportsFolder reports_;
     VolumeFollower volumes_;

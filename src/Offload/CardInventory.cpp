@@ -17,7 +17,8 @@ using Kind = OffloadProblem::Kind;
 
 } // namespace
 
-CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunReporter& reporter)
+CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunReporter& reporter,
+                             const std::stop_token& stop)
     : card_(card), skipNames_(std::move(skipNames)), reporter_(reporter), errors_(card.path()) {
     std::vector<OffloadProblem> links;
     const auto noteLink = [&links](Kind kind) {
@@ -30,7 +31,8 @@ CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunRep
         {.unreadable = [this](const auto& folder, int code) { noteUnreadable(folder, code); },
          .leadsOut = noteLink(Kind::LinkLeadsOut),
          .leadsNowhere = noteLink(Kind::LinkLeadsNowhere),
-         .leadsToNoFile = noteLink(Kind::LinkLeadsToNoFile)});
+         .leadsToNoFile = noteLink(Kind::LinkLeadsToNoFile),
+         .stop = stop});
     // People look for them by name; a folder is listed in whatever order its disk has.
     std::ranges::sort(links, {}, &OffloadProblem::subject);
     for (auto& link : links)

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <set>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -15,9 +16,10 @@ namespace slatewise {
 /// What one run finds on its card, before its first file and after its last. On the run's thread.
 class CardInventory {
 public:
-    /// Walks the card and reports what was passed over. Fails as `TreeWalker::walk` does. Card and
-    /// reporter must outlive it.
-    CardInventory(const RootFolder& card, SkipNames skipNames, RunReporter& reporter);
+    /// Walks the card and reports what was passed over. Fails as `TreeWalker::walk` does, with
+    /// `CancellationError` once `stop` is requested. Card and reporter must outlive it.
+    CardInventory(const RootFolder& card, SkipNames skipNames, RunReporter& reporter,
+                  const std::stop_token& stop);
 
     CardInventory(const CardInventory&) = delete;
     CardInventory& operator=(const CardInventory&) = delete;

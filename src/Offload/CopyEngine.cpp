@@ -38,12 +38,13 @@ public:
         nameSession();
         transfer_.throwIfCancelled();
         requireFolders();
-        inventory_.emplace(*card_, request_.settings.skipNames(), reporter_);
+        inventory_.emplace(*card_, request_.settings.skipNames(), reporter_, transfer_.stop());
         if (request_.planFormats)
             transfer_.computeFurther(request_.planFormats(*card_, inventory_->entries()));
         if (request_.settings.verifyOnly)
             return hashSource();
         requireSpace();
+        transfer_.throwIfCancelled();
         createSessionRoot();
         return copyAndVerify();
     }
@@ -115,8 +116,14 @@ private:
     void createSessionRoot() {
         requireFolders();
         destination_->createFolders(session_.parent_path());
-        while (!destination_->createNewFolder(session_))
+        // Whoever else makes folders there will let us have one in the end; a disk that is broken
+        // may say for ever that they are there.
+        constexpr int kAttempts = 100;
+        for (int attempt = 1; !destination_->createNewFolder(session_); ++attempt) {
+            if (attempt == kAttempts)
+                throw PosixError("mkdir", sessionRoot_, EEXIST);
             nameSession();
+        }
         proof_.emplace(*destination_, session_, reporter_, transfer_);
         if (observer_.sessionRootCreated)
             observer_.sessionRootCreated(sessionRoot_);

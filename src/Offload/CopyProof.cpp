@@ -25,7 +25,9 @@ bool CopyProof::settle() {
 
 void CopyProof::dropDeviceCache() {
     isDeviceDropped_ = DeviceCache::drop(disk_.path()) != DeviceCache::Drop::NotPossible;
-    if (!isDeviceDropped_)
+    if (isDeviceDropped_)
+        copies_->noteDeviceDropped();
+    else
         reporter_.report({Kind::ReadFromMemory, disk_.path().native()});
 }
 
@@ -42,8 +44,7 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
         const auto index = toProve[static_cast<std::size_t>(position)];
         auto& row = rows[index];
         try {
-            copies_->note(index, row.relativePath);
-            readBack(row, position, count);
+            copies_->note(index, readBack(row, position, count));
         } catch (const std::exception& failure) {
             reporter_.reportFailure(Kind::NotReadBack, row.relativePath, failure,
                                     disk_.path() / session_ / row.relativePath);
@@ -69,7 +70,7 @@ bool CopyProof::findsDiskUndamaged() {
     return !hasErrors;
 }
 
-void CopyProof::readBack(FileCopyResult& row, int position, int count) {
+FileSystem::Attributes CopyProof::readBack(FileCopyResult& row, int position, int count) {
     const std::int64_t size = row.sizeBytes;
     std::int64_t bytesRead = 0;
     const auto publishFigures = [&] {
@@ -78,7 +79,7 @@ void CopyProof::readBack(FileCopyResult& row, int position, int count) {
     };
     publishFigures();
     auto proof =
-        Verifier::readDestination(transfer_.transfer(), {disk_, session_ / row.relativePath},
+        Verifier::readDestination(transfer_.transfer(), {copies_->folder(), row.relativePath},
                                   transfer_.watch(row.relativePath, [&](std::size_t bytes) {
                                       bytesRead += static_cast<std::int64_t>(bytes);
                                       publishFigures();
@@ -93,7 +94,7 @@ void CopyProof::readBack(FileCopyResult& row, int position, int count) {
         row.further.edit().hashedAt = Clock::now();
     if (isProved) {
         row.verifyStatus = VerifyStatus::Verified;
-        return;
+        return proof.attributes;
     }
     if (!further.empty())
         row.further.edit().readBack = std::move(further);
@@ -101,6 +102,7 @@ void CopyProof::readBack(FileCopyResult& row, int position, int count) {
         {Kind::CopyDiffers, row.relativePath,
          "source " + row.sourceSHA256.value_or("") + " destination " + *row.destSHA256});
     markFailed(row, VerifyStatus::Mismatch);
+    return proof.attributes;
 }
 
 /// A few files by their names; where it is more, it is the disk.

@@ -48,7 +48,8 @@ public:
     const std::shared_ptr<ProvedCopies>& copies() const { return copies_; }
 
 private:
-    void readBack(FileCopyResult& row, int position, int count);
+    /// Gives what the file was like that was read.
+    FileSystem::Attributes readBack(FileCopyResult& row, int position, int count);
     void noteWhatMemoryKept();
 
     const RootFolder& disk_;

@@ -35,12 +35,13 @@ struct FileDates {
         return std::abs(modified - earlier.modified) > kCoarsest;
     }
 
-    /// FAT forgets the date of the last change and shows an earlier one instead. Another file may
-    /// have come with its folder, which changes no date of the file.
+    /// Another file may have come with its folder, which changes no date of the file; and a clock
+    /// may be set back, so that a later change has an earlier date. FAT, which has no numbers,
+    /// forgets the date of the last change and shows an earlier one instead.
     bool isTouchedSince(const FileDates& earlier) const {
-        return number != earlier.number ||
-               std::tie(changed.tv_sec, changed.tv_nsec) >
-                   std::tie(earlier.changed.tv_sec, earlier.changed.tv_nsec);
+        const auto now = std::tie(changed.tv_sec, changed.tv_nsec);
+        const auto then = std::tie(earlier.changed.tv_sec, earlier.changed.tv_nsec);
+        return number != earlier.number || (number != 0 ? now != then : now > then);
     }
 };
 

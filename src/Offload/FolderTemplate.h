@@ -55,7 +55,7 @@ inline constexpr std::array<Token, 3> separators = {{
 inline constexpr std::array<FolderTemplateChoice, 6> choices = {{
     {"Ekip klasörü", "{Dest}/{YYYY-MM-DD}/{Ekip}/{Cam}/{CardName}", "Ekip1 / CamA / A001"},
     {"Düz satır", "{Dest}/{YYYY-MM-DD}/{Cam}_{CardName}_{HHmmss}", "Tek klasör adı"},
-    {"Saatsiz klasör", "{Dest}/{YYYY-MM-DD}/{Cam}/{CardName}", "Aynı gün aynı karta üzerine yazar"},
+    {"Saatsiz klasör", "{Dest}/{YYYY-MM-DD}/{Cam}/{CardName}", "Aynı gün aynı kart: _2 eklenir"},
     {"Saatsiz düz", "{Dest}/{YYYY-MM-DD}/{Cam}_{CardName}", "Tarih altında tek isim"},
     {"Kart klasörü", "{Dest}/{YYYY-MM-DD}/{CardName}/{Cam}_{HHmmss}", "Önce kart adı"},
     {"Kompakt tarih", "{Dest}/{YYYY-MM-DD}/{Cam}/{YYYYMMDD}_{CardName}_{HHmmss}",

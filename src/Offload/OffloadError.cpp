@@ -111,7 +111,7 @@ std::string reasonOf(int code, L10n l10n) {
                                     [code](const auto& reason) { return reason.code == code; });
     if (known != std::end(kReasons))
         return std::string((l10n.*known->text)());
-    return std::generic_category().message(code);
+    return l10n.isTurkish() ? l10n.systemError(code) : std::generic_category().message(code);
 }
 
 } // namespace slatewise

@@ -58,7 +58,7 @@ std::string describe(const std::exception& failure, L10n l10n);
 std::string describe(const std::exception_ptr& failure, L10n l10n);
 
 /// Why a call of the system failed, of its errno value. What cards and disks do not bring about is
-/// told in the system's own words.
+/// told in the system's own words, or where those are none of the language's, by its number.
 std::string reasonOf(int code, L10n l10n);
 
 } // namespace slatewise

@@ -3,6 +3,7 @@
 #include "Language/L10n.h"
 #include "Offload/SHA256Hasher.h"
 #include "Offload/Transfer.h"
+#include "Platform/Disks/DeviceCache.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
 
@@ -18,9 +19,9 @@ using Kind = OffloadProblem::Kind;
 
 } // namespace
 
-void ProvedCopies::note(std::size_t row, const std::string& copy) {
+void ProvedCopies::note(std::size_t row, const FileSystem::Attributes& copy) {
     dates_.resize(std::max(dates_.size(), row + 1));
-    dates_[row] = FileDates::of(session_.attributes(copy), haveNumbers_);
+    dates_[row] = FileDates::of(copy, haveNumbers_);
 }
 
 ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
@@ -71,12 +72,11 @@ bool ProvedCopies::isWhole(const std::string& list) const {
 
 ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, FileDates& proved,
                                            const std::stop_token& stop) const {
-    FileDates now;
     try {
-        const auto facts = session_.attributes(row.relativePath);
+        const auto facts = session_.attributesNow(row.relativePath);
         if (facts.type != FileSystem::ItemType::RegularFile || facts.sizeBytes != row.sizeBytes)
             return OffloadProblem{Kind::CopyGone, row.relativePath};
-        now = FileDates::of(facts, haveNumbers_);
+        const auto now = FileDates::of(facts, haveNumbers_);
         if (now.isOfOtherContent(proved))
             return OffloadProblem{Kind::CopyDiffers, row.relativePath};
         if (!now.isTouchedSince(proved))
@@ -84,16 +84,12 @@ ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, FileDates& prove
     } catch (const PosixError&) {
         return OffloadProblem{Kind::CopyGone, row.relativePath};
     }
-    auto problem = readAgain(row, stop);
-    // Of before the reading: who touches it meanwhile has it read once more.
-    if (!problem)
-        proved = now;
-    return problem;
+    return readAgain(row, proved, stop);
 }
 
 /// Nobody knows whether it was written to or only given to another owner. Fails with
 /// `CancellationError`.
-ProvedCopies::Found ProvedCopies::readAgain(FileCopyResult& row,
+ProvedCopies::Found ProvedCopies::readAgain(FileCopyResult& row, FileDates& proved,
                                             const std::stop_token& stop) const {
     const FileBeneath copy{session_, row.relativePath};
     try {
@@ -101,14 +97,19 @@ ProvedCopies::Found ProvedCopies::readAgain(FileCopyResult& row,
             throw CancellationError();
         // What was written to it may be on its way to the disk still.
         UncachedFile::openForReading(copy).sync();
+        const bool mayDeviceRemember = isDeviceDropped_ && DeviceCache::drop(session_.path()) ==
+                                                               DeviceCache::Drop::NotPossible;
         Transfer transfer;
         auto proof = Verifier::readDestination(transfer, copy,
                                                {.onBytes = {}, .onAccess = {}, .stop = stop});
         row.destSHA256 = std::move(proof.digests.sha256);
         if (!Verifier::matches(row.sourceSHA256.value_or(""), *row.destSHA256))
             return OffloadProblem{Kind::CopyDiffers, row.relativePath};
-        if (!proof.mayComeFromMemory)
+        if (!proof.mayComeFromMemory && !mayDeviceRemember) {
+            // Of before the reading: who touches it meanwhile has it read once more.
+            proved = FileDates::of(proof.attributes, haveNumbers_);
             return std::nullopt;
+        }
         return OffloadProblem{Kind::NotReadBack, row.relativePath,
                               BothLanguages::of([&](L10n l10n) {
                                   return l10n.readFromMemory(Text::legible(row.relativePath));

@@ -27,9 +27,12 @@ public:
     /// The session's folder.
     const RootFolder& folder() const noexcept { return session_; }
 
-    /// Notes what the copy is like. To be called before it is read back, with the place of its row
-    /// among the run's. Fails with `PosixError` when it is not there.
-    void note(std::size_t row, const std::string& copy);
+    /// Notes what the copy was like that was read back, with the place of its row among the run's.
+    void note(std::size_t row, const FileSystem::Attributes& copy);
+
+    /// The device's cache was emptied before the copies were read, and has to be again for those
+    /// that are read once more.
+    void noteDeviceDropped() { isDeviceDropped_ = true; }
 
     /// What a look at the copies found.
     struct Changes {
@@ -57,12 +60,13 @@ public:
 private:
     using Found = std::optional<OffloadProblem>;
     Found changeOf(FileCopyResult& row, FileDates& proved, const std::stop_token& stop) const;
-    Found readAgain(FileCopyResult& row, const std::stop_token& stop) const;
+    Found readAgain(FileCopyResult& row, FileDates& proved, const std::stop_token& stop) const;
 
     bool isWhole(const std::string& list) const;
 
     RootFolder session_;
     bool haveNumbers_;
+    bool isDeviceDropped_ = false;
     /// By row; of no meaning where nothing was proved.
     std::vector<FileDates> dates_;
 };

@@ -90,7 +90,8 @@ namespace Verifier {
 ReadBack readDestination(Transfer& transfer, const FileBeneath& name, const TransferWatch& watch) {
     const auto file = transfer.open(name);
     const bool isKept = file->isKeptInMemory();
-    return {SHA256Hasher::hashOpen(transfer, file, name, watch), isKept};
+    const auto attributes = file->atOpening();
+    return {SHA256Hasher::hashOpen(transfer, file, name, watch), attributes, isKept};
 }
 
 bool matches(std::string_view sourceHash, std::string_view destHash) {

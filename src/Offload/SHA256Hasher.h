@@ -68,6 +68,8 @@ namespace Verifier {
 /// What was read of a copy.
 struct ReadBack {
     FileDigests digests;
+    /// Of the very file that was read, as it was before.
+    FileSystem::Attributes attributes;
     /// Part of it stood in the system's memory, and may have been read there and not on the disk.
     bool mayComeFromMemory = false;
 };

@@ -297,11 +297,11 @@ std::shared_ptr<UncachedFile> Transfer::open(const FileBeneath& name) {
 void Transfer::prepare(const FileBeneath& next) {
     leavePrepared();
     try {
-        auto file = open(next);
-        stages().beginToRead(file);
-        prepared_.emplace(Prepared{next, std::move(file)});
+        prepared_.emplace(Prepared{next, open(next)});
+        stages().beginToRead(prepared_->file);
     } catch (const std::exception&) {
         // Whoever comes to open it hears of that then; the file before it is none the worse.
+        leavePrepared();
     }
 }
 

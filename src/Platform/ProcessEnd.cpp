@@ -8,6 +8,7 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <string_view>
 #include <unistd.h>
 
 namespace slatewise {
@@ -23,17 +24,23 @@ namespace {
 
 const char* programName = "";
 
-/// A reason may hold a file's name, and that whatever a terminal takes for a command.
+/// A reason may hold a file's name, and that whatever a terminal takes for a command. One that is
+/// very long loses its end, between two characters.
 void print(const char* text) {
-    std::array<char, 256> part{};
-    while (*text) {
-        std::size_t length = 0;
-        for (; *text && length < part.size(); ++text) {
-            const auto byte = static_cast<unsigned char>(*text);
-            part[length++] = byte < 0x20 || byte == 0x7f ? '?' : *text;
-        }
-        (void)!::write(STDERR_FILENO, part.data(), length);
+    constexpr std::size_t kLongest = 400;
+    constexpr std::size_t kRestOfCharacter = 3;
+    std::array<char, kLongest + kRestOfCharacter> shown{};
+    std::size_t length = 0;
+    for (; *text && length < shown.size(); ++text) {
+        const auto byte = static_cast<unsigned char>(*text);
+        if (length >= kLongest && (byte & 0xc0) != 0x80)
+            break;
+        shown[length++] = byte < 0x20 || byte == 0x7f ? '?' : *text;
     }
+    (void)!::write(STDERR_FILENO, shown.data(), length);
+    constexpr std::string_view kCut = "…";
+    if (*text)
+        (void)!::write(STDERR_FILENO, kCut.data(), kCut.size());
 }
 
 /// Without memory of its own: there may be none left.

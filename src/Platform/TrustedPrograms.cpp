@@ -39,8 +39,10 @@ std::optional<std::filesystem::path> helper(std::string_view name) {
         return std::nullopt;
     const auto folder = executable->parent_path();
     for (const auto& place : {folder, folder.parent_path() / "libexec/slatewise-dit"}) {
-        const auto file = place / name;
-        if (::access(file.c_str(), X_OK) == 0 && isTrusted(file))
+        // What is looked at is what is run: a link may lead elsewhere by then.
+        std::error_code failure;
+        auto file = std::filesystem::canonical(place / name, failure);
+        if (!failure && ::access(file.c_str(), X_OK) == 0 && isTrusted(file))
             return file;
     }
     return std::nullopt;

@@ -56,6 +56,13 @@ std::optional<std::string> rateText(const std::optional<double>& rate) {
     return rate ? std::optional(TimecodeFormat::fpsString(*rate)) : std::nullopt;
 }
 
+/// A plain number with the decimal mark of the language.
+std::optional<std::string> inWordsOf(AppLanguage language, std::optional<std::string> number) {
+    if (number && language == AppLanguage::Turkish)
+        number = Text::replaced(*number, ".", ",");
+    return number;
+}
+
 std::string identity(const ClipEssence& essence) {
     Facts facts;
     facts.add(essence.cameraModel);
@@ -75,13 +82,11 @@ std::string technicalFacts(const ClipEssence& essence, AppLanguage language) {
     std::optional<std::string> shutter;
     if (essence.shutterDegrees)
         shutter = fmt::format("{:.1f}", *essence.shutterDegrees);
-    if (shutter && language == AppLanguage::Turkish)
-        shutter = Text::replaced(*shutter, ".", ",");
     Facts facts;
-    facts.add(rateText(essence.projectFps), "{} fps");
+    facts.add(inWordsOf(language, rateText(essence.projectFps)), "{} fps");
     facts.add(essence.gamma);
     facts.add(essence.whiteBalanceK, "{}K");
-    facts.add(shutter, "shutter {}°");
+    facts.add(inWordsOf(language, shutter), "shutter {}°");
     facts.add(essence.exposureIndex, "EI {}");
     return facts.joined(separator);
 }

@@ -113,7 +113,11 @@ void HtmlReport::renderHeader(HtmlText& page, const SessionManifest& manifest) c
         .escaped(l10n_.fileCount(static_cast<int>(manifest.files.size())))
         .raw("</b> · <b>")
         .escaped(PathSize::report(manifest.bytesHandled(), l10n_.language()))
-        .raw("</b></div>\n<div class=\"toolbar\"><button type=\"button\" onclick=\"")
+        .raw("</b></div>\n");
+    // There may be very many: what was copied where is said before them.
+    renderSentences(page, "failure", l10n_.reportProblems(), manifest.problems);
+    renderSentences(page, "note", l10n_.reportNotes(), manifest.notes);
+    page.raw("<div class=\"toolbar\"><button type=\"button\" onclick=\"")
         .raw(kOpenAll)
         .raw("\">")
         .escaped(l10n_.expandAll())
@@ -171,8 +175,6 @@ void HtmlReport::renderVerdict(HtmlText& page, const SessionManifest& manifest) 
                 .raw("</dd></div>");
     }
     page.raw("</dl>\n");
-    renderSentences(page, "failure", l10n_.reportProblems(), manifest.problems);
-    renderSentences(page, "note", l10n_.reportNotes(), manifest.notes);
 }
 
 void HtmlReport::renderSentences(HtmlText& page, std::string_view kind, std::string_view title,

@@ -31,7 +31,7 @@ header{padding:14px 14px 10px}
 .facts{display:flex;flex-wrap:wrap;gap:4px 22px;margin:0 0 8px}
 .facts dt{font-size:11px;color:var(--muted)}
 .facts dd{margin:0;font-size:13px;font-weight:600;font-variant-numeric:tabular-nums;overflow-wrap:anywhere;unicode-bidi:isolate}
-.problems{margin:0 0 10px;padding:8px 14px;border-left:6px solid #e0a100;border-radius:4px;font-size:13px;color:var(--amber);background:var(--amber-bg)}
+.problems{margin:8px 0 0;padding:8px 14px;border-left:6px solid #e0a100;border-radius:4px;font-size:13px;color:var(--amber);background:var(--amber-bg)}
 .problems.failure{border-color:#b42318;color:var(--bad);background:var(--red-bg)}
 .problems li{margin-top:3px;font-weight:550;overflow-wrap:anywhere}
 .problems li,.problems li span{unicode-bidi:isolate}
@@ -95,7 +95,7 @@ header{padding:0 0 8px}
 .verdict{padding:5px 10px;margin-bottom:5px}
 .verdict strong{font-size:14px}
 .verdict span,.problems{font-size:10px}
-.problems{padding:4px 10px;margin-bottom:6px}
+.problems{padding:4px 10px;margin-top:6px}
 .facts{gap:2px 18px;margin-bottom:5px}
 .facts dt{font-size:7px}
 .facts dd{font-size:9px}

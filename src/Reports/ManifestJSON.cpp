@@ -102,6 +102,7 @@ SessionManifest manifestFrom(const Json::Value& object) {
     getIfPresent(object, "problems",
                  endedWell(manifest.status) ? manifest.notes : manifest.problems);
     getIfPresent(object, "hash_lists", manifest.hashLists);
+    getIfPresent(object, "skip_names", manifest.skipNames);
     get(object, "hash_algorithm", manifest.hashAlgorithm);
     manifest.card = cardFrom(object.at("card"));
     manifest.destination = destinationFrom(object.at("destination"));
@@ -167,6 +168,7 @@ void isoEncode(const SessionManifest& manifest, const FileSystem::TextSink& put)
         Json::put(object, "problems", problems);
     if (!manifest.hashLists.empty())
         Json::put(object, "hash_lists", manifest.hashLists);
+    Json::put(object, "skip_names", manifest.skipNames);
     Json::put(object, "hash_algorithm", manifest.hashAlgorithm);
     object["card"] = toJson(manifest.card);
     object["destination"] = toJson(manifest.destination);

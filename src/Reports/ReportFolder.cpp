@@ -4,6 +4,7 @@
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
+#include "Reports/PassingSet.h"
 #include "Reports/ReportWriter.h"
 
 #include <algorithm>
@@ -19,14 +20,13 @@ constexpr std::size_t kPersonLimit = 24;
 constexpr std::size_t kCardLimit = 40;
 constexpr std::size_t kSessionIDLimit = 8;
 
-/// Around a name, as long as the set is not whole.
-constexpr std::string_view kPassingStart = ".";
-constexpr std::string_view kPassingEnd = ".part";
+/// For a free name. A broken disk may say for ever that a name is taken.
+constexpr int kMostAttempts = 1000;
 
 /// What a file system takes as a name, less the session's id and what else may stand around it.
 constexpr std::size_t kNumberRoom = 8;
 constexpr std::size_t kLongestNameBytes =
-    255 - 1 - kSessionIDLimit - kNumberRoom - kPassingStart.size() - kPassingEnd.size();
+    255 - 1 - kSessionIDLimit - kNumberRoom - PassingSet::kNameRoom;
 
 /// One part of a name: at most `limit` characters, none that any file system objects to.
 std::string sanitize(std::string_view raw, std::size_t limit) {
@@ -78,22 +78,6 @@ bool claimOnDestination(const RootFolder& destination, const RootFolder& archive
     }
 }
 
-/// Whether a name begins as those of all sets do.
-bool isOfASet(std::string_view name) {
-    constexpr std::string_view kForm = "dddd-dd-dd-dddddd-";
-    return name.size() > kForm.size() &&
-           std::equal(kForm.begin(), kForm.end(), name.begin(), [](char expected, char character) {
-               return expected == 'd' ? character >= '0' && character <= '9'
-                                      : character == expected;
-           });
-}
-
-bool isPassing(std::string_view name) {
-    return name.starts_with(kPassingStart) && name.ends_with(kPassingEnd) &&
-           isOfASet(name.substr(kPassingStart.size(),
-                                name.size() - kPassingStart.size() - kPassingEnd.size()));
-}
-
 /// Nobody takes a day over a set.
 bool isOld(const RootFolder& folder, const std::string& name) {
     const auto item = folder.attributes(name);
@@ -115,13 +99,14 @@ void removeUnfinished(const RootFolder& folder, const std::string& name) {
 /// empty folders by which it claimed names, as far as that is possible.
 void removeUnfinishedIn(const RootFolder& folder) {
     for (const auto& name : folder.names()) {
-        if (!isPassing(name) && !isOfASet(name))
+        const bool isPassing = PassingSet::isNameOfOne(name);
+        if (!isPassing && !isNameOfSet(name))
             continue;
         try {
             if (!isOld(folder, name))
                 continue;
             // There may be thousands of whole sets, and only a claim is empty.
-            if (!isPassing(name))
+            if (!isPassing)
                 removeIfEmpty(folder, name);
             // Whoever writes a set holds a lock on its folder, as far as their machine can.
             else if (const auto lock = folder.below(name).tryToLock())
@@ -130,21 +115,6 @@ void removeUnfinishedIn(const RootFolder& folder) {
             // It is in nobody's way.
         }
     }
-}
-
-/// Nobody but us knows of it.
-std::filesystem::path makePassingFolder(const RootFolder& root, const std::filesystem::path& set) {
-    root.createFolders(set.parent_path());
-    const auto named = [&](const std::string& number) {
-        std::string name(kPassingStart);
-        name += set.filename().native() + number;
-        name += kPassingEnd;
-        return set.parent_path() / name;
-    };
-    auto passing = named("");
-    for (int number = 2; !root.createNewFolder(passing); ++number)
-        passing = named("." + std::to_string(number));
-    return passing;
 }
 
 } // namespace
@@ -172,6 +142,8 @@ std::string claim(const std::string& name, const std::string& sessionID, const R
     const auto withShortID = name + "_" + shortID(sessionID);
     auto candidate = name;
     for (int attempt = 1;; ++attempt) {
+        if (attempt > kMostAttempts)
+            throw PosixError("mkdir", archive.path() / candidate, EEXIST);
         if (archive.createNewFolder(candidate)) {
             if (!destination || claimOnDestination(*destination, archive, candidate))
                 return candidate;
@@ -198,24 +170,12 @@ void removeLeftovers(const RootFolder& archive,
 }
 
 void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fill& fill) {
-    std::filesystem::path passing;
-    bool isInPlace = false;
+    PassingSet passing(root, set);
+    fill(passing.folder());
     try {
-        passing = makePassingFolder(root, set);
-        const auto made = root.below(passing);
-        const auto lock = made.tryToLock();
-        fill(made);
-        // Over our own claim, which is an empty folder: anything else is not replaced.
-        root.rename(passing, set);
-        if (!root.below(set).isSame(made))
-            throw PosixError("rename", root.path() / set, ENOENT);
-        isInPlace = true;
-        root.below(set.parent_path()).sync();
+        passing.putInPlace();
     } catch (...) {
-        if (!passing.empty())
-            remove(root, passing);
-        if (isInPlace)
-            clear(root, set);
+        passing.takeBack();
         throw;
     }
 }
@@ -252,6 +212,15 @@ void remove(const RootFolder& root, const std::filesystem::path& set) noexcept {
 
 std::filesystem::path onDestination(const std::string& name) {
     return std::filesystem::path(ReportNames::folder) / name;
+}
+
+bool isNameOfSet(std::string_view name) {
+    constexpr std::string_view kForm = "dddd-dd-dd-dddddd-";
+    return name.size() > kForm.size() &&
+           std::equal(kForm.begin(), kForm.end(), name.begin(), [](char expected, char character) {
+               return expected == 'd' ? character >= '0' && character <= '9'
+                                      : character == expected;
+           });
 }
 
 bool isOpaqueSessionID(std::string_view name) {

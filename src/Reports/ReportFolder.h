@@ -42,10 +42,9 @@ void removeLeftovers(const RootFolder& archive,
 /// Gets a set into a passing folder, which is new.
 using Fill = std::function<void(const RootFolder& passing)>;
 
-/// Has `fill` make a set in a passing folder beneath `root` and gives that the claimed name `set`:
-/// who looks there sees a whole set or none. When any of it fails nothing of the set stays, as far
-/// as the disk allows, and the failure goes on to the caller, whose claim stays: without it the
-/// name could be somebody else's by the next try.
+/// Has `fill` make a set in a passing folder beneath `root` and gives that the claimed name `set`.
+/// When any of it fails nothing of the set stays, as far as the disk allows, and the failure goes
+/// on to the caller, whose claim stays.
 void putWhole(const RootFolder& root, const std::filesystem::path& set, const Fill& fill);
 
 /// Takes the files of a set of ours away; its folder stays, and claims its name. Gives whether none
@@ -60,6 +59,9 @@ void remove(const RootFolder& root, const std::filesystem::path& set) noexcept;
 
 /// Where a set lies beneath a destination's root.
 std::filesystem::path onDestination(const std::string& name);
+
+/// Whether a name begins as those of all sets do.
+bool isNameOfSet(std::string_view name);
 
 /// Whether a folder bears nothing but a session's id, as older versions left them.
 bool isOpaqueSessionID(std::string_view name);

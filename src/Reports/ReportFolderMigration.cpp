@@ -12,6 +12,9 @@ namespace slatewise::ReportFolder {
 
 namespace {
 
+/// Nobody asked for the copy, and a stranger may have laid out a set to fill the disk with.
+constexpr std::int64_t kLargestFileBytes = std::int64_t(256) * 1024 * 1024;
+
 /// A manifest may come from anywhere, and nobody looks at what it names unless that lies on the
 /// disk that holds the set: a share whose server is gone, or one that is mounted when somebody
 /// looks at it, would hold up whoever does.
@@ -47,8 +50,9 @@ std::vector<std::string> opaqueFolders(const RootFolder& root) {
 void putClaimed(const RootFolder& from, const RootFolder& destination,
                 const std::filesystem::path& set) {
     try {
-        putWhole(destination, set,
-                 [&](const RootFolder& passing) { ReportWriter::copySidecars(from, passing); });
+        putWhole(destination, set, [&](const RootFolder& passing) {
+            ReportWriter::copySidecars(from, passing, kLargestFileBytes);
+        });
     } catch (...) {
         removeIfEmpty(destination, set);
         throw;
@@ -108,7 +112,7 @@ void copyToMountedDestination(const RootFolder& from, const SessionManifest& man
         if (mayHoldAnother(there, manifest))
             AppLog::append("Not copied over other reports: " + there.path().native());
         else
-            ReportWriter::copySidecars(from, there);
+            ReportWriter::copySidecars(from, there, kLargestFileBytes);
     } catch (const std::exception&) {
         // The set lies where it was; a copy that is missing is no reason to trouble anyone.
     }

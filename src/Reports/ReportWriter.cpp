@@ -26,9 +26,6 @@ namespace slatewise::ReportWriter {
 
 namespace {
 
-/// More than the reports of millions of files come to.
-constexpr std::int64_t kLargestReportBytes = std::int64_t(8) * 1024 * 1024 * 1024;
-
 ManifestVolume describeCard(const VolumeFacts& card, const std::string& camera,
                             const std::string& ekip) {
     return {.name = card.volumeName,
@@ -141,13 +138,13 @@ void writePages(const SessionManifest& manifest, const RootFolder& folder, AppLa
         std::rethrow_exception(failure);
 }
 
-int copySidecars(const RootFolder& from, const RootFolder& to) {
+int copySidecars(const RootFolder& from, const RootFolder& to, std::int64_t largestBytes) {
     // A user may have put the archive where the copy goes.
     if (to.isSame(from))
         return 0;
     int copied = 0;
     for (const auto name : fileNames)
-        copied += copyRegularFile({from, name}, {to, name}, kLargestReportBytes) ? 1 : 0;
+        copied += copyRegularFile({from, name}, {to, name}, largestBytes) ? 1 : 0;
     to.syncVolume();
     return copied;
 }

@@ -9,6 +9,7 @@
 #include "Volumes/VolumeRecords.h"
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
 #include <span>
 #include <string>
@@ -25,6 +26,9 @@ inline constexpr std::array<std::string_view, 7> fileNames = {
     ReportNames::standardPage, ReportNames::standardPDF, ReportNames::detailedPage,
     ReportNames::detailedPDF,
 };
+
+/// More than the reports of millions of files come to.
+inline constexpr std::int64_t largestFileBytes = std::int64_t(8) * 1024 * 1024 * 1024;
 
 /// The record of a session. `files` are the outcome's rows, of which there may be too many to be
 /// held twice; those that the outcome itself holds are not looked at.
@@ -45,9 +49,10 @@ void writePages(const SessionManifest& manifest, const RootFolder& folder, AppLa
 
 /// Copies those files of a set that `from` holds, replaces what `to` holds under these names, and
 /// waits until they would survive a power cut, as the footage beside them does. Neither may hold
-/// anything but files under these names: a failure. Gives how many there were; none of a set that
-/// is to be copied to itself.
-int copySidecars(const RootFolder& from, const RootFolder& to);
+/// anything but files of at most `largestBytes` under these names: a failure. Gives how many there
+/// were; none of a set that is to be copied to itself.
+int copySidecars(const RootFolder& from, const RootFolder& to,
+                 std::int64_t largestBytes = largestFileBytes);
 
 /// How many distinct folders the files' paths imply.
 int folderCount(std::span<const ManifestFile> files);

@@ -74,6 +74,8 @@ struct SessionManifest {
     std::vector<std::string> notes;
     /// The hash lists that were written beside the copy, below the session's folder.
     std::vector<std::string> hashLists;
+    /// By which the run left things out, where these are others than by default.
+    std::optional<std::vector<std::string>> skipNames{};
     std::string hashAlgorithm;
     ManifestVolume card;
     ManifestDestination destination;

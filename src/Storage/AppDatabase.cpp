@@ -169,6 +169,10 @@ std::optional<std::filesystem::path> AppDatabase::takeSetAside() {
     return connection_->takeSetAside();
 }
 
+std::filesystem::path AppDatabase::setAside() const {
+    return connection_->setAside();
+}
+
 std::optional<std::string> AppDatabase::writeWhatIsKept(L10n l10n,
                                                         std::chrono::milliseconds patience) {
     try {

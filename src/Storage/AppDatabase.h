@@ -48,6 +48,9 @@ public:
     /// Where the file lies that was set aside, told once; else empty.
     std::optional<std::filesystem::path> takeSetAside();
 
+    /// The same as often as one asks.
+    std::filesystem::path setAside() const;
+
     /// Tries once more to write what is kept in memory because the file could not be had, and gives
     /// why it is lost otherwise, for a person. For the end of a process. Blocks for about as long
     /// as `patience`.

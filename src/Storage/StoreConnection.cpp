@@ -165,8 +165,13 @@ bool StoreConnection::isKeeping() const {
 
 std::optional<std::filesystem::path> StoreConnection::takeSetAside() {
     const std::lock_guard guard(lock_);
-    auto aside = std::exchange(setAside_, {});
-    return aside.empty() ? std::nullopt : std::optional(std::move(aside));
+    const bool isNews = !setAside_.empty() && !std::exchange(isSetAsideTaken_, true);
+    return isNews ? std::optional(setAside_) : std::nullopt;
+}
+
+std::filesystem::path StoreConnection::setAside() const {
+    const std::lock_guard guard(lock_);
+    return setAside_;
 }
 
 void StoreConnection::writeWhatIsKept(std::chrono::milliseconds patience) {

@@ -52,6 +52,7 @@ public:
 
     /// As `AppDatabase` says; the second fails where that gives a reason.
     std::optional<std::filesystem::path> takeSetAside();
+    std::filesystem::path setAside() const;
     void writeWhatIsKept(std::chrono::milliseconds patience);
 
     /// Runs `work` alone and as one transaction.
@@ -98,6 +99,8 @@ private:
     /// The file that is waited for.
     std::filesystem::path awaited_;
     std::filesystem::path setAside_;
+    /// Somebody has been told.
+    bool isSetAsideTaken_ = false;
     /// What could not be written while another program held the file.
     std::shared_ptr<StoreConnection> kept_;
     /// In memory, rows of the outbox have ids that no file gives.

@@ -9,6 +9,33 @@
 /// What a check whose files were all the same leaves behind: the next generation of each history.
 namespace slatewise::Verify {
 
+namespace {
+
+/// Takes away those patterns of a list for which it would leave out a file that is there to be
+/// listed: a name that systems leave behind may have been wanted here.
+void keepWanted(const std::vector<MediaHashList::HashedFile>& files, const std::string& folder,
+                std::vector<std::string>& patterns) {
+    const auto prefix = folder.empty() ? "" : folder + "/";
+    MediaHashList::IgnoreList list(patterns);
+    std::vector<std::string> wanted;
+    for (const auto& file : files) {
+        if (!file.path.starts_with(prefix) || MediaHashList::liesInHistory(file.path))
+            continue;
+        auto below = file.path.substr(prefix.size());
+        if (list.ignores(below))
+            wanted.push_back(std::move(below));
+    }
+    if (wanted.empty())
+        return;
+    std::erase_if(patterns, [&](const std::string& pattern) {
+        MediaHashList::IgnoreList alone({&pattern, 1});
+        return std::any_of(wanted.begin(), wanted.end(),
+                           [&](const std::string& path) { return alone.ignores(path); });
+    });
+}
+
+} // namespace
+
 std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) {
     for (const auto& [folder, c4] : tree.unfinished)
         MediaHashList::History::enterUnfinished(*tree.folder, folder, c4);
@@ -16,21 +43,14 @@ std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) 
     hashed.creator = MediaHashList::creatorHere();
     hashed.process = MediaHashList::Process::InPlace;
     hashed.ignored = MediaHashList::ignorePatterns(TreeWalker::defaultSkipNames());
-    const auto isWanted = [&](const std::string& folder, const std::string& pattern) {
-        return std::any_of(hashed.files.begin(), hashed.files.end(), [&](const auto& file) {
-            return !MediaHashList::isOfHistory(file.path) &&
-                   MediaHashList::isIgnoredBelow(folder, file.path, {&pattern, 1});
-        });
-    };
-    // A name that systems leave behind may have been wanted here.
-    std::erase_if(hashed.ignored, [&](const auto& pattern) { return isWanted("", pattern); });
+    keepWanted(hashed.files, "", hashed.ignored);
     hashed.ignoredBelow = tree.ignored;
-    for (auto& below : hashed.ignoredBelow) {
-        std::erase_if(below.second, [&](const std::string& pattern) {
+    for (auto& [folder, patterns] : hashed.ignoredBelow) {
+        std::erase_if(patterns, [&](const std::string& pattern) {
             return std::find(hashed.ignored.begin(), hashed.ignored.end(), pattern) !=
-                       hashed.ignored.end() ||
-                   isWanted(below.first, pattern);
+                   hashed.ignored.end();
         });
+        keepWanted(hashed.files, folder, patterns);
     }
     auto added = MediaHashList::addGenerations(*tree.folder, {}, hashed, tree.withHistory);
     if (added.failure)

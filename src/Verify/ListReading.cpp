@@ -3,13 +3,16 @@
 #include "MediaHashList/History.h"
 #include "MediaHashList/ListError.h"
 #include "Offload/ReportNames.h"
+#include "Offload/TreeWalker.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Reports/ManifestJSON.h"
 #include "Reports/ReportWriter.h"
+#include "Verify/SessionFolder.h"
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <set>
 
 namespace slatewise::Verify {
@@ -38,11 +41,14 @@ void expect(Expected& expected, HashFormat format, std::string_view value) {
         expected.push_back(wanted);
 }
 
-/// A name that JSON cannot hold stands in the checksum list, and here as it would be shown.
-std::set<std::string> namesAsShown(const ListedTree& tree) {
+/// A name that JSON cannot hold stands in the checksum list, and here as it would be shown. Of what
+/// lies below a session's folder, whose own name may be such a one.
+std::set<std::string> namesAsShown(const ListedTree& tree, const std::string& prefix) {
     std::set<std::string> names;
-    for (const auto& [path, expected] : tree.files) {
-        if (auto shown = Text::displayable(path); shown != path)
+    for (auto file = tree.files.lower_bound(prefix);
+         file != tree.files.end() && file->first.starts_with(prefix); ++file) {
+        const auto name = std::string_view(file->first).substr(prefix.size());
+        if (auto shown = Text::displayable(name); shown != name)
             names.insert(std::move(shown));
     }
     return names;
@@ -62,17 +68,19 @@ void tellFailedRun(const std::filesystem::path& list, ListedTree& tree) {
 
 void addManifest(const ReportSet& set, const std::filesystem::path& list, ListedTree& tree) {
     const auto& manifest = *set.manifest;
-    tree.lists.push_back(list);
-    tree.reported.insert(set.prefix);
+    tree.lists.insert(list);
+    const auto& names = manifest.skipNames;
+    tree.reported[set.prefix] =
+        names ? SkipNames(names->begin(), names->end()) : TreeWalker::defaultSkipNames();
     if (manifest.status == OutcomeStatus::Failed)
         tellFailedRun(list, tree);
-    const auto otherwiseNamed = namesAsShown(tree);
+    const auto otherwiseNamed = namesAsShown(tree, set.prefix);
     for (const auto& file : manifest.files) {
         const auto path = set.prefix + file.relativePath;
         if (file.action == RowAction::Skip)
             tree.leftOut.insert(path);
         if (file.action == RowAction::Skip || file.action == RowAction::Hash ||
-            otherwiseNamed.contains(path))
+            otherwiseNamed.contains(file.relativePath))
             continue;
         requireDown(list, file.relativePath);
         auto& expected = tree.files[path];
@@ -107,15 +115,19 @@ ChecksumLine parsedLine(std::string_view line, const std::filesystem::path& list
     if (line.size() < kDigestLength + 3 || !isValue(HashFormat::SHA256, digest) ||
         line[kDigestLength] != ' ')
         throw ListError(Reason::NotAList, std::string(line), list);
-    const auto name = line.substr(kDigestLength + 2);
+    std::string_view name = line.substr(kDigestLength + 2);
+    // As who lists a folder with other tools often has them.
+    constexpr std::string_view kHere = "./";
+    while (name.starts_with(kHere))
+        name.remove_prefix(kHere.size());
     return {std::move(digest), isEscaped ? unescaped(name) : std::string(name)};
 }
 
 /// Gives what it read.
 std::string addChecksums(const std::filesystem::path& list, const std::string& prefix,
                          ListedTree& tree) {
-    tree.lists.push_back(list);
-    tree.reported.insert(prefix);
+    tree.lists.insert(list);
+    tree.reported.try_emplace(prefix);
     auto text = readList(list);
     for (const auto line : Text::pieces(text, '\n')) {
         const auto [digest, path] = parsedLine(line, list);
@@ -153,7 +165,7 @@ void requireAgreement(const SessionManifest& manifest, std::string_view checksum
 /// Whether a hash list is to name it. One that is no UTF-8 cannot be told apart here from one with
 /// a U+FFFD in it.
 bool belongsIntoHashList(std::string_view path) {
-    return !MediaHashList::isOfHistory(path) && MediaHashList::canHold(path) &&
+    return !MediaHashList::liesInHistory(path) && MediaHashList::canHold(path) &&
            path.find("\xef\xbf\xbd") == std::string_view::npos;
 }
 
@@ -190,6 +202,8 @@ SessionManifest readManifest(const std::filesystem::path& list) {
     } catch (const Error&) {
         // Its words are those of a library.
         throw ListError(Reason::NotAList, {}, list);
+    } catch (const std::bad_alloc&) {
+        throw ListError(Reason::TooLarge, {}, list);
     }
 }
 
@@ -240,10 +254,14 @@ void addKnown(const History& history, const std::string& prefix, ListedTree& tre
     const auto left = history.givenUp(known);
     const std::set<std::string_view> givenUp(left.begin(), left.end());
     for (const auto& [path, values] : known) {
-        const bool isLeftOut = tree.leftOut.contains(prefix + path) || givenUp.contains(path);
-        if (isLeftOut && !tree.folder->exists(prefix + path))
+        const auto whole = prefix + path;
+        const bool isGivenUp = givenUp.contains(path);
+        if ((isGivenUp || tree.isLeftOutByRun(whole)) && !tree.folder->exists(whole)) {
+            if (!isGivenUp)
+                tree.noteLeftOut(whole);
             continue;
-        auto& expected = tree.files[prefix + path];
+        }
+        auto& expected = tree.files[whole];
         for (const auto& value : values)
             expect(expected, value.format, value.value);
     }
@@ -281,11 +299,15 @@ void addHistory(const std::string& folder, ListedTree& tree) {
     const auto& root = *tree.folder;
     const auto prefix = folder.empty() ? "" : folder + "/";
     const auto lists = prefix + std::string(MediaHashList::kHistoryFolder);
-    tree.lists.push_back(tree.root / lists);
+    tree.lists.insert(tree.root / lists);
     const auto history = History::loadReadable(
         root, folder, [&](const auto& list, const Error& failure) { tell(tree, list, failure); });
-    for (const auto& list : history.brokenReferences())
-        tell(tree, tree.root / list, ListError(Reason::NotAsReferred));
+    for (const auto& list : history.brokenReferences()) {
+        if (tree.isLeftOutByRun(list) && !root.exists(list))
+            tree.noteLeftOut(list);
+        else
+            tell(tree, tree.root / list, ListError(Reason::NotAsReferred));
+    }
     addKnown(history, prefix, tree);
     if (history.unfinished())
         addUnfinished(*history.unfinished(), folder, prefix, tree.root / lists, tree);
@@ -304,7 +326,7 @@ void compareHashLists(const ReportSet& set, ListedTree& tree) {
     for (const auto& path : manifest.hashLists) {
         if (!path.ends_with(".mhl"))
             continue;
-        const auto whole = set.prefix + path;
+        const auto whole = set.prefix + asItLies(tree.root / set.prefix, path).native();
         newest = tree.root / whole;
         readOrTell(tree, newest, [&] {
             requireDown(newest, path);

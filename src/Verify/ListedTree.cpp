@@ -7,13 +7,15 @@
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/RootFolder.h"
-#include "Platform/Text.h"
+#include "Reports/ReportWriter.h"
+#include "Verify/FoundReports.h"
 #include "Verify/ListReading.h"
 #include "Verify/SessionFolder.h"
 
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <utility>
 
 namespace slatewise::Verify {
 
@@ -32,13 +34,6 @@ bool isFolder(const std::filesystem::path& path) {
     return attributes && attributes->type == FileSystem::ItemType::Folder;
 }
 
-/// Hashes of a card, of which there is no copy.
-bool isOfHashesOnly(const SessionManifest& manifest) {
-    return manifest.wasHashing() || manifest.status == OutcomeStatus::Hashed ||
-           std::any_of(manifest.files.begin(), manifest.files.end(),
-                       [](const auto& file) { return file.action == RowAction::Hash; });
-}
-
 /// Histories of the tree and of folders in it.
 void addHistories(ListedTree& tree, const std::stop_token& stop) {
     const auto note = [&](const std::string& path, int code) {
@@ -50,113 +45,6 @@ void addHistories(ListedTree& tree, const std::stop_token& stop) {
         throwIfAsked(stop);
         addHistory(folder, tree);
     }
-}
-
-/// Whether a set without a readable manifest may be the session's: most are named after the card,
-/// and their checksums are of files that are there.
-bool mayBeOf(const std::filesystem::path& session, const std::filesystem::path& set) {
-    const auto card = Text::replaced(session.filename().native(), " ", "_");
-    if (set.filename().native().find(card) != std::string::npos)
-        return true;
-    try {
-        const auto names = namesIn(set / ReportNames::checksums);
-        return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-            return MediaHashList::leadsDown(name) && FileSystem::exists(session / name);
-        });
-    } catch (const Error&) {
-        return false;
-    }
-}
-
-/// The sets of a tree in the folders of reports above it.
-struct FoundReports {
-    /// By where their session lies below the tree's root, with a "/" at its end; "" for the root.
-    /// A folder that was deleted and written again has several, of which only the newest is true.
-    std::map<std::string, ReportSet> newest;
-    /// Those that may be the root's.
-    std::vector<std::filesystem::path> damaged;
-    /// Those of which nobody knows whose they are.
-    std::vector<std::filesystem::path> unknown;
-};
-
-/// Where in the tree the copy of a session lies that has its reports on this disk; nothing when it
-/// lies elsewhere.
-std::optional<std::string> placeOf(const SessionManifest& manifest,
-                                   const std::filesystem::path& disk,
-                                   const std::filesystem::path& root) {
-    const std::filesystem::path made = manifest.destination.sessionRoot;
-    const auto below = belowDisk(manifest);
-    const auto session = below.empty() ? made : disk / below;
-    if (made == root || session == root)
-        return "";
-    const auto inside = session.lexically_relative(root).native();
-    if (!MediaHashList::leadsDown(inside))
-        return std::nullopt;
-    // A copy that failed and was deleted is none that anybody could miss.
-    if (manifest.status == OutcomeStatus::Failed && !FileSystem::exists(session))
-        return std::nullopt;
-    return inside + "/";
-}
-
-/// One that is in work lies under a name with a dot, and is none yet.
-bool hasList(const std::filesystem::path& set) {
-    return !set.filename().native().starts_with('.') &&
-           (FileSystem::exists(set / ReportNames::manifest) ||
-            FileSystem::exists(set / ReportNames::checksums));
-}
-
-void seekReports(const std::filesystem::path& disk, ListedTree& tree, FoundReports& found) {
-    if (!isFolder(disk / ReportNames::folder))
-        return;
-    for (const auto& name : RootFolder(disk / ReportNames::folder).names()) {
-        const auto set = disk / ReportNames::folder / name;
-        const auto list = set / ReportNames::manifest;
-        if (set == tree.root || !isFolder(set) || !hasList(set))
-            continue;
-        try {
-            auto manifest = readManifest(list);
-            tree.manifestsRead.insert(list);
-            const auto place = placeOf(manifest, disk, tree.root);
-            if (!place || isOfHashesOnly(manifest))
-                continue;
-            auto& newest = found.newest[*place];
-            if (!newest.manifest || manifest.startedAt >= newest.manifest->startedAt)
-                newest = {set, std::move(manifest), *place};
-        } catch (const Error& failure) {
-            if (!mayBeOf(tree.root, set)) {
-                found.unknown.push_back(list);
-                continue;
-            }
-            tell(tree, list, failure);
-            found.damaged.push_back(set);
-        }
-    }
-}
-
-/// Looks for the reports of the root's session, and of sessions below it, at the root of the disk,
-/// which the root itself or any folder above may be.
-FoundReports reportsAbove(ListedTree& tree) {
-    FoundReports found;
-    std::filesystem::path below;
-    for (auto disk = tree.root; disk != below; disk = disk.parent_path()) {
-        below = disk;
-        readOrTell(tree, disk / ReportNames::folder, [&] { seekReports(disk, tree, found); });
-    }
-    return found;
-}
-
-/// Adds the sets that count, and gives them: the root's own is the first.
-std::vector<ReportSet> addFound(FoundReports found, ListedTree& tree) {
-    if (!found.newest.contains("")) {
-        for (const auto& set : found.damaged)
-            addReports({set}, tree);
-    }
-    std::vector<ReportSet> sets;
-    for (auto& [place, set] : found.newest) {
-        addReports(set, tree);
-        sets.push_back(std::move(set));
-    }
-    return sets;
 }
 
 const ReportSet* ofRoot(const std::vector<ReportSet>& sets) {
@@ -182,9 +70,20 @@ void refuseHashesOnly(const ReportSet& set) {
         throw ListError(Reason::OnlyHashes, {}, set.folder / ReportNames::manifest);
 }
 
-/// Adds a set that was named, and finds the tree that it is of. Only the manifest knows where that
-/// is; checksums alone are of the folder in which they lie.
-ReportSet addNamedReports(ReportSet set, ListedTree& tree) {
+/// Adds the sets of other sessions, whose copies lie below the one that is known: the first set's.
+void addFurther(FoundReports found, std::vector<ReportSet>& sets, ListedTree& tree) {
+    found.newest.erase("");
+    // The set that is known is whole, and says what theirs may say of another day.
+    tellUnread(found.damaged, &sets.front(), tree);
+    found.damaged.clear();
+    auto further = addFound(std::move(found), tree);
+    std::move(further.begin(), further.end(), std::back_inserter(sets));
+}
+
+/// Adds a set that was named, finds the tree that it is of, and adds those of other sessions whose
+/// copies lie below it. Only the manifest knows where the tree is; checksums alone are of the
+/// folder in which they lie.
+std::vector<ReportSet> addNamedReports(ReportSet set, ListedTree& tree) {
     if (set.manifest) {
         refuseHashesOnly(set);
         auto place = folderOf(*set.manifest, set.folder);
@@ -194,16 +93,23 @@ ReportSet addNamedReports(ReportSet set, ListedTree& tree) {
         tree.root = set.folder;
     }
     addReports(set, tree);
-    return set;
+    std::vector<ReportSet> sets;
+    sets.push_back(std::move(set));
+    if (sets.front().manifest) {
+        auto found = reportsAbove(tree);
+        noteUnread(std::exchange(found.damaged, {}), tree);
+        addFurther(std::move(found), sets, tree);
+    }
+    return sets;
 }
 
-/// The set that a folder itself is, where no other list is of it.
-std::optional<ReportSet> setThatIs(const std::filesystem::path& folder, const ListedTree& tree) {
+/// The set that a folder itself is, which no other list is of.
+std::optional<ReportSet> setThatIs(const std::filesystem::path& folder) {
     const auto checksums = folder / ReportNames::checksums;
     const bool hasChecksums = FileSystem::exists(checksums);
     const bool isNamedAsReports =
         FileSystem::exists(folder / ReportNames::manifest) || hasChecksums;
-    if (!isNamedAsReports || !tree.lists.empty() || !tree.troubles.empty())
+    if (!isNamedAsReports)
         return std::nullopt;
     // A card may bring files that are only named as ours are.
     const bool hasHistory = MediaHashList::hasLists(RootFolder(folder), {});
@@ -231,17 +137,21 @@ bool isAnyOfOtherDisk(const std::vector<ReportSet>& sets, const std::filesystem:
 std::vector<ReportSet> addListsOfFolder(const std::filesystem::path& folder, ListedTree& tree) {
     tree.root = folder;
     auto found = reportsAbove(tree);
+    const bool isOfOthers =
+        !found.newest.empty() || std::any_of(found.damaged.begin(), found.damaged.end(),
+                                             [](const auto& each) { return each.isOfSet(); });
+    if (auto set = isOfOthers ? std::nullopt : setThatIs(folder)) {
+        noteUnread(found.damaged, tree);
+        return addNamedReports(std::move(*set), tree);
+    }
+    tellUnread(found.damaged, found.first(), tree);
+    // Any of these may be of a session that lies below.
     const bool isSession = found.newest.contains("");
     const auto unknown = std::move(found.unknown);
     auto sets = addFound(std::move(found), tree);
     tree.isOnOtherDisk = isAnyOfOtherDisk(sets, folder);
-    if (auto set = setThatIs(folder, tree)) {
-        sets.push_back(addNamedReports(std::move(*set), tree));
-    } else if (!isSession) {
-        // Any of them may be of a session that lies below.
-        for (const auto& list : unknown)
-            readOrTell(tree, list, [&] { (void)readManifest(list); });
-    }
+    if (!isSession)
+        tellUnread(unknown, sets.empty() ? nullptr : &sets.front(), tree);
     return sets;
 }
 
@@ -279,24 +189,58 @@ void requireSession(const ReportSet& set, const StoredSession& session) {
 void addReportsOnDisk(const StoredSession& session, std::vector<ReportSet>& sets,
                       ListedTree& tree) {
     auto found = reportsAbove(tree);
-    if (const auto own = found.newest.find(""); own != found.newest.end()) {
-        const auto& [place, set] = *own;
-        if (set.manifest->startedAt >= sets.front().manifest->startedAt)
+    if (auto own = found.newest.extract("")) {
+        auto& set = own.mapped();
+        if (isTruer(*set.manifest, *sets.front().manifest, tree.root))
             requireSession(set, session);
-        if (set.manifest->sessionID != session.id || set.folder == sets.front().folder)
-            found.newest.erase(own);
+        if (set.manifest->sessionID == session.id && set.folder != sets.front().folder) {
+            addReports(set, tree);
+            sets.push_back(std::move(set));
+        }
     }
-    // The archive's set is whole, and says what theirs may say of another day.
-    found.damaged.clear();
-    auto further = addFound(std::move(found), tree);
-    std::move(further.begin(), further.end(), std::back_inserter(sets));
+    addFurther(std::move(found), sets, tree);
 }
 
 } // namespace
 
 bool ListedTree::isReported(std::string_view path) const {
     return std::any_of(reported.begin(), reported.end(),
-                       [&](const std::string& place) { return path.starts_with(place); });
+                       [&](const auto& each) { return path.starts_with(each.first); });
+}
+
+bool ListedTree::isList(const std::string& path) const {
+    const auto whole = root / path;
+    const auto& names = ReportWriter::fileNames;
+    // What a run left as footage its reports name.
+    return lists.contains(whole) ||
+           (sets.contains(whole.parent_path()) && !isReported(path) &&
+            std::find(names.begin(), names.end(), whole.filename().native()) != names.end());
+}
+
+bool ListedTree::isLeftOutByRun(const std::string& path) const {
+    if (leftOut.contains(path))
+        return true;
+    // The innermost comes first.
+    const auto session = std::find_if(reported.begin(), reported.end(), [&](const auto& each) {
+        return path.starts_with(each.first);
+    });
+    const auto name = std::string_view(path).substr(path.rfind('/') + 1);
+    return session != reported.end() && session->second &&
+           TreeWalker::shouldSkip(std::string_view(path).substr(session->first.size()), name,
+                                  *session->second);
+}
+
+void ListedTree::noteLeftOut(const std::string& path) {
+    constexpr std::size_t kNamed = 3;
+    const auto isIt = [](const Note& note) {
+        return note.kind == Note::Kind::LeftOutByRun;
+    };
+    const auto found = std::find_if(notes.begin(), notes.end(), isIt);
+    if (found == notes.end())
+        return notes.push_back({Note::Kind::LeftOutByRun, {path}});
+    ++found->count;
+    if (found->paths.size() < kNamed)
+        found->paths.push_back(path);
 }
 
 ListedTree findLists(const std::filesystem::path& given, const std::stop_token& stop) {
@@ -308,7 +252,7 @@ ListedTree findLists(const std::filesystem::path& given, const std::stop_token& 
     } else {
         if (path.filename() != ReportNames::manifest && path.filename() != ReportNames::checksums)
             throw ListError(Reason::UnknownFile, {}, path);
-        sets.push_back(addNamedReports(setIn(path.parent_path()), tree));
+        sets = addNamedReports(setIn(path.parent_path()), tree);
     }
     complete(tree, sets, stop);
     return tree;
@@ -324,7 +268,7 @@ ListedTree findListsOf(const StoredSession& session, const std::stop_token& stop
         refuseHashesOnly(sets.front());
         addReports(sets.front(), tree);
     } else {
-        sets = addListsOfFolder(withoutLinks(session.root), tree);
+        sets = addListsOfFolder(withoutLinks(asItLies(session.root)), tree);
     }
     // A disk of the same name may be mounted there, with a copy of the same card.
     const auto* const own = ofRoot(sets);

@@ -7,13 +7,19 @@
 
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
+
+namespace slatewise {
+class L10n;
+}
 
 /// Whether a tree is still what its lists say.
 namespace slatewise::Verify {
@@ -40,6 +46,27 @@ struct ListTrouble {
     std::exception_ptr failure{};
 };
 
+/// What a person is to know of a tree that makes it no other than its lists say.
+struct Note {
+    enum class Kind {
+        /// A list of the card names files that the run left out for their names.
+        LeftOutByRun,
+        /// Reports cannot be read, of which the tree has its own anyway.
+        OtherReportsNotRead,
+        /// These reports are of the copy that lies there, and others have a later date.
+        LaterReportsPassedOver,
+    };
+
+    Kind kind;
+    /// The first of them; bytes.
+    std::vector<std::string> paths;
+    int count = 1;
+    /// Why, where something failed.
+    std::exception_ptr failure{};
+
+    std::string text(L10n l10n) const;
+};
+
 /// A history whose newest list no chain names yet.
 struct UnfinishedHistory {
     /// Its folder below the tree's root.
@@ -59,10 +86,9 @@ struct ListedTree {
     std::filesystem::path root;
     /// The root, held open from the lists to the last file, whatever comes to lie under its path.
     std::shared_ptr<const RootFolder> folder;
-    /// The lists, in the order in which they were found.
-    std::vector<std::filesystem::path> lists;
-    /// Manifests in folders of reports that could be read, whether they count here or not.
-    std::set<std::filesystem::path> manifestsRead;
+    std::set<std::filesystem::path> lists;
+    /// Sets in folders of reports whose manifests could be read, whether they count here or not.
+    std::set<std::filesystem::path> sets;
     /// By path below the root, as bytes.
     std::map<std::string, Expected> files;
     /// Folders that only a history names, by path: the newest one's. A copy by reports has none,
@@ -71,9 +97,10 @@ struct ListedTree {
     /// What a run left out of the copy on purpose.
     std::set<std::string> leftOut;
     /// Below which all that was copied is named by a run's reports: the root, "", or a folder
-    /// with a "/" at its end.
-    std::set<std::string> reported;
+    /// with a "/" at its end. With the names that the run left out, where a manifest is there.
+    std::map<std::string, std::optional<SkipNames>, std::greater<>> reported;
     std::vector<ListTrouble> troubles;
+    std::vector<Note> notes;
     /// Patterns of what no list was to hold, by the folder below which they count.
     MediaHashList::IgnoredBelow ignored;
     /// Folders that have a history, "" for the root; inner ones first.
@@ -87,6 +114,15 @@ struct ListedTree {
 
     /// Whether a run's reports would name something if that run had left it there.
     bool isReported(std::string_view path) const;
+
+    /// Whether something is a list that was read, or lies beside one in its set of reports.
+    bool isList(const std::string& path) const;
+
+    /// Whether the run that made a copy says that it left this out, be it for a name on its way.
+    bool isLeftOutByRun(const std::string& path) const;
+
+    /// Notes that a list of the card names what the run left out.
+    void noteLeftOut(const std::string& path);
 };
 
 /// Finds the tree and its lists. `path` is a session's folder or one above several, a folder of

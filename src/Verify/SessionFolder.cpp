@@ -6,10 +6,13 @@
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DiskInfo.h"
 #include "Platform/Error.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Verify/ListReading.h"
 
 #include <cerrno>
+#include <string_view>
+#include <vector>
 
 namespace slatewise::Verify {
 
@@ -18,10 +21,14 @@ namespace {
 using MediaHashList::ListError;
 using Reason = MediaHashList::ListError::Reason;
 
+/// In the place of what is no UTF-8.
+constexpr std::string_view kNotShown = "\xef\xbf\xbd";
+
 /// Null when there is no such folder.
-HeldFolder folderBelow(const std::filesystem::path& disk, const std::filesystem::path& relative) {
-    if (!MediaHashList::leadsDown(relative.native()))
+HeldFolder folderBelow(const std::filesystem::path& disk, const std::filesystem::path& shown) {
+    if (!MediaHashList::leadsDown(shown.native()))
         return nullptr;
+    const auto relative = asItLies(disk, shown);
     try {
         return std::make_shared<const RootFolder>(RootFolder(disk).below(relative));
     } catch (const PosixError& failure) {
@@ -47,6 +54,29 @@ std::string volumeUUID(const std::filesystem::path& path) {
 
 } // namespace
 
+std::filesystem::path asItLies(const std::filesystem::path& folder,
+                               const std::filesystem::path& shown) {
+    if (shown.native().find(kNotShown) == std::string::npos)
+        return shown;
+    std::filesystem::path found;
+    for (const auto& part : shown) {
+        std::vector<std::filesystem::path> meant;
+        if (part.native().find(kNotShown) != std::string::npos &&
+            !FileSystem::exists(folder / found / part)) {
+            for (const auto& item : FileSystem::entriesIfAny(folder / found)) {
+                if (Text::displayable(item.filename().native()) == part)
+                    meant.push_back(item.filename());
+            }
+        }
+        found /= meant.size() == 1 ? meant.front() : part;
+    }
+    return found;
+}
+
+std::filesystem::path asItLies(const std::filesystem::path& shown) {
+    return shown.is_absolute() ? "/" / asItLies("/", shown.relative_path()) : shown;
+}
+
 SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder) {
     const auto parent = reportFolder.parent_path();
     if (parent.filename() != ReportNames::folder)
@@ -62,7 +92,8 @@ SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::pa
 HeldFolder folderWhereMade(const SessionManifest& manifest) {
     const std::filesystem::path made = manifest.destination.sessionRoot;
     std::error_code failure;
-    const auto disk = std::filesystem::canonical(manifest.destination.mountPoint, failure);
+    const auto disk =
+        std::filesystem::canonical(asItLies(manifest.destination.mountPoint), failure);
     if (failure || !made.is_absolute())
         throw ListError(Reason::NoFolder, {}, made);
     if (isOnItsDisk(manifest, disk) == false)

@@ -21,6 +21,15 @@ struct SessionPlace {
     bool isWhereMade = false;
 };
 
+/// A path below a folder as it lies there, of one that stands in a list of ours, which shows names
+/// that are no UTF-8 and cannot hold them. Where several would be shown so, or none, it stays as it
+/// is. Never fails.
+std::filesystem::path asItLies(const std::filesystem::path& folder,
+                               const std::filesystem::path& shown);
+
+/// The same of a whole path.
+std::filesystem::path asItLies(const std::filesystem::path& shown);
+
 /// The folder that a set of reports is of. A set that lies on its disk speaks of that disk alone,
 /// wherever it is mounted today; any other, of the place where the copy was made.
 SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder);
@@ -31,7 +40,7 @@ HeldFolder folderWhereMade(const SessionManifest& manifest);
 /// Whether this lies on the disk that the session went to; empty when nobody can tell.
 std::optional<bool> isOnItsDisk(const SessionManifest& manifest, const std::filesystem::path& path);
 
-/// Where a session lies below its disk; empty for one that does not.
+/// Where a session lies below its disk, as the manifest shows it; empty for one that does not.
 std::filesystem::path belowDisk(const SessionManifest& manifest);
 
 } // namespace slatewise::Verify

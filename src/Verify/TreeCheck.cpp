@@ -1,11 +1,9 @@
 #include "Verify/TreeCheck.h"
 
-#include "Language/L10n.h"
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "Offload/FileDates.h"
 #include "Offload/OffloadError.h"
-#include "Offload/ReportNames.h"
 #include "Offload/Transfer.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
@@ -13,7 +11,6 @@
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/UncachedFile.h"
-#include "Reports/ReportWriter.h"
 
 #include <algorithm>
 #include <array>
@@ -26,16 +23,6 @@ namespace {
 
 /// Enough of them for a person to see what is the matter.
 constexpr int kNamedFiles = 3;
-
-/// Whether something is a part of a history itself, or what is left of one that was being written.
-bool isListFile(std::string_view path) {
-    const auto name = path.substr(path.rfind('/') + 1);
-    const auto holder = path.substr(0, path.size() - std::min(path.size(), name.size() + 1));
-    const auto place = holder.substr(0, holder.size() - MediaHashList::kHistoryFolder.size());
-    return MediaHashList::isOfHistory(holder) && holder.ends_with(MediaHashList::kHistoryFolder) &&
-           !MediaHashList::isOfHistory(place) &&
-           (name == MediaHashList::kChainName || name.ends_with(".mhl") || name.ends_with(".tmp"));
-}
 
 /// What has that name in a walk's list, which is sorted; null when nothing does.
 const InventoryEntry* entryIn(std::span<const InventoryEntry> entries, std::string_view path) {
@@ -55,7 +42,8 @@ class Check {
 public:
     Check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop)
         : tree_(tree), root_(*tree.folder), entries_(tree.entries), keep_(keep), watch_(watch),
-          stop_(std::move(stop)), areDatesExact_(FileSystemType::keepsFileNumbers(tree.root)) {}
+          stop_(std::move(stop)), ignored_(tree.ignored),
+          areDatesExact_(FileSystemType::keepsFileNumbers(tree.root)) {}
 
     Result run() {
         publish(Phase::Scanning());
@@ -81,7 +69,7 @@ public:
             rememberList(entry);
             if (isNew(entry))
                 tell({Difference::New, entry.relativePath});
-            else if (entry.isDirectory && !isLeftOut(entry.relativePath))
+            else if (entry.isDirectory && !isIgnoredFolder(entry.relativePath))
                 folders(entry.relativePath).push_back(entry.relativePath);
         }
         throwIfCancelled();
@@ -135,24 +123,27 @@ private:
                   std::make_exception_ptr(PosixError("open", folder, code))});
     }
 
-    /// A run's reports name all that it left there, and it leaves no links.
-    bool isNew(const InventoryEntry& entry) const {
+    /// A run's reports name all that it left there; else a list may have left out what it named
+    /// nowhere.
+    bool isNew(const InventoryEntry& entry) {
         const auto& path = entry.relativePath;
-        const bool isReported = tree_.isReported(path);
-        if (!(entry.shouldCopy || (isReported && !entry.isDirectory)) || tree_.files.contains(path))
+        if (entry.isDirectory || tree_.files.contains(path) || tree_.isList(path) ||
+            isLeftBySystem(path) || isPartOfHistory(entry))
             return false;
-        if (!isReported)
-            return !isLeftOut(path) && !isOfReadReports(path);
-        return !isList(path) && !isLeftBySystem(path) && !isListFile(path);
+        return tree_.isReported(path) || !ignored_.ignores(path);
     }
 
-    /// A disk as a whole holds the reports of its sessions, too.
-    bool isOfReadReports(const std::filesystem::path& path) const {
-        const auto& names = ReportWriter::fileNames;
-        const auto set = path.parent_path();
-        return set.parent_path() == ReportNames::folder &&
-               std::find(names.begin(), names.end(), path.filename().native()) != names.end() &&
-               tree_.manifestsRead.contains(tree_.root / set / ReportNames::manifest);
+    /// A history's chain and its lists, of which any that no chain names is told anyway, and what
+    /// is left of one that was being written.
+    bool isPartOfHistory(const InventoryEntry& entry) const {
+        const std::filesystem::path path = entry.relativePath;
+        const auto holder = path.parent_path();
+        const auto name = path.filename().native();
+        const auto& folders = tree_.withHistory;
+        return holder.filename() == MediaHashList::kHistoryFolder &&
+               std::find(folders.begin(), folders.end(), holder.parent_path()) != folders.end() &&
+               (name == MediaHashList::kChainName || name.ends_with(".mhl") ||
+                (entry.shouldCopy && MediaHashList::isPassingName(name)));
     }
 
     /// A folder with files in it is missed with them.
@@ -162,7 +153,7 @@ private:
             if (within != tree_.files.end() && within->first.starts_with(path + "/"))
                 continue;
             const auto* const found = entryIn(entries_, path);
-            if (!(found && found->isDirectory) && !isIgnored(path))
+            if (!(found && found->isDirectory) && !isIgnoredFolder(path))
                 tell({Difference::Missing, path});
         }
     }
@@ -209,32 +200,23 @@ private:
                !dates.isTouchedSince(earlier);
     }
 
-    /// What systems leave behind on a disk, and the lists themselves, are no additions.
-    bool isLeftOut(const std::string& path) const { return isList(path) || isIgnored(path); }
-
-    bool isList(const std::string& path) const {
-        const auto& lists = tree_.lists;
-        return std::find(lists.begin(), lists.end(), tree_.root / path) != lists.end();
-    }
-
     static bool isLeftBySystem(const std::string& path) {
         return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1),
                                       TreeWalker::defaultSkipNames());
     }
 
-    bool isIgnored(const std::string& path) const {
+    /// Such a folder is no part of what is hashed, and nobody misses it.
+    bool isIgnoredFolder(const std::string& path) {
         return isLeftBySystem(path) || MediaHashList::isOfHistory(path) ||
-               std::any_of(tree_.ignored.begin(), tree_.ignored.end(), [&](const auto& each) {
-                   return MediaHashList::isIgnoredBelow(each.first, path, each.second);
-               });
+               ignored_.ignores(path, true);
     }
 
     /// Once there is a history, a list that lies among the files is one of them. What is read of it
     /// is no footage.
     void rememberList(const InventoryEntry& entry) {
         const auto& path = entry.relativePath;
-        if (keep_ != Keep::Tree || !entry.shouldCopy || entry.isDirectory ||
-            !(isList(path) || isOfReadReports(path)) || isIgnored(path) ||
+        if (keep_ != Keep::Tree || !entry.shouldCopy || entry.isDirectory || !tree_.isList(path) ||
+            MediaHashList::liesInHistory(path) || isLeftBySystem(path) || ignored_.ignores(path) ||
             tree_.files.contains(path))
             return;
         const auto bytesRead = result_.bytesRead;
@@ -361,6 +343,7 @@ private:
     const Keep keep_;
     const Watch& watch_;
     const std::stop_token stop_;
+    MediaHashList::IgnoreLists ignored_;
     /// Every change of a file shows in its dates, to the nanosecond.
     const bool areDatesExact_;
     Transfer transfer_;
@@ -374,17 +357,6 @@ private:
 
 Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_token stop) {
     return Check(tree, keep, watch, std::move(stop)).run();
-}
-
-std::string Finding::explanation(L10n l10n) const {
-    if (difference == Difference::Failed)
-        return std::string(l10n.itsRunFailed());
-    if (failure)
-        return describe(failure, l10n);
-    if (circumstance == Circumstance::None)
-        return {};
-    return std::string(circumstance == Circumstance::IsLink ? l10n.itIsALink()
-                                                            : l10n.itCameMeanwhile());
 }
 
 } // namespace slatewise::Verify

@@ -26,7 +26,7 @@ Sheet {
         },
         ActionButton {
             objectName: "showFolder"
-            enabled: sheet.history.hasChosen
+            enabled: sheet.history.canShowFolder
             text: L10n.showFolder
             onClicked: sheet.history.showFolder()
         },
@@ -67,7 +67,7 @@ Sheet {
         AppText {
             width: parent.width
             visible: list.count === 0 && !sheet.history.isUnread
-            text: L10n.nothingInHistory
+            text: sheet.history.search.length > 0 ? L10n.nothingFound : L10n.nothingInHistory
             color: DITTheme.secondary
             horizontalAlignment: Text.AlignHCenter
             topPadding: 24
@@ -80,15 +80,31 @@ Sheet {
             // What is left of the window, and not more than there is.
             height: Math.min(contentHeight,
                              Math.max(report.visible ? 96 : 160, (sheet.parent ? sheet.parent.height : 900) - 300
-                                           - (report.visible ? report.height + 12 : 0)))
+                                           - (report.visible ? report.height + 12 : 0)
+                                           - (rest.visible ? rest.height + 12 : 0)))
             visible: count > 0
             model: sheet.history
             spacing: 4
             clip: true
             boundsBehavior: Flickable.StopAtBounds
+            // Clear of the bar.
+            rightMargin: bar.needed ? bar.implicitWidth : 0
             Accessible.role: Accessible.List
 
+            T.ScrollBar.vertical: SideBar {
+                id: bar
+                needed: list.contentHeight > list.height
+            }
             delegate: SessionLine {}
+        }
+        AppText {
+            id: rest
+            width: parent.width
+            visible: text.length > 0
+            text: sheet.history.rest
+            font.pixelSize: DITTheme.caption
+            color: DITTheme.secondary
+            horizontalAlignment: Text.AlignHCenter
         }
         CheckReport {
             id: report

@@ -11,6 +11,7 @@ RowLayout {
     required property string detail
     required property bool isCard
     required property bool isDestination
+    required property bool canBeDestination
 
     readonly property VolumeRows rows: parent as VolumeRows
 
@@ -46,7 +47,7 @@ RowLayout {
     }
     ActionButton {
         objectName: "useAsDestination"
-        enabled: !row.isDestination || activeFocus
+        enabled: (row.canBeDestination && !row.isDestination) || activeFocus
         text: L10n.useAsDestination
         Accessible.name: text + " " + row.name
         onClicked: row.rows.volumes.useAsDestination(row.volumeID)

@@ -21,9 +21,9 @@ T.ItemDelegate {
 
     readonly property SessionHistory history: ListView.view ? ListView.view.model as SessionHistory : null
     readonly property color hue: isVerified ? DITTheme.success : hasFailed ? DITTheme.danger
-                                                                           : DITTheme.accent
+                                                                           : DITTheme.info
 
-    width: ListView.view ? ListView.view.width : 0
+    width: ListView.view ? ListView.view.width - ListView.view.rightMargin : 0
     implicitHeight: line.implicitHeight + 2 * padding
     padding: 10
     focusPolicy: ListView.isCurrentItem || activeFocus ? Qt.TabFocus : Qt.NoFocus

@@ -53,7 +53,7 @@ T.ItemDelegate {
 
     function spoken(): string {
         let words = name
-        for (const word of [subtitle, past, ekip, unit, needsUnit ? L10n.selectUnit : ""])
+        for (const word of [subtitle, past, path, ekip, unit, needsUnit ? L10n.selectUnit : ""])
             words += word ? ", " + word : ""
         return words
     }
@@ -147,11 +147,11 @@ T.ItemDelegate {
             AppText {
                 id: pathText
                 width: parent.width
-                // Where a card lies is less than that it was copied.
-                text: row.past || row.path
+                // Two cards of one name are told apart by the end of their paths.
+                text: row.past ? row.past + "  ·  " + row.path : row.path
                 font.pixelSize: DITTheme.caption2
                 color: row.past ? DITTheme.secondary : DITTheme.tertiary
-                elide: row.past ? Text.ElideRight : Text.ElideMiddle
+                elide: Text.ElideMiddle
                 Accessible.ignored: true
             }
         }

@@ -4,11 +4,14 @@
 #include "support/Desk.h"
 #include "support/Process.h"
 
+#include <QCoreApplication>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <filesystem>
 #include <functional>
+#include <initializer_list>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -37,12 +40,46 @@ protected:
         }
     }
 
+    /// The program started anew, the card ticked and given a unit, and the button pressed; returns
+    /// when all is over.
+    void copy(const QString& card) {
+        start();
+        desk.selectCard(card, "CamA");
+        desk.copy();
+    }
+
+    /// Ends the program and takes away its volumes and these folders, for the next case.
+    void clear(std::initializer_list<const char*> folders = {}) {
+        desk.quit();
+        desk.volumes.clear();
+        runs = 0;
+        for (const auto* name : folders)
+            std::filesystem::remove_all(desk.folder / name);
+    }
+
+    /// From a worker: does it on the thread of the model, and returns when it is done.
+    static void onDesk(const std::function<void()>& happens) {
+        QMetaObject::invokeMethod(QCoreApplication::instance(), happens,
+                                  Qt::BlockingQueuedConnection);
+    }
+
     /// The engine as it is, but for what `before` does ahead of run number n, from 1.
     void beforeRun(std::function<void(int)> before) {
         desk.surroundings.runEngine = [this, before = std::move(before)](
                                           const auto& request, const auto& observer, auto stop) {
             before(++runs);
             return CopyEngine::run(request, observer, stop);
+        };
+    }
+
+    /// The engine as it is, but for what `behind` does between a run and its traces.
+    void behindRun(std::function<void(const OffloadOutcome&)> behind) {
+        desk.surroundings.runEngine = [this, behind = std::move(behind)](
+                                          const auto& request, const auto& observer, auto stop) {
+            ++runs;
+            auto outcome = CopyEngine::run(request, observer, stop);
+            behind(outcome);
+            return outcome;
         };
     }
 

@@ -4,12 +4,9 @@
 #include "Storage/UserStore.h"
 #include "support/MountedVolume.h"
 
-#include <QCoreApplication>
-
 #include <gmock/gmock.h>
 
 #include <csignal>
-#include <thread>
 
 // What is looked at before a batch begins, and what it keeps to once it has begun.
 
@@ -69,8 +66,7 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     std::atomic<bool> mayAnswer = false;
     std::atomic<bool> hasAnswered = false;
     desk.surroundings.findObstacle = [&](const auto& plan) {
-        while (!mayAnswer)
-            std::this_thread::yield();
+        mayAnswer.wait(false);
         auto found = BatchObstacle::find(plan);
         hasAnswered = true;
         return found;
@@ -84,6 +80,7 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     EXPECT_EQ(title(), "You stopped it. Do not wipe the card; press Copy to begin again.");
     EXPECT_FALSE(desk.model().batch()->lastResult()) << "nothing was begun";
     mayAnswer = true;
+    mayAnswer.notify_all();
     Desk::waitUntil([&] { return hasAnswered.load(); });
     auto& batch = *desk.model().batch();
     batch.start();
@@ -100,6 +97,7 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     EXPECT_EQ(batch.advice(), "");
     EXPECT_TRUE(batch.lastOffload().startsWith("Last offload: verified"));
     mayAnswer = true;
+    mayAnswer.notify_all();
     Desk::waitUntil([&] { return hasAnswered.load(); });
 }
 
@@ -184,15 +182,11 @@ TEST_F(BatchOfCards, KeepsToWhatWasSetWhenTheButtonWasPressed) {
     disks = {desk.mountDisk("SSD1")};
     const auto card = desk.mountCard("A001");
     beforeRun([&](int) {
-        std::atomic<bool> done = false;
-        QMetaObject::invokeMethod(QCoreApplication::instance(), [&] {
+        onDesk([&] {
             desk.model().setLanguageCode("tr");
             desk.model().pathTemplate()->save("other/{CardName}");
             desk.model().cards()->toggle(card);
-            done = true;
         });
-        while (!done)
-            std::this_thread::yield();
     });
     start();
     desk.model().pathTemplate()->save("film/{Ekip}/{Cam}/{CardName}");

@@ -34,10 +34,10 @@ protected:
         present();
     }
 
-    void present() {
+    void present(int sessions = 2) {
         history = desk.model().history();
         history->setPresented(true);
-        Desk::waitUntil([&] { return history->rowCount() == 2; });
+        Desk::waitUntil([&] { return history->rowCount() == sessions; });
     }
 
     void chooseOnly(const char* search) {
@@ -81,6 +81,7 @@ TEST_F(SessionHistoryTest, FindsSessionsAndReadsTheirCopiesAgain) {
     history->verifyAgain();
     EXPECT_FALSE(history->check()->isBusy()) << "nothing is chosen";
     chooseOnly("cama a001");
+    EXPECT_TRUE(history->wasCopied());
     EXPECT_EQ(readAgain(), BatchControl::Succeeded);
     EXPECT_TRUE(history->rows()[0].isCheckGood);
     history->showReport();
@@ -103,12 +104,29 @@ TEST_F(SessionHistoryTest, FindsSessionsAndReadsTheirCopiesAgain) {
     history->showFolder();
     Desk::waitUntil([&] { return !history->note().isEmpty(); });
 
-    desk.start();
-    present();
+    desk.mountCard("C003");
+    desk.start().settings()->setVerifyOnly(true);
+    desk.selectCard("dev-C003", "CamC");
+    desk.copy();
+    present(3);
     history->setSearch("a001");
     ASSERT_EQ(history->rowCount(), 1);
     EXPECT_TRUE(history->rows()[0].check.contains("could not be done"))
         << "the latest word is kept";
+    chooseOnly("camc");
+    EXPECT_EQ(history->rows()[0].name, "C003") << "no disk has anything of it";
+    EXPECT_FALSE(history->wasCopied());
+
+    SQLite::Database(desk.model().state().database->file().native(), SQLite::OPEN_READWRITE)
+        .exec("WITH RECURSIVE more(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM more WHERE i < 300) "
+              "INSERT INTO sessions (id, cardName, destName, cameraLabel, sessionRoot, status, "
+              "startedAt) SELECT id || i, cardName, destName, cameraLabel, sessionRoot, status, "
+              "startedAt FROM sessions, more WHERE cardName = 'C003'");
+    EXPECT_EQ(history->rest(), "");
+    history->setPresented(false);
+    present(300);
+    EXPECT_EQ(history->search(), "");
+    EXPECT_TRUE(history->rest().startsWith("Only the latest 300")) << "of 303";
 }
 
 TEST_F(SessionHistoryTest, SaysOfWhichCopyItSpeaksAndWhatIsInDoubt) {
@@ -160,6 +178,12 @@ TEST_F(SessionHistoryTest, AStoreThatIsHeldMakesNoDamagedCopyGood) {
     EXPECT_FALSE(history->rows()[0].isCheckGood);
     EXPECT_FALSE(desk.model().state().database->writeWhatIsKept(L10n(AppLanguage::English)));
     EXPECT_FALSE(desk.model().state().database->history().back().lastCheck->isGood());
+
+    desk.quit();
+    writeFile(file, std::string(8192, 'x'));
+    desk.start();
+    present(0);
+    Desk::waitUntil([&] { return history->note().startsWith("The history was damaged"); });
 }
 
 TEST_F(SessionHistoryTest, ADiskThatDoesNotAnswerKeepsNobodyFromStopping) {

@@ -89,6 +89,7 @@ TEST(VolumeBoard, SortsByKindAndByWhatTheUserSays) {
         {"a folder is what it was picked as last", [&](Board& b) { pickCard(b, "/x/1"); pickDisk(b, "/x/1"); }, {"cardA", "cardB"}, {"disk1", "disk2", "/x/1"}},
         {"the place of a volume is listed once", [&](Board& b) { pickCard(b, "/media/cardA"); pickDisk(b, "/media/cardB"); }, {"cardA", "cardB"}, {"disk1", "disk2"}},
         {"what is removed is hidden", [&](Board& b) { b.pass(); b.remove(kCard, b.at("cardA")); b.remove(kDisk, b.at("disk2")); }, {"cardB"}, {"disk1"}},
+        {"what was removed comes back where it is wanted", [&](Board& b) { b.pass(); b.remove(kCard, b.at("cardA")); b.remove(kDisk, b.at("disk2")); b.treatAs(kCard, "cardA"); b.treatAs(kCard, "disk2"); }, {"cardA", "cardB", "disk2"}, {"disk1"}},
         {"a hidden place can be picked as a folder", [&](Board& b) { b.pass(); b.remove(kCard, b.at("cardA")); pickCard(b, "/media/cardA"); }, {"cardB", "/media/cardA"}, {"disk1", "disk2"}},
     };
     // clang-format on

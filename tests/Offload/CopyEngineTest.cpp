@@ -12,17 +12,13 @@
 #include <sys/stat.h>
 
 #include <climits>
+#include <tuple>
 #include <utility>
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::Contains;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Matcher;
-using ::testing::SizeIs;
-using ::testing::UnorderedElementsAre;
+using namespace ::testing;
+using namespace std::string_literals;
 
 namespace {
 
@@ -99,13 +95,11 @@ TEST_F(CopyEngineTest, PublishesScanningCopyingVerifyingInThatOrder) {
     for (const auto& phase : record.phases) {
         EXPECT_GE(phase.index(), kind);
         kind = phase.index();
-        if (const auto* copying = std::get_if<Phase::Copying>(&phase)) {
-            EXPECT_GE(copying->fraction, fraction);
-            fraction = copying->fraction;
-        } else if (const auto* verifying = std::get_if<Phase::Verifying>(&phase)) {
-            EXPECT_GE(verifying->fraction, fraction);
-            fraction = verifying->fraction;
-        }
+        const auto* copying = std::get_if<Phase::Copying>(&phase);
+        const auto* verifying = std::get_if<Phase::Verifying>(&phase);
+        const double now = copying ? copying->fraction : verifying ? verifying->fraction : 0;
+        EXPECT_GE(now, fraction);
+        fraction = now;
     }
     EXPECT_DOUBLE_EQ(fraction, 1.0);
     // Once before each file, once after each chunk.
@@ -130,12 +124,9 @@ TEST_F(CopyEngineTest, HashingOnlyTouchesNoDestination) {
 }
 
 TEST_F(CopyEngineTest, AFailingFileStopsTheRunAndEveryFileHasARow) {
-    writeFile(card / "1", "1");
-    writeFile(card / "2", "2");
+    for (const auto* name : {"1", "2", "4", ".DS_Store", "5"})
+        writeFile(card / name, name);
     ASSERT_EQ(::mkfifo((card / "3").c_str(), 0600), 0);
-    writeFile(card / "4", "4");
-    writeFile(card / ".DS_Store", "s");
-    writeFile(card / "5", "5");
     const auto outcome = run();
 
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
@@ -188,37 +179,31 @@ TEST_F(CopyEngineTest, NoLinkOnTheDestinationAndNoTemplateLeadsOut) {
     const TemporaryFolder outside;
     writeFile(card / "DCIM/1", "1");
     writeFile(card / "DCIM/2", "2");
-    const auto everythingFails = [&] {
-        try {
-            return run().status == OutcomeStatus::Failed;
-        } catch (const Error&) {
-            return true;
-        }
-    };
     request.settings.folderTemplate = "{Dest}/{YYYY-MM-DD}/{CardName}";
     const auto date = Clock::localText(request.now, "yyyy-MM-dd");
     std::filesystem::create_symlink(outside.path(), destination / date);
-    EXPECT_TRUE(everythingFails());
+    try {
+        EXPECT_EQ(run().status, OutcomeStatus::Failed);
+    } catch (const Error&) {
+        // It has failed before its first row.
+    }
     std::filesystem::remove(destination / date);
 
     const TemporaryFolder beside;
-    for (const auto& pathTemplate :
-         {std::string("{Dest}"), std::string("{Dest}/../x"), std::string("{Dest}{CardName}"),
-          outside.path().native() + "/{CardName}"}) {
+    for (const std::string& pathTemplate : {"{Dest}"s, "{Dest}/../x"s, "{Dest}{CardName}"s,
+                                            outside.path().native() + "/{CardName}"}) {
         request.settings.folderTemplate = pathTemplate;
         EXPECT_THROW(run(), OffloadError) << pathTemplate;
     }
     EXPECT_TRUE(std::filesystem::is_empty(destination.path()));
 
     request.settings.folderTemplate = "{Dest}/session";
-    const auto outcome = run([&](const OffloadPhase& phase) {
-        const auto* copying = std::get_if<Phase::Copying>(&phase);
-        if (copying && copying->file == "DCIM/2" &&
-            !std::filesystem::exists(destination / "aside")) {
+    const auto outcome = run(atFirst<Phase::Copying>(
+        [&] {
             std::filesystem::rename(destination / "session/DCIM", destination / "aside");
             std::filesystem::create_symlink(outside.path(), destination / "session/DCIM");
-        }
-    });
+        },
+        "DCIM/2"));
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_TRUE(std::filesystem::is_empty(outside.path()));
 }
@@ -230,6 +215,17 @@ TEST_F(CopyEngineTest, CancellingAtEveryMoment) {
     stop.request_stop();
     EXPECT_THROW(run(), CancellationError);
     EXPECT_TRUE(std::filesystem::is_empty(destination.path())) << "cancelled before the walk";
+
+    stop = {};
+    request.planFormats = [&](const auto&, const auto&) {
+        stop.request_stop();
+        return [](const auto&) {
+            return std::vector<HashFormat>{};
+        };
+    };
+    EXPECT_THROW(run(), CancellationError);
+    EXPECT_TRUE(std::filesystem::is_empty(destination.path())) << "cancelled behind the walk";
+    request.planFormats = nullptr;
 
     // After the last chunk of a file: the check inside the file comes first.
     stop = {};
@@ -259,11 +255,7 @@ TEST_F(CopyEngineTest, CancellingAtEveryMoment) {
     EXPECT_FALSE(std::filesystem::exists(destination / "session_2/2"));
 
     stop = {};
-    EXPECT_THROW(run([&](const OffloadPhase& phase) {
-                     if (std::holds_alternative<Phase::Verifying>(phase))
-                         stop.request_stop();
-                 }),
-                 CancellationError)
+    EXPECT_THROW(run(atFirst<Phase::Verifying>([&] { stop.request_stop(); })), CancellationError)
         << "cancelled in the read-back of a file that is not the last";
 
     stop = {};
@@ -279,32 +271,23 @@ TEST_F(CopyEngineTest, CancellingAtEveryMoment) {
 
 TEST_F(CopyEngineTest, WhatChangesOnTheCardMeanwhileIsNotVerified) {
     const auto film = card / "DCIM/a";
-    struct Case {
-        const char* what;
-        std::function<void()> happens;
-        /// Empty: nothing is wrong.
-        std::string problem;
+    const auto replace = [&] {
+        writeFile(card / "other", "CONTENT");
+        std::filesystem::rename(card / "other", film);
     };
-    const std::vector<Case> cases = {
-        {"rewritten", [&] { writeFile(film, "CONTENT"); },
-         "This file changed while the card was read: DCIM/a"},
-        {"replaced",
-         [&] {
-             writeFile(card / "other", "CONTENT");
-             std::filesystem::rename(card / "other", film);
-         },
-         "This file changed while the card was read: DCIM/a"},
-        {"truncated", [&] { std::filesystem::resize_file(film, 3); },
-         "This file changed while the card was read: DCIM/a"},
-        {"removed", [&] { std::filesystem::remove(film); },
-         "This file changed while the card was read: DCIM/a"},
-        {"added", [&] { writeFile(card / "DCIM/c", "new"); },
-         "This file came while the card was read and is missing here: DCIM/c"},
-        {"added by the system", [&] { writeFile(card / ".DS_Store", "x"); }, ""},
+    const Problems changed = {"This file changed while the card was read: DCIM/a"};
+    const Problems came = {"This file came while the card was read and is missing here: DCIM/c"};
+    const std::tuple<const char*, std::function<void()>, Problems> cases[] = {
+        {"rewritten", [&] { writeFile(film, "CONTENT"); }, changed},
+        {"replaced", replace, changed},
+        {"truncated", [&] { std::filesystem::resize_file(film, 3); }, changed},
+        {"removed", [&] { std::filesystem::remove(film); }, changed},
+        {"added", [&] { writeFile(card / "DCIM/c", "new"); }, came},
+        {"added by the system", [&] { writeFile(card / ".DS_Store", "x"); }, {}},
     };
-    for (const auto& testCase : cases) {
+    for (const auto& [what, happens, problems] : cases) {
         for (const bool isHashing : {false, true}) {
-            SCOPED_TRACE(std::string(testCase.what) + (isHashing ? ", hashing" : ""));
+            SCOPED_TRACE(std::string(what) + (isHashing ? ", hashing" : ""));
             std::filesystem::remove_all(card / "DCIM");
             for (const auto& name : {film, card / "DCIM/b"}) {
                 writeFile(name, "content");
@@ -313,70 +296,50 @@ TEST_F(CopyEngineTest, WhatChangesOnTheCardMeanwhileIsNotVerified) {
             }
             record = {};
             request.settings.verifyOnly = isHashing;
-            bool isDone = false;
-            const auto happensOnce = [&] {
-                if (!std::exchange(isDone, true))
-                    testCase.happens();
-            };
-            auto observer = record.observer([&](const OffloadPhase& phase) {
-                if (std::holds_alternative<Phase::Verifying>(phase))
-                    happensOnce();
-            });
+            auto observer = record.observer(atFirst<Phase::Verifying>(happens));
             // How a file went is told at its end.
             if (isHashing)
-                observer.log = [&](const std::string&) {
-                    happensOnce();
+                observer.log = [&, happens = happens, isDone = false](const auto&) mutable {
+                    if (!std::exchange(isDone, true))
+                        happens();
                 };
             const auto outcome = CopyEngine::run(request, observer, {});
-            EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !testCase.problem.empty());
-            EXPECT_EQ(record.problems, testCase.problem.empty()
-                                           ? std::vector<std::string>()
-                                           : std::vector<std::string>{testCase.problem});
+            EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !problems.empty());
+            EXPECT_EQ(record.problems, problems);
         }
     }
 }
 
 TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
     const auto session = destination / "session";
-    struct Case {
-        /// Seen first in this phase, of the second file.
-        bool whenVerifying;
-        std::function<void()> happens;
-        /// Empty: nothing is wrong.
-        std::string problem;
-    };
     const auto rewriteWithItsDate = [&](const char* content) {
         const auto date = std::filesystem::last_write_time(session / "DCIM/a");
         writeFile(session / "DCIM/a", content);
         std::filesystem::last_write_time(session / "DCIM/a", date);
     };
-    const std::vector<Case> cases = {
-        {true, [&] { rewriteWithItsDate("CONTENT"); }, "The copy of DCIM/a differs from the card."},
-        {true, [&] { rewriteWithItsDate("content"); }, ""},
-        {true, [&] { std::filesystem::remove(session / "DCIM/b"); },
+    const auto moveSessionAway = [&] {
+        std::filesystem::rename(session, destination / "moved");
+        std::filesystem::copy(destination / "moved", session,
+                              std::filesystem::copy_options::recursive);
+    };
+    const auto exchangeFolder = [&] {
+        std::filesystem::rename(session / "DCIM", destination / "away");
+        std::filesystem::rename(destination / "other", session / "DCIM");
+    };
+    const std::string differs = "The copy of DCIM/a differs from the card.";
+    const std::string isElsewhere = "The copy of DCIM/a is no longer where it was written.";
+    // Seen while the second file is read back. An empty sentence: nothing is wrong.
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[&] { rewriteWithItsDate("CONTENT"); }, differs},
+        {[&] { rewriteWithItsDate("content"); }, ""},
+        {[&] { std::filesystem::remove(session / "DCIM/b"); },
          "The copy of DCIM/b could not be read back: "},
-        {true, [&] { std::filesystem::remove(session / "DCIM/a"); },
-         "The copy of DCIM/a is no longer where it was written."},
-        {true, [&] { writeFile(session / "DCIM/a", "longer than it was"); },
-         "The copy of DCIM/a is no longer where it was written."},
-        {true, [&] { writeFile(session / "DCIM/a", "CONTENT"); },
-         "The copy of DCIM/a differs from the card."},
-        {true,
-         [&] {
-             std::filesystem::rename(session, destination / "moved");
-             std::filesystem::copy(destination / "moved", session,
-                                   std::filesystem::copy_options::recursive);
-         },
+        {[&] { std::filesystem::remove(session / "DCIM/a"); }, isElsewhere},
+        {[&] { writeFile(session / "DCIM/a", "longer than it was"); }, isElsewhere},
+        {[&] { writeFile(session / "DCIM/a", "CONTENT"); }, differs},
+        {moveSessionAway,
          "The copy of " + session.native() + " is no longer where it was written."},
-        {true,
-         [&] {
-             std::filesystem::rename(session / "DCIM", destination / "away");
-             std::filesystem::rename(destination / "other", session / "DCIM");
-         },
-         "The copy of DCIM/a differs from the card."},
-        {false, [&] { writeFile(session / "DCIM/b", "a stranger's"); },
-         "Copying stopped at DCIM/b: " + (session / "DCIM/b").native() +
-             ": another file of that name stands on this disk"},
+        {exchangeFolder, differs},
     };
     const auto before = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
     for (const auto* name : {"a", "b", "c"}) {
@@ -386,47 +349,41 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
         std::filesystem::last_write_time(card / "DCIM" / name, before);
         std::filesystem::last_write_time(destination / "other" / name, before);
     }
-    for (const auto& testCase : cases) {
-        SCOPED_TRACE(testCase.problem);
+    for (const auto& [happens, problem] : cases) {
+        SCOPED_TRACE(problem);
         for (const auto* name : {"session", "moved", "away"})
             std::filesystem::remove_all(destination / name);
         record = {};
-        bool isDone = false;
-        const auto outcome = run([&](const OffloadPhase& phase) {
-            const auto* copying = std::get_if<Phase::Copying>(&phase);
-            const auto* verifying = std::get_if<Phase::Verifying>(&phase);
-            const bool isNow = testCase.whenVerifying ? verifying && verifying->file == "DCIM/b"
-                                                      : copying && copying->file == "DCIM/b";
-            if (isNow && !std::exchange(isDone, true))
-                testCase.happens();
-        });
-        EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !testCase.problem.empty());
+        const auto outcome = run(atFirst<Phase::Verifying>(happens, "DCIM/b"));
+        EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !problem.empty());
         // What was copied only now may not be on the disk when it is read back.
-        EXPECT_THAT(record.problems,
-                    testCase.problem.empty()
-                        ? Matcher<Problems>(IsEmpty())
-                        : Matcher<Problems>(Contains(HasSubstr(testCase.problem))));
+        EXPECT_THAT(record.problems, problem.empty()
+                                         ? Matcher<Problems>(IsEmpty())
+                                         : Matcher<Problems>(Contains(HasSubstr(problem))));
         if (!std::filesystem::exists(destination / "moved")) {
-            EXPECT_EQ(verdicts(outcome)["DCIM/c"],
-                      testCase.whenVerifying ? "COPY/verified" : "FAIL/failed");
+            EXPECT_EQ(verdicts(outcome)["DCIM/c"], "COPY/verified");
         }
     }
-    EXPECT_EQ(readFile(session / "DCIM/b"), "a stranger's");
 }
 
-TEST_F(CopyEngineTest, TheSessionFolderIsAlwaysOneOfItsOwn) {
+TEST_F(CopyEngineTest, TheSessionFolderAndItsFilesAreAlwaysItsOwn) {
     writeFile(card / "a", "new");
+    writeFile(card / "b", "new");
     writeFile(destination / "session/a", "old");
     // Another run takes the next name between this run's choice of it and its first file.
-    bool isTaken = false;
-    const auto outcome = run([&](const OffloadPhase& phase) {
-        if (!isTaken && std::holds_alternative<Phase::Scanning>(phase)) {
-            isTaken = true;
-            std::filesystem::create_directory(destination / "session_2");
-        }
-    });
-    EXPECT_EQ(outcome.sessionRoot, destination / "session_3");
+    EXPECT_EQ(run(atFirst<Phase::Scanning>([&] {
+                  std::filesystem::create_directory(destination / "session_2");
+              })).sessionRoot,
+              destination / "session_3");
     EXPECT_EQ(readFile(destination / "session/a"), "old");
+
+    const auto place = destination / "session_4/a";
+    const auto outcome =
+        run(atFirst<Phase::Copying>([&] { writeFile(place, "a stranger's"); }, "a"));
+    EXPECT_EQ(verdicts(outcome), (Verdicts{{"a", "FAIL/failed"}, {"b", "FAIL/failed"}}));
+    EXPECT_THAT(record.problems, ElementsAre("Copying stopped at a: " + place.native() +
+                                             ": another file of that name stands on this disk"));
+    EXPECT_EQ(readFile(place), "a stranger's");
 }
 
 TEST_F(CopyEngineTest, LongNamesAndDeepTrees) {

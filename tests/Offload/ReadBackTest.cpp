@@ -11,9 +11,6 @@
 
 #include <gmock/gmock.h>
 
-#include <chrono>
-#include <thread>
-
 // Where a read-back may not have come from the disk.
 
 using namespace slatewise;
@@ -94,9 +91,7 @@ TEST(ReadBack, ATouchedCopyIsReadOnceMoreAndNoMore) {
     std::stop_source stopped;
     stopped.request_stop();
     EXPECT_TRUE(copies.findChanged(rows, {}, stopped.get_token()).isNone());
-    // The kernel's clock for dates is a coarse one.
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    std::filesystem::permissions(copy, std::filesystem::perms::owner_all);
+    touchRights(copy);
     const auto changes = copies.findChanged(rows, {}, stopped.get_token());
     EXPECT_TRUE(changes.wasStopped);
     EXPECT_TRUE(changes.problems.empty()) << "nothing is known of it";

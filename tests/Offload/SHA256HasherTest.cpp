@@ -4,7 +4,7 @@
 #include "Platform/Error.h"
 #include "support/Files.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -13,6 +13,7 @@
 
 using namespace slatewise;
 using namespace slatewise::test;
+using ::testing::ElementsAre;
 
 namespace {
 
@@ -35,12 +36,14 @@ TEST(SHA256Hasher, CopiesAndHashesEverySizeAroundTheBuffer) {
             folder / "source",
             std::filesystem::file_time_type(std::chrono::nanoseconds(123'456'789'012'345'678)));
         std::vector<std::size_t> chunks;
+        std::vector<FileAccess> ways;
         const auto result = SHA256Hasher::copyAndHash(
             transfer, {root, "source"}, {root, "copy"},
             {.onBytes = [&](std::size_t count) { chunks.push_back(count); },
-             .onAccess = {},
+             .onAccess = [&](const auto&, FileAccess way) { ways.push_back(way); },
              .stop = {}});
 
+        EXPECT_THAT(ways, ElementsAre(FileAccess::Direct, FileAccess::Direct));
         EXPECT_EQ(result.bytes, static_cast<std::int64_t>(size));
         EXPECT_EQ(result.digests.sha256, independentSha256(folder / "source"));
         EXPECT_EQ(readFile(folder / "copy"), content);

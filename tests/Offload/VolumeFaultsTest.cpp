@@ -1,6 +1,5 @@
 #include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
-
 #include "Offload/OffloadError.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
@@ -13,28 +12,27 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstdio>
+#include <array>
 #include <fstream>
 #include <optional>
-#include <utility>
+#include <tuple>
 
 // What disks do to people, tried on real file systems.
 
 using namespace slatewise;
 using namespace slatewise::test;
-using ::testing::HasSubstr;
-using ::testing::SizeIs;
+using namespace ::testing;
 using Volume = MountedVolume::FileSystem;
 
 namespace {
 
 constexpr std::int64_t kMiB = 1'048'576;
 
+using Verdicts = std::map<std::string, std::string>;
+
 /// Where in the image the content stands, byte for byte.
 std::int64_t offsetInImage(const std::filesystem::path& image, const std::string& content) {
-    const auto bytes = readFile(image);
-    const auto at = bytes.find(content);
+    const auto at = readFile(image).find(content);
     return at == std::string::npos ? -1 : static_cast<std::int64_t>(at);
 }
 
@@ -63,25 +61,23 @@ protected:
     MountedVolume disk{GetParam().fileSystem, GetParam().sizeBytes, GetParam().options};
     TemporaryFolder card;
     RunRecord record;
+};
 
-    /// A file system outside the kernel, whose device this user may not open.
-    bool mayKeepCopiesInMemory() const {
-        return GetParam().fileSystem == Volume::ExFat && ::geteuid() != 0;
-    }
+class DiskThatTakesNoMore : public ::testing::Test {
+protected:
+    MountedVolume disk{Volume::Ext4, 64 * kMiB};
+    TemporaryFolder card;
+    RunRecord record;
+    CopyEngine::Request request = requestFor(card.path(), disk.path());
 };
 
 } // namespace
 
 TEST_P(EveryFileSystem, AFlippedBitOnTheDiskIsFound) {
-    for (int file = 0; file < 3; ++file)
-        writeFile(card / std::to_string(file),
-                  bytesOf(2 * kMiB + 5, 100u + static_cast<std::uint32_t>(file)));
+    for (const std::uint32_t file : {0u, 1u, 2u})
+        writeFile(card / std::to_string(file), bytesOf(2 * kMiB + 5, 100 + file));
     const auto marker = bytesOf(4096, 101);
-    bool isFlipped = false;
-    const auto flipOnce = [&](const OffloadPhase& phase) {
-        if (isFlipped || !std::holds_alternative<Phase::Verifying>(phase))
-            return;
-        isFlipped = true;
+    const auto flip = [&] {
         // As an indexer does; outside the kernel it would fill the cache of the whole device again.
         if (GetParam().fileSystem != Volume::ExFat)
             (void)readFile(disk / "session/1");
@@ -89,39 +85,40 @@ TEST_P(EveryFileSystem, AFlippedBitOnTheDiskIsFound) {
             << "everything written is on the disk before the proof begins";
     };
     const auto outcome =
-        CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(flipOnce), {});
+        record.run(requestFor(card.path(), disk.path()), atFirst<Phase::Verifying>(flip));
 
-    if (mayKeepCopiesInMemory()) {
+    // A file system outside the kernel, whose device this user may not open.
+    if (GetParam().fileSystem == Volume::ExFat && ::geteuid() != 0) {
         EXPECT_THAT(record.problems,
-                    ::testing::ElementsAre(HasSubstr("the read-back may have come from memory")))
+                    ElementsAre(HasSubstr("the read-back may have come from memory")))
             << "what cannot be proved is said";
         return;
     }
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_EQ(verdicts(outcome),
-              (std::map<std::string, std::string>{
-                  {"0", "COPY/verified"}, {"1", "FAIL/mismatch"}, {"2", "COPY/verified"}}));
+              (Verdicts{{"0", "COPY/verified"}, {"1", "FAIL/mismatch"}, {"2", "COPY/verified"}}));
     const auto& bad = outcome.files[1];
     EXPECT_TRUE(bad.destSHA256);
     EXPECT_NE(bad.sourceSHA256, bad.destSHA256);
     EXPECT_EQ(bad.sourceSHA256, independentSha256(card / "1"));
-    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("The copy of 1 differs")));
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("The copy of 1 differs")));
 }
 
 TEST_P(EveryFileSystem, WhatIsVerifiedIsThereAfterRemounting) {
     writeFile(card / "folder/big", bytesOf(5 * kMiB + 1));
     writeFile(card / "folder/small", "1");
     writeFile(card / "empty", "");
-    const auto outcome =
-        CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
+    for (const auto* name : {"folder/big", "folder/small", "empty"})
+        std::filesystem::last_write_time(
+            card / name, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    const auto outcome = record.run(requestFor(card.path(), disk.path()));
     EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
     disk.remount();
     for (const auto& row : outcome.files) {
         EXPECT_EQ(row.sourceSHA256, independentSha256(outcome.sessionRoot / row.relativePath));
-        EXPECT_EQ(std::filesystem::last_write_time(card / row.relativePath) -
-                          std::filesystem::last_write_time(outcome.sessionRoot / row.relativePath) <
-                      std::chrono::seconds(2),
-                  true);
+        const auto drift = std::filesystem::last_write_time(card / row.relativePath) -
+                           std::filesystem::last_write_time(outcome.sessionRoot / row.relativePath);
+        EXPECT_LT(std::chrono::abs(drift), std::chrono::seconds(2));
     }
 }
 
@@ -136,26 +133,11 @@ INSTANTIATE_TEST_SUITE_P(
                       Medium{"ExFat", Volume::ExFat, 64 * kMiB, ""}),
     [](const auto& medium) { return std::string(medium.param.name); });
 
-namespace {
-
-class FullDisk : public ::testing::Test {
-protected:
-    OffloadOutcome run(const std::function<void(const OffloadPhase&)>& onPhase = {}) {
-        return CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(onPhase), {});
-    }
-
-    MountedVolume disk{Volume::Ext4, 64 * kMiB};
-    TemporaryFolder card;
-    RunRecord record;
-};
-
-} // namespace
-
-TEST_F(FullDisk, IsFoundBeforeAnythingIsWritten) {
+TEST_F(DiskThatTakesNoMore, IsFoundBeforeAnythingIsWritten) {
     writeFile(card / "clip.mov", bytesOf(20 * kMiB));
     fillUp(disk.path(), 24 * kMiB);
     try {
-        run();
+        record.run(request);
         FAIL();
     } catch (const OffloadError& failure) {
         const auto& space = std::get<OffloadError::InsufficientSpace>(failure.reason());
@@ -165,21 +147,28 @@ TEST_F(FullDisk, IsFoundBeforeAnythingIsWritten) {
     EXPECT_FALSE(std::filesystem::exists(disk / "session"));
 }
 
-TEST_F(FullDisk, InMidRunStopsWithAClearReasonAndHonestRows) {
+TEST_F(DiskThatTakesNoMore, InMidRunStopsWithAClearReasonAndHonestRows) {
     for (const auto* name : {"1", "2", "3"})
         writeFile(card / name, bytesOf(8 * kMiB));
-    bool isFilled = false;
-    const auto outcome = run([&](const OffloadPhase& phase) {
-        const auto* copying = std::get_if<Phase::Copying>(&phase);
-        if (copying && copying->file == "2" && !std::exchange(isFilled, true))
-            fillUp(disk.path(), 3 * kMiB);
-    });
+    const auto outcome =
+        record.run(request, atFirst<Phase::Copying>([&] { fillUp(disk.path(), 3 * kMiB); }, "2"));
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    EXPECT_EQ(verdicts(outcome),
-              (std::map<std::string, std::string>{
-                  {"1", "COPY/copied_unverified"}, {"2", "FAIL/failed"}, {"3", "FAIL/failed"}}));
-    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("there is no room left")));
+    EXPECT_EQ(
+        verdicts(outcome),
+        (Verdicts{{"1", "COPY/copied_unverified"}, {"2", "FAIL/failed"}, {"3", "FAIL/failed"}}));
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("there is no room left")));
     EXPECT_LT(std::filesystem::file_size(outcome.sessionRoot / "2"), 8 * kMiB);
+}
+
+TEST_F(DiskThatTakesNoMore, BecauseItTurnedReadOnlyHasKeptNothing) {
+    auto observer = record.observer();
+    // No file is to be written any more, which would tell.
+    observer.sessionRootCreated = [&](const auto&) {
+        disk.turnReadOnly();
+    };
+    const auto outcome = CopyEngine::run(request, observer, {});
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("nothing was read back")));
 }
 
 TEST(PulledVolume, FailsTheRunAtEveryStageAndIsWrittenPast) {
@@ -194,22 +183,19 @@ TEST(PulledVolume, FailsTheRunAtEveryStageAndIsWrittenPast) {
             for (const auto* name : {"1", "2"})
                 writeFile(card / name, bytesOf(2 * kMiB));
             bool isPulled = false;
-            const auto pullAt = [&](Stage now) {
-                if (now == stage && !std::exchange(isPulled, true))
-                    pulled.pull();
+            const auto pull = [&] {
+                isPulled = true;
+                pulled.pull();
             };
             RunRecord record;
-            auto observer = record.observer([&](const OffloadPhase& phase) {
-                const auto* copying = std::get_if<Phase::Copying>(&phase);
-                if (std::holds_alternative<Phase::Scanning>(phase))
-                    pullAt(stage == Stage::Hashing ? stage : Stage::Scanning);
-                else if (copying && copying->file == "2")
-                    pullAt(Stage::Copying);
-                else if (std::holds_alternative<Phase::Verifying>(phase))
-                    pullAt(Stage::Verifying);
-            });
+            auto observer = record.observer(
+                stage == Stage::Copying      ? atFirst<Phase::Copying>(pull, "2")
+                : stage == Stage::Verifying  ? atFirst<Phase::Verifying>(pull)
+                : stage != Stage::FolderMade ? atFirst<Phase::Scanning>(pull)
+                                             : std::function<void(const OffloadPhase&)>());
             observer.sessionRootCreated = [&](const auto&) {
-                pullAt(Stage::FolderMade);
+                if (stage == Stage::FolderMade)
+                    pull();
             };
             auto request = requestFor(card, isCard ? other.path() : pulled.path());
             request.settings.verifyOnly = stage == Stage::Hashing;
@@ -235,65 +221,46 @@ TEST(PulledVolume, FailsTheRunAtEveryStageAndIsWrittenPast) {
     }
 }
 
-TEST(DamagedDisk, WhatTurnsReadOnlyHasKeptNothing) {
-    const MountedVolume disk(Volume::Ext4, 64 * kMiB);
-    const TemporaryFolder card;
-    RunRecord record;
-    auto observer = record.observer();
-    // No file is to be written any more, which would tell.
-    observer.sessionRootCreated = [&](const auto&) {
-        disk.turnReadOnly();
-    };
-    const auto outcome = CopyEngine::run(requestFor(card.path(), disk.path()), observer, {});
-    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("nothing was read back")));
-}
-
-TEST(DamagedCard, AFolderThatCannotBeReadFailsTheRunAndTheRestIsProved) {
-    MountedVolume card(Volume::Ext4, 64 * kMiB);
-    const TemporaryFolder destination;
-    writeFile(card / "bad/lost.mov", "1");
-    writeFile(card / "good.mov", "2");
-    card.unmount();
+TEST(DamagedCard, WhatCannotBeReadOfAFolderFailsTheRunAndTheRestIsProved) {
+    using Damage = void (*)(const MountedVolume&);
     // Wherever the folder's block lies, in the journal too.
-    EXPECT_GE(card.flipBitIn("lost.mov"), 1);
-    card.mount();
-    for (const bool isHashing : {false, true}) {
-        auto request = requestFor(card.path(), destination.path());
-        request.settings.verifyOnly = isHashing;
-        RunRecord record;
-        const auto outcome = CopyEngine::run(request, record.observer(), {});
-        EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-        EXPECT_EQ(verdicts(outcome)["good.mov"], isHashing ? "HASH/hashed" : "COPY/verified");
-        EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("bad could not be read")));
-    }
-}
-
-TEST(DamagedCard, WhatADriverPassesOverInAFolderWithoutAWordFailsTheRun) {
-    MountedVolume card(Volume::Ext4, 64 * kMiB);
-    const TemporaryFolder destination;
-    writeFile(card / "DCIM/lost.mov", "1");
-    writeFile(card / "good.mov", "2");
-    card.unmount();
-    // Without checksums only an entry that makes no sense is noticed.
-    runPrivileged({"tune2fs", "-O", "^metadata_csum", card.image()});
-    const auto name = offsetInImage(card.image(), "lost.mov");
-    std::fstream(card.image(), std::ios::in | std::ios::out | std::ios::binary)
-        .seekp(name - 4)
-        .write("\x03\x00", 2);
-    for (const bool isLocked : {false, true}) {
-        SCOPED_TRACE(isLocked);
-        card.mount(isLocked);
-        RunRecord record;
-        const auto outcome =
-            CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(), {});
-        EXPECT_EQ(verdicts(outcome)["good.mov"], "COPY/verified");
-        EXPECT_THAT(record.problems,
-                    ::testing::ElementsAre(isLocked ? HasSubstr("would not be noticed here")
-                                                    : HasSubstr("reported errors")));
-        // Nobody can know it of a locked card, and so it is told of each.
-        EXPECT_EQ(outcome.status, isLocked ? OutcomeStatus::Verified : OutcomeStatus::Failed);
+    const Damage flipBit = [](const auto& card) {
+        EXPECT_GE(card.flipBitIn("lost.mov"), 1);
+    };
+    // Without checksums a driver passes over an entry that makes no sense without a word.
+    const Damage spoilEntry = [](const auto& card) {
+        runPrivileged({"tune2fs", "-O", "^metadata_csum", card.image()});
+        std::fstream(card.image(), std::ios::in | std::ios::out | std::ios::binary)
+            .seekp(offsetInImage(card.image(), "lost.mov") - 4)
+            .write("\x03\x00", 2);
+    };
+    // Whether the run only hashes, and of a locked card, and what it tells.
+    using Run = std::tuple<bool, bool, const char*>;
+    const std::pair<Damage, std::vector<Run>> cases[] = {
+        {flipBit,
+         {{false, false, "bad could not be read"}, {true, false, "bad could not be read"}}},
+        {spoilEntry, {{false, false, "reported errors"}, {false, true, "would not be noticed"}}},
+    };
+    for (const auto& [damage, runs] : cases) {
+        MountedVolume card(Volume::Ext4, 64 * kMiB);
+        const TemporaryFolder destination;
+        writeFile(card / "bad/lost.mov", "1");
+        writeFile(card / "good.mov", "2");
         card.unmount();
+        damage(card);
+        for (const auto& [isHashing, isLocked, problem] : runs) {
+            SCOPED_TRACE(problem);
+            card.mount(isLocked);
+            auto request = requestFor(card.path(), destination.path());
+            request.settings.verifyOnly = isHashing;
+            RunRecord record;
+            const auto outcome = record.run(request);
+            EXPECT_EQ(verdicts(outcome)["good.mov"], isHashing ? "HASH/hashed" : "COPY/verified");
+            EXPECT_THAT(record.problems, ElementsAre(HasSubstr(problem)));
+            // Nobody can know it of a locked card, and so it is told of each.
+            EXPECT_EQ(outcome.status, isLocked ? OutcomeStatus::Verified : OutcomeStatus::Failed);
+            card.unmount();
+        }
     }
 }
 
@@ -315,8 +282,7 @@ TEST(DamagedCard, ALostAndFoundIsPassedOverOnlyWhereTheFileSystemMadeIt) {
                 ::_exit(10);
             auto request = requestFor(".", ".");
             request.settings.verifyOnly = true;
-            RunRecord record;
-            const auto outcome = CopyEngine::run(request, record.observer(), {});
+            const auto outcome = RunRecord().run(request);
             ::_exit(outcome.problems.size() == 1 && outcome.problems[0].kind == kind ? 0 : 1);
         }
         int status = 0;
@@ -330,40 +296,34 @@ TEST(OtherVolume, BelowACardOrADiskIsNotTakenForIt) {
         SCOPED_TRACE(isOnCard);
         const TemporaryFolder card;
         const TemporaryFolder destination;
-        writeFile(card / "1", "1");
-        writeFile(card / "DCIM/2", "2");
-        writeFile(card / "DCIM/3", "3");
+        for (const auto* name : {"1", "DCIM/2", "DCIM/3"})
+            writeFile(card / name, name);
         RunRecord record;
         std::optional<MountedVolume> other;
-        const auto mountAt = [&](const std::filesystem::path& place) {
+        const auto place = isOnCard ? card / "extra" : destination / "session/DCIM";
+        const auto mountOnce = [&] {
             if (!other)
                 other.emplace(Volume::Ext4, 8 * kMiB, place, "");
         };
         if (isOnCard)
-            mountAt(card / "extra");
-        const auto outcome =
-            CopyEngine::run(requestFor(card.path(), destination.path()),
-                            record.observer([&](const OffloadPhase& phase) {
-                                const auto* copying = std::get_if<Phase::Copying>(&phase);
-                                if (!isOnCard && copying && copying->file == "DCIM/3")
-                                    mountAt(destination / "session/DCIM");
-                            }),
-                            {});
+            mountOnce();
+        const auto outcome = record.run(requestFor(card.path(), destination.path()),
+                                        atFirst<Phase::Copying>(mountOnce, "DCIM/3"));
         EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-        EXPECT_THAT(record.problems,
-                    ::testing::ElementsAre(HasSubstr("another disk is mounted there")));
+        EXPECT_THAT(record.problems, ElementsAre(HasSubstr("another disk is mounted there")));
         if (isOnCard)
             continue;
         auto request = requestFor(card.path(), destination.path());
         request.settings.folderTemplate = "session/DCIM/new";
-        try {
-            CopyEngine::run(request, {}, {});
-            ADD_FAILURE() << "a session on the other volume";
-        } catch (const std::exception& failure) {
-            EXPECT_EQ(describe(failure, L10n(AppLanguage::Turkish)),
-                      (destination / "session/DCIM").native() +
-                          ": orada başka bir disk bağlı ya da bir bağlantı dışarı çıkıyor");
-        }
+        const auto inTurkish = [](const std::exception& failure) {
+            return describe(failure, L10n(AppLanguage::Turkish));
+        };
+        EXPECT_THAT(
+            [&] { record.run(request); },
+            Throws<std::exception>(ResultOf(
+                inTurkish,
+                place.native() + ": orada başka bir disk bağlı ya da bir bağlantı dışarı çıkıyor")))
+            << "a session on the other volume";
     }
 }
 
@@ -380,13 +340,12 @@ TEST(DiskWithoutCase, NamesThatBecomeOneFailTheRun) {
         for (const auto* name : names)
             writeFile(card / name, name);
         RunRecord record;
-        const auto outcome =
-            CopyEngine::run(requestFor(card.path(), disk.path()), record.observer(), {});
+        const auto outcome = record.run(requestFor(card.path(), disk.path()));
         EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
         auto texts = record.problems;
         for (const auto& each : outcome.problems)
             texts.push_back(each.text(L10n(AppLanguage::Turkish)));
-        EXPECT_THAT(texts, ::testing::Contains(HasSubstr(problem)));
+        EXPECT_THAT(texts, Contains(HasSubstr(problem)));
     }
 }
 
@@ -401,11 +360,10 @@ TEST(BadCard, AReadErrorStopsTheRunWithTheDevicesReason) {
     ASSERT_GT(offset, 0);
     std::filesystem::resize_file(card.image(), static_cast<std::uintmax_t>(offset));
     RunRecord record;
-    const auto outcome =
-        CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(), {});
+    const auto outcome = record.run(requestFor(card.path(), destination.path()));
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_THAT(verdicts(outcome)["2"], "FAIL/failed");
-    EXPECT_THAT(record.problems, ::testing::ElementsAre(HasSubstr("read or write error")));
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("read or write error")));
 }
 
 TEST(BrokenClock, ADateThatNoReportCanHoldIsCopiedAndLeftOut) {
@@ -422,9 +380,7 @@ TEST(BrokenClock, ADateThatNoReportCanHoldIsCopiedAndLeftOut) {
         writeFile(disk / "card/a", "1");
         const std::array<timespec, 2> moments = {timespec{}, timespec{seconds, 0}};
         ASSERT_EQ(::utimensat(AT_FDCWD, (disk / "card/a").c_str(), moments.data(), 0), 0);
-        RunRecord record;
-        const auto outcome =
-            CopyEngine::run(requestFor(disk / "card", disk.path()), record.observer(), {});
+        const auto outcome = RunRecord().run(requestFor(disk / "card", disk.path()));
         EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
         EXPECT_EQ(outcome.files.at(0).mtime, date);
         struct stat copy {};
@@ -434,16 +390,13 @@ TEST(BrokenClock, ADateThatNoReportCanHoldIsCopiedAndLeftOut) {
 }
 
 TEST(LargeFile, MoreThanFourGibibytesAreCopiedWithoutTruncation) {
-    constexpr std::int64_t kSize = 4'096 * kMiB + kMiB + 1;
+    constexpr std::uintmax_t kSize = 4'096 * kMiB + kMiB + 1;
     const TemporaryFolder card;
     const TemporaryFolder destination;
     writeFile(card / "long.mov", "start");
     std::filesystem::resize_file(card / "long.mov", kSize);
-    RunRecord record;
-    const auto outcome =
-        CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(), {});
+    const auto outcome = RunRecord().run(requestFor(card.path(), destination.path()));
     EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
-    EXPECT_EQ(outcome.bytesCopied, kSize);
-    EXPECT_EQ(std::filesystem::file_size(outcome.sessionRoot / "long.mov"),
-              static_cast<std::uintmax_t>(kSize));
+    EXPECT_EQ(static_cast<std::uintmax_t>(outcome.bytesCopied), kSize);
+    EXPECT_EQ(std::filesystem::file_size(outcome.sessionRoot / "long.mov"), kSize);
 }

@@ -59,16 +59,17 @@ QCoro::Task<std::string> storyOn(std::thread::id here, std::vector<std::string>&
 
 } // namespace
 
-TEST(ProcessEnd, IsSaidInALineThatActsOnNoTerminal) {
+TEST(ProcessEnd, IsSaidInAShortLineThatActsOnNoTerminal) {
     const auto end = [] {
         sayWhatEndsIt("program");
         try {
-            throw std::runtime_error("a\x1b[2J\x7f\n" + std::string(300, 'b'));
+            // With the last character that has room to end in it.
+            throw std::runtime_error("a\x1b[2J\x7f\n" + std::string(392, 'b') + "öö");
         } catch (const std::exception&) {
             std::terminate();
         }
     };
-    EXPECT_EXIT(end(), ::testing::ExitedWithCode(1), "program: ended by a\\?\\[2J\\?\\?b{300}");
+    EXPECT_EXIT(end(), ::testing::ExitedWithCode(1), "program: ended by a\\?\\[2J\\?\\?b+ö…\n");
 }
 
 TEST(Worker, ResultsAndFailuresComeBackToTheAwaitersThread) {

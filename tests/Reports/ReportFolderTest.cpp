@@ -1,4 +1,5 @@
 #include "Reports/ReportFolder.h"
+#include "Reports/PassingSet.h"
 
 #include "Platform/Error.h"
 #include "Platform/Text.h"
@@ -157,6 +158,15 @@ TEST_F(ReportFolders, ASetIsPutWholeOrNotAtAll) {
     std::filesystem::create_directory(disk / "reports/new/inventory.csv");
     EXPECT_FALSE(ReportFolder::clear(root, "reports/new")) << "not all of it goes";
     EXPECT_FALSE(std::filesystem::exists(disk / "reports/new/manifest.json"));
+
+    const auto blocked = disk / "reports/blocked";
+    PassingSet passing(root, "reports/blocked");
+    passing.putInPlace();
+    writeFile(blocked / "manifest.json", "whole");
+    EXPECT_TRUE(passing.takeBack());
+    EXPECT_TRUE(std::filesystem::is_empty(blocked));
+    std::filesystem::create_directory(blocked / "manifest.json");
+    EXPECT_FALSE(passing.takeBack()) << "some of it stays";
 }
 
 TEST_F(ReportFolders, WhatAKilledProgramLeftGoesWhenNobodyCanBeAtIt) {

@@ -117,11 +117,11 @@ TEST(ReportText, CardFactsStandInOrderOneSubjectALine) {
     some.cameraModel = "";
     some.cameraId = "A";
     some.location = "Bebek";
-    some.projectFps = 25.0004;
+    some.projectFps = 23.976;
     some.shutterDegrees = 180;
     some.sxsSerial = "9";
     EXPECT_THAT(EssenceText::cardLines(some, kTurkish),
-                ElementsAre("Cam A", "Bebek", "25 fps  ·  shutter 180,0°", "SxS 9"));
+                ElementsAre("Cam A", "Bebek", "23,976 fps  ·  shutter 180,0°", "SxS 9"));
 
     EXPECT_EQ(plain(ReportText::cardFactsLine(fullEssence(), kEnglish)),
               "ALEXA 35  SN 1234  Cam R0ZG  ·  SUP 1.02  ·  Mar 2, 2026, 12:30 AM  ·  Bebek  ·  "

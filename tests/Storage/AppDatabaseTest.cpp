@@ -300,6 +300,7 @@ TEST_F(StoreFile, WhatIsNoStoreIsSetAsideAndANewOneBegun) {
         ASSERT_TRUE(aside);
         EXPECT_THAT(readFile(*aside), ::testing::StartsWith(kind));
         EXPECT_FALSE(database.takeSetAside()) << "told once";
+        EXPECT_EQ(database.setAside(), *aside);
         save(database, outcomeAt("2026-03-01T09:30:15Z"), "A001", "SSD", "CamA");
         EXPECT_THAT(database.recentSessions(20), SizeIs(1));
     }

@@ -1,12 +1,9 @@
 #include "VerifyProgram.h"
 
 #include "MediaHashList/HashedTree.h"
-#include "MediaHashList/History.h"
 #include "Offload/TreeWalker.h"
-
-#include <gmock/gmock.h>
-
-#include <functional>
+#include "Verify/TreeCheck.h"
+#include "support/MappedFile.h"
 
 // Hash lists that an offload leaves beside a copy, and what it makes of those that a card brings.
 
@@ -15,9 +12,6 @@ using namespace slatewise::test;
 using ::testing::HasSubstr;
 
 namespace {
-
-using MediaHashList::Generation;
-using MediaHashList::History;
 
 /// Gives a folder of a card a generation as somebody else's tool would have written it.
 void addList(const std::filesystem::path& root, const std::vector<HashFormat>& formats) {
@@ -51,7 +45,7 @@ void expectValidLists(const std::filesystem::path& root) {
 }
 
 /// "path format action" for every value of a generation.
-std::vector<std::string> actionsOf(const Generation& generation) {
+std::vector<std::string> actionsOf(const MediaHashList::Generation& generation) {
     std::vector<std::string> actions;
     for (const auto& file : generation.files) {
         for (const auto& value : file.values)
@@ -84,10 +78,12 @@ TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {
          [&] {
              writeFile(card / "CLIP/ğ & <ş>/\"x\".wav", "w");
              writeFile(card / "CLIP/line\nend", "");
+             writeFile(card / "CLIP/ascmhl", "no folder of lists");
              std::filesystem::create_directories(card / "bare/bare");
          },
          1,
-         {"CLIP/ğ & <ş>/\"x\".wav xxh128 original", "CLIP/line\nend xxh128 original"}},
+         {"CLIP/ğ & <ş>/\"x\".wav xxh128 original", "CLIP/line\nend xxh128 original",
+          "CLIP/ascmhl xxh128 original"}},
         {"only what is skipped",
          [&] {
              std::filesystem::remove(card / "a.mov");
@@ -231,6 +227,27 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
     }
 }
 
+TEST_F(VerifyProgram, WhatARunLeftOutOfACopyIsNotMissedThere) {
+    const auto card = folder / "A001";
+    writeFile(card / ".Trashes/x", "x");
+    writeFile(card / "PROXY/y.mov", "y");
+    addList(card / "PROXY", {HashFormat::MD5});
+    addList(card, {HashFormat::MD5});
+    for (const bool bringsList : {false, true}) {
+        const auto root = offload("--exclude=PROXY");
+        if (bringsList) {
+            // The next generation says itself what it leaves out.
+            ASSERT_EQ(program("slatewise-verify", {"--mhl", "--quiet", root}).exitCode, 0);
+        }
+        const auto result = program("slatewise-verify", {"--quiet", "--language=en", root});
+        EXPECT_EQ(result.exitCode, 0) << result.standardOutput;
+        EXPECT_THAT(result.standardError, HasSubstr("(2): PROXY/ascmhl/0001_PROXY_"));
+        std::filesystem::remove(root / "CLIP/a.mov");
+        EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
+                  "missing\tCLIP/a.mov\n");
+    }
+}
+
 TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {
     const auto tree = folder / "tree";
     const auto chain = tree / "ascmhl/ascmhl_chain.xml";
@@ -269,4 +286,38 @@ TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {
         EXPECT_EQ(refused.exitCode, 1);
         EXPECT_THAT(refused.standardError, HasSubstr("copy the card again"));
     }
+}
+
+TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
+    const auto root = offload();
+    const auto first = program("slatewise-verify", {"--mhl", root});
+    EXPECT_EQ(first.exitCode, 0);
+    EXPECT_THAT(first.standardError, HasSubstr("cannot hold its name: bad \xef\xbf\xbd"));
+    const MappedFile mapped(root / "CLIP/a.mov", 2'000'001);
+    const auto second = program("slatewise-verify", {"--mhl", "--quiet", root});
+    EXPECT_EQ(second.exitCode, 0);
+    EXPECT_THAT(second.standardError, HasSubstr("may come from there (1): CLIP/a.mov"));
+    const auto counted =
+        run({"sh", "-c", "cat \"$0\"/ascmhl/0002_*.mhl | grep -c 'verified'", root});
+    EXPECT_EQ(counted.standardOutput, "3\n");
+
+    // As a card, it brings lists that grow again.
+    std::filesystem::remove_all(folder / "A001");
+    std::filesystem::rename(root, folder / "A001");
+    const auto again = offload();
+    EXPECT_THAT(told, HasSubstr("brings a hash list, which was not checked"));
+    // Checksums of the folder that they lie in are one of its files from then on.
+    const auto sums = folder / "sums";
+    writeFile(sums / "a", "hello");
+    writeFile(sums / "checksums.sha256", hashOf(HashFormat::SHA256, "hello") + "  ./a\n");
+    writeFile(sums / "ascmhl/._0001.mhl", "what another system left");
+    const auto read = Verify::check(Verify::findLists(sums), Verify::Keep::Tree, {}, {});
+    EXPECT_EQ(read.bytesRead, 5) << "of the footage";
+    for (const auto& each : {again, sums}) {
+        for (const auto* const words : {"--mhl", "--quiet"})
+            EXPECT_EQ(program("slatewise-verify", {words, each}).exitCode, 0) << words;
+    }
+    writeFile(sums / "checksums.sha256", "");
+    EXPECT_EQ(program("slatewise-verify", {"--quiet", sums}).standardOutput,
+              "changed\tchecksums.sha256\n");
 }

@@ -1,12 +1,15 @@
 #pragma once
 
+#include "MediaHashList/History.h"
 #include "Platform/Text.h"
 #include "support/Files.h"
 #include "support/Process.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +18,9 @@ namespace slatewise::test {
 /// A verified session of a card with odd names, and the program that checks it again.
 class VerifyProgram : public ::testing::Test {
 protected:
+    using Generation = MediaHashList::Generation;
+    using History = MediaHashList::History;
+
     VerifyProgram() {
         writeFile(folder / "A001/CLIP/a.mov", bytesOf(2'000'001));
         writeFile(folder / "A001/CLIP/Şarkı ğ.wav", "ses");

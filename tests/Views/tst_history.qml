@@ -20,7 +20,9 @@ ViewCase {
         const second = inSheet("sessions").itemAtIndex(1)
         second.forceActiveFocus(Qt.TabFocusReason)
         keyClick(Qt.Key_Return)
-        verify(second.chosen && !first.chosen)
+        verify(second.chosen && !first.chosen && inSheet("showFolder").enabled)
+        mouseClick(inSheet("sessions").itemAtIndex(2))
+        verify(!inSheet("showFolder").enabled && inSheet("showReport").enabled, "it was only hashed")
     }
 
     function test_search_and_close() {

@@ -2,13 +2,16 @@
 
 #include "Platform/Files/FileSystem.h"
 #include "support/Process.h"
+#include "support/Waiting.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
 #include <random>
 #include <stdexcept>
+#include <utility>
 
 namespace slatewise::test {
 
@@ -52,6 +55,21 @@ std::string readFile(const std::filesystem::path& path) {
     if (!file)
         throw std::runtime_error("not readable: " + path.native());
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void touchRights(const std::filesystem::path& path) {
+    const auto lastChange = [&] {
+        struct stat file {};
+        if (::stat(path.c_str(), &file) != 0)
+            throw std::runtime_error("not there: " + path.native());
+        return std::pair(file.st_ctim.tv_sec, file.st_ctim.tv_nsec);
+    };
+    const auto before = lastChange();
+    (void)waitUntil([&] {
+        std::filesystem::permissions(path, std::filesystem::perms::owner_read |
+                                               std::filesystem::perms::owner_write);
+        return lastChange() != before;
+    });
 }
 
 std::string bytesOf(std::size_t size, std::uint32_t seed) {

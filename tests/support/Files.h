@@ -41,6 +41,10 @@ void writeFile(const std::filesystem::path& path, std::string_view content);
 
 std::string readFile(const std::filesystem::path& path);
 
+/// Lets a file's status change now, and leaves its content and its own date alone. The kernel's
+/// clock for dates is a coarse one: returns when the change shows.
+void touchRights(const std::filesystem::path& path);
+
 /// `size` bytes that do not repeat within a MiB and depend on `seed` alone.
 std::string bytesOf(std::size_t size, std::uint32_t seed = 1);
 

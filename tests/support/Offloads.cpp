@@ -37,6 +37,11 @@ CopyEngine::Observer RunRecord::observer(std::function<void(const OffloadPhase&)
             .sessionRootCreated = {}};
 }
 
+OffloadOutcome RunRecord::run(const CopyEngine::Request& request,
+                              std::function<void(const OffloadPhase&)> onPhase) {
+    return CopyEngine::run(request, observer(std::move(onPhase)), {});
+}
+
 std::map<std::string, std::string> verdicts(const OffloadOutcome& outcome) {
     std::map<std::string, std::string> result;
     for (const auto& row : outcome.files)

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace slatewise::test {
@@ -25,7 +26,27 @@ struct RunRecord {
 
     /// Notes everything and calls `onPhase` for each phase.
     CopyEngine::Observer observer(std::function<void(const OffloadPhase&)> onPhase = {});
+
+    /// A run to its end that nobody stops.
+    OffloadOutcome run(const CopyEngine::Request& request,
+                       std::function<void(const OffloadPhase&)> onPhase = {});
 };
+
+/// For `onPhase`: does something once, in the first phase of that kind, and of that file if one is
+/// named.
+template <typename Wanted>
+std::function<void(const OffloadPhase&)> atFirst(std::function<void()> happens,
+                                                 std::string file = "") {
+    return [happens = std::move(happens), file = std::move(file),
+            isDone = false](const OffloadPhase& phase) mutable {
+        const auto* now = std::get_if<Wanted>(&phase);
+        bool isMeant = now != nullptr;
+        if constexpr (requires { now->file; })
+            isMeant = isMeant && (file.empty() || now->file == file);
+        if (isMeant && !std::exchange(isDone, true))
+            happens();
+    };
+}
 
 /// "COPY/verified" and so on for every row, by its path.
 std::map<std::string, std::string> verdicts(const OffloadOutcome& outcome);

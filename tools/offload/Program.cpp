@@ -31,7 +31,10 @@ void runProgram(std::string_view name, int count, char** words, const Work& work
     try {
         exitCode = work(count, words, interruption);
     } catch (const std::exception& failure) {
-        std::cerr << name << ": " << Text::visible(describe(failure)) << '\n';
+        // What a library says may be of any length.
+        constexpr std::size_t kLongestReason = 400;
+        std::cerr << name << ": "
+                  << Text::shortened(Text::visible(describe(failure)), kLongestReason) << '\n';
     }
     endProcess(exitCode);
 }

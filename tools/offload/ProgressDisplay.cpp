@@ -9,8 +9,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <variant>
-#include <vector>
 
 namespace slatewise::tool {
 
@@ -29,6 +29,7 @@ constexpr std::size_t kShortestName = 6;
 /// Of a sentence, in characters. Paths may have thousands.
 constexpr std::size_t kLongestSentence = 400;
 
+const std::string kBetween = " · ";
 constexpr std::string_view kClearLine = "\r\x1b[K";
 /// A line that is too wide after all, as with wide characters, is cut by the terminal: one that
 /// wrapped could not be drawn over.
@@ -85,6 +86,15 @@ std::string shortenedBy(const std::string& name, std::size_t columns) {
         ++at;
     }
     return "…" + std::string(at, name.end());
+}
+
+/// How much of all bytes is copied, behind other figures; empty while nobody knows.
+std::string bytesOf(const OffloadPhase& phase, const L10n& l10n) {
+    const auto* copying = std::get_if<Phase::Copying>(&phase);
+    if (!copying || copying->bytesTotal < 1)
+        return {};
+    return kBetween + l10n.bytesOf(PathSize::format(copying->bytesDone, l10n.language()),
+                                   PathSize::format(copying->bytesTotal, l10n.language()));
 }
 
 std::size_t terminalColumns() {
@@ -144,21 +154,24 @@ std::string ProgressDisplay::line(const OffloadPhase& phase,
                                   std::chrono::steady_clock::time_point now) {
     const double fraction = fractionOf(phase);
     const auto words = wordsFor(phase, texts_);
-    std::vector<std::string> parts = {fmt::format("{:3.0f}%", std::floor(100 * fraction))};
-    if (const auto left = timeLeft_.update(phase, now))
-        parts.push_back(texts_.shared.timeLeft(clockText(*left)));
-    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
-        parts.push_back(PathSize::speed(copying->bytesPerSecond, texts_.shared.language()));
-    if (!label_.empty())
-        parts.push_back(label_);
-    parts.push_back(words.deed);
-    auto text = fmt::format("{}", fmt::join(parts, " · "));
     const auto columns = terminalColumns();
+    std::string text;
     if (isTerminal_)
-        text.insert(0, bar(fraction, columns < kColumnsForWideBar ? kNarrowBar : kWideBar));
+        text = bar(fraction, columns < kColumnsForWideBar ? kNarrowBar : kWideBar);
+    text += fmt::format("{:3.0f}%", std::floor(100 * fraction));
+    if (const auto left = timeLeft_.update(phase, now))
+        text += kBetween + texts_.shared.timeLeft(clockText(*left));
+    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
+        text += kBetween + PathSize::speed(copying->bytesPerSecond, texts_.shared.language());
+    const auto pair = (label_.empty() ? "" : kBetween + label_) + kBetween + words.deed;
+    // What is being done, and with what, says more than these.
+    const auto bytes = bytesOf(phase, texts_.shared);
+    if (!isTerminal_ || columnsOf(text) + columnsOf(bytes) + columnsOf(pair) < columns)
+        text += bytes;
+    text += pair;
     if (words.file.empty())
         return text;
-    text += " · ";
+    text += kBetween;
     const auto needed = columnsOf(text) + columnsOf(words.file) + 1;
     return text + shortenedBy(words.file, isTerminal_ && needed > columns ? needed - columns : 0);
 }

@@ -75,9 +75,7 @@ void playHashed(Stage& stage) {
 void playHashing(Stage& stage) {
     stage.playReady();
     stage.model()->settings()->setVerifyOnly(true);
-    stage.copying(0);
-    stage.model()->batch()->phaseChanged(
-        Phase::Verifying{"CLIP/A001C043_260301.mxf", 42, 107, 0.4});
+    stage.begin();
 }
 
 void playVerdictOfBefore(Stage& stage) {
@@ -159,90 +157,167 @@ void playStopped(Stage& stage) {
     stage.fail(std::vector<OffloadProblem>(), PairFailure::Stopped);
 }
 
-void playCheck(Stage& stage) {
+/// The same where nothing was to be copied, at the second card.
+void playHashingStopped(Stage& stage) {
+    stage.playReady();
+    stage.model()->destinations()->toggle("dev-RAID Backup");
+    stage.model()->settings()->setVerifyOnly(true);
+    stage.fail(std::vector<OffloadProblem>(), PairFailure::Stopped);
+}
+
+using Sentences = std::vector<std::string>;
+
+/// All went well, and this became of the cards.
+std::function<void(Stage&)> ejecting(std::function<Sentences(L10n)> sentences) {
+    return [=](Stage& stage) {
+        stage.playReady();
+        stage.succeed();
+        auto& batch = *stage.model()->batch();
+        auto result = *batch.lastResult();
+        result.ejects = sentences(stage.model()->state().l10n());
+        batch.batchEnded(result);
+    };
+}
+
+void playPast(Stage& stage) {
     stage.playReady();
     stage.playHistory();
+    Desk::waitUntil([&] { return !stage.model()->history()->rows().empty(); });
+}
+
+void playCheck(Stage& stage) {
+    playPast(stage);
     auto& history = *stage.model()->history();
-    Desk::waitUntil([&] { return !history.rows().empty(); });
     history.choose(history.rows().front().sessionID);
     history.verifyAgain();
 }
 
-std::vector<Scene> allScenes() {
-    const auto ready = [](Stage& stage) {
-        stage.playReady();
-    };
-    const auto sheet = [](Stage& stage) {
-        stage.play("sheet");
-    };
-    const auto failedWidely = [](Stage& stage) {
-        stage.playReady();
-        stage.fail(7);
-    };
+/// Scenes by their names.
+class Scenes {
+public:
+    void add(std::string name, std::function<void(Stage&)> play,
+             std::function<void(QQuickWindow&)> act = {}) {
+        scenes_.push_back({std::move(name), {}, std::move(play), std::move(act)});
+    }
+    void addPrepared(std::string name, std::function<void(Stage&)> prepare,
+                     std::function<void(Stage&)> play) {
+        scenes_.push_back({std::move(name), std::move(prepare), std::move(play)});
+    }
+    std::vector<Scene> take() { return std::move(scenes_); }
+
+private:
+    std::vector<Scene> scenes_;
+};
+
+void ready(Stage& stage) {
+    stage.playReady();
+}
+
+/// Up to the end of a batch.
+void addBatches(Scenes& scenes) {
     const auto leftHalfDone = [](Stage& stage) {
         UnfinishedOffload{"A001", "SHUTTLE_01", "/media/dit/SHUTTLE_01/2026-03-01/Ekip1/CamA/A001"}
             .save(stage.desk().defaults);
         stage.desk().start();
     };
-    std::vector<Scene> scenes;
-    const auto add = [&](std::string name, std::function<void(Stage&)> play,
-                         std::function<void(QQuickWindow&)> act = {}) {
-        scenes.push_back({std::move(name), {}, std::move(play), std::move(act)});
-    };
-    add("empty", {});
-    add("cards", [](Stage& stage) { stage.playCards(); });
-    add("ready", ready);
-    add("needsUnit", playNeedsUnit);
-    add("seenBefore", playSeenBefore);
-    add("hashOnly", [](Stage& stage) {
-        stage.playReady();
-        stage.model()->settings()->setVerifyOnly(true);
-    });
-    add("busy", [](Stage& stage) {
-        stage.playReady();
-        stage.copying(0.86);
-    });
-    add("success", [](Stage& stage) {
-        stage.playReady();
-        stage.succeed();
-    });
-    add("successWithNotes", [](Stage& stage) {
-        stage.playReady();
-        stage.succeed(2);
-    });
-    add("cardAsDestination", playCardAsDestination);
-    add("hashing", playHashing);
-    add("hashed", playHashed);
-    add("verdictOfBefore", playVerdictOfBefore);
-    add("refused", playRefused);
-    add("failed", failing(Kind::FolderNotRead, "CLIPS001", EIO));
-    add("cardGone", failing(Kind::CardGone, "A001"));
-    add("diskFull", failing(Kind::CopyStopped, "CLIP/A001C092_260301.mxf", ENOSPC));
-    add("copyDiffers", failing(Kind::CopyDiffers, "CLIP/A001C092_260301.mxf"));
-    add("stopped", playStopped);
-    add("manyProblems", failedWidely);
-    add("outcome", failedWidely, [](QQuickWindow& window) { click(window, "showOutcome"); });
-    add("crowded", playCrowded);
-    add("hint", playCrowded, [](QQuickWindow& window) { pointAt(window, "projectName"); });
-    add("sheet", sheet);
-    add("sheetEnd", sheet, [](QQuickWindow& window) { scrollTo(window, "showReports"); });
-    add("editor", sheet, [](QQuickWindow& window) { click(window, "edit"); });
-    add("history", [](Stage& stage) { stage.play("history"); });
-    add("check", playCheck);
-    add("volumes", [](Stage& stage) {
-        stage.playReady();
-        stage.plugInUnknown("SAS_01");
-        stage.model()->otherVolumes()->setPresented(true);
-    });
-    scenes.push_back({"cutOff", leftHalfDone, ready});
     const auto withoutDisks = [](Stage& stage) {
         stage.desk().surroundings.isBare = [](const auto&) {
             return true;
         };
         stage.desk().start();
     };
-    scenes.push_back({"bare", withoutDisks, playBare});
-    return scenes;
+    scenes.add("empty", {});
+    scenes.add("cards", [](Stage& stage) { stage.playCards(); });
+    scenes.add("ready", ready);
+    scenes.add("needsUnit", playNeedsUnit);
+    scenes.add("seenBefore", playSeenBefore);
+    scenes.add("hashOnly", [](Stage& stage) {
+        stage.playReady();
+        stage.model()->settings()->setVerifyOnly(true);
+    });
+    scenes.addPrepared("cutOff", leftHalfDone, ready);
+    scenes.addPrepared("bare", withoutDisks, playBare);
+    scenes.add("cardAsDestination", playCardAsDestination);
+    scenes.add("busy", [](Stage& stage) {
+        stage.playReady();
+        stage.copying(0.86);
+    });
+    scenes.add("hashing", playHashing);
+    scenes.add("crowded", playCrowded);
+    scenes.add("hint", playCrowded, [](QQuickWindow& window) { pointAt(window, "projectName"); });
+}
+
+void addGoodEnds(Scenes& scenes) {
+    scenes.add("success", [](Stage& stage) {
+        stage.playReady();
+        stage.succeed();
+    });
+    scenes.add("successWithNotes", [](Stage& stage) {
+        stage.playReady();
+        stage.succeed(2);
+    });
+    scenes.add("safeToPull", ejecting([](L10n words) {
+                   return Sentences{words.safeToPull("A001"), words.safeToPull("B004")};
+               }));
+    scenes.add("doNotPull", ejecting([](L10n words) {
+                   return Sentences{words.unmountedButInUse("A001"),
+                                    words.notEjected("B004", words.volumeIsBusy())};
+               }));
+    scenes.add("hashed", playHashed);
+    scenes.add("verdictOfBefore", playVerdictOfBefore);
+    scenes.add("refused", playRefused);
+}
+
+void addFailures(Scenes& scenes) {
+    const auto* const clip = "CLIP/A001C092_260301.mxf";
+    const auto failedWidely = [](Stage& stage) {
+        stage.playReady();
+        stage.fail(7);
+    };
+    scenes.add("failed", failing(Kind::FolderNotRead, "CLIPS001", EIO));
+    scenes.add("cardGone", failing(Kind::CardGone, "A001"));
+    scenes.add("diskGone", failing(Kind::DiskReplaced, "RAID Backup"));
+    scenes.add("fileNotRead", failing(Kind::CopyStopped, clip, EIO));
+    scenes.add("diskFull", failing(Kind::CopyStopped, clip, ENOSPC));
+    scenes.add("copyDiffers", failing(Kind::CopyDiffers, clip));
+    scenes.add("reportsNotCopied", failing(Kind::ReportsNotCopied, "RAID Backup", EROFS));
+    scenes.add("stopped", playStopped);
+    scenes.add("hashingStopped", playHashingStopped);
+    scenes.add("manyProblems", failedWidely);
+    scenes.add("outcome", failedWidely, [](QQuickWindow& window) { click(window, "showOutcome"); });
+}
+
+void addSheets(Scenes& scenes) {
+    const auto sheet = [](Stage& stage) {
+        stage.play("sheet");
+    };
+    scenes.add("sheet", sheet);
+    scenes.add("sheetEnd", sheet, [](QQuickWindow& window) { scrollTo(window, "showReports"); });
+    scenes.add("editor", sheet, [](QQuickWindow& window) { click(window, "edit"); });
+    scenes.add("objection", sheet, [](QQuickWindow& window) {
+        click(window, "edit");
+        window.findChild<QQuickItem*>("suffix")->setProperty("text", "{Dest}/../{CardName}");
+    });
+    scenes.add("history", [](Stage& stage) { stage.play("history"); });
+    scenes.add("nothingFound", [](Stage& stage) {
+        playPast(stage);
+        stage.model()->history()->setSearch("Z999");
+    });
+    scenes.add("check", playCheck);
+    scenes.add("volumes", [](Stage& stage) {
+        stage.playReady();
+        stage.plugInUnknown("SAS_01");
+        stage.model()->otherVolumes()->setPresented(true);
+    });
+}
+
+std::vector<Scene> allScenes() {
+    Scenes scenes;
+    addBatches(scenes);
+    addGoodEnds(scenes);
+    addFailures(scenes);
+    addSheets(scenes);
+    return scenes.take();
 }
 
 } // namespace

@@ -44,6 +44,8 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
             }};
     auto result = Verify::check(tree, arguments.keep, watch, std::move(stop));
     const auto name = Text::displayable(tree.root.native());
+    for (const auto& note : tree.notes)
+        display.note(note.text(texts.shared));
     if (tree.isOnOtherDisk)
         display.note(texts.onOtherDisk(name));
     if (result.mayBeFromMemory)

@@ -13,6 +13,9 @@ namespace slatewise {
 
 namespace {
 
+/// Nobody may take the last file at work for the end.
+constexpr double kMostWhileBusy = 0.99;
+
 BatchControl::Standing standingOf(const OffloadPhase& phase) {
     if (ProgressTexts::isBusy(phase))
         return BatchControl::Busy;
@@ -64,7 +67,8 @@ BatchControl::Shown BatchControl::shownNow() const {
     Shown now;
     now.standing = standingOf(phase);
     now.fraction = ProgressTexts::fraction(phase, position_);
-    now.percentText = toQString(ProgressTexts::percent(now.fraction));
+    now.percentText = toQString(ProgressTexts::percent(
+        now.standing == Busy ? std::min(now.fraction, kMostWhileBusy) : now.fraction));
     now.isRefused = stepsBack && state_.notice;
     const auto& settings = now.standing == Busy ? lastPlan_.settings : state_.settings;
     now.title = toQString(now.isRefused
@@ -298,13 +302,13 @@ void BatchControl::batchEnded(const BatchResult& result) {
     batch_.reset();
     position_ = {};
     pace_ = {};
-    unfinished_.reset();
-    UnfinishedOffload::forget(state_.defaults);
     // Whatever was ticked in the meantime.
     state_.isVerdictOld = false;
     // A refusal says nothing of the batch before, nor does that of the refusal.
     state_.wasRefused = !result.wasBegun;
     if (result.wasBegun) {
+        unfinished_.reset();
+        UnfinishedOffload::forget(state_.defaults);
         lastResult_ = result;
         lastEnd_ = Clock::now();
     }

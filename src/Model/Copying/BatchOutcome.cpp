@@ -4,6 +4,7 @@
 #include "Model/QtText.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
 namespace slatewise {
@@ -61,10 +62,25 @@ OutcomeLine lineOf(const BatchPair& planned, const PairResult& pair, L10n l10n) 
     return {toQString(l10n.pairFailed(planned.name, why)), OutcomeLine::Kind::Bad};
 }
 
+/// Another try would end there again: a file that is too large for the disk, a name that it does
+/// not have, two names that are one to it, or a disk that takes nothing.
+bool isBeyondDisk(int code) {
+    constexpr std::array codes = {EFBIG, EROFS, ENAMETOOLONG, EINVAL, EILSEQ, EEXIST};
+    return std::find(codes.begin(), codes.end(), code) != codes.end();
+}
+
 std::string adviceFor(const OffloadProblem& problem, std::string_view button, L10n l10n) {
     if (problem.code == ENOSPC || problem.code == EDQUOT)
         return l10n.adviceNoSpace(button);
+    if (problem.kind == Kind::CopyStopped && isBeyondDisk(problem.code))
+        return l10n.adviceOtherDisk(button);
     switch (problem.kind) {
+    case Kind::FoldersFellTogether:
+        return l10n.adviceOtherDisk(button);
+    case Kind::CardDiffersFromList:
+    case Kind::ListedFileMissing:
+    case Kind::ListedFileUnproved:
+        return std::string(l10n.adviceListDiffers());
     case Kind::CardGone:
     case Kind::CardSilent:
         return l10n.adviceCardGone(button);
@@ -155,8 +171,12 @@ std::string advice(const FailedPair& failed, bool wasHashing, L10n l10n) {
     const auto button = wasHashing ? l10n.hashOnly() : l10n.copy();
     if (failed.result.failure == PairFailure::Stopped)
         return l10n.adviceStopped(button);
-    if (const auto* failure = decisiveFailure(failed.result))
-        return adviceFor(*failure, button, l10n);
+    if (const auto* failure = decisiveFailure(failed.result)) {
+        const auto& run = failed.result.runStatus;
+        return failure->isOfReports() && run && endedWell(*run)
+                   ? l10n.adviceReports(button, wasHashing)
+                   : adviceFor(*failure, button, l10n);
+    }
     const auto& error = failed.result.error;
     const bool lacksSpace =
         error && std::holds_alternative<OffloadError::InsufficientSpace>(error->reason());

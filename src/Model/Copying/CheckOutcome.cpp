@@ -85,6 +85,8 @@ std::string CheckOutcome::lines(L10n l10n) const {
         add(l10n.readFromMemory(Text::visible(disk)));
     else if (result.filesKeptInMemory > 0)
         add(l10n.readFromMemory(filesInMemory(result, l10n)));
+    for (const auto& note : notes)
+        add(note.text(l10n));
     for (const auto& finding : findings)
         add(lineOf(finding, l10n));
     const int untold = (record ? record->differences : 0) - static_cast<int>(findings.size());

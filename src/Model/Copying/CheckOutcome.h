@@ -20,6 +20,8 @@ struct CheckOutcome {
     std::optional<CheckRecord> record{};
     /// The first of them.
     std::vector<Verify::Finding> findings{};
+    /// What is to be known of the copy beside them.
+    std::vector<Verify::Note> notes{};
     /// Beyond the record's numbers, what was read.
     Verify::Result result{};
     /// The disk's name.

@@ -11,6 +11,7 @@
 
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <stop_token>
 #include <utility>
@@ -66,6 +67,7 @@ void CopyCheck::Work::check() {
     const auto& known = session.session;
     const auto tree =
         Verify::findListsOf({known.id, session.reportFolder, known.sessionRoot}, stop.get_token());
+    outcome.notes = tree.notes;
     const Verify::Watch watch = {.progress = mail.observer().progress,
                                  .finding = [this](const Verify::Finding& finding) {
                                      outcome.add(finding);
@@ -111,7 +113,8 @@ double CopyCheck::fraction() const {
 }
 
 QString CopyCheck::percentText() const {
-    return toQString(ProgressTexts::percent(fraction()));
+    // It is shown only while the check goes on, and is no end of it.
+    return toQString(ProgressTexts::percent(std::min(fraction(), 0.99)));
 }
 
 QString CopyCheck::title() const {

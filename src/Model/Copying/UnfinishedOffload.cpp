@@ -1,7 +1,7 @@
 #include "Model/Copying/UnfinishedOffload.h"
 
 #include "Language/L10n.h"
-#include "Model/Settings/StoredList.h"
+#include "Model/StoredList.h"
 #include "Platform/Desktop/UserDefaults.h"
 
 namespace slatewise {

@@ -20,7 +20,7 @@ struct PastOffload {
     /// The last time, and all disks that it went to, by name.
     Instant at{};
     std::vector<std::string> disks;
-    /// It holds something else by now.
+    /// Other files would be copied now: it holds something else, or other names are skipped.
     bool hasChanged = false;
 
     /// Looks for the card in the store: by its file system, and by the names, sizes and dates of

@@ -22,11 +22,16 @@ constexpr std::size_t kMostRows = 300;
 /// A store that another program holds comes free at some time.
 constexpr std::chrono::seconds kUntilNextTry{2};
 
+struct WhatIsStored {
+    std::vector<HistoryRecord> records;
+    std::filesystem::path setAside;
+};
+
 /// Nothing when the store cannot be read. One that could not be the last time either is in the log
 /// already.
-std::optional<std::vector<HistoryRecord>> historyOf(const AppDatabase& database, bool wasUnread) {
+std::optional<WhatIsStored> historyOf(const AppDatabase& database, bool wasUnread) {
     try {
-        return database.history();
+        return WhatIsStored{database.history(), database.setAside()};
     } catch (const std::exception& failure) {
         if (!wasUnread)
             AppLog::append("History not read: " + describe(failure));
@@ -79,10 +84,13 @@ void SessionHistory::setPresented(bool presented) {
     note_.clear();
     check_.clear();
     nextTry_.stop();
-    if (presented)
+    if (presented) {
+        search_.clear();
+        show();
         readAgain(this);
-    else
+    } else {
         check_.cancel();
+    }
     Q_EMIT changed();
 }
 
@@ -97,13 +105,14 @@ QCoro::Task<> SessionHistory::readAgain(QPointer<SessionHistory> self) {
     const auto reading = onWorker([database = self->state_.database, wasUnread = self->isUnread_] {
         return historyOf(*database, wasUnread);
     });
-    auto records = co_await reading;
+    auto stored = co_await reading;
     if (!self)
         co_return;
-    self->isUnread_ = !records;
-    if (records) {
+    self->isUnread_ = !stored;
+    if (stored) {
         self->nextTry_.stop();
-        self->records_ = std::move(*records);
+        self->records_ = std::move(stored->records);
+        self->setAside_ = std::move(stored->setAside);
         self->takeChecks();
         self->show();
     } else if (self->isPresented_) {
@@ -128,10 +137,15 @@ void SessionHistory::show() {
     if (!isPresented_)
         return;
     std::vector<SessionRow> rows;
+    hasMore_ = false;
     for (const auto& record : records_) {
         auto row = rowOf(record);
-        if (rows.size() < kMostRows && hasAll((row.name + " " + row.facts).toStdString(), search_))
-            rows.push_back(std::move(row));
+        if (!hasAll((row.name + " " + row.facts).toStdString(), search_))
+            continue;
+        hasMore_ = rows.size() == kMostRows;
+        if (hasMore_)
+            break;
+        rows.push_back(std::move(row));
     }
     RowChanges::bring(*this, rows_, std::move(rows));
 }
@@ -141,16 +155,17 @@ SessionRow SessionHistory::rowOf(const HistoryRecord& record) const {
     const auto l10n = state_.l10n();
     const auto status = record.session.status;
     auto facts = Clock::mediumDateTime(session.startedAt, Language::locale(state_.language));
-    const auto size = status == OutcomeStatus::Hashed
-                          ? std::string()
-                          : PathSize::format(session.bytesCopied, state_.language);
+    const bool isHashed = status == OutcomeStatus::Hashed;
+    const auto size =
+        isHashed ? std::string() : PathSize::format(session.bytesCopied, state_.language);
     for (const auto& fact :
          {record.ekip, session.cameraLabel, l10n.fileCount(record.files), size}) {
         if (!fact.empty())
             facts += "  ·  " + Text::displayable(fact);
     }
     return {.sessionID = toQString(session.id),
-            .name = toQString(pairName(session.cardName, session.destName)),
+            .name = toQString(isHashed ? Text::displayable(session.cardName)
+                                       : pairName(session.cardName, session.destName)),
             .facts = toQString(facts),
             .verdict = toQString(verdict(status, l10n)),
             .isVerified = status == OutcomeStatus::Verified,
@@ -169,13 +184,22 @@ const HistoryRecord* SessionHistory::chosen() const {
     return found == records_.end() ? nullptr : &*found;
 }
 
-bool SessionHistory::canVerify() const {
+bool SessionHistory::wasCopied() const {
     const auto* session = chosen();
     return session && session->session.status != OutcomeStatus::Hashed;
 }
 
 QString SessionHistory::note() const {
-    return isUnread_ ? toQString(state_.l10n().historyNotRead()) : note_;
+    if (isUnread_)
+        return toQString(state_.l10n().historyNotRead());
+    // Else nobody knows why what was offloaded before is missing.
+    if (note_.isEmpty() && !setAside_.empty())
+        return toQString(state_.l10n().historySetAside(Text::legible(setAside_.native())));
+    return note_;
+}
+
+QString SessionHistory::rest() const {
+    return hasMore_ ? toQString(state_.l10n().onlyLatestShown(kMostRows)) : QString();
 }
 
 void SessionHistory::choose(const QString& sessionID) {
@@ -192,12 +216,12 @@ void SessionHistory::showReport() {
 }
 
 void SessionHistory::showFolder() {
-    if (const auto* session = chosen())
-        openFolder(this, session->session.sessionRoot);
+    if (wasCopied())
+        openFolder(this, chosen()->session.sessionRoot);
 }
 
 void SessionHistory::verifyAgain() {
-    if (canVerify())
+    if (wasCopied())
         check_.start(*chosen());
 }
 

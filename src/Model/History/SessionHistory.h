@@ -36,7 +36,8 @@ struct SessionRow {
 
 public:
     QString sessionID;
-    /// From which card to which disk.
+    /// From which card to which disk; the card alone where it was only hashed, for no disk has
+    /// anything of it.
     QString name;
     /// When, crew, camera, files and size.
     QString facts;
@@ -61,8 +62,10 @@ class SessionHistory : public QAbstractListModel {
     Q_PROPERTY(bool isPresented READ isPresented WRITE setPresented NOTIFY changed)
     Q_PROPERTY(QString search READ search WRITE setSearch NOTIFY changed)
     Q_PROPERTY(bool hasChosen READ hasChosen NOTIFY changed)
-    Q_PROPERTY(bool canVerify READ canVerify NOTIFY changed)
+    Q_PROPERTY(bool canVerify READ wasCopied NOTIFY changed)
+    Q_PROPERTY(bool canShowFolder READ wasCopied NOTIFY changed)
     Q_PROPERTY(QString note READ note NOTIFY changed)
+    Q_PROPERTY(QString rest READ rest NOTIFY changed)
     Q_PROPERTY(bool isUnread READ isUnread NOTIFY changed)
     Q_PROPERTY(slatewise::CopyCheck* check READ check CONSTANT)
 
@@ -71,16 +74,19 @@ public:
     SessionHistory(ModelState& state, ReportsFolder& reports);
 
     bool isPresented() const { return isPresented_; }
-    /// The store is read each time.
+    /// The store is read each time, and no search is left from the time before.
     void setPresented(bool presented);
     QString search() const { return toQString(search_); }
     /// Shows the sessions that have every word of it in their card, disk, crew, camera or date.
     void setSearch(const QString& search);
     bool hasChosen() const { return chosen() != nullptr; }
-    /// Whether anything was copied that could be read again.
-    bool canVerify() const;
-    /// Why nothing came of what was asked for last, or why nothing new is shown.
+    /// Whether a session is chosen that copied something: of a card that was only hashed there is
+    /// no folder to be shown or read again.
+    bool wasCopied() const;
+    /// Why nothing came of what was asked for last, or why nothing new is shown, or nothing old.
     QString note() const;
+    /// That there are more sessions than are shown; else empty.
+    QString rest() const;
     bool isUnread() const { return isUnread_; }
     CopyCheck* check() { return &check_; }
 
@@ -121,6 +127,8 @@ private:
     ReportsFolder& reports_;
     CopyCheck check_;
     std::vector<HistoryRecord> records_;
+    /// Where the history lies that this one was begun in place of, if there was one.
+    std::filesystem::path setAside_;
     /// The latest check of each session since the start, whatever the store knows.
     std::map<std::string, CheckRecord> checks_;
     std::vector<SessionRow> rows_;
@@ -132,6 +140,7 @@ private:
     /// The store could not be read the last time.
     bool isUnread_ = false;
     bool isPresented_ = false;
+    bool hasMore_ = false;
 };
 
 } // namespace slatewise

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Model/History/ReportMigration.h"
 #include "Model/ModelState.h"
+#include "Model/Settings/ReportMigration.h"
 #include "Model/Volumes/PickedFolders.h"
 #include "Storage/StoreRecords.h"
 

@@ -40,7 +40,7 @@ struct ChoiceTranslation {
 constexpr std::array<ChoiceTranslation, 6> kChoices = {{
     {"Ekip klasörü", "Ekip folder", "Ekip1 / CamA / A001"},
     {"Düz satır", "Flat name", "Single folder name"},
-    {"Saatsiz klasör", "No timestamp folder", "Overwrites the same card the same day"},
+    {"Saatsiz klasör", "No timestamp folder", "The same card the same day gets _2"},
     {"Saatsiz düz", "Flat, no timestamp", "One name under the date"},
     {"Kart klasörü", "Card folder", "Card name first"},
     {"Kompakt tarih", "Compact date", "20260902 inside the folder"},

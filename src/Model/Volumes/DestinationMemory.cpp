@@ -1,6 +1,6 @@
 #include "Model/Volumes/DestinationMemory.h"
 
-#include "Model/Settings/StoredList.h"
+#include "Model/StoredList.h"
 #include "Platform/Desktop/UserDefaults.h"
 
 namespace slatewise::DestinationMemory {

@@ -18,7 +18,8 @@ OtherVolume rowOf(const ClassifiedVolume& volume, const VolumeLists& lists, AppL
             .name = toQString(volume.name()),
             .detail = detail,
             .isCard = findVolume(lists.cards, id) != nullptr,
-            .isDestination = findVolume(lists.destinations, id) != nullptr};
+            .isDestination = findVolume(lists.destinations, id) != nullptr,
+            .canBeDestination = volume.kind != VolumeKind::CameraCard};
 }
 
 } // namespace
@@ -39,9 +40,12 @@ void OtherVolumes::show() {
     const auto& lists = state_.board.lists();
     std::vector<OtherVolume> rows;
     VolumeIDs taken;
-    for (const auto* list : {&lists.unknownVolumes, &lists.destinations, &lists.cards}) {
+    for (const auto* list :
+         {&lists.hidden, &lists.unknownVolumes, &lists.destinations, &lists.cards}) {
         for (const auto& volume : *list) {
-            const bool canMove = !volume.isPickedFolder() && volume.kind != VolumeKind::CameraCard;
+            // A card that is listed has no other place to go to.
+            const bool canMove = !volume.isPickedFolder() &&
+                                 (list == &lists.hidden || volume.kind != VolumeKind::CameraCard);
             if (canMove && taken.insert(volume.id()).second)
                 rows.push_back(rowOf(volume, lists, state_.language));
         }

@@ -20,6 +20,7 @@ struct OtherVolume {
     Q_PROPERTY(QString detail MEMBER detail)
     Q_PROPERTY(bool isCard MEMBER isCard)
     Q_PROPERTY(bool isDestination MEMBER isDestination)
+    Q_PROPERTY(bool canBeDestination MEMBER canBeDestination)
 
 public:
     /// The bytes of its id, of which each is a character.
@@ -29,14 +30,16 @@ public:
     /// Where it is listed now, if anywhere.
     bool isCard = false;
     bool isDestination = false;
+    /// What is a camera card by its content stays one.
+    bool canBeDestination = true;
 
     const QString& key() const { return volumeID; }
     friend bool operator==(const OtherVolume&, const OtherVolume&) = default;
 };
 
-/// The volumes that are listed nowhere, and those that could be on the other list: what a view
-/// shows of them, and their way there. What is a camera card by its content stays one. The roles
-/// are the properties of an `OtherVolume`. GUI thread.
+/// The volumes that are listed nowhere, those that the user took off a list first, and those that
+/// could be on the other list: what a view shows of them, and their way there. The roles are the
+/// properties of an `OtherVolume`. GUI thread.
 class OtherVolumes : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(bool isPresented READ isPresented WRITE setPresented NOTIFY changed)

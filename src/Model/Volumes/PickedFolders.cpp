@@ -1,6 +1,6 @@
 #include "Model/Volumes/PickedFolders.h"
 
-#include "Model/Settings/StoredList.h"
+#include "Model/StoredList.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Text.h"
 

@@ -83,6 +83,7 @@ VolumeLists sortVolumes(std::span<const ClassifiedVolume> mounted,
             !holds(mountedCards, folder))
             lists.destinations.push_back(folder);
     }
+    std::copy_if(mounted.begin(), mounted.end(), std::back_inserter(lists.hidden), isHidden);
     std::copy_if(mounted.begin(), mounted.end(), std::back_inserter(lists.unknownVolumes),
                  [](const auto& volume) {
                      return volume.kind == VolumeKind::System || volume.kind == VolumeKind::Unknown;
@@ -246,6 +247,7 @@ void VolumeBoard::treatAs(VolumeSide side, const std::string& id) {
     corrections_.overrideCardIDs.erase(volume);
     corrections_.overrideDestIDs.erase(volume);
     overrides(side).insert(volume);
+    corrections_.hiddenVolumeIDs.erase(id);
 }
 
 void VolumeBoard::treatAsDestinations(const VolumeIDs& lastingIDs) {

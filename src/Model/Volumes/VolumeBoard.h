@@ -39,6 +39,8 @@ struct VolumeLists {
     std::vector<ClassifiedVolume> destinations;
     /// By their own kind, whatever the user says of them.
     std::vector<ClassifiedVolume> unknownVolumes;
+    /// Those that the user took off a list.
+    std::vector<ClassifiedVolume> hidden;
 
     friend bool operator==(const VolumeLists&, const VolumeLists&) = default;
 };
@@ -97,6 +99,7 @@ public:
     /// Of the ticked destinations.
     VolumeIDs lastingDestIDs() const;
 
+    /// Lists a mounted volume on that side, also one that was taken off a list.
     void treatAs(VolumeSide side, const std::string& id);
     /// Says of disks that a person wanted them as destinations once. By their lasting ids.
     void treatAsDestinations(const VolumeIDs& lastingIDs);

@@ -57,8 +57,7 @@ auto begunLook(Work work) {
 
 } // namespace
 
-VolumeFollower::VolumeFollower(ModelState& state, ReportsFolder& reports)
-    : state_(state), reports_(reports), pickedFolders_(state.defaults) {
+VolumeFollower::VolumeFollower(ModelState& state) : state_(state), pickedFolders_(state.defaults) {
     folderPresence_.setOnGone([this] { apply(); });
     connect(&freeSpaceTimer_, &QTimer::timeout, this, &VolumeFollower::refreshFreeSpace);
     connect(&freeSpaceTimer_, &QTimer::timeout, this, &VolumeFollower::refreshPickedFolders);
@@ -144,7 +143,7 @@ void VolumeFollower::apply() {
     measure(applied.appeared);
     announce(applied.newCards);
     for (const auto& destination : state_.board.list(VolumeSide::Destination))
-        reports_.migrateDiskOnce(destination.facts.mountPoint);
+        Q_EMIT destinationListed(destination.facts.mountPoint);
     refreshPickedFolders();
     state_.publish();
 }

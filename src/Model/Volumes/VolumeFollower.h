@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Model/ModelState.h"
-#include "Model/Settings/ReportsFolder.h"
 #include "Model/Volumes/FolderPresence.h"
 #include "Model/Volumes/PickedFolders.h"
 
@@ -25,8 +24,8 @@ class VolumeFollower : public QObject {
     Q_OBJECT
 
 public:
-    /// Both outlive this.
-    VolumeFollower(ModelState& state, ReportsFolder& reports);
+    /// `state` outlives this.
+    explicit VolumeFollower(ModelState& state);
 
     /// Takes up what is mounted and what was picked on earlier days, and goes on watching. Waits
     /// for disks no longer than a user would notice; one that answers later joins then.
@@ -58,6 +57,8 @@ public:
 Q_SIGNALS:
     /// A card is listed that never was in this process.
     void cardAppeared(const std::string& name);
+    /// A destination is listed, at each look at the volumes anew.
+    void destinationListed(const std::filesystem::path& folder);
 
 private:
     using LookedAt = std::optional<ClassifiedVolume>;
@@ -79,7 +80,6 @@ private:
                                     SkipNames skipNames, int generation);
 
     ModelState& state_;
-    ReportsFolder& reports_;
     PickedFolderStore pickedFolders_;
     /// Remembered ones that have not answered since the start. They stay remembered.
     std::vector<std::filesystem::path> awaitedFolders_;

@@ -41,10 +41,14 @@ std::string subtitle(const ClassifiedVolume& volume, VolumeSide side, const Cont
             return std::string(obstacle);
         if (volume.isBare)
             return std::string(l10n.noDiskMounted());
+        // A card's size is what it holds.
+        const auto room = [&](std::int64_t bytes) {
+            return size(bytes) + " " + std::string(l10n.free());
+        };
         if (const auto free = sizes.freeBytes(id))
-            return size(*free);
+            return room(*free);
         if (volume.facts.freeBytes >= 1)
-            return size(volume.facts.freeBytes);
+            return room(volume.facts.freeBytes);
         return isMeasuring ? std::string(l10n.measuringSize()) : size(0);
     }
     std::string line;

@@ -84,11 +84,9 @@ Tool Tool::usual() {
     const auto bundle = executable ? executable->parent_path() : path("/");
     std::vector<path> candidates;
     for (const auto& file : candidateURLs(bundle, executable, firstArgument())) {
-        const bool isOfSystem = std::find(kSystemFolders.begin(), kSystemFolders.end(),
-                                          file.parent_path()) != kSystemFolders.end();
         // What was looked at is what is run, hours later: a link may lead elsewhere by then.
-        const auto target = isOfSystem ? file : resolved(file);
-        if (isOfSystem || TrustedPrograms::isTrusted(target))
+        const auto target = resolved(file);
+        if (TrustedPrograms::isTrusted(target))
             candidates.push_back(target);
     }
     return {.candidates = std::move(candidates), .limits = {}, .noted = &MediaInfoCLI::noted()};

@@ -1,6 +1,8 @@
 #include "Platform/Disks/DeviceCache.h"
 
 #include "Platform/Disks/BlockDevices.h"
+#include "Platform/Disks/DiskFacts.h"
+#include "Platform/Disks/FileSystemProbe.h"
 #include "Platform/Disks/FileSystemType.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileDescriptor.h"
@@ -83,6 +85,14 @@ bool isVolumeOnHardware(const std::filesystem::path& path) {
     return std::all_of(devices.begin(), devices.end(), liesOnHardware);
 }
 
+/// Whether programs that run this device's file system outside the kernel keep nothing of its files
+/// for themselves. Those of exFAT do not; others have small files among what they remember.
+bool remembersNothing(const std::filesystem::path& device) {
+    DiskFacts facts;
+    FileSystemProbe::addTo(facts, device);
+    return facts.fileSystem == "exfat";
+}
+
 /// What the image lies on may remember it, too, or be an image itself. An overlay, as containers
 /// have, hands direct transfers down, and what it writes to can only be a disk of this machine.
 bool isLoopPastMemory(const std::filesystem::path& disk) {
@@ -107,11 +117,11 @@ Drop drop(const std::filesystem::path& path) {
     const auto fileSystem = FileSystemType::under(path);
     if (isKnown(fileSystem))
         return Drop::NotNeeded;
-    if (fileSystem != FUSE_SUPER_MAGIC)
+    const auto name = BlockDevices::pathUnder(path);
+    if (fileSystem != FUSE_SUPER_MAGIC || !remembersNothing(name))
         return Drop::NotPossible;
     // Invalid when it may not be opened.
-    const FileDescriptor device(
-        ::open(BlockDevices::pathUnder(path).c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor device(::open(name.c_str(), O_RDONLY | O_CLOEXEC));
     // Only what is written can be dropped.
     if (!device || ::fsync(device.get()) != 0 ||
         ::posix_fadvise(device.get(), 0, 0, POSIX_FADV_DONTNEED) != 0)

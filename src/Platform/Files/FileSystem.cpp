@@ -87,9 +87,9 @@ std::optional<Attributes> attributesIn(int folderDescriptor, const char* name) n
     return result;
 }
 
-std::optional<Attributes> attributesOf(int descriptor) noexcept {
+std::optional<Attributes> attributesOf(int descriptor, int flags) noexcept {
     Attributes result;
-    if (readAttributes(descriptor, "", AT_EMPTY_PATH, result) != 0)
+    if (readAttributes(descriptor, "", flags | AT_EMPTY_PATH, result) != 0)
         return std::nullopt;
     return result;
 }

@@ -41,8 +41,9 @@ struct Attributes {
 /// open folder. Empty, with the reason in `errno`, when they cannot be had.
 std::optional<Attributes> attributesIn(int folderDescriptor, const char* name) noexcept;
 
-/// Attributes of what is open. Empty, with the reason in `errno`, when they cannot be had.
-std::optional<Attributes> attributesOf(int descriptor) noexcept;
+/// Attributes of what is open, `flags` being those of `statx`. Empty, with the reason in `errno`,
+/// when they cannot be had.
+std::optional<Attributes> attributesOf(int descriptor, int flags = 0) noexcept;
 
 /// Attributes of the item, of the target if it is a symbolic link.
 Attributes attributes(const std::filesystem::path& path);

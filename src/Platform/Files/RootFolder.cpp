@@ -101,6 +101,14 @@ FileSystem::Attributes RootFolder::attributes(const std::filesystem::path& relat
     return *attributes;
 }
 
+FileSystem::Attributes RootFolder::attributesNow(const std::filesystem::path& relative) const {
+    const auto item = open(relative, O_PATH | O_NOFOLLOW);
+    const auto attributes = FileSystem::attributesOf(item.get(), AT_STATX_FORCE_SYNC);
+    if (!attributes)
+        throw PosixError("stat", path_ / relative, errno);
+    return *attributes;
+}
+
 std::vector<std::string> RootFolder::names() const {
     auto listed = open("", O_RDONLY | O_DIRECTORY);
     const std::unique_ptr<DIR, CloseFolder> folder(::fdopendir(listed.get()));

@@ -55,6 +55,10 @@ public:
     FileSystem::Attributes attributes(const std::filesystem::path& relative,
                                       Links links = Links::Refuse) const;
 
+    /// The same as it is now, also where another machine may have changed it: a share remembers
+    /// what items were like for a while.
+    FileSystem::Attributes attributesNow(const std::filesystem::path& relative) const;
+
     /// The names of all that lies in it, sorted.
     std::vector<std::string> names() const;
 

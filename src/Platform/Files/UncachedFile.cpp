@@ -116,16 +116,28 @@ bool putsSmallFilesAmongRecords(int descriptor) noexcept {
     return fileSystem == BTRFS_SUPER_MAGIC || fileSystem == F2FS_SUPER_MAGIC;
 }
 
-/// Gives its size.
-std::int64_t requireRegularFile(int descriptor, const FileBeneath& file) {
-    struct stat facts {};
-    if (::fstat(descriptor, &facts) != 0)
+FileSystem::Attributes requireRegularFile(int descriptor, const FileBeneath& file) {
+    const auto facts = FileSystem::attributesOf(descriptor);
+    if (!facts)
         throw PosixError("open", file.path(), errno);
-    if (S_ISDIR(facts.st_mode))
+    if (facts->type == FileSystem::ItemType::Folder)
         throw PosixError("open", file.path(), EISDIR);
-    if (!S_ISREG(facts.st_mode))
+    if (facts->type != FileSystem::ItemType::RegularFile)
         throw NotARegularFile(file.path());
-    return facts.st_size;
+    return *facts;
+}
+
+/// Whether the file system drops a dot at the end of a name, and lists it as another one.
+bool isNamedOtherwise(const FileBeneath& file) {
+    const auto endsInDot = [](const std::filesystem::path& part) {
+        return part.native().ends_with('.');
+    };
+    if (!std::any_of(file.relative.begin(), file.relative.end(), endsInDot))
+        return false;
+    struct statfs facts {};
+    (void)::statfs(file.folder.path().c_str(), &facts);
+    const auto fileSystem = static_cast<std::uint32_t>(facts.f_type);
+    return fileSystem == MSDOS_SUPER_MAGIC || fileSystem == EXFAT_SUPER_MAGIC;
 }
 
 } // namespace
@@ -165,9 +177,9 @@ UncachedFile UncachedFile::openForReading(const FileBeneath& file) {
     auto [descriptor, access] = openDirectIfPossible(O_RDONLY | O_NONBLOCK, [&](int flags) {
         return file.folder.open(file.relative, flags, file.links);
     });
-    const auto size = requireRegularFile(descriptor.get(), file);
+    const auto facts = requireRegularFile(descriptor.get(), file);
     UncachedFile opened(std::move(descriptor), file.path(), access);
-    opened.sizeAtOpening_ = size;
+    opened.atOpening_ = facts;
     // Also for direct access: some file systems quietly answer single files from the cache.
     opened.dropFromCache();
     return opened;
@@ -175,6 +187,8 @@ UncachedFile UncachedFile::openForReading(const FileBeneath& file) {
 
 UncachedFile UncachedFile::createForWriting(const FileBeneath& file) {
     constexpr int kNewFile = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW;
+    if (isNamedOtherwise(file))
+        throw PosixError("open", file.path(), EILSEQ);
     // A file system may refuse direct transfers only after it has made the file, and a second
     // attempt could not tell that file from a stranger's. So it is made first and asked then.
     auto descriptor = file.folder.open(file.relative, kNewFile);
@@ -184,7 +198,7 @@ UncachedFile UncachedFile::createForWriting(const FileBeneath& file) {
 }
 
 bool UncachedFile::isKeptInMemory() const noexcept {
-    if (sizeAtOpening_ <= kLargestRecord && isAmongRecords(descriptor_.get()))
+    if (sizeAtOpening() <= kLargestRecord && isAmongRecords(descriptor_.get()))
         return true;
     if (!hasPagesInMemory(descriptor_.get()))
         return false;

@@ -75,7 +75,8 @@ public:
     bool isKeptInMemory() const noexcept;
 
     /// As it was when the file was opened for reading.
-    std::int64_t sizeAtOpening() const noexcept { return sizeAtOpening_; }
+    const FileSystem::Attributes& atOpening() const noexcept { return atOpening_; }
+    std::int64_t sizeAtOpening() const noexcept { return atOpening_.sizeBytes; }
 
     /// Attributes of the open file itself, whatever bears its name by now.
     FileSystem::Attributes attributes() const;
@@ -96,7 +97,7 @@ private:
     std::filesystem::path path_;
     FileAccess access_;
     bool isDirect_;
-    std::int64_t sizeAtOpening_ = 0;
+    FileSystem::Attributes atOpening_;
 };
 
 } // namespace slatewise

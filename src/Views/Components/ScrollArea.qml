@@ -59,16 +59,5 @@ Flickable {
         }
     }
 
-    T.ScrollBar.vertical: T.ScrollBar {
-        policy: area.interactive ? T.ScrollBar.AlwaysOn : T.ScrollBar.AlwaysOff
-        padding: 2
-        rightPadding: 5
-        implicitWidth: 13
-        visible: area.interactive
-        contentItem: Rectangle {
-            implicitWidth: 6
-            radius: width / 2
-            color: DITTheme.scrollBar
-        }
-    }
+    T.ScrollBar.vertical: SideBar { needed: area.interactive }
 }

@@ -54,7 +54,7 @@ TEST(UncachedFile, KnowsWhatStaysInMemory) {
             // Another program that uses the last page alone.
             void* const window = ::mmap(nullptr, kSize, PROT_READ, MAP_SHARED, file.get(), 0);
             ASSERT_NE(window, MAP_FAILED);
-            EXPECT_NE(static_cast<volatile const char*>(window)[kSize - 1] & 1, 2);
+            (void)static_cast<volatile const char*>(window)[kSize - 1];
             EXPECT_TRUE(isKept("file"));
             ::munmap(window, kSize);
             EXPECT_FALSE(isKept("file"));

@@ -158,15 +158,19 @@ BatchPlan Stage::plan() {
             .totalBytes = 0};
 }
 
+void Stage::begin() {
+    pairBegan_ = now_;
+    model()->batch()->batchBegan(plan());
+    model()->batch()->pairBegan(plan().pairs().front());
+}
+
 void Stage::copying(double share) {
     constexpr int kFiles = 107;
     constexpr double kBytes = 118.2 * kGB;
     constexpr double kBytesPerSecond = 412.6e6;
     auto& batch = *model()->batch();
     if (!batch.isBusy()) {
-        pairBegan_ = now_;
-        batch.batchBegan(plan());
-        batch.pairBegan(plan().pairs().front());
+        begin();
         batch.phaseChanged(CopyProgress(kFiles, kBytes).copying("", 0, now_));
     }
     using Seconds = std::chrono::duration<double>;
@@ -214,12 +218,15 @@ void Stage::fail(std::vector<OffloadProblem> problems, PairFailure failure) {
     result.wasBegun = true;
     result.wasHashing = model()->settings()->verifyOnly();
     result.pairs.resize(pairs.size());
-    result.pairs.front() = {.status = OutcomeStatus::Verified, .filesDone = 107};
+    result.pairs.front() = {.status =
+                                result.wasHashing ? OutcomeStatus::Hashed : OutcomeStatus::Verified,
+                            .filesDone = 107};
     auto& failed = result.pairs.at(1);
     failed.failure = failure;
     failed.runStatus = OutcomeStatus::Failed;
-    failed.message =
-        l10n.verifyIncomplete(pairs[1].name) + " " + std::string(l10n.cardLeftMounted());
+    failed.message = (result.wasHashing ? l10n.hashingIncomplete(pairs[1].name)
+                                        : l10n.verifyIncomplete(pairs[1].name)) +
+                     " " + std::string(l10n.cardLeftMounted());
     failed.problems = std::move(problems);
     result.message = failed.message;
     end(result);

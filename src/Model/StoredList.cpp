@@ -1,4 +1,4 @@
-#include "Model/Settings/StoredList.h"
+#include "Model/StoredList.h"
 
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Json.h"

@@ -1,4 +1,4 @@
-#include "Model/History/ReportMigration.h"
+#include "Model/Settings/ReportMigration.h"
 
 #include "Batch/Waiting.h"
 #include "Platform/Worker.h"

@@ -1,0 +1,209 @@
+#include "Verify/FoundReports.h"
+
+#include "MediaHashList/Generation.h"
+#include "Offload/ReportNames.h"
+#include "Platform/Error.h"
+#include "Platform/Files/FileSystem.h"
+#include "Platform/Files/RootFolder.h"
+#include "Platform/Text.h"
+#include "Verify/SessionFolder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace slatewise::Verify {
+
+namespace {
+
+bool isFolder(const std::filesystem::path& path) {
+    const auto attributes = FileSystem::attributesIfAny(path);
+    return attributes && attributes->type == FileSystem::ItemType::Folder;
+}
+
+/// Whether a set without a readable manifest may be the session's: most are named after the card,
+/// and their checksums are of files that are there.
+bool mayBeOf(const std::filesystem::path& session, const std::filesystem::path& set) {
+    const auto card = Text::replaced(session.filename().native(), " ", "_");
+    if (set.filename().native().find(card) != std::string::npos)
+        return true;
+    try {
+        const auto names = namesIn(set / ReportNames::checksums);
+        return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+            return MediaHashList::leadsDown(name) && FileSystem::exists(session / name);
+        });
+    } catch (const Error&) {
+        return false;
+    }
+}
+
+/// Where in the tree the copy of a session lies that has its reports on this disk; nothing when it
+/// lies elsewhere.
+std::optional<std::string> placeOf(const SessionManifest& manifest,
+                                   const std::filesystem::path& disk,
+                                   const std::filesystem::path& root) {
+    const auto made = asItLies(manifest.destination.sessionRoot);
+    const auto below = belowDisk(manifest);
+    const auto session = below.empty() ? made : disk / asItLies(disk, below);
+    if (made == root || session == root)
+        return "";
+    const auto inside = session.lexically_relative(root).native();
+    if (!MediaHashList::leadsDown(inside))
+        return std::nullopt;
+    // A copy that failed and was deleted is none that anybody could miss.
+    if (manifest.status == OutcomeStatus::Failed && !FileSystem::exists(session))
+        return std::nullopt;
+    return inside + "/";
+}
+
+/// One that is in work lies under a name with a dot, and is none yet.
+bool hasList(const std::filesystem::path& set) {
+    return !set.filename().native().starts_with('.') &&
+           (FileSystem::exists(set / ReportNames::manifest) ||
+            FileSystem::exists(set / ReportNames::checksums));
+}
+
+/// Whether the folder came into being while this run went on, by the clock of that day. Manifests
+/// keep whole seconds, and a disk may keep two.
+bool isMadeBy(const SessionManifest& manifest, std::optional<Instant> created) {
+    constexpr std::chrono::seconds kSlack{2};
+    return created && *created >= manifest.startedAt - kSlack &&
+           *created <= manifest.finishedAt + kSlack;
+}
+
+/// The folder of reports on the disk that a set's session lies on; empty when nobody knows which
+/// that is.
+std::filesystem::path reportsOf(const ReportSet& set, const std::filesystem::path& root) {
+    const auto below = belowDisk(*set.manifest);
+    if (below.empty())
+        return {};
+    auto disk = (root / set.prefix).parent_path();
+    for (auto parts = std::distance(below.begin(), below.end()); parts > 0; --parts)
+        disk = disk.parent_path();
+    return disk / ReportNames::folder;
+}
+
+class Search {
+public:
+    explicit Search(ListedTree& tree) : tree_(tree) {}
+
+    FoundReports run() {
+        std::filesystem::path below;
+        for (auto disk = tree_.root; disk != below; disk = disk.parent_path()) {
+            below = disk;
+            const auto folder = disk / ReportNames::folder;
+            try {
+                seekIn(disk, folder);
+            } catch (const Error&) {
+                found_.damaged.push_back({folder, folder, std::current_exception()});
+            }
+        }
+        for (const auto& [place, set] : found_.newest) {
+            if (set.manifest->startedAt < latest_[place])
+                found_.withLaterDates.insert(place);
+        }
+        return std::move(found_);
+    }
+
+private:
+    void seekIn(const std::filesystem::path& disk, const std::filesystem::path& folder) {
+        if (!isFolder(folder))
+            return;
+        for (const auto& name : RootFolder(folder).names()) {
+            const auto set = folder / name;
+            if (set == tree_.root || !isFolder(set) || !hasList(set))
+                continue;
+            const auto list = set / ReportNames::manifest;
+            try {
+                auto manifest = readManifest(list);
+                tree_.sets.insert(set);
+                take(set, std::move(manifest), disk);
+            } catch (const Error&) {
+                auto& unread = mayBeOf(tree_.root, set) ? found_.damaged : found_.unknown;
+                unread.push_back({list, folder, std::current_exception()});
+            }
+        }
+    }
+
+    void take(const std::filesystem::path& set, SessionManifest manifest,
+              const std::filesystem::path& disk) {
+        const auto place = placeOf(manifest, disk, tree_.root);
+        if (!place || isOfHashesOnly(manifest))
+            return;
+        auto& latest = latest_.try_emplace(*place, manifest.startedAt).first->second;
+        latest = std::max(latest, manifest.startedAt);
+        auto& newest = found_.newest[*place];
+        if (!newest.manifest || isTruer(manifest, *newest.manifest, tree_.root / *place))
+            newest = {set, std::move(manifest), *place};
+    }
+
+    ListedTree& tree_;
+    FoundReports found_;
+    /// By place, the latest date on which a copy there was begun.
+    std::map<std::string, Instant> latest_;
+};
+
+} // namespace
+
+bool isOfHashesOnly(const SessionManifest& manifest) {
+    return manifest.wasHashing() || manifest.status == OutcomeStatus::Hashed ||
+           std::any_of(manifest.files.begin(), manifest.files.end(),
+                       [](const auto& file) { return file.action == RowAction::Hash; });
+}
+
+bool isTruer(const SessionManifest& left, const SessionManifest& right,
+             const std::filesystem::path& session) {
+    const auto attributes = FileSystem::attributesIfAny(session);
+    const auto created = attributes ? attributes->created : std::nullopt;
+    const auto rank = [&](const SessionManifest& manifest) {
+        return std::pair(isMadeBy(manifest, created), manifest.startedAt);
+    };
+    return rank(left) >= rank(right);
+}
+
+FoundReports reportsAbove(ListedTree& tree) {
+    return Search(tree).run();
+}
+
+void noteUnread(const std::vector<UnreadReports>& unread, ListedTree& tree) {
+    for (const auto& each : unread) {
+        const std::vector<std::string> paths = {each.path.native()};
+        const bool isNoted =
+            std::any_of(tree.notes.begin(), tree.notes.end(),
+                        [&](const Note& note) { return note.failure && note.paths == paths; });
+        if (!isNoted)
+            tree.notes.push_back({Note::Kind::OtherReportsNotRead, paths, 1, each.failure});
+    }
+}
+
+void tellUnread(const std::vector<UnreadReports>& unread, const ReportSet* known,
+                ListedTree& tree) {
+    const auto holder =
+        known && known->manifest ? reportsOf(*known, tree.root) : std::filesystem::path();
+    for (const auto& each : unread) {
+        if (!holder.empty() && each.holder != holder)
+            noteUnread({each}, tree);
+        else
+            readOrTell(tree, each.path, [&] { std::rethrow_exception(each.failure); });
+    }
+}
+
+std::vector<ReportSet> addFound(FoundReports found, ListedTree& tree) {
+    if (!found.newest.contains("")) {
+        for (const auto& damaged : found.damaged) {
+            if (damaged.isOfSet())
+                addReports({damaged.path.parent_path()}, tree);
+        }
+    }
+    std::vector<ReportSet> sets;
+    for (auto& [place, set] : found.newest) {
+        if (found.withLaterDates.contains(place))
+            tree.notes.push_back({Note::Kind::LaterReportsPassedOver,
+                                  {(set.folder / ReportNames::manifest).native()}});
+        addReports(set, tree);
+        sets.push_back(std::move(set));
+    }
+    return sets;
+}
+
+} // namespace slatewise::Verify

@@ -1,0 +1,135 @@
+#include "VerifyProgram.h"
+
+#include "MediaHashList/ListError.h"
+#include "Reports/ReportWriter.h"
+#include "Verify/ListedTree.h"
+#include "support/MountedVolume.h"
+
+#include <climits>
+
+// Where a check finds the copy that a set of reports is of, and the reports of a copy.
+
+using namespace slatewise;
+using namespace slatewise::test;
+using ::testing::HasSubstr;
+
+TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
+    const auto verified = [&](const std::filesystem::path& path) {
+        const auto result = program("slatewise-verify", {"--language", "en", path});
+        EXPECT_EQ(result.standardOutput.empty(), result.exitCode == 0);
+        return std::to_string(result.exitCode) + " " + result.standardError;
+    };
+    const auto archived = [&] {
+        for (const auto& item : std::filesystem::recursive_directory_iterator(folder / "user")) {
+            if (item.path().filename() == reports.filename())
+                return item.path();
+        }
+        return std::filesystem::path();
+    };
+    const auto storedAs = [&](const std::filesystem::path& set) {
+        return Verify::StoredSession{
+            ReportWriter::isoDecode(readFile(set / "manifest.json")).sessionID, set, copy};
+    };
+    // Its own footage is gone, and where that was lies the copy of another disk.
+    const auto disk = folder / "Disk";
+    (void)offload();
+    const auto moved = folder / "Moved";
+    const auto stale = moved / "reports" / reports.filename();
+    std::filesystem::rename(disk, moved);
+    std::filesystem::remove_all(moved / copy.lexically_relative(disk));
+    std::filesystem::create_directory(disk);
+    const auto root = offload();
+    EXPECT_THAT(verified(stale), ::testing::StartsWith("1 "));
+    EXPECT_THAT(verified(reports), ::testing::StartsWith("0 "));
+    EXPECT_THAT(verified(archived()), ::testing::StartsWith("0 "));
+
+    const auto day = disk / *copy.lexically_relative(disk).begin();
+    std::filesystem::rename(day, folder / "elsewhere");
+    std::filesystem::create_directory_symlink(folder / "elsewhere", day);
+    EXPECT_THAT(verified(reports), HasSubstr("a link stands on the way"));
+    EXPECT_THAT(verified(archived()), HasSubstr("a link stands on the way"));
+    std::filesystem::remove_all(disk);
+
+    // Two disks of one name, one after the other, and then a copy of all that is on one.
+    MountedVolume first(MountedVolume::FileSystem::Ext4, 32'000'000, disk, "");
+    (void)offload();
+    const auto session = storedAs(archived());
+    const auto set = session.reports;
+    first.unmount();
+    MountedVolume second(MountedVolume::FileSystem::Ext4, 32'000'000, disk, "");
+    (void)offload();
+    EXPECT_THAT(verified(set), HasSubstr("another disk is there now"));
+    EXPECT_THAT(verified(archived()), ::testing::StartsWith("0 "));
+    const auto stored = storedAs(archived());
+    EXPECT_EQ(Verify::findListsOf(stored).files.size(), 4U);
+    EXPECT_TRUE(Verify::findListsOf(stored).troubles.empty());
+    const auto sums = readFile(reports / "checksums.sha256");
+    writeFile(reports / "checksums.sha256", sums.substr(sums.find('\n') + 1));
+    EXPECT_EQ(Verify::findListsOf(stored).troubles.size(), 1U) << "the archive's is whole";
+    writeFile(reports / "checksums.sha256", sums);
+    const auto text = readFile(reports / "manifest.json");
+    writeFile(reports / "manifest.json", Text::replaced(text, stored.id, session.id));
+    EXPECT_THROW((void)Verify::findListsOf(stored), MediaHashList::ListError);
+    writeFile(reports / "manifest.json", text);
+    for (const auto& known : {set, std::filesystem::path()}) {
+        EXPECT_THROW((void)Verify::findListsOf({session.id, known, session.root}),
+                     MediaHashList::ListError);
+    }
+    const auto whole = folder / "whole";
+    std::filesystem::copy(disk, whole, std::filesystem::copy_options::recursive);
+    EXPECT_THAT(verified(whole / "reports" / reports.filename()), ::testing::StartsWith("0 "));
+    EXPECT_THAT(verified(whole), ::testing::StartsWith("0 ")) << "with all the disk holds";
+}
+
+TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
+    std::filesystem::remove_all(offload());
+    std::filesystem::remove(folder / "A001/CLIP/a.mov");
+    // The clock is set back a century.
+    auto first = readFile(reports / "manifest.json");
+    for (const std::string field : {"\"started_at\": \"", "\"finished_at\": \""})
+        first = Text::replaced(first, field + "20", field + "21");
+    writeFile(reports / "manifest.json", first);
+    // What the card can still name by a whole path, its copy cannot.
+    std::filesystem::path deep;
+    while ((folder / "A001" / deep).native().size() < PATH_MAX - 20)
+        deep /= "level";
+    writeFile(folder / "A001" / deep / "clip.mov", "deep");
+    const auto root = offload();
+    const auto result = program("slatewise-verify", {"--quiet", root});
+    EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
+    EXPECT_THAT(result.standardError, HasSubstr("clock was set back"));
+    // More levels than the standard library can remove.
+    run({"rm", "-r", folder / "A001/level", root / "level"});
+}
+
+TEST_F(VerifyProgram, FindsWhatLiesInASessionsFolderAndUnderNamesThatNoListCanHold) {
+    const auto json = [](const std::filesystem::path& path) {
+        return Text::replaced(path.native(), "/", "\\/");
+    };
+    const auto outer = offload("--mhl");
+    const auto named = reports;
+    const auto inner = offload();
+    const auto moved = outer / "inner";
+    std::filesystem::rename(inner, moved);
+    const auto manifest = reports / "manifest.json";
+    writeFile(manifest, Text::replaced(readFile(manifest), json(inner), json(moved)));
+    for (const auto& way : {outer, named, reports}) {
+        const auto result = program("slatewise-verify", {"--quiet", way});
+        EXPECT_EQ(result.exitCode, 0) << way << result.standardOutput << result.standardError;
+    }
+    // A manifest shows such names, and cannot hold them.
+    const auto odd = folder / "odd \xff";
+    std::filesystem::rename(outer, odd.parent_path() / "outer");
+    std::filesystem::rename(folder / "Disk", odd);
+    std::filesystem::rename(folder / "A001", folder / "A \xff");
+    const auto copied = run({(programsFolder() / "slatewise-offload").native(), "--mhl", "--quiet",
+                             "--to", odd, folder / "A \xff"},
+                            userIn(folder / "user"));
+    ASSERT_EQ(copied.exitCode, 0) << copied.standardError;
+    const auto& line = copied.standardOutput;
+    const auto set = std::filesystem::path(Text::trimmed(line.substr(line.rfind('\t') + 1)));
+    for (const auto& way : {odd, odd / "reports" / set.filename()}) {
+        const auto result = program("slatewise-verify", {"--quiet", way});
+        EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
+    }
+}
