@@ -1,5 +1,6 @@
 #include "Language/L10n.h"
 
+#include "Language/Said.h"
 #include "Platform/Desktop/UserDefaults.h"
 
 #include <fmt/format.h>
@@ -25,8 +26,8 @@ std::string L10n::verified(int files, Text size) const {
 }
 
 std::string L10n::hashed(int files) const {
-    return isTurkish() ? fmt::format("Hash alındı — {} dosya (kopyalanmadı)", files)
-                       : fmt::format("Hashed — {} files (not copied)", files);
+    return said(isTurkish(), "Hashed — {} files (not copied)",
+                "Hash alındı — {} dosya (kopyalanmadı)", files);
 }
 
 std::string L10n::failed(Text message) const {
@@ -39,7 +40,7 @@ std::string L10n::verifiedOnDisks(int files, int disks, Text size) const {
 }
 
 std::string L10n::timeLeft(Text time) const {
-    return isTurkish() ? fmt::format("{} kaldı", time) : fmt::format("{} left", time);
+    return said(isTurkish(), "{} left", "{} kaldı", time);
 }
 
 std::string L10n::bytesOf(Text done, Text total) const {
@@ -63,23 +64,20 @@ std::string L10n::batchDestination(int number, int count) const {
 }
 
 std::string L10n::verifyIncomplete(Text pair) const {
-    return isTurkish() ? fmt::format("Doğrulama tamamlanamadı ({}).", pair)
-                       : fmt::format("Verification did not finish ({}).", pair);
+    return said(isTurkish(), "Verification did not finish ({}).", "Doğrulama tamamlanamadı ({}).",
+                pair);
 }
 
 std::string L10n::hashingIncomplete(Text card) const {
-    return isTurkish() ? fmt::format("Hash alma tamamlanamadı ({}).", card)
-                       : fmt::format("Hashing did not finish ({}).", card);
+    return said(isTurkish(), "Hashing did not finish ({}).", "Hash alma tamamlanamadı ({}).", card);
 }
 
 std::string L10n::pairVerified(Text pair, int files) const {
-    return isTurkish() ? fmt::format("{}: doğrulandı, {} dosya", pair, files)
-                       : fmt::format("{}: verified, {} files", pair, files);
+    return said(isTurkish(), "{}: verified, {} files", "{}: doğrulandı, {} dosya", pair, files);
 }
 
 std::string L10n::pairHashed(Text card, int files) const {
-    return isTurkish() ? fmt::format("{}: hash alındı, {} dosya", card, files)
-                       : fmt::format("{}: hashed, {} files", card, files);
+    return said(isTurkish(), "{}: hashed, {} files", "{}: hash alındı, {} dosya", card, files);
 }
 
 std::string L10n::pairFailed(Text pair, Text why) const {
@@ -89,39 +87,33 @@ std::string L10n::pairFailed(Text pair, Text why) const {
 
 std::string L10n::lastVerified(int files, bool hasNotes, Text time) const {
     const auto notes = hasNotes ? withNotes() : Text();
-    return isTurkish() ? fmt::format("Son kopya: doğrulandı{}, {} dosya, {}", notes, files, time)
-                       : fmt::format("Last offload: verified{}, {} files, {}", notes, files, time);
+    return said(isTurkish(), "Last offload: verified{}, {} files, {}",
+                "Son kopya: doğrulandı{}, {} dosya, {}", notes, files, time);
 }
 
 std::string L10n::lastHashed(int files, bool hasNotes, Text time) const {
     const auto notes = hasNotes ? withNotes() : Text();
-    return isTurkish()
-               ? fmt::format("Son işlem: yalnızca hash{}, {} dosya, {}", notes, files, time)
-               : fmt::format("Last offload: only hashed{}, {} files, {}", notes, files, time);
+    return said(isTurkish(), "Last offload: only hashed{}, {} files, {}",
+                "Son işlem: yalnızca hash{}, {} dosya, {}", notes, files, time);
 }
 
 std::string L10n::lastFailed(Text time) const {
-    return isTurkish() ? fmt::format("Son işlem: BAŞARISIZ, {}", time)
-                       : fmt::format("Last offload: FAILED, {}", time);
+    return said(isTurkish(), "Last offload: FAILED, {}", "Son işlem: BAŞARISIZ, {}", time);
 }
 
 std::string L10n::offloadedBefore(Text date, Text disks) const {
-    return isTurkish() ? fmt::format("Kopyalandı: {} → {}", date, disks)
-                       : fmt::format("Offloaded {} → {}", date, disks);
+    return said(isTurkish(), "Offloaded {} → {}", "Kopyalandı: {} → {}", date, disks);
 }
 
 std::string L10n::offloadedAndChanged(Text date, Text disks) const {
     // The disks come last: they are what a narrow row may cut.
-    return isTurkish()
-               ? fmt::format("Kopyalandı: {}, şimdi kopyalanacak olandan farklı → {}", date, disks)
-               : fmt::format("Offloaded {}, differs from what would be copied now → {}", date,
-                             disks);
+    return said(isTurkish(), "Offloaded {}, differs from what would be copied now → {}",
+                "Kopyalandı: {}, şimdi kopyalanacak olandan farklı → {}", date, disks);
 }
 
 std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {
-    auto line = isTurkish()
-                    ? fmt::format("Son kopya yarıda kaldı: {} → {}.", card, destination)
-                    : fmt::format("The last offload was cut off: {} → {}.", card, destination);
+    auto line = said(isTurkish(), "The last offload was cut off: {} → {}.",
+                     "Son kopya yarıda kaldı: {} → {}.", card, destination);
     if (!folder.empty())
         line += fmt::format(
             fmt::runtime(text(" An unfinished copy lies in {}", " Yarım kalan kopya: {}")), folder);
@@ -129,22 +121,21 @@ std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {
 }
 
 std::string L10n::unitFor(Text card) const {
-    return isTurkish() ? fmt::format("{} için birim", card) : fmt::format("Unit for {}", card);
+    return said(isTurkish(), "Unit for {}", "{} için birim", card);
 }
 
 std::string L10n::cardHasNoUnit(Text card) const {
-    return isTurkish() ? fmt::format("{} kartının birimi henüz yok", card)
-                       : fmt::format("{} has no unit yet", card);
+    return said(isTurkish(), "{} has no unit yet", "{} kartının birimi henüz yok", card);
 }
 
 std::string L10n::cardIsNoDestination(Text card) const {
-    return isTurkish() ? fmt::format("{} kart olarak listede; hedef olamaz", card)
-                       : fmt::format("{} is listed as a card, so it cannot be a destination", card);
+    return said(isTurkish(), "{} is listed as a card, so it cannot be a destination",
+                "{} kart olarak listede; hedef olamaz", card);
 }
 
 std::string L10n::sizeMismatch(Text source, Text copy) const {
-    return isTurkish() ? fmt::format("Boyut uyuşmadı (kaynak {}, kopya {}).", source, copy)
-                       : fmt::format("Size mismatch (source {}, copy {}).", source, copy);
+    return said(isTurkish(), "Size mismatch (source {}, copy {}).",
+                "Boyut uyuşmadı (kaynak {}, kopya {}).", source, copy);
 }
 
 std::string L10n::insufficientSpace(Text needed, Text free, Text disk) const {
@@ -160,38 +151,30 @@ std::string L10n::systemError(int code) const {
 }
 
 std::string L10n::ejectFailed(Text name) const {
-    return isTurkish() ? fmt::format("Çıkarma başarısız: {}", name)
-                       : fmt::format("Could not eject {}.", name);
+    return said(isTurkish(), "Could not eject {}.", "Çıkarma başarısız: {}", name);
 }
 
 std::string L10n::safeToPull(Text name) const {
-    return isTurkish() ? fmt::format("{} ayrıldı, güvenle çekilebilir.", name)
-                       : fmt::format("{} is unmounted, safe to pull.", name);
+    return said(isTurkish(), "{} is unmounted, safe to pull.", "{} ayrıldı, güvenle çekilebilir.",
+                name);
 }
 
 std::string L10n::unmountedButInUse(Text name) const {
-    return isTurkish()
-               ? fmt::format("{} ayrıldı, ama aynı diskin ya da kutunun başka bir bölümü "
-                             "kullanımda: çekmeyin.",
-                             name)
-               : fmt::format(
-                     "{} is unmounted, but another volume of the same disk or housing is in "
-                     "use: do not pull it.",
-                     name);
+    return said(isTurkish(),
+                "{} is unmounted, but another volume of the same disk or housing is in use: do not "
+                "pull it.",
+                "{} ayrıldı, ama aynı diskin ya da kutunun başka bir bölümü kullanımda: çekmeyin.",
+                name);
 }
 
 std::string L10n::notEjected(Text name, Text reason) const {
-    return isTurkish() ? fmt::format("{} çıkarılmadı: {}", name, reason)
-                       : fmt::format("{} was not ejected: {}", name, reason);
+    return said(isTurkish(), "{} was not ejected: {}", "{} çıkarılmadı: {}", name, reason);
 }
 
 std::string L10n::ejectInDoubt(Text name) const {
-    return isTurkish() ? fmt::format("{} çıkarılmış olabilir ya da olmayabilir: çıkarma sürerken "
-                                     "durduruldu.",
-                                     name)
-                       : fmt::format("{} may or may not be ejected yet: stopped while it was being "
-                                     "ejected.",
-                                     name);
+    return said(isTurkish(),
+                "{} may or may not be ejected yet: stopped while it was being ejected.",
+                "{} çıkarılmış olabilir ya da olmayabilir: çıkarma sürerken durduruldu.", name);
 }
 
 std::string L10n::fileCount(int count) const {
@@ -218,46 +201,34 @@ std::string L10n::reportUnproved(int files) const {
 
 std::string L10n::reportMoreProblems(int count, int page) const {
     if (count == 0)
-        return isTurkish() ? fmt::format("tamamı {}. sayfada", page)
-                           : fmt::format("in full on page {}", page);
-    return isTurkish() ? fmt::format("ve {} tane daha; tümü {}. sayfadan başlayarak", count, page)
-                       : fmt::format("and {} more; all from page {}", count, page);
+        return said(isTurkish(), "in full on page {}", "tamamı {}. sayfada", page);
+    return said(isTurkish(), "and {} more; all from page {}",
+                "ve {} tane daha; tümü {}. sayfadan başlayarak", count, page);
 }
 
 std::string L10n::destinationInsideCard(Text destination, Text card) const {
-    return isTurkish()
-               ? fmt::format("Hedef {} kartın içinde ({}). Kartın dışında bir hedef seçin.",
-                             destination, card)
-               : fmt::format("The destination {} lies on the card {}. Choose one outside the card.",
-                             destination, card);
+    return said(isTurkish(), "The destination {} lies on the card {}. Choose one outside the card.",
+                "Hedef {} kartın içinde ({}). Kartın dışında bir hedef seçin.", destination, card);
 }
 
 std::string L10n::sameDestination(Text one, Text other) const {
-    return isTurkish()
-               ? fmt::format("{} ve {} aynı klasör. İkinci kopya için başka bir disk seçin.", one,
-                             other)
-               : fmt::format(
-                     "{} and {} are the same folder. Choose another disk for the second copy.", one,
-                     other);
+    return said(isTurkish(),
+                "{} and {} are the same folder. Choose another disk for the second copy.",
+                "{} ve {} aynı klasör. İkinci kopya için başka bir disk seçin.", one, other);
 }
 
 std::string L10n::archiveInsideCard(Text archive, Text card) const {
-    return isTurkish()
-               ? fmt::format("Rapor arşivi {} kartın içinde ({}). Kartın dışında bir yer seçin.",
-                             archive, card)
-               : fmt::format(
-                     "The archive of reports {} lies on the card {}. Choose a place outside "
-                     "the card.",
-                     archive, card);
+    return said(isTurkish(),
+                "The archive of reports {} lies on the card {}. Choose a place outside the card.",
+                "Rapor arşivi {} kartın içinde ({}). Kartın dışında bir yer seçin.", archive, card);
 }
 
 std::string L10n::checkFoundAllEqual(Text date, int files) const {
     if (files == 1)
-        return isTurkish() ? fmt::format("Denetim, {}: tek dosya yerinde ve aynı", date)
-                           : fmt::format("Checked {}: the only file is there and the same", date);
-    return isTurkish()
-               ? fmt::format("Denetim, {}: {} dosyanın hepsi yerinde ve aynı", date, files)
-               : fmt::format("Checked {}: all {} files are there and the same", date, files);
+        return said(isTurkish(), "Checked {}: the only file is there and the same",
+                    "Denetim, {}: tek dosya yerinde ve aynı", date);
+    return said(isTurkish(), "Checked {}: all {} files are there and the same",
+                "Denetim, {}: {} dosyanın hepsi yerinde ve aynı", date, files);
 }
 
 std::string L10n::checkFoundDifferences(Text date, int differences) const {
@@ -268,29 +239,24 @@ std::string L10n::checkFoundDifferences(Text date, int differences) const {
 }
 
 std::string L10n::checkFailed(Text date, Text reason) const {
-    return isTurkish() ? fmt::format("Denetim, {}: yapılamadı: {}", date, reason)
-                       : fmt::format("Check, {}: could not be done: {}", date, reason);
+    return said(isTurkish(), "Check, {}: could not be done: {}", "Denetim, {}: yapılamadı: {}",
+                date, reason);
 }
 
 std::string L10n::checkNotStored(Text reason) const {
-    return isTurkish()
-               ? fmt::format("Bu denetim geçmişe yazılamadı: {}", reason)
-               : fmt::format("This check could not be written into the history: {}", reason);
+    return said(isTurkish(), "This check could not be written into the history: {}",
+                "Bu denetim geçmişe yazılamadı: {}", reason);
 }
 
 std::string L10n::onlyLatestShown(std::size_t sessions) const {
-    return isTurkish()
-               ? fmt::format("Yalnızca son {} oturum gösteriliyor; ötekiler için arayın.", sessions)
-               : fmt::format("Only the latest {} are shown; search for others.", sessions);
+    return said(isTurkish(), "Only the latest {} are shown; search for others.",
+                "Yalnızca son {} oturum gösteriliyor; ötekiler için arayın.", sessions);
 }
 
 std::string L10n::templateLeadsOut(Text pathTemplate) const {
-    return isTurkish()
-               ? fmt::format("Klasör şablonu hedefin dışına ya da raporlarına çıkıyor: {}",
-                             pathTemplate)
-               : fmt::format("The folder template leads out of the destination or to its reports: "
-                             "{}",
-                             pathTemplate);
+    return said(isTurkish(),
+                "The folder template leads out of the destination or to its reports: {}",
+                "Klasör şablonu hedefin dışına ya da raporlarına çıkıyor: {}", pathTemplate);
 }
 
 std::string L10n::cannotStart(Text reason) const {
@@ -299,14 +265,12 @@ std::string L10n::cannotStart(Text reason) const {
 }
 
 std::string L10n::cardInsideSession(Text card, Text session) const {
-    return isTurkish()
-               ? fmt::format("{} kartı, kopyanın yazılacağı klasörün içinde ({}). Başka bir hedef "
-                             "veya şablon seçin.",
-                             card, session)
-               : fmt::format(
-                     "The card {} lies in the folder that its copy would go to ({}). Choose "
-                     "another destination or template.",
-                     card, session);
+    return said(
+        isTurkish(),
+        "The card {} lies in the folder that its copy would go to ({}). Choose another destination "
+        "or template.",
+        "{} kartı, kopyanın yazılacağı klasörün içinde ({}). Başka bir hedef veya şablon seçin.",
+        card, session);
 }
 
 std::string L10n::connected(Text account, Text address) const {
@@ -319,19 +283,16 @@ std::string L10n::standalone() const {
 }
 
 std::string L10n::profileIgnored(Text file, Text reason) const {
-    return isTurkish() ? fmt::format("{} kullanılmıyor: {}", file, reason)
-                       : fmt::format("{} is ignored: {}", file, reason);
+    return said(isTurkish(), "{} is ignored: {}", "{} kullanılmıyor: {}", file, reason);
 }
 
 std::string L10n::profileOpenToOthers(Text path) const {
-    return isTurkish()
-               ? fmt::format("başkaları erişebiliyor; düzeltmek için: chmod 600 \"{}\"", path)
-               : fmt::format("others can get at it; to mend that: chmod 600 \"{}\"", path);
+    return said(isTurkish(), "others can get at it; to mend that: chmod 600 \"{}\"",
+                "başkaları erişebiliyor; düzeltmek için: chmod 600 \"{}\"", path);
 }
 
 std::string L10n::profileLacksText(Text key) const {
-    return isTurkish() ? fmt::format("\"{}\" bir metin değil", key)
-                       : fmt::format("\"{}\" is not text", key);
+    return said(isTurkish(), "\"{}\" is not text", "\"{}\" bir metin değil", key);
 }
 
 } // namespace slatewise
