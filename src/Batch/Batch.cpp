@@ -273,6 +273,8 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         withdrawIfMoved(pair, *outcome, work->mail);
         auto& result = work->result;
         work->lists.settle(pair, *outcome, work->mail.observer().problem);
+        if (copies)
+            copies->noteLists(outcome->hashLists);
         const auto [inArchive, onDestination, shown, filesProved, wasStopped] =
             PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
                               work->mail.observer().problem, self->stop_.get_token(),

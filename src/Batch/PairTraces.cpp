@@ -168,9 +168,12 @@ private:
         }
         if (!copies_)
             return false;
-        const auto changes = copies_->findChanged(manifest_.files, outcome_.hashLists, stop_);
+        const auto changes = copies_->findChanged(manifest_.files, stop_);
         for (const auto& problem : changes.problems)
             fail(problem);
+        // They stand beside the copies, and were written when all was well.
+        for (const auto& list : changes.isNone() ? std::vector<std::string>() : outcome_.hashLists)
+            fail({Kind::ReportsOutdated, (outcome_.sessionRoot / list).native()});
         if (changes.wasStopped)
             outcome_.status = OutcomeStatus::Failed;
         return changes.wasStopped;

@@ -205,7 +205,10 @@ void enter(QXmlStreamReader& xml, const char* root, const char* space) {
         throw notAList(root);
 }
 
-void requireWhole(const QXmlStreamReader& xml) {
+/// Also behind its end: what is no XML any more others need not take for a list.
+void requireWhole(QXmlStreamReader& xml) {
+    while (!xml.atEnd())
+        xml.readNext();
     if (xml.hasError())
         throw notAList(std::to_string(xml.lineNumber()) + ":" + std::to_string(xml.columnNumber()));
 }

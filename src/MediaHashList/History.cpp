@@ -209,6 +209,7 @@ void History::readGenerations(const Complaint& complain) {
             if (!link.c4.empty() && hashOf(HashFormat::C4, text) != link.c4)
                 throw ListError(ListError::Reason::NotTheChains, {}, root_->path() / list);
             generations_.push_back(parsed(*root_, list, text, readGeneration));
+            fileNames_.push_back(link.fileName);
         });
     }
 }
@@ -300,6 +301,7 @@ Reference History::append(Generation next) {
     root_->syncVolume();
     writeChainWith(link);
     generations_.push_back(std::move(next));
+    fileNames_.push_back(link.fileName);
     return {std::string(kHistoryFolder) + "/" + link.fileName, link.c4};
 }
 

@@ -77,6 +77,9 @@ public:
 
     const std::vector<Generation>& generations() const { return generations_; }
 
+    /// The file of each of them, in the history's folder.
+    const std::vector<std::string>& fileNames() const { return fileNames_; }
+
     /// That list, where it is the chain's next and all else is whole.
     const std::optional<UnfinishedList>& unfinished() const { return unfinished_; }
 
@@ -112,6 +115,7 @@ private:
     std::filesystem::path below_;
     std::vector<ChainLink> chain_;
     std::vector<Generation> generations_;
+    std::vector<std::string> fileNames_;
     std::optional<UnfinishedList> unfinished_;
     /// Of whoever may append.
     std::shared_ptr<const FileDescriptor> lock_;

@@ -102,6 +102,10 @@ bool IgnoreList::Part::isOf(std::string_view name) const {
 }
 
 void IgnoreList::add(std::string_view text) {
+    if (text.starts_with('#'))
+        return;
+    while (text.ends_with(' ') && !text.ends_with("\\ "))
+        text.remove_suffix(1);
     Pattern pattern;
     pattern.takesBack = text.starts_with('!');
     text.remove_prefix(pattern.takesBack ? 1 : 0);
@@ -217,15 +221,20 @@ IgnoreLists::IgnoreLists(const IgnoredBelow& below) {
 
 bool IgnoreLists::ignores(std::string_view path, bool isFolder) {
     auto folder = path;
+    // A list that leaves out a folder with a history has no say in what that one tells.
+    std::optional<std::string_view> inner;
     while (!folder.empty()) {
         const auto slash = folder.rfind('/');
         folder = slash == std::string_view::npos ? std::string_view() : folder.substr(0, slash);
         const auto list = lists_.find(folder);
         if (list == lists_.end())
             continue;
-        const auto below = path.substr(folder.empty() ? 0 : folder.size() + 1);
-        if (const auto verdict = list->second.verdict(below, isFolder))
+        const auto start = folder.empty() ? 0 : folder.size() + 1;
+        if (inner && list->second.ignores(inner->substr(start), true))
+            return false;
+        if (const auto verdict = list->second.verdict(path.substr(start), isFolder))
             return *verdict;
+        inner = folder;
     }
     return false;
 }

@@ -57,7 +57,7 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
 }
 
 bool CopyProof::findsCopiesInPlace(std::span<FileCopyResult> rows) {
-    const auto changes = copies_->findChanged(rows, {}, transfer_.stop());
+    const auto changes = copies_->findChanged(rows, transfer_.stop());
     for (const auto& problem : changes.problems)
         reporter_.report(problem);
     return changes.isNone();

@@ -36,12 +36,12 @@ struct FileDates {
     }
 
     /// Another file may have come with its folder, which changes no date of the file; and a clock
-    /// may be set back, so that a later change has an earlier date. FAT, which has no numbers,
-    /// forgets the date of the last change and shows an earlier one instead.
-    bool isTouchedSince(const FileDates& earlier) const {
+    /// may be set back, so that a later change has an earlier date. `areKept` as
+    /// `FileSystemType::keepsChangeDates` says: what is forgotten is shown as an earlier date.
+    bool isTouchedSince(const FileDates& earlier, bool areKept) const {
         const auto now = std::tie(changed.tv_sec, changed.tv_nsec);
         const auto then = std::tie(earlier.changed.tv_sec, earlier.changed.tv_nsec);
-        return number != earlier.number || (number != 0 ? now != then : now > then);
+        return number != earlier.number || (areKept ? now != then : now > then);
     }
 };
 

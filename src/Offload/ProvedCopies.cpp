@@ -24,17 +24,23 @@ void ProvedCopies::note(std::size_t row, const FileSystem::Attributes& copy) {
     dates_[row] = FileDates::of(copy, haveNumbers_);
 }
 
+void ProvedCopies::noteLists(std::span<const std::string> lists) {
+    lists_.clear();
+    for (const auto& list : lists)
+        lists_.push_back(look(list));
+}
+
 ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
-                                                std::span<const std::string> written,
                                                 const std::stop_token& stop) {
-    const std::set<std::string_view> ours(written.begin(), written.end());
+    std::set<std::string_view> ours;
     const bool isThere = session_.isStillAtItsPath();
     Changes changes;
     if (!isThere)
         changes.problems.push_back({Kind::CopyGone, session_.path().native()});
-    for (const auto& list : written) {
-        if (isThere && !isWhole(list))
-            changes.problems.push_back({Kind::CopyGone, list});
+    for (const auto& list : lists_) {
+        ours.insert(list.path);
+        if (isThere && !isAsNoted(list))
+            changes.problems.push_back({Kind::CopyGone, list.path});
     }
     for (std::size_t index = 0; index < std::min(dates_.size(), rows.size()); ++index) {
         auto& row = rows[index];
@@ -60,14 +66,22 @@ ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
     return changes;
 }
 
-/// What we wrote is never empty.
-bool ProvedCopies::isWhole(const std::string& list) const {
+ProvedCopies::List ProvedCopies::look(const std::string& path) const {
     try {
-        const auto facts = session_.attributes(list);
-        return facts.type == FileSystem::ItemType::RegularFile && facts.sizeBytes > 0;
+        const auto facts = session_.attributesNow(path);
+        if (facts.type == FileSystem::ItemType::RegularFile)
+            return {path, facts.sizeBytes, FileDates::of(facts, haveNumbers_)};
     } catch (const PosixError&) {
-        return false;
+        // It is not there.
     }
+    return {path};
+}
+
+bool ProvedCopies::isAsNoted(const List& list) const {
+    const auto now = look(list.path);
+    return now.sizeBytes >= 0 && now.sizeBytes == list.sizeBytes &&
+           !now.dates.isOfOtherContent(list.dates) &&
+           !now.dates.isTouchedSince(list.dates, areChangesKept_);
 }
 
 ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, FileDates& proved,
@@ -79,7 +93,7 @@ ProvedCopies::Found ProvedCopies::changeOf(FileCopyResult& row, FileDates& prove
         const auto now = FileDates::of(facts, haveNumbers_);
         if (now.isOfOtherContent(proved))
             return OffloadProblem{Kind::CopyDiffers, row.relativePath};
-        if (!now.isTouchedSince(proved))
+        if (!now.isTouchedSince(proved, areChangesKept_))
             return std::nullopt;
     } catch (const PosixError&) {
         return OffloadProblem{Kind::CopyGone, row.relativePath};

@@ -6,6 +6,7 @@
 #include "Platform/Disks/FileSystemType.h"
 #include "Platform/Files/RootFolder.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <stop_token>
@@ -22,7 +23,8 @@ public:
     /// Holds the session's folder, so that another one of its name is known for what it is.
     explicit ProvedCopies(RootFolder session)
         : session_(std::move(session)),
-          haveNumbers_(FileSystemType::keepsFileNumbers(session_.path())) {}
+          haveNumbers_(FileSystemType::keepsFileNumbers(session_.path())),
+          areChangesKept_(FileSystemType::keepsChangeDates(session_.path())) {}
 
     /// The session's folder.
     const RootFolder& folder() const noexcept { return session_; }
@@ -33,6 +35,10 @@ public:
     /// The device's cache was emptied before the copies were read, and has to be again for those
     /// that are read once more.
     void noteDeviceDropped() { isDeviceDropped_ = true; }
+
+    /// Notes what the lists are like that were just written anew, by their paths in the session.
+    /// One that cannot be seen is gone.
+    void noteLists(std::span<const std::string> lists);
 
     /// What a look at the copies found.
     struct Changes {
@@ -45,30 +51,37 @@ public:
     };
 
     /// Looks whether every copy that `rows` call verified lies where it was proved, as long as it
-    /// was and with its date, and marks the rows of others as failed. `rows` have the run's order;
-    /// what we wrote anew ourselves since then is `written`, by its path in the session, and has
-    /// only to be there and not to be empty. Never fails: what cannot be seen is gone.
+    /// was and with its date, and marks the rows of others as failed. `rows` have the run's order.
+    /// The lists that were noted must be as they were then. Never fails: what cannot be seen is
+    /// gone.
     ///
     /// Dates count by the two seconds that the coarsest file systems keep. A copy has its source's
     /// date, which lies before the run, so that whatever is written later stands out. Who writes
     /// may put that date back, but not the one of the last change: a copy that was changed in
     /// whatever way since its proof is read back once more, which proves it anew. Once `stop` is
     /// requested none is: rows of such copies become unverified.
-    Changes findChanged(std::span<FileCopyResult> rows, std::span<const std::string> written = {},
-                        const std::stop_token& stop = {});
+    Changes findChanged(std::span<FileCopyResult> rows, const std::stop_token& stop = {});
 
 private:
     using Found = std::optional<OffloadProblem>;
     Found changeOf(FileCopyResult& row, FileDates& proved, const std::stop_token& stop) const;
     Found readAgain(FileCopyResult& row, FileDates& proved, const std::stop_token& stop) const;
 
-    bool isWhole(const std::string& list) const;
+    struct List {
+        std::string path;
+        std::int64_t sizeBytes = -1;
+        FileDates dates{};
+    };
+    List look(const std::string& path) const;
+    bool isAsNoted(const List& list) const;
 
     RootFolder session_;
     bool haveNumbers_;
+    bool areChangesKept_;
     bool isDeviceDropped_ = false;
     /// By row; of no meaning where nothing was proved.
     std::vector<FileDates> dates_;
+    std::vector<List> lists_;
 };
 
 } // namespace slatewise

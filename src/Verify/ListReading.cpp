@@ -72,6 +72,8 @@ void addManifest(const ReportSet& set, const std::filesystem::path& list, Listed
     const auto& names = manifest.skipNames;
     tree.reported[set.prefix] =
         names ? SkipNames(names->begin(), names->end()) : TreeWalker::defaultSkipNames();
+    for (const auto& written : manifest.hashLists)
+        tree.listsOfRuns.insert(set.prefix + written);
     if (manifest.status == OutcomeStatus::Failed)
         tellFailedRun(list, tree);
     const auto otherwiseNamed = namesAsShown(tree, set.prefix);
@@ -242,21 +244,43 @@ void addReports(const ReportSet& set, ListedTree& tree) {
     }
     if (!set.manifest)
         return;
+    // Who took the manifest alone elsewhere has no set.
+    if (const auto lost = set.folder / ReportNames::checksums;
+        FileSystem::exists(set.folder / ReportNames::inventory) && !FileSystem::exists(lost))
+        tell(tree, lost, PosixError("open", lost, ENOENT));
     const auto list = set.folder / ReportNames::manifest;
     readOrTell(tree, list, [&] { addManifest(set, list, tree); });
 }
 
 namespace {
 
+/// Files of lists that no run has met on its card or written itself: whoever wrote those found the
+/// files here, whatever a run left out before.
+std::set<std::string_view> namedSince(const History& history, const std::string& prefix,
+                                      const ListedTree& tree) {
+    std::set<std::string_view> paths;
+    for (std::size_t index = 0; index < history.generations().size(); ++index) {
+        const auto list =
+            prefix + std::string(MediaHashList::kHistoryFolder) + "/" + history.fileNames()[index];
+        if (tree.files.contains(list) || tree.listsOfRuns.contains(list))
+            continue;
+        for (const auto& file : history.generations()[index].files)
+            paths.insert(file.path);
+    }
+    return paths;
+}
+
 /// What is known by a history's lists, of those files that it may still be asked for.
 void addKnown(const History& history, const std::string& prefix, ListedTree& tree) {
     const auto known = history.known();
+    const auto since = namedSince(history, prefix, tree);
     const auto left = history.givenUp(known);
     const std::set<std::string_view> givenUp(left.begin(), left.end());
     for (const auto& [path, values] : known) {
         const auto whole = prefix + path;
         const bool isGivenUp = givenUp.contains(path);
-        if ((isGivenUp || tree.isLeftOutByRun(whole)) && !tree.folder->exists(whole)) {
+        const bool isLeftOut = !since.contains(path) && tree.isLeftOutByRun(whole);
+        if ((isGivenUp || isLeftOut) && !tree.folder->exists(whole)) {
             if (!isGivenUp)
                 tree.noteLeftOut(whole);
             continue;

@@ -41,6 +41,12 @@ void addHistories(ListedTree& tree, const std::stop_token& stop) {
     };
     tree.entries = TreeWalker::walk(*tree.folder, {}, {}, {.unreadable = note, .stop = stop});
     tree.withHistory = MediaHashList::foldersWithHistory(tree.entries);
+    // What lies in a system's trash is nobody's, and so is a history there.
+    std::erase_if(tree.withHistory, [&](const std::string& folder) {
+        return TreeWalker::shouldSkip(folder, folder.substr(folder.rfind('/') + 1),
+                                      TreeWalker::defaultSkipNames()) &&
+               !tree.isReported(folder);
+    });
     for (const auto& folder : tree.withHistory) {
         throwIfAsked(stop);
         addHistory(folder, tree);

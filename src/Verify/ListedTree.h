@@ -96,6 +96,8 @@ struct ListedTree {
     std::set<std::string> folders;
     /// What a run left out of the copy on purpose.
     std::set<std::string> leftOut;
+    /// The hash lists that the runs wrote whose reports are there.
+    std::set<std::string> listsOfRuns;
     /// Below which all that was copied is named by a run's reports: the root, "", or a folder
     /// with a "/" at its end. With the names that the run left out, where a manifest is there.
     std::map<std::string, std::optional<SkipNames>, std::greater<>> reported;

@@ -130,7 +130,8 @@ private:
         if (entry.isDirectory || tree_.files.contains(path) || tree_.isList(path) ||
             isLeftBySystem(path) || isPartOfHistory(entry))
             return false;
-        return tree_.isReported(path) || !ignored_.ignores(path);
+        return tree_.isReported(path) || MediaHashList::liesInHistory(path) ||
+               !ignored_.ignores(path);
     }
 
     /// A history's chain and its lists, of which any that no chain names is told anyway, and what
@@ -197,7 +198,7 @@ private:
         const auto dates = FileDates::of(now);
         const auto earlier = FileDates::of(before);
         return now.sizeBytes == before.sizeBytes && !dates.isOfOtherContent(earlier) &&
-               !dates.isTouchedSince(earlier);
+               !dates.isTouchedSince(earlier, false);
     }
 
     static bool isLeftBySystem(const std::string& path) {

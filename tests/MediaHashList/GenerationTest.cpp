@@ -351,6 +351,7 @@ TEST(MediaHashListTest, RefusesWhatIsNoListOrWouldDoHarm) {
                                           listOf(hash("a", good)).substr(0, 200)};
     for (const auto& text : bad)
         EXPECT_THROW((void)readGeneration(text), Error) << text;
+    EXPECT_THROW((void)readGeneration(listOf(hash("a", good)) + "<<<"), Error) << "behind its end";
     EXPECT_THROW((void)readChain("<ascmhldirectory xmlns=\"urn:ASC:MHL:DIRECTORY:v2.0\"><hashlist "
                                  "sequencenr=\"1\"><path>../x.mhl</path></hashlist>"
                                  "</ascmhldirectory>"),

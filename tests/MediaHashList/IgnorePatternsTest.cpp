@@ -39,6 +39,8 @@ TEST(IgnorePatterns, SayWhatIsLeftOut) {
         {{"a*b*c"}, "ab\xff", false},
         {{"*.b?k"}, "x.bak", true},
         {{"**/b*/c"}, "a/b/bb/c", true},
+        {{"#a"}, "#a", false},
+        {{"a  "}, "a", true},
     };
     for (const auto& each : cases)
         EXPECT_EQ(IgnoreList(each.patterns).ignores(each.path), each.isIgnored)
@@ -46,12 +48,10 @@ TEST(IgnorePatterns, SayWhatIsLeftOut) {
     for (const std::string name : {"a*b", "#x", "!x", "x ", "[x]", "back\\slash"})
         EXPECT_TRUE(IgnoreList(ignorePatterns({name})).ignores(name)) << name;
     EXPECT_FALSE(IgnoreList(ignorePatterns({"a*b"})).ignores("acb"));
-    IgnoreLists nested({{"", {"*.tmp", "x"}}, {"a/b", {"!*.tmp"}}});
-    const std::pair<const char*, bool> below[] = {{"a/1.tmp", true},
-                                                  {"a/b/1.tmp", false},
-                                                  {"a/b/x/y", true},
-                                                  {"a/bc/1.tmp", true},
-                                                  {"z", false}};
+    IgnoreLists nested({{"", {"*.tmp", "x", "left"}}, {"a/b", {"!*.tmp"}}, {"left", {"*.bak"}}});
+    const std::pair<const char*, bool> below[] = {
+        {"a/1.tmp", true},   {"a/b/1.tmp", false}, {"a/b/x/y", true}, {"a/bc/1.tmp", true},
+        {"left/new", false}, {"left/1.bak", true}, {"z", false}};
     for (const auto& [path, isIgnored] : below)
         EXPECT_EQ(nested.ignores(path), isIgnored) << path;
 }

@@ -90,15 +90,15 @@ TEST(ReadBack, ATouchedCopyIsReadOnceMoreAndNoMore) {
     rows[0].sourceSHA256 = independentSha256(copy);
     std::stop_source stopped;
     stopped.request_stop();
-    EXPECT_TRUE(copies.findChanged(rows, {}, stopped.get_token()).isNone());
+    EXPECT_TRUE(copies.findChanged(rows, stopped.get_token()).isNone());
     touchRights(copy);
-    const auto changes = copies.findChanged(rows, {}, stopped.get_token());
+    const auto changes = copies.findChanged(rows, stopped.get_token());
     EXPECT_TRUE(changes.wasStopped);
     EXPECT_TRUE(changes.problems.empty()) << "nothing is known of it";
     EXPECT_EQ(rows[0].verifyStatus, VerifyStatus::CopiedUnverified);
     rows[0].verifyStatus = VerifyStatus::Verified;
     EXPECT_TRUE(copies.findChanged(rows).isNone());
-    EXPECT_TRUE(copies.findChanged(rows, {}, stopped.get_token()).isNone()) << "proved anew";
+    EXPECT_TRUE(copies.findChanged(rows, stopped.get_token()).isNone()) << "proved anew";
 }
 
 TEST(ReadBack, SaysSoWhereAFileLiesAmongTheRecordsOfTheFileSystem) {

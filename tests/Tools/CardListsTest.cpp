@@ -241,9 +241,13 @@ TEST_F(VerifyProgram, WhatARunLeftOutOfACopyIsNotMissedThere) {
         EXPECT_EQ(result.exitCode, 0) << result.standardOutput;
         EXPECT_THAT(result.standardError, HasSubstr(note));
     }
-    std::filesystem::remove(root / "CLIP/a.mov");
+    // Whoever made a list later has found there what it names.
+    writeFile(root / "PROXY/y.mov", "y");
+    addList(root, {HashFormat::MD5});
+    for (const auto* const name : {"CLIP/a.mov", "PROXY/y.mov"})
+        std::filesystem::remove(root / name);
     EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
-              "missing\tCLIP/a.mov\n");
+              "missing\tCLIP/a.mov\nmissing\tPROXY/y.mov\n");
 }
 
 TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {

@@ -135,3 +135,16 @@ TEST_F(VerifyProgram, FindsWhatLiesInASessionsFolderAndUnderNamesThatNoListCanHo
         EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
     }
 }
+
+TEST_F(VerifyProgram, MissesAListOfASetAndNothingInATrash) {
+    const auto root = offload("--mhl");
+    const auto disk = folder / "Disk";
+    std::filesystem::create_directories(disk / ".Trashes/501");
+    std::filesystem::copy(root / "ascmhl", disk / ".Trashes/501/ascmhl");
+    const auto whole = program("slatewise-verify", {"--quiet", disk});
+    EXPECT_EQ(whole.exitCode, 0) << whole.standardOutput;
+    const auto list = reports / "checksums.sha256";
+    std::filesystem::remove(list);
+    EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
+              "damaged\t" + list.native() + "\n");
+}

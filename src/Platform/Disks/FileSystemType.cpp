@@ -19,4 +19,10 @@ bool keepsFileNumbers(const std::filesystem::path& path) noexcept {
     return std::find(kKeeping.begin(), kKeeping.end(), under(path)) != kKeeping.end();
 }
 
+bool keepsChangeDates(const std::filesystem::path& path) noexcept {
+    constexpr std::array<std::uint32_t, 4> kForgetting = {0, MSDOS_SUPER_MAGIC, EXFAT_SUPER_MAGIC,
+                                                          FUSE_SUPER_MAGIC};
+    return std::find(kForgetting.begin(), kForgetting.end(), under(path)) == kForgetting.end();
+}
+
 } // namespace slatewise::FileSystemType

@@ -14,4 +14,8 @@ std::uint32_t under(const std::filesystem::path& path) noexcept;
 /// system has forgotten them meanwhile.
 bool keepsFileNumbers(const std::filesystem::path& path) noexcept;
 
+/// Whether a file keeps the date of its last change as it was. FAT and exFAT forget it, and what
+/// runs outside the kernel may, and show another one instead.
+bool keepsChangeDates(const std::filesystem::path& path) noexcept;
+
 } // namespace slatewise::FileSystemType
