@@ -155,7 +155,7 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
          [this](const auto&) { std::filesystem::remove_all(copy / "ascmhl"); }, "damaged\t"},
         {"the only list that can hold a name",
          [](const auto& set) { std::filesystem::remove(set / "checksums.sha256"); },
-         "missing\tbad \xef\xbf\xbd\n"},
+         "damaged\t@/checksums.sha256\nmissing\tbad \xef\xbf\xbd\n"},
         {"a failed run",
          [](const auto& set) {
              const auto text = readFile(set / "manifest.json");
