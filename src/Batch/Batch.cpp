@@ -363,26 +363,11 @@ QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume ca
     if (stop_.stop_requested())
         co_return CardEject::refuse(card, &L10n::cancelled, l10n);
     const auto sentence = std::make_shared<std::string>();
-    // A disk that had its copy an hour ago may be gone by now.
-    auto ejecting =
-        onWorker([eject = surroundings_.eject, sentence, l10n, disks = folders_.disksOf(plan_),
-                  folder = folders_.release(card.facts.mountPoint), card]() mutable {
-            // Another card may lie there by now.
-            if (!folder || !folder->isStillAtItsPath()) {
-                *sentence = CardEject::refuse(card, &L10n::cardNotAtItsPath, l10n);
-                return;
-            }
-            const auto isThere = [](const auto& disk) {
-                return disk->isStillAtItsPath();
-            };
-            if (!std::all_of(disks.begin(), disks.end(), isThere)) {
-                *sentence = CardEject::refuse(card, &L10n::diskNotAtItsPath, l10n);
-                return;
-            }
-            // A volume that is held open cannot be unmounted.
-            folder.reset();
-            *sentence = CardEject::run(eject, card, l10n);
-        });
+    auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n, card,
+                              held = CardEject::Held{folders_.release(card.facts.mountPoint),
+                                                     folders_.disksOf(plan_)}]() mutable {
+        *sentence = CardEject::run(eject, card, std::move(held), l10n);
+    });
     const auto ending = waitForEnd(std::move(ejecting), stop_.get_token());
     const bool hasEnded = co_await ending;
     co_return hasEnded ? *sentence : CardEject::leaveInDoubt(card, l10n);

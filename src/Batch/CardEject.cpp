@@ -6,6 +6,8 @@
 #include "Platform/Text.h"
 #include "Storage/AppLog.h"
 
+#include <algorithm>
+
 namespace slatewise::CardEject {
 
 namespace {
@@ -27,7 +29,18 @@ std::string reasonOf(const DiskUtilClient::EjectError& refusal, L10n l10n) {
 } // namespace
 
 std::string run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
-                L10n l10n) {
+                Held held, L10n l10n) {
+    const auto isThere = [](const auto& folder) {
+        return folder && folder->isStillAtItsPath();
+    };
+    // Another card may lie there by now.
+    if (!isThere(held.card))
+        return refuse(card, &L10n::cardNotAtItsPath, l10n);
+    // A disk that had its copy an hour ago may be gone.
+    if (!std::all_of(held.disks.begin(), held.disks.end(), isThere))
+        return refuse(card, &L10n::diskNotAtItsPath, l10n);
+    // A volume that is held open cannot be unmounted.
+    held = {};
     const auto name = Text::displayable(card.name());
     try {
         const auto ejected = eject(card.facts.mountPoint);

@@ -1,10 +1,13 @@
 #pragma once
 
 #include "Batch/BatchSurroundings.h"
+#include "Platform/Files/RootFolder.h"
 #include "Volumes/VolumeRecords.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace slatewise {
 class L10n;
@@ -13,10 +16,17 @@ class L10n;
 /// The end of a card's road in a batch.
 namespace slatewise::CardEject {
 
-/// Ejects the card and gives what became of it, in the user's words: that it may be pulled, or why
-/// not. The log has it too, with what the system said. Never fails; blocks as the eject does.
+/// What a batch holds of a card and of the disks that have its copies. Null where it is gone.
+struct Held {
+    std::shared_ptr<const RootFolder> card;
+    std::vector<std::shared_ptr<const RootFolder>> disks;
+};
+
+/// Ejects the card, unless it or one of the disks is not in its place any more, and gives what
+/// became of it, in the user's words: that it may be pulled, or why not. Lets go of all before. The
+/// log has it too, with what the system said. Never fails; blocks as the eject does.
 std::string run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
-                L10n l10n);
+                Held held, L10n l10n);
 
 /// The same of a card that nobody tries to eject.
 std::string refuse(const ClassifiedVolume& card, std::string_view (L10n::*reason)() const,
