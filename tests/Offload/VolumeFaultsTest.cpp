@@ -388,15 +388,3 @@ TEST(BrokenClock, ADateThatNoReportCanHoldIsCopiedAndLeftOut) {
         EXPECT_EQ(copy.st_mtim.tv_sec, seconds);
     }
 }
-
-TEST(LargeFile, MoreThanFourGibibytesAreCopiedWithoutTruncation) {
-    constexpr std::uintmax_t kSize = 4'096 * kMiB + kMiB + 1;
-    const TemporaryFolder card;
-    const TemporaryFolder destination;
-    writeFile(card / "long.mov", "start");
-    std::filesystem::resize_file(card / "long.mov", kSize);
-    const auto outcome = RunRecord().run(requestFor(card.path(), destination.path()));
-    EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
-    EXPECT_EQ(static_cast<std::uintmax_t>(outcome.bytesCopied), kSize);
-    EXPECT_EQ(std::filesystem::file_size(outcome.sessionRoot / "long.mov"), kSize);
-}
