@@ -16,7 +16,7 @@ std::string label(const BatchPlan& plan, std::size_t card, std::size_t destinati
         return "";
     constexpr const char* kSeparator = " · ";
     auto text = plan.l10n().batchCard(static_cast<int>(card) + 1, cardCount) + kSeparator;
-    if (destinationCount > 1) {
+    if (destinationCount > 1 && !plan.settings.verifyOnly) {
         text += plan.l10n().batchDestination(static_cast<int>(destination) + 1, destinationCount) +
                 kSeparator;
     }

@@ -19,11 +19,8 @@ namespace {
 double ownFraction(const OffloadPhase& phase) {
     if (isSuccess(phase))
         return 1;
-    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
-        return std::clamp(copying->fraction, 0.0, 1.0);
-    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase))
-        return std::clamp(verifying->fraction, 0.0, 1.0);
-    return 0;
+    const auto* figures = figuresOf(phase);
+    return figures ? std::clamp(figures->fraction, 0.0, 1.0) : 0;
 }
 
 /// One overload for each phase, so that a new one without words does not compile.
@@ -33,18 +30,25 @@ struct Title {
 
     std::string size(std::int64_t bytes) const { return PathSize::format(bytes, l10n.language()); }
 
+    std::string speed(const Phase::Figures& phase) const {
+        return PathSize::speed(phase.bytesPerSecond, l10n.language());
+    }
+
     std::string operator()(const Phase::Idle&) const {
         return std::string(isHashing ? l10n.idlePromptHashOnly() : l10n.idlePrompt());
     }
-    std::string operator()(const Phase::Scanning&) const { return std::string(l10n.scanning()); }
+    std::string operator()(const Phase::Scanning& phase) const {
+        if (phase.total < 1)
+            return std::string(l10n.scanning());
+        return l10n.hashing(phase.done, phase.total, Text::visible(phase.file), speed(phase));
+    }
     std::string operator()(const Phase::Copying& phase) const {
-        const auto speed = PathSize::speed(phase.bytesPerSecond, l10n.language());
-        return l10n.copying(phase.done, phase.total, Text::visible(phase.file), speed);
+        return l10n.copying(phase.done, phase.total, Text::visible(phase.file), speed(phase));
     }
     std::string operator()(const Phase::Verifying& phase) const {
         // The file at hand is counted, as while it was copied.
         const int file = std::min(phase.done + 1, phase.total);
-        return l10n.verifying(file, phase.total, Text::visible(phase.file));
+        return l10n.verifying(file, phase.total, Text::visible(phase.file), speed(phase));
     }
     std::string operator()(const Phase::Verified& phase) const {
         return phase.disks > 1 ? l10n.verifiedOnDisks(phase.files, phase.disks, size(phase.bytes))
@@ -57,9 +61,7 @@ struct Title {
 } // namespace
 
 bool isBusy(const OffloadPhase& phase) {
-    return std::holds_alternative<Phase::Scanning>(phase) ||
-           std::holds_alternative<Phase::Copying>(phase) ||
-           std::holds_alternative<Phase::Verifying>(phase);
+    return figuresOf(phase) != nullptr;
 }
 
 bool isSuccess(const OffloadPhase& phase) {

@@ -32,8 +32,8 @@ double fraction(const OffloadPhase& phase, const BatchPosition& position);
 /// "42%".
 std::string percent(double fraction);
 
-/// How much of all bytes is copied, and how long all of it still takes; empty while neither is
-/// known.
+/// How much of the bytes is copied or read back, and how long all of it still takes; empty while
+/// neither is known.
 std::string pace(const BatchPace& pace, L10n l10n);
 
 /// `isHashing` where nothing is to be copied.

@@ -21,16 +21,16 @@ std::chrono::seconds rounded(std::chrono::duration<double> duration) {
 } // namespace
 
 std::optional<std::chrono::seconds> TimeLeft::update(const OffloadPhase& phase, Time now) {
-    const auto* const copying = std::get_if<Phase::Copying>(&phase);
-    const auto* const verifying = std::get_if<Phase::Verifying>(&phase);
-    if (!copying && !verifying) {
+    const auto* const figures = figuresOf(phase);
+    if (!figures || figures->total < 1) {
         *this = {};
         return std::nullopt;
     }
     if (!start_)
         start_ = now;
-    const auto left =
-        copying ? whileCopying(copying->fraction, now) : whileVerifying(verifying->fraction, now);
+    const auto left = std::holds_alternative<Phase::Copying>(phase)
+                          ? whileCopying(figures->fraction, now)
+                          : whileReading(figures->fraction, now);
     // The first moments promise anything.
     return now - *start_ < kLeastTime ? std::nullopt : left;
 }
@@ -45,14 +45,14 @@ std::optional<std::chrono::seconds> TimeLeft::whileCopying(double fraction, Time
     return rounded(whole * (1 - done) + whole * kReadBackCost);
 }
 
-std::optional<std::chrono::seconds> TimeLeft::whileVerifying(double fraction, Time now) {
-    if (!verificationStart_)
-        verificationStart_ = now;
+std::optional<std::chrono::seconds> TimeLeft::whileReading(double fraction, Time now) {
+    if (!readingStart_)
+        readingStart_ = now;
     // Without a copy before it, reading takes the whole bar.
     const double done = copyStart_ ? (fraction - kCopyShare) / (1 - kCopyShare) : fraction;
     if (done < kLeastEvidence)
         return std::nullopt;
-    const std::chrono::duration<double> whole = (now - *verificationStart_) / done;
+    const std::chrono::duration<double> whole = (now - *readingStart_) / done;
     return rounded(whole * (1 - done));
 }
 
@@ -68,10 +68,13 @@ BatchPace BatchTimeLeft::update(const OffloadPhase& phase, Time now) {
 
 /// The pair at work knows best what it has to copy.
 std::optional<BatchPace::Bytes> BatchTimeLeft::bytesAt(const OffloadPhase& phase) const {
-    const auto* const copying = std::get_if<Phase::Copying>(&phase);
-    if (!copying || copying->bytesTotal < 1)
+    const auto* const figures = figuresOf(phase);
+    if (!figures || figures->bytesTotal < 1)
         return std::nullopt;
-    BatchPace::Bytes bytes = {copying->bytesDone, copying->bytesTotal};
+    BatchPace::Bytes bytes = {figures->bytesDone, figures->bytesTotal};
+    // Those of a batch are read back pair by pair, and no figure would go on growing.
+    if (std::holds_alternative<Phase::Verifying>(phase))
+        return bytesOfPairs_.size() < 2 ? std::optional(bytes) : std::nullopt;
     for (std::size_t other = 0; other < bytesOfPairs_.size(); ++other) {
         if (other == pair_)
             continue;

@@ -21,23 +21,23 @@ public:
 
 private:
     std::optional<std::chrono::seconds> whileCopying(double fraction, Time now);
-    std::optional<std::chrono::seconds> whileVerifying(double fraction, Time now);
+    std::optional<std::chrono::seconds> whileReading(double fraction, Time now);
 
     /// Of the first phase that moves.
     std::optional<Time> start_;
     std::optional<Time> copyStart_;
-    std::optional<Time> verificationStart_;
+    std::optional<Time> readingStart_;
 };
 
-/// How a batch gets on, as far as that is known: the bytes of all its pairs, and how long it still
-/// takes.
+/// How a batch gets on, as far as that is known.
 struct BatchPace {
     struct Bytes {
         std::int64_t done = 0;
         std::int64_t total = 0;
         friend bool operator==(const Bytes&, const Bytes&) = default;
     };
-    /// While something is copied, and what the other pairs have to copy is known.
+    /// Of all pairs, while what the others have to copy is known. While one is read back, only
+    /// where it is the only one.
     std::optional<Bytes> bytes{};
     std::optional<std::chrono::seconds> left{};
 

@@ -11,13 +11,25 @@ L10n L10n::current() {
     return L10n(Language::load(UserDefaults::standard()));
 }
 
-std::string L10n::copying(int done, int total, Text file, Text speed) const {
-    return fmt::format("{} {} / {}  ·  {}  ·  {}", text("Copying", "Kopyalanıyor"), done, total,
-                       file, speed);
+namespace {
+
+std::string atWork(std::string_view deed, int done, int total, std::string_view file,
+                   std::string_view speed) {
+    return fmt::format("{} {} / {}  ·  {}  ·  {}", deed, done, total, file, speed);
 }
 
-std::string L10n::verifying(int done, int total, Text file) const {
-    return fmt::format("{} {} / {}  ·  {}", text("Verifying", "Doğrulanıyor"), done, total, file);
+} // namespace
+
+std::string L10n::copying(int done, int total, Text file, Text speed) const {
+    return atWork(text("Copying", "Kopyalanıyor"), done, total, file, speed);
+}
+
+std::string L10n::verifying(int done, int total, Text file, Text speed) const {
+    return atWork(text("Verifying", "Doğrulanıyor"), done, total, file, speed);
+}
+
+std::string L10n::hashing(int done, int total, Text file, Text speed) const {
+    return atWork(text("Hashing", "Hash alınıyor"), done, total, file, speed);
 }
 
 std::string L10n::verified(int files, Text size) const {

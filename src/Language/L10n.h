@@ -29,7 +29,8 @@ public:
     // Texts around arguments. Numbers come as plain digits; sizes and speeds as finished text.
 
     std::string copying(int done, int total, Text file, Text speed) const;
-    std::string verifying(int done, int total, Text file) const;
+    std::string verifying(int done, int total, Text file, Text speed) const;
+    std::string hashing(int done, int total, Text file, Text speed) const;
     std::string verified(int files, Text size) const;
     /// Of files that are on several disks now, each counted once.
     std::string verifiedOnDisks(int files, int disks, Text size) const;
@@ -89,9 +90,12 @@ public:
     std::string copyStopped(Text file, Text reason) const;
     std::string hashingStopped(Text file, Text reason) const;
     std::string notReadBack(Text file, Text reason) const;
+    /// A reason for that.
+    std::string_view touchedAndStopped() const;
     std::string copyDiffers(Text file) const;
     std::string foldersFellTogether(Text folder) const;
     std::string copyGone(Text file) const;
+    std::string nameNotKept(Text file) const;
     std::string cardChanged(Text file) const;
     std::string cameMeanwhile(Text file) const;
     std::string folderNotRead(Text folder, Text reason) const;

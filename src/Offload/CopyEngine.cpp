@@ -132,6 +132,9 @@ private:
     // Hashing only
 
     OffloadOutcome hashSource() {
+        CopyProgress progress(static_cast<int>(inventory_->copyList().size()),
+                              inventory_->totalBytes());
+        int index = 0;
         for (const auto& entry : inventory_->entries()) {
             if (entry.isDirectory)
                 continue;
@@ -141,10 +144,7 @@ private:
                 continue;
             }
             try {
-                auto digests =
-                    SHA256Hasher::hashFile(transfer_.transfer(), onCard(entry.relativePath),
-                                           transfer_.watch(entry.relativePath, {}));
-                addRead(makeRow(entry, RowAction::Hash, VerifyStatus::Hashed), std::move(digests));
+                hashFile(entry, index++, progress);
             } catch (const CancellationError&) {
                 throw;
             } catch (const std::exception& failure) {
@@ -154,6 +154,21 @@ private:
         const bool areInPlace = lookIntoClips(*card_, RootFolder::Links::FollowBeneath);
         return outcome(isCardUnchanged(areInPlace) ? OutcomeStatus::Hashed : OutcomeStatus::Failed,
                        0);
+    }
+
+    void hashFile(const InventoryEntry& entry, int index, CopyProgress& progress) {
+        const auto publishFigures = [&] {
+            reporter_.publish(
+                progress.hashing(entry.relativePath, index, SpeedMeter::Time::clock::now()));
+        };
+        publishFigures();
+        auto digests = SHA256Hasher::hashFile(
+            transfer_.transfer(), onCard(entry.relativePath),
+            transfer_.watch(entry.relativePath, [&](std::size_t count) {
+                progress.add(static_cast<std::int64_t>(count), SpeedMeter::Time::clock::now());
+                publishFigures();
+            }));
+        addRead(makeRow(entry, RowAction::Hash, VerifyStatus::Hashed), std::move(digests));
     }
 
     // Copying
@@ -212,8 +227,8 @@ private:
             {*destination_, session_ / entry.relativePath},
             transfer_.watch(entry.relativePath,
                             [&](std::size_t count) {
-                                progress.addCopied(static_cast<std::int64_t>(count),
-                                                   SpeedMeter::Time::clock::now());
+                                progress.add(static_cast<std::int64_t>(count),
+                                             SpeedMeter::Time::clock::now());
                                 publishFigures();
                             }),
             next);

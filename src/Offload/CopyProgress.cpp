@@ -33,33 +33,40 @@ void SpeedMeter::forgetBefore(Time moment) {
     }
 }
 
-void CopyProgress::addCopied(std::int64_t bytes, Time at) {
+void CopyProgress::add(std::int64_t bytes, Time at) {
     bytesDone_ += bytes;
     speed_.add(bytes, at);
 }
 
 Phase::Copying CopyProgress::copying(const std::string& file, int index, Time now) {
-    return {file,
-            std::min(fileCount_, index + 1),
-            fileCount_,
-            kCopyShare * copiedShare(index),
-            speed_.bytesPerSecond(now),
-            bytesDone_,
-            totalBytes_};
+    Phase::Copying phase{figures(file, std::min(fileCount_, index + 1), now)};
+    phase.fraction = kCopyShare * shareDone(index);
+    return phase;
 }
 
-double CopyProgress::copiedShare(int index) const {
+Phase::Scanning CopyProgress::hashing(const std::string& file, int index, Time now) {
+    Phase::Scanning phase{figures(file, std::min(fileCount_, index + 1), now)};
+    phase.fraction = shareDone(index);
+    return phase;
+}
+
+Phase::Verifying CopyProgress::verifying(const std::string& file, int position,
+                                         std::int64_t bytesRead, std::int64_t size, Time now) {
+    const double within = size < 1 ? 0.0 : share(bytesRead, size);
+    Phase::Verifying phase{figures(file, position, now)};
+    phase.fraction =
+        kCopyShare + kVerificationShare * (position + within) / std::max(fileCount_, 1);
+    return phase;
+}
+
+Phase::Figures CopyProgress::figures(const std::string& file, int done, Time now) {
+    return {file, done, fileCount_, 0, speed_.bytesPerSecond(now), bytesDone_, totalBytes_};
+}
+
+double CopyProgress::shareDone(int index) const {
     if (totalBytes_ >= 1)
         return share(bytesDone_, totalBytes_);
     return fileCount_ > 0 ? share(index, fileCount_) : 1.0;
-}
-
-Phase::Verifying CopyProgress::verifying(const std::string& file, int position, int count,
-                                         std::int64_t bytesRead, std::int64_t size) {
-    const double within = size < 1 ? 0.0 : share(bytesRead, size);
-    const double fraction =
-        kCopyShare + kVerificationShare * (position + within) / std::max(count, 1);
-    return {file, position, count, fraction};
 }
 
 } // namespace slatewise

@@ -36,7 +36,8 @@ private:
     std::int64_t bytes_ = 0;
 };
 
-/// The figures of a run's progress: how far copying and verifying move the one bar.
+/// The figures of one pass over all files: how far copying, reading back, or hashing alone moves
+/// the one bar of a run.
 class CopyProgress {
 public:
     using Time = SpeedMeter::Time;
@@ -44,18 +45,23 @@ public:
     CopyProgress(int fileCount, std::int64_t totalBytes)
         : fileCount_(fileCount), totalBytes_(totalBytes) {}
 
-    void addCopied(std::int64_t bytes, Time at);
+    void add(std::int64_t bytes, Time at);
     std::int64_t bytesDone() const { return bytesDone_; }
 
     /// While the file at `index`, from 0, is copied.
     Phase::Copying copying(const std::string& file, int index, Time now);
 
-    /// While the copy at `position`, from 0, of `count` is read back.
-    static Phase::Verifying verifying(const std::string& file, int position, int count,
-                                      std::int64_t bytesRead, std::int64_t size);
+    /// The same while it is read and nothing is copied.
+    Phase::Scanning hashing(const std::string& file, int index, Time now);
+
+    /// While the copy at `position`, from 0, is read back, `bytesRead` of its `size` so far.
+    Phase::Verifying verifying(const std::string& file, int position, std::int64_t bytesRead,
+                               std::int64_t size, Time now);
 
 private:
-    double copiedShare(int index) const;
+    /// With nothing of the bar filled in.
+    Phase::Figures figures(const std::string& file, int done, Time now);
+    double shareDone(int index) const;
 
     int fileCount_;
     std::int64_t totalBytes_;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <variant>
 
 namespace slatewise {
@@ -12,29 +13,31 @@ namespace Phase {
 struct Idle {
     friend bool operator==(const Idle&, const Idle&) = default;
 };
-struct Scanning {
-    friend bool operator==(const Scanning&, const Scanning&) = default;
-};
-struct Copying {
+/// What the phases of a run at work have in common.
+struct Figures {
     /// Path of the file at hand under the card's root.
     std::string file;
-    /// Number of the file at hand, from 1.
     int done = 0;
     int total = 0;
     /// Of the whole run, 0 to 1.
     double fraction = 0;
     double bytesPerSecond = 0;
-    /// Of all files of the run; a total of 0 is unknown.
+    /// Of all files of the phase; a total of 0 is unknown.
     std::int64_t bytesDone = 0;
     std::int64_t bytesTotal = 0;
+    friend bool operator==(const Figures&, const Figures&) = default;
+};
+/// The card is listed, for which there are no figures; where nothing is to be copied it is also
+/// read. Files are counted as while copying.
+struct Scanning : Figures {
+    friend bool operator==(const Scanning&, const Scanning&) = default;
+};
+/// `done` is the number of the file at hand, from 1.
+struct Copying : Figures {
     friend bool operator==(const Copying&, const Copying&) = default;
 };
-struct Verifying {
-    std::string file;
-    /// Files finished, from 0.
-    int done = 0;
-    int total = 0;
-    double fraction = 0;
+/// `done` are the files finished, from 0.
+struct Verifying : Figures {
     friend bool operator==(const Verifying&, const Verifying&) = default;
 };
 struct Verified {
@@ -57,5 +60,17 @@ struct Failed {
 
 using OffloadPhase = std::variant<Phase::Idle, Phase::Scanning, Phase::Copying, Phase::Verifying,
                                   Phase::Verified, Phase::Hashed, Phase::Failed>;
+
+/// Those of a run at work; null for any other phase. Valid as long as the phase is.
+inline const Phase::Figures* figuresOf(const OffloadPhase& phase) {
+    return std::visit(
+        []<typename At>(const At& at) -> const Phase::Figures* {
+            if constexpr (std::is_base_of_v<Phase::Figures, At>)
+                return &at;
+            else
+                return nullptr;
+        },
+        phase);
+}
 
 } // namespace slatewise

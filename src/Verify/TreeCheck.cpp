@@ -2,6 +2,7 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/IgnorePatterns.h"
+#include "Offload/CopyProgress.h"
 #include "Offload/FileDates.h"
 #include "Offload/OffloadError.h"
 #include "Offload/Transfer.h"
@@ -289,6 +290,8 @@ private:
                             [&](std::size_t count) {
                                 size += static_cast<std::int64_t>(count);
                                 result_.bytesRead += static_cast<std::int64_t>(count);
+                                speed_.add(static_cast<std::int64_t>(count),
+                                           SpeedMeter::Time::clock::now());
                                 publishFigures(path);
                             }},
                        stop_);
@@ -323,8 +326,9 @@ private:
         const double fraction = bytesTotal_ < 1 ? 0.0
                                                 : static_cast<double>(result_.bytesRead) /
                                                       static_cast<double>(bytesTotal_);
-        publish(Phase::Verifying{path, filesDone_, static_cast<int>(tree_.files.size()),
-                                 std::min(fraction, 1.0)});
+        publish(Phase::Verifying{
+            path, filesDone_, static_cast<int>(tree_.files.size()), std::min(fraction, 1.0),
+            speed_.bytesPerSecond(SpeedMeter::Time::clock::now()), result_.bytesRead, bytesTotal_});
     }
 
     void publish(const OffloadPhase& phase) const {
@@ -349,6 +353,7 @@ private:
     const bool areDatesExact_;
     Transfer transfer_;
     std::int64_t bytesTotal_ = 0;
+    SpeedMeter speed_;
     int filesDone_ = 0;
     std::set<std::string> told_;
     Result result_;

@@ -45,11 +45,14 @@ TEST(ProgressTexts, RunOnceAcrossTheBatch) {
          "Select a card, a unit, and a destination, then press Copy."},
         {Phase::Scanning{}, single, 0, "0%", "Scanning card…"},
         {Phase::Scanning{}, secondOfTwo, 0.5, "50%", "Card 2/2 · x — Scanning card…"},
+        {Phase::Scanning{"a.mov", 3, 10, 0.25, 1000}, single, 0.25, "25%",
+         "Hashing 3 / 10  ·  a.mov  ·  1 KB/s"},
         {Phase::Copying{"a\nb.mov", 3, 10, 0.254, 350'000'000.9}, single, 0.254, "25%",
          "Copying 3 / 10  ·  a␊b.mov  ·  350 MB/s"},
-        {Phase::Verifying{"a.mov", 3, 10, 1.2}, single, 1, "100%", "Verifying 4 / 10  ·  a.mov"},
+        {Phase::Verifying{"a.mov", 3, 10, 1.2, 1000}, single, 1, "100%",
+         "Verifying 4 / 10  ·  a.mov  ·  1 KB/s"},
         {Phase::Verifying{"a.mov", 0, 10, 0.9}, secondOfTwo, 0.95, "95%",
-         "Card 2/2 · x — Verifying 1 / 10  ·  a.mov"},
+         "Card 2/2 · x — Verifying 1 / 10  ·  a.mov  ·  0 bytes/s"},
         {Phase::Verified{12, 3'500'000}, secondOfTwo, 1, "100%", "Verified — 12 files, 3.5 MB"},
         {Phase::Verified{12, 3'500'000, 2}, secondOfTwo, 1, "100%",
          "Verified — 12 files to 2 disks, 3.5 MB"},
@@ -95,7 +98,14 @@ TEST(ProgressTexts, SayHowMuchIsDoneAndHowLongTheWholeBatchStillTakes) {
     const auto known = timeLeft.update(copying(0.5, 500'000), halfway);
     EXPECT_EQ(known.bytes, (BatchPace::Bytes{3'500'000, 6'000'000}));
     EXPECT_THAT(ProgressTexts::pace(known, kEnglish), ::testing::StartsWith("3.5 MB / 6 MB  ·  "));
-    EXPECT_FALSE(timeLeft.update(Phase::Verifying{"a", 1, 2, 0.9}, halfway).bytes);
+    const Phase::Verifying verifying{"a", 1, 2, 0.9, 1, 20, 40};
+    EXPECT_FALSE(timeLeft.update(verifying, halfway).bytes) << "a pair is read back by itself";
+    EXPECT_EQ(BatchTimeLeft({40}).update(verifying, halfway).bytes, (BatchPace::Bytes{20, 40}));
+    // Hashing has the whole bar, in whatever phase.
+    timeLeft.beginPair(1, start);
+    timeLeft.update(Phase::Scanning{"a", 1, 2, 0, 1, 0, 40}, start);
+    EXPECT_EQ(timeLeft.update(Phase::Scanning{"a", 1, 2, 0.5, 1, 20, 40}, halfway).left,
+              seconds(100 + 444));
     EXPECT_EQ(ProgressTexts::pace({}, kEnglish), "");
 }
 

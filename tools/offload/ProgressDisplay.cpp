@@ -47,14 +47,6 @@ void write(const std::string& text) {
     }
 }
 
-double fractionOf(const OffloadPhase& phase) {
-    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
-        return copying->fraction;
-    if (const auto* verifying = std::get_if<Phase::Verifying>(&phase))
-        return verifying->fraction;
-    return 0;
-}
-
 std::string bar(double fraction, std::size_t width) {
     const auto filled =
         static_cast<std::size_t>(std::lround(fraction * static_cast<double>(width)));
@@ -88,13 +80,12 @@ std::string shortenedBy(const std::string& name, std::size_t columns) {
     return "…" + std::string(at, name.end());
 }
 
-/// How much of all bytes is copied, behind other figures; empty while nobody knows.
-std::string bytesOf(const OffloadPhase& phase, const L10n& l10n) {
-    const auto* copying = std::get_if<Phase::Copying>(&phase);
-    if (!copying || copying->bytesTotal < 1)
+/// How much of all bytes is done, behind other figures; empty while nobody knows.
+std::string bytesOf(const Phase::Figures& figures, const L10n& l10n) {
+    if (figures.bytesTotal < 1)
         return {};
-    return kBetween + l10n.bytesOf(PathSize::format(copying->bytesDone, l10n.language()),
-                                   PathSize::format(copying->bytesTotal, l10n.language()));
+    return kBetween + l10n.bytesOf(PathSize::format(figures.bytesDone, l10n.language()),
+                                   PathSize::format(figures.bytesTotal, l10n.language()));
 }
 
 std::size_t terminalColumns() {
@@ -118,6 +109,8 @@ Words wordsFor(const OffloadPhase& phase, const Texts& texts) {
         return {texts.verifying(std::min(verifying->done + 1, verifying->total), verifying->total),
                 Text::visible(verifying->file)};
     }
+    if (const auto* figures = figuresOf(phase); figures && figures->total > 0)
+        return {texts.hashing(figures->done, figures->total), Text::visible(figures->file)};
     return {std::string(texts.shared.scanning()), ""};
 }
 
@@ -152,20 +145,21 @@ void ProgressDisplay::show(const OffloadPhase& phase) {
 /// The figures come first, since a narrow terminal cuts the end.
 std::string ProgressDisplay::line(const OffloadPhase& phase,
                                   std::chrono::steady_clock::time_point now) {
-    const double fraction = fractionOf(phase);
+    const auto* const known = figuresOf(phase);
+    const auto figures = known ? *known : Phase::Figures();
     const auto words = wordsFor(phase, texts_);
     const auto columns = terminalColumns();
     std::string text;
     if (isTerminal_)
-        text = bar(fraction, columns < kColumnsForWideBar ? kNarrowBar : kWideBar);
-    text += fmt::format("{:3.0f}%", std::floor(100 * fraction));
+        text = bar(figures.fraction, columns < kColumnsForWideBar ? kNarrowBar : kWideBar);
+    text += fmt::format("{:3.0f}%", std::floor(100 * figures.fraction));
     if (const auto left = timeLeft_.update(phase, now))
         text += kBetween + texts_.shared.timeLeft(clockText(*left));
-    if (const auto* copying = std::get_if<Phase::Copying>(&phase))
-        text += kBetween + PathSize::speed(copying->bytesPerSecond, texts_.shared.language());
+    if (figures.total > 0)
+        text += kBetween + PathSize::speed(figures.bytesPerSecond, texts_.shared.language());
     const auto pair = (label_.empty() ? "" : kBetween + label_) + kBetween + words.deed;
     // What is being done, and with what, says more than these.
-    const auto bytes = bytesOf(phase, texts_.shared);
+    const auto bytes = bytesOf(figures, texts_.shared);
     if (!isTerminal_ || columnsOf(text) + columnsOf(bytes) + columnsOf(pair) < columns)
         text += bytes;
     text += pair;

@@ -82,6 +82,10 @@ std::string Texts::verifying(int number, int count) const {
     return fmt::format("{} {}/{}", choose("Verifying", "Doğrulanıyor"), number, count);
 }
 
+std::string Texts::hashing(int number, int count) const {
+    return fmt::format("{} {}/{}", choose("Hashing", "Hash alınıyor"), number, count);
+}
+
 std::string_view Texts::stopping() const {
     return choose("Stopping… Ctrl-C again ends at once.",
                   "Durduruluyor… Yeniden Ctrl-C hemen bitirir.");

@@ -40,6 +40,7 @@ public:
 
     std::string copying(int number, int count) const;
     std::string verifying(int number, int count) const;
+    std::string hashing(int number, int count) const;
     std::string_view stopping() const;
 
     // What became of it.

@@ -178,9 +178,9 @@ void Stage::copying(double share) {
                             Seconds(share * kBytes / kBytesPerSecond));
     CopyProgress progress(kFiles, kBytes);
     const double latest = std::min(share * kBytes, 2 * kBytesPerSecond);
-    progress.addCopied(static_cast<std::int64_t>(share * kBytes - latest),
-                       now_ - std::chrono::seconds(3));
-    progress.addCopied(static_cast<std::int64_t>(latest), now_);
+    progress.add(static_cast<std::int64_t>(share * kBytes - latest),
+                 now_ - std::chrono::seconds(3));
+    progress.add(static_cast<std::int64_t>(latest), now_);
     const int file = std::min(static_cast<int>(share * kFiles), kFiles - 1);
     batch.phaseChanged(
         progress.copying(fmt::format("CLIP/A001C{:03}_260301.mxf", file + 1), file, now_));
