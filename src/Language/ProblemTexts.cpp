@@ -20,6 +20,11 @@ std::string L10n::notReadBack(Text file, Text reason) const {
                 "Kopya geri okunamadı: {} ({})", file, reason);
 }
 
+std::string_view L10n::touchedAndStopped() const {
+    return text("it was touched after its proof, and Stop came before it was read again",
+                "kanıttan sonra dokunuldu, yeniden okunamadan durduruldu");
+}
+
 std::string L10n::copyDiffers(Text file) const {
     return said(isTurkish(), "The copy of {} differs from the card.",
                 "Kopya karttakinden farklı: {}", file);
@@ -33,6 +38,12 @@ std::string L10n::foldersFellTogether(Text folder) const {
 std::string L10n::copyGone(Text file) const {
     return said(isTurkish(), "The copy of {} is no longer where it was written.",
                 "Kopya yazıldığı yerde artık yok: {}", file);
+}
+
+std::string L10n::nameNotKept(Text file) const {
+    return said(isTurkish(),
+                "The disk does not list {} under this name: it keeps another one, or none.",
+                "Disk bunu bu adla listelemiyor, başka bir ad yazmış ya da hiç yazmamış: {}", file);
 }
 
 std::string L10n::cardChanged(Text file) const {

@@ -1,9 +1,12 @@
 #include "Offload/CopyProof.h"
 
-#include "Offload/CopyProgress.h"
+#include "Offload/OffloadError.h"
 #include "Offload/SHA256Hasher.h"
+#include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
 #include "Platform/Error.h"
+
+#include <algorithm>
 
 namespace slatewise {
 
@@ -33,18 +36,22 @@ void CopyProof::dropDeviceCache() {
 
 bool CopyProof::prove(std::span<FileCopyResult> rows) {
     std::vector<std::size_t> toProve;
+    std::int64_t bytes = 0;
     for (std::size_t index = 0; index < rows.size(); ++index) {
-        if (rows[index].action == RowAction::Copy)
-            toProve.push_back(index);
+        if (rows[index].action != RowAction::Copy)
+            continue;
+        toProve.push_back(index);
+        bytes += rows[index].sizeBytes;
     }
     bool allProved = true;
     const int count = static_cast<int>(toProve.size());
+    CopyProgress progress(count, bytes);
     for (int position = 0; position < count; ++position) {
         transfer_.throwIfCancelled();
         const auto index = toProve[static_cast<std::size_t>(position)];
         auto& row = rows[index];
         try {
-            copies_->note(index, readBack(row, position, count));
+            copies_->note(index, readBack(row, position, progress));
         } catch (const std::exception& failure) {
             reporter_.reportFailure(Kind::NotReadBack, row.relativePath, failure,
                                     disk_.path() / session_ / row.relativePath);
@@ -57,10 +64,55 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
 }
 
 bool CopyProof::findsCopiesInPlace(std::span<FileCopyResult> rows) {
-    const auto changes = copies_->findChanged(rows, transfer_.stop());
-    for (const auto& problem : changes.problems)
+    const bool areNamesKept = findsNamesKept(rows);
+    const auto changes = copies_->findChanges(rows, transfer_.stop());
+    for (const auto& problem : changes)
         reporter_.report(problem);
-    return changes.isNone();
+    return areNamesKept && changes.empty();
+}
+
+/// A driver may write a name down as another one and find it by both: only a listing tells what
+/// others will find there.
+bool CopyProof::findsNamesKept(std::span<FileCopyResult> rows) {
+    bool areKept = isSessionListed();
+    if (!areKept)
+        reporter_.report({Kind::NameNotKept, session_.native()});
+    std::vector<InventoryEntry> listed;
+    try {
+        // What it cannot list is missing in it.
+        listed = TreeWalker::walk(copies_->folder(), {}, {},
+                                  {.unreadable = {}, .stop = transfer_.stop()});
+    } catch (const CancellationError&) {
+        return false;
+    } catch (const std::exception& failure) {
+        reporter_.reportFailure(Kind::FolderNotRead, copies_->folder().path(), failure);
+        return false;
+    }
+    for (auto& row : rows) {
+        if (row.verifyStatus != VerifyStatus::Verified ||
+            std::ranges::binary_search(listed, row.relativePath, {}, &InventoryEntry::relativePath))
+            continue;
+        areKept = false;
+        markFailed(row, VerifyStatus::Failed);
+        reporter_.report({Kind::NameNotKept, row.relativePath});
+    }
+    return areKept;
+}
+
+bool CopyProof::isSessionListed() const {
+    try {
+        std::filesystem::path parent;
+        for (const auto& part : session_) {
+            const auto names = disk_.below(parent).names();
+            if (!std::binary_search(names.begin(), names.end(), part.native()))
+                return false;
+            parent /= part;
+        }
+        return true;
+    } catch (const PosixError& failure) {
+        reporter_.log("Not listed: " + describe(failure));
+        return false;
+    }
 }
 
 bool CopyProof::findsDiskUndamaged() {
@@ -70,18 +122,20 @@ bool CopyProof::findsDiskUndamaged() {
     return !hasErrors;
 }
 
-FileSystem::Attributes CopyProof::readBack(FileCopyResult& row, int position, int count) {
-    const std::int64_t size = row.sizeBytes;
+FileSystem::Attributes CopyProof::readBack(FileCopyResult& row, int position,
+                                           CopyProgress& progress) {
     std::int64_t bytesRead = 0;
     const auto publishFigures = [&] {
-        reporter_.publish(
-            CopyProgress::verifying(row.relativePath, position, count, bytesRead, size));
+        reporter_.publish(progress.verifying(row.relativePath, position, bytesRead, row.sizeBytes,
+                                             SpeedMeter::Time::clock::now()));
     };
     publishFigures();
     auto proof =
         Verifier::readDestination(transfer_.transfer(), {copies_->folder(), row.relativePath},
-                                  transfer_.watch(row.relativePath, [&](std::size_t bytes) {
-                                      bytesRead += static_cast<std::int64_t>(bytes);
+                                  transfer_.watch(row.relativePath, [&](std::size_t count) {
+                                      const auto bytes = static_cast<std::int64_t>(count);
+                                      bytesRead += bytes;
+                                      progress.add(bytes, SpeedMeter::Time::clock::now());
                                       publishFigures();
                                   }));
     if (proof.mayComeFromMemory)

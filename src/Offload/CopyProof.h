@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Offload/CopyProgress.h"
 #include "Offload/OffloadRows.h"
 #include "Offload/ProvedCopies.h"
 #include "Offload/RunReporter.h"
@@ -38,8 +39,8 @@ public:
     /// whether all were proved. Fails with `CancellationError` when asked to stop between files.
     bool prove(std::span<FileCopyResult> rows);
 
-    /// Whether every copy lies where it was proved, and as it was; else marks and reports. `rows`
-    /// begin with those that were proved.
+    /// Whether every copy lies where it was proved, as it was and under its own name; else marks
+    /// and reports. `rows` begin with those that were proved.
     bool findsCopiesInPlace(std::span<FileCopyResult> rows);
 
     /// Whether the disk met no damage since the run began to write; else reports.
@@ -49,8 +50,10 @@ public:
 
 private:
     /// Gives what the file was like that was read.
-    FileSystem::Attributes readBack(FileCopyResult& row, int position, int count);
+    FileSystem::Attributes readBack(FileCopyResult& row, int position, CopyProgress& progress);
     void noteWhatMemoryKept();
+    bool findsNamesKept(std::span<FileCopyResult> rows);
+    bool isSessionListed() const;
 
     const RootFolder& disk_;
     const std::filesystem::path session_;

@@ -85,6 +85,7 @@ const OffloadProblem* OffloadProblem::decisive(std::span<const OffloadProblem> p
     return found;
 }
 
+// NOLINTNEXTLINE(readability-function-size): one case for each kind, and nothing else.
 std::string OffloadProblem::text(L10n l10n) const {
     const auto about = Text::shortened(Text::visible(subject), kLongestSubject);
     const auto& why = reason.in(l10n);
@@ -101,6 +102,8 @@ std::string OffloadProblem::text(L10n l10n) const {
         return l10n.foldersFellTogether(about);
     case Kind::CopyGone:
         return l10n.copyGone(about);
+    case Kind::NameNotKept:
+        return l10n.nameNotKept(about);
     case Kind::CardChanged:
         return l10n.cardChanged(about);
     case Kind::CameMeanwhile:

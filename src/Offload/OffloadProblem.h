@@ -25,6 +25,9 @@ struct OffloadProblem {
         FoldersFellTogether,
         /// What was proved does not lie where it was copied to any more.
         CopyGone,
+        /// The disk does not list a copy, or the session's folder, under the name that it was
+        /// given.
+        NameNotKept,
         /// A file of the card is not the one that was read any more.
         CardChanged,
         /// A file came to the card after it was looked through, and was not copied.

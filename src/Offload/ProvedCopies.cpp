@@ -30,17 +30,17 @@ void ProvedCopies::noteLists(std::span<const std::string> lists) {
         lists_.push_back(look(list));
 }
 
-ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
-                                                const std::stop_token& stop) {
+std::vector<OffloadProblem> ProvedCopies::findChanges(std::span<FileCopyResult> rows,
+                                                      const std::stop_token& stop) {
     std::set<std::string_view> ours;
     const bool isThere = session_.isStillAtItsPath();
-    Changes changes;
+    std::vector<OffloadProblem> changes;
     if (!isThere)
-        changes.problems.push_back({Kind::CopyGone, session_.path().native()});
+        changes.push_back({Kind::CopyGone, session_.path().native()});
     for (const auto& list : lists_) {
         ours.insert(list.path);
         if (isThere && !isAsNoted(list))
-            changes.problems.push_back({Kind::CopyGone, list.path});
+            changes.push_back({Kind::CopyGone, list.path});
     }
     for (std::size_t index = 0; index < std::min(dates_.size(), rows.size()); ++index) {
         auto& row = rows[index];
@@ -56,11 +56,14 @@ ProvedCopies::Changes ProvedCopies::findChanged(std::span<FileCopyResult> rows,
                 continue;
             markFailed(row, problem->kind == Kind::CopyDiffers ? VerifyStatus::Mismatch
                                                                : VerifyStatus::Failed);
-            changes.problems.push_back(std::move(*problem));
+            changes.push_back(std::move(*problem));
         } catch (const CancellationError&) {
             row.verifyStatus = VerifyStatus::CopiedUnverified;
             row.destSHA256.reset();
-            changes.wasStopped = true;
+            changes.push_back(
+                {Kind::NotReadBack, row.relativePath, BothLanguages::of([](L10n l10n) {
+                     return std::string(l10n.touchedAndStopped());
+                 })});
         }
     }
     return changes;

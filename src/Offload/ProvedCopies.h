@@ -40,27 +40,19 @@ public:
     /// One that cannot be seen is gone.
     void noteLists(std::span<const std::string> lists);
 
-    /// What a look at the copies found.
-    struct Changes {
-        /// One for each copy that is not what it was, or one for the session's folder.
-        std::vector<OffloadProblem> problems;
-        /// Somebody had touched copies, which were not all read back once more.
-        bool wasStopped = false;
-
-        bool isNone() const noexcept { return problems.empty() && !wasStopped; }
-    };
-
     /// Looks whether every copy that `rows` call verified lies where it was proved, as long as it
     /// was and with its date, and marks the rows of others as failed. `rows` have the run's order.
-    /// The lists that were noted must be as they were then. Never fails: what cannot be seen is
-    /// gone.
+    /// The lists that were noted must be as they were then. Gives a problem for each copy or list
+    /// that is not what it was, or one for the session's folder. Never fails: what cannot be seen
+    /// is gone.
     ///
     /// Dates count by the two seconds that the coarsest file systems keep. A copy has its source's
     /// date, which lies before the run, so that whatever is written later stands out. Who writes
     /// may put that date back, but not the one of the last change: a copy that was changed in
     /// whatever way since its proof is read back once more, which proves it anew. Once `stop` is
-    /// requested none is: rows of such copies become unverified.
-    Changes findChanged(std::span<FileCopyResult> rows, const std::stop_token& stop = {});
+    /// requested none is, which is a problem, too: rows of such copies become unverified.
+    std::vector<OffloadProblem> findChanges(std::span<FileCopyResult> rows,
+                                            const std::stop_token& stop = {});
 
 private:
     using Found = std::optional<OffloadProblem>;

@@ -52,7 +52,19 @@ FileDigests hashOpen(Transfer& transfer, const std::shared_ptr<UncachedFile>& fi
 } // namespace
 
 FileDigests hashFile(Transfer& transfer, const FileBeneath& name, const TransferWatch& watch) {
-    return hashOpen(transfer, transfer.open(name), name, watch);
+    const auto file = transfer.open(name);
+    std::int64_t bytes = 0;
+    auto counting = watch;
+    counting.onBytes = [&](std::size_t count) {
+        bytes += static_cast<std::int64_t>(count);
+        if (watch.onBytes)
+            watch.onBytes(count);
+    };
+    auto digests = hashOpen(transfer, file, name, counting);
+    // As when copying; and a driver may end a file before its time.
+    if (const auto size = file->attributes().sizeBytes; size != bytes)
+        throw OffloadError(OffloadError::SizeMismatch{size, bytes});
+    return digests;
 }
 
 CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBeneath& to,

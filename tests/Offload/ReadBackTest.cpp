@@ -1,5 +1,6 @@
 #include "Offload/CopyEngine.h"
 
+#include "Language/L10n.h"
 #include "Offload/ProvedCopies.h"
 #include "Platform/Disks/BlockDevices.h"
 #include "Platform/Disks/DeviceCache.h"
@@ -16,6 +17,9 @@
 using namespace slatewise;
 using namespace slatewise::test;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 namespace {
 
@@ -90,15 +94,15 @@ TEST(ReadBack, ATouchedCopyIsReadOnceMoreAndNoMore) {
     rows[0].sourceSHA256 = independentSha256(copy);
     std::stop_source stopped;
     stopped.request_stop();
-    EXPECT_TRUE(copies.findChanged(rows, stopped.get_token()).isNone());
+    EXPECT_THAT(copies.findChanges(rows, stopped.get_token()), IsEmpty());
     touchRights(copy);
-    const auto changes = copies.findChanged(rows, stopped.get_token());
-    EXPECT_TRUE(changes.wasStopped);
-    EXPECT_TRUE(changes.problems.empty()) << "nothing is known of it";
+    const auto changes = copies.findChanges(rows, stopped.get_token());
+    ASSERT_THAT(changes, SizeIs(1));
+    EXPECT_THAT(changes[0].text(L10n(AppLanguage::English)), HasSubstr("and Stop came before"));
     EXPECT_EQ(rows[0].verifyStatus, VerifyStatus::CopiedUnverified);
     rows[0].verifyStatus = VerifyStatus::Verified;
-    EXPECT_TRUE(copies.findChanged(rows).isNone());
-    EXPECT_TRUE(copies.findChanged(rows, stopped.get_token()).isNone()) << "proved anew";
+    EXPECT_THAT(copies.findChanges(rows), IsEmpty());
+    EXPECT_THAT(copies.findChanges(rows, stopped.get_token()), IsEmpty()) << "proved anew";
 }
 
 TEST(ReadBack, SaysSoWhereAFileLiesAmongTheRecordsOfTheFileSystem) {

@@ -264,6 +264,20 @@ TEST(DamagedCard, WhatCannotBeReadOfAFolderFailsTheRunAndTheRestIsProved) {
     }
 }
 
+TEST(DamagedCard, OneThatTakesNoWritesAnyMoreHasMetDamage) {
+    MountedVolume card(Volume::Ext4, 8 * kMiB);
+    const TemporaryFolder destination;
+    writeFile(card / "good.mov", "1");
+    RunRecord record;
+    const auto turned = atFirst<Phase::Copying>([&] {
+        runPrivileged({"mount", "-o", "remount,ro", card.path()});
+    });
+    const auto outcome =
+        CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(turned), {});
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("reported errors")));
+}
+
 TEST(DamagedCard, ALostAndFoundIsPassedOverOnlyWhereTheFileSystemMadeIt) {
     constexpr uid_t kNobody = 65534;
     const std::vector<std::pair<std::string, OffloadProblem::Kind>> cases = {
@@ -327,12 +341,15 @@ TEST(OtherVolume, BelowACardOrADiskIsNotTakenForIt) {
     }
 }
 
-TEST(DiskWithoutCase, NamesThatBecomeOneFailTheRun) {
+TEST(DiskWithoutCase, NamesThatBecomeOthersFailTheRun) {
     const std::vector<std::pair<std::vector<const char*>, const char*>> cases = {
         {{"A.txt", "a.txt"}, "a.txt: bu diskte aynı adla başka bir dosya duruyor"},
         {{"CLIP/1", "clip/2"}, "Two folders of the card are one folder on this disk: clip"},
         {{"A:1.mov"}, "A:1.mov: bu disk bu ada ya da işleme izin vermiyor"},
         {{"B?/1"}, "B?: bu disk bu ada ya da işleme izin vermiyor"},
+        // Longer than need be, which this driver takes and writes down as others.
+        {{"o\xc1\x81x"}, "The disk does not list o"},
+        {{"\xc0\xae\xc0\xae/1"}, "The disk does not list "},
     };
     const MountedVolume disk(Volume::ExFat, 64 * kMiB);
     for (const auto& [names, problem] : cases) {

@@ -80,6 +80,14 @@ TEST_F(OffloadProgram, AKilledRunIsNeverContinuedOrOverwritten) {
     EXPECT_EQ(std::filesystem::file_size(copy), left);
 }
 
+TEST_F(OffloadProgram, AFileThatEndsBeforeItsTimeIsNotHashed) {
+    environment["LD_PRELOAD"] = programsFolder() / "slatewise-fault-shim.so";
+    environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+    environment["SLATEWISE_FAULT"] = "read 2 -1 " + (folder / "A001/DCIM").native();
+    const auto result = offload({"--quiet", "--hash-only", folder / "A001"}, 1);
+    EXPECT_THAT(result.standardError, HasSubstr("source 3000001, copy 1048576"));
+}
+
 TEST_F(OffloadProgram, AnswersForEveryCardAndDiskThatIsGoneDeadOrSilent) {
     const MountedVolume dead(MountedVolume::FileSystem::ExFat, 8 << 20, "");
     const MountedVolume silent(MountedVolume::FileSystem::ExFat, 8 << 20, "");

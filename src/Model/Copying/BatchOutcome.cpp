@@ -76,6 +76,7 @@ std::string adviceFor(const OffloadProblem& problem, std::string_view button, L1
         return l10n.adviceOtherDisk(button);
     switch (problem.kind) {
     case Kind::FoldersFellTogether:
+    case Kind::NameNotKept:
         return l10n.adviceOtherDisk(button);
     case Kind::CardDiffersFromList:
     case Kind::ListedFileMissing:
@@ -117,8 +118,10 @@ std::vector<OutcomeLine> pairs(const BatchPlan& plan, const BatchResult& result,
     for (std::size_t pair = 0; pair < std::min(planned.size(), result.pairs.size()); ++pair) {
         auto line = lineOf(planned[pair], result.pairs[pair], l10n);
         // A card that was only hashed is told of once: no disk has anything of it.
-        if (lines.empty() || lines.back() != line)
-            lines.push_back(std::move(line));
+        const bool isSameCard = pair > 0 && planned[pair].card.id() == planned[pair - 1].card.id();
+        if (result.wasHashing && isSameCard && lines.back() == line)
+            continue;
+        lines.push_back(std::move(line));
     }
     std::stable_partition(lines.begin(), lines.end(),
                           [](const auto& line) { return line.kind == OutcomeLine::Kind::Bad; });
