@@ -33,6 +33,7 @@ CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunRep
          .leadsNowhere = noteLink(Kind::LinkLeadsNowhere),
          .leadsToNoFile = noteLink(Kind::LinkLeadsToNoFile),
          .stop = stop});
+    hasDeviceMetErrors_ = errors_.hasDeviceMetErrors();
     // People look for them by name; a folder is listed in whatever order its disk has.
     std::ranges::sort(links, {}, &OffloadProblem::subject);
     for (auto& link : links)
@@ -49,6 +50,7 @@ CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunRep
 
 bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
     FinalLook::CardChanges changes;
+    const FileSystemErrors again(card_.path());
     try {
         changes = FinalLook::findChanges(card_, entries_, skipNames_,
                                          [this](const std::string& folder, int code) {
@@ -59,7 +61,7 @@ bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
         reporter_.reportFailure(Kind::FolderNotRead, card_.path(), failure);
         return false;
     }
-    noteErrors();
+    noteErrors(again);
     // Of what lies there nobody knows whether it changed; the folder itself is told.
     std::erase_if(changes.files, [this](const auto& file) { return liesInFolderNotRead(file); });
     for (auto& row : rows) {
@@ -75,15 +77,18 @@ bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
     return changes.isEmpty();
 }
 
-/// Drivers pass over damage in a folder without a word to whoever lists it.
-void CardInventory::noteErrors() {
+/// Drivers pass over damage in a folder without a word to whoever lists it. `again` was taken
+/// before the last look.
+void CardInventory::noteErrors(const FileSystemErrors& again) {
     // The last folder was listed only just now.
     constexpr std::chrono::milliseconds kPatience{100};
     if (!isWhole_)
         return;
-    if (errors_.hasDeviceMetErrors())
+    // A refusal comes once; what cannot be read fails each time that it is read.
+    const bool isDamaged = hasDeviceMetErrors_ && again.hasDeviceMetErrors();
+    if (!isDamaged && errors_.hasDeviceMetErrors())
         reporter_.report({Kind::DeviceErrors, card_.path().native()});
-    if (!errors_.haveGrown(kPatience))
+    if (!isDamaged && !errors_.haveGrown(kPatience))
         return;
     isWhole_ = false;
     reporter_.report({Kind::FileSystemErrors, card_.path().native()});

@@ -42,7 +42,7 @@ public:
 private:
     void noteUnreadable(const std::string& path, int code);
     bool liesInFolderNotRead(const std::string& path) const;
-    void noteErrors();
+    void noteErrors(const FileSystemErrors& again);
 
     const RootFolder& card_;
     const SkipNames skipNames_;
@@ -53,6 +53,8 @@ private:
     std::vector<InventoryEntry> entries_;
     std::vector<const InventoryEntry*> copyList_;
     std::int64_t totalBytes_ = 0;
+    /// While the card was listed for the first time.
+    bool hasDeviceMetErrors_ = false;
 };
 
 } // namespace slatewise

@@ -5,6 +5,7 @@
 
 #include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 
 #include <fstream>
 #include <thread>
@@ -20,8 +21,18 @@ std::optional<std::int64_t> numberIn(const std::filesystem::path& file) {
     return std::nullopt;
 }
 
-bool isReadOnly(dev_t device) {
+bool isDeviceReadOnly(dev_t device) {
     return numberIn("/sys/dev/block/" + BlockDevices::text(device) + "/ro") == 1;
+}
+
+bool takesNoWrites(const std::filesystem::path& path) {
+    struct statvfs facts {};
+    return ::statvfs(path.c_str(), &facts) == 0 && (facts.f_flag & ST_RDONLY) != 0;
+}
+
+bool isAskedOfItsDevice(std::uint32_t fileSystem) {
+    return fileSystem == MSDOS_SUPER_MAGIC || fileSystem == UDF_SUPER_MAGIC ||
+           fileSystem == ISOFS_SUPER_MAGIC;
 }
 
 /// As the item itself tells: where files have numbers that stand for no device, nothing is counted.
@@ -33,10 +44,11 @@ dev_t deviceOf(const std::filesystem::path& path) {
 
 } // namespace
 
-FileSystemErrors::FileSystemErrors(const std::filesystem::path& path) {
+FileSystemErrors::FileSystemErrors(const std::filesystem::path& path)
+    : path_(path), wasReadOnly_(takesNoWrites(path)) {
     const auto fileSystem = FileSystemType::under(path);
     const auto device = deviceOf(path);
-    if (fileSystem == MSDOS_SUPER_MAGIC) {
+    if (isAskedOfItsDevice(fileSystem)) {
         device_.emplace(device);
         areNotCounted_ = !device_->areCounted();
     }
@@ -46,11 +58,13 @@ FileSystemErrors::FileSystemErrors(const std::filesystem::path& path) {
     counter_ = "/sys/fs/ext4" / BlockDevices::folderOf(device).filename() / "errors_count";
     const auto count = numberIn(counter_);
     before_ = count.value_or(0);
-    areNotCounted_ = !count || isReadOnly(device);
+    areNotCounted_ = !count || isDeviceReadOnly(device);
 }
 
 bool FileSystemErrors::haveGrown(std::chrono::milliseconds patience) const {
     constexpr std::chrono::milliseconds kPause{10};
+    if (!wasReadOnly_ && takesNoWrites(path_))
+        return true;
     if (counter_.empty())
         return false;
     const auto end = std::chrono::steady_clock::now() + patience;

@@ -54,17 +54,6 @@ std::string askRecords(dev_t device) {
     return {};
 }
 
-/// Of the device, or of the disk that it is a part of.
-std::uint64_t mediumIn(dev_t device) {
-    const auto folder = "/sys/dev/block/" + nameOf(device);
-    for (const auto* place : {"/diskseq", "/../diskseq"}) {
-        std::uint64_t number = 0;
-        if (std::ifstream(folder + place) >> number)
-            return number;
-    }
-    return 0;
-}
-
 } // namespace
 
 std::optional<FolderIdentity> FolderIdentity::of(int descriptor) noexcept {
@@ -89,6 +78,17 @@ std::optional<FolderIdentity> FolderIdentity::of(int descriptor) noexcept {
 std::optional<FolderIdentity> FolderIdentity::at(const std::filesystem::path& path) noexcept {
     const FileDescriptor folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     return folder ? of(folder.get()) : std::nullopt;
+}
+
+/// Of the device, or of the disk that it is a part of.
+std::uint64_t FolderIdentity::mediumIn(dev_t device) noexcept {
+    const auto folder = "/sys/dev/block/" + nameOf(device);
+    for (const auto* place : {"/diskseq", "/../diskseq"}) {
+        std::uint64_t number = 0;
+        if (std::ifstream(folder + place) >> number)
+            return number;
+    }
+    return 0;
 }
 
 bool FolderIdentity::isSame(const FolderIdentity& other) const noexcept {

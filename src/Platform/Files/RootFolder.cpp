@@ -8,6 +8,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -44,6 +45,8 @@ RootFolder::RootFolder(std::filesystem::path path)
     : path_(std::move(path)), descriptor_(::open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
     if (!descriptor_)
         throw PosixError("open", path_, errno);
+    if (const auto facts = statusOf(descriptor_))
+        medium_ = FolderIdentity::mediumIn(facts->st_dev);
 }
 
 RootFolder RootFolder::below(const std::filesystem::path& relative) const {
@@ -61,7 +64,9 @@ bool RootFolder::isStillAtItsPath() const noexcept {
     struct statx found {};
     return askAgain(descriptor_.get(), "", AT_EMPTY_PATH, held) &&
            askAgain(AT_FDCWD, path_.c_str(), 0, found) && held.stx_ino == found.stx_ino &&
-           held.stx_dev_major == found.stx_dev_major && held.stx_dev_minor == found.stx_dev_minor;
+           held.stx_dev_major == found.stx_dev_major && held.stx_dev_minor == found.stx_dev_minor &&
+           (medium_ == 0 ||
+            medium_ == FolderIdentity::mediumIn(makedev(held.stx_dev_major, held.stx_dev_minor)));
 }
 
 FileDescriptor RootFolder::open(const std::filesystem::path& relative, int flags,

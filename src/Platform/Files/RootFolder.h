@@ -43,7 +43,9 @@ public:
     /// By which the folder was opened; for messages.
     const std::filesystem::path& path() const noexcept { return path_; }
 
-    /// Whether its path leads to this very folder now. Never fails.
+    /// Whether its path leads to this very folder now, and, of one that was opened by its path, the
+    /// drive holds the same medium still: a card that is exchanged in its reader leaves its mount
+    /// behind. Never fails.
     bool isStillAtItsPath() const noexcept;
 
     /// Opens with the flags of `open`; "" or "." is the folder itself. New files are readable by
@@ -130,6 +132,8 @@ private:
 
     std::filesystem::path path_;
     FileDescriptor descriptor_;
+    /// 0 when unknown.
+    std::uint64_t medium_ = 0;
 };
 
 /// A file by its name below a folder that is held open. Refers to the folder.

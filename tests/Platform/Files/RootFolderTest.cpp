@@ -1,5 +1,6 @@
 #include "Platform/Files/RootFolder.h"
 
+#include "Platform/Disks/BlockDevices.h"
 #include "Platform/Error.h"
 #include "support/Files.h"
 #include "support/Process.h"
@@ -115,4 +116,25 @@ TEST(RootFolder, StaysTheFolderThatWasOpened) {
     root.createFolders("new");
     EXPECT_TRUE(std::filesystem::exists(place / "elsewhere/new"));
     EXPECT_FALSE(std::filesystem::exists(place / "disk/new"));
+}
+
+// A reader may keep its device, and the system its mount, while another card is put in.
+TEST(RootFolder, IsNotAtItsPathOnceAnotherMediumIs) {
+    const TemporaryFolder place;
+    for (const auto* medium : {"one", "other"}) {
+        runPrivileged({"truncate", "--size=16M", place / medium});
+        runPrivileged({"mkfs.ext4", "-q", place / medium});
+    }
+    std::filesystem::create_directory(place / "disk");
+    runPrivileged({"mount", "-o", "loop,ro", place / "one", place / "disk"});
+    {
+        const RootFolder root(place / "disk");
+        EXPECT_TRUE(root.isStillAtItsPath());
+        runPrivileged({"python3", "-c",
+                       "import fcntl, os, sys; device, medium = (os.open(name, os.O_RDONLY) for "
+                       "name in sys.argv[1:]); fcntl.ioctl(device, 0x4C06, medium)",
+                       BlockDevices::pathUnder(place / "disk"), place / "other"});
+        EXPECT_FALSE(root.isStillAtItsPath());
+    }
+    runPrivileged({"umount", place / "disk"});
 }
