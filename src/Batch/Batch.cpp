@@ -9,7 +9,6 @@
 #include "Offload/CopyEngine.h"
 #include "Offload/ReportNames.h"
 #include "Platform/Error.h"
-#include "Platform/Text.h"
 #include "Platform/Worker.h"
 #include "Service/OutboxDrainer.h"
 #include "Storage/AppLog.h"
@@ -163,11 +162,18 @@ QCoro::Task<std::optional<std::string>> Batch::findObstacle() {
                   find = surroundings_.findObstacle]() noexcept {
             *opening = BatchOpening::of(plan, disks, find);
         });
-    const auto ending = waitForEnd(std::move(looking), stop_.get_token());
-    co_await ending;
+    // Folders of many reports are looked through.
+    constexpr int kTimesAsLong = 6;
+    const auto ending = waitForEnd(std::move(looking), stop_.get_token(),
+                                   {.patience = kTimesAsLong * surroundings_.patience});
+    const bool hasEnded = co_await ending;
     if (stop_.stop_requested()) {
         AppLog::append("Offload not begun: stopped");
         co_return std::string(plan_.l10n().cancelled());
+    }
+    if (!hasEnded) {
+        AppLog::append("Offload not begun: the archive or a disk does not answer");
+        co_return std::string(plan_.l10n().nothingAnswers());
     }
     archive_ = std::move(opening->archive);
     co_return opening->obstacle;
@@ -275,15 +281,13 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         work->lists.settle(pair, *outcome, work->mail.observer().problem);
         if (copies)
             copies->noteLists(outcome->hashLists);
-        const auto [inArchive, onDestination, shown, filesProved, wasStopped] =
+        const auto [inArchive, onDestination, shown, filesProved] =
             PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
                               work->mail.observer().problem, self->stop_.get_token(),
                               [work] { return work->isGivenUp.load(); });
         result.status = outcome->status;
         if (result.runStatus != OutcomeStatus::Hashed)
             result.filesDone = filesProved;
-        if (wasStopped)
-            result.runStatus = OutcomeStatus::Failed;
         if (!endedWell(result.status)) {
             result.message = self->reasonOf(pair, *outcome, *result.runStatus);
             result.failure =

@@ -28,8 +28,7 @@ struct PairResult {
 
     /// Failed whenever anything after the run failed too.
     OutcomeStatus status = OutcomeStatus::Failed;
-    /// What the run itself came to: failed, too, where a stop left copies unproved that somebody
-    /// has touched since. Empty when it was never begun or came to nothing.
+    /// What the run itself came to. Empty when it was never begun or came to nothing.
     std::optional<OutcomeStatus> runStatus;
     /// Where the footage lies; empty when nothing was made there.
     std::filesystem::path sessionRoot;

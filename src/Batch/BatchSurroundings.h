@@ -24,7 +24,8 @@ struct BatchSurroundings {
                                  std::stop_token)>
         runEngine = CopyEngine::run;
 
-    /// How long a card or a disk may take to answer before the batch begins without it.
+    /// How long a card or a disk may take to answer before the batch begins without it. The look
+    /// for obstacles may take six times as long, or nothing is begun.
     std::chrono::milliseconds patience = std::chrono::seconds(10);
 
     /// Throws when the volume stays. Empty: nothing is ejected.

@@ -19,8 +19,6 @@ struct Folders {
     std::filesystem::path shown;
     /// Files that are still what was proved.
     int filesProved = 0;
-    /// A stop left open whether copies that somebody has touched still are that.
-    bool wasStopped = false;
 };
 
 /// Is told what a person must know.

@@ -71,6 +71,7 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
         hasAnswered = true;
         return found;
     };
+    desk.surroundings.patience = std::chrono::milliseconds(300);
     start();
     desk.selectCard(card, "CamA");
     desk.model().batch()->start();
@@ -96,9 +97,18 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     EXPECT_FALSE(batch.hasVerdict());
     EXPECT_EQ(batch.advice(), "");
     EXPECT_TRUE(batch.lastOffload().startsWith("Last offload: verified"));
-    mayAnswer = true;
-    mayAnswer.notify_all();
-    Desk::waitUntil([&] { return hasAnswered.load(); });
+    const auto answer = [&] {
+        mayAnswer = true;
+        mayAnswer.notify_all();
+        Desk::waitUntil([&] { return hasAnswered.load(); });
+    };
+    answer();
+    // Nor is it waited for without end by those who do not stop it.
+    mayAnswer = false;
+    hasAnswered = false;
+    desk.copy();
+    EXPECT_EQ(title(), "The reports folder or a disk does not answer.");
+    answer();
 }
 
 // Outside the kernel a file system is a program, which may be killed or just not answer.

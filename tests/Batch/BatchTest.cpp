@@ -269,7 +269,7 @@ TEST_F(BatchOfCards, CancelsBeforeInAndBehindARun) {
         {BeforeTheRun, "Cancelled.", 0},
         {WhileCopying, "Verification did not finish", 1},
         {WhileReporting, "Cancelled.", 1},
-        {WhileReadingAgain, "Verification did not finish", 1},
+        {WhileReadingAgain, "The copy of A.mov could not be read back: it was touched", 1},
     };
     for (const auto& [moment, message, sessions] : cases) {
         SCOPED_TRACE(moment);
@@ -306,6 +306,13 @@ TEST_F(BatchOfCards, CancelsBeforeInAndBehindARun) {
         const std::string ended = moment == WhileReporting ? "SSD2" : "SSD1";
         EXPECT_EQ(linesOfLogWith("Offload failed card=A001 dest=" + ended), 1);
         EXPECT_THAT(desk.model().recentSessions(), SizeIs(sessions));
+        if (moment == WhileCopying) {
+            const auto page = result().pairs.at(0).page;
+            ASSERT_TRUE(page);
+            EXPECT_THAT(readFile(page->parent_path() / "manifest.json"),
+                        HasSubstr("Stopped by the user"))
+                << "whoever reads it was not there";
+        }
         EXPECT_EQ(result().pairs.at(1).status, OutcomeStatus::Failed)
             << "the second disk is not begun";
         EXPECT_TRUE(desk.model().state().board.selection(VolumeSide::Card).contains("dev-A001"));

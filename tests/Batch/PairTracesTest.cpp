@@ -81,6 +81,29 @@ TEST_F(BatchOfCards, NoSetStandsAnywhereBeforeAllIsKnown) {
     }
 }
 
+TEST_F(BatchOfCards, TheServiceIsToldWhatBecameOfTheReportsInTheEnd) {
+    start();
+    for (const auto* folder : {"A001", "SSD1/reports"})
+        std::filesystem::create_directories(desk.folder / folder);
+    BatchPlan plan;
+    BatchPair pair;
+    pair.cardFolder = std::make_shared<const RootFolder>(desk.folder / "A001");
+    pair.destinationFolder = std::make_shared<const RootFolder>(desk.folder / "SSD1");
+    pair.archiveFolder = std::make_shared<const RootFolder>(desk.folder / "SSD1/reports");
+    OffloadOutcome outcome;
+    outcome.sessionID = Uuid::random();
+    outcome.status = OutcomeStatus::Verified;
+    // The last moment at which all is well.
+    const auto goAway = [&] {
+        std::filesystem::rename(desk.folder / "SSD1/reports", desk.folder / "SSD1/gone");
+        return false;
+    };
+    PairTraces::leave(plan, pair, outcome, nullptr, *openUserStore(), {}, {}, goAway);
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+    EXPECT_THAT(openUserStore()->pendingOutbox().back().payload,
+                AllOf(HasSubstr("\"failed\""), Not(HasSubstr("\"verified\""))));
+}
+
 TEST_F(BatchOfCards, ASessionThatCannotBeStoredIsANoteAndWaitsForTheServiceAllTheSame) {
     disks = {desk.mountDisk("SSD1")};
     const auto card = desk.mountCard("A001");
