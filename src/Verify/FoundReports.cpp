@@ -9,16 +9,27 @@
 #include "Verify/SessionFolder.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <optional>
 #include <utility>
 
 namespace slatewise::Verify {
 
 namespace {
 
-bool isFolder(const std::filesystem::path& path) {
-    const auto attributes = FileSystem::attributesIfAny(path);
-    return attributes && attributes->type == FileSystem::ItemType::Folder;
+using ItemType = FileSystem::ItemType;
+
+/// Empty when nothing is there. Fails with `PosixError` where that cannot be told: what cannot be
+/// looked at may be there.
+std::optional<ItemType> typeOf(const std::filesystem::path& path) {
+    try {
+        return FileSystem::attributes(path).type;
+    } catch (const PosixError& failure) {
+        if (failure.code() != ENOENT && failure.code() != ENOTDIR)
+            throw;
+        return std::nullopt;
+    }
 }
 
 /// Whether a set without a readable manifest may be the session's: most are named after the card,
@@ -56,11 +67,11 @@ std::optional<std::string> placeOf(const SessionManifest& manifest,
     return inside + "/";
 }
 
-/// One that is in work lies under a name with a dot, and is none yet.
-bool hasList(const std::filesystem::path& set) {
-    return !set.filename().native().starts_with('.') &&
-           (FileSystem::exists(set / ReportNames::manifest) ||
-            FileSystem::exists(set / ReportNames::checksums));
+/// Fails as `typeOf` does.
+bool isSet(const std::filesystem::path& folder) {
+    return typeOf(folder) == ItemType::Folder &&
+           (typeOf(folder / ReportNames::manifest) || typeOf(folder / ReportNames::checksums) ||
+            typeOf(folder / ReportNames::inventory));
 }
 
 /// Whether the folder came into being while this run went on, by the clock of that day. Manifests
@@ -107,14 +118,17 @@ public:
 
 private:
     void seekIn(const std::filesystem::path& disk, const std::filesystem::path& folder) {
-        if (!isFolder(folder))
+        if (typeOf(folder) != ItemType::Folder)
             return;
         for (const auto& name : RootFolder(folder).names()) {
             const auto set = folder / name;
-            if (set == tree_.root || !isFolder(set) || !hasList(set))
+            // One that is in work lies under a name with a dot, and is none yet.
+            if (set == tree_.root || name.starts_with('.'))
                 continue;
             const auto list = set / ReportNames::manifest;
             try {
+                if (!isSet(set))
+                    continue;
                 auto manifest = readManifest(list);
                 tree_.sets.insert(set);
                 take(set, std::move(manifest), disk);
