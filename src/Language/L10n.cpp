@@ -118,9 +118,9 @@ std::string L10n::offloadedBefore(Text date, Text disks) const {
 }
 
 std::string L10n::offloadedAndChanged(Text date, Text disks) const {
-    // The disks come last: they are what a narrow row may cut.
-    return said(isTurkish(), "Offloaded {}, differs from what would be copied now → {}",
-                "Kopyalandı: {}, şimdi kopyalanacak olandan farklı → {}", date, disks);
+    // The word that matters comes first, and the disks last: they are what a narrow row may cut.
+    return said(isTurkish(), "Differs from offload of {} → {}", "Kopyalanandan farklı: {} → {}",
+                date, disks);
 }
 
 std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {

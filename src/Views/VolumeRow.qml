@@ -139,18 +139,20 @@ T.ItemDelegate {
                 id: subtitleText
                 objectName: "subtitle"
                 width: parent.width
-                text: row.subtitle
+                // That a card was offloaded before has all the room there is.
+                text: row.past || row.subtitle
                 font.pixelSize: DITTheme.caption
                 color: row.warns ? DITTheme.dangerText : DITTheme.secondary
                 Accessible.ignored: true
             }
             AppText {
                 id: pathText
+                objectName: "path"
                 width: parent.width
                 // Two cards of one name are told apart by the end of their paths.
-                text: row.past ? row.past + "  ·  " + row.path : row.path
+                text: row.past && row.subtitle ? row.subtitle + "  ·  " + row.path : row.path
                 font.pixelSize: DITTheme.caption2
-                color: row.past ? DITTheme.secondary : DITTheme.tertiary
+                color: DITTheme.tertiary
                 elide: Text.ElideMiddle
                 Accessible.ignored: true
             }

@@ -123,7 +123,8 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
     desk.unmount("dev-copy");
     writeFile(desk.folder / "A001/B.mov", "5");
     desk.start();
-    Desk::waitUntil(says(", differs from what would be copied now → SSD1, SSD2"));
+    Desk::waitUntil(says("Differs from offload of "));
+    EXPECT_TRUE(says(" → SSD1, SSD2")());
     // Another card with as many bytes.
     std::filesystem::remove(desk.folder / "A001/B.mov");
     std::filesystem::last_write_time(desk.folder / "A001/A.mov", time + std::chrono::seconds(2));

@@ -199,6 +199,19 @@ ViewCase {
         verify(!find("total", find("disks")).visible)
     }
 
+    // It shares its line with nothing, and the row does not grow by it.
+    function test_a_card_says_that_it_was_offloaded_before() {
+        const line = row("cards", 0)
+        tryVerify(() => find("subtitle", line).text !== "")
+        const size = find("subtitle", line).text
+        const [height, path] = [line.height, find("path", line).text]
+        line.past = "Differs from offload of Mar 1, 2026 → SSD1, SSD2"
+        compare(find("subtitle", line).text, line.past)
+        compare(find("path", line).text, size + "  ·  " + path)
+        compare(line.height, height)
+        verify(line.Accessible.name.includes(size + ", " + line.past + ", " + path))
+    }
+
     function test_a_card_says_what_it_lacks() {
         verify(!find("unitPrompt", row("cards", 0)).visible)
         verify(find("unitBadge", row("cards", 0)).visible)
