@@ -1,7 +1,7 @@
 #include "Reports/EssenceText.h"
 
 #include "Offload/TimecodeFormat.h"
-#include "Platform/Text.h"
+#include "Reports/ReportText.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -52,15 +52,10 @@ private:
     std::vector<std::string> facts_;
 };
 
-std::optional<std::string> rateText(const std::optional<double>& rate) {
-    return rate ? std::optional(TimecodeFormat::fpsString(*rate)) : std::nullopt;
-}
-
-/// A plain number with the decimal mark of the language.
-std::optional<std::string> inWordsOf(AppLanguage language, std::optional<std::string> number) {
-    if (number && language == AppLanguage::Turkish)
-        number = Text::replaced(*number, ".", ",");
-    return number;
+std::optional<std::string> rateText(const std::optional<double>& rate, AppLanguage language) {
+    if (!rate)
+        return std::nullopt;
+    return ReportText::number(TimecodeFormat::fpsString(*rate), language);
 }
 
 std::string identity(const ClipEssence& essence) {
@@ -81,12 +76,12 @@ std::string dayAndPlace(const ClipEssence& essence) {
 std::string technicalFacts(const ClipEssence& essence, AppLanguage language) {
     std::optional<std::string> shutter;
     if (essence.shutterDegrees)
-        shutter = fmt::format("{:.1f}", *essence.shutterDegrees);
+        shutter = ReportText::number(fmt::format("{:.1f}", *essence.shutterDegrees), language);
     Facts facts;
-    facts.add(inWordsOf(language, rateText(essence.projectFps)), "{} fps");
+    facts.add(rateText(essence.projectFps, language), "{} fps");
     facts.add(essence.gamma);
     facts.add(essence.whiteBalanceK, "{}K");
-    facts.add(inWordsOf(language, shutter), "shutter {}°");
+    facts.add(shutter, "shutter {}°");
     facts.add(essence.exposureIndex, "EI {}");
     return facts.joined(separator);
 }
@@ -107,13 +102,14 @@ std::optional<double> unusualSensorFps(const ClipEssence& essence, const ClipEss
     return essence.sensorFps;
 }
 
-std::string deviations(const ClipEssence& essence, const ClipEssence& common) {
+std::string deviations(const ClipEssence& essence, const ClipEssence& common,
+                       AppLanguage language) {
     Facts facts;
     if (!common.lookName)
         facts.add(essence.lookName);
     if (!common.exposureIndex)
         facts.add(essence.exposureIndex, "EI {}");
-    facts.add(rateText(unusualSensorFps(essence, common)), "sensor {} fps");
+    facts.add(rateText(unusualSensorFps(essence, common), language), "sensor {} fps");
     return facts.joined(separator);
 }
 
@@ -157,11 +153,12 @@ std::vector<std::string> cardLines(const ClipEssence& essence, AppLanguage langu
     return lines;
 }
 
-std::vector<std::string> clipLines(const ClipEssence& essence, const ClipEssence& common) {
+std::vector<std::string> clipLines(const ClipEssence& essence, const ClipEssence& common,
+                                   AppLanguage language) {
     std::vector<std::string> lines;
     addLine(lines, recordLabel(essence).value_or(""));
     addLine(lines, resolutionLabel(essence).value_or(""));
-    addLine(lines, deviations(essence, common));
+    addLine(lines, deviations(essence, common, language));
     return lines;
 }
 

@@ -25,6 +25,7 @@ std::optional<std::string> resolutionLabel(const ClipEssence& essence);
 std::vector<std::string> cardLines(const ClipEssence& essence, AppLanguage language);
 
 /// One clip's facts, without what `common` says already for the whole card.
-std::vector<std::string> clipLines(const ClipEssence& essence, const ClipEssence& common);
+std::vector<std::string> clipLines(const ClipEssence& essence, const ClipEssence& common,
+                                   AppLanguage language);
 
 } // namespace slatewise::EssenceText

@@ -55,6 +55,10 @@ std::string fileModified(Instant moment) {
     return Clock::localDateTime(moment);
 }
 
+std::string number(std::string plain, AppLanguage language) {
+    return language == AppLanguage::Turkish ? Text::replaced(plain, ".", ",") : plain;
+}
+
 std::string formatClipDate(std::string_view text, AppLanguage language) {
     const auto trimmed = Text::trimmed(text);
     const auto [date, zone] = withoutZone(trimmed);
@@ -73,8 +77,9 @@ std::string formatClipDate(std::string_view text, AppLanguage language) {
     return trimmed;
 }
 
-std::vector<std::string> timingLines(const ManifestFile& file) {
-    auto rates = TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).text;
+std::vector<std::string> timingLines(const ManifestFile& file, AppLanguage language) {
+    auto rates = number(
+        TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).text, language);
     if (file.media->timecodeDropFrame)
         rates += *file.media->timecodeDropFrame ? "  DF" : "  NDF";
 

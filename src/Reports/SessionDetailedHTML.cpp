@@ -26,8 +26,9 @@ Lines orDash(Lines lines) {
     return lines.empty() ? Lines{"—"} : lines;
 }
 
-Lines clipText(const ManifestFile& file, const ClipEssence& common) {
-    return file.media->essence ? EssenceText::clipLines(*file.media->essence, common) : Lines();
+Lines clipText(const ManifestFile& file, const ClipEssence& common, AppLanguage language) {
+    return file.media->essence ? EssenceText::clipLines(*file.media->essence, common, language)
+                               : Lines();
 }
 
 class DetailedReport : public HtmlReport {
@@ -86,11 +87,11 @@ protected:
             TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate).mismatch;
         const auto hash = file.sourceSHA256.value_or("");
         page.raw("\n<span class=\"cell\">")
-            .escapedLines(orDash(clipText(file, common_)))
+            .escapedLines(orDash(clipText(file, common_, l10n().language())))
             .raw("</span>\n<span class=\"cell")
             .raw(isMismatch ? " fps mismatch" : "")
             .raw("\">")
-            .escapedLines(orDash(ReportText::timingLines(file)))
+            .escapedLines(orDash(ReportText::timingLines(file, l10n().language())))
             .raw("</span>\n<span class=\"cell ")
             .raw(styleOf(file.verifyStatus))
             .raw("\">")

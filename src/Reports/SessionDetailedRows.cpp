@@ -56,8 +56,9 @@ Row outline(const ReportNode& node, const ClipEssence& common, const L10n& l10n,
         row.clip = row.status = l10n.fileCount(node.fileCount);
     } else {
         if (node.file->media->essence)
-            row.clip = onLines(EssenceText::clipLines(*node.file->media->essence, common));
-        row.timing = onLines(ReportText::timingLines(*node.file));
+            row.clip = onLines(
+                EssenceText::clipLines(*node.file->media->essence, common, l10n.language()));
+        row.timing = onLines(ReportText::timingLines(*node.file, l10n.language()));
         row.status = statusText(*node.file);
     }
     row.lines = std::max({lineCount(row.name), lineCount(row.clip), lineCount(row.timing),

@@ -6,6 +6,7 @@
 #include "Platform/Files/FileSystem.h"
 #include "Reports/HtmlReport.h"
 #include "Reports/HtmlStyle.h"
+#include "Reports/ReportText.h"
 
 namespace slatewise::SessionHTML {
 
@@ -97,14 +98,15 @@ private:
         page.raw("</span>");
     }
 
-    static void renderTiming(HtmlText& page, const ManifestFile& file) {
+    void renderTiming(HtmlText& page, const ManifestFile& file) const {
         const auto range =
             TimecodeFormat::range(file.media->timecodeStart, file.media->timecodeEnd);
         const bool hasTimecode = range != kNothing;
         const auto rates = TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate);
         cell(page, hasTimecode ? "tc" : "muted", range);
         cell(page, hasTimecode ? "dur" : "muted", displayDuration(file));
-        cell(page, rateClass(rates.mismatch, hasTimecode), rates.text);
+        cell(page, rateClass(rates.mismatch, hasTimecode),
+             ReportText::number(rates.text, l10n().language()));
         cell(page, hasTimecode ? "df" : "muted", dropFrameText(file.media->timecodeDropFrame));
     }
 };

@@ -80,14 +80,14 @@ std::string dropFrameText(const std::optional<bool>& isDropFrame) {
     return *isDropFrame ? "DF" : "NDF";
 }
 
-void describeFile(const ManifestFile& file, Row& row) {
+void describeFile(const ManifestFile& file, AppLanguage language, Row& row) {
     const auto rates = TimecodeFormat::capTC(file.media->captureFps, file.media->timecodeRate);
     row.action = rawValue(file.action);
     row.verify = rawValue(file.verifyStatus);
     row.fate = file.verifyStatus;
     row.tc = TimecodeFormat::range(file.media->timecodeStart, file.media->timecodeEnd);
     row.dur = displayDuration(file);
-    row.fps = rates.text;
+    row.fps = ReportText::number(rates.text, language);
     row.fpsMismatch = rates.mismatch;
     row.df = dropFrameText(file.media->timecodeDropFrame);
     row.hash = file.sourceSHA256.value_or(std::string(TimecodeFormat::missing));
@@ -105,7 +105,7 @@ Row describe(const ReportNode& node, const L10n& l10n, int depth) {
         row.action = l10n.fileCount(node.fileCount);
         row.tc = row.dur = row.fps = row.df = TimecodeFormat::missing;
     } else {
-        describeFile(*node.file, row);
+        describeFile(*node.file, l10n.language(), row);
     }
     return row;
 }

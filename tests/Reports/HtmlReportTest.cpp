@@ -22,9 +22,9 @@ std::string unstyled(const std::string& page) {
     return page.substr(0, begin) + page.substr(end);
 }
 
-std::string standardRow(const ManifestFile& row, int depth = 0) {
+std::string standardRow(const ManifestFile& row, int depth = 0, AppLanguage language = kEnglish) {
     const auto nodes = ReportTree::build({&row, 1});
-    return SessionHTML::renderNode(nodes.front(), kEnglish, depth);
+    return SessionHTML::renderNode(nodes.front(), language, depth);
 }
 
 std::string detailedRow(const ManifestFile& row, const ClipEssence& common = {}, int depth = 0) {
@@ -141,6 +141,8 @@ TEST(SessionHTML, RowsMuteWhatIsNotKnown) {
         }
         EXPECT_THAT(standardRow(row), HasSubstr(cell));
     }
+    EXPECT_THAT(standardRow(copiedClip("a.mov", 23.976, 23.98), 0, kTurkish),
+                HasSubstr("<span class=\"fps\">23,976 / 23,98</span>"));
 }
 
 TEST(SessionHTML, AnEmptySessionIsAWholePageThatNamesNoFolderThatHashingDidNotMake) {

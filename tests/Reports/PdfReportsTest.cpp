@@ -180,6 +180,7 @@ TEST_P(EachPdfReport, KeepEveryTextInItsCell) {
     for (const auto language : {kEnglish, kTurkish}) {
         int cutNames = 0;
         int wholeFates = 0;
+        int rates = 0;
         for (const auto& word : pdfWords(write(GetParam(), language))) {
             const double tableTop = word.page == 1 ? 95 : 35;
             const bool isInTable = word.top > tableTop;
@@ -187,11 +188,13 @@ TEST_P(EachPdfReport, KeepEveryTextInItsCell) {
             const auto edge = std::upper_bound(edges.begin(), edges.end(), word.left);
             ASSERT_TRUE(edge != edges.begin() && edge != edges.end()) << word.text;
             wholeFates += word.text == "copied_unverified" || word.text == "unverified" ? 1 : 0;
+            rates += word.text.ends_with(language == kTurkish ? "23,976" : "23.976") ? 1 : 0;
             EXPECT_LE(word.right, isInRow ? *edge - 3.5 : edges.back()) << word.text;
             if (edge == edges.begin() + 1 && isInRow)
                 cutNames += word.text.find("…") == std::string::npos ? 0 : 1;
         }
         EXPECT_EQ(wholeFates, 1) << "a fate is never cut";
+        EXPECT_EQ(rates, 1) << "with the decimal mark of the language";
         EXPECT_EQ(cutNames, 5) << "at every depth and in every script";
     }
 }

@@ -91,20 +91,21 @@ TEST(ReportText, ReadsDatesAsCamerasWriteThem) {
 
 TEST(ReportText, TimingLeavesOutWhatSaysNothing) {
     ManifestFile file;
-    EXPECT_THAT(ReportText::timingLines(file), IsEmpty());
+    EXPECT_THAT(ReportText::timingLines(file, kEnglish), IsEmpty());
     file.media.edit().durationTC = " ";
     file.media.edit().timecodeDropFrame = true;
-    EXPECT_THAT(ReportText::timingLines(file), ElementsAre("—  DF"));
+    EXPECT_THAT(ReportText::timingLines(file, kEnglish), ElementsAre("—  DF"));
     file.media.edit().timecodeStart = "01:00:00:00";
     file.media.edit().timecodeEnd = "01:00:10:00";
     file.media.edit().durationTC = "00:00:10:00";
     file.media.edit().captureFps = 25;
     file.media.edit().timecodeRate = 23.976;
     file.media.edit().timecodeDropFrame = false;
-    EXPECT_THAT(ReportText::timingLines(file),
+    EXPECT_THAT(ReportText::timingLines(file, kEnglish),
                 ElementsAre("01:00:00:00 → 01:00:10:00", "00:00:10:00", "25 / 23.976  NDF"));
     file.media.edit().timecodeDropFrame.reset();
-    EXPECT_EQ(ReportText::timingLines(file).back(), "25 / 23.976");
+    EXPECT_EQ(ReportText::timingLines(file, kEnglish).back(), "25 / 23.976");
+    EXPECT_EQ(ReportText::timingLines(file, kTurkish).back(), "25 / 23,976");
 }
 
 TEST(ReportText, CardFactsStandInOrderOneSubjectALine) {
@@ -159,25 +160,27 @@ TEST(EssenceText, NamesCodecsAndSizes) {
 
 TEST(EssenceText, ClipsSayOnlyWhatTheCardDoesNot) {
     const auto clip = fullEssence();
-    EXPECT_THAT(EssenceText::clipLines(clip, clip),
+    EXPECT_THAT(EssenceText::clipLines(clip, clip, kEnglish),
                 ElementsAre("ARRIRAW HDE", "4480×3096 (4K 3:2)"));
-    EXPECT_THAT(EssenceText::clipLines(clip, {}),
+    EXPECT_THAT(EssenceText::clipLines(clip, {}, kEnglish),
                 ElementsAre("ARRIRAW HDE", "4480×3096 (4K 3:2)", "K445  ·  EI 800"));
-    EXPECT_THAT(EssenceText::clipLines({}, {}), IsEmpty());
+    EXPECT_THAT(EssenceText::clipLines({}, {}, kEnglish), IsEmpty());
 
     const auto sensorFact = [](double sensor, std::optional<double> commonSensor,
-                               std::optional<double> commonProject) {
+                               std::optional<double> commonProject,
+                               AppLanguage language = kEnglish) {
         ClipEssence essence;
         essence.sensorFps = sensor;
         ClipEssence common;
         common.sensorFps = commonSensor;
         common.projectFps = commonProject;
-        const auto lines = EssenceText::clipLines(essence, common);
+        const auto lines = EssenceText::clipLines(essence, common, language);
         return lines.empty() ? "" : lines.front();
     };
     EXPECT_EQ(sensorFact(25, {}, 25.02), "");
     EXPECT_EQ(sensorFact(25, {}, 24), "sensor 25 fps");
     EXPECT_EQ(sensorFact(25, 25, 24), "") << "the sensor's rate outranks the project's";
     EXPECT_EQ(sensorFact(59.94, 25, {}), "sensor 59.94 fps");
+    EXPECT_EQ(sensorFact(59.94, 25, {}, kTurkish), "sensor 59,94 fps");
     EXPECT_EQ(sensorFact(25, {}, {}), "");
 }
