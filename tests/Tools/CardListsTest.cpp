@@ -213,6 +213,13 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
         each.spoil();
         const auto root = offload("--mhl", 1);
         EXPECT_THAT(told, HasSubstr(each.told));
+        const bool isListRead = each.told != "could not be read" && each.told != "refers to";
+        const auto* advice = isListRead ? "It is not what its own list says: ask whoever"
+                                        : "mend the cause and start again";
+        EXPECT_THAT(told, HasSubstr(advice));
+        const auto hashed =
+            program("slatewise-offload", {"--mhl", "--hash-only", "--quiet", card.native()});
+        EXPECT_THAT(hashed.standardError, HasSubstr(advice));
         EXPECT_THAT(readFile(reports / "manifest.json"), HasSubstr(each.reported));
         EXPECT_EQ(run({"diff", "-r", "-x", "ascmhl", card, root}).exitCode, 0)
             << "all of it is there, and proved";

@@ -145,6 +145,10 @@ std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
     case Kind::NothingReadBack:
         return choose("Keep the card, do not trust this disk, and offload again to another one.",
                       "Kartı saklayın, bu diske güvenmeyin ve başka bir diske yeniden alın.");
+    case Kind::CardDiffersFromList:
+    case Kind::ListedFileMissing:
+    case Kind::ListedFileUnproved:
+        return shared.adviceListDiffers();
     case Kind::ReportsNotArchived:
     case Kind::ReportsNotCopied:
     case Kind::PagesNotWritten:
@@ -169,6 +173,10 @@ std::string_view Texts::hashingAdvice(std::optional<OffloadProblem::Kind> kind) 
     case Kind::DiskReplaced:
         return choose("Connect it again and start once more.",
                       "Yeniden bağlayıp bir daha başlatın.");
+    case Kind::CardDiffersFromList:
+    case Kind::ListedFileMissing:
+    case Kind::ListedFileUnproved:
+        return shared.adviceListDiffers();
     case Kind::ReportsNotArchived:
     case Kind::ReportsNotCopied:
     case Kind::PagesNotWritten:
