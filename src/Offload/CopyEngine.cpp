@@ -10,6 +10,7 @@
 #include "Offload/RunTransfer.h"
 #include "Offload/SHA256Hasher.h"
 #include "Platform/Files/RootFolder.h"
+#include "Platform/Text.h"
 
 #include <fcntl.h>
 
@@ -256,9 +257,15 @@ private:
 
     OffloadOutcome stopAt(Kind kind, const InventoryEntry& entry, const std::exception& failure,
                           std::int64_t bytesCopied) {
-        // The path of a copy stays in the reason: it says that the disk failed and not the card.
-        reporter_.reportFailure(kind, entry.relativePath, failure,
-                                card_->path() / entry.relativePath);
+        // Of a copy the reason names the disk: it says that this failed and not the card.
+        const auto* ofSystem = dynamic_cast<const PosixError*>(&failure);
+        const auto copy = sessionRoot_ / entry.relativePath;
+        if (ofSystem && ofSystem->subject() == Text::legible(copy.native()))
+            reporter_.reportFailure(kind, entry.relativePath,
+                                    PosixError("copy", destination_->path(), ofSystem->code()));
+        else
+            reporter_.reportFailure(kind, entry.relativePath, failure,
+                                    card_->path() / entry.relativePath);
         results_.push_back(makeRow(entry, RowAction::Fail, VerifyStatus::Failed));
         appendSkippedRemainder();
         return outcome(OutcomeStatus::Failed, bytesCopied);

@@ -383,8 +383,9 @@ TEST_F(CopyEngineTest, TheSessionFolderAndItsFilesAreAlwaysItsOwn) {
     const auto outcome =
         run(atFirst<Phase::Copying>([&] { writeFile(place, "a stranger's"); }, "a"));
     EXPECT_EQ(verdicts(outcome), (Verdicts{{"a", "FAIL/failed"}, {"b", "FAIL/failed"}}));
-    EXPECT_THAT(record.problems, ElementsAre("Copying stopped at a: " + place.native() +
-                                             ": another file of that name stands on this disk"));
+    EXPECT_THAT(record.problems,
+                ElementsAre("Copying stopped at a: " + destination.path().native() +
+                            ": another file of that name stands on this disk"));
     EXPECT_EQ(readFile(place), "a stranger's");
 }
 
