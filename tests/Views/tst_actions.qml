@@ -69,7 +69,16 @@ ViewCase {
             return chip !== null && strip.contentX > 0
                 && chip.mapToItem(strip, chip.width, 0).x <= strip.width
         })
-        verify(find("moreBefore", strip).visible && !find("moreBehind", strip).visible)
+        const before = find("moreBefore", strip)
+        verify(before.visible && !find("moreBehind", strip).visible)
+        // Each that is not wholly clear of the edge is told of, and a click leads there.
+        const isClear = index => strip.itemAtIndex(index).mapToItem(before, 0, 0).x >= before.width - 1
+        verify(!isClear(before.count - 1) && isClear(before.count))
+        compare(find("words", before).text, "+" + before.count)
+        const [place, unit] = [strip.contentX, row("cards", 0).unit]
+        mouseClick(find("words", before))
+        tryVerify(() => strip.contentX < place && find("moreBehind", strip).count > 0)
+        compare(row("cards", 0).unit, unit, "no chip below it is meant")
     }
 
     // However fast or slowly the news come in.

@@ -209,7 +209,7 @@ ViewCase {
         compare(find("subtitle", line).text, line.past)
         compare(find("path", line).text, size + "  ·  " + path)
         compare(line.height, height)
-        verify(line.Accessible.name.includes(size + ", " + line.past + ", " + path))
+        verify(line.spoken().includes(size + ", " + line.past + ", " + path))
     }
 
     function test_a_card_says_what_it_lacks() {

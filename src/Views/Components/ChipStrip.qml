@@ -13,6 +13,12 @@ Flickable {
     readonly property int ringWidth: 3
     readonly property int fadeWidth: 32
 
+    // Chips over which an edge reaches.
+    readonly property int hiddenBefore: interactive && !atXBeginning
+        ? countOf(chip => chip.x + 1 < contentX + fadeWidth) : 0
+    readonly property int hiddenBehind: interactive && !atXEnd
+        ? countOf(chip => chip.x + chip.width - 1 > contentX + width - fadeWidth) : 0
+
     signal tapped()
 
     implicitHeight: DITTheme.controlHeight + 2 * ringWidth
@@ -43,8 +49,16 @@ Flickable {
         }
     }
 
-    function scroll(angle: real) {
-        contentX = Math.max(0, Math.min(contentWidth - width, contentX - angle / 2))
+    function countOf(isMeant: var): int {
+        let count = 0
+        for (let index = 0; index < chips.count; ++index) {
+            const chip = itemAtIndex(index)
+            count += chip && isMeant(chip) ? 1 : 0
+        }
+        return count
+    }
+    function scroll(distance: real) {
+        contentX = Math.max(0, Math.min(contentWidth - width, contentX + distance))
     }
 
     ChipLine {
@@ -82,15 +96,17 @@ Flickable {
         parent: strip
         anchors { left: parent.left; top: parent.top; bottom: parent.bottom }
         width: strip.fadeWidth
-        rotation: 180
-        visible: strip.interactive && !strip.atXBeginning
+        pointsLeft: true
+        count: strip.hiddenBefore
+        onPressed: strip.scroll(2 * strip.fadeWidth - strip.width)
     }
     SideFade {
         objectName: "moreBehind"
         parent: strip
         anchors { right: parent.right; top: parent.top; bottom: parent.bottom }
         width: strip.fadeWidth
-        visible: strip.interactive && !strip.atXEnd
+        count: strip.hiddenBehind
+        onPressed: strip.scroll(strip.width - 2 * strip.fadeWidth)
     }
 
     // A wheel goes up and down; the strip goes sideways.
@@ -98,6 +114,6 @@ Flickable {
         enabled: strip.interactive
         acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
         orientation: Qt.Vertical
-        onWheel: event => strip.scroll(event.angleDelta.y)
+        onWheel: event => strip.scroll(-event.angleDelta.y / 2)
     }
 }
