@@ -40,22 +40,19 @@ std::vector<OffloadProblem> shortened(std::vector<OffloadProblem> problems) {
 
 } // namespace
 
-PairLists::PairLists(const OffloadSettings& settings) {
-    if (settings.writesHashList)
-        lists_.emplace(settings);
-}
+PairLists::PairLists(const OffloadSettings& settings)
+    : lists_(settings), writes_(settings.writesHashList) {}
 
 void PairLists::follow(CopyEngine::Request& request) {
     using FormatsOf = CopyEngine::Request::FormatsOf;
     request.planFormats = [this](const RootFolder& card,
                                  std::span<const InventoryEntry> entries) -> FormatsOf {
-        if (!lists_) {
-            areCardsPassedOver_ = MediaHashList::TransferLists::areAmong(entries);
+        // Most cards bring none, and cost nothing then.
+        if (!writes_ && !MediaHashList::TransferLists::areAmong(entries))
             return {};
-        }
-        lists_->readHistories(card, entries);
+        lists_.readHistories(card, entries);
         return [this](const std::string& path) {
-            return lists_->formatsOf(path);
+            return lists_.formatsOf(path);
         };
     };
 }
@@ -68,19 +65,15 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome,
             outcome.status = OutcomeStatus::Failed;
         outcome.problems.push_back(std::move(problem));
     };
-    if (areCardsPassedOver_)
-        add({Kind::CardListNotChecked, pair.card.name()});
-    if (!lists_)
-        return;
-    for (auto& problem : shortened(lists_->differences(outcome)))
+    for (auto& problem : shortened(lists_.differences(outcome)))
         add(std::move(problem));
     // What lies beneath a disk that is gone is none of ours.
-    if (!pair.destinationFolder || pair.findMissingFolder())
+    if (!writes_ || !pair.destinationFolder || pair.findMissingFolder())
         return;
     try {
         const auto& disk = *pair.destinationFolder;
         auto added =
-            lists_->write(disk, outcome.sessionRoot.lexically_relative(disk.path()), outcome);
+            lists_.write(disk, outcome.sessionRoot.lexically_relative(disk.path()), outcome);
         outcome.hashLists = std::move(added.lists);
         std::vector<OffloadProblem> leftOut;
         for (auto& name : added.leftOut)

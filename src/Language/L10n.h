@@ -136,7 +136,7 @@ public:
     std::string sessionNotQueued(Text card, Text reason) const;
     std::string historySetAside(Text file) const;
     std::string historyLost(Text reason) const;
-    std::string cardListNotChecked(Text card) const;
+    std::string cardListNotChecked(Text list, Text reason) const;
     std::string cardListNotRead(Text list, Text reason) const;
     std::string cardDiffersFromList(Text file) const;
     std::string listedFileMissing(Text file) const;

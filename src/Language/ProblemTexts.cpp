@@ -264,11 +264,12 @@ std::string L10n::historyLost(Text reason) const {
                 reason);
 }
 
-std::string L10n::cardListNotChecked(Text card) const {
+std::string L10n::cardListNotChecked(Text list, Text reason) const {
     return said(isTurkish(),
-                "{} brings a hash list, which was not checked; with “{}” (--mhl) it is.",
-                "{} bir hash listesi getirdi, denetlenmedi; “{}” (--mhl) açıkken denetlenir.", card,
-                writesHashList());
+                "The hash list that the card brought could not be read, so the card was not held "
+                "against it: {} ({})",
+                "Kartın getirdiği hash listesi okunamadı, kart onunla karşılaştırılmadı: {} ({})",
+                list, reason);
 }
 
 std::string L10n::cardListNotRead(Text list, Text reason) const {

@@ -100,7 +100,9 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
 std::vector<HashFormat> TransferLists::formatsOf(const std::string& path) const {
     if (liesInHistory(path))
         return {};
-    std::vector<HashFormat> formats = {HashFormat::XXH128};
+    std::vector<HashFormat> formats;
+    if (settings_.writesHashList)
+        formats.push_back(HashFormat::XXH128);
     const auto found = known_.find(path);
     if (found == known_.end())
         return formats;
@@ -113,10 +115,13 @@ std::vector<HashFormat> TransferLists::formatsOf(const std::string& path) const 
 
 std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& outcome) const {
     std::vector<OffloadProblem> problems;
+    // It cannot go on where a next one is wanted. Who wanted none is only told: the copy is whole.
+    const auto notRead =
+        settings_.writesHashList ? Kind::CardListNotRead : Kind::CardListNotChecked;
     for (const auto& list : unreadable_) {
-        problems.push_back(
-            {Kind::CardListNotRead, list.place.native(),
-             BothLanguages::of([&](L10n l10n) { return describe(list.failure, l10n); })});
+        problems.push_back({notRead, list.place.native(), BothLanguages::of([&](L10n l10n) {
+                                return describe(list.failure, l10n);
+                            })});
     }
     for (const auto& path : missing_)
         problems.push_back({Kind::ListedFileMissing, path});

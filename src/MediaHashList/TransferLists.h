@@ -26,11 +26,11 @@ public:
     /// Reads every history of a card. One that cannot be read is told by `differences`.
     void readHistories(const RootFolder& card, std::span<const InventoryEntry> entries);
 
-    /// What is to be computed of a file beyond its SHA-256: xxh128, and whatever the card's lists
-    /// have of it.
+    /// What is to be computed of a file beyond its SHA-256: whatever the card's lists have of it,
+    /// and xxh128 where a list is to be written.
     std::vector<HashFormat> formatsOf(const std::string& path) const;
 
-    /// Where the card is not what its own lists say.
+    /// Where the card is not what its own lists say, or one of these could not be read.
     std::vector<OffloadProblem> differences(const OffloadOutcome& outcome) const;
 
     /// Writes the generations of a run, beneath `destination`, and sees them onto the disk.

@@ -158,7 +158,7 @@ std::string OffloadProblem::text(L10n l10n) const {
     case Kind::HistorySetAside:
         return l10n.historySetAside(about);
     case Kind::CardListNotChecked:
-        return l10n.cardListNotChecked(about);
+        return l10n.cardListNotChecked(about, why);
     case Kind::CardListNotRead:
         return l10n.cardListNotRead(about, why);
     case Kind::CardDiffersFromList:

@@ -81,7 +81,7 @@ struct OffloadProblem {
         SessionNotQueued,
         /// The history was damaged; a new one was begun. The subject is where the old one lies.
         HistorySetAside,
-        /// The card brought a hash list, and nobody wanted it looked at.
+        /// A hash list that the card brought cannot be read, and none is to be written.
         CardListNotChecked,
         /// A hash list that the card brought cannot be read, and so cannot go on.
         CardListNotRead,
