@@ -234,12 +234,15 @@ std::string folderOf(std::string_view path, std::span<const std::string> folders
     return std::string(path);
 }
 
-Creator creatorHere() {
+Creator creatorHere(const OffloadSettings& settings) {
     Creator creator;
     creator.createdAt = Clock::now();
     creator.hostName = QSysInfo::machineHostName().toStdString();
     creator.tool = AppInfo::name;
     creator.toolVersion = AppInfo::version;
+    if (!settings.listAuthor.empty() || !settings.listRole.empty())
+        creator.authors = {{settings.listAuthor, settings.listRole}};
+    creator.location = settings.listLocation;
     return creator;
 }
 

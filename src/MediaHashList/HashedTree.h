@@ -3,6 +3,7 @@
 #include "MediaHashList/Generation.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "Offload/OffloadRows.h"
+#include "Offload/OffloadSettings.h"
 #include "Platform/Files/RootFolder.h"
 
 #include <exception>
@@ -54,8 +55,8 @@ bool isOfHistory(std::string_view folder);
 /// one like any other.
 bool liesInHistory(std::string_view path);
 
-/// Who makes lists with this program on this machine, now.
-Creator creatorHere();
+/// Who makes lists with this program on this machine, now: whoever the settings name.
+Creator creatorHere(const OffloadSettings& settings = {});
 
 /// Adds a generation to every history of the tree in the folder `below` beneath `root`, and to the
 /// tree itself, which may have had none. A history further down comes first, and is named by the

@@ -33,14 +33,6 @@ std::vector<InventoryEntry> listsAmong(std::span<const InventoryEntry> entries) 
     return lists;
 }
 
-Creator creatorOf(const OffloadSettings& settings) {
-    auto creator = creatorHere();
-    if (!settings.listAuthor.empty() || !settings.listRole.empty())
-        creator.authors = {{settings.listAuthor, settings.listRole}};
-    creator.location = settings.listLocation;
-    return creator;
-}
-
 } // namespace
 
 bool TransferLists::areAmong(std::span<const InventoryEntry> entries) {
@@ -149,7 +141,7 @@ std::vector<OffloadProblem> TransferLists::differences(const OffloadOutcome& out
 
 HashedTree TransferLists::treeOf(const OffloadOutcome& outcome) const {
     HashedTree tree;
-    tree.creator = creatorOf(settings_);
+    tree.creator = creatorHere(settings_);
     tree.process = Process::Transfer;
     tree.ignored = ignorePatterns(settings_.skipNames());
     for (const auto& row : outcome.files) {

@@ -36,11 +36,12 @@ void keepWanted(const std::vector<MediaHashList::HashedFile>& files, const std::
 
 } // namespace
 
-std::vector<std::string> addGenerations(const ListedTree& tree, Result& result) {
+std::vector<std::string> addGenerations(const ListedTree& tree, Result& result,
+                                        const OffloadSettings& settings) {
     for (const auto& [folder, c4] : tree.unfinished)
         MediaHashList::History::enterUnfinished(*tree.folder, folder, c4);
     auto& hashed = result.tree;
-    hashed.creator = MediaHashList::creatorHere();
+    hashed.creator = MediaHashList::creatorHere(settings);
     hashed.process = MediaHashList::Process::InPlace;
     hashed.ignored = MediaHashList::ignorePatterns(TreeWalker::defaultSkipNames());
     keepWanted(hashed.files, "", hashed.ignored);

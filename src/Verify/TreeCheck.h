@@ -2,6 +2,7 @@
 
 #include "MediaHashList/HashedTree.h"
 #include "Offload/OffloadPhase.h"
+#include "Offload/OffloadSettings.h"
 #include "Platform/RawWords.h"
 #include "Verify/ListedTree.h"
 
@@ -90,7 +91,9 @@ Result check(const ListedTree& tree, Keep keep, const Watch& watch, std::stop_to
 
 /// Adds what was read to the tree's histories as generations of files hashed where they lie, behind
 /// a list that no chain names yet: it was held against the same files. Only where all was equal.
-/// Gives the names that such a list cannot hold. Fails with `PosixError` and `ListError`.
-std::vector<std::string> addGenerations(const ListedTree& tree, Result& result);
+/// The settings say by whom and where. Gives the names that such a list cannot hold. Fails with
+/// `PosixError` and `ListError`.
+std::vector<std::string> addGenerations(const ListedTree& tree, Result& result,
+                                        const OffloadSettings& settings);
 
 } // namespace slatewise::Verify

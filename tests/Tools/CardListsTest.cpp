@@ -2,6 +2,7 @@
 
 #include "MediaHashList/HashedTree.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/Desktop/UserDefaults.h"
 #include "Verify/TreeCheck.h"
 #include "support/MappedFile.h"
 
@@ -310,10 +311,21 @@ TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {
 }
 
 TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
+    {
+        OffloadSettings settings;
+        settings.listAuthor = "Ayşe";
+        settings.listRole = "DIT";
+        settings.listLocation = "Set 3";
+        UserDefaults defaults(folder / "user/config/Slatewise DIT/settings.ini");
+        settings.save(defaults);
+    }
     const auto root = offload();
     const auto first = program("slatewise-verify", {"--mhl", root});
     EXPECT_EQ(first.exitCode, 0);
     EXPECT_THAT(first.standardError, HasSubstr("cannot hold its name: bad \xef\xbf\xbd"));
+    const auto creator = History::load(RootFolder(root)).generations().front().creator;
+    EXPECT_EQ(creator.authors, (std::vector<MediaHashList::Author>{{"Ayşe", "DIT"}}));
+    EXPECT_EQ(creator.location, "Set 3");
     const MappedFile mapped(root / "CLIP/a.mov", 2'000'001);
     const auto second = program("slatewise-verify", {"--mhl", "--quiet", root});
     EXPECT_EQ(second.exitCode, 0);

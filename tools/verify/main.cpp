@@ -2,6 +2,7 @@
 #include "VerifyTexts.h"
 
 #include "Offload/OffloadError.h"
+#include "Offload/OffloadSettings.h"
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Error.h"
 #include "Platform/Text.h"
@@ -20,7 +21,8 @@ void keep(const Verify::ListedTree& tree, Verify::Result& result, const tool::Ve
           tool::ProgressDisplay& display) {
     if (!result.isAllEqual())
         return display.note(texts.noGeneration());
-    for (const auto& name : Verify::addGenerations(tree, result))
+    const auto settings = OffloadSettings::load(UserDefaults::standard());
+    for (const auto& name : Verify::addGenerations(tree, result, settings))
         display.note(texts.nameLeftOut(name));
 }
 
