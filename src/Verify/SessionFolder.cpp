@@ -4,6 +4,7 @@
 #include "MediaHashList/ListError.h"
 #include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/Disks/BlockDevices.h"
 #include "Platform/Disks/DiskInfo.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
@@ -11,6 +12,7 @@
 #include "Verify/ListReading.h"
 
 #include <cerrno>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -52,6 +54,57 @@ std::string volumeUUID(const std::filesystem::path& path) {
     return disk ? Text::asciiLowercased(disk->uuid) : std::string();
 }
 
+/// In the words of `volumeUUID`; empty when the manifest has none.
+std::string wantedUUID(const SessionManifest& manifest) {
+    return Text::asciiLowercased(manifest.destination.volumeUUID.value_or(""));
+}
+
+/// Where the mounted file systems with this UUID can be seen whole, each once.
+std::vector<std::filesystem::path> mountPointsOf(const std::string& uuid) {
+    std::vector<std::filesystem::path> places;
+    std::set<dev_t> seen;
+    const DiskInfo disks;
+    for (const auto& each : MountTable::read()) {
+        const auto* const mount = disks.mountAt(each.mountPoint);
+        if (!mount || mount->root != "/" || seen.contains(mount->device))
+            continue;
+        const auto disk = disks.facts(*mount);
+        // What was mounted over a folder above it hides it.
+        if (disk && Text::asciiLowercased(disk->uuid) == uuid &&
+            BlockDevices::numbersUnder(mount->mountPoint) == BlockDevices::numbersOf(*mount)) {
+            seen.insert(mount->device);
+            places.push_back(mount->mountPoint);
+        }
+    }
+    return places;
+}
+
+/// The session's folder on its disk, wherever that is mounted today. The copy may have gone to a
+/// folder of the disk, and nobody noted where that disk was mounted: any of the last parts of the
+/// path may be that folder's. Null when it is nowhere, or at several places, of which nobody knows
+/// which is meant.
+HeldFolder folderElsewhere(const SessionManifest& manifest) {
+    const auto wanted = wantedUUID(manifest);
+    const auto below = belowDisk(manifest);
+    if (wanted.empty() || below.empty())
+        return nullptr;
+    HeldFolder found;
+    for (const auto& disk : mountPointsOf(wanted)) {
+        auto parts = Text::pieces(manifest.destination.mountPoint, '/');
+        for (auto shown = below;; parts.pop_back()) {
+            auto folder = folderBelow(disk, shown);
+            if (folder && found)
+                return nullptr;
+            if (folder)
+                found = std::move(folder);
+            if (parts.empty())
+                break;
+            shown = std::filesystem::path(parts.back()) / shown;
+        }
+    }
+    return found;
+}
+
 } // namespace
 
 std::filesystem::path asItLies(const std::filesystem::path& folder,
@@ -91,22 +144,24 @@ SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::pa
 
 HeldFolder folderWhereMade(const SessionManifest& manifest) {
     const std::filesystem::path made = manifest.destination.sessionRoot;
+    if (!made.is_absolute())
+        throw ListError(Reason::NoFolder, {}, made);
     std::error_code failure;
     const auto disk =
         std::filesystem::canonical(asItLies(manifest.destination.mountPoint), failure);
-    if (failure || !made.is_absolute())
-        throw ListError(Reason::NoFolder, {}, made);
-    if (isOnItsDisk(manifest, disk) == false)
-        throw ListError(Reason::OtherDisk, {}, made);
-    auto folder = folderBelow(disk, belowDisk(manifest));
+    const auto isItsDisk = failure ? std::nullopt : isOnItsDisk(manifest, disk);
+    auto folder = failure || isItsDisk == false ? nullptr : folderBelow(disk, belowDisk(manifest));
+    // What its own disk has lost is not to be sought in another folder there.
+    if (!folder && isItsDisk != true)
+        folder = folderElsewhere(manifest);
     if (!folder)
-        throw ListError(Reason::NoFolder, {}, made);
+        throw ListError(isItsDisk == false ? Reason::OtherDisk : Reason::NoFolder, {}, made);
     return folder;
 }
 
 std::optional<bool> isOnItsDisk(const SessionManifest& manifest,
                                 const std::filesystem::path& path) {
-    const auto wanted = Text::asciiLowercased(manifest.destination.volumeUUID.value_or(""));
+    const auto wanted = wantedUUID(manifest);
     const auto found = wanted.empty() ? std::string() : volumeUUID(path);
     return found.empty() ? std::nullopt : std::optional(found == wanted);
 }

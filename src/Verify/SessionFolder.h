@@ -17,7 +17,8 @@ using HeldFolder = std::shared_ptr<const RootFolder>;
 
 struct SessionPlace {
     HeldFolder folder;
-    /// It was found where the copy was made, and the disk there is not known to be another.
+    /// It was found where the copy was made, or where its disk is mounted today, and the disk there
+    /// is not known to be another.
     bool isWhereMade = false;
 };
 
@@ -31,10 +32,11 @@ std::filesystem::path asItLies(const std::filesystem::path& folder,
 std::filesystem::path asItLies(const std::filesystem::path& shown);
 
 /// The folder that a set of reports is of. A set that lies on its disk speaks of that disk alone,
-/// wherever it is mounted today; any other, of the place where the copy was made.
+/// wherever it is mounted today; any other, of the copy where it was made.
 SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::path& reportFolder);
 
-/// The session's folder where it was made. Fails when that is known to be another disk now.
+/// The session's folder where it was made, or, where its disk is not there, on that disk wherever
+/// it is mounted today. Fails when that is nowhere, or the disk there is known to be another.
 HeldFolder folderWhereMade(const SessionManifest& manifest);
 
 /// Whether this lies on the disk that the session went to; empty when nobody can tell.

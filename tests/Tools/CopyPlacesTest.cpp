@@ -80,6 +80,13 @@ TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
     std::filesystem::copy(disk, whole, std::filesystem::copy_options::recursive);
     EXPECT_THAT(verified(whole / "reports" / reports.filename()), ::testing::StartsWith("0 "));
     EXPECT_THAT(verified(whole), ::testing::StartsWith("0 ")) << "with all the disk holds";
+
+    // The disk comes back under another name.
+    const BindMount again(disk, folder / "again");
+    second.unmount();
+    EXPECT_THAT(verified(archived()), ::testing::StartsWith("0 "));
+    EXPECT_EQ(Verify::findListsOf(stored).root, folder / "again" / copy.lexically_relative(disk));
+    EXPECT_THAT(verified(set), ::testing::StartsWith("1 ")) << "of the first, which is nowhere";
 }
 
 TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
