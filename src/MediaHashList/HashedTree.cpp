@@ -74,6 +74,10 @@ private:
             const auto folder = folderOf(file.path, folders_);
             auto copy = file;
             copy.path = below(folder, file.path);
+            // Only the history that has it under that name is to know of it.
+            copy.previousPath = file.previousPath.starts_with(joined(folder, ""))
+                                    ? below(folder, file.previousPath)
+                                    : "";
             if (!liesInHistory(file.path))
                 shares_[folder].files.push_back(std::move(copy));
         }

@@ -96,7 +96,8 @@ public:
     /// Says of each value of a generation that is to follow what it is to this history. A file
     /// whose earlier values are of other formats must have one of these too. What is said to have
     /// failed already stays so, if the history knows the file, and else is taken out; of a failed
-    /// file, a value in a format that the history does not have of it is none of its failures.
+    /// file, a value in a format that the history does not have of it is none of its failures. An
+    /// earlier path that the history does not know is taken out.
     void judge(Generation& next) const;
 
     /// Writes the next generation and sees it onto the disk, and then the chain, by renaming.

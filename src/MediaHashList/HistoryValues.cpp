@@ -96,11 +96,18 @@ std::vector<std::string> History::givenUp(const KnownValues& known) const {
 
 void History::judge(Generation& next) const {
     const auto earlier = known();
+    const auto knownAs = [](const HashedFile& file) -> const std::string& {
+        return file.previousPath.empty() ? file.path : file.previousPath;
+    };
+    for (auto& file : next.files) {
+        if (!earlier.contains(file.previousPath))
+            file.previousPath.clear();
+    }
     std::erase_if(next.files, [&](const HashedFile& file) {
-        return hasFailed(file) && !earlier.contains(file.path);
+        return hasFailed(file) && !earlier.contains(knownAs(file));
     });
     for (auto& file : next.files) {
-        const auto found = earlier.find(file.path);
+        const auto found = earlier.find(knownAs(file));
         const auto values = found == earlier.end() ? std::vector<FileValue>() : found->second;
         if (hasFailed(file)) {
             judgeFailed(file, values);

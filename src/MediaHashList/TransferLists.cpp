@@ -3,11 +3,11 @@
 #include "Language/L10n.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
+#include "MediaHashList/NameForms.h"
 #include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 namespace slatewise::MediaHashList {
 
@@ -72,6 +72,7 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
                 {card.path() / prefix / kHistoryFolder, std::current_exception()});
         }
     }
+    meetOtherForms(present);
     IgnoreLists ignored(readable);
     for (const auto& entry : entries) {
         const auto& path = entry.relativePath;
@@ -86,6 +87,26 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
         if (!present.contains(name) &&
             !TreeWalker::shouldSkip(name, name.substr(name.rfind('/') + 1), skipNames))
             missing_.push_back(path);
+    }
+}
+
+/// Whoever wrote a list may have had names in another Unicode form than the card has them in now.
+void TransferLists::meetOtherForms(const std::unordered_set<std::string_view>& present) {
+    std::vector<std::string> lost;
+    for (const auto& [path, values] : known_) {
+        if (mayHaveForms(path) && !present.contains(path))
+            lost.push_back(path);
+    }
+    if (lost.empty())
+        return;
+    const std::vector<std::string_view> there(present.begin(), present.end());
+    for (const auto& [listed, found] : inOtherForms(lost, there)) {
+        if (known_.contains(found))
+            continue;
+        auto values = known_.extract(listed);
+        values.key() = found;
+        known_.insert(std::move(values));
+        listedAs_.emplace(found, listed);
     }
 }
 
@@ -154,8 +175,10 @@ HashedTree TransferLists::treeOf(const OffloadOutcome& outcome) const {
             continue;
         }
         const auto action = isProved ? std::optional<HashAction>() : HashAction::Failed;
+        const auto other = listedAs_.find(row.relativePath);
         tree.files.push_back({row.relativePath, row.sizeBytes, row.mtime,
-                              listed(values, row.further->hashedAt, action)});
+                              listed(values, row.further->hashedAt, action),
+                              other == listedAs_.end() ? "" : other->second});
     }
     return tree;
 }

@@ -8,8 +8,11 @@
 
 #include <exception>
 #include <filesystem>
+#include <map>
 #include <span>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace slatewise::MediaHashList {
@@ -46,12 +49,15 @@ private:
         std::exception_ptr failure;
     };
 
+    void meetOtherForms(const std::unordered_set<std::string_view>& present);
     HashedTree treeOf(const OffloadOutcome& outcome) const;
 
     const OffloadSettings settings_;
     std::vector<std::string> withHistory_;
     /// Of all histories together, by the path on the card.
     KnownValues known_;
+    /// Of files whose names the histories have in another form: that form, by the path on the card.
+    std::map<std::string, std::string> listedAs_;
     std::vector<std::string> missing_;
     /// Lie where a history could name them, which does not.
     std::vector<std::string> unlisted_;

@@ -4,6 +4,7 @@
 
 #include <unicode/brkiter.h>
 #include <unicode/coll.h>
+#include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
@@ -244,6 +245,19 @@ std::string asciiLowercased(std::string_view text) {
         if (character >= 'A' && character <= 'Z')
             character = static_cast<char>(character - 'A' + 'a');
     }
+    return result;
+}
+
+std::string composed(std::string_view text) {
+    if (!isValidUtf8(text))
+        return std::string(text);
+    UErrorCode status = U_ZERO_ERROR;
+    const auto* const form = icu::Normalizer2::getNFCInstance(status);
+    std::string result;
+    if (U_SUCCESS(status))
+        form->normalize(toUnicode(text), status).toUTF8String(result);
+    if (U_FAILURE(status))
+        throw Error(std::string("ICU cannot compose a text: ") + u_errorName(status));
     return result;
 }
 

@@ -49,6 +49,10 @@ std::string prefix(std::string_view text, std::size_t limit);
 /// Lower-cased, ASCII letters only: for hexadecimal digits and other fixed vocabulary.
 std::string asciiLowercased(std::string_view text);
 
+/// In the form in which each letter with its accents is as few characters as can be (Unicode's
+/// NFC). A text with malformed bytes stays as it is.
+std::string composed(std::string_view text);
+
 /// In the form in which texts that differ in case alone are equal, in no language's way.
 std::string caseFolded(std::string_view text);
 

@@ -2,6 +2,7 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/ListError.h"
+#include "MediaHashList/NameForms.h"
 #include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Files/FileSystem.h"
@@ -270,6 +271,12 @@ std::set<std::string_view> namedSince(const History& history, const std::string&
     return paths;
 }
 
+Expected& expectedByHistory(const std::string& path, ListedTree& tree) {
+    if (MediaHashList::mayHaveForms(path))
+        tree.namedByHistories.insert(path);
+    return tree.files[path];
+}
+
 /// What is known by a history's lists, of those files that it may still be asked for.
 void addKnown(const History& history, const std::string& prefix, ListedTree& tree) {
     const auto known = history.known();
@@ -285,7 +292,7 @@ void addKnown(const History& history, const std::string& prefix, ListedTree& tre
                 tree.noteLeftOut(whole);
             continue;
         }
-        auto& expected = tree.files[whole];
+        auto& expected = expectedByHistory(whole, tree);
         for (const auto& value : values)
             expect(expected, value.format, value.value);
     }
@@ -303,7 +310,7 @@ void addUnfinished(const MediaHashList::UnfinishedList& unfinished, const std::s
                    const std::string& prefix, const std::filesystem::path& lists,
                    ListedTree& tree) {
     for (const auto& file : unfinished.generation.files) {
-        auto& expected = tree.files[prefix + file.path];
+        auto& expected = expectedByHistory(prefix + file.path, tree);
         for (const auto& value : file.values)
             expect(expected, value.format, value.value);
     }

@@ -2,6 +2,7 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/ListError.h"
+#include "MediaHashList/NameForms.h"
 #include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
@@ -169,16 +170,72 @@ std::filesystem::path withoutLinks(const std::filesystem::path& path) {
     return found;
 }
 
+/// The names of those that are lost and may be there in another form.
+template <typename Names, typename NameOf>
+std::vector<std::string> lostOf(const Names& names, const ListedTree& tree, NameOf&& nameOf) {
+    std::vector<std::string> lost;
+    for (const auto& each : names) {
+        const std::string& path = nameOf(each);
+        if (MediaHashList::mayHaveForms(path) &&
+            !std::ranges::binary_search(tree.entries, path, {}, &InventoryEntry::relativePath))
+            lost.push_back(path);
+    }
+    return lost;
+}
+
+std::map<std::string, std::string> inOtherForms(const std::vector<std::string>& lost,
+                                                const ListedTree& tree, bool areFolders) {
+    std::vector<std::string_view> there;
+    for (const auto& entry : tree.entries) {
+        if (!lost.empty() && entry.isDirectory == areFolders)
+            there.push_back(entry.relativePath);
+    }
+    return MediaHashList::inOtherForms(lost, there);
+}
+
+/// The disk of another system may have names in another Unicode form than the lists. What they say
+/// of such a name is of the file that has it there, whose bytes tell whether it is the same.
+void meetOtherForms(ListedTree& tree) {
+    const auto files = lostOf(
+        tree.files, tree, [](const auto& file) -> auto& { return file.first; });
+    for (const auto& [listed, found] : inOtherForms(files, tree, false)) {
+        // Whoever lists both had two files.
+        const auto areBothIn = [&](const std::set<std::string>& names) {
+            return names.contains(listed) && names.contains(found);
+        };
+        if (areBothIn(tree.namedByReports) || areBothIn(tree.namedByHistories))
+            continue;
+        const auto expected = tree.files.extract(listed);
+        auto& all = tree.files[found];
+        for (const auto& value : expected.mapped()) {
+            if (std::find(all.begin(), all.end(), value) == all.end())
+                all.push_back(value);
+        }
+        tree.listedAs.emplace(found, listed);
+    }
+    const auto folders = lostOf(
+        tree.folders, tree, [](const auto& path) -> auto& { return path; });
+    for (const auto& [listed, found] : inOtherForms(folders, tree, true)) {
+        tree.folders.erase(listed);
+        tree.folders.insert(found);
+    }
+}
+
 /// Adds what lies in the tree itself.
 void complete(ListedTree& tree, const std::vector<ReportSet>& sets, const std::stop_token& stop) {
     throwIfAsked(stop);
     if (!tree.folder)
         tree.folder = std::make_shared<const RootFolder>(tree.root);
+    for (const auto& [path, expected] : tree.files) {
+        if (MediaHashList::mayHaveForms(path))
+            tree.namedByReports.insert(path);
+    }
     addHistories(tree, stop);
     for (const auto& set : sets) {
         if (set.manifest)
             compareHashLists(set, tree);
     }
+    meetOtherForms(tree);
     throwIfAsked(stop);
     if (tree.files.empty() && tree.troubles.empty())
         throw ListError(tree.lists.empty() ? Reason::NoList : Reason::NothingToCompare, {},

@@ -91,6 +91,12 @@ struct ListedTree {
     std::set<std::filesystem::path> sets;
     /// By path below the root, as bytes.
     std::map<std::string, Expected> files;
+    /// Files by who lists them, of those whose names may be there in another Unicode form.
+    std::set<std::string> namedByReports;
+    std::set<std::string> namedByHistories;
+    /// Of files whose names the lists have in another Unicode form than the tree: that form, by the
+    /// path in the tree, under which they stand in `files`.
+    std::map<std::string, std::string> listedAs;
     /// Folders that only a history names, by path: the newest one's. A copy by reports has none,
     /// since empty folders are not copied.
     std::set<std::string> folders;

@@ -302,6 +302,8 @@ private:
         if (keep_ == Keep::Nothing)
             return;
         MediaHashList::HashedFile file{path, size, root_.attributes(path).modified, {}};
+        if (const auto other = tree_.listedAs.find(path); other != tree_.listedAs.end())
+            file.previousPath = other->second;
         for (const auto& value : found) {
             if (value.format != HashFormat::SHA256)
                 file.values.push_back({value.format, value.text, std::nullopt, Clock::now()});

@@ -93,6 +93,14 @@ TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {
          1,
          {}},
         {"a history of one generation", list({XXH128}), 2, {"a.mov xxh128 verified"}},
+        {"a history of another system, with names in another form",
+         [&] {
+             writeFile(card / "CLIP/\u015f.wav", "s");
+             addList(card, {XXH128});
+             std::filesystem::rename(card / "CLIP/\u015f.wav", card / "CLIP/s\u0327.wav");
+         },
+         2,
+         {"CLIP/s\u0327.wav xxh128 verified"}},
         {"of what is skipped, too",
          [&] {
              writeFile(card / "._a.mov", "x");

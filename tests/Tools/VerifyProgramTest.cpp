@@ -32,6 +32,21 @@ TEST_F(VerifyProgram, TellsWhatIsNoLongerAsItWasByEveryList) {
              std::filesystem::rename(root / "CLIP/a.mov", root / "CLIP/b.mov");
          },
          "missing\tCLIP/a.mov\nnew\tCLIP/b.mov\n"},
+        {"in another Unicode form",
+         [](const auto& root) {
+             std::filesystem::rename(root / "CLIP/Şarkı ğ.wav",
+                                     root / "CLIP/S\u0327arkı g\u0306.wav");
+         },
+         ""},
+        {"in another form, and changed",
+         [](const auto& root) {
+             std::filesystem::remove(root / "CLIP/Şarkı ğ.wav");
+             writeFile(root / "CLIP/S\u0327arkı g\u0306.wav", "SES");
+         },
+         "changed\tCLIP/S\u0327arkı g\u0306.wav\n"},
+        {"beside its other form",
+         [](const auto& root) { writeFile(root / "CLIP/S\u0327arkı g\u0306.wav", "ses"); },
+         "new\tCLIP/S\u0327arkı g\u0306.wav\n"},
         {"a link in its place",
          [this](const auto& root) {
              std::filesystem::remove(root / "CLIP/a.mov");
@@ -57,6 +72,13 @@ TEST_F(VerifyProgram, TellsWhatIsNoLongerAsItWasByEveryList) {
             EXPECT_EQ(result.exitCode, each.told.empty() ? 0 : 1) << result.standardError;
             EXPECT_EQ(result.standardOutput, each.told);
             EXPECT_EQ(result.standardError.empty(), each.told.empty()) << result.standardError;
+        }
+        if (!each.told.empty())
+            continue;
+        // What a check adds has the names as they are there, and goes with all older lists.
+        for (const auto& way : {root, withHistory}) {
+            for (const auto* const words : {"--mhl", "--quiet"})
+                EXPECT_EQ(program("slatewise-verify", {words, way}).exitCode, 0) << each.name;
         }
     }
 }
