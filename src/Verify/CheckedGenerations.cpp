@@ -34,6 +34,19 @@ void keepWanted(const std::vector<MediaHashList::HashedFile>& files, const std::
     });
 }
 
+/// Adds the patterns of those trashes that are there to those of the tree's own list.
+void leaveOutTrash(const ListedTree& tree, MediaHashList::IgnoredBelow& ignored) {
+    for (const auto& entry : tree.entries) {
+        const std::string pattern(
+            tree.trashPattern(entry.isDirectory ? entry.relativePath + "/" : entry.relativePath));
+        if (pattern.empty())
+            continue;
+        auto& own = ignored[""];
+        if (std::find(own.begin(), own.end(), pattern) == own.end())
+            own.push_back(pattern);
+    }
+}
+
 } // namespace
 
 std::vector<std::string> addGenerations(const ListedTree& tree, Result& result,
@@ -46,6 +59,7 @@ std::vector<std::string> addGenerations(const ListedTree& tree, Result& result,
     hashed.ignored = MediaHashList::ignorePatterns(TreeWalker::defaultSkipNames());
     keepWanted(hashed.files, "", hashed.ignored);
     hashed.ignoredBelow = tree.ignored;
+    leaveOutTrash(tree, hashed.ignoredBelow);
     for (auto& [folder, patterns] : hashed.ignoredBelow) {
         std::erase_if(patterns, [&](const std::string& pattern) {
             return std::find(hashed.ignored.begin(), hashed.ignored.end(), pattern) !=

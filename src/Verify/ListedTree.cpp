@@ -44,9 +44,9 @@ void addHistories(ListedTree& tree, const std::stop_token& stop) {
     tree.withHistory = MediaHashList::foldersWithHistory(tree.entries);
     // What lies in a system's trash is nobody's, and so is a history there.
     std::erase_if(tree.withHistory, [&](const std::string& folder) {
-        return TreeWalker::shouldSkip(folder, folder.substr(folder.rfind('/') + 1),
-                                      TreeWalker::defaultSkipNames()) &&
-               !tree.isReported(folder);
+        const bool isSkipped = TreeWalker::shouldSkip(folder, folder.substr(folder.rfind('/') + 1),
+                                                      TreeWalker::defaultSkipNames());
+        return (isSkipped && !tree.isReported(folder)) || !tree.trashPattern(folder + "/").empty();
     });
     for (const auto& folder : tree.withHistory) {
         throwIfAsked(stop);
@@ -278,6 +278,16 @@ bool ListedTree::isList(const std::string& path) const {
     return lists.contains(whole) ||
            (sets.contains(whole.parent_path()) && !isReported(path) &&
             std::find(names.begin(), names.end(), whole.filename().native()) != names.end());
+}
+
+std::string_view ListedTree::trashPattern(std::string_view path) const {
+    const auto end = path.find('/');
+    if (end == std::string_view::npos || isReported(path))
+        return {};
+    const auto top = path.substr(0, end);
+    if (top.starts_with(".Trash-"))
+        return "/.Trash-*/";
+    return top == ".Trash" ? "/.Trash/" : top == "$RECYCLE.BIN" ? "/$RECYCLE.BIN/" : "";
 }
 
 bool ListedTree::isLeftOutByRun(const std::string& path) const {

@@ -116,7 +116,8 @@ private:
 
     /// What of the lists lies in such a folder is missed by its name.
     void tellUnreadable(const std::string& folder, int code) {
-        if (isLeftBySystem(folder) || (code == EACCES && TreeWalker::isRepairFolder(root_, folder)))
+        if (isFolderLeftBySystem(folder) ||
+            (code == EACCES && TreeWalker::isRepairFolder(root_, folder)))
             return;
         const auto name = folder.empty() ? tree_.root.native() : folder;
         if (!told_.contains(name))
@@ -202,14 +203,19 @@ private:
                !dates.isTouchedSince(earlier, false);
     }
 
-    static bool isLeftBySystem(const std::string& path) {
+    bool isLeftBySystem(const std::string& path) const {
         return TreeWalker::shouldSkip(path, path.substr(path.rfind('/') + 1),
-                                      TreeWalker::defaultSkipNames());
+                                      TreeWalker::defaultSkipNames()) ||
+               !tree_.trashPattern(path).empty();
+    }
+
+    bool isFolderLeftBySystem(const std::string& path) const {
+        return isLeftBySystem(path) || !tree_.trashPattern(path + "/").empty();
     }
 
     /// Such a folder is no part of what is hashed, and nobody misses it.
     bool isIgnoredFolder(const std::string& path) {
-        return isLeftBySystem(path) || MediaHashList::isOfHistory(path) ||
+        return isFolderLeftBySystem(path) || MediaHashList::isOfHistory(path) ||
                ignored_.ignores(path, true);
     }
 

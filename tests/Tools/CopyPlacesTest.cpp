@@ -149,8 +149,24 @@ TEST_F(VerifyProgram, MissesAListOfASetAndNothingInATrash) {
     const auto disk = folder / "Disk";
     std::filesystem::create_directories(disk / ".Trashes/501");
     std::filesystem::copy(root / "ascmhl", disk / ".Trashes/501/ascmhl");
-    const auto whole = program("slatewise-verify", {"--quiet", disk});
-    EXPECT_EQ(whole.exitCode, 0) << whole.standardOutput;
+    for (const auto* const trash : {".Trash/1000", ".Trash-1000/files", "$RECYCLE.BIN/S-1-5"}) {
+        writeFile(disk / trash / "x.mov", "x");
+        std::filesystem::copy(root / "ascmhl", disk / trash / "ascmhl");
+    }
+    for (const auto* const words : {"--quiet", "--mhl", "--quiet"}) {
+        const auto whole = program("slatewise-verify", {words, disk});
+        EXPECT_EQ(whole.exitCode, 0) << whole.standardOutput;
+    }
+    EXPECT_THAT(History::load(RootFolder(disk)).generations().back().ignored,
+                ::testing::IsSupersetOf({"/.Trash/", "/.Trash-*/", "/$RECYCLE.BIN/"}));
+    // A file at the top, and what lies in a copy, is what it seems.
+    writeFile(disk / ".Trash-notes.mov", "x");
+    EXPECT_EQ(program("slatewise-verify", {"--quiet", disk}).standardOutput,
+              "new\t.Trash-notes.mov\n");
+    writeFile(root / ".Trash-1000/x.mov", "x");
+    EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
+              "new\t.Trash-1000/x.mov\n");
+    std::filesystem::remove_all(root / ".Trash-1000");
     const auto list = reports / "checksums.sha256";
     std::filesystem::remove(list);
     EXPECT_THAT(program("slatewise-verify", {"--quiet", root}).standardOutput,
