@@ -51,6 +51,7 @@ protected:
         const auto stored =
             QObject::connect(history, &SessionHistory::read, [&] { isStored = true; });
         history->verifyAgain();
+        EXPECT_TRUE(history->check()->title().endsWith("Reading the lists…"));
         Desk::waitUntil([&] { return isStored; });
         QObject::disconnect(stored);
         return history->check()->standing();

@@ -111,7 +111,7 @@ Words wordsFor(const OffloadPhase& phase, const Texts& texts) {
     }
     if (const auto* figures = figuresOf(phase); figures && figures->total > 0)
         return {texts.hashing(figures->done, figures->total), Text::visible(figures->file)};
-    return {std::string(texts.shared.scanning()), ""};
+    return {std::string(texts.searching()), ""};
 }
 
 } // namespace

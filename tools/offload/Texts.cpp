@@ -74,6 +74,10 @@ std::string Texts::ownWords(std::string_view card, const Word& camera, const Wor
                        card, described(camera), described(crew));
 }
 
+std::string_view Texts::searching() const {
+    return search_ == Search::Card ? shared.scanning() : shared.readingLists();
+}
+
 std::string Texts::copying(int number, int count) const {
     return fmt::format("{} {}/{}", choose("Copying", "Kopyalanıyor"), number, count);
 }

@@ -12,7 +12,11 @@ namespace slatewise::tool {
 /// The sentences that only this program says, in both languages.
 class Texts {
 public:
-    explicit Texts(AppLanguage language) : shared(language) {}
+    /// What is done before the first file.
+    enum class Search { Card, Lists };
+
+    explicit Texts(AppLanguage language, Search search = Search::Card)
+        : shared(language), search_(search) {}
 
     // What is wrong with the command line, or with what it names.
 
@@ -38,6 +42,7 @@ public:
 
     // How it goes.
 
+    std::string_view searching() const;
     std::string copying(int number, int count) const;
     std::string verifying(int number, int count) const;
     std::string hashing(int number, int count) const;
@@ -66,6 +71,8 @@ private:
     Text choose(Text english, Text turkish) const {
         return shared.isTurkish() ? turkish : english;
     }
+
+    Search search_;
 };
 
 } // namespace slatewise::tool

@@ -34,6 +34,7 @@ void print(std::string_view word, std::string_view path, tool::ProgressDisplay& 
 /// Gives whether all is there and equal.
 bool verify(const std::filesystem::path& path, const tool::VerifyArguments& arguments,
             const tool::VerifyTexts& texts, tool::ProgressDisplay& display, std::stop_token stop) {
+    display.show(Phase::Scanning());
     const auto tree = Verify::findLists(path, stop);
     const Verify::Watch watch = {
         .progress = [&](const OffloadPhase& phase) { display.show(phase); },
@@ -65,7 +66,7 @@ bool verify(const std::filesystem::path& path, const tool::VerifyArguments& argu
 
 int verifyAll(const tool::VerifyArguments& arguments, const std::stop_token& stop) {
     const auto language = arguments.language.value_or(Language::load(UserDefaults::standard()));
-    const tool::Texts shared(language);
+    const tool::Texts shared(language, tool::Texts::Search::Lists);
     const tool::VerifyTexts texts(language);
     tool::ProgressDisplay display(shared, arguments.output);
     const std::stop_callback stopping(stop, [&] { display.note(shared.stopping()); });

@@ -118,8 +118,12 @@ QString CopyCheck::percentText() const {
 }
 
 QString CopyCheck::title() const {
+    const auto l10n = state_.l10n();
+    // There is no card that could be looked through.
+    if (isBusy() && std::holds_alternative<Phase::Scanning>(phase_))
+        return toQString(names_ + " — " + std::string(l10n.readingLists()));
     if (isBusy())
-        return toQString(names_ + " — " + ProgressTexts::title(phase_, {}, state_.l10n()));
+        return toQString(names_ + " — " + ProgressTexts::title(phase_, {}, l10n));
     return outcome_ ? toQString(names_ + " — " + outcome_->verdict(state_.language)) : QString();
 }
 
