@@ -114,6 +114,8 @@ struct ChecksumLine {
 ChecksumLine parsedLine(std::string_view line, const std::filesystem::path& list) {
     const bool isEscaped = line.starts_with('\\');
     line.remove_prefix(isEscaped ? 1 : 0);
+    // As other systems end lines. A name that ends so is escaped.
+    line.remove_suffix(!isEscaped && line.ends_with('\r') ? 1 : 0);
     auto digest = Text::asciiLowercased(line.substr(0, kDigestLength));
     if (line.size() < kDigestLength + 3 || !isValue(HashFormat::SHA256, digest) ||
         line[kDigestLength] != ' ')

@@ -350,7 +350,7 @@ TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
     // Checksums of the folder that they lie in are one of its files from then on.
     const auto sums = folder / "sums";
     writeFile(sums / "a", "hello");
-    writeFile(sums / "checksums.sha256", hashOf(HashFormat::SHA256, "hello") + "  ./a\n");
+    writeFile(sums / "checksums.sha256", hashOf(HashFormat::SHA256, "hello") + "  ./a\r\n");
     writeFile(sums / "ascmhl/._0001.mhl", "what another system left");
     const auto read = Verify::check(Verify::findLists(sums), Verify::Keep::Tree, {}, {});
     EXPECT_EQ(read.bytesRead, 5) << "of the footage";
