@@ -145,6 +145,18 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         {"a manifest that is gone",
          [](const auto& set) { std::filesystem::remove(set / "manifest.json"); },
          "damaged\t@/manifest.json\n"},
+        {"both of its lists gone",
+         [](const auto& set) {
+             std::filesystem::remove(set / "manifest.json");
+             std::filesystem::remove(set / "checksums.sha256");
+         },
+         "damaged\t@/manifest.json\n"},
+        {"a set that cannot be looked at",
+         [](const auto& set) {
+             std::filesystem::remove_all(set);
+             std::filesystem::create_directory_symlink(set.filename(), set);
+         },
+         "damaged\t@/manifest.json\n"},
         {"checksums", [](const auto& set) { writeFile(set / "checksums.sha256", "x"); },
          "damaged\t@/checksums.sha256\n"},
         {"checksums, emptied", [](const auto& set) { writeFile(set / "checksums.sha256", ""); },

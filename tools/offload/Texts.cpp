@@ -145,6 +145,7 @@ std::string_view Texts::advice(std::optional<OffloadProblem::Kind> kind) const {
         return choose("Connect it again and start once more; the copy goes to a new folder.",
                       "Yeniden bağlayıp bir daha başlatın; kopya yeni bir klasöre gider.");
     case Kind::CopyDiffers:
+    case Kind::NameNotKept:
     case Kind::NotReadBack:
     case Kind::NothingReadBack:
         return choose("Keep the card, do not trust this disk, and offload again to another one.",
