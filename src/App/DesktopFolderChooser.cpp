@@ -2,10 +2,10 @@
 
 #include "Language/L10n.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QLibraryInfo>
 #include <QWindow>
 

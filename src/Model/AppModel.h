@@ -20,7 +20,6 @@
 #include <QPointer>
 #include <QString>
 
-#include <optional>
 #include <vector>
 
 namespace slatewise {

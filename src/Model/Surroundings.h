@@ -9,8 +9,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
-#include <string>
 #include <vector>
 
 namespace slatewise {

@@ -3,7 +3,7 @@
 #include "Offload/ClipReader.h"
 #include "Offload/MediaInfoCLI/MediaInfoCLI.h"
 #include "Offload/OffloadRows.h"
-#include "Platform/Files/UncachedFile.h"
+#include "Platform/Files/RootFolder.h"
 
 #include <functional>
 #include <span>

@@ -9,7 +9,6 @@
 #include <fcntl.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>

@@ -6,7 +6,6 @@
 #include <xxhash.h>
 
 #include <algorithm>
-#include <cstdint>
 
 namespace slatewise {
 

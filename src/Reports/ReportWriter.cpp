@@ -13,7 +13,6 @@
 #include "Reports/SessionPDF.h"
 
 #include <algorithm>
-#include <array>
 #include <exception>
 #include <functional>
 #include <future>

@@ -3,7 +3,6 @@
 #include "Language/L10n.h"
 #include "Offload/ReportNames.h"
 #include "Offload/TimecodeFormat.h"
-#include "Platform/Files/FileSystem.h"
 #include "Reports/EssenceText.h"
 #include "Reports/HtmlReport.h"
 #include "Reports/HtmlStyle.h"

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Language/L10n.h"
+#include "Offload/MediaMetadata.h"
 #include "Offload/OffloadRows.h"
 #include "Reports/ReportTree.h"
-#include "Reports/SessionManifest.h"
 
 #include <optional>
 #include <span>

@@ -3,6 +3,7 @@
 #include "Platform/Error.h"
 #include "Platform/Files/FileLock.h"
 #include "Platform/Worker.h"
+#include "Service/DirectSaaSClient.h"
 #include "Storage/AppLog.h"
 
 #include <QPromise>

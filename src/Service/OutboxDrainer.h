@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Service/DirectSaaSClient.h"
+#include "Platform/HttpSession.h"
 #include "Service/SaaSProfile.h"
 #include "Storage/AppDatabase.h"
 

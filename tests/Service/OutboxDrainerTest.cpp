@@ -4,6 +4,7 @@
 #include "Platform/Files/FileLock.h"
 #include "Platform/Json.h"
 #include "Reports/ManifestJSON.h"
+#include "Service/DirectSaaSClient.h"
 #include "support/Files.h"
 #include "support/Offloads.h"
 #include "support/RecordingServer.h"

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Batch/Batch.h"
+#include "Batch/BatchPlan.h"
+#include "Batch/BatchResult.h"
 #include "Model/RowChanges.h"
 
 #include <QAbstractListModel>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Model/Volumes/Selection.h"
+#include "Volumes/VolumeRecords.h"
 
 #include <string>
 #include <string_view>
