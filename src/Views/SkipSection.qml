@@ -48,7 +48,6 @@ FormSection {
         font.weight: Font.Medium
     }
     ChoiceFlow {
-        id: defaults
         width: parent.width
         onTapped: section.settings.setDefaultSkip(tappedValue, !(tappedItem as SkipToggle).on)
 

@@ -25,7 +25,7 @@ TEST_F(Application, PickedFoldersLiveSideBySide) {
     EXPECT_EQ(names(*model().cards()), QStringList({"one+", "two+"}));
     EXPECT_EQ(names(*model().destinations()), QStringList({"SSD1+", "three+"}));
     const auto& row = model().cards()->rows()[1];
-    EXPECT_TRUE(row.picked && row.focused);
+    EXPECT_TRUE(row.focused);
     EXPECT_EQ(row.ekip, "Ekip1");
     EXPECT_EQ(row.volumeID, row.path);
     const auto& facts = model().state().board.lists().cards[1].facts;

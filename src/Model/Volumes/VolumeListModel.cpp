@@ -52,7 +52,6 @@ VolumeRow VolumeListModel::rowOf(const ClassifiedVolume& volume) const {
     row.warns = VolumeTexts::warns(volume, side_);
     row.path = toQString(volume.facts.mountPoint.native());
     row.selected = selection.contains(id);
-    row.picked = volume.isPickedFolder();
     if (side_ == VolumeSide::Destination)
         return row;
     if (const auto past = state_.pastOffloads.find(id); past != state_.pastOffloads.end())

@@ -27,7 +27,6 @@ struct VolumeRow {
     Q_PROPERTY(QString ekip MEMBER ekip)
     Q_PROPERTY(QString unit MEMBER unit)
     Q_PROPERTY(bool needsUnit MEMBER needsUnit)
-    Q_PROPERTY(bool picked MEMBER picked)
 
 public:
     /// By which the model is told which volume is meant: the bytes of its id, of which each is a
@@ -47,8 +46,6 @@ public:
     QString ekip;
     QString unit;
     bool needsUnit = false;
-    /// A folder that the user picked.
-    bool picked = false;
 
     const QString& key() const { return volumeID; }
     friend bool operator==(const VolumeRow&, const VolumeRow&) = default;
