@@ -149,13 +149,16 @@ HeldFolder folderWhereMade(const SessionManifest& manifest) {
     std::error_code failure;
     const auto disk =
         std::filesystem::canonical(asItLies(manifest.destination.mountPoint), failure);
-    const auto isItsDisk = failure ? std::nullopt : isOnItsDisk(manifest, disk);
-    auto folder = failure || isItsDisk == false ? nullptr : folderBelow(disk, belowDisk(manifest));
+    std::optional<bool> isItsDisk;
+    if (!failure)
+        isItsDisk = isOnItsDisk(manifest, disk);
+    const bool isAnothers = !isItsDisk.value_or(true);
+    auto folder = failure || isAnothers ? nullptr : folderBelow(disk, belowDisk(manifest));
     // What its own disk has lost is not to be sought in another folder there.
-    if (!folder && isItsDisk != true)
+    if (!folder && !isItsDisk.value_or(false))
         folder = folderElsewhere(manifest);
     if (!folder)
-        throw ListError(isItsDisk == false ? Reason::OtherDisk : Reason::NoFolder, {}, made);
+        throw ListError(isAnothers ? Reason::OtherDisk : Reason::NoFolder, {}, made);
     return folder;
 }
 

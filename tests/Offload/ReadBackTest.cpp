@@ -103,6 +103,13 @@ TEST(ReadBack, ATouchedCopyIsReadOnceMoreAndNoMore) {
     rows[0].verifyStatus = VerifyStatus::Verified;
     EXPECT_THAT(copies.findChanges(rows), IsEmpty());
     EXPECT_THAT(copies.findChanges(rows, stopped.get_token()), IsEmpty()) << "proved anew";
+    // What is written beside the copies must stay as it was, too.
+    const std::string list = "list.mhl";
+    writeFile(disk / list, "a");
+    copies.noteLists({&list, 1});
+    EXPECT_THAT(copies.findChanges(rows), IsEmpty());
+    writeFile(disk / list, "b");
+    EXPECT_THAT(copies.findChanges(rows), SizeIs(1));
 }
 
 TEST(ReadBack, SaysSoWhereAFileLiesAmongTheRecordsOfTheFileSystem) {
