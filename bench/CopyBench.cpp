@@ -105,6 +105,8 @@ void measureCase(const std::filesystem::path& folder, const Case& example) {
         const double typical = median(seconds[name]);
         record(example.name, name, "seconds", typical);
         record(example.name, name, "of_floor", typical / floor);
+        if (const auto pipeline = seconds.find("pipeline"); pipeline != seconds.end())
+            record(example.name, name, "of_pipeline", typical / median(pipeline->second));
         fmt::print("  {:<26}{:8.2f} s  {:8.0f} MB/s  {:6.2f} x floor\n", name, typical,
                    megabytes / typical, typical / floor);
     }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -38,6 +39,15 @@ void printJSON(int output) {
         throw std::runtime_error("the figures could not be printed");
 }
 
+/// A misspelt one would measure nothing and end well.
+void requireBenches(std::span<const std::string> names) {
+    for (const auto& name : names) {
+        if (std::none_of(kBenches.begin(), kBenches.end(),
+                         [&](const auto& bench) { return name == bench.first; }))
+            throw std::runtime_error("no such bench: " + name);
+    }
+}
+
 } // namespace
 
 int main(int count, char** words) {
@@ -51,6 +61,7 @@ int main(int count, char** words) {
     }
     const int output = wantsJSON ? takeStandardOutput() : -1;
     try {
+        requireBenches(std::span(arguments).subspan(1));
         const auto folder = std::filesystem::absolute(arguments.front()) / "slatewise-bench";
         std::filesystem::create_directories(folder);
         for (const auto& [name, bench] : kBenches) {
