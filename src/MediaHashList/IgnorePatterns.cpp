@@ -126,9 +126,13 @@ void IgnoreList::add(std::string_view text) {
         patterns_.push_back(std::move(pattern));
         return;
     }
-    for (const auto part : Text::pieces(text, '/'))
-        pattern.parts.push_back(part == kAnyDepth ? Part{Part::Kind::AnyDepth, {}, {}}
-                                                  : partOf(part));
+    for (const auto part : Text::pieces(text, '/')) {
+        // Several in a row say what one does, and each would be gone on from to the end of the row.
+        if (part != kAnyDepth)
+            pattern.parts.push_back(partOf(part));
+        else if (pattern.parts.empty() || pattern.parts.back().kind != Part::Kind::AnyDepth)
+            pattern.parts.push_back({Part::Kind::AnyDepth, {}, {}});
+    }
     if (pattern.parts.empty())
         return;
     const bool isEverywhere = pattern.parts.front().kind == Part::Kind::AnyDepth;
