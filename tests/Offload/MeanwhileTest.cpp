@@ -1,0 +1,117 @@
+#include "Offload/CopyEngineTest.h"
+
+#include "support/Process.h"
+
+#include <gmock/gmock.h>
+
+#include <tuple>
+#include <utility>
+
+// What becomes of card and copies while a run is at work.
+
+using namespace slatewise;
+using namespace slatewise::test;
+using namespace ::testing;
+
+namespace {
+
+constexpr std::int64_t kMiB = 1'048'576;
+
+} // namespace
+
+TEST_F(CopyEngineTest, WhatChangesOnTheCardMeanwhileIsNotVerified) {
+    const auto film = card / "DCIM/a";
+    const auto replace = [&] {
+        writeFile(card / "other", "CONTENT");
+        std::filesystem::rename(card / "other", film);
+    };
+    const Problems changed = {"This file changed while the card was read: DCIM/a"};
+    const Problems came = {"This file came while the card was read and is missing here: DCIM/c"};
+    const std::tuple<const char*, std::function<void()>, Problems> cases[] = {
+        {"rewritten", [&] { writeFile(film, "CONTENT"); }, changed},
+        {"replaced", replace, changed},
+        {"truncated", [&] { std::filesystem::resize_file(film, 3); }, changed},
+        {"removed", [&] { std::filesystem::remove(film); }, changed},
+        {"added", [&] { writeFile(card / "DCIM/c", "new"); }, came},
+        {"added by the system", [&] { writeFile(card / ".DS_Store", "x"); }, {}},
+    };
+    for (const auto& [what, happens, problems] : cases) {
+        for (const bool isHashing : {false, true}) {
+            SCOPED_TRACE(std::string(what) + (isHashing ? ", hashing" : ""));
+            std::filesystem::remove_all(card / "DCIM");
+            for (const auto& name : {film, card / "DCIM/b"}) {
+                writeFile(name, "content");
+                std::filesystem::last_write_time(
+                    name, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+            }
+            record = {};
+            request.settings.verifyOnly = isHashing;
+            auto observer = record.observer(atFirst<Phase::Verifying>(happens));
+            // How a file went is told at its end.
+            if (isHashing)
+                observer.log = [&, happens = happens, isDone = false](const auto&) mutable {
+                    if (!std::exchange(isDone, true))
+                        happens();
+                };
+            const auto outcome = CopyEngine::run(request, observer, {});
+            EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !problems.empty());
+            EXPECT_EQ(record.problems, problems);
+        }
+    }
+}
+
+TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
+    const auto session = destination / "session";
+    const auto rewriteWithItsDate = [&](const char* content) {
+        const auto date = std::filesystem::last_write_time(session / "DCIM/a");
+        writeFile(session / "DCIM/a", content);
+        std::filesystem::last_write_time(session / "DCIM/a", date);
+    };
+    const auto moveSessionAway = [&] {
+        std::filesystem::rename(session, destination / "moved");
+        std::filesystem::copy(destination / "moved", session,
+                              std::filesystem::copy_options::recursive);
+    };
+    const auto exchangeFolder = [&] {
+        std::filesystem::rename(session / "DCIM", destination / "away");
+        std::filesystem::rename(destination / "other", session / "DCIM");
+    };
+    const std::string differs = "The copy of DCIM/a differs from the card.";
+    const std::string isElsewhere = "The copy of DCIM/a is no longer where it was written.";
+    // Seen while the second file is read back. An empty sentence: nothing is wrong.
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[&] { rewriteWithItsDate("CONTENT"); }, differs},
+        {[&] { rewriteWithItsDate("content"); }, ""},
+        {[&] { std::filesystem::remove(session / "DCIM/b"); },
+         "The copy of DCIM/b could not be read back: "},
+        {[&] { std::filesystem::remove(session / "DCIM/a"); }, isElsewhere},
+        {[&] { writeFile(session / "DCIM/a", "longer than it was"); }, isElsewhere},
+        {[&] { writeFile(session / "DCIM/a", "CONTENT"); }, differs},
+        {moveSessionAway,
+         "The copy of " + session.native() + " is no longer where it was written."},
+        {exchangeFolder, differs},
+    };
+    const auto before = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    for (const auto* name : {"a", "b", "c"}) {
+        writeFile(card / "DCIM" / name, "content");
+        // Of the same dates as the copies, and written before them.
+        writeFile(destination / "other" / name, *name == 'a' ? "CONTENT" : "content");
+        std::filesystem::last_write_time(card / "DCIM" / name, before);
+        std::filesystem::last_write_time(destination / "other" / name, before);
+    }
+    for (const auto& [happens, problem] : cases) {
+        SCOPED_TRACE(problem);
+        for (const auto* name : {"session", "moved", "away"})
+            std::filesystem::remove_all(destination / name);
+        record = {};
+        const auto outcome = run(atFirst<Phase::Verifying>(happens, "DCIM/b"));
+        EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !problem.empty());
+        // What was copied only now may not be on the disk when it is read back.
+        EXPECT_THAT(record.problems, problem.empty()
+                                         ? Matcher<Problems>(IsEmpty())
+                                         : Matcher<Problems>(Contains(HasSubstr(problem))));
+        if (!std::filesystem::exists(destination / "moved")) {
+            EXPECT_EQ(verdicts(outcome)["DCIM/c"], "COPY/verified");
+        }
+    }
+}
