@@ -19,8 +19,7 @@ using Kind = OffloadProblem::Kind;
 
 CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunReporter& reporter,
                              const std::stop_token& stop)
-    : card_(card), skipNames_(std::move(skipNames)), reporter_(reporter), stop_(stop),
-      errors_(card.path()) {
+    : card_(card), skipNames_(std::move(skipNames)), reporter_(reporter), errors_(card.path()) {
     std::vector<OffloadProblem> links;
     const auto noteLink = [&links](Kind kind) {
         return [&links, kind](const std::string& link) {
@@ -53,14 +52,12 @@ bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
     FinalLook::CardChanges changes;
     const FileSystemErrors again(card_.path());
     try {
-        changes = FinalLook::findChanges(
-            card_, entries_, skipNames_,
-            [this](const std::string& folder, int code) {
-                if (!notRead_.contains(folder))
-                    noteUnreadable(folder, code);
-            },
-            stop_);
-    } catch (const std::exception& failure) {
+        changes = FinalLook::findChanges(card_, entries_, skipNames_,
+                                         [this](const std::string& folder, int code) {
+                                             if (!notRead_.contains(folder))
+                                                 noteUnreadable(folder, code);
+                                         });
+    } catch (const PosixError& failure) {
         reporter_.reportFailure(Kind::FolderNotRead, card_.path(), failure);
         return false;
     }

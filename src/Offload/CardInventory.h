@@ -36,7 +36,7 @@ public:
     bool isWhole() const { return isWhole_; }
 
     /// Whether what was read is what lies on the card now; else marks rows, adds those of files
-    /// that came meanwhile, and reports. Nobody knows once a stop is requested.
+    /// that came meanwhile, and reports.
     bool findsCardUnchanged(std::vector<FileCopyResult>& rows);
 
 private:
@@ -47,7 +47,6 @@ private:
     const RootFolder& card_;
     const SkipNames skipNames_;
     RunReporter& reporter_;
-    const std::stop_token stop_;
     bool isWhole_ = true;
     const FileSystemErrors errors_;
     std::set<std::string> notRead_;

@@ -64,11 +64,10 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
 }
 
 bool CopyProof::findsCopiesInPlace(std::span<FileCopyResult> rows) {
-    const bool areNamesKept = findsNamesKept(rows);
     const auto changes = copies_->findChanges(rows, transfer_.stop());
     for (const auto& problem : changes)
         reporter_.report(problem);
-    return areNamesKept && changes.empty();
+    return copies_->folder().isStillAtItsPath() && findsNamesKept(rows) && changes.empty();
 }
 
 /// A driver may write a name down as another one and find it by both: only a listing tells what
@@ -80,10 +79,7 @@ bool CopyProof::findsNamesKept(std::span<FileCopyResult> rows) {
     std::vector<InventoryEntry> listed;
     try {
         // What it cannot list is missing in it.
-        listed = TreeWalker::walk(copies_->folder(), {}, {},
-                                  {.unreadable = {}, .stop = transfer_.stop()});
-    } catch (const CancellationError&) {
-        return false;
+        listed = TreeWalker::walk(copies_->folder(), {});
     } catch (const std::exception& failure) {
         reporter_.reportFailure(Kind::FolderNotRead, copies_->folder().path(), failure);
         return false;

@@ -20,11 +20,11 @@ bool isUnchanged(const InventoryEntry& before, const InventoryEntry& now) {
 
 } // namespace
 
-CardChanges findChanges(const RootFolder& card, std::span<const InventoryEntry> inventory,
-                        const SkipNames& skipNames,
-                        const std::function<void(const std::string& folder, int code)>& unreadable,
-                        const std::stop_token& stop) {
-    auto found = TreeWalker::walk(card, skipNames, {}, {.unreadable = unreadable, .stop = stop});
+CardChanges
+findChanges(const RootFolder& card, std::span<const InventoryEntry> inventory,
+            const SkipNames& skipNames,
+            const std::function<void(const std::string& folder, int code)>& unreadable) {
+    auto found = TreeWalker::walk(card, skipNames, {}, {.unreadable = unreadable});
     CardChanges changes;
     auto before = nextToCopy(inventory.begin(), inventory.end());
     auto now = nextToCopy(found.begin(), found.end());

@@ -7,7 +7,6 @@
 #include <functional>
 #include <set>
 #include <span>
-#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -31,10 +30,9 @@ struct CardChanges {
 /// A file is known by its size and its dates. Inodes are not compared, since some file systems
 /// number a file anew each time they meet it.
 ///
-/// Fails as `TreeWalker::walk` does, with `CancellationError` once `stop` is requested.
+/// Fails as `TreeWalker::walk` does.
 CardChanges findChanges(const RootFolder& card, std::span<const InventoryEntry> inventory,
                         const SkipNames& skipNames,
-                        const std::function<void(const std::string& folder, int code)>& unreadable,
-                        const std::stop_token& stop = {});
+                        const std::function<void(const std::string& folder, int code)>& unreadable);
 
 } // namespace slatewise::FinalLook

@@ -107,7 +107,7 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     mayAnswer = false;
     hasAnswered = false;
     desk.copy();
-    EXPECT_EQ(title(), "The reports folder or a disk does not answer.");
+    EXPECT_EQ(title(), "Failed: The reports folder or a disk does not answer.");
     answer();
 }
 

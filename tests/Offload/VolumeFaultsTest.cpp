@@ -251,9 +251,9 @@ TEST(OtherVolume, BelowACardOrADiskIsNotTakenForIt) {
 
 TEST(DiskWithoutCase, NamesThatBecomeOthersFailTheRun) {
     const std::vector<std::pair<std::vector<const char*>, const char*>> cases = {
-        {{"A.txt", "a.txt"}, "a.txt: bu diskte aynı adla başka bir dosya duruyor"},
+        {{"A.txt", "a.txt"}, "volume: bu diskte aynı adla başka bir dosya duruyor"},
         {{"CLIP/1", "clip/2"}, "Two folders of the card are one folder on this disk: clip"},
-        {{"A:1.mov"}, "A:1.mov: bu disk bu ada ya da işleme izin vermiyor"},
+        {{"A:1.mov"}, "volume: bu disk bu ada ya da işleme izin vermiyor"},
         {{"B?/1"}, "B?: bu disk bu ada ya da işleme izin vermiyor"},
         // Longer than need be, which this driver takes and writes down as others.
         {{"o\xc1\x81x"}, "The disk does not list o"},

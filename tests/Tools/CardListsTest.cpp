@@ -233,10 +233,13 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
         each.spoil();
         const auto root = offload(each.option, each.exitCode);
         EXPECT_THAT(told, HasSubstr(each.told));
-        const bool isListRead = each.told != "could not be read" && each.told != "refers to";
+        const bool isListRead =
+            each.exitCode != 0 && each.told != "could not be read" && each.told != "refers to";
         const auto* advice = isListRead ? "It is not what its own list says: ask whoever"
                                         : "mend the cause and start again";
-        EXPECT_THAT(told, HasSubstr(advice));
+        if (each.exitCode != 0) {
+            EXPECT_THAT(told, HasSubstr(advice));
+        }
         const auto hashed =
             program("slatewise-offload", {"--mhl", "--hash-only", "--quiet", card.native()});
         EXPECT_THAT(hashed.standardError, HasSubstr(advice));
