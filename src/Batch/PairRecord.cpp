@@ -63,8 +63,12 @@ SessionManifest PairRecord::manifestOf(std::vector<FileCopyResult> files) const 
     if (names != TreeWalker::defaultSkipNames())
         manifest.skipNames.emplace(names.begin(), names.end());
     // Whoever reads this later was not there.
-    if (manifest.status == OutcomeStatus::Failed && manifest.problems.empty() &&
-        stop_.stop_requested())
+    const bool hasStoppedByItself =
+        std::any_of(outcome_.problems.begin(), outcome_.problems.end(), [](const auto& problem) {
+            using Kind = OffloadProblem::Kind;
+            return problem.kind == Kind::CopyStopped || problem.kind == Kind::HashingStopped;
+        });
+    if (manifest.status == OutcomeStatus::Failed && stop_.stop_requested() && !hasStoppedByItself)
         manifest.problems.emplace_back(plan_.l10n().stoppedByUser());
     return manifest;
 }

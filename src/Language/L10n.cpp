@@ -150,6 +150,11 @@ std::string L10n::sizeMismatch(Text source, Text copy) const {
                 "Boyut uyuşmadı (kaynak {}, kopya {}).", source, copy);
 }
 
+std::string L10n::endedEarly(Text size, Text read) const {
+    return isTurkish() ? fmt::format("{} baytlık dosya {} bayttan sonra bitti.", size, read)
+                       : fmt::format("It ended after {} of {} bytes.", read, size);
+}
+
 std::string L10n::insufficientSpace(Text needed, Text free, Text disk) const {
     const auto* const gap = disk.empty() ? "" : " ";
     return isTurkish() ? fmt::format("Hedefte yer yok{}{} (gerekli {}, boş {}).",

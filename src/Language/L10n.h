@@ -62,6 +62,7 @@ public:
     std::string cardHasNoUnit(Text card) const;
     std::string cardIsNoDestination(Text card) const;
     std::string sizeMismatch(Text source, Text copy) const;
+    std::string endedEarly(Text size, Text read) const;
     /// `disk` may be empty.
     std::string insufficientSpace(Text needed, Text free, Text disk = {}) const;
     /// Of one that has no sentence here.
@@ -96,6 +97,7 @@ public:
     std::string foldersFellTogether(Text folder) const;
     std::string copyGone(Text file) const;
     std::string nameNotKept(Text file) const;
+    std::string moreNamesNotKept(int files) const;
     std::string cardChanged(Text file) const;
     std::string cameMeanwhile(Text file) const;
     std::string folderNotRead(Text folder, Text reason) const;

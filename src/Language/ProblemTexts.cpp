@@ -46,6 +46,11 @@ std::string L10n::nameNotKept(Text file) const {
                 "Disk bunu bu adla listelemiyor, başka bir ad yazmış ya da hiç yazmamış: {}", file);
 }
 
+std::string L10n::moreNamesNotKept(int files) const {
+    return said(isTurkish(), "The disk does not list {} more files under their names.",
+                "Disk {} dosyayı daha kendi adıyla listelemiyor.", files);
+}
+
 std::string L10n::cardChanged(Text file) const {
     return said(isTurkish(), "This file changed while the card was read: {}",
                 "Kart okunurken değişti: {}", file);
@@ -184,9 +189,8 @@ std::string L10n::linkLeadsToNoFile(Text link) const {
 }
 
 std::string L10n::fileSystemErrors(Text volume) const {
-    return said(isTurkish(),
-                "The file system of {} reported errors meanwhile; something may be missing.",
-                "Dosya sistemi bu sırada hata bildirdi, veri eksik olabilir: {}", volume);
+    return said(isTurkish(), "{}: errors were reported meanwhile; something may be missing.",
+                "{}: bu sırada hata bildirildi, veri eksik olabilir.", volume);
 }
 
 std::string L10n::damageUntold(Text card) const {

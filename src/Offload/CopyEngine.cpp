@@ -204,11 +204,13 @@ private:
         if (areInPlace)
             areInPlace = lookIntoClips(proof_->copies()->folder(), RootFolder::Links::Refuse);
         const bool areComplete = areInPlace && proof_->findsCopiesInPlace(results_);
+        // Folders that fell together bear one name, which is told.
+        const bool areNamed = areComplete && areFoldersApart_ && proof_->findsNamesKept(results_);
         const bool isUnchanged = isCardUnchanged(areInPlace);
         const bool isUndamaged = proof_->findsDiskUndamaged();
         if (observer_.proved)
             observer_.proved(proof_->copies());
-        return allProved && areFoldersApart_ && areComplete && isUnchanged && isUndamaged;
+        return allProved && areNamed && isUnchanged && isUndamaged;
     }
 
     void copyFile(std::size_t index, CopyProgress& progress) {

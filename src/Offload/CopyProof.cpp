@@ -1,12 +1,9 @@
 #include "Offload/CopyProof.h"
 
-#include "Offload/OffloadError.h"
+#include "Offload/KeptNames.h"
 #include "Offload/SHA256Hasher.h"
-#include "Offload/TreeWalker.h"
 #include "Platform/Disks/DeviceCache.h"
 #include "Platform/Error.h"
-
-#include <algorithm>
 
 namespace slatewise {
 
@@ -64,51 +61,17 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
 }
 
 bool CopyProof::findsCopiesInPlace(std::span<FileCopyResult> rows) {
-    const auto changes = copies_->findChanges(rows, transfer_.stop());
-    for (const auto& problem : changes)
-        reporter_.report(problem);
-    return copies_->folder().isStillAtItsPath() && findsNamesKept(rows) && changes.empty();
+    return reportAll(copies_->findChanges(rows, transfer_.stop()));
 }
 
-/// A driver may write a name down as another one and find it by both: only a listing tells what
-/// others will find there.
 bool CopyProof::findsNamesKept(std::span<FileCopyResult> rows) {
-    bool areKept = isSessionListed();
-    if (!areKept)
-        reporter_.report({Kind::NameNotKept, session_.native()});
-    std::vector<InventoryEntry> listed;
-    try {
-        // What it cannot list is missing in it.
-        listed = TreeWalker::walk(copies_->folder(), {});
-    } catch (const std::exception& failure) {
-        reporter_.reportFailure(Kind::FolderNotRead, copies_->folder().path(), failure);
-        return false;
-    }
-    for (auto& row : rows) {
-        if (row.verifyStatus != VerifyStatus::Verified ||
-            std::ranges::binary_search(listed, row.relativePath, {}, &InventoryEntry::relativePath))
-            continue;
-        areKept = false;
-        markFailed(row, VerifyStatus::Failed);
-        reporter_.report({Kind::NameNotKept, row.relativePath});
-    }
-    return areKept;
+    return reportAll(KeptNames::findLost(disk_, session_, copies_->folder(), rows));
 }
 
-bool CopyProof::isSessionListed() const {
-    try {
-        std::filesystem::path parent;
-        for (const auto& part : session_) {
-            const auto names = disk_.below(parent).names();
-            if (!std::binary_search(names.begin(), names.end(), part.native()))
-                return false;
-            parent /= part;
-        }
-        return true;
-    } catch (const PosixError& failure) {
-        reporter_.log("Not listed: " + describe(failure));
-        return false;
-    }
+bool CopyProof::reportAll(const std::vector<OffloadProblem>& problems) {
+    for (const auto& problem : problems)
+        reporter_.report(problem);
+    return problems.empty();
 }
 
 bool CopyProof::findsDiskUndamaged() {

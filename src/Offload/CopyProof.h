@@ -39,9 +39,12 @@ public:
     /// whether all were proved. Fails with `CancellationError` when asked to stop between files.
     bool prove(std::span<FileCopyResult> rows);
 
-    /// Whether every copy lies where it was proved, as it was and under its own name; else marks
-    /// and reports. `rows` begin with those that were proved.
+    /// Whether every copy lies where it was proved, and as it was; else marks and reports. `rows`
+    /// begin with those that were proved.
     bool findsCopiesInPlace(std::span<FileCopyResult> rows);
+
+    /// Whether the disk lists every copy under its own name; else marks and reports.
+    bool findsNamesKept(std::span<FileCopyResult> rows);
 
     /// Whether the disk met no damage since the run began to write; else reports.
     bool findsDiskUndamaged();
@@ -52,8 +55,8 @@ private:
     /// Gives what the file was like that was read.
     FileSystem::Attributes readBack(FileCopyResult& row, int position, CopyProgress& progress);
     void noteWhatMemoryKept();
-    bool findsNamesKept(std::span<FileCopyResult> rows);
-    bool isSessionListed() const;
+    /// Gives whether there is nothing to report.
+    bool reportAll(const std::vector<OffloadProblem>& problems);
 
     const RootFolder& disk_;
     const std::filesystem::path session_;

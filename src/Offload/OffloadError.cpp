@@ -21,6 +21,9 @@ struct Describe {
     std::string operator()(const OffloadError::SizeMismatch& sizes) const {
         return texts.sizeMismatch(std::to_string(sizes.source), std::to_string(sizes.copied));
     }
+    std::string operator()(const OffloadError::EndedEarly& early) const {
+        return texts.endedEarly(std::to_string(early.size), std::to_string(early.read));
+    }
     std::string operator()(const OffloadError::InsufficientSpace& space) const {
         return texts.insufficientSpace(PathSize::format(space.needed, texts.language()),
                                        PathSize::format(space.free, texts.language()),

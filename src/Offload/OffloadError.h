@@ -18,6 +18,10 @@ public:
     struct SizeMismatch {
         std::int64_t source, copied;
     };
+    /// Byte counts of a file, and of what could be read of it.
+    struct EndedEarly {
+        std::int64_t size, read;
+    };
     /// Byte counts, and the destination by name; empty where there is only one that can be meant.
     struct InsufficientSpace {
         std::int64_t needed, free;
@@ -36,7 +40,7 @@ public:
     };
     struct MissingSelection {};
 
-    using Reason = std::variant<SizeMismatch, InsufficientSpace, CardGone, DiskReplaced,
+    using Reason = std::variant<SizeMismatch, EndedEarly, InsufficientSpace, CardGone, DiskReplaced,
                                 TemplateLeadsOut, MissingSelection>;
 
     explicit OffloadError(Reason reason)

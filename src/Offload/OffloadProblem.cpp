@@ -3,6 +3,8 @@
 #include "Offload/OffloadError.h"
 #include "Platform/Text.h"
 
+#include <algorithm>
+#include <array>
 #include <system_error>
 
 namespace slatewise {
@@ -85,6 +87,30 @@ const OffloadProblem* OffloadProblem::decisive(std::span<const OffloadProblem> p
     return found;
 }
 
+std::vector<OffloadProblem> OffloadProblem::shortened(std::vector<OffloadProblem> problems) {
+    constexpr int kMostAlike = 20;
+    // Nobody reads a hundred thousand sentences. Of other kinds each has a reason of its own.
+    constexpr std::array kCounted = {Kind::CardDiffersFromList, Kind::ListedFileMissing,
+                                     Kind::ListedFileUnproved,  Kind::CardFileNotListed,
+                                     Kind::NameNotListed,       Kind::NameNotKept};
+    for (const auto kind : kCounted) {
+        const auto isAlike = [kind](const OffloadProblem& problem) {
+            return problem.kind == kind;
+        };
+        const auto count = std::count_if(problems.begin(), problems.end(), isAlike);
+        // One more takes no more room than its count.
+        if (count <= kMostAlike + 1)
+            continue;
+        int told = 0;
+        std::erase_if(problems, [&](const OffloadProblem& problem) {
+            return isAlike(problem) && ++told > kMostAlike;
+        });
+        problems.push_back(
+            {.kind = kind, .subject = {}, .more = static_cast<int>(count) - kMostAlike});
+    }
+    return problems;
+}
+
 // NOLINTNEXTLINE(readability-function-size): one case for each kind, and nothing else.
 std::string OffloadProblem::text(L10n l10n) const {
     const auto about = Text::shortened(Text::visible(subject), kLongestSubject);
@@ -103,7 +129,7 @@ std::string OffloadProblem::text(L10n l10n) const {
     case Kind::CopyGone:
         return l10n.copyGone(about);
     case Kind::NameNotKept:
-        return l10n.nameNotKept(about);
+        return more > 0 ? l10n.moreNamesNotKept(more) : l10n.nameNotKept(about);
     case Kind::CardChanged:
         return l10n.cardChanged(about);
     case Kind::CameMeanwhile:

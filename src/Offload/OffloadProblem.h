@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace slatewise {
 
@@ -130,6 +131,10 @@ struct OffloadProblem {
     /// What an offload failed by, of all that came up: what is wrong with the copy counts more than
     /// reports that came to nothing before. Null where nothing failed.
     static const OffloadProblem* decisive(std::span<const OffloadProblem> problems);
+
+    /// Of very many alike, where each says no more than its subject, the first few and how many
+    /// more there are.
+    static std::vector<OffloadProblem> shortened(std::vector<OffloadProblem> problems);
 
     /// One sentence.
     std::string text(L10n l10n) const;

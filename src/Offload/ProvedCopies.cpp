@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <set>
 #include <string_view>
+#include <utility>
 
 namespace slatewise {
 
@@ -35,6 +36,7 @@ std::vector<OffloadProblem> ProvedCopies::findChanges(std::span<FileCopyResult> 
     std::set<std::string_view> ours;
     const bool isThere = session_.isStillAtItsPath();
     std::vector<OffloadProblem> changes;
+    bool isStopTold = false;
     if (!isThere)
         changes.push_back({Kind::CopyGone, session_.path().native()});
     for (const auto& list : lists_) {
@@ -60,10 +62,12 @@ std::vector<OffloadProblem> ProvedCopies::findChanges(std::span<FileCopyResult> 
         } catch (const CancellationError&) {
             row.verifyStatus = VerifyStatus::CopiedUnverified;
             row.destSHA256.reset();
-            changes.push_back(
-                {Kind::NotReadBack, row.relativePath, BothLanguages::of([](L10n l10n) {
-                     return std::string(l10n.touchedAndStopped());
-                 })});
+            // Whoever touches one may touch all, and their rows say the same.
+            if (!std::exchange(isStopTold, true))
+                changes.push_back(
+                    {Kind::NotReadBack, row.relativePath, BothLanguages::of([](L10n l10n) {
+                         return std::string(l10n.touchedAndStopped());
+                     })});
         }
     }
     return changes;

@@ -50,7 +50,7 @@ public:
     /// date, which lies before the run, so that whatever is written later stands out. Who writes
     /// may put that date back, but not the one of the last change: a copy that was changed in
     /// whatever way since its proof is read back once more, which proves it anew. Once `stop` is
-    /// requested none is, which is a problem, too: rows of such copies become unverified.
+    /// requested none is: rows of such copies become unverified, and one problem tells of it.
     std::vector<OffloadProblem> findChanges(std::span<FileCopyResult> rows,
                                             const std::stop_token& stop = {});
 

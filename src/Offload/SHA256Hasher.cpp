@@ -63,7 +63,7 @@ FileDigests hashFile(Transfer& transfer, const FileBeneath& name, const Transfer
     auto digests = hashOpen(transfer, file, name, counting);
     // A driver may end a file before its time, and leave its size and its dates alone.
     if (const auto size = file->attributes().sizeBytes; size > bytes)
-        throw OffloadError(OffloadError::SizeMismatch{size, bytes});
+        throw OffloadError(OffloadError::EndedEarly{size, bytes});
     return digests;
 }
 

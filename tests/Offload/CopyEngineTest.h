@@ -14,7 +14,6 @@
 
 namespace slatewise::test {
 
-using Verdicts = std::map<std::string, std::string>;
 using Problems = std::vector<std::string>;
 
 /// A card and a destination folder, and what one run between them told.

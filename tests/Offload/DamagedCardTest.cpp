@@ -48,7 +48,8 @@ TEST(DamagedCard, WhatCannotBeReadOfAFolderFailsTheRunAndTheRestIsProved) {
     const std::pair<Damage, std::vector<Run>> cases[] = {
         {flipBit,
          {{false, false, "bad could not be read"}, {true, false, "bad could not be read"}}},
-        {spoilEntry, {{false, false, "reported errors"}, {false, true, "would not be noticed"}}},
+        {spoilEntry,
+         {{false, false, "errors were reported"}, {false, true, "would not be noticed"}}},
     };
     for (const auto& [damage, runs] : cases) {
         MountedVolume card(Volume::Ext4, 64 * kMiB);
@@ -84,7 +85,7 @@ TEST(DamagedCard, OneThatTakesNoWritesAnyMoreHasMetDamage) {
     const auto outcome =
         CopyEngine::run(requestFor(card.path(), destination.path()), record.observer(turned), {});
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("reported errors")));
+    EXPECT_THAT(record.problems, ElementsAre(HasSubstr("errors were reported")));
 }
 
 TEST(DamagedCard, ALostAndFoundIsPassedOverOnlyWhereTheFileSystemMadeIt) {

@@ -26,8 +26,6 @@ namespace {
 
 constexpr std::int64_t kMiB = 1'048'576;
 
-using Verdicts = std::map<std::string, std::string>;
-
 /// Fills a file until the disk has about `left` bytes left.
 void fillUp(const std::filesystem::path& folder, std::int64_t left) {
     const auto space = std::filesystem::space(folder);
@@ -272,6 +270,16 @@ TEST(DiskWithoutCase, NamesThatBecomeOthersFailTheRun) {
             texts.push_back(each.text(L10n(AppLanguage::Turkish)));
         EXPECT_THAT(texts, Contains(HasSubstr(problem)));
     }
+}
+
+TEST(DiskWithoutCase, AFolderOnTheWayMayBeSpeltInAnotherCase) {
+    const MountedVolume disk(Volume::ExFat, 64 * kMiB);
+    const TemporaryFolder card;
+    std::filesystem::create_directory(disk / "film");
+    writeFile(card / "clip.mov", "1");
+    auto request = requestFor(card.path(), disk.path());
+    request.settings.folderTemplate = "FILM/session";
+    EXPECT_EQ(RunRecord().run(request).status, OutcomeStatus::Verified);
 }
 
 TEST(BrokenClock, ADateThatNoReportCanHoldIsCopiedAndLeftOut) {

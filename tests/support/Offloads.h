@@ -48,7 +48,9 @@ std::function<void(const OffloadPhase&)> atFirst(std::function<void()> happens,
     };
 }
 
+using Verdicts = std::map<std::string, std::string>;
+
 /// "COPY/verified" and so on for every row, by its path.
-std::map<std::string, std::string> verdicts(const OffloadOutcome& outcome);
+Verdicts verdicts(const OffloadOutcome& outcome);
 
 } // namespace slatewise::test

@@ -47,6 +47,12 @@ void write(const std::string& text) {
     }
 }
 
+/// Where the words change, they are shown at once.
+std::size_t kindOf(const OffloadPhase& phase) {
+    const auto* const figures = figuresOf(phase);
+    return 2 * phase.index() + (figures && figures->total > 0 ? 1 : 0);
+}
+
 std::string bar(double fraction, std::size_t width) {
     const auto filled =
         static_cast<std::size_t>(std::lround(fraction * static_cast<double>(width)));
@@ -133,11 +139,12 @@ void ProgressDisplay::show(const OffloadPhase& phase) {
     const auto now = std::chrono::steady_clock::now();
     const auto interval = isTerminal_ ? std::chrono::milliseconds(kBarInterval)
                                       : std::chrono::milliseconds(kLineInterval);
-    if (phase.index() == shownKind_ && now - shownAt_ < interval) {
+    const auto kind = kindOf(phase);
+    if (kind == shownKind_ && now - shownAt_ < interval) {
         (void)timeLeft_.update(phase, now);
         return;
     }
-    shownKind_ = phase.index();
+    shownKind_ = kind;
     shownAt_ = now;
     draw(line(phase, now));
 }

@@ -1,0 +1,131 @@
+#include "Offload/KeptNames.h"
+
+#include "Offload/TreeWalker.h"
+#include "Platform/Error.h"
+#include "Platform/Text.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace slatewise::KeptNames {
+
+namespace {
+
+using Kind = OffloadProblem::Kind;
+
+bool mayHaveForms(std::string_view name) {
+    return std::any_of(name.begin(), name.end(),
+                       [](char sign) { return static_cast<unsigned char>(sign) >= 0x80; });
+}
+
+/// What is wrong with the way to the session, if anything.
+std::optional<OffloadProblem> lookOnTheWay(const RootFolder& disk,
+                                           const std::filesystem::path& session) {
+    std::filesystem::path parent;
+    try {
+        for (const auto& part : session) {
+            const auto names = disk.below(parent).names();
+            parent /= part;
+            const bool isOurs = parent == session;
+            const auto form = [isOurs](std::string_view name) {
+                return isOurs ? Text::composed(name) : Text::caseFolded(Text::composed(name));
+            };
+            const auto isIt = [&, wanted = form(part.native())](const std::string& name) {
+                return name == part.native() || form(name) == wanted;
+            };
+            if (std::none_of(names.begin(), names.end(), isIt))
+                return OffloadProblem{Kind::NameNotKept, parent.native()};
+        }
+    } catch (const PosixError& failure) {
+        return OffloadProblem::of(Kind::FolderNotRead, parent.native(), failure);
+    }
+    return std::nullopt;
+}
+
+/// What a walk finds below the session's folder.
+class Listing {
+public:
+    explicit Listing(const RootFolder& session) {
+        try {
+            const auto noteUnread = [&](const std::string& folder, int code) {
+                const auto path = session.path() / folder;
+                unread_.insert(folder);
+                problems_.push_back(OffloadProblem::of(Kind::FolderNotRead, path.native(),
+                                                       PosixError("open", path, code)));
+            };
+            for (auto& entry : TreeWalker::walk(session, {}, {}, {.unreadable = noteUnread}))
+                names_.push_back(std::move(entry.relativePath));
+        } catch (const PosixError& failure) {
+            unread_.insert("");
+            problems_.push_back(
+                OffloadProblem::of(Kind::FolderNotRead, session.path().native(), failure));
+        }
+    }
+
+    bool has(const std::string& name) const {
+        return std::binary_search(names_.begin(), names_.end(), name);
+    }
+
+    /// Nobody knows what lies there.
+    bool isBelowUnread(const std::string& name) const {
+        return std::any_of(unread_.begin(), unread_.end(), [&](const std::string& folder) {
+            return folder.empty() || name.starts_with(folder + "/");
+        });
+    }
+
+    std::vector<OffloadProblem> takeProblems() { return std::move(problems_); }
+
+    /// How many items, that none of `rows` is named after, each form of a name has here.
+    std::map<std::string, int> formsBeside(std::span<const FileCopyResult> rows) const {
+        std::set<std::string_view> taken;
+        for (const auto& row : rows)
+            taken.insert(row.relativePath);
+        std::map<std::string, int> forms;
+        for (const auto& name : names_) {
+            if (mayHaveForms(name) && !taken.contains(name))
+                ++forms[Text::composed(name)];
+        }
+        return forms;
+    }
+
+private:
+    /// Sorted.
+    std::vector<std::string> names_;
+    std::set<std::string> unread_;
+    std::vector<OffloadProblem> problems_;
+};
+
+} // namespace
+
+std::vector<OffloadProblem> findLost(const RootFolder& disk, const std::filesystem::path& session,
+                                     const RootFolder& held, std::span<FileCopyResult> rows) {
+    Listing listing(held);
+    auto problems = listing.takeProblems();
+    if (auto problem = lookOnTheWay(disk, session))
+        problems.insert(problems.begin(), std::move(*problem));
+    std::vector<FileCopyResult*> lost;
+    for (auto& row : rows) {
+        if (row.verifyStatus == VerifyStatus::Verified && !listing.has(row.relativePath))
+            lost.push_back(&row);
+    }
+    if (lost.empty())
+        return problems;
+    auto forms = listing.formsBeside(rows);
+    for (auto* row : lost) {
+        const auto& name = row->relativePath;
+        // Each item is the copy of one row.
+        const auto found = mayHaveForms(name) ? forms.find(Text::composed(name)) : forms.end();
+        if (found != forms.end() && found->second-- == 1)
+            continue;
+        markFailed(*row, VerifyStatus::Failed);
+        if (!listing.isBelowUnread(name))
+            problems.push_back({Kind::NameNotKept, name});
+    }
+    return OffloadProblem::shortened(std::move(problems));
+}
+
+} // namespace slatewise::KeptNames
