@@ -106,6 +106,15 @@ std::string unescaped(std::string_view name) {
     return text;
 }
 
+/// As other systems end them, too. A name that ends so is escaped.
+std::vector<std::string_view> linesOf(std::string_view text) {
+    auto lines = Text::pieces(text, '\n');
+    for (auto& line : lines)
+        line.remove_suffix(line.ends_with('\r') ? 1 : 0);
+    std::erase_if(lines, [](std::string_view line) { return line.empty(); });
+    return lines;
+}
+
 struct ChecksumLine {
     std::string digest;
     std::string path;
@@ -114,8 +123,6 @@ struct ChecksumLine {
 ChecksumLine parsedLine(std::string_view line, const std::filesystem::path& list) {
     const bool isEscaped = line.starts_with('\\');
     line.remove_prefix(isEscaped ? 1 : 0);
-    // As other systems end lines. A name that ends so is escaped.
-    line.remove_suffix(!isEscaped && line.ends_with('\r') ? 1 : 0);
     auto digest = Text::asciiLowercased(line.substr(0, kDigestLength));
     if (line.size() < kDigestLength + 3 || !isValue(HashFormat::SHA256, digest) ||
         line[kDigestLength] != ' ')
@@ -134,7 +141,7 @@ std::string addChecksums(const std::filesystem::path& list, const std::string& p
     tree.lists.insert(list);
     tree.reported.try_emplace(prefix);
     auto text = readList(list);
-    for (const auto line : Text::pieces(text, '\n')) {
+    for (const auto line : linesOf(text)) {
         const auto [digest, path] = parsedLine(line, list);
         requireDown(list, path);
         expect(tree.files[prefix + path], HashFormat::SHA256, digest);
@@ -144,7 +151,7 @@ std::string addChecksums(const std::filesystem::path& list, const std::string& p
 
 std::vector<std::string> sortedLines(std::string_view text) {
     std::vector<std::string> lines;
-    for (const auto line : Text::pieces(text, '\n'))
+    for (const auto line : linesOf(text))
         lines.push_back(Text::displayable(line));
     std::sort(lines.begin(), lines.end());
     return lines;
@@ -215,7 +222,7 @@ SessionManifest readManifest(const std::filesystem::path& list) {
 std::vector<std::string> namesIn(const std::filesystem::path& checksums) {
     std::vector<std::string> names;
     const auto text = readList(checksums);
-    for (const auto line : Text::pieces(text, '\n')) {
+    for (const auto line : linesOf(text)) {
         try {
             names.push_back(parsedLine(line, checksums).path);
         } catch (const ListError&) {
@@ -227,7 +234,7 @@ std::vector<std::string> namesIn(const std::filesystem::path& checksums) {
 
 bool isChecksumList(const std::filesystem::path& file) {
     const auto text = readList(file);
-    const auto lines = Text::pieces(text, '\n');
+    const auto lines = linesOf(text);
     return !lines.empty() && std::all_of(lines.begin(), lines.end(), [&](std::string_view line) {
         try {
             return MediaHashList::leadsDown(parsedLine(line, file).path);

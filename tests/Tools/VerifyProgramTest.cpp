@@ -159,6 +159,12 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
          "damaged\t@/manifest.json\n"},
         {"checksums", [](const auto& set) { writeFile(set / "checksums.sha256", "x"); },
          "damaged\t@/checksums.sha256\n"},
+        {"checksums with line ends of another system",
+         [](const auto& set) {
+             const auto list = set / "checksums.sha256";
+             writeFile(list, Text::replaced(readFile(list) + "\n", "\n", "\r\n"));
+         },
+         ""},
         {"checksums, emptied", [](const auto& set) { writeFile(set / "checksums.sha256", ""); },
          "damaged\t@/checksums.sha256\n"},
         {"a hash list that names less",
