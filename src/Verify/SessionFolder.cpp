@@ -2,6 +2,7 @@
 
 #include "MediaHashList/Generation.h"
 #include "MediaHashList/ListError.h"
+#include "MediaHashList/NameForms.h"
 #include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/BlockDevices.h"
@@ -13,7 +14,6 @@
 
 #include <cerrno>
 #include <set>
-#include <string_view>
 #include <vector>
 
 namespace slatewise::Verify {
@@ -22,9 +22,6 @@ namespace {
 
 using MediaHashList::ListError;
 using Reason = MediaHashList::ListError::Reason;
-
-/// In the place of what is no UTF-8.
-constexpr std::string_view kNotShown = "\xef\xbf\xbd";
 
 /// Null when there is no such folder.
 HeldFolder folderBelow(const std::filesystem::path& disk, const std::filesystem::path& shown) {
@@ -109,15 +106,16 @@ HeldFolder folderElsewhere(const SessionManifest& manifest) {
 
 std::filesystem::path asItLies(const std::filesystem::path& folder,
                                const std::filesystem::path& shown) {
-    if (shown.native().find(kNotShown) == std::string::npos)
+    if (!MediaHashList::mayHaveForms(shown.native()))
         return shown;
     std::filesystem::path found;
     for (const auto& part : shown) {
         std::vector<std::filesystem::path> meant;
-        if (part.native().find(kNotShown) != std::string::npos &&
+        if (MediaHashList::mayHaveForms(part.native()) &&
             !FileSystem::exists(folder / found / part)) {
+            const auto name = Text::composed(part.native());
             for (const auto& item : FileSystem::entriesIfAny(folder / found)) {
-                if (Text::displayable(item.filename().native()) == part)
+                if (Text::composed(Text::displayable(item.filename().native())) == name)
                     meant.push_back(item.filename());
             }
         }

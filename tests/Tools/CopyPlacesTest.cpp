@@ -125,7 +125,16 @@ TEST_F(VerifyProgram, FindsWhatLiesInASessionsFolderAndUnderNamesThatNoListCanHo
         const auto result = program("slatewise-verify", {"--quiet", way});
         EXPECT_EQ(result.exitCode, 0) << way << result.standardOutput << result.standardError;
     }
-    // A manifest shows such names, and cannot hold them.
+    // A disk of another system has a name in another form, be it one on the way to a session.
+    const auto crew = offload("--crew=Şahin").parent_path().parent_path();
+    ASSERT_EQ(crew.filename(), "Şahin");
+    const auto formed = crew.parent_path() / "S\u0327ahin";
+    std::filesystem::rename(crew, formed);
+    for (const auto& way : {formed, formed / copy.lexically_relative(crew), reports}) {
+        const auto result = program("slatewise-verify", {"--quiet", way});
+        EXPECT_EQ(result.exitCode, 0) << way << result.standardOutput << result.standardError;
+    }
+    // A manifest shows names that are no UTF-8, and cannot hold them.
     const auto nested = folder / "A001/odd \xff";
     writeFile(nested / "c", "c");
     writeFile(nested / "checksums.sha256", hashOf(HashFormat::SHA256, "c") + "  c\n");
