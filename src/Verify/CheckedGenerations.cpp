@@ -5,6 +5,7 @@
 #include "Verify/TreeCheck.h"
 
 #include <algorithm>
+#include <utility>
 
 /// What a check whose files were all the same leaves behind: the next generation of each history.
 namespace slatewise::Verify {
@@ -37,13 +38,13 @@ void keepWanted(const std::vector<MediaHashList::HashedFile>& files, const std::
 /// Adds the patterns of those trashes that are there to those of the tree's own list.
 void leaveOutTrash(const ListedTree& tree, MediaHashList::IgnoredBelow& ignored) {
     for (const auto& entry : tree.entries) {
-        const std::string pattern(
-            tree.trashPattern(entry.isDirectory ? entry.relativePath + "/" : entry.relativePath));
+        auto pattern =
+            tree.trashPattern(entry.isDirectory ? entry.relativePath + "/" : entry.relativePath);
         if (pattern.empty())
             continue;
         auto& own = ignored[""];
         if (std::find(own.begin(), own.end(), pattern) == own.end())
-            own.push_back(pattern);
+            own.push_back(std::move(pattern));
     }
 }
 

@@ -280,14 +280,19 @@ bool ListedTree::isList(const std::string& path) const {
             std::find(names.begin(), names.end(), whole.filename().native()) != names.end());
 }
 
-std::string_view ListedTree::trashPattern(std::string_view path) const {
+std::string ListedTree::trashPattern(std::string_view path) const {
     const auto end = path.find('/');
     if (end == std::string_view::npos || isReported(path))
         return {};
+    constexpr std::string_view kOfUser = ".Trash-";
     const auto top = path.substr(0, end);
-    if (top.starts_with(".Trash-"))
-        return "/.Trash-*/";
-    return top == ".Trash" ? "/.Trash/" : top == "$RECYCLE.BIN" ? "/$RECYCLE.BIN/" : "";
+    // A user's number follows. Whatever else is named so is somebody's, and no pattern is of digits
+    // alone: so it is the very folder's.
+    const bool isOfUser =
+        top.starts_with(kOfUser) && top.size() > kOfUser.size() &&
+        top.find_first_not_of("0123456789", kOfUser.size()) == std::string_view::npos;
+    const bool isTrash = isOfUser || top == ".Trash" || top == "$RECYCLE.BIN";
+    return isTrash ? "/" + std::string(top) + "/" : std::string();
 }
 
 bool ListedTree::isLeftOutByRun(const std::string& path) const {

@@ -126,9 +126,10 @@ struct ListedTree {
     /// Whether something is a list that was read, or lies beside one in its set of reports.
     bool isList(const std::string& path) const;
 
-    /// The pattern of a system's trash at the top of the tree, where something lies in one that no
-    /// run's reports would name; else empty. Of a folder itself, with a "/" at its end.
-    std::string_view trashPattern(std::string_view path) const;
+    /// The pattern of a system's trash at the top of the tree, be that a disk's or not, where
+    /// something lies in one that no run's reports would name; else empty. Of a folder itself, with
+    /// a "/" at its end.
+    std::string trashPattern(std::string_view path) const;
 
     /// Whether the run that made a copy says that it left this out, be it for a name on its way.
     bool isLeftOutByRun(const std::string& path) const;

@@ -167,11 +167,12 @@ TEST_F(VerifyProgram, MissesAListOfASetAndNothingInATrash) {
         EXPECT_EQ(whole.exitCode, 0) << whole.standardOutput;
     }
     EXPECT_THAT(History::load(RootFolder(disk)).generations().back().ignored,
-                ::testing::IsSupersetOf({"/.Trash/", "/.Trash-*/", "/$RECYCLE.BIN/"}));
-    // A file at the top, and what lies in a copy, is what it seems.
-    writeFile(disk / ".Trash-notes.mov", "x");
+                ::testing::IsSupersetOf({"/.Trash/", "/.Trash-1000/", "/$RECYCLE.BIN/"}));
+    // A file at the top, a folder named almost so, and what lies in a copy, is what it seems.
+    for (const auto* const name : {".Trash-/x.mov", ".Trash-1000.mov", ".Trash-12takes/x.mov"})
+        writeFile(disk / name, "x");
     EXPECT_EQ(program("slatewise-verify", {"--quiet", disk}).standardOutput,
-              "new\t.Trash-notes.mov\n");
+              "new\t.Trash-/x.mov\nnew\t.Trash-1000.mov\nnew\t.Trash-12takes/x.mov\n");
     writeFile(root / ".Trash-1000/x.mov", "x");
     EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
               "new\t.Trash-1000/x.mov\n");
