@@ -76,6 +76,18 @@ std::vector<std::filesystem::path> mountPointsOf(const std::string& uuid) {
     return places;
 }
 
+/// Null also where a link or a right that is missing stands in the way of what is no more than a
+/// guess: another may be right.
+HeldFolder guessedBelow(const std::filesystem::path& disk, const std::filesystem::path& shown) {
+    try {
+        return folderBelow(disk, shown);
+    } catch (const PosixError&) {
+        return nullptr;
+    } catch (const ListError&) {
+        return nullptr;
+    }
+}
+
 /// The session's folder on its disk, wherever that is mounted today. The copy may have gone to a
 /// folder of the disk, and nobody noted where that disk was mounted: any of the last parts of the
 /// path may be that folder's. Null when it is nowhere, or at several places, of which nobody knows
@@ -89,7 +101,7 @@ HeldFolder folderElsewhere(const SessionManifest& manifest) {
     for (const auto& disk : mountPointsOf(wanted)) {
         auto parts = Text::pieces(manifest.destination.mountPoint, '/');
         for (auto shown = below;; parts.pop_back()) {
-            auto folder = folderBelow(disk, shown);
+            auto folder = shown == below ? folderBelow(disk, shown) : guessedBelow(disk, shown);
             if (folder && found)
                 return nullptr;
             if (folder)
