@@ -1,7 +1,5 @@
 #include "Offload/CopyEngineTest.h"
 
-#include "support/Process.h"
-
 #include <gmock/gmock.h>
 
 #include <tuple>
@@ -12,12 +10,6 @@
 using namespace slatewise;
 using namespace slatewise::test;
 using namespace ::testing;
-
-namespace {
-
-constexpr std::int64_t kMiB = 1'048'576;
-
-} // namespace
 
 TEST_F(CopyEngineTest, WhatChangesOnTheCardMeanwhileIsNotVerified) {
     const auto film = card / "DCIM/a";
