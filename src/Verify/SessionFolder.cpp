@@ -88,6 +88,26 @@ HeldFolder guessedBelow(const std::filesystem::path& disk, const std::filesystem
     }
 }
 
+/// Whether the copy there may be the session's, and not another one that lies under the same path:
+/// the reports beside it, where there are any, know it.
+bool mayBeOf(const SessionManifest& manifest, const RootFolder& folder,
+             const std::filesystem::path& below) {
+    auto destination = folder.path();
+    for (auto parts = std::distance(below.begin(), below.end()); parts > 0; --parts)
+        destination = destination.parent_path();
+    bool areNone = true;
+    for (const auto& set : FileSystem::entriesIfAny(destination / ReportNames::folder)) {
+        try {
+            if (readManifest(set / ReportNames::manifest).sessionID == manifest.sessionID)
+                return true;
+            areNone = false;
+        } catch (const Error&) {
+            // It speaks for no session.
+        }
+    }
+    return areNone;
+}
+
 /// The session's folder on its disk, wherever that is mounted today. The copy may have gone to a
 /// folder of the disk, and nobody noted where that disk was mounted: any of the last parts of the
 /// path may be that folder's. Null when it is nowhere, or at several places, of which nobody knows
@@ -102,9 +122,10 @@ HeldFolder folderElsewhere(const SessionManifest& manifest) {
         auto parts = Text::pieces(manifest.destination.mountPoint, '/');
         for (auto shown = below;; parts.pop_back()) {
             auto folder = shown == below ? folderBelow(disk, shown) : guessedBelow(disk, shown);
-            if (folder && found)
+            const bool isIt = folder && mayBeOf(manifest, *folder, below);
+            if (isIt && found)
                 return nullptr;
-            if (folder)
+            if (isIt)
                 found = std::move(folder);
             if (parts.empty())
                 break;
@@ -112,6 +133,20 @@ HeldFolder folderElsewhere(const SessionManifest& manifest) {
         }
     }
     return found;
+}
+
+/// The folder itself, else the nearest above it.
+std::filesystem::path nearestThere(std::filesystem::path folder) {
+    while (folder.has_relative_path() && !FileSystem::exists(folder))
+        folder = folder.parent_path();
+    return folder;
+}
+
+/// Whether a disk is mounted there, and not a folder of one.
+bool isRootOfDisk(const std::filesystem::path& folder) {
+    std::error_code failure;
+    const auto place = std::filesystem::canonical(folder, failure);
+    return !failure && DiskInfo().mountAt(place) != nullptr;
 }
 
 } // namespace
@@ -146,8 +181,9 @@ SessionPlace folderOf(const SessionManifest& manifest, const std::filesystem::pa
         return {folderWhereMade(manifest), true};
     if (auto folder = folderBelow(parent.parent_path(), belowDisk(manifest)))
         return {std::move(folder), false};
-    // Where the copy was made, another disk's may lie by now, or that of another copy.
-    if (isOnItsDisk(manifest, reportFolder).value_or(true))
+    // Where the copy was made, another disk's may lie by now, or that of another copy. What a disk
+    // has at its top speaks of that disk, also on one that was made a twin of another.
+    if (isOnItsDisk(manifest, reportFolder).value_or(true) || isRootOfDisk(parent.parent_path()))
         throw ListError(Reason::NoFolder, {}, parent.parent_path() / belowDisk(manifest));
     return {folderWhereMade(manifest), true};
 }
@@ -156,17 +192,18 @@ HeldFolder folderWhereMade(const SessionManifest& manifest) {
     const std::filesystem::path made = manifest.destination.sessionRoot;
     if (!made.is_absolute())
         throw ListError(Reason::NoFolder, {}, made);
+    const auto destination = asItLies(manifest.destination.mountPoint);
     std::error_code failure;
-    const auto disk =
-        std::filesystem::canonical(asItLies(manifest.destination.mountPoint), failure);
-    std::optional<bool> isItsDisk;
-    if (!failure)
-        isItsDisk = isOnItsDisk(manifest, disk);
-    const bool isAnothers = !isItsDisk.value_or(true);
-    auto folder = failure || isAnothers ? nullptr : folderBelow(disk, belowDisk(manifest));
-    // What its own disk has lost is not to be sought in another folder there.
-    if (!folder && !isItsDisk.value_or(false))
+    const auto disk = std::filesystem::canonical(destination, failure);
+    const auto isItsDisk = isOnItsDisk(manifest, failure ? nearestThere(destination) : disk);
+    const bool isAnothers = !failure && !isItsDisk.value_or(true);
+    HeldFolder folder;
+    // A disk that is known to be the right one counts more than one that nobody knows; what the
+    // right one has lost is not to be sought in another folder there.
+    if (!isItsDisk.value_or(false))
         folder = folderElsewhere(manifest);
+    if (!folder && !failure && !isAnothers)
+        folder = folderBelow(disk, belowDisk(manifest));
     if (!folder)
         throw ListError(isAnothers ? Reason::OtherDisk : Reason::NoFolder, {}, made);
     return folder;

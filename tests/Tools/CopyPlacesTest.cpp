@@ -81,6 +81,23 @@ TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
     EXPECT_THAT(verified(whole / "reports" / reports.filename()), ::testing::StartsWith("0 "));
     EXPECT_THAT(verified(whole), ::testing::StartsWith("0 ")) << "with all the disk holds";
 
+    // What lies at the top of a disk speaks of that one, although the original is where it was.
+    const MountedVolume twin(MountedVolume::FileSystem::Ext4, 32'000'000, folder / "twin", "");
+    std::filesystem::copy(disk / "reports", twin / "reports",
+                          std::filesystem::copy_options::recursive);
+    EXPECT_THAT(verified(twin / "reports" / reports.filename()), ::testing::StartsWith("1 "));
+
+    // The folder that a copy went to is gone; on its disk lies another under the same path.
+    std::filesystem::create_directory(disk / "Backup");
+    const auto line =
+        program("slatewise-offload", {"--quiet", "--to", disk / "Backup", folder / "A001"})
+            .standardOutput;
+    const std::filesystem::path there = Text::trimmed(line.substr(line.rfind('\t') + 1));
+    const auto backedUp = archived().parent_path() / there.filename();
+    EXPECT_THAT(verified(backedUp), ::testing::StartsWith("0 "));
+    std::filesystem::remove_all(disk / "Backup");
+    EXPECT_THAT(verified(backedUp), ::testing::StartsWith("1 "));
+
     // The disk comes back under another name.
     const BindMount again(disk, folder / "again");
     second.unmount();
@@ -89,6 +106,7 @@ TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
     EXPECT_THAT(verified(archived()), ::testing::StartsWith("0 "));
     EXPECT_EQ(Verify::findListsOf(stored).root, folder / "again" / copy.lexically_relative(disk));
     EXPECT_THAT(verified(set), ::testing::StartsWith("1 ")) << "of the first, which is nowhere";
+    EXPECT_THAT(verified(backedUp), ::testing::StartsWith("1 "));
 }
 
 TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
