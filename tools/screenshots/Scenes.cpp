@@ -75,7 +75,7 @@ void playHashed(Stage& stage) {
 void playHashing(Stage& stage) {
     stage.playReady();
     stage.model()->settings()->setVerifyOnly(true);
-    stage.begin();
+    stage.copying(0.4);
 }
 
 void playVerdictOfBefore(Stage& stage) {

@@ -182,8 +182,11 @@ void Stage::copying(double share) {
                  now_ - std::chrono::seconds(3));
     progress.add(static_cast<std::int64_t>(latest), now_);
     const int file = std::min(static_cast<int>(share * kFiles), kFiles - 1);
-    batch.phaseChanged(
-        progress.copying(fmt::format("CLIP/A001C{:03}_260301.mxf", file + 1), file, now_));
+    const auto name = fmt::format("CLIP/A001C{:03}_260301.mxf", file + 1);
+    if (model()->settings()->verifyOnly())
+        batch.phaseChanged(progress.hashing(name, file, now_));
+    else
+        batch.phaseChanged(progress.copying(name, file, now_));
 }
 
 void Stage::succeed(int notes) {

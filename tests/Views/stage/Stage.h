@@ -51,9 +51,9 @@ public:
     /// The next questions for a folder are answered with one of that name.
     Q_INVOKABLE void answerWith(const QString& name);
 
-    /// What a batch would tell. Its first pair has begun: the card is looked through, or hashed.
+    /// What a batch would tell. Its first pair has begun: the card is looked through.
     void begin();
-    /// Of the first pair's bytes that share is copied.
+    /// Of the first pair's bytes that share is copied, or hashed.
     Q_INVOKABLE void copying(double share);
     /// The first pair leaves so many notes.
     Q_INVOKABLE void succeed(int notes = 0);
