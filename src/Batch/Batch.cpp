@@ -2,8 +2,8 @@
 
 #include "Batch/BatchOpening.h"
 #include "Batch/CardEject.h"
-#include "Batch/PairLists.h"
 #include "Batch/PairTraces.h"
+#include "Batch/PairWork.h"
 #include "Batch/Waiting.h"
 #include "Language/L10n.h"
 #include "Offload/CopyEngine.h"
@@ -16,7 +16,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <utility>
 
@@ -70,32 +69,6 @@ void withdrawIfMoved(const BatchPair& pair, OffloadOutcome& outcome, RunMailbox&
 }
 
 } // namespace
-
-/// What the steps of one pair hand on to each other. Big things in it come into being and go on
-/// workers alone.
-struct Batch::PairWork {
-    explicit PairWork(const OffloadSettings& settings) : lists(settings) {}
-
-    BatchPair pair;
-    PairLists lists;
-    RunMailbox mail;
-    /// What is to be told of the pair however it ends.
-    std::optional<OffloadProblem> note;
-    std::unique_ptr<OffloadOutcome> outcome;
-    std::shared_ptr<ProvedCopies> copies;
-    PairResult result;
-    /// Of the step at work.
-    std::exception_ptr failure;
-    /// Nobody waits for it any longer, and it is told as failed.
-    std::atomic<bool> isGivenUp = false;
-
-    /// As far as anybody knows by now.
-    bool isCopyComplete(std::optional<OutcomeStatus> runStatus) const {
-        const auto problems = mail.problems();
-        const auto* known = OffloadProblem::decisive(problems);
-        return runStatus && endedWell(*runStatus) && (!known || known->isOfReports());
-    }
-};
 
 Batch::Batch(BatchPlan plan, const BatchSurroundings& surroundings,
              std::shared_ptr<AppDatabase> database, BatchListener& listener)
@@ -284,7 +257,7 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         const auto [inArchive, onDestination, shown, filesProved] =
             PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
                               work->mail.observer().problem, self->stop_.get_token(),
-                              [work] { return work->isGivenUp.load(); });
+                              [work](auto step) { return work->reach(step); });
         result.status = outcome->status;
         if (result.runStatus != OutcomeStatus::Hashed)
             result.filesDone = filesProved;
@@ -323,8 +296,13 @@ QCoro::Task<bool> Batch::perform(std::shared_ptr<PairWork> work, std::chrono::se
 
 /// What still goes on without us may yet end; nobody waits for it any longer.
 void Batch::giveUp(PairWork& work, OffloadProblem::Kind why) {
-    work.isGivenUp = true;
-    work.mail.observer().problem({why, work.pair.name});
+    const auto stand = work.stand.exchange(PairWork::Stand::GivenUp);
+    const auto tell = work.mail.observer().problem;
+    tell({why, work.pair.name});
+    // A set may stand by now that says otherwise, and the program may end before it is corrected.
+    if (stand != PairWork::Stand::AtWork)
+        tell({OffloadProblem::Kind::ReportsOutdated,
+              (work.pair.destination.facts.mountPoint / ReportNames::folder).native()});
     throw CancellationError();
 }
 

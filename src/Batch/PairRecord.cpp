@@ -33,10 +33,20 @@ void PairRecord::note(const OffloadProblem& problem) {
 }
 
 void PairRecord::fail(const OffloadProblem& problem) {
+    fail({&problem, 1});
+}
+
+void PairRecord::fail(std::span<const OffloadProblem> problems) {
+    if (problems.empty())
+        return;
     outcome_.status = OutcomeStatus::Failed;
-    const auto& known = outcome_.problems;
-    if (std::find(known.begin(), known.end(), problem) == known.end())
-        note(problem);
+    // There may be very many new ones.
+    const auto known = static_cast<std::ptrdiff_t>(problemCount());
+    for (const auto& problem : problems) {
+        const auto begin = outcome_.problems.begin();
+        if (std::find(begin, begin + known, problem) == begin + known)
+            note(problem);
+    }
 }
 
 void PairRecord::failOnce(OffloadProblem::Kind kind, const std::string& place,

@@ -42,6 +42,8 @@ public:
     void note(const OffloadProblem& problem);
     /// Tells, once, of something that it fails by.
     void fail(const OffloadProblem& problem);
+    /// The same of many, no two of which are the same.
+    void fail(std::span<const OffloadProblem> problems);
     /// The same for reports that could not be left in a place. One that failed before is told
     /// already.
     void failOnce(OffloadProblem::Kind kind, const std::string& place,

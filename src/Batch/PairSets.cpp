@@ -36,19 +36,18 @@ void PairSets::make() {
 
 /// What was made tells of an end that was not to be.
 void PairSets::bringUpToDate() {
-    if (record_.problemCount() != told_)
-        makeAgain();
+    if (hasNews())
+        makeAgain(archived_.has_value(), onDisk_.has_value());
 }
 
-void PairSets::makeAgain() {
-    const bool wasArchived = archived_.has_value();
-    const bool wasOnDisk = onDisk_.has_value();
+void PairSets::makeAgain(bool inArchive, bool onDisk) {
     archived_.reset();
     onDisk_.reset();
     record_.renew();
-    if (wasArchived)
+    if (inArchive)
         makeInArchive();
-    if (wasOnDisk)
+    told_ = record_.problemCount();
+    if (onDisk)
         makeOnDisk();
 }
 
@@ -124,16 +123,27 @@ void PairSets::copyFromArchive(const RootFolder& passing) const {
 // Putting them in place
 
 /// The set on the disk first: that of the archive can still be made again when the disk does not
-/// take its own.
-void PairSets::putInPlace() {
-    const auto told = record_.problemCount();
+/// take its own. None rather than one that is wrong.
+void PairSets::putInPlace(const std::function<bool()>& isPlacedInTime,
+                          const std::function<bool()>& isEndedInTime) {
+    const OffloadProblem notAwaited = {Kind::ReportsNotAwaited, record_.pair().name};
     putDisksInPlace();
-    if (record_.problemCount() != told && archived_)
-        makeAgain();
-    const auto toldOnDisk = record_.problemCount();
+    if (!isPlacedInTime())
+        record_.fail(notAwaited);
+    if (hasNews()) {
+        const bool wasOnDisk = takeBack(onDisk_, onDestination_);
+        makeAgain(archived_.has_value(), wasOnDisk);
+        putDisksInPlace();
+    }
     putArchivesInPlace();
-    if (record_.problemCount() != toldOnDisk && !onDestination_.empty())
-        correctOnDisk();
+    if (!isEndedInTime())
+        record_.fail(notAwaited);
+    if (hasNews()) {
+        const bool wasOnDisk = takeBack(onDisk_, onDestination_);
+        makeAgain(takeBack(archived_, inArchive_), wasOnDisk);
+        putDisksInPlace();
+        putArchivesInPlace();
+    }
     giveUpClaims();
 }
 
@@ -163,24 +173,18 @@ bool PairSets::put(std::optional<PassingSet>& set, const RootFolder& root, Kind 
         return true;
     } catch (const std::exception& failure) {
         record_.failOnce(kind, place, failure);
-        takeBack(set);
+        std::filesystem::path nowhere;
+        takeBack(set, nowhere);
         return false;
     }
 }
 
-/// The set that stands on the disk tells of a better end than there was. None rather than one that
-/// is wrong.
-void PairSets::correctOnDisk() {
-    onDestination_.clear();
-    if (!takeBack(onDisk_))
-        return;
-    record_.renew();
-    makeOnDisk();
-    putDisksInPlace();
-}
-
-/// False, and told, when some of a set stays that tells of a better end.
-bool PairSets::takeBack(std::optional<PassingSet>& set) {
+/// Whether one stood there and is gone. When some of a set stays that tells of a better end, that
+/// is told.
+bool PairSets::takeBack(std::optional<PassingSet>& set, std::filesystem::path& place) {
+    place.clear();
+    if (!set)
+        return false;
     const bool isGone = set->takeBack();
     if (!isGone)
         record_.fail({Kind::ReportsOutdated, set->path().native()});

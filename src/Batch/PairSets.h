@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -26,7 +27,9 @@ public:
     /// Makes them again where more is known by now than they tell.
     void bringUpToDate();
 
-    void putInPlace();
+    /// `isAwaited` as `PairTraces::leave` has it, of the second step and the last.
+    void putInPlace(const std::function<bool()>& isPlacedInTime,
+                    const std::function<bool()>& isEndedInTime);
 
     /// Where they stand. Empty paths: not written.
     const std::filesystem::path& inArchive() const { return inArchive_; }
@@ -38,7 +41,7 @@ public:
     bool isDiskInPlace() const { return disk_.isStillAtItsPath(); }
 
 private:
-    void makeAgain();
+    void makeAgain(bool inArchive, bool onDisk);
     void makeInArchive();
     void makeOnDisk();
     bool write(const RootFolder& folder, const std::string& place);
@@ -48,8 +51,8 @@ private:
     void putArchivesInPlace();
     bool put(std::optional<PassingSet>& set, const RootFolder& root, OffloadProblem::Kind kind,
              const std::string& place);
-    void correctOnDisk();
-    bool takeBack(std::optional<PassingSet>& set);
+    bool hasNews() const { return record_.problemCount() != told_; }
+    bool takeBack(std::optional<PassingSet>& set, std::filesystem::path& place);
 
     std::string claimName() const;
     std::string claimOnDisk() const;

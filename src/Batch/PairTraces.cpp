@@ -23,8 +23,7 @@ void lookOnceMore(PairRecord& record, bool isDiskInPlace, ProvedCopies* copies,
     if (!copies)
         return;
     const auto changes = copies->findChanges(record.rows(), stop);
-    for (const auto& problem : changes)
-        record.fail(problem);
+    record.fail(changes);
     if (changes.empty())
         return;
     // They stand beside the copies, and were written when all was well.
@@ -75,15 +74,18 @@ void enqueue(PairRecord& record, AppDatabase& database) {
 
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
               ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-              const std::stop_token& stop, const std::function<bool()>& isGivenUp) {
+              const std::stop_token& stop, const IsAwaited& isAwaited) {
+    const auto isInTime = [&](Step step) {
+        return !isAwaited || isAwaited(step);
+    };
     PairRecord record(plan, pair, outcome, tell, stop);
     PairSets sets(record);
     sets.make();
     lookOnceMore(record, sets.isDiskInPlace(), copies, stop);
-    if (isGivenUp && isGivenUp())
+    if (!isInTime(Step::Placing))
         record.fail({Kind::ReportsNotAwaited, pair.name});
     sets.bringUpToDate();
-    sets.putInPlace();
+    sets.putInPlace([&] { return isInTime(Step::Placed); }, [&] { return isInTime(Step::Ended); });
     // The service is told what became of them, too.
     if (outcome.status == OutcomeStatus::Failed)
         record.renew();

@@ -21,6 +21,19 @@ struct Folders {
     int filesProved = 0;
 };
 
+/// Where the sets of a pair have got to.
+enum class Step {
+    /// They are made, and one after the other is put in place from now on.
+    Placing,
+    /// One stands.
+    Placed,
+    /// All stand.
+    Ended,
+};
+
+/// Is told how far it is, and says whether anybody waits for it still.
+using IsAwaited = std::function<bool(Step)>;
+
 /// Is told what a person must know.
 using Tell = std::function<void(const OffloadProblem&)>;
 
@@ -34,10 +47,10 @@ using Tell = std::function<void(const OffloadProblem&)>;
 /// told of where it cannot be. Without its line in the history it has not. The `copies`, where
 /// there are any, are looked at once more when the reports are written, and told of by them; once
 /// `stop` is requested none is read for that, and an offload that needed it has failed. So has one
-/// that `isGivenUp`, which is asked when the sets are made: whoever waited for it has told so. All
-/// three folders of the pair are held. Blocks; any thread.
+/// that is not `isAwaited` any more, which is asked at each step: whoever waited for it has told
+/// so. All three folders of the pair are held. Blocks; any thread.
 Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
               ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-              const std::stop_token& stop, const std::function<bool()>& isGivenUp = {});
+              const std::stop_token& stop, const IsAwaited& isAwaited = {});
 
 } // namespace slatewise::PairTraces

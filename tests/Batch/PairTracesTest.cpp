@@ -51,8 +51,12 @@ TEST_F(BatchOfCards, NoSetStandsAnywhereBeforeAllIsKnown) {
         return manifests;
     };
     const auto isFailure = HasSubstr("\"status\": \"failed\"");
-    for (const bool isGivenUp : {false, true}) {
-        SCOPED_TRACE(isGivenUp);
+    using PairTraces::Step;
+    // The step at which nobody waits any longer; else the disk takes no set.
+    for (const auto step : {std::optional<Step>(), std::optional(Step::Placing),
+                            std::optional(Step::Placed), std::optional(Step::Ended)}) {
+        SCOPED_TRACE(step ? static_cast<int>(*step) : -1);
+        const bool isGivenUp = step.has_value();
         BatchPlan plan;
         BatchPair pair;
         pair.cardFolder = held("A001");
@@ -66,10 +70,12 @@ TEST_F(BatchOfCards, NoSetStandsAnywhereBeforeAllIsKnown) {
         std::vector<Kind> told;
         const auto tell = [&](const OffloadProblem& problem) {
             told.push_back(problem.kind);
-            EXPECT_THAT(manifestsIn("archive"), IsEmpty());
+            if (step != Step::Ended) {
+                EXPECT_THAT(manifestsIn("archive"), IsEmpty());
+            }
         };
         const auto folders = PairTraces::leave(plan, pair, outcome, nullptr, *openUserStore(), tell,
-                                               {}, [&] { return isGivenUp; });
+                                               {}, [&](Step at) { return !step || at < *step; });
         EXPECT_THAT(told,
                     ElementsAre(isGivenUp ? Kind::ReportsNotAwaited : Kind::ReportsNotCopied));
         EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
@@ -94,9 +100,10 @@ TEST_F(BatchOfCards, TheServiceIsToldWhatBecameOfTheReportsInTheEnd) {
     outcome.sessionID = Uuid::random();
     outcome.status = OutcomeStatus::Verified;
     // The last moment at which all is well.
-    const auto goAway = [&] {
-        std::filesystem::rename(desk.folder / "SSD1/reports", desk.folder / "SSD1/gone");
-        return false;
+    const auto goAway = [&](PairTraces::Step step) {
+        if (step == PairTraces::Step::Placing)
+            std::filesystem::rename(desk.folder / "SSD1/reports", desk.folder / "SSD1/gone");
+        return true;
     };
     PairTraces::leave(plan, pair, outcome, nullptr, *openUserStore(), {}, {}, goAway);
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
