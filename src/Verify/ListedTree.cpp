@@ -110,25 +110,45 @@ std::vector<ReportSet> addNamedReports(ReportSet set, ListedTree& tree) {
     return sets;
 }
 
+/// Whether a folder is a set of reports to look at: among other sets, or with nothing in it but
+/// what a set has and systems leave beside that. A manifest that lies beside footage speaks of a
+/// copy somewhere else, where nobody has asked for a look, let alone for a new list.
+bool looksLikeSet(const std::filesystem::path& folder) {
+    const RootFolder held(folder);
+    if (MediaHashList::hasLists(held, {}))
+        return false;
+    if (folder.parent_path().filename() == ReportNames::folder)
+        return true;
+    const auto& ours = ReportWriter::fileNames;
+    const auto names = held.names();
+    return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+        const bool isExpected = std::find(ours.begin(), ours.end(), name) != ours.end() ||
+                                TreeWalker::shouldSkip(name, name, TreeWalker::defaultSkipNames());
+        return isExpected && held.attributes(name).type == FileSystem::ItemType::RegularFile;
+    });
+}
+
 /// The set that a folder itself is, which no other list is of.
 std::optional<ReportSet> setThatIs(const std::filesystem::path& folder) {
     const auto checksums = folder / ReportNames::checksums;
     const bool hasChecksums = FileSystem::exists(checksums);
-    const bool isNamedAsReports =
-        FileSystem::exists(folder / ReportNames::manifest) || hasChecksums;
-    if (!isNamedAsReports)
+    if (!hasChecksums && !FileSystem::exists(folder / ReportNames::manifest))
         return std::nullopt;
+    if (looksLikeSet(folder))
+        return setIn(folder);
     // A card may bring files that are only named as ours are.
-    const bool hasHistory = MediaHashList::hasLists(RootFolder(folder), {});
-    ReportSet set{folder};
-    try {
-        set = setIn(folder);
-    } catch (const Error&) {
-        if (!hasHistory)
-            throw;
-    }
-    const bool isOurs = set.manifest || !hasHistory || (hasChecksums && isChecksumList(checksums));
-    return isOurs ? std::optional(std::move(set)) : std::nullopt;
+    const bool isOfFolder = hasChecksums && (!MediaHashList::hasLists(RootFolder(folder), {}) ||
+                                             isChecksumList(checksums));
+    return isOfFolder ? std::optional(ReportSet{folder}) : std::nullopt;
+}
+
+/// The set that a list belongs to. Checksums beside footage are of that, whatever else lies there.
+ReportSet setWith(const std::filesystem::path& list) {
+    const auto folder = list.parent_path();
+    if (list.filename() != ReportNames::manifest && list.filename() != ReportNames::checksums)
+        throw ListError(Reason::UnknownFile, {}, list);
+    const bool isSet = list.filename() == ReportNames::manifest || looksLikeSet(folder);
+    return isSet ? setIn(folder) : ReportSet{folder};
 }
 
 /// The disk is asked once for what all sets on it want to know.
@@ -325,13 +345,10 @@ ListedTree findLists(const std::filesystem::path& given, const std::stop_token& 
     const auto path = withoutLinks(given);
     ListedTree tree;
     std::vector<ReportSet> sets;
-    if (isFolder(path)) {
+    if (isFolder(path))
         sets = addListsOfFolder(path, tree);
-    } else {
-        if (path.filename() != ReportNames::manifest && path.filename() != ReportNames::checksums)
-            throw ListError(Reason::UnknownFile, {}, path);
-        sets = addNamedReports(setIn(path.parent_path()), tree);
-    }
+    else
+        sets = addNamedReports(setWith(path), tree);
     complete(tree, sets, stop);
     return tree;
 }

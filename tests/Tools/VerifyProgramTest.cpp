@@ -89,6 +89,16 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     writeFile(folder / "lists/checksums.sha256", digest + "  ../user/secret\n");
     writeFile(folder / "empty/checksums.sha256", "");
     writeFile(folder / "unchained/ascmhl/ascmhl_chain.xml", MediaHashList::writeChain({}));
+    // Beside footage a manifest speaks of another place; by itself, of the copy.
+    for (const auto* const name : {"archived", "beside", "both", "listed"}) {
+        std::filesystem::copy(reports, folder / name);
+        const bool hasFootage = std::string(name) != "archived";
+        writeFile(folder / name / (hasFootage ? "clip.mov" : "._manifest.json"), "x");
+    }
+    std::filesystem::remove(folder / "beside/checksums.sha256");
+    Generation other;
+    other.files = {{"clip.mov", 1, {}, {{HashFormat::MD5, std::string(32, '0'), {}, {}}}}};
+    (void)History(RootFolder(folder / "listed")).append(other);
     const std::pair<std::vector<std::string>, int> cases[] = {
         {{}, 2},
         {{folder / "nowhere"}, 1},
@@ -97,6 +107,12 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
         {{folder / "lists"}, 1},
         {{folder / "empty"}, 1},
         {{folder / "unchained"}, 1},
+        {{"--mhl", folder / "beside"}, 1},
+        {{"--mhl", folder / "both"}, 1},
+        {{"--mhl", folder / "both/checksums.sha256"}, 1},
+        {{"--mhl", folder / "listed"}, 1},
+        {{folder / "both/manifest.json"}, 0},
+        {{folder / "archived"}, 0},
         {{"--language", "tr", root}, 0},
     };
     for (const auto& [words, code] : cases) {
@@ -104,6 +120,7 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
         EXPECT_EQ(result.exitCode, code) << result.standardError;
         EXPECT_NE(result.standardError, "");
     }
+    EXPECT_FALSE(std::filesystem::exists(root / "ascmhl")) << "nobody named it";
     const auto turkish = program("slatewise-verify", {"--language", "tr", folder / "lists"});
     EXPECT_THAT(turkish.standardError, HasSubstr("bir yol, klasörünün dışına çıkıyor"));
     const auto misused = program("slatewise-verify", {"--language=tr", "--odd", root});
