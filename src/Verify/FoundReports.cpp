@@ -6,6 +6,7 @@
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/RootFolder.h"
 #include "Platform/Text.h"
+#include "Reports/ReportWriter.h"
 #include "Verify/SessionFolder.h"
 
 #include <algorithm>
@@ -67,11 +68,31 @@ std::optional<std::string> placeOf(const SessionManifest& manifest,
     return inside + "/";
 }
 
-/// Fails as `typeOf` does.
+/// Any file of a set shows that there was one, whatever it has lost. Fails as `typeOf` does.
 bool isSet(const std::filesystem::path& folder) {
+    const auto& names = ReportWriter::fileNames;
     return typeOf(folder) == ItemType::Folder &&
-           (typeOf(folder / ReportNames::manifest) || typeOf(folder / ReportNames::checksums) ||
-            typeOf(folder / ReportNames::inventory));
+           std::any_of(names.begin(), names.end(),
+                       [&](std::string_view name) { return typeOf(folder / name).has_value(); });
+}
+
+bool isLink(const std::filesystem::path& path) {
+    std::error_code failure;
+    return std::filesystem::is_symlink(path, failure);
+}
+
+/// Whether a link stands where a set was that nobody finds otherwise, or may have. One that leads
+/// to a set beside it is another name of that.
+bool isLinkInPlaceOfSet(const std::filesystem::path& path) {
+    if (!isLink(path))
+        return false;
+    std::error_code failure;
+    const auto target = std::filesystem::canonical(path, failure);
+    if (failure)
+        return true;
+    const bool isFoundAnyway =
+        target.parent_path() == path.parent_path() && !target.filename().native().starts_with('.');
+    return !isFoundAnyway && isSet(target);
 }
 
 /// Whether the folder came into being while this run went on, by the clock of that day. Manifests
@@ -117,8 +138,28 @@ public:
     }
 
 private:
+    /// Whether a folder of reports is to be looked through. Fails where something else stands in
+    /// the place of one. No run writes through a link: reports behind one were moved.
+    bool isFolderOfReports(const std::filesystem::path& folder) const {
+        const auto type = typeOf(folder);
+        if (isLink(folder)) {
+            const auto isOurs = [&](const std::string& name) {
+                return isSet(folder / name);
+            };
+            const bool isOthers = type == ItemType::Folder &&
+                                  std::ranges::none_of(RootFolder(folder).names(), isOurs);
+            if (!isOthers)
+                throw PosixError("open", folder, ELOOP);
+            return false;
+        }
+        // In the tree itself it is a file like others.
+        if (type && type != ItemType::Folder && folder.parent_path() != tree_.root)
+            throw PosixError("open", folder, ENOTDIR);
+        return type == ItemType::Folder;
+    }
+
     void seekIn(const std::filesystem::path& disk, const std::filesystem::path& folder) {
-        if (typeOf(folder) != ItemType::Folder)
+        if (!isFolderOfReports(folder))
             return;
         for (const auto& name : RootFolder(folder).names()) {
             const auto set = folder / name;
@@ -127,7 +168,9 @@ private:
                 continue;
             const auto list = set / ReportNames::manifest;
             try {
-                if (!isSet(set))
+                if (isLinkInPlaceOfSet(set))
+                    throw PosixError("open", set, ELOOP);
+                if (isLink(set) || !isSet(set))
                     continue;
                 auto manifest = readManifest(list);
                 tree_.sets.insert(set);

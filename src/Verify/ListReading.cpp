@@ -255,8 +255,12 @@ void addReports(const ReportSet& set, ListedTree& tree) {
     if (!set.manifest)
         return;
     // Who took the manifest alone elsewhere has no set.
+    const auto& names = ReportWriter::fileNames;
+    const bool isWithOthers = std::any_of(names.begin(), names.end(), [&](std::string_view name) {
+        return name != ReportNames::manifest && FileSystem::exists(set.folder / name);
+    });
     if (const auto lost = set.folder / ReportNames::checksums;
-        FileSystem::exists(set.folder / ReportNames::inventory) && !FileSystem::exists(lost))
+        isWithOthers && !FileSystem::exists(lost))
         tell(tree, lost, PosixError("open", lost, ENOENT));
     const auto list = set.folder / ReportNames::manifest;
     readOrTell(tree, list, [&] { addManifest(set, list, tree); });

@@ -162,12 +162,35 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         {"a manifest that is gone",
          [](const auto& set) { std::filesystem::remove(set / "manifest.json"); },
          "damaged\t@/manifest.json\n"},
-        {"both of its lists gone",
+        {"all of its lists gone",
          [](const auto& set) {
-             std::filesystem::remove(set / "manifest.json");
-             std::filesystem::remove(set / "checksums.sha256");
+             for (const auto* const name : {"manifest.json", "inventory.csv", "checksums.sha256"})
+                 std::filesystem::remove(set / name);
          },
          "damaged\t@/manifest.json\n"},
+        {"a set that is hidden, behind a link",
+         [](const auto& set) {
+             std::filesystem::rename(set, set.parent_path() / ".hidden");
+             std::filesystem::create_directory_symlink(".hidden", set);
+         },
+         "damaged\t@/manifest.json\n"},
+        {"another name of a set",
+         [](const auto& set) {
+             std::filesystem::create_directory_symlink(set.filename(), set.parent_path() / "A001");
+         },
+         ""},
+        {"a link in the place of all sets",
+         [](const auto& set) {
+             std::filesystem::rename(set.parent_path(), set.parent_path().parent_path() / "kept");
+             std::filesystem::create_directory_symlink("kept", set.parent_path());
+         },
+         "damaged\t" + (folder / "Disk/reports").native() + "\n"},
+        {"a file in the place of all sets",
+         [](const auto& set) {
+             std::filesystem::remove_all(set.parent_path());
+             writeFile(set.parent_path(), "x");
+         },
+         "damaged\t" + (folder / "Disk/reports").native() + "\n"},
         {"a set that cannot be looked at",
          [](const auto& set) {
              std::filesystem::remove_all(set);
@@ -211,7 +234,10 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         {"a hash list that is gone",
          [this](const auto&) { std::filesystem::remove_all(copy / "ascmhl"); }, "damaged\t"},
         {"the only list that can hold a name",
-         [](const auto& set) { std::filesystem::remove(set / "checksums.sha256"); },
+         [](const auto& set) {
+             std::filesystem::remove(set / "checksums.sha256");
+             std::filesystem::remove(set / "inventory.csv");
+         },
          "damaged\t@/checksums.sha256\nmissing\tbad \xef\xbf\xbd\n"},
         {"a failed run",
          [](const auto& set) {
@@ -235,8 +261,8 @@ TEST_F(VerifyProgram, SaysWhatItCannotRestOnAndChecksTheRest) {
         check(each, reports, root);
         const auto above = program("slatewise-verify", {"--quiet", root.parent_path()});
         EXPECT_EQ(above.exitCode, each.told.empty() ? 0 : 1) << above.standardOutput;
-        std::filesystem::remove_all(root);
-        std::filesystem::remove_all(reports);
+        std::filesystem::remove_all(folder / "Disk");
+        std::filesystem::create_directory(folder / "Disk");
     }
     std::filesystem::remove_all(folder / "reports");
 
