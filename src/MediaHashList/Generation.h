@@ -153,8 +153,8 @@ void sortInPostOrder(Generation& generation);
 std::string writeGeneration(const Generation& generation);
 
 /// Reads what anybody wrote, dates to the second. Formats that are not known are passed over. Fails
-/// with `ListError` when it is no generation, declares entities, or names a path that does not lead
-/// down.
+/// with `ListError` when it is no generation, declares entities, names a path that does not lead
+/// down, or has so many attributes or patterns that it would hold up whoever reads it.
 Generation readGeneration(std::string_view text);
 
 std::string writeChain(const std::vector<ChainLink>& chain);

@@ -11,6 +11,12 @@ namespace slatewise::MediaHashList {
 
 namespace {
 
+/// Lists of the format have a handful on an element. Reading one takes the square of that.
+constexpr int kMostAttributes = 1000;
+
+/// Each is held against each file.
+constexpr std::size_t kMostPatterns = 10'000;
+
 ListError notAList(const std::string& where) {
     return ListError(ListError::Reason::NotAList, where);
 }
@@ -159,7 +165,11 @@ void readProcess(QXmlStreamReader& xml, Generation& generation) {
                     xml.skipCurrentElement();
             });
         } else if (name == "ignore") {
-            forEachChild(xml, [&](const std::string&) { generation.ignored.push_back(text(xml)); });
+            forEachChild(xml, [&](const std::string&) {
+                if (generation.ignored.size() == kMostPatterns)
+                    throw ListError(ListError::Reason::TooLarge, "ignore");
+                generation.ignored.push_back(text(xml));
+            });
         } else {
             xml.skipCurrentElement();
         }
@@ -213,6 +223,29 @@ void requireWhole(QXmlStreamReader& xml) {
         throw notAList(std::to_string(xml.lineNumber()) + ":" + std::to_string(xml.columnNumber()));
 }
 
+/// Looks at the bytes alone, before anything reads them as what they are. An attribute is an equals
+/// sign before a quote; blanks may stand between them, and zeros in encodings of several bytes. A
+/// "<" stands in none, while a ">" may.
+void requireFewAttributes(std::string_view text) {
+    constexpr std::size_t kEnoughToFindIt = 60;
+    constexpr std::string_view kBetween(" \t\r\n\0", 5);
+    std::size_t element = 0;
+    int count = 0;
+    bool isBehindEquals = false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char byte = text[at];
+        if (byte == '<') {
+            element = at;
+            count = 0;
+        }
+        const bool isAttribute = isBehindEquals && (byte == '"' || byte == '\'');
+        if (isAttribute && ++count > kMostAttributes)
+            throw notAList(std::string(text.substr(element, kEnoughToFindIt)));
+        isBehindEquals =
+            byte == '=' || (isBehindEquals && kBetween.find(byte) != std::string_view::npos);
+    }
+}
+
 QByteArray bytesIn(std::string_view text) {
     return QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size()));
 }
@@ -220,6 +253,7 @@ QByteArray bytesIn(std::string_view text) {
 } // namespace
 
 Generation readGeneration(std::string_view given) {
+    requireFewAttributes(given);
     QXmlStreamReader xml(bytesIn(given));
     enter(xml, "hashlist", "urn:ASC:MHL:v2.0");
     Generation generation;
@@ -241,6 +275,7 @@ Generation readGeneration(std::string_view given) {
 }
 
 std::vector<ChainLink> readChain(std::string_view given) {
+    requireFewAttributes(given);
     QXmlStreamReader xml(bytesIn(given));
     enter(xml, "ascmhldirectory", "urn:ASC:MHL:DIRECTORY:v2.0");
     std::vector<ChainLink> chain;

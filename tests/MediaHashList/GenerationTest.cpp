@@ -356,6 +356,20 @@ TEST(MediaHashListTest, RefusesWhatIsNoListOrWouldDoHarm) {
                                  "sequencenr=\"1\"><path>../x.mhl</path></hashlist>"
                                  "</ascmhldirectory>"),
                  Error);
+    // What would take minutes to read, or to hold against a card.
+    const auto withMany = [&](int count) {
+        std::string attributes;
+        for (int number = 0; number < count; ++number)
+            attributes += " a" + std::to_string(number) + " = '>'";
+        return listOf("<hash" + attributes + hash("a", good).substr(5));
+    };
+    EXPECT_NO_THROW((void)readGeneration(withMany(1'000)));
+    EXPECT_THROW((void)readGeneration(withMany(1'001)), ListError);
+    Generation ignoring;
+    ignoring.ignored.resize(10'000, "*x");
+    EXPECT_NO_THROW((void)readGeneration(writeGeneration(ignoring)));
+    ignoring.ignored.emplace_back("*x");
+    EXPECT_THROW((void)readGeneration(writeGeneration(ignoring)), ListError);
     const std::string c4 = hashOf(HashFormat::C4, "");
     EXPECT_EQ(readChain(writeChain({{2, "2.mhl", c4}, {1, "1.mhl", c4}})).front().number, 1);
     const std::pair<int, int> numbers[] = {{1, 1}, {1, 3}, {2, 3}, {0, 1}, {1, INT_MAX}};
