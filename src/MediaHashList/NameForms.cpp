@@ -10,19 +10,24 @@ namespace slatewise::MediaHashList {
 namespace {
 
 struct Same {
-    std::vector<std::string_view> lost;
+    std::vector<std::string> lost;
     std::vector<std::string_view> there;
 };
 
 } // namespace
 
 bool mayHaveForms(std::string_view name) {
-    return std::any_of(name.begin(), name.end(),
-                       [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
+    // Beside what is no ASCII: the sign for kelvin, a Greek question mark and a Greek accent are
+    // these in every form but their own.
+    constexpr std::string_view kWithAnother = "K;`";
+    return std::any_of(name.begin(), name.end(), [&](char byte) {
+        return static_cast<unsigned char>(byte) >= 0x80 ||
+               kWithAnother.find(byte) != std::string_view::npos;
+    });
 }
 
-std::map<std::string, std::string> inOtherForms(std::span<const std::string> lost,
-                                                std::span<const std::string_view> there) {
+std::vector<SameName> inOtherForms(std::span<const std::string> lost,
+                                   std::span<const std::string_view> there) {
     std::unordered_map<std::string, Same> names;
     for (const auto& name : lost) {
         if (mayHaveForms(name))
@@ -36,10 +41,10 @@ std::map<std::string, std::string> inOtherForms(std::span<const std::string> los
         if (const auto same = names.find(Text::composed(name)); same != names.end())
             same->second.there.push_back(name);
     }
-    std::map<std::string, std::string> found;
-    for (const auto& [composed, same] : names) {
-        if (same.lost.size() == 1 && same.there.size() == 1)
-            found.emplace(same.lost.front(), same.there.front());
+    std::vector<SameName> found;
+    for (auto& [composed, same] : names) {
+        if (same.there.size() == 1)
+            found.push_back({std::string(same.there.front()), std::move(same.lost)});
     }
     return found;
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,9 +12,15 @@ namespace slatewise::MediaHashList {
 /// Whether a name has other forms at all, as far as that shows at a glance.
 bool mayHaveForms(std::string_view name);
 
-/// Of names that are lost, the one among those that are there that is the same in another form.
-/// Where several are the same, on either side, nobody knows which is which, and none is given.
-std::map<std::string, std::string> inOtherForms(std::span<const std::string> lost,
-                                                std::span<const std::string_view> there);
+/// A name that is there, and those that are the same in another form and are lost.
+struct SameName {
+    std::string there;
+    std::vector<std::string> lost;
+};
+
+/// The names that are there for those that are lost. Where several that are there are the same,
+/// nobody knows which is meant, and none is given.
+std::vector<SameName> inOtherForms(std::span<const std::string> lost,
+                                   std::span<const std::string_view> there);
 
 } // namespace slatewise::MediaHashList

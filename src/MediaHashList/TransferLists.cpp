@@ -100,13 +100,13 @@ void TransferLists::meetOtherForms(const std::unordered_set<std::string_view>& p
     if (lost.empty())
         return;
     const std::vector<std::string_view> there(present.begin(), present.end());
-    for (const auto& [listed, found] : inOtherForms(lost, there)) {
-        if (known_.contains(found))
+    for (const auto& [found, listed] : inOtherForms(lost, there)) {
+        if (listed.size() > 1 || known_.contains(found))
             continue;
-        auto values = known_.extract(listed);
+        auto values = known_.extract(listed.front());
         values.key() = found;
         known_.insert(std::move(values));
-        listedAs_.emplace(found, listed);
+        listedAs_.emplace(found, listed.front());
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/ListError.h"
-#include "MediaHashList/NameForms.h"
 #include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Files/FileSystem.h"
@@ -284,14 +283,13 @@ std::set<std::string_view> namedSince(const History& history, const std::string&
     return paths;
 }
 
-Expected& expectedByHistory(const std::string& path, ListedTree& tree) {
-    if (MediaHashList::mayHaveForms(path))
-        tree.namedByHistories.insert(path);
+Expected& expectedBy(int number, const std::string& path, ListedTree& tree) {
+    tree.noteLister(path, number);
     return tree.files[path];
 }
 
 /// What is known by a history's lists, of those files that it may still be asked for.
-void addKnown(const History& history, const std::string& prefix, ListedTree& tree) {
+void addKnown(const History& history, const std::string& prefix, int number, ListedTree& tree) {
     const auto known = history.known();
     const auto since = namedSince(history, prefix, tree);
     const auto left = history.givenUp(known);
@@ -305,25 +303,28 @@ void addKnown(const History& history, const std::string& prefix, ListedTree& tre
                 tree.noteLeftOut(whole);
             continue;
         }
-        auto& expected = expectedByHistory(whole, tree);
+        auto& expected = expectedBy(number, whole, tree);
         for (const auto& value : values)
             expect(expected, value.format, value.value);
     }
     if (history.generations().empty())
         return;
     for (const auto& folder : history.generations().back().folders) {
-        if (!tree.isReported(prefix + folder.path))
-            tree.folders.insert(prefix + folder.path);
+        const auto whole = prefix + folder.path;
+        if (tree.isReported(whole))
+            continue;
+        tree.folders.insert(whole);
+        tree.noteLister(whole + "/", number);
     }
 }
 
 /// A list that its chain does not name yet counts for the files as any other does. `list` is its
 /// folder.
 void addUnfinished(const MediaHashList::UnfinishedList& unfinished, const std::string& folder,
-                   const std::string& prefix, const std::filesystem::path& lists,
+                   const std::string& prefix, const std::filesystem::path& lists, int number,
                    ListedTree& tree) {
     for (const auto& file : unfinished.generation.files) {
-        auto& expected = expectedByHistory(prefix + file.path, tree);
+        auto& expected = expectedBy(number, prefix + file.path, tree);
         for (const auto& value : file.values)
             expect(expected, value.format, value.value);
     }
@@ -339,7 +340,7 @@ void addUnfinished(const MediaHashList::UnfinishedList& unfinished, const std::s
 
 } // namespace
 
-void addHistory(const std::string& folder, ListedTree& tree) {
+void addHistory(const std::string& folder, int number, ListedTree& tree) {
     const auto& root = *tree.folder;
     const auto prefix = folder.empty() ? "" : folder + "/";
     const auto lists = prefix + std::string(MediaHashList::kHistoryFolder);
@@ -352,9 +353,9 @@ void addHistory(const std::string& folder, ListedTree& tree) {
         else
             tell(tree, tree.root / list, ListError(Reason::NotAsReferred));
     }
-    addKnown(history, prefix, tree);
+    addKnown(history, prefix, number, tree);
     if (history.unfinished())
-        addUnfinished(*history.unfinished(), folder, prefix, tree.root / lists, tree);
+        addUnfinished(*history.unfinished(), folder, prefix, tree.root / lists, number, tree);
     // What an older one ignored the newest may name.
     if (!history.generations().empty())
         tree.ignored[folder] = history.generations().back().ignored;

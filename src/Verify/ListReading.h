@@ -49,9 +49,10 @@ bool isChecksumList(const std::filesystem::path& file);
 /// same, since they were written together.
 void addReports(const ReportSet& set, ListedTree& tree);
 
-/// Adds the history of a folder beneath the tree's root, "" for the root itself. To come after the
-/// reports, which may say why something is not there that a list of the card names.
-void addHistory(const std::string& folder, ListedTree& tree);
+/// Adds the history of a folder beneath the tree's root, "" for the root itself, which is a lister
+/// of this number. To come after the reports, which may say why something is not there that a list
+/// of the card names.
+void addHistory(const std::string& folder, int number, ListedTree& tree);
 
 /// Tells when the hash lists that a run wrote beside its copy are not there any more, or do not
 /// name the files that the run proved.

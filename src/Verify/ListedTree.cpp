@@ -11,11 +11,11 @@
 #include "Reports/ReportWriter.h"
 #include "Verify/FoundReports.h"
 #include "Verify/ListReading.h"
+#include "Verify/OtherForms.h"
 #include "Verify/SessionFolder.h"
 
 #include <algorithm>
 #include <iterator>
-#include <map>
 #include <utility>
 
 namespace slatewise::Verify {
@@ -48,9 +48,10 @@ void addHistories(ListedTree& tree, const std::stop_token& stop) {
                                                       TreeWalker::defaultSkipNames());
         return (isSkipped && !tree.isReported(folder)) || !tree.trashPattern(folder + "/").empty();
     });
+    int number = 0;
     for (const auto& folder : tree.withHistory) {
         throwIfAsked(stop);
-        addHistory(folder, tree);
+        addHistory(folder, ++number, tree);
     }
 }
 
@@ -190,66 +191,13 @@ std::filesystem::path withoutLinks(const std::filesystem::path& path) {
     return found;
 }
 
-/// The names of those that are lost and may be there in another form.
-template <typename Names, typename NameOf>
-std::vector<std::string> lostOf(const Names& names, const ListedTree& tree, NameOf&& nameOf) {
-    std::vector<std::string> lost;
-    for (const auto& each : names) {
-        const std::string& path = nameOf(each);
-        if (MediaHashList::mayHaveForms(path) &&
-            !std::ranges::binary_search(tree.entries, path, {}, &InventoryEntry::relativePath))
-            lost.push_back(path);
-    }
-    return lost;
-}
-
-std::map<std::string, std::string> inOtherForms(const std::vector<std::string>& lost,
-                                                const ListedTree& tree, bool areFolders) {
-    std::vector<std::string_view> there;
-    for (const auto& entry : tree.entries) {
-        if (!lost.empty() && entry.isDirectory == areFolders)
-            there.push_back(entry.relativePath);
-    }
-    return MediaHashList::inOtherForms(lost, there);
-}
-
-/// The disk of another system may have names in another Unicode form than the lists. What they say
-/// of such a name is of the file that has it there, whose bytes tell whether it is the same.
-void meetOtherForms(ListedTree& tree) {
-    const auto files = lostOf(
-        tree.files, tree, [](const auto& file) -> auto& { return file.first; });
-    for (const auto& [listed, found] : inOtherForms(files, tree, false)) {
-        // Whoever lists both had two files.
-        const auto areBothIn = [&](const std::set<std::string>& names) {
-            return names.contains(listed) && names.contains(found);
-        };
-        if (areBothIn(tree.namedByReports) || areBothIn(tree.namedByHistories))
-            continue;
-        const auto expected = tree.files.extract(listed);
-        auto& all = tree.files[found];
-        for (const auto& value : expected.mapped()) {
-            if (std::find(all.begin(), all.end(), value) == all.end())
-                all.push_back(value);
-        }
-        tree.listedAs.emplace(found, listed);
-    }
-    const auto folders = lostOf(
-        tree.folders, tree, [](const auto& path) -> auto& { return path; });
-    for (const auto& [listed, found] : inOtherForms(folders, tree, true)) {
-        tree.folders.erase(listed);
-        tree.folders.insert(found);
-    }
-}
-
 /// Adds what lies in the tree itself.
 void complete(ListedTree& tree, const std::vector<ReportSet>& sets, const std::stop_token& stop) {
     throwIfAsked(stop);
     if (!tree.folder)
         tree.folder = std::make_shared<const RootFolder>(tree.root);
-    for (const auto& [path, expected] : tree.files) {
-        if (MediaHashList::mayHaveForms(path))
-            tree.namedByReports.insert(path);
-    }
+    for (const auto& [path, expected] : tree.files)
+        tree.noteLister(path, ListedTree::kReports);
     addHistories(tree, stop);
     for (const auto& set : sets) {
         if (set.manifest)
@@ -326,6 +274,14 @@ bool ListedTree::isLeftOutByRun(const std::string& path) const {
     return session != reported.end() && session->second &&
            TreeWalker::shouldSkip(std::string_view(path).substr(session->first.size()), name,
                                   *session->second);
+}
+
+void ListedTree::noteLister(const std::string& name, int lister) {
+    if (!MediaHashList::mayHaveForms(name))
+        return;
+    auto& all = listers[name];
+    if (all.empty() || all.back() != lister)
+        all.push_back(lister);
 }
 
 void ListedTree::noteLeftOut(const std::string& path) {

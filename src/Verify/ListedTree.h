@@ -8,6 +8,7 @@
 #include <exception>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 #include <optional>
@@ -91,11 +92,14 @@ struct ListedTree {
     std::set<std::filesystem::path> sets;
     /// By path below the root, as bytes.
     std::map<std::string, Expected> files;
-    /// Files by who lists them, of those whose names may be there in another Unicode form.
-    std::set<std::string> namedByReports;
-    std::set<std::string> namedByHistories;
+    /// Who lists a file or a folder, of those whose names may be there in another Unicode form: the
+    /// reports, or a history by its number, of which inner ones have lower ones. Of a folder, with
+    /// a "/" at the end of its name.
+    static constexpr int kReports = std::numeric_limits<int>::max();
+    std::map<std::string, std::vector<int>> listers;
     /// Of files whose names the lists have in another Unicode form than the tree: that form, by the
-    /// path in the tree, under which they stand in `files`.
+    /// path in the tree, under which they stand in `files`. Of several, that of the nearest
+    /// history.
     std::map<std::string, std::string> listedAs;
     /// Folders that only a history names, by path: the newest one's. A copy by reports has none,
     /// since empty folders are not copied.
@@ -133,6 +137,9 @@ struct ListedTree {
 
     /// Whether the run that made a copy says that it left this out, be it for a name on its way.
     bool isLeftOutByRun(const std::string& path) const;
+
+    /// Notes who lists a name, where that may matter.
+    void noteLister(const std::string& name, int lister);
 
     /// Notes that a list of the card names what the run left out.
     void noteLeftOut(const std::string& path);

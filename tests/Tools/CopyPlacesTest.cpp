@@ -173,6 +173,36 @@ TEST_F(VerifyProgram, FindsWhatLiesInASessionsFolderAndUnderNamesThatNoListCanHo
     }
 }
 
+TEST_F(VerifyProgram, KnowsANameInWhateverFormEachListerHasIt) {
+    writeFile(folder / "A001/Ş/é.mov", "e");
+    // The sign for kelvin, which other systems make a K of.
+    writeFile(folder / "A001/\u212a.mov", "k");
+    const auto root = offload();
+    const auto disk = folder / "Disk";
+    const auto expectSame = [&](const char* option, const std::filesystem::path& path) {
+        const auto result = program("slatewise-verify", {option, path});
+        EXPECT_EQ(result.standardOutput, "") << option << path;
+        EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    };
+    const auto nfd = root / "S\u0327";
+    expectSame("--mhl", disk / *root.lexically_relative(disk).begin());
+    std::filesystem::rename(root / "Ş", nfd);
+    std::filesystem::rename(root / "\u212a.mov", root / "K.mov");
+    expectSame("--mhl", root);
+    std::filesystem::rename(nfd / "é.mov", nfd / "e\u0301.mov");
+    // By now the reports, an outer history and an inner one have it each in a form of its own.
+    for (const auto* const option : {"--quiet", "--mhl", "--quiet"}) {
+        expectSame(option, root);
+        expectSame(option, disk / *root.lexically_relative(disk).begin());
+    }
+    writeFile(nfd / "e\u0301.mov", "E");
+    EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
+              "changed\tS\u0327/e\u0301.mov\n");
+    std::filesystem::remove(nfd / "e\u0301.mov");
+    EXPECT_THAT(program("slatewise-verify", {"--quiet", root}).standardOutput,
+                HasSubstr("missing\tS\u0327/e\u0301.mov\n"));
+}
+
 TEST_F(VerifyProgram, MissesAListOfASetAndNothingInATrash) {
     const auto root = offload("--mhl");
     const auto disk = folder / "Disk";
