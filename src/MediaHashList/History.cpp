@@ -2,6 +2,7 @@
 
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
+#include "MediaHashList/NameForms.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/AppInfo.h"
 #include "Platform/Text.h"
@@ -69,11 +70,30 @@ std::vector<ChainLink> unchainedLists(const RootFolder& folder) {
     return links;
 }
 
+/// Where something lies whose path is that of a list, which the disk may have in another Unicode
+/// form. Where several would do, or none, as it is.
+std::filesystem::path asItLies(const RootFolder& root, const std::filesystem::path& listed) {
+    std::filesystem::path found;
+    for (const auto& part : listed) {
+        auto name = part;
+        if (mayHaveForms(part.native()) && !root.exists(found / part)) {
+            auto names = root.below(found).names();
+            std::erase_if(names, [&, wanted = Text::composed(part.native())](const auto& each) {
+                return Text::composed(each) != wanted;
+            });
+            if (names.size() == 1)
+                name = names.front();
+        }
+        found /= name;
+    }
+    return found;
+}
+
 /// The lists that no link names: somebody took the link out, or the chain was never written.
 std::vector<std::string> straysIn(const RootFolder& folder, const std::vector<ChainLink>& chain) {
-    std::set<std::string_view> named;
+    std::set<std::string> named;
     for (const auto& link : chain)
-        named.insert(link.fileName);
+        named.insert(asItLies(folder, link.fileName));
     auto names = listsIn(folder);
     std::erase_if(names, [&](const std::string& name) { return named.contains(name); });
     return names;
@@ -82,12 +102,14 @@ std::vector<std::string> straysIn(const RootFolder& folder, const std::vector<Ch
 /// Whether a generation is the one that its chain names and that another list refers to.
 bool isThere(const RootFolder& root, const std::filesystem::path& list, const std::string& c4) {
     try {
-        const auto chain = readChain(readList(root, list.parent_path() / kChainName));
+        const auto there = asItLies(root, list);
+        const auto name = Text::composed(list.filename().native());
+        const auto chain = readChain(readList(root, there.parent_path() / kChainName));
         return std::any_of(chain.begin(), chain.end(),
                            [&](const ChainLink& link) {
-                               return link.fileName == list.filename() && link.c4 == c4;
+                               return Text::composed(link.fileName) == name && link.c4 == c4;
                            }) &&
-               hashOf(HashFormat::C4, readList(root, list)) == c4;
+               hashOf(HashFormat::C4, readList(root, there)) == c4;
     } catch (const Error&) {
         return false;
     }
@@ -205,7 +227,7 @@ void History::readGenerations(const Complaint& complain) {
     for (const auto& link : chain_) {
         const auto list = folder / link.fileName;
         readOrComplain(root_->path() / list, complain, [&] {
-            const auto text = readList(*root_, list);
+            const auto text = readList(*root_, asItLies(*root_, list));
             if (!link.c4.empty() && hashOf(HashFormat::C4, text) != link.c4)
                 throw ListError(ListError::Reason::NotTheChains, {}, root_->path() / list);
             generations_.push_back(parsed(*root_, list, text, readGeneration));

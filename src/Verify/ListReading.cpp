@@ -183,8 +183,10 @@ bool belongsIntoHashList(std::string_view path) {
 void requireInChain(const RootFolder& root, const std::filesystem::path& list) {
     const auto chain = MediaHashList::readChain(
         MediaHashList::readList(root, list.parent_path() / MediaHashList::kChainName));
+    // The chain may have the name in another form than the disk.
+    const auto name = Text::composed(list.filename().native());
     const bool isNamed = std::any_of(chain.begin(), chain.end(), [&](const auto& link) {
-        return link.fileName == list.filename();
+        return Text::composed(link.fileName) == name;
     });
     if (!isNamed)
         throw ListError(Reason::NotTheChains);

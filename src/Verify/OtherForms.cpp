@@ -1,9 +1,11 @@
 #include "Verify/OtherForms.h"
 
+#include "MediaHashList/History.h"
 #include "MediaHashList/NameForms.h"
 #include "Verify/ListedTree.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <set>
 #include <string>
 #include <string_view>
@@ -59,6 +61,14 @@ std::string nearest(const std::vector<std::string>& names, const ListedTree& tre
     });
 }
 
+/// A chain grows with each generation, whatever lists of the day before say of it.
+bool isChain(const std::string& path, const ListedTree& tree) {
+    return std::ranges::any_of(tree.withHistory, [&](const std::string& folder) {
+        return path == std::filesystem::path(folder) / MediaHashList::kHistoryFolder /
+                           MediaHashList::kChainName;
+    });
+}
+
 } // namespace
 
 void meetOtherForms(ListedTree& tree) {
@@ -67,15 +77,19 @@ void meetOtherForms(ListedTree& tree) {
     for (const auto& same : inOtherForms(files, tree, false)) {
         if (areSeveral(same, tree, ""))
             continue;
+        const bool isOfChain = isChain(same.there, tree);
         for (const auto& listed : same.lost) {
             const auto expected = tree.files.extract(listed);
+            if (isOfChain)
+                continue;
             auto& all = tree.files[same.there];
             for (const auto& value : expected.mapped()) {
                 if (std::find(all.begin(), all.end(), value) == all.end())
                     all.push_back(value);
             }
         }
-        tree.listedAs.emplace(same.there, nearest(same.lost, tree));
+        if (!isOfChain)
+            tree.listedAs.emplace(same.there, nearest(same.lost, tree));
     }
     const auto folders = lostOf(
         tree.folders, tree, [](const auto& path) -> auto& { return path; });

@@ -175,6 +175,9 @@ TEST_F(VerifyProgram, FindsWhatLiesInASessionsFolderAndUnderNamesThatNoListCanHo
 
 TEST_F(VerifyProgram, KnowsANameInWhateverFormEachListerHasIt) {
     writeFile(folder / "A001/Ş/é.mov", "e");
+    Generation ofCard;
+    ofCard.files = {{"é.mov", 1, {}, {{HashFormat::MD5, hashOf(HashFormat::MD5, "e"), {}, {}}}}};
+    (void)History(RootFolder(folder / "A001/Ş")).append(ofCard);
     // The sign for kelvin, which other systems make a K of.
     writeFile(folder / "A001/\u212a.mov", "k");
     const auto root = offload();
@@ -190,6 +193,13 @@ TEST_F(VerifyProgram, KnowsANameInWhateverFormEachListerHasIt) {
     std::filesystem::rename(root / "\u212a.mov", root / "K.mov");
     expectSame("--mhl", root);
     std::filesystem::rename(nfd / "é.mov", nfd / "e\u0301.mov");
+    std::vector<std::filesystem::path> lists;
+    for (const auto& item : std::filesystem::directory_iterator(nfd / "ascmhl"))
+        lists.push_back(item.path());
+    for (const auto& list : lists) {
+        const auto name = Text::replaced(list.filename().native(), "Ş", "S\u0327");
+        std::filesystem::rename(list, list.parent_path() / name);
+    }
     // By now the reports, an outer history and an inner one have it each in a form of its own.
     for (const auto* const option : {"--quiet", "--mhl", "--quiet"}) {
         expectSame(option, root);
