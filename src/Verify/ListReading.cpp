@@ -8,6 +8,7 @@
 #include "Platform/Text.h"
 #include "Reports/ManifestJSON.h"
 #include "Reports/ReportWriter.h"
+#include "Verify/ChecksumList.h"
 #include "Verify/SessionFolder.h"
 
 #include <algorithm>
@@ -22,8 +23,6 @@ namespace {
 using MediaHashList::History;
 using MediaHashList::ListError;
 using Reason = MediaHashList::ListError::Reason;
-
-constexpr std::size_t kDigestLength = 64;
 
 void requireDown(const std::filesystem::path& list, const std::string& path) {
     if (!MediaHashList::leadsDown(path))
@@ -91,57 +90,14 @@ void addManifest(const ReportSet& set, const std::filesystem::path& list, Listed
     }
 }
 
-/// The name in a line that begins with a backslash, as checking tools write odd ones.
-std::string unescaped(std::string_view name) {
-    std::string text;
-    for (std::size_t at = 0; at < name.size(); ++at) {
-        if (name[at] != '\\' || at + 1 == name.size()) {
-            text += name[at];
-            continue;
-        }
-        const char next = name[++at];
-        text += next == 'n' ? '\n' : next == 'r' ? '\r' : next;
-    }
-    return text;
-}
-
-/// As other systems end them, too. A name that ends so is escaped.
-std::vector<std::string_view> linesOf(std::string_view text) {
-    auto lines = Text::pieces(text, '\n');
-    for (auto& line : lines)
-        line.remove_suffix(line.ends_with('\r') ? 1 : 0);
-    std::erase_if(lines, [](std::string_view line) { return line.empty(); });
-    return lines;
-}
-
-struct ChecksumLine {
-    std::string digest;
-    std::string path;
-};
-
-ChecksumLine parsedLine(std::string_view line, const std::filesystem::path& list) {
-    const bool isEscaped = line.starts_with('\\');
-    line.remove_prefix(isEscaped ? 1 : 0);
-    auto digest = Text::asciiLowercased(line.substr(0, kDigestLength));
-    if (line.size() < kDigestLength + 3 || !isValue(HashFormat::SHA256, digest) ||
-        line[kDigestLength] != ' ')
-        throw ListError(Reason::NotAList, std::string(line), list);
-    std::string_view name = line.substr(kDigestLength + 2);
-    // As who lists a folder with other tools often has them.
-    constexpr std::string_view kHere = "./";
-    while (name.starts_with(kHere))
-        name.remove_prefix(kHere.size());
-    return {std::move(digest), isEscaped ? unescaped(name) : std::string(name)};
-}
-
 /// Gives what it read.
 std::string addChecksums(const std::filesystem::path& list, const std::string& prefix,
                          ListedTree& tree) {
     tree.lists.insert(list);
     tree.reported.try_emplace(prefix);
     auto text = readList(list);
-    for (const auto line : linesOf(text)) {
-        const auto [digest, path] = parsedLine(line, list);
+    for (const auto line : ChecksumList::linesOf(text)) {
+        const auto [digest, path] = ChecksumList::parsed(line, list);
         requireDown(list, path);
         expect(tree.files[prefix + path], HashFormat::SHA256, digest);
     }
@@ -150,7 +106,7 @@ std::string addChecksums(const std::filesystem::path& list, const std::string& p
 
 std::vector<std::string> sortedLines(std::string_view text) {
     std::vector<std::string> lines;
-    for (const auto line : linesOf(text))
+    for (const auto line : ChecksumList::linesOf(text))
         lines.push_back(Text::displayable(line));
     std::sort(lines.begin(), lines.end());
     return lines;
@@ -223,9 +179,9 @@ SessionManifest readManifest(const std::filesystem::path& list) {
 std::vector<std::string> namesIn(const std::filesystem::path& checksums) {
     std::vector<std::string> names;
     const auto text = readList(checksums);
-    for (const auto line : linesOf(text)) {
+    for (const auto line : ChecksumList::linesOf(text)) {
         try {
-            names.push_back(parsedLine(line, checksums).path);
+            names.push_back(ChecksumList::parsed(line, checksums).path);
         } catch (const ListError&) {
             continue;
         }
@@ -235,10 +191,10 @@ std::vector<std::string> namesIn(const std::filesystem::path& checksums) {
 
 bool isChecksumList(const std::filesystem::path& file) {
     const auto text = readList(file);
-    const auto lines = linesOf(text);
+    const auto lines = ChecksumList::linesOf(text);
     return !lines.empty() && std::all_of(lines.begin(), lines.end(), [&](std::string_view line) {
         try {
-            return MediaHashList::leadsDown(parsedLine(line, file).path);
+            return MediaHashList::leadsDown(ChecksumList::parsed(line, file).path);
         } catch (const ListError&) {
             return false;
         }
