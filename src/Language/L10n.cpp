@@ -119,13 +119,13 @@ std::string L10n::offloadedBefore(Text date, Text disks) const {
 
 std::string L10n::offloadedAndChanged(Text date, Text disks) const {
     // The word that matters comes first, and the disks last: they are what a narrow row may cut.
-    return said(isTurkish(), "Differs from offload of {} → {}", "Kopyalanandan farklı: {} → {}",
-                date, disks);
+    return said(isTurkish(), "Differs from offload of {} → {}",
+                "İçeriği farklı, son kopya: {} → {}", date, disks);
 }
 
 std::string L10n::lastCutOff(Text card, Text destination, Text folder) const {
-    auto line = said(isTurkish(), "The last offload was cut off: {} → {}.",
-                     "Son kopya yarıda kaldı: {} → {}.", card, destination);
+    auto line = said(isTurkish(), "The last offload was cut off: {} → {}. Do not wipe the card.",
+                     "Son kopya yarıda kaldı: {} → {}. Kartı silmeyin.", card, destination);
     if (!folder.empty())
         line += fmt::format(
             fmt::runtime(text(" An unfinished copy lies in {}", " Yarım kalan kopya: {}")), folder);
@@ -213,7 +213,8 @@ std::string L10n::reportHashedCounts(int hashed, int skipped, int failed) const 
 }
 
 std::string L10n::reportUnproved(int files) const {
-    return fmt::format("{} {}", files, text("not verified", "doğrulanmadı"));
+    return fmt::format("{} {}", files,
+                       text("copied but not verified", "kopyalandı ama doğrulanmadı"));
 }
 
 std::string L10n::reportMoreProblems(int count, int page) const {

@@ -118,9 +118,13 @@ std::string L10n::adviceStopped(Text button) const {
 }
 
 std::string L10n::adviceNoSpace(Text button) const {
-    return said(isTurkish(), "Make room on the disk or choose another one, then press {} again.",
-                "Diskte yer açın veya başka bir disk seçin, sonra yeniden {} düğmesine basın.",
-                button);
+    return said(
+        isTurkish(),
+        "Make room on the disk or choose another one, then press {} again. Do not wipe the "
+        "card.",
+        "Diskte yer açın veya başka bir disk seçin, sonra yeniden {} düğmesine basın. Kartı "
+        "silmeyin.",
+        button);
 }
 
 std::string L10n::adviceCardGone(Text button) const {

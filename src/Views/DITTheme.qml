@@ -18,7 +18,7 @@ QtObject {
 
     // The same hues as text: deep enough on light, pale enough on dark to be read in the sun.
     readonly property color accentText: dark ? "#b3a4ff" : accentDeep
-    readonly property color successText: dark ? "#4cd98a" : "#0b7a3b"
+    readonly property color successText: dark ? "#4cd98a" : "#0a6a33"
     readonly property color infoText: dark ? "#8cc0ff" : "#12468c"
     readonly property color warningText: dark ? "#ffd08a" : "#7a4a00"
     readonly property color dangerText: dark ? "#ffa19a" : "#9f181c"
@@ -83,7 +83,7 @@ QtObject {
     readonly property int controlHeight: 32
     readonly property int smallControlHeight: 28
     readonly property real disabledOpacity: 0.45
-    readonly property real asideOpacity: 0.6
+    readonly property real asideOpacity: 0.75
 
     // Motion explains what came or grew; nothing moves for its own sake.
     readonly property int quick: 120

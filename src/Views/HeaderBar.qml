@@ -79,7 +79,7 @@ Item {
         id: service
         anchors.right: parent.right
         anchors.baseline: name.baseline
-        width: Math.min(implicitWidth, header.width * 0.3)
+        width: Math.min(implicitWidth, header.width * 0.32)
         text: header.appModel.saasLine
         font.pixelSize: DITTheme.caption
         color: DITTheme.secondary

@@ -119,7 +119,7 @@ Rectangle {
                 text: block.batch.failedPair
                 font.pixelSize: DITTheme.headline
                 font.weight: Font.Bold
-                color: block.ink
+                color: DITTheme.dangerText
             }
             AppText {
                 objectName: "pace"
@@ -132,7 +132,7 @@ Rectangle {
             }
             AppText {
                 objectName: "untold"
-                visible: block.untold > 0 && !block.tight
+                visible: block.untold > 0 && (!block.tight || block.failed)
                 text: L10n.andMore.replace("%1", block.untold)
                 font.pixelSize: DITTheme.subheadline
                 color: DITTheme.secondary
@@ -180,7 +180,7 @@ Rectangle {
             text: block.batch.lastOffload
             font.pixelSize: DITTheme.caption
             wrapMode: Text.Wrap
-            maximumLineCount: 2
+            maximumLineCount: 3
             color: DITTheme.secondary
         }
         OutcomeList {

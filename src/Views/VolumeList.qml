@@ -19,10 +19,11 @@ ListView {
     // All rows are of one height.
     readonly property real rowPitch: count > 0 && contentHeight > 0 ? (contentHeight + spacing) / count : 86
     readonly property real rowHeight: rowPitch - spacing
-    // Also one of which the edge cuts off a little.
-    readonly property int hiddenAbove: count > 0 ? Math.max(0, Math.ceil((contentY - originY - 1) / rowPitch)) : 0
+    // Also one of which the edge cuts off more than its margin, where nothing stands.
+    readonly property real rowMargin: 9
+    readonly property int hiddenAbove: count > 0 ? Math.max(0, Math.ceil((contentY - originY - rowMargin) / rowPitch)) : 0
     readonly property int hiddenBelow: {
-        const shown = Math.floor((contentY - originY + height + spacing + 1) / rowPitch)
+        const shown = Math.floor((contentY - originY + height + spacing + rowMargin) / rowPitch)
         return height > 0 ? Math.max(0, count - shown) : 0
     }
 

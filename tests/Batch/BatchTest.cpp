@@ -357,7 +357,8 @@ TEST_F(BatchOfCards, MayOutliveItsModelAndTheNextStartSaysWhatWasLeftWhere) {
     };
     start();
     EXPECT_EQ(desk.model().batch()->lastOffload().toStdString(),
-              "The last offload was cut off: A001 → SSD1. An unfinished copy lies in " +
+              "The last offload was cut off: A001 → SSD1. Do not wipe the card. An unfinished "
+              "copy lies in " +
                   (desk.folder / "SSD1/2026-03-01/A001").native());
     desk.selectCard(card, "CamA");
     desk.copy();

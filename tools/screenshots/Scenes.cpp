@@ -88,9 +88,11 @@ void playVerdictOfBefore(Stage& stage) {
 void playRefused(Stage& stage) {
     playVerdictOfBefore(stage);
     BatchResult refusal;
-    refusal.message = OffloadError(OffloadError::InsufficientSpace{119'400'000'000, 64'000'000'000,
-                                                                   "RAID Backup"})
-                          .text(stage.model()->state().l10n());
+    const auto l10n = stage.model()->state().l10n();
+    refusal.message = OffloadError(OffloadError::InsufficientSpace{
+                                       19'400'000'000'000, 18'400'000'000'000, "RAID Backup"})
+                          .text(l10n) +
+                      " " + std::string(l10n.adviceMakeRoom());
     stage.model()->batch()->batchEnded(refusal);
 }
 

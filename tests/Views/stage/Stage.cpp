@@ -226,7 +226,11 @@ void Stage::fail(std::vector<OffloadProblem> problems, PairFailure failure) {
                             .filesDone = 107};
     auto& failed = result.pairs.at(1);
     failed.failure = failure;
-    failed.runStatus = OutcomeStatus::Failed;
+    const bool isOfReports =
+        !problems.empty() && std::ranges::all_of(problems, &OffloadProblem::isOfReports);
+    failed.runStatus = !isOfReports        ? OutcomeStatus::Failed
+                       : result.wasHashing ? OutcomeStatus::Hashed
+                                           : OutcomeStatus::Verified;
     failed.message = (result.wasHashing ? l10n.hashingIncomplete(pairs[1].name)
                                         : l10n.verifyIncomplete(pairs[1].name)) +
                      " " + std::string(l10n.cardLeftMounted());
