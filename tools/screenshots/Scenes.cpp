@@ -170,7 +170,7 @@ void playHashingStopped(Stage& stage) {
 using Sentences = std::vector<std::string>;
 
 /// All went well, and this became of the cards.
-std::function<void(Stage&)> ejecting(std::function<Sentences(L10n)> sentences) {
+std::function<void(Stage&)> ejecting(const std::function<Sentences(L10n)>& sentences) {
     return [=](Stage& stage) {
         stage.playReady();
         stage.succeed();
