@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 
 namespace slatewise::MediaHashList {
 
@@ -57,7 +58,9 @@ public:
           list_(std::move(list)) {}
 
     /// The same of a list that was read from this file.
-    ListError in(std::filesystem::path list) const { return ListError(reason_, subject_, list); }
+    ListError in(std::filesystem::path list) const {
+        return ListError(reason_, subject_, std::move(list));
+    }
 
     std::string text(L10n l10n) const override;
 

@@ -245,7 +245,7 @@ void tellUnread(const std::vector<UnreadReports>& unread, const ReportSet* known
     }
 }
 
-std::vector<ReportSet> addFound(FoundReports found, ListedTree& tree) {
+std::vector<ReportSet> addFound(FoundReports&& found, ListedTree& tree) {
     if (!found.newest.contains("")) {
         for (const auto& damaged : found.damaged) {
             if (damaged.isOfSet())

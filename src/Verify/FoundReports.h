@@ -60,6 +60,6 @@ void noteUnread(const std::vector<UnreadReports>& unread, ListedTree& tree);
 void tellUnread(const std::vector<UnreadReports>& unread, const ReportSet* known, ListedTree& tree);
 
 /// Adds the sets that count, and gives them: the root's own is the first.
-std::vector<ReportSet> addFound(FoundReports found, ListedTree& tree);
+std::vector<ReportSet> addFound(FoundReports&& found, ListedTree& tree);
 
 } // namespace slatewise::Verify
