@@ -169,7 +169,8 @@ TEST(OldReportFolders, GetReadableNamesWhereverTheyTurnUp) {
     session.sessionRoot = (desk.folder / "SSD1").native();
     model.reports()->revealReports(session);
     Desk::waitUntil([&] { return desk.shown.size() == 1; });
-    std::filesystem::rename(onDisk, desk.folder / "SSD1/away");
+    // Not away from under a set that is still being made readable.
+    session.sessionRoot = (desk.folder / "SSD3").native();
     model.reports()->revealReports(session);
     Desk::waitUntil([&] { return desk.shown.size() == 2; });
     EXPECT_THAT(desk.shown, ElementsAre(onDisk, desk.folder / "Elsewhere"));
