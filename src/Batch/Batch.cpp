@@ -110,8 +110,8 @@ QCoro::Task<> Batch::run(std::shared_ptr<Batch> self) {
             result.filesDone += ended.filesDone;
             result.bytesDone += ended.bytesDone;
             result.finishedCardIDs.insert(pair.card.id());
-            if (auto sentence = co_await self->ejectIfWanted(pair.card))
-                result.ejects.push_back(std::move(*sentence));
+            if (auto end = co_await self->ejectIfWanted(pair.card))
+                result.ejects.push_back(std::move(*end));
         }
     }
     if (self->listener_)
@@ -337,22 +337,22 @@ QCoro::Task<> Batch::reportToService() {
 }
 
 /// A card that cannot be ejected stays mounted, and that is all. Gives what the user is told.
-QCoro::Task<std::optional<std::string>> Batch::ejectIfWanted(ClassifiedVolume card) {
+QCoro::Task<std::optional<CardEnd>> Batch::ejectIfWanted(ClassifiedVolume card) {
     // A card that was only hashed is still to be copied.
     if (!plan_.settings.ejectAfterSuccess || plan_.settings.verifyOnly || !surroundings_.eject)
         co_return std::nullopt;
     const auto l10n = plan_.l10n();
     if (stop_.stop_requested())
         co_return CardEject::refuse(card, &L10n::cancelled, l10n);
-    const auto sentence = std::make_shared<std::string>();
-    auto ejecting = onWorker([eject = surroundings_.eject, sentence, l10n, card,
+    const auto end = std::make_shared<CardEnd>();
+    auto ejecting = onWorker([eject = surroundings_.eject, end, l10n, card,
                               held = CardEject::Held{folders_.release(card.facts.mountPoint),
                                                      folders_.disksOf(plan_)}]() mutable {
-        *sentence = CardEject::run(eject, card, std::move(held), l10n);
+        *end = CardEject::run(eject, card, std::move(held), l10n);
     });
     const auto ending = waitForEnd(std::move(ejecting), stop_.get_token());
     const bool hasEnded = co_await ending;
-    co_return hasEnded ? *sentence : CardEject::leaveInDoubt(card, l10n);
+    co_return hasEnded ? *end : CardEject::leaveInDoubt(card, l10n);
 }
 
 void Batch::deliver(const RunMailbox::Mail& mail) {

@@ -76,7 +76,7 @@ private:
     std::string reasonOf(const BatchPair& pair, const OffloadOutcome& outcome,
                          OutcomeStatus runStatus) const;
     QCoro::Task<> reportToService();
-    QCoro::Task<std::optional<std::string>> ejectIfWanted(ClassifiedVolume card);
+    QCoro::Task<std::optional<CardEnd>> ejectIfWanted(ClassifiedVolume card);
     void deliver(const RunMailbox::Mail& mail);
 
     const BatchPlan plan_;

@@ -49,6 +49,15 @@ struct PairResult {
     std::vector<OffloadProblem> problems;
 };
 
+/// What became of a card that was to be ejected.
+struct CardEnd {
+    /// That it may be pulled, or why not, in the user's words.
+    std::string sentence;
+    bool mayBePulled = false;
+
+    friend bool operator==(const CardEnd&, const CardEnd&) = default;
+};
+
 /// How a batch ended.
 struct BatchResult {
     /// Why it ended before its time; empty when all went well.
@@ -62,8 +71,8 @@ struct BatchResult {
     /// Each once, on however many disks it now is.
     int filesDone = 0;
     std::int64_t bytesDone = 0;
-    /// One sentence for each card that was to be ejected: that it may be pulled, or why not.
-    std::vector<std::string> ejects;
+    /// One for each card that was to be ejected.
+    std::vector<CardEnd> ejects;
     /// The page of the last pair that has one, to be shown.
     std::optional<std::filesystem::path> report;
     /// In the order of the plan's pairs; those that were never begun are "failed".

@@ -28,8 +28,8 @@ std::string reasonOf(const DiskUtilClient::EjectError& refusal, L10n l10n) {
 
 } // namespace
 
-std::string run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
-                Held held, L10n l10n) {
+CardEnd run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
+            Held held, L10n l10n) {
     const auto isThere = [](const auto& folder) {
         return folder && folder->isStillAtItsPath();
     };
@@ -46,28 +46,27 @@ std::string run(const decltype(BatchSurroundings::eject)& eject, const Classifie
         const auto ejected = eject(card.facts.mountPoint);
         AppLog::append("Ejected: " + ejected.text(name, L10n(AppLanguage::English)) +
                        (ejected.remark.empty() ? "" : " (" + ejected.remark + ")"));
-        return ejected.text(name, l10n);
+        return {ejected.text(name, l10n), !ejected.isDiskInUse};
     } catch (const DiskUtilClient::EjectError& refusal) {
         AppLog::append("Not ejected: " + name + ": " + refusal.reason());
-        return l10n.notEjected(name, reasonOf(refusal, l10n));
+        return {l10n.notEjected(name, reasonOf(refusal, l10n))};
     } catch (const std::exception& failure) {
         AppLog::append("Not ejected: " + name + ": " + describe(failure));
-        return l10n.notEjected(name, describe(failure, l10n));
+        return {l10n.notEjected(name, describe(failure, l10n))};
     }
 }
 
-std::string refuse(const ClassifiedVolume& card, std::string_view (L10n::*reason)() const,
-                   L10n l10n) {
+CardEnd refuse(const ClassifiedVolume& card, std::string_view (L10n::*reason)() const, L10n l10n) {
     const auto name = Text::displayable(card.name());
     const L10n english(AppLanguage::English);
     AppLog::append(english.notEjected(name, (english.*reason)()));
-    return l10n.notEjected(name, (l10n.*reason)());
+    return {l10n.notEjected(name, (l10n.*reason)())};
 }
 
-std::string leaveInDoubt(const ClassifiedVolume& card, L10n l10n) {
+CardEnd leaveInDoubt(const ClassifiedVolume& card, L10n l10n) {
     const auto name = Text::displayable(card.name());
     AppLog::append(L10n(AppLanguage::English).ejectInDoubt(name));
-    return l10n.ejectInDoubt(name);
+    return {l10n.ejectInDoubt(name)};
 }
 
 } // namespace slatewise::CardEject

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Batch/BatchResult.h"
 #include "Batch/BatchSurroundings.h"
 #include "Platform/Files/RootFolder.h"
 #include "Volumes/VolumeRecords.h"
 
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -23,16 +23,15 @@ struct Held {
 };
 
 /// Ejects the card, unless it or one of the disks is not in its place any more, and gives what
-/// became of it, in the user's words: that it may be pulled, or why not. Lets go of all before. The
-/// log has it too, with what the system said. Never fails; blocks as the eject does.
-std::string run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
-                Held held, L10n l10n);
+/// became of it. Lets go of all before. The log has it too, with what the system said. Never fails;
+/// blocks as the eject does.
+CardEnd run(const decltype(BatchSurroundings::eject)& eject, const ClassifiedVolume& card,
+            Held held, L10n l10n);
 
 /// The same of a card that nobody tries to eject.
-std::string refuse(const ClassifiedVolume& card, std::string_view (L10n::*reason)() const,
-                   L10n l10n);
+CardEnd refuse(const ClassifiedVolume& card, std::string_view (L10n::*reason)() const, L10n l10n);
 
 /// The same of a card whose eject nobody waits for any longer.
-std::string leaveInDoubt(const ClassifiedVolume& card, L10n l10n);
+CardEnd leaveInDoubt(const ClassifiedVolume& card, L10n l10n);
 
 } // namespace slatewise::CardEject

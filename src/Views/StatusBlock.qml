@@ -166,6 +166,17 @@ Rectangle {
             Accessible.role: Accessible.AlertMessage
         }
         AppText {
+            objectName: "doNotPull"
+            Layout.fillWidth: true
+            visible: text.length > 0
+            text: block.batch.doNotPull
+            font.pixelSize: DITTheme.callout
+            font.weight: Font.DemiBold
+            color: DITTheme.warningText
+            wrapMode: Text.Wrap
+            Accessible.role: Accessible.AlertMessage
+        }
+        AppText {
             objectName: "advice"
             Layout.fillWidth: true
             visible: text.length > 0

@@ -114,8 +114,10 @@ TEST_F(BatchOfCards, ACardStaysWhenADiskThatHasItIsGone) {
     for (const auto& pair : result().pairs)
         EXPECT_EQ(pair.status, OutcomeStatus::Verified);
     EXPECT_THAT(desk.ejected, IsEmpty());
-    EXPECT_THAT(result().ejects, ElementsAre("A001 was not ejected: a disk with its copy is not "
-                                             "there any more"));
+    EXPECT_THAT(result().ejects,
+                ElementsAre(CardEnd{"A001 was not ejected: a disk with its copy is "
+                                    "not there any more",
+                                    false}));
 }
 
 TEST_F(BatchOfCards, WhatGoesBeforeItsReportsKeepsNoOtherTraceAway) {

@@ -167,16 +167,16 @@ void playHashingStopped(Stage& stage) {
     stage.fail(std::vector<OffloadProblem>(), PairFailure::Stopped);
 }
 
-using Sentences = std::vector<std::string>;
+using Ends = std::vector<CardEnd>;
 
 /// All went well, and this became of the cards.
-std::function<void(Stage&)> ejecting(const std::function<Sentences(L10n)>& sentences) {
+std::function<void(Stage&)> ejecting(const std::function<Ends(L10n)>& ends) {
     return [=](Stage& stage) {
         stage.playReady();
         stage.succeed();
         auto& batch = *stage.model()->batch();
         auto result = *batch.lastResult();
-        result.ejects = sentences(stage.model()->state().l10n());
+        result.ejects = ends(stage.model()->state().l10n());
         batch.batchEnded(result);
     };
 }
@@ -259,11 +259,11 @@ void addGoodEnds(Scenes& scenes) {
         stage.succeed(2);
     });
     scenes.add("safeToPull", ejecting([](L10n words) {
-                   return Sentences{words.safeToPull("A001"), words.safeToPull("B004")};
+                   return Ends{{words.safeToPull("A001"), true}, {words.safeToPull("B004"), true}};
                }));
     scenes.add("doNotPull", ejecting([](L10n words) {
-                   return Sentences{words.unmountedButInUse("A001"),
-                                    words.notEjected("B004", words.volumeIsBusy())};
+                   return Ends{{words.unmountedButInUse("A001")},
+                               {words.notEjected("B004", words.volumeIsBusy())}};
                }));
     scenes.add("hashed", playHashed);
     scenes.add("verdictOfBefore", playVerdictOfBefore);

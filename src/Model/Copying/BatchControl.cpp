@@ -81,13 +81,16 @@ BatchControl::Shown BatchControl::shownNow() const {
     else if (now.standing == Failed && wasStopped_)
         now.title = toQString(l10n.adviceStopped(button(settings.verifyOnly)));
     now.pace = toQString(ProgressTexts::pace(pace_, l10n));
-    if (now.hasVerdict && !lastResult_->ejects.empty())
-        now.title += "\n" + ejects().join(' ');
-    // The title has room for one of these sentences, and shows none once the verdict steps back.
-    const std::size_t shownEjects = now.hasVerdict ? 1 : 0;
-    now.hasMore =
-        hasEnded && (!problems_.rows().empty() || lastResult_->ejects.size() > shownEjects ||
-                     (!now.hasVerdict && lastResult_->message.has_value()));
+    const auto pullable = ejects(true);
+    if (now.hasVerdict && !pullable.isEmpty())
+        now.title += "\n" + pullable.join(' ');
+    if (now.hasVerdict)
+        now.doNotPull = ejects(false).join(' ');
+    // The title has room for one of these sentences, and nothing shows once the verdict steps back.
+    const bool areEjectsShown =
+        now.hasVerdict ? pullable.size() <= 1 : pullable.isEmpty() && ejects(false).isEmpty();
+    now.hasMore = hasEnded && (!problems_.rows().empty() || !areEjectsShown ||
+                               (!now.hasVerdict && lastResult_->message.has_value()));
     if (now.standing == Resting || (now.standing == Failed && state_.wasRefused))
         now.lastOffload = lastOffloadNow();
     return now;
@@ -97,10 +100,12 @@ std::string_view BatchControl::button(bool isHashing) const {
     return isHashing ? state_.l10n().hashOnly() : state_.l10n().copy();
 }
 
-QStringList BatchControl::ejects() const {
+QStringList BatchControl::ejects(bool mayBePulled) const {
     QStringList sentences;
-    for (const auto& sentence : lastResult_->ejects)
-        sentences << toQString(sentence);
+    for (const auto& end : lastResult_ ? lastResult_->ejects : std::vector<CardEnd>()) {
+        if (end.mayBePulled == mayBePulled)
+            sentences << toQString(end.sentence);
+    }
     return sentences;
 }
 
@@ -158,7 +163,7 @@ QString BatchControl::report() const {
     }
     for (const auto& line : pairs_.rows())
         lines << line.text;
-    lines << ejects();
+    lines << ejects(false) << ejects(true);
     for (const auto& line : problems_.rows())
         lines << line.text;
     return lines.join('\n');
@@ -167,8 +172,10 @@ QString BatchControl::report() const {
 QStringList BatchControl::news() const {
     constexpr std::size_t kMostProblems = 3;
     QStringList lines = shown_.title.split('\n').mid(1);
-    if (!shown_.advice.isEmpty())
-        lines << shown_.advice;
+    for (const auto& further : {shown_.doNotPull, shown_.advice}) {
+        if (!further.isEmpty())
+            lines << further;
+    }
     if (!shown_.hasVerdict)
         return lines;
     for (const auto& line : pairs_.rows())

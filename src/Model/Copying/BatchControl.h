@@ -37,6 +37,7 @@ class BatchControl : public QObject, public BatchListener {
     Q_PROPERTY(bool isRefused READ isRefused NOTIFY changed)
     Q_PROPERTY(QString failedPair READ failedPair NOTIFY changed)
     Q_PROPERTY(QString advice READ advice NOTIFY changed)
+    Q_PROPERTY(QString doNotPull READ doNotPull NOTIFY changed)
     Q_PROPERTY(QString lastOffload READ lastOffload NOTIFY changed)
     Q_PROPERTY(bool hasVerdict READ hasVerdict NOTIFY changed)
     Q_PROPERTY(bool hasMore READ hasMore NOTIFY changed)
@@ -67,6 +68,8 @@ public:
     QString failedPair() const { return shown_.failedPair; }
     /// What to do about a failure.
     QString advice() const { return shown_.advice; }
+    /// Of the cards that were to be ejected and must not be pulled yet.
+    QString doNotPull() const { return shown_.doNotPull; }
     /// One quiet line about a batch whose verdict has stepped back, or that ended with the program
     /// the last time.
     QString lastOffload() const { return shown_.lastOffload; }
@@ -116,6 +119,7 @@ private:
         bool isRefused = false;
         QString failedPair;
         QString advice;
+        QString doNotPull;
         QString lastOffload;
         bool hasVerdict = false;
         bool hasMore = false;
@@ -128,7 +132,7 @@ private:
     Shown shownNow() const;
     /// Of the last batch, which has ended.
     void showFailure(Shown& now) const;
-    QStringList ejects() const;
+    QStringList ejects(bool mayBePulled) const;
     std::string_view button(bool isHashing) const;
     bool isThere(const ClassifiedVolume& card) const;
     QString lastOffloadNow() const;
