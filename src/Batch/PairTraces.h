@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Batch/BatchPlan.h"
+#include "Batch/PairRecord.h"
 #include "Offload/OffloadRows.h"
 #include "Offload/ProvedCopies.h"
 #include "Storage/AppDatabase.h"
@@ -34,8 +34,7 @@ enum class Step {
 /// Is told how far it is, and says whether anybody waits for it still.
 using IsAwaited = std::function<bool(Step)>;
 
-/// Is told what a person must know.
-using Tell = std::function<void(const OffloadProblem&)>;
+using Tell = PairRecord::Tell;
 
 /// Leaves all that remains of a finished pair but the footage: the report set in the archive and on
 /// the destination, the session in the store, a line in the log, and a report that waits for the

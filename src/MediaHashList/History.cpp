@@ -2,9 +2,9 @@
 
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
-#include "MediaHashList/NameForms.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/AppInfo.h"
+#include "Platform/NameForms.h"
 #include "Platform/Text.h"
 
 #include <fmt/format.h>
@@ -76,7 +76,7 @@ std::filesystem::path asItLies(const RootFolder& root, const std::filesystem::pa
     std::filesystem::path found;
     for (const auto& part : listed) {
         auto name = part;
-        if (mayHaveForms(part.native()) && !root.exists(found / part)) {
+        if (NameForms::mayHaveForms(part.native()) && !root.exists(found / part)) {
             auto names = root.below(found).names();
             std::erase_if(names, [&, wanted = Text::composed(part.native())](const auto& each) {
                 return Text::composed(each) != wanted;

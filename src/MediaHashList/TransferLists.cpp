@@ -3,9 +3,9 @@
 #include "Language/L10n.h"
 #include "MediaHashList/IgnorePatterns.h"
 #include "MediaHashList/ListError.h"
-#include "MediaHashList/NameForms.h"
 #include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/NameForms.h"
 
 #include <algorithm>
 
@@ -94,13 +94,13 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
 void TransferLists::meetOtherForms(const std::unordered_set<std::string_view>& present) {
     std::vector<std::string> lost;
     for (const auto& [path, values] : known_) {
-        if (mayHaveForms(path) && !present.contains(path))
+        if (NameForms::mayHaveForms(path) && !present.contains(path))
             lost.push_back(path);
     }
     if (lost.empty())
         return;
     const std::vector<std::string_view> there(present.begin(), present.end());
-    for (const auto& [found, listed] : inOtherForms(lost, there)) {
+    for (const auto& [found, listed] : NameForms::inOtherForms(lost, there)) {
         if (listed.size() > 1 || known_.contains(found))
             continue;
         auto values = known_.extract(listed.front());

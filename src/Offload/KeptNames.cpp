@@ -2,9 +2,11 @@
 
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
+#include "Platform/NameForms.h"
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
@@ -16,11 +18,6 @@ namespace slatewise::KeptNames {
 namespace {
 
 using Kind = OffloadProblem::Kind;
-
-bool mayHaveForms(std::string_view name) {
-    return std::any_of(name.begin(), name.end(),
-                       [](char sign) { return static_cast<unsigned char>(sign) >= 0x80; });
-}
 
 /// What is wrong with the way to the session, if anything.
 std::optional<OffloadProblem> lookOnTheWay(const RootFolder& disk,
@@ -79,17 +76,15 @@ public:
 
     std::vector<OffloadProblem> takeProblems() { return std::move(problems_); }
 
-    /// How many items, that none of `rows` is named after, each form of a name has here.
-    std::map<std::string, int> formsBeside(std::span<const FileCopyResult> rows) const {
+    /// Of what none of `rows` is named after.
+    std::vector<std::string_view> namesBeside(std::span<const FileCopyResult> rows) const {
         std::set<std::string_view> taken;
         for (const auto& row : rows)
             taken.insert(row.relativePath);
-        std::map<std::string, int> forms;
-        for (const auto& name : names_) {
-            if (mayHaveForms(name) && !taken.contains(name))
-                ++forms[Text::composed(name)];
-        }
-        return forms;
+        std::vector<std::string_view> beside;
+        std::ranges::copy_if(names_, std::back_inserter(beside),
+                             [&](const auto& name) { return !taken.contains(name); });
+        return beside;
     }
 
 private:
@@ -107,20 +102,22 @@ std::vector<OffloadProblem> findLost(const RootFolder& disk, const std::filesyst
     auto problems = listing.takeProblems();
     if (auto problem = lookOnTheWay(disk, session))
         problems.insert(problems.begin(), std::move(*problem));
-    std::vector<FileCopyResult*> lost;
+    std::map<std::string, FileCopyResult*> lost;
     for (auto& row : rows) {
         if (row.verifyStatus == VerifyStatus::Verified && !listing.has(row.relativePath))
-            lost.push_back(&row);
+            lost.emplace(row.relativePath, &row);
     }
     if (lost.empty())
         return problems;
-    auto forms = listing.formsBeside(rows);
-    for (auto* row : lost) {
-        const auto& name = row->relativePath;
+    std::vector<std::string> names;
+    for (const auto& [name, row] : lost)
+        names.push_back(name);
+    for (const auto& same : NameForms::inOtherForms(names, listing.namesBeside(rows))) {
         // Each item is the copy of one row.
-        const auto found = mayHaveForms(name) ? forms.find(Text::composed(name)) : forms.end();
-        if (found != forms.end() && found->second-- == 1)
-            continue;
+        if (same.lost.size() == 1)
+            lost.erase(same.lost.front());
+    }
+    for (const auto& [name, row] : lost) {
         markFailed(*row, VerifyStatus::Failed);
         if (!listing.isBelowUnread(name))
             problems.push_back({Kind::NameNotKept, name});

@@ -2,12 +2,12 @@
 
 #include "MediaHashList/History.h"
 #include "MediaHashList/ListError.h"
-#include "MediaHashList/NameForms.h"
 #include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/RootFolder.h"
+#include "Platform/NameForms.h"
 #include "Reports/ReportWriter.h"
 #include "Verify/FoundReports.h"
 #include "Verify/ListReading.h"
@@ -277,7 +277,7 @@ bool ListedTree::isLeftOutByRun(const std::string& path) const {
 }
 
 void ListedTree::noteLister(const std::string& name, int lister) {
-    if (!MediaHashList::mayHaveForms(name))
+    if (!NameForms::mayHaveForms(name))
         return;
     auto& all = listers[name];
     if (all.empty() || all.back() != lister)

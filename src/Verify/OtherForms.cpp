@@ -1,7 +1,7 @@
 #include "Verify/OtherForms.h"
 
 #include "MediaHashList/History.h"
-#include "MediaHashList/NameForms.h"
+#include "Platform/NameForms.h"
 #include "Verify/ListedTree.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace slatewise::Verify {
 
 namespace {
 
-using MediaHashList::SameName;
+using NameForms::SameName;
 
 /// The names of those that are lost and may be there in another form.
 template <typename Names, typename NameOf>
@@ -23,7 +23,7 @@ std::vector<std::string> lostOf(const Names& names, const ListedTree& tree, Name
     std::vector<std::string> lost;
     for (const auto& each : names) {
         const std::string& path = nameOf(each);
-        if (MediaHashList::mayHaveForms(path) &&
+        if (NameForms::mayHaveForms(path) &&
             !std::ranges::binary_search(tree.entries, path, {}, &InventoryEntry::relativePath))
             lost.push_back(path);
     }
@@ -37,7 +37,7 @@ std::vector<SameName> inOtherForms(const std::vector<std::string>& lost, const L
         if (!lost.empty() && entry.isDirectory == areFolders)
             there.push_back(entry.relativePath);
     }
-    return MediaHashList::inOtherForms(lost, there);
+    return NameForms::inOtherForms(lost, there);
 }
 
 /// Whether anybody lists two of these names: whoever does had two files, one of which is lost.

@@ -2,13 +2,13 @@
 
 #include "MediaHashList/Generation.h"
 #include "MediaHashList/ListError.h"
-#include "MediaHashList/NameForms.h"
 #include "Offload/ReportNames.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Disks/BlockDevices.h"
 #include "Platform/Disks/DiskInfo.h"
 #include "Platform/Error.h"
 #include "Platform/Files/FileSystem.h"
+#include "Platform/NameForms.h"
 #include "Platform/Text.h"
 #include "Verify/ListReading.h"
 
@@ -153,13 +153,12 @@ bool isRootOfDisk(const std::filesystem::path& folder) {
 
 std::filesystem::path asItLies(const std::filesystem::path& folder,
                                const std::filesystem::path& shown) {
-    if (!MediaHashList::mayHaveForms(shown.native()))
+    if (!NameForms::mayHaveForms(shown.native()))
         return shown;
     std::filesystem::path found;
     for (const auto& part : shown) {
         std::vector<std::filesystem::path> meant;
-        if (MediaHashList::mayHaveForms(part.native()) &&
-            !FileSystem::exists(folder / found / part)) {
+        if (NameForms::mayHaveForms(part.native()) && !FileSystem::exists(folder / found / part)) {
             const auto name = Text::composed(part.native());
             for (const auto& item : FileSystem::entriesIfAny(folder / found)) {
                 if (Text::composed(Text::displayable(item.filename().native())) == name)

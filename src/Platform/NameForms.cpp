@@ -1,11 +1,11 @@
-#include "MediaHashList/NameForms.h"
+#include "Platform/NameForms.h"
 
 #include "Platform/Text.h"
 
 #include <algorithm>
 #include <unordered_map>
 
-namespace slatewise::MediaHashList {
+namespace slatewise::NameForms {
 
 namespace {
 
@@ -49,4 +49,4 @@ std::vector<SameName> inOtherForms(std::span<const std::string> lost,
     return found;
 }
 
-} // namespace slatewise::MediaHashList
+} // namespace slatewise::NameForms

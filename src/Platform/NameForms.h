@@ -6,8 +6,9 @@
 #include <vector>
 
 /// Systems write one name in several Unicode forms: a letter with its accent as one character or as
-/// two. A disk may give back another form than a list has, whose bytes differ.
-namespace slatewise::MediaHashList {
+/// two. A disk may give back another form than it was given, or than a list has, whose bytes
+/// differ.
+namespace slatewise::NameForms {
 
 /// Whether a name has other forms at all, as far as that shows at a glance.
 bool mayHaveForms(std::string_view name);
@@ -23,4 +24,4 @@ struct SameName {
 std::vector<SameName> inOtherForms(std::span<const std::string> lost,
                                    std::span<const std::string_view> there);
 
-} // namespace slatewise::MediaHashList
+} // namespace slatewise::NameForms
