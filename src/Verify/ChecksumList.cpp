@@ -4,6 +4,8 @@
 #include "Platform/HashValue.h"
 #include "Platform/Text.h"
 
+#include <algorithm>
+
 namespace slatewise::Verify::ChecksumList {
 
 namespace {
@@ -40,14 +42,13 @@ Line parsed(std::string_view line, const std::filesystem::path& list) {
     const bool isEscaped = line.starts_with('\\');
     line.remove_prefix(isEscaped ? 1 : 0);
     auto digest = Text::asciiLowercased(line.substr(0, kDigestLength));
-    if (line.size() < kDigestLength + 3 || !isValue(HashFormat::SHA256, digest) ||
-        line[kDigestLength] != ' ')
-        throw ListError(ListError::Reason::NotAList, std::string(line), list);
-    std::string_view name = line.substr(kDigestLength + 2);
+    std::string_view name = line.substr(std::min(line.size(), kDigestLength + 2));
     // As who lists a folder with other tools often has them.
     constexpr std::string_view kHere = "./";
     while (name.starts_with(kHere))
         name.remove_prefix(kHere.size());
+    if (name.empty() || !isValue(HashFormat::SHA256, digest) || line[kDigestLength] != ' ')
+        throw ListError(ListError::Reason::NotAList, std::string(line), list);
     return {std::move(digest), isEscaped ? unescaped(name) : std::string(name)};
 }
 
