@@ -37,30 +37,28 @@ OffloadProblem ofStore(Kind kind, const BatchPair& pair, const std::exception& f
             BothLanguages::of([&](L10n l10n) { return StoreFailure::reasonOf(failure, l10n); })};
 }
 
-void save(PairRecord& record, const std::filesystem::path& reports, AppDatabase& database) {
+void save(const PairRecord& record, const std::filesystem::path& reports, AppDatabase& database,
+          const QueuedReport* report = nullptr) {
     const auto& pair = record.pair();
-    const auto& outcome = record.outcome();
-    if (const auto aside = database.takeSetAside())
-        record.note({Kind::HistorySetAside, aside->native()});
-    try {
-        const bool hasUUID = !pair.card.isPickedFolder();
-        database.save(outcome, record.manifest().files, pair.card.facts.volumeName,
-                      pair.destination.facts.volumeName, pair.camera,
-                      {.ekip = pair.ekip,
-                       .reportFolder = reports.native(),
-                       .cardUUID = hasUUID ? pair.card.facts.volumeUUID.value_or("") : ""});
-    } catch (const std::exception& failure) {
-        record.note(ofStore(Kind::SessionNotStored, pair, failure));
-    }
-    AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
-                               rawValue(outcome.status), pair.card.facts.volumeName,
-                               pair.destination.facts.volumeName, record.manifest().files.size(),
-                               outcome.bytesCopied));
+    const bool hasUUID = !pair.card.isPickedFolder();
+    database.save(record.outcome(), record.manifest().files, pair.card.facts.volumeName,
+                  pair.destination.facts.volumeName, pair.camera,
+                  {.ekip = pair.ekip,
+                   .reportFolder = reports.native(),
+                   .cardUUID = hasUUID ? pair.card.facts.volumeUUID.value_or("") : ""},
+                  report);
 }
 
-void enqueue(PairRecord& record, AppDatabase& database) {
+/// One after the other: what cannot be kept costs the other nothing.
+void saveApart(PairRecord& record, const std::filesystem::path& reports, AppDatabase& database,
+               const QueuedReport& report) {
     try {
-        selfEnqueue(record.manifest(), database);
+        save(record, reports, database);
+    } catch (const std::exception& failure) {
+        record.note(ofStore(Kind::SessionNotStored, record.pair(), failure));
+    }
+    try {
+        database.enqueueOutbox(report);
     } catch (const std::exception& failure) {
         const auto problem = ofStore(Kind::SessionNotQueued, record.pair(), failure);
         if (record.plan().serviceProfile)
@@ -68,6 +66,25 @@ void enqueue(PairRecord& record, AppDatabase& database) {
         else
             AppLog::append(problem.logLine());
     }
+}
+
+/// Session and report at once: whoever is killed between the two would leave a session that the
+/// service never hears of.
+void store(PairRecord& record, const std::filesystem::path& reports, AppDatabase& database) {
+    const auto& outcome = record.outcome();
+    if (const auto aside = database.takeSetAside())
+        record.note({Kind::HistorySetAside, aside->native()});
+    const auto report = queuedReport(record.manifest());
+    try {
+        save(record, reports, database, &report);
+    } catch (const std::exception& failure) {
+        AppLog::append("Session and report not stored at once: " + describe(failure));
+        saveApart(record, reports, database, report);
+    }
+    AppLog::append(fmt::format("Offload {} card={} dest={} files={} bytes={}",
+                               rawValue(outcome.status), record.pair().card.facts.volumeName,
+                               record.pair().destination.facts.volumeName,
+                               record.manifest().files.size(), outcome.bytesCopied));
 }
 
 } // namespace
@@ -89,8 +106,7 @@ Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outc
     // The service is told what became of them, too.
     if (outcome.status == OutcomeStatus::Failed)
         record.renew();
-    save(record, sets.shown(), database);
-    enqueue(record, database);
+    store(record, sets.shown(), database);
     return {.inArchive = sets.inArchive(),
             .onDestination = sets.onDestination(),
             .shown = sets.shown(),

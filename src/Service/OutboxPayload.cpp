@@ -3,7 +3,6 @@
 #include "Platform/Error.h"
 #include "Platform/Json.h"
 #include "Reports/ManifestJSON.h"
-#include "Storage/AppDatabase.h"
 #include "Storage/AppLog.h"
 
 #include <fmt/format.h>
@@ -170,11 +169,13 @@ OutboxPayload OutboxPayload::decode(std::string_view text) {
     }
 }
 
-void selfEnqueue(const SessionManifest& manifest, AppDatabase& database) {
-    if (!hasInventory(manifest))
-        AppLog::append(fmt::format("Outbox: no inventory of {} with its {} files",
-                                   manifest.sessionID, manifest.files.size()));
-    database.enqueueOutbox("session", [&](const auto& put) { writePayload(manifest, put); });
+QueuedReport queuedReport(const SessionManifest& manifest) {
+    return {"session", [&manifest](const FileSystem::TextSink& put) {
+                if (!hasInventory(manifest))
+                    AppLog::append(fmt::format("Outbox: no inventory of {} with its {} files",
+                                               manifest.sessionID, manifest.files.size()));
+                writePayload(manifest, put);
+            }};
 }
 
 } // namespace slatewise

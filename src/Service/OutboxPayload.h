@@ -4,6 +4,7 @@
 #include "Platform/Clock.h"
 #include "Platform/Files/FileSystem.h"
 #include "Reports/SessionManifest.h"
+#include "Storage/StoreRecords.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,8 +13,6 @@
 #include <vector>
 
 namespace slatewise {
-
-class AppDatabase;
 
 /// One file of a reported session.
 struct OutboxFile {
@@ -57,8 +56,8 @@ struct OutboxPayload {
 /// second. A session of very many files has no inventory in it.
 void writePayload(const SessionManifest& manifest, const FileSystem::TextSink& put);
 
-/// Stores the report of a session among those that wait for the service. Fails with an exception of
-/// the store, or of whoever makes the text. Blocks; any thread.
-void selfEnqueue(const SessionManifest& manifest, AppDatabase& database);
+/// The report of a session as it waits for the service. The manifest must live until it is stored,
+/// for it is asked only then; that fails with an exception of whoever makes the text, too.
+QueuedReport queuedReport(const SessionManifest& manifest);
 
 } // namespace slatewise

@@ -132,6 +132,16 @@ void insertActivity(SQLite::Database& database, const std::optional<std::string>
     insert.exec();
 }
 
+void insertReport(StoreConnection& connection, SQLite::Database& database,
+                  const QueuedReport& report) {
+    // An id of 0 is the next one.
+    SQLite::Statement insert(database, "INSERT INTO outbox (id, kind, payload, attempts, "
+                                       "createdAt) VALUES (nullif(?, 0), ?, '', 0, ?)");
+    Binder(insert) << connection.nextOutboxID() << report.kind << Clock::now();
+    insert.exec();
+    OutboxPieces::writePayload(database, database.getLastInsertRowid(), report.payload);
+}
+
 } // namespace
 
 AppDatabase::AppDatabase(const std::filesystem::path& file)
@@ -191,13 +201,14 @@ std::filesystem::path AppDatabase::file() const {
 
 void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
                        const std::string& cardName, const std::string& destName,
-                       const std::string& camera, const SessionFacts& facts) {
+                       const std::string& camera, const SessionFacts& facts,
+                       const QueuedReport* report) {
     const auto sessionID = outcome.sessionID.text();
     const std::string event =
         outcome.status == OutcomeStatus::Verified ? "offload_verified" : "offload_failed";
     const auto detail =
         std::to_string(files.size()) + " dosya, " + std::to_string(outcome.bytesCopied) + " byte";
-    writeOrKeep([&](StoreConnection&, SQLite::Database& database) {
+    writeOrKeep([&](StoreConnection& connection, SQLite::Database& database) {
         insertSession(database, outcome, cardName, destName, camera);
         insertFiles(database, sessionID, files);
         insertActivity(database, sessionID, event, detail);
@@ -205,6 +216,8 @@ void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyRe
                                            "reportFolder, cardUUID) VALUES (?, ?, ?, ?)");
         Binder(insert) << sessionID << facts.ekip << facts.reportFolder << facts.cardUUID;
         insert.exec();
+        if (report)
+            insertReport(connection, database, *report);
     });
 }
 
@@ -259,19 +272,16 @@ void AppDatabase::recordActivity(const std::optional<std::string>& sessionID,
     });
 }
 
-void AppDatabase::enqueueOutbox(const std::string& kind, const std::string& payload) {
-    enqueueOutbox(kind, [&](const FileSystem::TextSink& put) { put(payload); });
+void AppDatabase::enqueueOutbox(const QueuedReport& report) {
+    writeOrKeep([&](StoreConnection& connection, SQLite::Database& database) {
+        insertReport(connection, database, report);
+    });
 }
 
-void AppDatabase::enqueueOutbox(const std::string& kind, const FileSystem::TextSource& payload) {
-    writeOrKeep([&](StoreConnection& connection, SQLite::Database& database) {
-        // An id of 0 is the next one.
-        SQLite::Statement insert(database, "INSERT INTO outbox (id, kind, payload, attempts, "
-                                           "createdAt) VALUES (nullif(?, 0), ?, '', 0, ?)");
-        Binder(insert) << connection.nextOutboxID() << kind << Clock::now();
-        insert.exec();
-        OutboxPieces::writePayload(database, database.getLastInsertRowid(), payload);
-    });
+void AppDatabase::enqueueOutbox(const std::string& kind, const std::string& payload) {
+    enqueueOutbox({kind, [&](const FileSystem::TextSink& put) {
+                       put(payload);
+                   }});
 }
 
 std::vector<OutboxRecord> AppDatabase::pendingOutbox() const {

@@ -69,10 +69,11 @@ public:
     /// Stores the session, its files and an activity row, all or nothing. A session that is stored
     /// already is a failure. The outcome's rows are those of `files`, whoever holds them. While
     /// another program holds the file, it is kept as `openOrWait` says, and so is a report that is
-    /// queued, a check and an activity.
+    /// queued, a check and an activity. A report that is given is queued with it, or neither is
+    /// kept.
     void save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
               const std::string& cardName, const std::string& destName, const std::string& camera,
-              const SessionFacts& facts = {});
+              const SessionFacts& facts = {}, const QueuedReport* report = nullptr);
 
     /// Verified sessions of a card with that file system, or of so many bytes; latest first. An
     /// empty UUID is none. Left out are those of which the last check that came to an end found
@@ -93,10 +94,10 @@ public:
     void recordActivity(const std::optional<std::string>& sessionID, const std::string& event,
                         const std::string& detail);
 
-    void enqueueOutbox(const std::string& kind, const std::string& payload);
+    void enqueueOutbox(const QueuedReport& report);
 
-    /// The same of a text that may be too long to be held whole.
-    void enqueueOutbox(const std::string& kind, const FileSystem::TextSource& payload);
+    /// The same of a text that is at hand.
+    void enqueueOutbox(const std::string& kind, const std::string& payload);
 
     /// Oldest first.
     std::vector<OutboxRecord> pendingOutbox() const;

@@ -2,6 +2,7 @@
 
 #include "Offload/OffloadRows.h"
 #include "Platform/Clock.h"
+#include "Platform/Files/FileSystem.h"
 
 #include <compare>
 #include <cstdint>
@@ -34,6 +35,13 @@ struct SessionFacts {
     std::string reportFolder{};
     /// Which file system the card had.
     std::string cardUUID{};
+};
+
+/// A report for the service, as it is put into the outbox.
+struct QueuedReport {
+    std::string kind;
+    /// May be asked more than once; too long, perhaps, to be held whole.
+    FileSystem::TextSource payload;
 };
 
 /// A session and the file system of its card; the latter is empty when nobody noted it.

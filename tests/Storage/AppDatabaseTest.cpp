@@ -194,11 +194,12 @@ TEST_F(StoreFile, OutboxKeepsItsOrderAndCountsFailures) {
     // A text that is never held whole, but by this test.
     const auto piece = bytesOf(1 << 20);
     std::string whole;
-    database.enqueueOutbox("session", [&](const auto& put) {
-        whole.clear();
-        for (int number = 0; number < 17; ++number)
-            put(whole.insert(whole.size(), piece).substr(whole.size() - piece.size()));
-    });
+    database.enqueueOutbox(
+        {"session", [&](const auto& put) {
+             whole.clear();
+             for (int number = 0; number < 17; ++number)
+                 put(whole.insert(whole.size(), piece).substr(whole.size() - piece.size()));
+         }});
     EXPECT_EQ(database.outboxRow(4)->payload, whole);
     EXPECT_EQ(ask(file, "SELECT typeof(payload), count(*) FROM outbox JOIN outbox_pieces ON "
                         "outbox.id = outboxID"),
@@ -259,10 +260,10 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     database.recordActivity({}, "card_detected", "B002");
     database.recordCheck(session, {.checkedAt = Clock::now(), .filesEqual = 2});
     const std::string large(5 << 20, 'x');
-    waiting.enqueueOutbox("session", [&](const auto& put) {
-        for (int piece = 0; piece < 3; ++piece)
-            put(large + std::to_string(piece));
-    });
+    waiting.enqueueOutbox({"session", [&](const auto& put) {
+                               for (int piece = 0; piece < 3; ++piece)
+                                   put(large + std::to_string(piece));
+                           }});
     const L10n turkish(AppLanguage::Turkish);
     for (auto* kept : {&database, &waiting})
         EXPECT_EQ(kept->writeWhatIsKept(turkish, 1ms), "başka bir program kullanıyor");

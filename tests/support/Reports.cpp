@@ -1,6 +1,7 @@
 #include "support/Reports.h"
 
 #include "Reports/ReportWriter.h"
+#include "Storage/AppDatabase.h"
 #include "support/Offloads.h"
 
 namespace slatewise::test {
@@ -43,7 +44,8 @@ std::string payloadOf(const SessionManifest& manifest) {
 
 void enqueueReport(const OffloadOutcome& outcome, AppDatabase& database,
                    const std::string& cardName) {
-    selfEnqueue(manifestOf(outcome, cardName), database);
+    const auto manifest = manifestOf(outcome, cardName);
+    database.enqueueOutbox(queuedReport(manifest));
 }
 
 } // namespace slatewise::test

@@ -4,6 +4,10 @@
 
 #include <string>
 
+namespace slatewise {
+class AppDatabase;
+}
+
 /// Sessions that end up in the outbox.
 namespace slatewise::test {
 
