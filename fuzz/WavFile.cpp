@@ -1,5 +1,5 @@
 #include "Offload/WavFile.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Require.h"
 
 #include <sys/mman.h>

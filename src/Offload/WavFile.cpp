@@ -1,7 +1,7 @@
 #include "Offload/WavFile.h"
 
 #include "Offload/TimecodeFormat.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Numbers.h"
 #include "Platform/Text.h"

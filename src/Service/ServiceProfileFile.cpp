@@ -1,7 +1,7 @@
 #include "Service/ServiceProfileFile.h"
 
 #include "Platform/Error.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Json.h"
 #include "Storage/AppLog.h"
 

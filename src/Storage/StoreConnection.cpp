@@ -2,7 +2,7 @@
 
 #include "Platform/Clock.h"
 #include "Platform/Error.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 #include "Storage/AppLog.h"
 #include "Storage/Migrations.h"

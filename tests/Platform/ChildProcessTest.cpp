@@ -1,7 +1,7 @@
 #include "Platform/ChildProcess.h"
 
 #include "Platform/Error.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "support/Files.h"
 #include "support/Waiting.h"
 

@@ -1,7 +1,7 @@
 #include "DiskService.h"
 
 #include "Platform/Disks/UDisksClient.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Text.h"
 #include "support/Process.h"
 #include "support/Waiting.h"

@@ -6,7 +6,7 @@
 #include "Platform/Desktop/UserDefaults.h"
 #include "Platform/Disks/BlockDevices.h"
 #include "Platform/Disks/MountTable.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Volumes/DiskUtilClient.h"
 #include "support/MountedVolume.h"
 #include "support/Process.h"

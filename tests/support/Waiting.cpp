@@ -1,6 +1,6 @@
 #include "support/Waiting.h"
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 
 #include <poll.h>
 #include <sys/inotify.h>

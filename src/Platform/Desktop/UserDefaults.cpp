@@ -1,7 +1,7 @@
 #include "Platform/Desktop/UserDefaults.h"
 
 #include "Platform/Desktop/UserFolders.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 
 #include <QFile>

@@ -5,7 +5,7 @@
 #include "Platform/Disks/FileSystemProbe.h"
 #include "Platform/Disks/FileSystemType.h"
 #include "Platform/Error.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 

@@ -1,6 +1,6 @@
 #include "Platform/Files/FolderIdentity.h"
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

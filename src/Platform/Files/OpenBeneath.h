@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 
 #include <string>
 

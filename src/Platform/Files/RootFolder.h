@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 #include "Platform/Files/FolderIdentity.h"
 #include "Platform/Files/OpenBeneath.h"
