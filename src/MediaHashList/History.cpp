@@ -70,23 +70,11 @@ std::vector<ChainLink> unchainedLists(const RootFolder& folder) {
     return links;
 }
 
-/// Where something lies whose path is that of a list, which the disk may have in another Unicode
-/// form. Where several would do, or none, as it is.
 std::filesystem::path asItLies(const RootFolder& root, const std::filesystem::path& listed) {
-    std::filesystem::path found;
-    for (const auto& part : listed) {
-        auto name = part;
-        if (NameForms::mayHaveForms(part.native()) && !root.exists(found / part)) {
-            auto names = root.below(found).names();
-            std::erase_if(names, [&, wanted = Text::composed(part.native())](const auto& each) {
-                return Text::composed(each) != wanted;
-            });
-            if (names.size() == 1)
-                name = names.front();
-        }
-        found /= name;
-    }
-    return found;
+    return NameForms::asItLies(listed, {[&](const auto& item) { return root.exists(item); },
+                                        [&](const auto& folder) {
+                                            return root.below(folder).names();
+                                        }});
 }
 
 /// The lists that no link names: somebody took the link out, or the chain was never written.

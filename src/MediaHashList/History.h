@@ -2,7 +2,7 @@
 
 #include "MediaHashList/Generation.h"
 #include "Platform/Error.h"
-#include "Platform/Files/FileDescriptor.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Files/RootFolder.h"
 
 #include <filesystem>

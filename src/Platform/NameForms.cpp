@@ -49,4 +49,21 @@ std::vector<SameName> inOtherForms(std::span<const std::string> lost,
     return found;
 }
 
+std::filesystem::path asItLies(const std::filesystem::path& listed, const Look& look) {
+    if (!mayHaveForms(listed.native()))
+        return listed;
+    std::filesystem::path found;
+    for (const auto& part : listed) {
+        std::vector<std::string> meant;
+        if (mayHaveForms(part.native()) && !look.isThere(found / part)) {
+            meant = look.namesIn(found);
+            std::erase_if(meant, [wanted = Text::composed(part.native())](const auto& name) {
+                return Text::composed(Text::displayable(name)) != wanted;
+            });
+        }
+        found /= meant.size() == 1 ? std::filesystem::path(meant.front()) : part;
+    }
+    return found;
+}
+
 } // namespace slatewise::NameForms

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <filesystem>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -23,5 +25,17 @@ struct SameName {
 /// nobody knows which is meant, and none is given.
 std::vector<SameName> inOtherForms(std::span<const std::string> lost,
                                    std::span<const std::string_view> there);
+
+/// How one looks at what lies below a place, by paths or under a handle. Both are given paths
+/// relative to it; what they fail with is passed on.
+struct Look {
+    std::function<bool(const std::filesystem::path& item)> isThere;
+    std::function<std::vector<std::string>(const std::filesystem::path& folder)> namesIn;
+};
+
+/// Where something lies whose path stands in a list. Lists show names that are no UTF-8 and cannot
+/// hold them, and a disk may have a name in another form than it had. Where several may be meant,
+/// or none, it stays as it is.
+std::filesystem::path asItLies(const std::filesystem::path& listed, const Look& look);
 
 } // namespace slatewise::NameForms

@@ -153,21 +153,14 @@ bool isRootOfDisk(const std::filesystem::path& folder) {
 
 std::filesystem::path asItLies(const std::filesystem::path& folder,
                                const std::filesystem::path& shown) {
-    if (!NameForms::mayHaveForms(shown.native()))
-        return shown;
-    std::filesystem::path found;
-    for (const auto& part : shown) {
-        std::vector<std::filesystem::path> meant;
-        if (NameForms::mayHaveForms(part.native()) && !FileSystem::exists(folder / found / part)) {
-            const auto name = Text::composed(part.native());
-            for (const auto& item : FileSystem::entriesIfAny(folder / found)) {
-                if (Text::composed(Text::displayable(item.filename().native())) == name)
-                    meant.push_back(item.filename());
-            }
-        }
-        found /= meant.size() == 1 ? meant.front() : part;
-    }
-    return found;
+    const auto namesIn = [&](const std::filesystem::path& below) {
+        std::vector<std::string> names;
+        for (const auto& item : FileSystem::entriesIfAny(folder / below))
+            names.push_back(item.filename().native());
+        return names;
+    };
+    return NameForms::asItLies(
+        shown, {[&](const auto& item) { return FileSystem::exists(folder / item); }, namesIn});
 }
 
 std::filesystem::path asItLies(const std::filesystem::path& shown) {

@@ -22,9 +22,7 @@ struct SessionPlace {
     bool isWhereMade = false;
 };
 
-/// A path below a folder as it lies there, of one that stands in a list of ours. Such a list shows
-/// names that are no UTF-8 and cannot hold them, and a disk may have a name in another Unicode form
-/// than it had. Where several may be meant, or none, it stays as it is. Never fails.
+/// A path below a folder as it lies there, of one that stands in a list of ours. Never fails.
 std::filesystem::path asItLies(const std::filesystem::path& folder,
                                const std::filesystem::path& shown);
 
