@@ -107,7 +107,9 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
     mayAnswer = false;
     hasAnswered = false;
     desk.copy();
-    EXPECT_EQ(title(), "Failed: The reports folder or a disk does not answer.");
+    EXPECT_EQ(title(),
+              "Failed: The reports folder or a disk does not answer. Check the disks, or choose "
+              "another reports folder.");
     answer();
 }
 

@@ -82,13 +82,14 @@ BatchControl::Shown BatchControl::shownNow() const {
         now.title = toQString(l10n.adviceStopped(button(settings.verifyOnly)));
     now.pace = toQString(ProgressTexts::pace(pace_, l10n));
     const auto pullable = ejects(true);
+    const auto kept = ejects(false);
     if (now.hasVerdict && !pullable.isEmpty())
         now.title += "\n" + pullable.join(' ');
     if (now.hasVerdict)
-        now.doNotPull = ejects(false).join(' ');
+        now.doNotPull = kept.join(' ');
     // The title has room for one of these sentences, and nothing shows once the verdict steps back.
     const bool areEjectsShown =
-        now.hasVerdict ? pullable.size() <= 1 : pullable.isEmpty() && ejects(false).isEmpty();
+        now.hasVerdict ? pullable.size() <= 1 : pullable.isEmpty() && kept.isEmpty();
     now.hasMore = hasEnded && (!problems_.rows().empty() || !areEjectsShown ||
                                (!now.hasVerdict && lastResult_->message.has_value()));
     if (now.standing == Resting || (now.standing == Failed && state_.wasRefused))
