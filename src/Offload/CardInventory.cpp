@@ -48,6 +48,11 @@ CardInventory::CardInventory(const RootFolder& card, SkipNames skipNames, RunRep
     }
 }
 
+void CardInventory::noteOpened(const InventoryEntry& entry, const FileSystem::Attributes& file) {
+    if (file.sizeBytes != entry.sizeBytes || TreeWalker::changesOf(file) != entry.changes)
+        exchanged_.insert(entry.relativePath);
+}
+
 bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
     FinalLook::CardChanges changes;
     const FileSystemErrors again(card_.path());
@@ -64,6 +69,7 @@ bool CardInventory::findsCardUnchanged(std::vector<FileCopyResult>& rows) {
     noteErrors(again);
     // Of what lies there nobody knows whether it changed; the folder itself is told.
     std::erase_if(changes.files, [this](const auto& file) { return liesInFolderNotRead(file); });
+    changes.files.insert(exchanged_.begin(), exchanged_.end());
     for (auto& row : rows) {
         if (changes.files.contains(row.relativePath))
             markFailed(row, VerifyStatus::Failed);

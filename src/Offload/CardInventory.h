@@ -35,6 +35,10 @@ public:
     /// False when something was not read, then or in the last look: no row can speak for it.
     bool isWhole() const { return isWhole_; }
 
+    /// What is read of an entry has to be the file that was listed. Who exchanges one on the way,
+    /// or a folder, and puts it back leaves nothing for the last look to see.
+    void noteOpened(const InventoryEntry& entry, const FileSystem::Attributes& file);
+
     /// Whether what was read is what lies on the card now; else marks rows, adds those of files
     /// that came meanwhile, and reports.
     bool findsCardUnchanged(std::vector<FileCopyResult>& rows);
@@ -50,6 +54,7 @@ private:
     bool isWhole_ = true;
     const FileSystemErrors errors_;
     std::set<std::string> notRead_;
+    std::set<std::string> exchanged_;
     std::vector<InventoryEntry> entries_;
     std::vector<const InventoryEntry*> copyList_;
     std::int64_t totalBytes_ = 0;

@@ -164,8 +164,7 @@ private:
         };
         publishFigures();
         auto digests = SHA256Hasher::hashFile(
-            transfer_.transfer(), onCard(entry.relativePath),
-            transfer_.watch(entry.relativePath, [&](std::size_t count) {
+            transfer_.transfer(), onCard(entry.relativePath), watch(entry, [&](std::size_t count) {
                 progress.add(static_cast<std::int64_t>(count), SpeedMeter::Time::clock::now());
                 publishFigures();
             }));
@@ -225,16 +224,16 @@ private:
         std::optional<FileBeneath> next;
         if (index + 1 < copyList.size())
             next.emplace(onCard(copyList[index + 1]->relativePath));
-        auto copied = SHA256Hasher::copyAndHash(
-            transfer_.transfer(), onCard(entry.relativePath),
-            {*destination_, session_ / entry.relativePath},
-            transfer_.watch(entry.relativePath,
-                            [&](std::size_t count) {
-                                progress.add(static_cast<std::int64_t>(count),
-                                             SpeedMeter::Time::clock::now());
-                                publishFigures();
-                            }),
-            next);
+        auto copied =
+            SHA256Hasher::copyAndHash(transfer_.transfer(), onCard(entry.relativePath),
+                                      {*destination_, session_ / entry.relativePath},
+                                      watch(entry,
+                                            [&](std::size_t count) {
+                                                progress.add(static_cast<std::int64_t>(count),
+                                                             SpeedMeter::Time::clock::now());
+                                                publishFigures();
+                                            }),
+                                      next);
         auto row = makeRow(entry, RowAction::Copy, VerifyStatus::CopiedUnverified);
         row.sizeBytes = copied.bytes;
         addRead(std::move(row), std::move(copied.digests));
@@ -291,6 +290,15 @@ private:
 
     FileBeneath onCard(const std::string& relative) const {
         return {*card_, relative, RootFolder::Links::FollowBeneath};
+    }
+
+    /// For the one pass over that file on the card.
+    TransferWatch watch(const InventoryEntry& entry, std::function<void(std::size_t)> onBytes) {
+        auto watch = transfer_.watch(entry.relativePath, std::move(onBytes));
+        watch.onOpened = [&](const FileSystem::Attributes& file) {
+            inventory_->noteOpened(entry, file);
+        };
+        return watch;
     }
 
     void addRead(FileCopyResult row, FileDigests digests) {

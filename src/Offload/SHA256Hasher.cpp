@@ -26,6 +26,11 @@ void tellAccess(const TransferWatch& watch, const FileBeneath& name, const Uncac
         watch.onAccess(name, file.access());
 }
 
+void tellOpened(const TransferWatch& watch, const UncachedFile& source) {
+    if (watch.onOpened)
+        watch.onOpened(source.atOpening());
+}
+
 /// All values of a pass, the SHA-256 first.
 PassHasher hasherFor(const TransferWatch& watch) {
     std::vector<HashFormat> formats = {HashFormat::SHA256};
@@ -53,6 +58,7 @@ FileDigests hashOpen(Transfer& transfer, const std::shared_ptr<UncachedFile>& fi
 
 FileDigests hashFile(Transfer& transfer, const FileBeneath& name, const TransferWatch& watch) {
     const auto file = transfer.open(name);
+    tellOpened(watch, *file);
     std::int64_t bytes = 0;
     auto counting = watch;
     counting.onBytes = [&](std::size_t count) {
@@ -72,6 +78,7 @@ CopyResult copyAndHash(Transfer& transfer, const FileBeneath& from, const FileBe
     auto hasher = hasherFor(watch);
     CopyResult result;
     const auto source = transfer.open(from);
+    tellOpened(watch, *source);
     auto destination = UncachedFile::createForWriting(to);
     auto steps = stepsOf(hasher, watch);
     steps.tell = [&, tell = std::move(steps.tell)](std::size_t count) {

@@ -19,6 +19,8 @@ namespace slatewise {
 struct TransferWatch {
     /// With the byte count of each chunk, once it is read and, in a copy, written.
     std::function<void(std::size_t)> onBytes;
+    /// With the attributes of the source as it is when it is opened.
+    std::function<void(const FileSystem::Attributes&)> onOpened{};
     /// Once per file read or written, at its end, with the way its bytes went.
     std::function<void(const FileBeneath&, FileAccess)> onAccess;
     /// Looked at before the first chunk and between chunks.

@@ -47,12 +47,6 @@ bool isDotEntry(const char* name) {
     return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
 }
 
-std::array<std::int64_t, 4> changesOf(const Attributes& attributes) {
-    const auto modified = attributes.exactModified.value_or(timespec{});
-    const auto changed = attributes.changed.value_or(timespec{});
-    return {modified.tv_sec, modified.tv_nsec, changed.tv_sec, changed.tv_nsec};
-}
-
 /// Hands over everything under a root, in no particular order.
 class Walk {
 public:
@@ -181,6 +175,12 @@ std::vector<InventoryEntry> walk(const RootFolder& root, const SkipNames& skipNa
         return left.relativePath < right.relativePath;
     });
     return entries;
+}
+
+std::array<std::int64_t, 4> changesOf(const Attributes& attributes) {
+    const auto modified = attributes.exactModified.value_or(timespec{});
+    const auto changed = attributes.changed.value_or(timespec{});
+    return {modified.tv_sec, modified.tv_nsec, changed.tv_sec, changed.tv_nsec};
 }
 
 bool shouldSkip(std::string_view relative, std::string_view name, const SkipNames& skipNames) {

@@ -4,6 +4,8 @@
 #include "Offload/OffloadSettings.h"
 #include "Platform/Files/RootFolder.h"
 
+#include <array>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -50,6 +52,9 @@ struct WalkObserver {
 std::vector<InventoryEntry> walk(const RootFolder& root, const SkipNames& skipNames,
                                  std::span<const std::string> extraExcludes = {},
                                  const WalkObserver& observer = {});
+
+/// By which a later look tells that a file was written or exchanged: `InventoryEntry::changes`.
+std::array<std::int64_t, 4> changesOf(const FileSystem::Attributes& attributes);
 
 /// Whether the item is left out: by its own name, or by a folder's name on its way.
 bool shouldSkip(std::string_view relative, std::string_view name, const SkipNames& skipNames);

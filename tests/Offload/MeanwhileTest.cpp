@@ -52,6 +52,36 @@ TEST_F(CopyEngineTest, WhatChangesOnTheCardMeanwhileIsNotVerified) {
     }
 }
 
+TEST_F(CopyEngineTest, WhatWasExchangedWhileItWasReadAndPutBackIsNotVerified) {
+    const TemporaryFolder aside;
+    writeFile(card / "DCIM/a", "content");
+    writeFile(aside / "other/a", "CONTENT");
+    const auto exchange = [&](const char* in, const char* out) {
+        std::filesystem::rename(card / "DCIM", aside / out);
+        std::filesystem::rename(aside / in, card / "DCIM");
+    };
+    for (const bool isHashing : {false, true}) {
+        record = {};
+        request.settings.verifyOnly = isHashing;
+        request.planFormats = [&](const auto&...) {
+            exchange("other", "card's");
+            return CopyEngine::Request::FormatsOf();
+        };
+        bool isPutBack = false;
+        const auto putBack = [&] {
+            if (!std::exchange(isPutBack, true))
+                exchange("card's", "other");
+        };
+        auto observer = record.observer(atFirst<Phase::Verifying>(putBack));
+        if (isHashing)
+            observer.log = [&](const auto&) {
+                putBack();
+            };
+        EXPECT_EQ(CopyEngine::run(request, observer, {}).status, OutcomeStatus::Failed);
+        EXPECT_EQ(record.problems, Problems{"This file changed while the card was read: DCIM/a"});
+    }
+}
+
 TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
     const auto session = destination / "session";
     const auto rewriteWithItsDate = [&](const char* content) {
