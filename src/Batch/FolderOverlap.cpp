@@ -4,6 +4,7 @@
 #include "Offload/FolderTemplate.h"
 #include "Offload/ReportNames.h"
 #include "Platform/Disks/MountTable.h"
+#include "Platform/Files/FileSystem.h"
 #include "Platform/Text.h"
 #include "Storage/SupportPaths.h"
 
@@ -21,11 +22,33 @@ struct Place {
     std::filesystem::path path;
 };
 
-/// Without links, as far as the path exists.
+/// The name by which its folder lists it, where it may be called by others: some file systems take
+/// letters of either case for the same, and Unicode forms.
+std::filesystem::path asListed(const std::filesystem::path& folder,
+                               const std::filesystem::path& name) {
+    if (!FileSystem::exists(folder / name))
+        return name;
+    const auto form = [](const std::filesystem::path& any) {
+        return Text::caseFolded(Text::composed(any.native()));
+    };
+    std::vector<std::filesystem::path> alike;
+    for (const auto& item : FileSystem::entriesIfAny(folder)) {
+        if (item.filename() == name)
+            return name;
+        if (form(item.filename()) == form(name))
+            alike.push_back(item.filename());
+    }
+    return alike.size() == 1 ? alike.front() : name;
+}
+
+/// Without links, and as everything is listed, as far as the path exists.
 std::filesystem::path resolved(const std::filesystem::path& path) {
     std::error_code failure;
-    auto canonical = std::filesystem::weakly_canonical(path, failure);
-    return failure ? path.lexically_normal() : canonical;
+    const auto canonical = std::filesystem::weakly_canonical(path, failure);
+    std::filesystem::path way;
+    for (const auto& part : failure ? path.lexically_normal() : canonical)
+        way /= way.empty() || part.empty() ? part : asListed(way, part);
+    return way;
 }
 
 bool isBelow(const std::filesystem::path& outer, const std::filesystem::path& inner) {

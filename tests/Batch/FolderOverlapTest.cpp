@@ -44,6 +44,13 @@ TEST(FolderOverlap, SeesWhereFoldersReallyLie) {
         EXPECT_EQ(FolderOverlap::contains(folder / outer, folder / inner), contains)
             << outer << " " << inner;
     }
+
+    // There, one folder answers to all of these.
+    const MountedVolume disk(MountedVolume::FileSystem::ExFat, 8 << 20);
+    for (const auto* name : {"Card/DCIM", "Cardinal"})
+        std::filesystem::create_directories(disk / name);
+    EXPECT_TRUE(FolderOverlap::contains(disk / "card", disk / "CARD/dcim/new"));
+    EXPECT_FALSE(FolderOverlap::contains(disk / "card", disk / "CARDINAL"));
 }
 
 TEST(FolderOverlap, RefusesACopyIntoItsOwnSource) {
