@@ -163,11 +163,10 @@ void AppDatabase::writeOrKeep(
     const auto writeTo = [&](StoreConnection& connection) {
         connection.write([&](SQLite::Database& database) { work(connection, database); });
     };
-    // Whoever holds the file was waited for once.
-    if (const auto kept = connection_->kept())
-        return writeTo(*kept);
     try {
-        writeTo(*connection_);
+        // Whoever holds the file was waited for once. It may be had again by the next line.
+        const auto kept = connection_->kept();
+        writeTo(kept ? *kept : *connection_);
     } catch (const SQLite::Exception& failure) {
         if (failure.getErrorCode() != SQLITE_BUSY)
             throw;

@@ -38,8 +38,6 @@ std::unique_ptr<SQLite::Database> open(const std::string& name,
     auto database = std::make_unique<SQLite::Database>(
         name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, static_cast<int>(patience.count()));
     database->exec("PRAGMA foreign_keys = ON");
-    // With less, the end of a transaction may not outlive a power cut until the next one began.
-    database->exec("PRAGMA synchronous = EXTRA");
     Migrations::apply(*database);
     // Nobody waits for the program to begin any more.
     database->setBusyTimeout(static_cast<int>(StoreConnection::kPatience.count()));
@@ -193,6 +191,16 @@ std::filesystem::path StoreConnection::file() const {
     return name == kInMemory ? std::filesystem::path() : std::filesystem::path(name);
 }
 
+void StoreConnection::settle(const std::filesystem::path& file) noexcept {
+    if (file == kInMemory)
+        return;
+    try {
+        FileSystem::syncFolder(file.parent_path());
+    } catch (const std::exception& failure) {
+        AppLog::append("Store's folder not synced: " + describe(failure));
+    }
+}
+
 std::int64_t StoreConnection::nextOutboxID() {
     return awaited_.empty() ? 0 : ++lastOutboxID_;
 }
@@ -266,6 +274,7 @@ void StoreConnection::moveRows(const std::filesystem::path& file) {
         database.exec("DETACH kept");
         throw;
     }
+    settle(file);
     movedOutboxIDs_ = std::move(moved);
 }
 

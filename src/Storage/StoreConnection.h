@@ -62,6 +62,7 @@ public:
         SQLite::Transaction transaction(*database_, SQLite::TransactionBehavior::IMMEDIATE);
         work(*database_);
         transaction.commit();
+        settle(database_->getFilename());
     }
 
     template <typename Work>
@@ -89,6 +90,10 @@ private:
     /// Fails while the file cannot be had; does nothing when everything is in it.
     void moveToFile(std::chrono::milliseconds patience);
     void moveRows(const std::filesystem::path& file);
+    /// A transaction ends with a file that is deleted, which outlives a power cut once the folder
+    /// is on the disk. Where that fails, all is written all the same, and only the log is told: as
+    /// a failure of the transaction it would make somebody write everything twice.
+    static void settle(const std::filesystem::path& file) noexcept;
     static void keepTrying(std::weak_ptr<StoreConnection> waiting,
                            std::chrono::milliseconds interval);
 

@@ -153,6 +153,13 @@ TEST_F(StoreFile, SavesAllOfASessionOrNothing) {
     outcome.bytesCopied = 12;
     save(database, outcome, "A001", "SSD", "CamA");
     EXPECT_ANY_THROW(save(database, outcome, "again", "SSD", "CamA"));
+    const QueuedReport broken = {"session", [](const auto& put) {
+                                     put("{");
+                                     throw std::runtime_error("no more of it");
+                                 }};
+    EXPECT_ANY_THROW(
+        database.save(outcomeAt("2026-03-02T09:30:15Z"), {}, "B002", "SSD", "", {}, &broken));
+    EXPECT_EQ(ask(file, "SELECT count(*) FROM outbox"), "0\n");
 
     EXPECT_EQ(ask(file, "SELECT cardName, destName, cameraLabel, sessionRoot, status, bytesCopied, "
                         "startedAt, finishedAt FROM sessions"),

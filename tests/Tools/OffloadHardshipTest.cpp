@@ -44,6 +44,8 @@ TEST_F(OffloadProgram, AnInterruptStopsCleanlyAndSaysWhatStays) {
                                  folder / "Disk2", folder / "A001"},
                                 130, [&](pid_t process) {
                                     EXPECT_TRUE(waitForFile(copy));
+                                    // As people ask some programs how far they are.
+                                    ::kill(process, SIGUSR1);
                                     ::kill(process, SIGINT);
                                 });
     EXPECT_THAT(result.standardError,
@@ -153,6 +155,12 @@ TEST_F(OffloadProgram, AStoreThatCannotBeOpenedOrTakesNothingCostsTheHistoryAlon
         expectProved(result.pairs.at(0), folder / "A001");
     }
     EXPECT_EQ(ask("SELECT count(*) FROM sessions"), "0\n");
+
+    ask("DROP TRIGGER full; CREATE TRIGGER full BEFORE INSERT ON outbox BEGIN SELECT RAISE(ABORT, "
+        "'x'); END;");
+    (void)offload({"--quiet", "--to", folder / "Disk1", folder / "A001"});
+    EXPECT_EQ(ask("SELECT count(*) FROM sessions"), "1\n")
+        << "the report costs the session nothing";
 
     // Who interrupts while another program holds it is told what is lost all the same.
     SQLite::Database holder(store().native(), SQLite::OPEN_READWRITE);
