@@ -250,29 +250,42 @@ QCoro::Task<> Batch::leaveTraces(std::shared_ptr<PairWork> work) {
         const auto outcome = std::move(work->outcome);
         const auto copies = std::move(work->copies);
         withdrawIfMoved(pair, *outcome, work->mail);
-        auto& result = work->result;
         work->lists.settle(pair, *outcome, work->mail.observer().problem);
         if (copies)
             copies->noteLists(outcome->hashLists);
-        const auto [inArchive, onDestination, shown, filesProved] =
-            PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
-                              work->mail.observer().problem, self->stop_.get_token(),
-                              [work](auto step) { return work->reach(step); });
-        result.status = outcome->status;
-        if (result.runStatus != OutcomeStatus::Hashed)
-            result.filesDone = filesProved;
-        if (!endedWell(result.status)) {
-            result.message = self->reasonOf(pair, *outcome, *result.runStatus);
-            result.failure =
-                self->stop_.stop_requested() ? PairFailure::Stopped : PairFailure::Other;
-        }
-        result.reportFolder = onDestination.empty() ? inArchive : onDestination;
-        if (!shown.empty())
-            result.page = shown / ReportNames::standardPage;
+        const PairTraces::Waiter waiter = {[work](auto step) { return work->reach(step); },
+                                           [&](const auto& folders) {
+                                               self->settle(*work, pair, *outcome, folders);
+                                           }};
+        PairTraces::leave(self->plan_, pair, *outcome, copies.get(), *self->database_,
+                          work->mail.observer().problem, self->stop_.get_token(), waiter);
     });
-    if (!co_await leaving)
+    if (co_await leaving)
+        co_return;
+    if (!work->isSettled)
         giveUp(*work, work->isCopyComplete(runStatus) ? OffloadProblem::Kind::ReportsNotAwaited
                                                       : OffloadProblem::Kind::NoAnswer);
+    // Only who holds the history up was not waited for.
+    work->mail.observer().problem(
+        {OffloadProblem::Kind::SessionNotStored, work->pair.card.name(),
+         BothLanguages::of([](L10n l10n) { return std::string(l10n.notAwaited()); })});
+}
+
+/// On the worker: how the pair has ended, from what became of its sets.
+void Batch::settle(PairWork& work, const BatchPair& pair, const OffloadOutcome& outcome,
+                   const PairTraces::Folders& folders) const {
+    auto& result = work.result;
+    result.status = outcome.status;
+    if (result.runStatus != OutcomeStatus::Hashed)
+        result.filesDone = folders.filesProved;
+    if (!endedWell(result.status)) {
+        result.message = reasonOf(pair, outcome, *result.runStatus);
+        result.failure = stop_.stop_requested() ? PairFailure::Stopped : PairFailure::Other;
+    }
+    result.reportFolder = folders.onDestination.empty() ? folders.inArchive : folders.onDestination;
+    if (!folders.shown.empty())
+        result.page = folders.shown / ReportNames::standardPage;
+    work.isSettled = true;
 }
 
 /// Does a step of a pair on a worker. Who stops waits a moment for it to end well; a card or a disk
@@ -300,9 +313,13 @@ void Batch::giveUp(PairWork& work, OffloadProblem::Kind why) {
     const auto tell = work.mail.observer().problem;
     tell({why, work.pair.name});
     // A set may stand by now that says otherwise, and the program may end before it is corrected.
-    if (stand != PairWork::Stand::AtWork)
-        tell({OffloadProblem::Kind::ReportsOutdated,
-              (work.pair.destination.facts.mountPoint / ReportNames::folder).native()});
+    if (stand != PairWork::Stand::AtWork) {
+        const auto disk = work.pair.destination.facts.mountPoint;
+        const auto archive = work.pair.archiveFolder->path();
+        tell({OffloadProblem::Kind::ReportsOutdated, archive.native()});
+        if (disk != archive)
+            tell({OffloadProblem::Kind::ReportsOutdated, (disk / ReportNames::folder).native()});
+    }
     throw CancellationError();
 }
 

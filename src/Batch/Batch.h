@@ -23,6 +23,9 @@
 namespace slatewise {
 
 class AppDatabase;
+namespace PairTraces {
+struct Folders;
+}
 
 /// Told of a batch on the GUI thread.
 class BatchListener {
@@ -71,6 +74,8 @@ private:
     QCoro::Task<> leaveTraces(std::shared_ptr<PairWork> work);
     QCoro::Task<bool> perform(std::shared_ptr<PairWork> work, std::chrono::seconds grace,
                               std::function<void()> step);
+    void settle(PairWork& work, const BatchPair& pair, const OffloadOutcome& outcome,
+                const PairTraces::Folders& folders) const;
     [[noreturn]] static void giveUp(PairWork& work, OffloadProblem::Kind why);
     PairResult notBegun(const BatchPair& pair) const;
     std::string reasonOf(const BatchPair& pair, const OffloadOutcome& outcome,

@@ -89,11 +89,11 @@ void store(PairRecord& record, const std::filesystem::path& reports, AppDatabase
 
 } // namespace
 
-Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
-              ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-              const std::stop_token& stop, const IsAwaited& isAwaited) {
+void leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
+           ProvedCopies* copies, AppDatabase& database, const Tell& tell,
+           const std::stop_token& stop, const Waiter& waiter) {
     const auto isInTime = [&](Step step) {
-        return !isAwaited || isAwaited(step);
+        return !waiter.isAwaited || waiter.isAwaited(step);
     };
     PairRecord record(plan, pair, outcome, tell, stop);
     PairSets sets(record);
@@ -106,11 +106,12 @@ Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outc
     // The service is told what became of them, too.
     if (outcome.status == OutcomeStatus::Failed)
         record.renew();
+    if (waiter.settled)
+        waiter.settled({.inArchive = sets.inArchive(),
+                        .onDestination = sets.onDestination(),
+                        .shown = sets.shown(),
+                        .filesProved = record.filesProved()});
     store(record, sets.shown(), database);
-    return {.inArchive = sets.inArchive(),
-            .onDestination = sets.onDestination(),
-            .shown = sets.shown(),
-            .filesProved = record.filesProved()};
 }
 
 } // namespace slatewise::PairTraces

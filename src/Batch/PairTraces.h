@@ -31,8 +31,14 @@ enum class Step {
     Ended,
 };
 
-/// Is told how far it is, and says whether anybody waits for it still.
-using IsAwaited = std::function<bool(Step)>;
+/// Whoever waits for the traces of a pair. Called on the worker; either may be empty.
+struct Waiter {
+    /// Is told how far it is, and says whether it is awaited still.
+    std::function<bool(Step)> isAwaited{};
+    /// The pair has ended, as the outcome says by then. What follows is the history, which may have
+    /// to wait for others.
+    std::function<void(const Folders&)> settled{};
+};
 
 using Tell = PairRecord::Tell;
 
@@ -48,8 +54,8 @@ using Tell = PairRecord::Tell;
 /// `stop` is requested none is read for that, and an offload that needed it has failed. So has one
 /// that is not `isAwaited` any more, which is asked at each step: whoever waited for it has told
 /// so. All three folders of the pair are held. Blocks; any thread.
-Folders leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
-              ProvedCopies* copies, AppDatabase& database, const Tell& tell,
-              const std::stop_token& stop, const IsAwaited& isAwaited = {});
+void leave(const BatchPlan& plan, const BatchPair& pair, OffloadOutcome& outcome,
+           ProvedCopies* copies, AppDatabase& database, const Tell& tell,
+           const std::stop_token& stop, const Waiter& waiter = {});
 
 } // namespace slatewise::PairTraces

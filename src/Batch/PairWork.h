@@ -38,6 +38,8 @@ struct Batch::PairWork {
         GivenUp,
     };
     std::atomic<Stand> stand = Stand::AtWork;
+    /// The result is what the sets say, and nobody writes to it any more.
+    std::atomic<bool> isSettled = false;
 
     /// False once it is given up.
     bool reach(PairTraces::Step step) {

@@ -74,8 +74,12 @@ TEST_F(BatchOfCards, NoSetStandsAnywhereBeforeAllIsKnown) {
                 EXPECT_THAT(manifestsIn("archive"), IsEmpty());
             }
         };
-        const auto folders = PairTraces::leave(plan, pair, outcome, nullptr, *openUserStore(), tell,
-                                               {}, [&](Step at) { return !step || at < *step; });
+        PairTraces::Folders folders;
+        PairTraces::leave(plan, pair, outcome, nullptr, *openUserStore(), tell, {},
+                          {[&](Step at) { return !step || at < *step; },
+                           [&](const auto& settled) {
+                               folders = settled;
+                           }});
         EXPECT_THAT(told,
                     ElementsAre(isGivenUp ? Kind::ReportsNotAwaited : Kind::ReportsNotCopied));
         EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
@@ -105,10 +109,51 @@ TEST_F(BatchOfCards, TheServiceIsToldWhatBecameOfTheReportsInTheEnd) {
             std::filesystem::rename(desk.folder / "SSD1/reports", desk.folder / "SSD1/gone");
         return true;
     };
-    PairTraces::leave(plan, pair, outcome, nullptr, *openUserStore(), {}, {}, goAway);
+    PairTraces::leave(plan, pair, outcome, nullptr, *openUserStore(), {}, {}, {goAway});
     EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
     EXPECT_THAT(openUserStore()->pendingOutbox().back().payload,
                 AllOf(HasSubstr("\"failed\""), Not(HasSubstr("\"verified\""))));
+}
+
+TEST_F(BatchOfCards, WhoStopsWhileTheHistoryIsHeldUpKeepsWhatWasProved) {
+    disks = {desk.mountDisk("SSD1")};
+    const auto card = desk.mountCard("A001");
+    const auto store = openUserStore();
+    desk.surroundings.openStore = [&] {
+        return store;
+    };
+    std::atomic<bool> isHeld = false;
+    std::atomic<bool> mayGo = false;
+    std::thread holder;
+    behindRun([&](const auto&) {
+        holder = std::thread([&] {
+            store->enqueueOutbox({"held", [&](const auto& put) {
+                                      isHeld = true;
+                                      isHeld.notify_all();
+                                      mayGo.wait(false);
+                                      put("");
+                                  }});
+        });
+        isHeld.wait(false);
+    });
+    start();
+    desk.selectCard(card, "CamA");
+    auto& batch = *desk.model().batch();
+    batch.start();
+    const auto sets = desk.folder / "user/documents/SlatewiseDIT";
+    Desk::waitUntil([&] {
+        return std::ranges::any_of(FileSystem::entriesIfAny(sets), [](const auto& set) {
+            return std::filesystem::exists(set / "manifest.json");
+        });
+    });
+    batch.cancel();
+    Desk::waitUntil([&] { return !batch.isBusy(); });
+    EXPECT_EQ(result().pairs.at(0).status, OutcomeStatus::Verified);
+    EXPECT_THAT(result().pairs[0].problems,
+                ElementsAre(Field(&OffloadProblem::kind, OffloadProblem::Kind::SessionNotStored)));
+    mayGo = true;
+    mayGo.notify_all();
+    holder.join();
 }
 
 TEST_F(BatchOfCards, ASessionThatCannotBeStoredIsANoteAndWaitsForTheServiceAllTheSame) {
