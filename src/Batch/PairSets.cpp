@@ -142,6 +142,9 @@ void PairSets::putInPlace(const std::function<bool()>& isPlacedInTime,
         const bool wasOnDisk = takeBack(onDisk_, onDestination_);
         makeAgain(takeBack(archived_, inArchive_), wasOnDisk);
         putDisksInPlace();
+        // The archive's may still say what became of the disk's.
+        if (hasNews())
+            makeAgain(archived_.has_value(), false);
         putArchivesInPlace();
     }
     giveUpClaims();
