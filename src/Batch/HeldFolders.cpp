@@ -55,6 +55,7 @@ QCoro::Task<> allOf(std::vector<QCoro::Task<>> tasks) {
 struct HeldFolders::Look {
     std::mutex lock;
     HeldFolders held;
+    bool isTaken = false;
 
     void open(const VolumeFacts& chosen, bool isDestination) {
         Folder folder;
@@ -68,6 +69,9 @@ struct HeldFolders::Look {
             AppLog::append(describe(reason));
         }
         const std::lock_guard guard(lock);
+        // A disk that answers too late is held by nobody.
+        if (isTaken)
+            return;
         held.folders_[chosen.mountPoint] = std::move(folder);
         if (failure)
             held.failures_.insert({chosen.mountPoint, *failure});
@@ -78,6 +82,7 @@ struct HeldFolders::Look {
     /// A late worker keeps this object, but must not keep a card from being ejected.
     HeldFolders takeSoFar() {
         const std::lock_guard guard(lock);
+        isTaken = true;
         return std::exchange(held, {});
     }
 };
