@@ -8,6 +8,8 @@
 #include <sys/sysmacros.h>
 
 #include <array>
+#include <cerrno>
+#include <charconv>
 #include <fstream>
 #include <string_view>
 
@@ -71,7 +73,7 @@ std::optional<FolderIdentity> FolderIdentity::of(int descriptor) noexcept {
     identity.fileSystem = askKernel(descriptor);
     if (identity.fileSystem.empty())
         identity.fileSystem = askRecords(identity.device);
-    identity.medium = mediumIn(identity.device);
+    identity.medium = mediumIn(identity.device).value_or(0);
     return identity;
 }
 
@@ -81,11 +83,17 @@ std::optional<FolderIdentity> FolderIdentity::at(const std::filesystem::path& pa
 }
 
 /// Of the device, or of the disk that it is a part of.
-std::uint64_t FolderIdentity::mediumIn(dev_t device) noexcept {
+std::optional<std::uint64_t> FolderIdentity::mediumIn(dev_t device) noexcept {
     const auto folder = "/sys/dev/block/" + nameOf(device);
     for (const auto* place : {"/diskseq", "/../diskseq"}) {
+        const FileDescriptor file(::open((folder + place).c_str(), O_RDONLY | O_CLOEXEC));
+        if (!file && (errno == EMFILE || errno == ENFILE || errno == ENOMEM))
+            return std::nullopt;
+        std::array<char, 32> text{};
         std::uint64_t number = 0;
-        if (std::ifstream(folder + place) >> number)
+        const auto length = file ? ::read(file.get(), text.data(), text.size()) : 0;
+        if (length > 0 &&
+            std::from_chars(text.data(), text.data() + length, number).ec == std::errc())
             return number;
     }
     return 0;

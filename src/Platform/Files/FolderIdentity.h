@@ -27,8 +27,9 @@ struct FolderIdentity {
     /// Of the folder at the path; waits as long as its file system takes to find it.
     static std::optional<FolderIdentity> at(const std::filesystem::path& path) noexcept;
 
-    /// The number of the medium that the device holds now; 0 when unknown.
-    static std::uint64_t mediumIn(dev_t device) noexcept;
+    /// The number of the medium that the device holds now; 0 when there is none, or none that is
+    /// counted. Empty when the process has no room left to ask.
+    static std::optional<std::uint64_t> mediumIn(dev_t device) noexcept;
 
     /// Whether both are one folder of one file system, as far as can be told. Where nothing else
     /// tells file systems apart, one that was mounted anew is another.

@@ -46,7 +46,7 @@ RootFolder::RootFolder(std::filesystem::path path)
     if (!descriptor_)
         throw PosixError("open", path_, errno);
     if (const auto facts = statusOf(descriptor_))
-        medium_ = FolderIdentity::mediumIn(facts->st_dev);
+        medium_ = FolderIdentity::mediumIn(facts->st_dev).value_or(0);
 }
 
 RootFolder RootFolder::below(const std::filesystem::path& relative) const {
@@ -65,8 +65,12 @@ bool RootFolder::isStillAtItsPath() const noexcept {
     return askAgain(descriptor_.get(), "", AT_EMPTY_PATH, held) &&
            askAgain(AT_FDCWD, path_.c_str(), 0, found) && held.stx_ino == found.stx_ino &&
            held.stx_dev_major == found.stx_dev_major && held.stx_dev_minor == found.stx_dev_minor &&
-           (medium_ == 0 ||
-            medium_ == FolderIdentity::mediumIn(makedev(held.stx_dev_major, held.stx_dev_minor)));
+           holdsSameMedium(makedev(held.stx_dev_major, held.stx_dev_minor));
+}
+
+bool RootFolder::holdsSameMedium(dev_t device) const noexcept {
+    // Nobody was taken out when it is us who cannot look.
+    return medium_ == 0 || FolderIdentity::mediumIn(device).value_or(medium_) == medium_;
 }
 
 FileDescriptor RootFolder::open(const std::filesystem::path& relative, int flags,

@@ -129,6 +129,7 @@ private:
     Parent parentOf(const std::filesystem::path& relative) const;
     /// EILSEQ where the file system does not allow the name, else the code.
     int whyNotMade(const std::filesystem::path& relative, int code) const noexcept;
+    bool holdsSameMedium(dev_t device) const noexcept;
 
     std::filesystem::path path_;
     FileDescriptor descriptor_;
