@@ -6,6 +6,7 @@
 #include "Platform/Text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -48,9 +49,12 @@ class Listing {
 public:
     explicit Listing(const RootFolder& session) {
         try {
-            const auto noteUnread = [&](const std::string& folder, int code) {
-                const auto path = session.path() / folder;
-                unread_.insert(folder);
+            const auto noteUnread = [&](const std::string& item, int code) {
+                // It went while it was listed. Were it a copy, its name would be missed.
+                if (code == ENOENT && !item.empty())
+                    return;
+                const auto path = session.path() / item;
+                unread_.insert(item);
                 problems_.push_back(OffloadProblem::of(Kind::FolderNotRead, path.native(),
                                                        PosixError("open", path, code)));
             };
@@ -67,10 +71,10 @@ public:
         return std::binary_search(names_.begin(), names_.end(), name);
     }
 
-    /// Nobody knows what lies there.
-    bool isBelowUnread(const std::string& name) const {
-        return std::any_of(unread_.begin(), unread_.end(), [&](const std::string& folder) {
-            return folder.empty() || name.starts_with(folder + "/");
+    /// Nobody knows what lies there, which is told.
+    bool isUnread(const std::string& name) const {
+        return std::any_of(unread_.begin(), unread_.end(), [&](const std::string& item) {
+            return item.empty() || name == item || name.starts_with(item + "/");
         });
     }
 
@@ -119,7 +123,7 @@ std::vector<OffloadProblem> findLost(const RootFolder& disk, const std::filesyst
     }
     for (const auto& [name, row] : lost) {
         markFailed(*row, VerifyStatus::Failed);
-        if (!listing.isBelowUnread(name))
+        if (!listing.isUnread(name))
             problems.push_back({Kind::NameNotKept, name});
     }
     return OffloadProblem::shortened(std::move(problems));
