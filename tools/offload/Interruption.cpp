@@ -16,8 +16,12 @@ constexpr int kEndOfWaiting = SIGUSR1;
 sigset_t awaitedSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, kEndOfWaiting})
+    for (const int signal : {SIGINT, SIGTERM, kEndOfWaiting})
         sigaddset(&signals, signal);
+    // Whoever has a program go on when the terminal closes had it ignored. Awaited, it would come.
+    struct sigaction hangingUp {};
+    if (::sigaction(SIGHUP, nullptr, &hangingUp) != 0 || hangingUp.sa_handler != SIG_IGN)
+        sigaddset(&signals, SIGHUP);
     return signals;
 }
 
@@ -30,6 +34,7 @@ Interruption::Interruption() {
 }
 
 Interruption::~Interruption() {
+    isEnding_ = true;
     pthread_kill(waiter_.native_handle(), kEndOfWaiting);
     waiter_.join();
 }
@@ -38,8 +43,14 @@ void Interruption::wait() {
     const auto signals = awaitedSignals();
     for (;;) {
         int signal = 0;
-        if (sigwait(&signals, &signal) != 0 || signal == kEndOfWaiting)
+        if (sigwait(&signals, &signal) != 0)
             return;
+        // Anybody may send it, as people do who want to see how far a program is.
+        if (signal == kEndOfWaiting) {
+            if (isEnding_)
+                return;
+            continue;
+        }
         if (!source_.request_stop())
             ::_exit(kExitInterrupted);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <stop_token>
 #include <thread>
 
@@ -22,6 +23,7 @@ private:
     void wait();
 
     std::stop_source source_;
+    std::atomic<bool> isEnding_ = false;
     std::thread waiter_;
 };
 
