@@ -1,11 +1,14 @@
 #include "Storage/AppLog.h"
 
 #include "Offload/OffloadSettings.h"
+#include "Platform/Error.h"
+#include "Platform/Files/FileSystem.h"
 #include "Storage/SupportPaths.h"
 #include "support/Files.h"
 #include "support/Process.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 using namespace slatewise;
 using namespace slatewise::test;
@@ -52,6 +55,9 @@ TEST_F(SupportFolders, ALogThatCannotBeWrittenCostsTheLineAlone) {
     writeFile(folder / "state", "a file in the folder's place");
     AppLog::append("lost");
     EXPECT_EQ(readFile(folder / "state"), "a file in the folder's place");
+    const auto pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_THROW(FileSystem::append(pipe, "held up for ever"), PosixError);
 }
 
 TEST(AppLog, PrunesDayFilesPastTheirTimeOnly) {

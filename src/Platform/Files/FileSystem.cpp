@@ -224,7 +224,8 @@ void makePrivate(const FileDescriptor& file) noexcept {
 } // namespace
 
 void append(const std::filesystem::path& path, std::string_view content) {
-    const auto file = open(path, O_WRONLY | O_CREAT | O_APPEND, kOwnersAlone);
+    // A pipe in its place that nobody reads would hold us for ever.
+    const auto file = open(path, O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK, kOwnersAlone);
     makePrivate(file);
     writeAll(file, content, path);
 }
