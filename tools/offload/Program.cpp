@@ -12,6 +12,7 @@
 #include <clocale>
 #include <csignal>
 #include <iostream>
+#include <optional>
 
 namespace slatewise::tool {
 
@@ -20,16 +21,19 @@ void runProgram(std::string_view name, int count, char** words, const Work& work
     // Whoever watched the progress may go; the work goes on.
     std::signal(SIGPIPE, SIG_IGN);
     sayWhatEndsIt(name.data());
-    // Before there is any other thread.
-    const Interruption interruption;
+    // They outlive what fails, and end with the process.
+    std::optional<Interruption> interruption;
+    std::optional<QCoreApplication> application;
     // What the toolkit has to say is for the log, not between results and progress.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& message) {
         AppLog::append(message.toStdString());
     });
-    const QCoreApplication application(count, words);
     int exitCode = kExitOffloadFailed;
     try {
-        exitCode = work(count, words, interruption);
+        // Before there is any other thread.
+        interruption.emplace();
+        application.emplace(count, words);
+        exitCode = work(count, words, *interruption);
     } catch (const std::exception& failure) {
         // What a library says may be of any length.
         constexpr std::size_t kLongestReason = 400;
