@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <chrono>
 #include <optional>
+#include <unordered_set>
 #include <utility>
 
 namespace slatewise::Verify {
@@ -49,23 +50,60 @@ bool mayBeOf(const std::filesystem::path& session, const std::filesystem::path& 
     }
 }
 
-/// Where in the tree the copy of a session lies that has its reports on this disk; nothing when it
-/// lies elsewhere.
-std::optional<std::string> placeOf(const SessionManifest& manifest,
-                                   const std::filesystem::path& disk,
-                                   const std::filesystem::path& root) {
+/// Where a set says that its session's copy is: where that was made, and on the disk of the set.
+struct SaidPlace {
+    std::filesystem::path made;
+    std::filesystem::path onDisk;
+};
+
+SaidPlace placeAsListed(const SessionManifest& manifest, const std::filesystem::path& disk) {
+    const std::filesystem::path made = manifest.destination.sessionRoot;
+    const auto below = belowDisk(manifest);
+    return {made, below.empty() ? made : disk / below};
+}
+
+/// The same in the form that names have there now.
+SaidPlace placeAsItLies(const SessionManifest& manifest, const std::filesystem::path& disk) {
     const auto made = asItLies(manifest.destination.sessionRoot);
     const auto below = belowDisk(manifest);
-    const auto session = below.empty() ? made : disk / asItLies(disk, below);
-    if (made == root || session == root)
+    return {made, below.empty() ? made : disk / asItLies(disk, below)};
+}
+
+/// Where in the tree the copy of a session lies that has its reports on this disk; nothing when it
+/// lies elsewhere.
+std::optional<std::string> placeIn(const std::filesystem::path& root,
+                                   const SessionManifest& manifest, const SaidPlace& said) {
+    if (said.made == root || said.onDisk == root)
         return "";
-    const auto inside = session.lexically_relative(root).native();
+    const auto inside = said.onDisk.lexically_relative(root).native();
     if (!MediaHashList::leadsDown(inside))
         return std::nullopt;
     // A copy that failed and was deleted is none that anybody could miss.
-    if (manifest.status == OutcomeStatus::Failed && !FileSystem::exists(session))
+    if (manifest.status == OutcomeStatus::Failed && !FileSystem::exists(said.onDisk))
         return std::nullopt;
     return inside + "/";
+}
+
+constexpr std::string_view kNoUTF8 = "\xef\xbf\xbd";
+
+/// The name of a session as its set has it. Where the manifest cannot hold it, the set's own name
+/// does, which begins with a date.
+std::string nameOf(const ReportSet& set, const SaidPlace& listed,
+                   const std::filesystem::path& root) {
+    constexpr std::size_t kDate = std::string_view("2026-03-14-091502-").size();
+    auto name = listed.onDisk.lexically_relative(root).native();
+    const auto folder = set.folder.filename().native();
+    if (name.find(kNoUTF8) != std::string::npos && folder.size() > kDate)
+        name += "/" + folder.substr(kDate);
+    return name;
+}
+
+/// Whether a set is named after a folder whose name its manifest cannot hold. `place` ends in "/".
+bool isNamedAfter(const std::filesystem::path& place, const ReportSet& set) {
+    const auto folder = place.parent_path().filename().native();
+    return Text::displayable(folder) != folder &&
+           set.folder.filename().native().find(Text::replaced(folder, " ", "_")) !=
+               std::string::npos;
 }
 
 /// Any file of a set shows that there was one, whatever it has lost. Fails as `typeOf` does.
@@ -115,9 +153,37 @@ std::filesystem::path reportsOf(const ReportSet& set, const std::filesystem::pat
     return disk / ReportNames::folder;
 }
 
+/// Which of the files below a root are the footage of its own session: a card may bring sets of
+/// reports, which speak of what lay elsewhere.
+class Footage {
+public:
+    /// `own` may be null, when nothing is; it must outlive this.
+    Footage(const SessionManifest* own, std::filesystem::path root)
+        : own_(own), root_(std::move(root)) {}
+
+    bool has(const std::filesystem::path& file) {
+        const auto below = file.lexically_relative(root_).native();
+        if (!own_ || !MediaHashList::leadsDown(below))
+            return false;
+        // Most sessions have no folder of reports, and a million files.
+        if (names_.empty()) {
+            for (const auto& each : own_->files) {
+                if (each.action != RowAction::Skip)
+                    names_.insert(Text::composed(each.relativePath));
+            }
+        }
+        return names_.contains(Text::composed(Text::displayable(below)));
+    }
+
+private:
+    const SessionManifest* own_;
+    std::filesystem::path root_;
+    std::unordered_set<std::string> names_;
+};
+
 class Search {
 public:
-    explicit Search(ListedTree& tree) : tree_(tree) {}
+    Search(ListedTree& tree, const SessionManifest* own) : tree_(tree), own_(own) {}
 
     FoundReports run() {
         std::filesystem::path below;
@@ -130,6 +196,8 @@ public:
                 found_.damaged.push_back({folder, folder, std::current_exception()});
             }
         }
+        tellApart();
+        choose();
         for (const auto& [place, set] : found_.newest) {
             if (set.manifest->startedAt < latest_[place])
                 found_.withLaterDates.insert(place);
@@ -138,6 +206,12 @@ public:
     }
 
 private:
+    struct Candidate {
+        ReportSet set;
+        /// At whose root the set lies.
+        std::filesystem::path disk;
+    };
+
     /// Whether a folder of reports is to be looked through. Fails where something else stands in
     /// the place of one. No run writes through a link: reports behind one were moved.
     bool isFolderOfReports(const std::filesystem::path& folder) const {
@@ -182,20 +256,73 @@ private:
         }
     }
 
-    void take(const std::filesystem::path& set, SessionManifest manifest,
+    void take(const std::filesystem::path& folder, SessionManifest manifest,
               const std::filesystem::path& disk) {
-        const auto place = placeOf(manifest, disk, tree_.root);
-        if (!place || isOfHashesOnly(manifest))
+        if (isOfHashesOnly(manifest))
             return;
-        auto& latest = latest_.try_emplace(*place, manifest.startedAt).first->second;
-        latest = std::max(latest, manifest.startedAt);
-        auto& newest = found_.newest[*place];
-        if (!newest.manifest || isTruer(manifest, *newest.manifest, tree_.root / *place))
-            newest = {set, std::move(manifest), *place};
+        const auto place = placeIn(tree_.root, manifest, placeAsItLies(manifest, disk));
+        if (place)
+            sets_[*place].push_back({{folder, std::move(manifest)}, disk});
+    }
+
+    /// Where sessions of two names would be one folder, one of them is gone, and the other is only
+    /// named almost so: neither is taken for the other.
+    void tellApart() {
+        for (auto& [place, candidates] : std::exchange(sets_, {})) {
+            const auto listed = [](const Candidate& each) {
+                return placeAsListed(*each.set.manifest, each.disk);
+            };
+            std::set<std::string> names;
+            for (const auto& each : candidates)
+                names.insert(nameOf(each.set, listed(each), tree_.root));
+            for (auto& each : candidates) {
+                auto own = std::optional(place);
+                if (names.size() > 1 && !isNamedAfter(tree_.root / place / "", each.set))
+                    own = placeIn(tree_.root, *each.set.manifest, listed(each));
+                if (own)
+                    sets_[*own].push_back(std::move(each));
+            }
+        }
+    }
+
+    void choose() {
+        const auto atRoot = sets_.extract("");
+        if (atRoot)
+            chooseFrom("", atRoot.mapped());
+        const auto own = found_.newest.find("");
+        Footage footage(own_ || own == found_.newest.end() ? own_ : &*own->second.manifest,
+                        tree_.root);
+        for (auto& [place, candidates] : sets_) {
+            std::erase_if(candidates, [&](const Candidate& each) {
+                return footage.has(each.set.folder / ReportNames::manifest);
+            });
+            chooseFrom(place, candidates);
+        }
+        for (auto* const unread : {&found_.damaged, &found_.unknown}) {
+            std::erase_if(*unread, [&](const UnreadReports& each) {
+                return each.isOfSet() && footage.has(each.path);
+            });
+        }
+    }
+
+    void chooseFrom(const std::string& place, std::vector<Candidate>& candidates) {
+        for (auto& [set, disk] : candidates) {
+            const auto startedAt = set.manifest->startedAt;
+            auto& latest = latest_.try_emplace(place, startedAt).first->second;
+            latest = std::max(latest, startedAt);
+            auto& newest = found_.newest[place];
+            if (newest.manifest && !isTruer(*set.manifest, *newest.manifest, tree_.root / place))
+                continue;
+            newest = std::move(set);
+            newest.prefix = place;
+        }
     }
 
     ListedTree& tree_;
+    const SessionManifest* const own_;
     FoundReports found_;
+    /// By the place of their sessions.
+    std::map<std::string, std::vector<Candidate>> sets_;
     /// By place, the latest date on which a copy there was begun.
     std::map<std::string, Instant> latest_;
 };
@@ -218,8 +345,8 @@ bool isTruer(const SessionManifest& left, const SessionManifest& right,
     return rank(left) >= rank(right);
 }
 
-FoundReports reportsAbove(ListedTree& tree) {
-    return Search(tree).run();
+FoundReports reportsAbove(ListedTree& tree, const SessionManifest* own) {
+    return Search(tree, own).run();
 }
 
 void noteUnread(const std::vector<UnreadReports>& unread, ListedTree& tree) {

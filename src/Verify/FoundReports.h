@@ -49,8 +49,9 @@ bool isTruer(const SessionManifest& left, const SessionManifest& right,
              const std::filesystem::path& session);
 
 /// Looks for the reports of the root's session, and of sessions below it, at the root of the disk,
-/// which the root itself or any folder above may be.
-FoundReports reportsAbove(ListedTree& tree);
+/// which the root itself or any folder above may be. `own` is of the root's session where that is
+/// known already; sets that are its footage, or that of the session found, are not taken.
+FoundReports reportsAbove(ListedTree& tree, const SessionManifest* own = nullptr);
 
 /// Notes reports that cannot be read and are none of the tree's own, once.
 void noteUnread(const std::vector<UnreadReports>& unread, ListedTree& tree);

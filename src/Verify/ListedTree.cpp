@@ -104,7 +104,7 @@ std::vector<ReportSet> addNamedReports(ReportSet set, ListedTree& tree) {
     std::vector<ReportSet> sets;
     sets.push_back(std::move(set));
     if (sets.front().manifest) {
-        auto found = reportsAbove(tree);
+        auto found = reportsAbove(tree, &*sets.front().manifest);
         noteUnread(std::exchange(found.damaged, {}), tree);
         addFurther(std::move(found), sets, tree);
     }
@@ -219,7 +219,7 @@ void requireSession(const ReportSet& set, const StoredSession& session) {
 /// in the place of the one that is asked for.
 void addReportsOnDisk(const StoredSession& session, std::vector<ReportSet>& sets,
                       ListedTree& tree) {
-    auto found = reportsAbove(tree);
+    auto found = reportsAbove(tree, &*sets.front().manifest);
     if (auto own = found.newest.extract("")) {
         auto& set = own.mapped();
         if (isTruer(*set.manifest, *sets.front().manifest, tree.root))

@@ -173,6 +173,50 @@ TEST_F(VerifyProgram, FindsWhatLiesInASessionsFolderAndUnderNamesThatNoListCanHo
     }
 }
 
+TEST_F(VerifyProgram, NoSessionStandsForAnotherThatIsGone) {
+    const auto disk = folder / "Disk";
+    const std::pair<std::string, std::string> names[] = {{"Ş", "S\u0327"},
+                                                         {"bad \xff", "bad \xfe"}};
+    for (const auto& [lost, kept] : names) {
+        SCOPED_TRACE(Text::displayable(lost));
+        std::filesystem::remove_all(disk);
+        std::filesystem::create_directory(disk);
+        for (const auto& name : {lost, kept}) {
+            writeFile(folder / name / "a.mov", name);
+            const auto copied =
+                program("slatewise-offload", {"--quiet", "--template", "{Dest}/{CardName}", "--to",
+                                              disk, folder / name});
+            ASSERT_EQ(copied.exitCode, 0) << copied.standardError;
+            if (name == lost)
+                std::filesystem::rename(disk / lost, folder / ("away " + name));
+        }
+        const auto whole = program("slatewise-verify", {"--quiet", disk});
+        EXPECT_EQ(whole.exitCode, 1);
+        EXPECT_EQ(whole.standardOutput, "missing\t" + Text::displayable(lost) + "/a.mov\n");
+        const auto one = program("slatewise-verify", {"--quiet", disk / kept});
+        EXPECT_EQ(one.exitCode, 0) << one.standardOutput << one.standardError;
+    }
+}
+
+TEST_F(VerifyProgram, ReportsThatACardBringsAreItsFootage) {
+    (void)offload();
+    const auto disk = folder / "Disk";
+    const auto card = folder / "B002";
+    writeFile(card / "clip.mov", "b");
+    std::filesystem::rename(disk / "reports", card / "reports");
+    writeFile(card / "reports/B002/manifest.json", "{");
+    std::filesystem::remove_all(disk);
+    std::filesystem::create_directory(disk);
+    const auto copied = program("slatewise-offload", {"--quiet", "--template", "{Dest}/{CardName}",
+                                                      "--to", disk, card.native() + "=,"});
+    ASSERT_EQ(copied.exitCode, 0) << copied.standardError;
+    const auto set = std::filesystem::directory_iterator(disk / "reports")->path();
+    for (const auto& way : {disk, disk / "B002", set}) {
+        const auto result = program("slatewise-verify", {"--quiet", way});
+        EXPECT_EQ(result.exitCode, 0) << way << result.standardOutput << result.standardError;
+    }
+}
+
 TEST_F(VerifyProgram, KnowsANameInWhateverFormEachListerHasIt) {
     writeFile(folder / "A001/Ş/é.mov", "e");
     Generation ofCard;
