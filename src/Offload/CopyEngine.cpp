@@ -77,8 +77,7 @@ private:
         const auto below = FolderTemplate::belowDestination(wanted, destination_->path());
         if (!below)
             throw OffloadError(OffloadError::TemplateLeadsOut{request_.settings.folderTemplate});
-        session_ = FolderTemplate::uniqueExisting(
-            *below, [this](const auto& path) { return destination_->exists(path); });
+        session_ = FolderTemplate::uniqueExisting(*below, *destination_);
         sessionRoot_ = destination_->path() / session_;
     }
 

@@ -2,10 +2,14 @@
 
 #include "Offload/OffloadSettings.h"
 #include "Offload/ReportNames.h"
+#include "Platform/Error.h"
+#include "Platform/Files/RootFolder.h"
+#include "Platform/NameForms.h"
 #include "Platform/Text.h"
 #include "Platform/Uuid.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace slatewise::FolderTemplate {
@@ -40,6 +44,55 @@ std::string cardNameInPath(std::string_view name) {
 std::filesystem::path withEnding(const std::filesystem::path& path, const std::string& ending) {
     return path.parent_path() / (path.filename().native() + "_" + ending);
 }
+
+/// What a session's folder cannot be called.
+class TakenNames {
+public:
+    /// The disk must outlive it.
+    TakenNames(const RootFolder& disk, std::filesystem::path parent)
+        : disk_(disk), parent_(std::move(parent)) {}
+
+    bool has(const std::string& name) {
+        // A folder of hash lists is called so, which would make the footage in it part of these.
+        constexpr std::string_view kOfLists = "ascmhl";
+        return disk_.exists(parent_ / name) || Text::asciiLowercased(name) == kOfLists ||
+               looksLikeAnother(name);
+    }
+
+private:
+    static std::string lookOf(std::string_view name) {
+        return Text::composed(Text::displayable(name));
+    }
+
+    /// The reports have a name as it looks: of two that look the same nobody could tell which of
+    /// both folders they are of. Most names have one look, and cost no listing of what may be
+    /// thousands of sessions.
+    bool looksLikeAnother(const std::string& name) {
+        if (!NameForms::mayHaveForms(name))
+            return false;
+        if (!looks_) {
+            looks_.emplace();
+            for (const auto& other : siblings()) {
+                if (NameForms::mayHaveForms(other))
+                    looks_->insert(lookOf(other));
+            }
+        }
+        return looks_->contains(lookOf(name));
+    }
+
+    /// None where the folder is yet to be made, or whoever makes it learns what is wrong there.
+    std::vector<std::string> siblings() const {
+        try {
+            return disk_.below(parent_).names();
+        } catch (const PosixError&) {
+            return {};
+        }
+    }
+
+    const RootFolder& disk_;
+    const std::filesystem::path parent_;
+    std::optional<std::set<std::string>> looks_;
+};
 
 } // namespace
 
@@ -96,16 +149,15 @@ bool leadsOut(std::string_view pathTemplate) {
     return !belowDestination(expand(pathTemplate, names), destination);
 }
 
-std::filesystem::path
-uniqueExisting(const std::filesystem::path& path,
-               const std::function<bool(const std::filesystem::path&)>& exists) {
+std::filesystem::path uniqueExisting(const std::filesystem::path& path, const RootFolder& disk) {
     constexpr int kLastNumber = 99;
     constexpr std::size_t kRandomDigits = 8;
-    if (!exists(path))
+    TakenNames taken(disk, path.parent_path());
+    if (!taken.has(path.filename()))
         return path;
     for (int number = 2; number <= kLastNumber; ++number) {
         auto candidate = withEnding(path, std::to_string(number));
-        if (!exists(candidate))
+        if (!taken.has(candidate.filename()))
             return candidate;
     }
     return withEnding(path, Uuid::random().text().substr(0, kRandomDigits));

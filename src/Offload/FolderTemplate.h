@@ -4,13 +4,13 @@
 
 #include <array>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace slatewise {
 
+class RootFolder;
 struct OffloadSettings;
 
 /// A ready-made template. Known by its name.
@@ -88,11 +88,10 @@ std::optional<std::filesystem::path> belowDestination(const std::filesystem::pat
 /// `L10n::templateLeadsOut` says so.
 bool leadsOut(std::string_view pathTemplate);
 
-/// The path itself if it is free, else the first free of "<path>_2" to "<path>_99", else one with a
-/// random ending.
-std::filesystem::path
-uniqueExisting(const std::filesystem::path& path,
-               const std::function<bool(const std::filesystem::path&)>& exists);
+/// The path, which is relative to the disk, if it is free there, else the first free of "<path>_2"
+/// to "<path>_99", else one with a random ending. What only looks the same beside it (another
+/// Unicode form, other bytes that are no UTF-8) takes its name, too. Never fails; blocks.
+std::filesystem::path uniqueExisting(const std::filesystem::path& path, const RootFolder& disk);
 
 /// Without blanks around it; the default template when nothing is left.
 std::string normalize(std::string_view pathTemplate);

@@ -71,8 +71,7 @@ TEST(FolderTemplate, NeverLandsOnSomethingThatExists) {
     const TemporaryFolder folder;
     const RootFolder root(folder.path());
     const auto free = [&](const std::filesystem::path& wanted) {
-        return FolderTemplate::uniqueExisting(wanted,
-                                              [&](const auto& path) { return root.exists(path); });
+        return FolderTemplate::uniqueExisting(wanted, root);
     };
     const std::filesystem::path wanted = "A001";
     EXPECT_EQ(free(wanted), wanted);
@@ -83,6 +82,16 @@ TEST(FolderTemplate, NeverLandsOnSomethingThatExists) {
     EXPECT_EQ(free(wanted), "A001_3");
     std::filesystem::create_symlink("nowhere", folder / "A001_3");
     EXPECT_EQ(free(wanted), "A001_4");
+
+    const std::pair<const char*, const char*> alike[] = {
+        {"S\u0327 1", "Ş 1"}, {"bad \xff", "bad \xfe"}, {"\u212a", "K"}};
+    for (const auto& [there, same] : alike) {
+        const auto parent = std::filesystem::path("Ş new") / same;
+        std::filesystem::create_directory(folder / there);
+        EXPECT_EQ(free(same), same + std::string("_2"));
+        EXPECT_EQ(free(parent), parent) << "what lies elsewhere takes no name";
+    }
+    EXPECT_EQ(free("day/ascmhl"), "day/ascmhl_2") << "a folder of lists is called so";
 
     for (int number = 4; number <= 98; ++number)
         std::filesystem::create_directory(folder / ("A001_" + std::to_string(number)));
