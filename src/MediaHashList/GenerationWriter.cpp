@@ -9,7 +9,13 @@ namespace slatewise::MediaHashList {
 namespace {
 
 QString qt(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+    // Taken for the mark of an encoding, it would be left out, and a name would be another's.
+    constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+    qsizetype marks = 0;
+    for (; text.starts_with(kByteOrderMark); ++marks)
+        text.remove_prefix(kByteOrderMark.size());
+    return QString(marks, QChar::ByteOrderMark) +
+           QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
 /// What a person has typed may hold what XML cannot, which would make the whole list unreadable.

@@ -134,8 +134,10 @@ TEST(MediaHashListTest, WhatIsWrittenIsValidAndReadsBackTheSame) {
         {"plain", generationOf({{"a.mov", "a"}})},
         {"nothing", generationOf({})},
         {"example", generationOf(kExample)},
-        {"odd names",
-         generationOf({{"a & <b> \"c\"/ d\t\n.mov ", "x"}, {"a.b/c", "y"}, {"a/b", ""}})},
+        {"odd names", generationOf({{"a & <b> \"c\"/ d\t\n.mov ", "x"},
+                                    {"a.b/c", "y"},
+                                    {"a/b", ""},
+                                    {"\ufeff\ufeffa/\ufeffb", "with what marks encodings"}})},
         {"all formats", generationOf(kExample, {kHashFormats.begin(), kHashFormats.end()})},
         {"many", generationOf(many)},
     };
