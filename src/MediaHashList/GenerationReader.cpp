@@ -14,6 +14,9 @@ namespace {
 /// Lists of the format have a handful on an element. Reading one takes the square of that.
 constexpr int kMostAttributes = 1000;
 
+/// Of elements within one that the format does not know. It has fewer than ten itself.
+constexpr int kMostLevels = 64;
+
 /// Each is held against each file.
 constexpr std::size_t kMostPatterns = 10'000;
 
@@ -21,8 +24,29 @@ ListError notAList(const std::string& where) {
     return ListError(ListError::Reason::NotAList, where);
 }
 
+/// Skips the element at hand, of which the format knows nothing. For each name the reader looks
+/// through all namespaces that are declared around it.
+void skip(QXmlStreamReader& xml, int levels = kMostLevels, qsizetype declared = 0) {
+    declared += xml.namespaceDeclarations().size();
+    if (levels == 0 || declared > kMostAttributes)
+        throw notAList(xml.name().toString().toStdString());
+    while (xml.readNextStartElement())
+        skip(xml, levels - 1, declared);
+}
+
+/// Without that of elements in it.
 std::string text(QXmlStreamReader& xml) {
-    return xml.readElementText(QXmlStreamReader::SkipChildElements).toStdString();
+    QString held;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isEndElement())
+            break;
+        if (xml.isStartElement())
+            skip(xml);
+        else if (xml.isCharacters() || xml.isEntityReference())
+            held += xml.text();
+    }
+    return held.toStdString();
 }
 
 std::string nameOf(const QXmlStreamReader& xml) {
@@ -80,7 +104,7 @@ void readCreator(QXmlStreamReader& xml, Creator& creator) {
         } else if (name == "comment") {
             creator.comment = text(xml);
         } else {
-            xml.skipCurrentElement();
+            skip(xml);
         }
     });
 }
@@ -90,7 +114,7 @@ void readFolderValues(QXmlStreamReader& xml, std::vector<FolderValue>& values,
     forEachChild(xml, [&](const std::string& name) {
         const auto format = formatNamed(name);
         if (!format)
-            return xml.skipCurrentElement();
+            return skip(xml);
         auto found = std::find_if(values.begin(), values.end(),
                                   [&](const FolderValue& each) { return each.format == *format; });
         if (found == values.end())
@@ -117,7 +141,7 @@ HashedFolder readFolder(QXmlStreamReader& xml) {
             folder.modified = date(xml.attributes(), "lastmodificationdate");
             folder.path = text(xml);
         } else if (!readFolderPart(xml, name, folder.values)) {
-            xml.skipCurrentElement();
+            skip(xml);
         }
     });
     folder.path = downwardPath(std::move(folder.path));
@@ -145,7 +169,7 @@ HashedFile readFile(QXmlStreamReader& xml) {
                                    .action = fromRawValue<HashAction>(action),
                                    .hashedAt = date(attributes, "hashdate")});
         } else {
-            xml.skipCurrentElement();
+            skip(xml);
         }
     });
     file.path = downwardPath(std::move(file.path));
@@ -162,7 +186,7 @@ void readProcess(QXmlStreamReader& xml, Generation& generation) {
         } else if (name == "roothash") {
             forEachChild(xml, [&](const std::string& part) {
                 if (!readFolderPart(xml, part, generation.root))
-                    xml.skipCurrentElement();
+                    skip(xml);
             });
         } else if (name == "ignore") {
             forEachChild(xml, [&](const std::string&) {
@@ -171,7 +195,7 @@ void readProcess(QXmlStreamReader& xml, Generation& generation) {
                 generation.ignored.push_back(text(xml));
             });
         } else {
-            xml.skipCurrentElement();
+            skip(xml);
         }
     });
 }
@@ -184,7 +208,7 @@ Reference readReference(QXmlStreamReader& xml) {
         else if (name == "c4")
             reference.c4 = value(xml, HashFormat::C4);
         else
-            xml.skipCurrentElement();
+            skip(xml);
     });
     if (reference.path.empty() || reference.c4.empty())
         throw notAList("hashlistreference");
@@ -198,7 +222,7 @@ void readHashes(QXmlStreamReader& xml, Generation& generation) {
         else if (name == "directoryhash")
             generation.folders.push_back(readFolder(xml));
         else
-            xml.skipCurrentElement();
+            skip(xml);
     });
 }
 
@@ -268,7 +292,7 @@ Generation readGeneration(std::string_view given) {
             forEachChild(xml,
                          [&](const auto&) { generation.references.push_back(readReference(xml)); });
         else
-            xml.skipCurrentElement();
+            skip(xml);
     });
     requireWhole(xml);
     return generation;

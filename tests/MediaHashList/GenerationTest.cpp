@@ -6,6 +6,7 @@
 #include "MediaHashList/TransferLists.h"
 #include "Offload/TreeWalker.h"
 #include "Platform/Error.h"
+#include "Platform/Text.h"
 #include "support/Files.h"
 #include "support/Process.h"
 
@@ -367,6 +368,19 @@ TEST(MediaHashListTest, RefusesWhatIsNoListOrWouldDoHarm) {
     };
     EXPECT_NO_THROW((void)readGeneration(withMany(1'000)));
     EXPECT_THROW((void)readGeneration(withMany(1'001)), ListError);
+    const auto nested = [&](int levels, const std::string& around) {
+        std::string inner;
+        for (int level = 0; level < levels; ++level)
+            inner = "<a xmlns:b=\"c\">" + inner + "</a>";
+        return Text::replaced(around, "@", inner);
+    };
+    // Where nothing is known of an element, and in what is only read for its text.
+    for (const auto& around :
+         {listOf("<new>@</new>"),
+          listOf(hash("a", good + "<previousPath>b<c>@</c></previousPath>"))}) {
+        EXPECT_NO_THROW((void)readGeneration(nested(60, around))) << around;
+        EXPECT_THROW((void)readGeneration(nested(70, around)), ListError) << around;
+    }
     Generation ignoring;
     ignoring.ignored.resize(10'000, "*x");
     EXPECT_NO_THROW((void)readGeneration(writeGeneration(ignoring)));
