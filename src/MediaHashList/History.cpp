@@ -11,8 +11,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <map>
 #include <new>
 #include <set>
+#include <utility>
 
 namespace slatewise::MediaHashList {
 
@@ -70,38 +72,71 @@ std::vector<ChainLink> unchainedLists(const RootFolder& folder) {
     return links;
 }
 
-std::filesystem::path asItLies(const RootFolder& root, const std::filesystem::path& listed) {
-    return NameForms::asItLies(listed, {[&](const auto& item) { return root.exists(item); },
-                                        [&](const auto& folder) {
-                                            return root.below(folder).names();
-                                        }});
+/// How one looks beneath a folder, which must outlive it.
+NameForms::Look lookBeneath(const RootFolder& root) {
+    return {[&root](const auto& item) { return root.exists(item); },
+            [&root](const auto& folder) {
+                return root.below(folder).names();
+            }};
 }
 
 /// The lists that no link names: somebody took the link out, or the chain was never written.
 std::vector<std::string> straysIn(const RootFolder& folder, const std::vector<ChainLink>& chain) {
+    NameForms::Finder finder(lookBeneath(folder));
     std::set<std::string> named;
     for (const auto& link : chain)
-        named.insert(asItLies(folder, link.fileName));
+        named.insert(finder.asItLies(link.fileName));
     auto names = listsIn(folder);
     std::erase_if(names, [&](const std::string& name) { return named.contains(name); });
     return names;
 }
 
-/// Whether a generation is the one that its chain names and that another list refers to.
-bool isThere(const RootFolder& root, const std::filesystem::path& list, const std::string& c4) {
-    try {
-        const auto there = asItLies(root, list);
-        const auto name = Text::composed(list.filename().native());
-        const auto chain = readChain(readList(root, there.parent_path() / kChainName));
-        return std::any_of(chain.begin(), chain.end(),
-                           [&](const ChainLink& link) {
-                               return Text::composed(link.fileName) == name && link.c4 == c4;
-                           }) &&
-               hashOf(HashFormat::C4, readList(root, there)) == c4;
-    } catch (const Error&) {
-        return false;
+/// Generations that lists refer to. Each chain and each list is read once: a card may bring lists
+/// that refer to one of them in a thousand ways.
+class Referred {
+public:
+    /// `root` must outlive it.
+    explicit Referred(const RootFolder& root) : root_(root), finder_(lookBeneath(root)) {}
+
+    /// Whether a generation is the one that its chain names and that another list refers to.
+    bool isThere(const std::filesystem::path& list, const std::string& c4) {
+        try {
+            const auto there = finder_.asItLies(list);
+            const auto& chain = chainIn(there.parent_path());
+            return chain.contains({Text::composed(list.filename().native()), c4}) &&
+                   c4Of(there) == c4;
+        } catch (const Error&) {
+            return false;
+        }
     }
-}
+
+private:
+    /// Names, composed, and the values they are to have.
+    using Chain = std::set<std::pair<std::string, std::string>>;
+
+    // What cannot be read stays empty, and is not read again.
+
+    const Chain& chainIn(const std::filesystem::path& folder) {
+        const auto [known, isNew] = chains_.try_emplace(folder);
+        if (isNew) {
+            for (auto& link : readChain(readList(root_, folder / kChainName)))
+                known->second.emplace(Text::composed(link.fileName), std::move(link.c4));
+        }
+        return known->second;
+    }
+
+    const std::string& c4Of(const std::filesystem::path& list) {
+        const auto [known, isNew] = values_.try_emplace(list);
+        if (isNew)
+            known->second = hashOf(HashFormat::C4, readList(root_, list));
+        return known->second;
+    }
+
+    const RootFolder& root_;
+    NameForms::Finder finder_;
+    std::map<std::filesystem::path, Chain> chains_;
+    std::map<std::filesystem::path, std::string> values_;
+};
 
 std::string numbered(int number) {
     return fmt::format("{:04}_", number);
@@ -116,14 +151,15 @@ std::optional<UnfinishedList> unfinishedIn(const RootFolder& root,
         const auto text = readList(root, list);
         UnfinishedList found = {{number, list.filename(), hashOf(HashFormat::C4, text)},
                                 readGeneration(text)};
-        const auto& [link, generation] = found;
+        const auto& generation = found.generation;
         const auto below = list.parent_path().parent_path();
+        Referred referred(root);
         const bool isWhole =
             generation.creator.tool == AppInfo::name &&
             std::none_of(generation.files.begin(), generation.files.end(), hasFailed) &&
             std::all_of(
                 generation.references.begin(), generation.references.end(),
-                [&](const auto& each) { return isThere(root, below / each.path, each.c4); });
+                [&](const auto& each) { return referred.isThere(below / each.path, each.c4); });
         return isWhole ? std::optional(std::move(found)) : std::nullopt;
     } catch (const Error&) {
         return std::nullopt;
@@ -212,10 +248,11 @@ History History::loadReadable(const RootFolder& root, std::filesystem::path belo
 
 void History::readGenerations(const Complaint& complain) {
     const auto folder = below_ / kHistoryFolder;
+    NameForms::Finder finder(lookBeneath(*root_));
     for (const auto& link : chain_) {
         const auto list = folder / link.fileName;
         readOrComplain(root_->path() / list, complain, [&] {
-            const auto text = readList(*root_, asItLies(*root_, list));
+            const auto text = readList(*root_, finder.asItLies(list));
             if (!link.c4.empty() && hashOf(HashFormat::C4, text) != link.c4)
                 throw ListError(ListError::Reason::NotTheChains, {}, root_->path() / list);
             generations_.push_back(parsed(*root_, list, text, readGeneration));
@@ -261,8 +298,10 @@ void History::enterUnfinished(const RootFolder& root, std::filesystem::path belo
 
 std::vector<std::string> History::brokenReferences() const {
     std::vector<std::string> broken;
-    // Each generation refers to all that went before, and a list is read for each.
+    std::set<std::string> told;
+    // Each generation refers to all that went before.
     std::set<std::pair<std::string, std::string>> seen;
+    Referred referred(*root_);
     IgnoreList ignored(generations_.empty() ? std::vector<std::string>()
                                             : generations_.back().ignored);
     for (const auto& generation : generations_) {
@@ -272,8 +311,7 @@ std::vector<std::string> History::brokenReferences() const {
             const bool isGivenUp =
                 !isNewest && ignored.ignores(reference.path) && !root_->exists(path);
             if (!isGivenUp && seen.emplace(reference.path, reference.c4).second &&
-                !isThere(*root_, path, reference.c4) &&
-                std::find(broken.begin(), broken.end(), path) == broken.end())
+                !referred.isThere(path, reference.c4) && told.insert(path).second)
                 broken.push_back(path);
         }
     }

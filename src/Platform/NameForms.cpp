@@ -50,20 +50,35 @@ std::vector<SameName> inOtherForms(std::span<const std::string> lost,
 }
 
 std::filesystem::path asItLies(const std::filesystem::path& listed, const Look& look) {
+    return Finder(look).asItLies(listed);
+}
+
+std::filesystem::path Finder::asItLies(const std::filesystem::path& listed) {
     if (!mayHaveForms(listed.native()))
         return listed;
     std::filesystem::path found;
     for (const auto& part : listed) {
-        std::vector<std::string> meant;
-        if (mayHaveForms(part.native()) && !look.isThere(found / part)) {
-            meant = look.namesIn(found);
-            std::erase_if(meant, [wanted = Text::composed(part.native())](const auto& name) {
-                return Text::composed(Text::displayable(name)) != wanted;
-            });
+        const std::vector<std::string>* meant = nullptr;
+        if (mayHaveForms(part.native()) && !look_.isThere(found / part)) {
+            const auto& names = namesIn(found);
+            const auto same = names.find(Text::composed(part.native()));
+            if (same != names.end())
+                meant = &same->second;
         }
-        found /= meant.size() == 1 ? std::filesystem::path(meant.front()) : part;
+        found /= meant && meant->size() == 1 ? std::filesystem::path(meant->front()) : part;
     }
     return found;
+}
+
+const Finder::Names& Finder::namesIn(const std::filesystem::path& folder) {
+    if (const auto known = names_.find(folder); known != names_.end())
+        return known->second;
+    Names names;
+    for (auto& name : look_.namesIn(folder)) {
+        if (mayHaveForms(name))
+            names[Text::composed(Text::displayable(name))].push_back(std::move(name));
+    }
+    return names_.emplace(folder, std::move(names)).first->second;
 }
 
 } // namespace slatewise::NameForms

@@ -2,9 +2,12 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 /// Systems write one name in several Unicode forms: a letter with its accent as one character or as
@@ -37,5 +40,23 @@ struct Look {
 /// hold them, and a disk may have a name in another form than it had. Where several may be meant,
 /// or none, it stays as it is.
 std::filesystem::path asItLies(const std::filesystem::path& listed, const Look& look);
+
+/// The same for many paths below a place that stays as it is meanwhile: no folder is listed twice.
+/// One thread at a time.
+class Finder {
+public:
+    explicit Finder(Look look) : look_(std::move(look)) {}
+
+    std::filesystem::path asItLies(const std::filesystem::path& listed);
+
+private:
+    /// Names that are there, by what they are in every form.
+    using Names = std::unordered_map<std::string, std::vector<std::string>>;
+
+    const Names& namesIn(const std::filesystem::path& folder);
+
+    Look look_;
+    std::map<std::filesystem::path, Names> names_;
+};
 
 } // namespace slatewise::NameForms
