@@ -151,11 +151,7 @@ void requireInChain(const RootFolder& root, const std::filesystem::path& list) {
 } // namespace
 
 void tell(ListedTree& tree, const std::filesystem::path& list, const Error& failure) {
-    const bool isTold =
-        std::any_of(tree.troubles.begin(), tree.troubles.end(), [&](const auto& trouble) {
-            return trouble.list == list && trouble.kind == ListTrouble::Kind::Damaged;
-        });
-    if (isTold)
+    if (!tree.damaged.insert(list).second)
         return;
     const auto* const words = dynamic_cast<const ListError*>(&failure);
     // The list is named anyway.
@@ -293,6 +289,7 @@ void addUnfinished(const MediaHashList::UnfinishedList& unfinished, const std::s
         if (trouble.list == list)
             trouble.kind = ListTrouble::Kind::Unfinished;
     }
+    tree.damaged.erase(list);
     tree.unfinished.push_back({folder, unfinished.link.c4});
 }
 
@@ -330,12 +327,16 @@ void addHistory(const std::string& folder, int number, ListedTree& tree) {
 void compareHashLists(const ReportSet& set, ListedTree& tree) {
     const auto& manifest = *set.manifest;
     std::vector<std::string> listed;
+    std::set<std::filesystem::path> seen;
     std::filesystem::path newest;
     for (const auto& path : manifest.hashLists) {
         if (!path.ends_with(".mhl"))
             continue;
         const auto whole = set.prefix + asItLies(tree.root / set.prefix, path).native();
         newest = tree.root / whole;
+        // Whoever wrote it a thousand times does not have it read as often.
+        if (!seen.insert(newest).second)
+            continue;
         readOrTell(tree, newest, [&] {
             requireDown(newest, path);
             requireInChain(*tree.folder, whole);

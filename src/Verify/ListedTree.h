@@ -112,6 +112,8 @@ struct ListedTree {
     /// with a "/" at its end. With the names that the run left out, where a manifest is there.
     std::map<std::string, std::optional<SkipNames>, std::greater<>> reported;
     std::vector<ListTrouble> troubles;
+    /// The lists that are told to be damaged among these.
+    std::set<std::filesystem::path> damaged;
     std::vector<Note> notes;
     /// Patterns of what no list was to hold, by the folder below which they count.
     MediaHashList::IgnoredBelow ignored;
