@@ -30,7 +30,8 @@ struct Case {
 void copyWithTheProgram(const std::filesystem::path& from, const std::filesystem::path& to,
                         const std::vector<HashFormat>& formats) {
     CopyEngine::Request request;
-    request.planFormats = [&](const RootFolder&, std::span<const InventoryEntry>) {
+    request.planFormats = [&](const RootFolder&, std::span<const InventoryEntry>,
+                              const std::stop_token&) {
         return [&](const std::string&) {
             return formats;
         };

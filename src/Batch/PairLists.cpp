@@ -20,12 +20,12 @@ PairLists::PairLists(const OffloadSettings& settings)
 
 void PairLists::follow(CopyEngine::Request& request) {
     using FormatsOf = CopyEngine::Request::FormatsOf;
-    request.planFormats = [this](const RootFolder& card,
-                                 std::span<const InventoryEntry> entries) -> FormatsOf {
+    request.planFormats = [this](const RootFolder& card, std::span<const InventoryEntry> entries,
+                                 const std::stop_token& stop) -> FormatsOf {
         // Most cards bring none, and cost nothing then.
         if (!writes_ && !MediaHashList::TransferLists::areAmong(entries))
             return {};
-        lists_.readHistories(card, entries);
+        lists_.readHistories(card, entries, stop);
         return [this](const std::string& path) {
             return lists_.formatsOf(path);
         };

@@ -23,6 +23,11 @@ namespace {
 /// A list of a million files is a third of this.
 constexpr std::int64_t kLargestList = std::int64_t{1} << 30;
 
+void throwIfAsked(const std::stop_token& stop) {
+    if (stop.stop_requested())
+        throw CancellationError();
+}
+
 /// What there is room for in a file's name.
 std::string shortened(std::string name, std::size_t room) {
     while (name.size() > room)
@@ -220,12 +225,15 @@ bool isPassingName(std::string_view name) {
         });
 }
 
-History History::load(const RootFolder& root, std::filesystem::path below) {
-    return loadReadable(root, std::move(below), [](const auto&, const Error&) { throw; });
+History History::load(const RootFolder& root, std::filesystem::path below,
+                      const std::stop_token& stop) {
+    return loadReadable(
+        root, std::move(below), [](const auto&, const Error&) { throw; }, stop);
 }
 
 History History::loadReadable(const RootFolder& root, std::filesystem::path below,
-                              const Complaint& complain) {
+                              const Complaint& complain, const std::stop_token& stop) {
+    throwIfAsked(stop);
     History history(root, std::move(below));
     const auto folder = history.below_ / kHistoryFolder;
     const auto chain = folder / kChainName;
@@ -241,15 +249,16 @@ History History::loadReadable(const RootFolder& root, std::filesystem::path belo
         note(root.path() / chain, failure);
         history.chain_ = unchainedLists(root.below(folder));
     }
-    history.readGenerations(note);
+    history.readGenerations(note, stop);
     history.complainOfStrays(isWhole, complain);
     return history;
 }
 
-void History::readGenerations(const Complaint& complain) {
+void History::readGenerations(const Complaint& complain, const std::stop_token& stop) {
     const auto folder = below_ / kHistoryFolder;
     NameForms::Finder finder(lookBeneath(*root_));
     for (const auto& link : chain_) {
+        throwIfAsked(stop);
         const auto list = folder / link.fileName;
         readOrComplain(root_->path() / list, complain, [&] {
             const auto text = readList(*root_, finder.asItLies(list));
@@ -296,7 +305,7 @@ void History::enterUnfinished(const RootFolder& root, std::filesystem::path belo
     history.writeChainWith(history.unfinished_->link);
 }
 
-std::vector<std::string> History::brokenReferences() const {
+std::vector<std::string> History::brokenReferences(const std::stop_token& stop) const {
     std::vector<std::string> broken;
     std::set<std::string> told;
     // Each generation refers to all that went before.
@@ -307,6 +316,7 @@ std::vector<std::string> History::brokenReferences() const {
     for (const auto& generation : generations_) {
         const bool isNewest = &generation == &generations_.back();
         for (const auto& reference : generation.references) {
+            throwIfAsked(stop);
             const auto path = below_ / reference.path;
             const bool isGivenUp =
                 !isNewest && ignored.ignores(reference.path) && !root_->exists(path);

@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -54,8 +55,10 @@ public:
 
     /// As it lies there. Every generation must be there and be the one that the chain names, and no
     /// other list may lie beside them: the next generation could bear the number of one that the
-    /// chain lost. Fails with `ListError`, too.
-    static History load(const RootFolder& root, std::filesystem::path below = {});
+    /// chain lost. Fails with `ListError`, too, and with `CancellationError` when asked to stop
+    /// between two lists.
+    static History load(const RootFolder& root, std::filesystem::path below = {},
+                        const std::stop_token& stop = {});
 
     /// As `load`, or one without a generation where no list lies there, to be appended to. Nobody
     /// else gets it to append to for as long as this lives; one that another program has fails with
@@ -73,7 +76,7 @@ public:
     /// As `load`, with what can be had: a damaged list is told and passed over. Where it is the
     /// chain, every list that lies there is taken.
     static History loadReadable(const RootFolder& root, std::filesystem::path below,
-                                const Complaint& complain);
+                                const Complaint& complain, const std::stop_token& stop = {});
 
     const std::vector<Generation>& generations() const { return generations_; }
 
@@ -90,8 +93,8 @@ public:
 
     /// The lists of histories further down that a generation refers to, but which are not there,
     /// are not in their chain or have other bytes than it says; each once, below `root`. None that
-    /// is gone where a pattern of the newest generation leaves it out.
-    std::vector<std::string> brokenReferences() const;
+    /// is gone where a pattern of the newest generation leaves it out. Stops as `load` does.
+    std::vector<std::string> brokenReferences(const std::stop_token& stop = {}) const;
 
     /// Says of each value of a generation that is to follow what it is to this history. A file
     /// whose earlier values are of other formats must have one of these too. What is said to have
@@ -106,7 +109,7 @@ public:
     Reference append(Generation next);
 
 private:
-    void readGenerations(const Complaint& complain);
+    void readGenerations(const Complaint& complain, const std::stop_token& stop);
     void complainOfStrays(bool isElseWhole, const Complaint& complain);
     void writeChainWith(const ChainLink& link);
     int nextNumber() const;

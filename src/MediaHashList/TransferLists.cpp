@@ -5,6 +5,7 @@
 #include "MediaHashList/ListError.h"
 #include "Offload/OffloadError.h"
 #include "Offload/TreeWalker.h"
+#include "Platform/Error.h"
 #include "Platform/NameForms.h"
 
 #include <algorithm>
@@ -39,7 +40,8 @@ bool TransferLists::areAmong(std::span<const InventoryEntry> entries) {
     return !foldersWithHistory(listsAmong(entries)).empty();
 }
 
-void TransferLists::readHistories(const RootFolder& card, std::span<const InventoryEntry> entries) {
+void TransferLists::readHistories(const RootFolder& card, std::span<const InventoryEntry> entries,
+                                  const std::stop_token& stop) {
     std::unordered_set<std::string_view> present;
     for (const auto& entry : entries) {
         // What has no bytes of its own, as a folder or a link that is not followed, is not read and
@@ -52,8 +54,8 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
     for (const auto& folder : withHistory_) {
         const auto prefix = folder.empty() ? "" : folder + "/";
         try {
-            const auto history = History::load(card, folder);
-            if (const auto broken = history.brokenReferences(); !broken.empty())
+            const auto history = History::load(card, folder, stop);
+            if (const auto broken = history.brokenReferences(stop); !broken.empty())
                 throw ListError(ListError::Reason::NotAsReferred, {}, card.path() / broken.front());
             auto known = history.known();
             for (const auto& path : history.givenUp(known)) {
@@ -67,6 +69,8 @@ void TransferLists::readHistories(const RootFolder& card, std::span<const Invent
             // What an older one ignored the newest may name.
             readable[folder] = history.generations().empty() ? std::vector<std::string>()
                                                              : history.generations().back().ignored;
+        } catch (const CancellationError&) {
+            throw;
         } catch (const std::exception&) {
             unreadable_.push_back(
                 {card.path() / prefix / kHistoryFolder, std::current_exception()});

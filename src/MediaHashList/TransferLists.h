@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <map>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -26,8 +27,10 @@ public:
     /// Whether a card brings any that would be copied.
     static bool areAmong(std::span<const InventoryEntry> entries);
 
-    /// Reads every history of a card. One that cannot be read is told by `differences`.
-    void readHistories(const RootFolder& card, std::span<const InventoryEntry> entries);
+    /// Reads every history of a card. One that cannot be read is told by `differences`. Fails with
+    /// `CancellationError` when asked to stop.
+    void readHistories(const RootFolder& card, std::span<const InventoryEntry> entries,
+                       const std::stop_token& stop = {});
 
     /// What is to be computed of a file beyond its SHA-256: whatever the card's lists have of it,
     /// and xxh128 where a list is to be written.

@@ -41,7 +41,8 @@ public:
         requireFolders();
         inventory_.emplace(*card_, request_.settings.skipNames(), reporter_, transfer_.stop());
         if (request_.planFormats)
-            transfer_.computeFurther(request_.planFormats(*card_, inventory_->entries()));
+            transfer_.computeFurther(
+                request_.planFormats(*card_, inventory_->entries(), transfer_.stop()));
         if (request_.settings.verifyOnly)
             return hashSource();
         requireSpace();

@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <stop_token>
 #include <string>
 
 /// What an offload is given, and who watches it.
@@ -35,8 +36,10 @@ struct Request {
     Instant now{};
     /// Gives the formats that are to be computed of a file beyond its SHA-256, in the same passes.
     using FormatsOf = std::function<std::vector<HashFormat>(const std::string& relativePath)>;
-    /// Asked once, on the run's thread, when the card's inventory is known. Empty: none.
-    std::function<FormatsOf(const RootFolder& card, std::span<const InventoryEntry> entries)>
+    /// Asked once, on the run's thread, when the card's inventory is known. May take its time, and
+    /// fails with `CancellationError` once `stop` is requested. Empty: none.
+    std::function<FormatsOf(const RootFolder& card, std::span<const InventoryEntry> entries,
+                            const std::stop_token& stop)>
         planFormats{};
     /// What clips are looked into with.
     MediaInfoCLI::Tool mediaInfo = MediaInfoCLI::Tool::usual();

@@ -295,14 +295,16 @@ void addUnfinished(const MediaHashList::UnfinishedList& unfinished, const std::s
 
 } // namespace
 
-void addHistory(const std::string& folder, int number, ListedTree& tree) {
+void addHistory(const std::string& folder, int number, ListedTree& tree,
+                const std::stop_token& stop) {
     const auto& root = *tree.folder;
     const auto prefix = folder.empty() ? "" : folder + "/";
     const auto lists = prefix + std::string(MediaHashList::kHistoryFolder);
     tree.lists.insert(tree.root / lists);
     const auto history = History::loadReadable(
-        root, folder, [&](const auto& list, const Error& failure) { tell(tree, list, failure); });
-    for (const auto& list : history.brokenReferences()) {
+        root, folder, [&](const auto& list, const Error& failure) { tell(tree, list, failure); },
+        stop);
+    for (const auto& list : history.brokenReferences(stop)) {
         if (tree.isLeftOutByRun(list) && !root.exists(list))
             tree.noteLeftOut(list);
         else

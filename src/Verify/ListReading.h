@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -51,8 +52,9 @@ void addReports(const ReportSet& set, ListedTree& tree);
 
 /// Adds the history of a folder beneath the tree's root, "" for the root itself, which is a lister
 /// of this number. To come after the reports, which may say why something is not there that a list
-/// of the card names.
-void addHistory(const std::string& folder, int number, ListedTree& tree);
+/// of the card names. Fails with `CancellationError` when asked to stop between two lists.
+void addHistory(const std::string& folder, int number, ListedTree& tree,
+                const std::stop_token& stop);
 
 /// Tells when the hash lists that a run wrote beside its copy are not there any more, or do not
 /// name the files that the run proved.

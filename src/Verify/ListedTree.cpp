@@ -50,8 +50,7 @@ void addHistories(ListedTree& tree, const std::stop_token& stop) {
     });
     int number = 0;
     for (const auto& folder : tree.withHistory) {
-        throwIfAsked(stop);
-        addHistory(folder, ++number, tree);
+        addHistory(folder, ++number, tree, stop);
     }
 }
 

@@ -304,6 +304,11 @@ TEST(MediaHashListTest, ACopyListsWhatWasProvedAndFailuresThatAreKnown) {
     settings.listRole = "DIT\x1b";
     TransferLists lists{settings};
     auto entries = TreeWalker::walk(card, {});
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW(TransferLists(settings).readHistories(card, entries, stop.get_token()),
+                 CancellationError)
+        << "and not told as a list that cannot be read";
     lists.readHistories(card, entries);
     OffloadOutcome outcome;
     outcome.files = {row("good", VerifyStatus::Verified), row("known", VerifyStatus::Mismatch),

@@ -197,8 +197,9 @@ TEST_F(CopyEngineTest, CancellingAtEveryMoment) {
     EXPECT_TRUE(std::filesystem::is_empty(destination.path())) << "cancelled before the walk";
 
     stop = {};
-    request.planFormats = [&](const auto&, const auto&) {
+    request.planFormats = [&](const auto&, const auto&, const std::stop_token& asked) {
         stop.request_stop();
+        EXPECT_TRUE(asked.stop_requested()) << "whoever plans hears of it";
         return [](const auto&) {
             return std::vector<HashFormat>{};
         };
@@ -254,7 +255,8 @@ TEST_F(CopyEngineTest, TheSessionFolderAndItsFilesAreAlwaysItsOwn) {
         writeFile(card / name, "new");
     writeFile(destination / "session/a", "old");
     // Another run takes the next name between this run's choice of it and its first file.
-    request.planFormats = [&](const auto&, const auto&) -> CopyEngine::Request::FormatsOf {
+    request.planFormats = [&](const auto&, const auto&,
+                              const auto&) -> CopyEngine::Request::FormatsOf {
         std::filesystem::create_directory(destination / "session_2");
         return {};
     };
