@@ -298,9 +298,13 @@ private:
             });
             chooseFrom(place, candidates);
         }
+        const auto& names = ReportWriter::fileNames;
         for (auto* const unread : {&found_.damaged, &found_.unknown}) {
             std::erase_if(*unread, [&](const UnreadReports& each) {
-                return each.isOfSet() && footage.has(each.path);
+                const auto set = each.path.parent_path();
+                return each.isOfSet() &&
+                       std::any_of(names.begin(), names.end(),
+                                   [&](std::string_view name) { return footage.has(set / name); });
             });
         }
     }

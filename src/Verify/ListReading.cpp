@@ -330,6 +330,7 @@ void compareHashLists(const ReportSet& set, ListedTree& tree) {
     const auto& manifest = *set.manifest;
     std::vector<std::string> listed;
     std::set<std::filesystem::path> seen;
+    std::string namedTwice;
     std::filesystem::path newest;
     for (const auto& path : manifest.hashLists) {
         if (!path.ends_with(".mhl"))
@@ -337,8 +338,10 @@ void compareHashLists(const ReportSet& set, ListedTree& tree) {
         const auto whole = set.prefix + asItLies(tree.root / set.prefix, path).native();
         newest = tree.root / whole;
         // Whoever wrote it a thousand times does not have it read as often.
-        if (!seen.insert(newest).second)
+        if (!seen.insert(newest).second) {
+            namedTwice = path;
             continue;
+        }
         readOrTell(tree, newest, [&] {
             requireDown(newest, path);
             requireInChain(*tree.folder, whole);
@@ -359,7 +362,11 @@ void compareHashLists(const ReportSet& set, ListedTree& tree) {
     std::erase_if(listed, [](const std::string& path) { return !belongsIntoHashList(path); });
     std::sort(proved.begin(), proved.end());
     std::sort(listed.begin(), listed.end());
-    readOrTell(tree, newest, [&] { requireSame(proved, listed, newest); });
+    readOrTell(tree, newest, [&] {
+        if (!namedTwice.empty())
+            throw ListError(Reason::ListsDisagree, namedTwice, newest);
+        requireSame(proved, listed, newest);
+    });
 }
 
 } // namespace slatewise::Verify
