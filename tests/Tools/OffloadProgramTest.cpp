@@ -61,6 +61,7 @@ TEST_F(OffloadProgram, TheFirstFailureEndsTheBatch) {
     EXPECT_EQ(pairs[0].status, "failed");
     EXPECT_TRUE(std::filesystem::exists(pairs[0].reportFolder / "manifest.json"))
         << "what failed is reported too";
+    EXPECT_TRUE(std::filesystem::is_directory(pairs[0].sessionRoot));
     for (std::size_t pair = 1; pair < pairs.size(); ++pair) {
         EXPECT_EQ(pairs[pair].status, "failed");
         EXPECT_TRUE(pairs[pair].sessionRoot.empty());

@@ -50,8 +50,10 @@ MountedVolume::MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
 
 MountedVolume::MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
                              const std::filesystem::path& mountPoint,
-                             const std::string& mountOptions)
-    : fileSystem_(fileSystem), options_(mountOptions), image_(folder_ / "volume.img"),
+                             const std::string& mountOptions,
+                             const std::filesystem::path& imageFolder)
+    : folder_(imageFolder), fileSystem_(fileSystem), options_(mountOptions),
+      image_(folder_ / "volume.img"),
       mountPoint_(mountPoint.empty() ? folder_ / "volume" : mountPoint) {
     makeImage(image_, sizeBytes);
     auto format = formatCommand(fileSystem_);

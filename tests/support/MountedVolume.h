@@ -26,9 +26,11 @@ public:
 
     MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
                   const std::string& mountOptions = "");
-    /// At a place of the test's choice, a folder that is made if need be.
+    /// At a place of the test's choice, a folder that is made if need be; beside the image where
+    /// none is given. The image lies in a new folder below `imageFolder`.
     MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
-                  const std::filesystem::path& mountPoint, const std::string& mountOptions);
+                  const std::filesystem::path& mountPoint, const std::string& mountOptions,
+                  const std::filesystem::path& imageFolder = scratchFolder());
     ~MountedVolume();
     MountedVolume(const MountedVolume&) = delete;
     MountedVolume& operator=(const MountedVolume&) = delete;
