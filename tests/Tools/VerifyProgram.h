@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace slatewise::test {
@@ -47,6 +48,31 @@ protected:
         reports = std::filesystem::path(Text::trimmed(line.substr(last + 1)));
         copy = std::filesystem::path(line.substr(first + 1, last - first - 1));
         return copy;
+    }
+
+    /// As `offload`, with the same options each time: the first session, with the disk and all that
+    /// the user has as they were after it, whatever became of them since.
+    std::filesystem::path offloadedAnew(const std::string& option = "--quiet") {
+        const auto kept = folder / "kept";
+        auto from = kept;
+        auto to = folder.path();
+        if (std::filesystem::create_directory(kept)) {
+            (void)offload(option);
+            std::swap(from, to);
+        }
+        for (const auto* const name : {"Disk", "user"}) {
+            std::filesystem::remove_all(to / name);
+            const auto copying = run({"cp", "-a", from / name, to});
+            EXPECT_EQ(copying.exitCode, 0) << copying.standardError;
+        }
+        return copy;
+    }
+
+    /// Checks a tree, of which this is to be told first; nothing, where it is empty.
+    void expectToldFirst(const std::string& what, const std::filesystem::path& root) {
+        const auto result = program("slatewise-verify", {"--quiet", root});
+        EXPECT_EQ(result.exitCode, what.empty() ? 0 : 1) << result.standardError;
+        EXPECT_THAT(result.standardOutput, ::testing::StartsWith(what));
     }
 
     TemporaryFolder folder;
