@@ -65,8 +65,10 @@ MountedVolume& Person::plugInCard(const std::string& label, int clips, std::size
     const auto size = static_cast<std::int64_t>(clips) * static_cast<std::int64_t>(clipBytes);
     // What the file system keeps for itself comes on top.
     auto& card = plugIn(label, size + size / 4 + (32 << 20));
-    for (int clip = 1; clip <= clips; ++clip)
-        writeFile(card / "DCIM" / ("C00" + std::to_string(clip) + ".MOV"), bytesOf(clipBytes));
+    for (int clip = 1; clip <= clips; ++clip) {
+        const auto name = "C00" + std::to_string(clip) + (clip == 1 ? ".MOV" : ".DAT");
+        writeFile(card / "DCIM" / name, bytesOf(clipBytes));
+    }
     return card;
 }
 

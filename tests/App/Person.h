@@ -27,7 +27,8 @@ public:
 
     /// Plugs in a volume that the machine mounts under its label.
     MountedVolume& plugIn(const std::string& label, std::int64_t sizeBytes);
-    /// As a card with clips on it, `clipBytes` in each.
+    /// As a card with files on it, `clipBytes` in each, of which the first is asked for its facts
+    /// as a clip.
     MountedVolume& plugInCard(const std::string& label, int clips = 2,
                               std::size_t clipBytes = 200'000);
 

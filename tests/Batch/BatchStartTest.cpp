@@ -140,7 +140,7 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
         const auto card = desk.mountCard("A001", {});
         MountedVolume volume(MountedVolume::FileSystem::ExFat, 32 << 20,
                              desk.folder / testCase.name, "");
-        writeFile(desk.folder / "A001/A.mov", bytesOf(4'000'000));
+        writeFile(desk.folder / "A001/A.dat", bytesOf(4'000'000));
         desk.surroundings.patience = std::chrono::milliseconds(500);
         desk.surroundings.runEngine = [&](const auto& request, auto observer, auto stop) {
             const auto hit = [&] {

@@ -20,7 +20,7 @@ using namespace ::testing;
 TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
     disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
     const auto first = desk.mountCard("A001");
-    const auto second = desk.mountCard("B002", {{"B.mov", "bb"}, {"C.mov", "c"}});
+    const auto second = desk.mountCard("B002", {{"B.dat", "bb"}, {"C.dat", "c"}});
     const auto third = desk.mountCard("C003");
     beforeRun([&](int run) {
         if (run == 4)
@@ -74,7 +74,7 @@ TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
 
 TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsFilesOnce) {
     disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
-    const auto card = desk.mountCard("A001", {{"A.mov", "1234"}, {".DS_Store", "x"}});
+    const auto card = desk.mountCard("A001", {{"A.dat", "1234"}, {".DS_Store", "x"}});
     for (const auto& disk : disks)
         desk.volume(disk).facts.freeBytes = 9'000;
     desk.surroundings.measure = [this](const auto&, const auto&) {
@@ -92,14 +92,14 @@ TEST_F(BatchOfCards, AGoodEndClearsTheSelectionAndCountsFilesOnce) {
     EXPECT_EQ(title(), "Verified — 1 files to 2 disks, 4 bytes");
     EXPECT_EQ(desk.model().state().board.selection(VolumeSide::Card), Selection{});
     EXPECT_EQ(desk.model().state().cardUnits, CardUnits{});
-    EXPECT_EQ(readFile(result().pairs[1].sessionRoot / "A.mov"), "1234");
+    EXPECT_EQ(readFile(result().pairs[1].sessionRoot / "A.dat"), "1234");
     EXPECT_THAT(desk.ejected, IsEmpty()) << "nobody asked for it";
     Desk::waitUntil([&] { return desk.model().destinations()->rows()[1].subtitle == "5 KB free"; });
 }
 
 TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
     disks = {desk.mountDisk("SSD2"), desk.mountDisk("SSD1")};
-    const auto card = desk.mountCard("A001", {{"A.mov", "1234"}, {".DS_Store", "x"}});
+    const auto card = desk.mountCard("A001", {{"A.dat", "1234"}, {".DS_Store", "x"}});
     desk.volume(card).facts.volumeUUID = "AAAA";
     start();
     const auto says = [&](const char* text) {
@@ -115,19 +115,19 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
     // The same content in a place that nobody knows.
     std::filesystem::copy(desk.folder / "A001", desk.folder / "copy",
                           std::filesystem::copy_options::recursive);
-    const auto time = std::filesystem::last_write_time(desk.folder / "A001/A.mov");
-    std::filesystem::last_write_time(desk.folder / "copy/A.mov", time);
+    const auto time = std::filesystem::last_write_time(desk.folder / "A001/A.dat");
+    std::filesystem::last_write_time(desk.folder / "copy/A.dat", time);
     desk.mountCard("copy", {});
     desk.start();
     Desk::waitUntil(says("Offloaded "));
     desk.unmount("dev-copy");
-    writeFile(desk.folder / "A001/B.mov", "5");
+    writeFile(desk.folder / "A001/B.dat", "5");
     desk.start();
     Desk::waitUntil(says("Differs from offload of "));
     EXPECT_TRUE(says(" → SSD1, SSD2")());
     // Another card with as many bytes.
-    std::filesystem::remove(desk.folder / "A001/B.mov");
-    std::filesystem::last_write_time(desk.folder / "A001/A.mov", time + std::chrono::seconds(2));
+    std::filesystem::remove(desk.folder / "A001/B.dat");
+    std::filesystem::last_write_time(desk.folder / "A001/A.dat", time + std::chrono::seconds(2));
     desk.volume(card).facts.volumeUUID = "BBBB";
     auto& database = *desk.model().state().database;
     const auto isKnown = [&] {
@@ -137,7 +137,7 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
     };
     EXPECT_FALSE(isKnown());
     // What nobody could look into may be new, and a copy that is known as bad is none.
-    std::filesystem::last_write_time(desk.folder / "A001/A.mov", time);
+    std::filesystem::last_write_time(desk.folder / "A001/A.dat", time);
     EXPECT_TRUE(isKnown());
     const auto clips = desk.folder / "A001/CLIPS";
     std::filesystem::create_directory(clips);
@@ -168,7 +168,7 @@ TEST_F(BatchOfCards, ACardSaysThatItWasOffloadedBefore) {
 
 TEST_F(BatchOfCards, OnePairHasNoLabelAndHashingCopiesNothing) {
     disks = {desk.mountDisk("SSD1")};
-    const auto card = desk.mountCard("A001", {{"A.mov", "1"}, {"B.mov", "2"}});
+    const auto card = desk.mountCard("A001", {{"A.dat", "1"}, {"B.dat", "2"}});
     start();
     desk.model().settings()->setVerifyOnly(true);
     desk.model().settings()->setEjectAfterSuccess(true);
@@ -271,12 +271,12 @@ TEST_F(BatchOfCards, CancelsBeforeInAndBehindARun) {
         {BeforeTheRun, "Cancelled.", 0},
         {WhileCopying, "Verification did not finish", 1},
         {WhileReporting, "Cancelled.", 1},
-        {WhileReadingAgain, "The copy of A.mov could not be read back: it was touched", 1},
+        {WhileReadingAgain, "The copy of A.dat could not be read back: it was touched", 1},
     };
     for (const auto& [moment, message, sessions] : cases) {
         SCOPED_TRACE(moment);
         disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
-        const auto card = desk.mountCard("A001", {{"A.mov", bytesOf(8'000'000)}});
+        const auto card = desk.mountCard("A001", {{"A.dat", bytesOf(8'000'000)}});
         // Held up at the moment in question until the button's wish has come.
         std::atomic<bool> isCancelled = false;
         const auto holdUp = [&] {
@@ -295,7 +295,7 @@ TEST_F(BatchOfCards, CancelsBeforeInAndBehindARun) {
                 };
             auto outcome = CopyEngine::run(request, observer, stop);
             if (moment == WhileReadingAgain)
-                touchRights(outcome.sessionRoot / "A.mov");
+                touchRights(outcome.sessionRoot / "A.dat");
             if (moment >= WhileReporting)
                 holdUp();
             return outcome;
@@ -325,7 +325,7 @@ TEST_F(BatchOfCards, CancelsBeforeInAndBehindARun) {
 
 TEST_F(BatchOfCards, MayOutliveItsModelAndTheNextStartSaysWhatWasLeftWhere) {
     disks = {desk.mountDisk("SSD1"), desk.mountDisk("SSD2")};
-    const auto card = desk.mountCard("A001", {{"A.mov", bytesOf(4'000'000)}});
+    const auto card = desk.mountCard("A001", {{"A.dat", bytesOf(4'000'000)}});
     std::atomic<bool> isRunning = false;
     std::latch mayGoOn(1);
     // The batch holds it to its end.

@@ -78,7 +78,7 @@ TEST_F(BatchOfCards, WhatIsUnmountedWhileItWaitsIsNeverVerified) {
             second = desk.mountCard(gone, {});
         std::filesystem::create_directories(desk.folder / gone);
         MountedVolume volume(kExt4, 32 << 20, desk.folder / gone, "");
-        writeFile(volume / "B.mov", "b");
+        writeFile(volume / "B.dat", "b");
         beforeRun([&](int) { volume.pull(); });
         start();
         desk.model().settings()->setEjectAfterSuccess(true);
@@ -129,7 +129,7 @@ TEST_F(BatchOfCards, WhatGoesBeforeItsReportsKeepsNoOtherTraceAway) {
         std::filesystem::create_directories(desk.folder / gone);
         MountedVolume volume(kExt4, 32 << 20, desk.folder / gone, "");
         if (isCard)
-            writeFile(volume / "A.mov", "a");
+            writeFile(volume / "A.dat", "a");
         behindRun([&](const OffloadOutcome& outcome) {
             EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
             volume.pull();

@@ -14,17 +14,17 @@ using namespace ::testing;
 
 TEST_F(BatchOfCards, WhatBecomesOfACopyBeforeItsReportsAreLeftIsSeen) {
     disks = {desk.mountDisk("SSD1")};
-    const auto card = desk.mountCard("A001", {{"A.mov", "a"}});
-    std::filesystem::last_write_time(desk.folder / "A001/A.mov",
+    const auto card = desk.mountCard("A001", {{"A.dat", "a"}});
+    std::filesystem::last_write_time(desk.folder / "A001/A.dat",
                                      std::filesystem::file_time_type::clock::now() -
                                          std::chrono::hours(1));
     behindRun([](const OffloadOutcome& outcome) {
         EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
-        writeFile(outcome.sessionRoot / "A.mov", "b");
+        writeFile(outcome.sessionRoot / "A.dat", "b");
     });
     copy(card);
     EXPECT_EQ(result().pairs.at(0).status, OutcomeStatus::Failed);
-    const auto* sentence = "The copy of A.mov differs from the card.";
+    const auto* sentence = "The copy of A.dat differs from the card.";
     EXPECT_THAT(title(), HasSubstr(sentence));
     ASSERT_EQ(reportsIn(desk.folder / "SSD1/reports"), 1);
     const auto set = *std::filesystem::directory_iterator(desk.folder / "SSD1/reports");

@@ -22,7 +22,7 @@ class SessionHistoryTest : public ::testing::Test {
 protected:
     void copy() {
         const auto disk = desk.mountDisk("SSD1");
-        const auto cards = {desk.mountCard("A001", {{"a.mov", "a"}, {"b.mov", "b"}}),
+        const auto cards = {desk.mountCard("A001", {{"a.dat", "a"}, {"b.dat", "b"}}),
                             desk.mountCard("B002")};
         desk.start();
         const auto& chosen = desk.model().state().board.selection(VolumeSide::Destination);
@@ -95,10 +95,10 @@ TEST_F(SessionHistoryTest, FindsSessionsAndReadsTheirCopiesAgain) {
     Desk::waitUntil([&] { return desk.shown.size() == 2; });
     EXPECT_EQ(desk.opened.size(), 2u) << "the archive's folder instead";
 
-    writeFile(root / "a.mov", "A");
-    std::filesystem::remove(root / "b.mov");
+    writeFile(root / "a.dat", "A");
+    std::filesystem::remove(root / "b.dat");
     EXPECT_EQ(readAgain(), BatchControl::Failed);
-    EXPECT_EQ(history->check()->findings(), "a.mov: changed\nb.mov: missing");
+    EXPECT_EQ(history->check()->findings(), "a.dat: changed\nb.dat: missing");
 
     std::filesystem::remove_all(root);
     EXPECT_EQ(readAgain(), BatchControl::Failed);
@@ -135,14 +135,14 @@ TEST_F(SessionHistoryTest, SaysOfWhichCopyItSpeaksAndWhatIsInDoubt) {
     chooseOnly("a001");
     const auto* const check = history->check();
     {
-        const MappedFile mapped(rootOfChosen() / "a.mov", 1);
+        const MappedFile mapped(rootOfChosen() / "a.dat", 1);
         EXPECT_EQ(readAgain(), BatchControl::Succeeded);
     }
     EXPECT_TRUE(check->title().startsWith("A001 → SSD1 — Checked")) << check->title().toStdString();
-    EXPECT_TRUE(check->findings().startsWith("a.mov: the read-back may have"));
+    EXPECT_TRUE(check->findings().startsWith("a.dat: the read-back may have"));
     desk.model().setLanguageCode("tr");
     EXPECT_TRUE(check->title().startsWith("A001 → SSD1 — Denetim"));
-    EXPECT_TRUE(check->findings().startsWith("a.mov: geri okuma diskten değil"));
+    EXPECT_TRUE(check->findings().startsWith("a.dat: geri okuma diskten değil"));
     desk.model().setLanguageCode("en");
     history->setPresented(false);
     EXPECT_TRUE(check->title().isEmpty()) << "it is of no other session";
@@ -162,7 +162,7 @@ TEST_F(SessionHistoryTest, AStoreThatIsHeldMakesNoDamagedCopyGood) {
     copy();
     chooseOnly("a001");
     EXPECT_EQ(readAgain(), BatchControl::Succeeded);
-    std::filesystem::remove(rootOfChosen() / "b.mov");
+    std::filesystem::remove(rootOfChosen() / "b.dat");
     const auto file = desk.model().state().database->file();
     std::optional<SQLite::Database> holder(std::in_place, file.native(), SQLite::OPEN_READWRITE);
     holder->exec("BEGIN EXCLUSIVE");

@@ -74,40 +74,40 @@ TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {
         };
     };
     const Case cases[] = {
-        {"plain", [] {}, 1, {"a.mov xxh128 original"}},
+        {"plain", [] {}, 1, {"a.dat xxh128 original"}},
         {"nested folders, Turkish and odd names, empty ones",
          [&] {
-             writeFile(card / "CLIP/ğ & <ş>/\"x\".wav", "w");
+             writeFile(card / "CLIP/ğ & <ş>/\"x\".snd", "w");
              writeFile(card / "CLIP/line\nend", "");
              writeFile(card / "CLIP/ascmhl", "no folder of lists");
              std::filesystem::create_directories(card / "bare/bare");
          },
          1,
-         {"CLIP/ğ & <ş>/\"x\".wav xxh128 original", "CLIP/line\nend xxh128 original",
+         {"CLIP/ğ & <ş>/\"x\".snd xxh128 original", "CLIP/line\nend xxh128 original",
           "CLIP/ascmhl xxh128 original"}},
         {"only what is skipped",
          [&] {
-             std::filesystem::remove(card / "a.mov");
+             std::filesystem::remove(card / "a.dat");
              writeFile(card / ".DS_Store", "x");
          },
          1,
          {}},
-        {"a history of one generation", list({XXH128}), 2, {"a.mov xxh128 verified"}},
+        {"a history of one generation", list({XXH128}), 2, {"a.dat xxh128 verified"}},
         {"a history of another system, with names in another form",
          [&] {
-             writeFile(card / "CLIP/\u015f.wav", "s");
+             writeFile(card / "CLIP/\u015f.snd", "s");
              addList(card, {XXH128});
-             std::filesystem::rename(card / "CLIP/\u015f.wav", card / "CLIP/s\u0327.wav");
+             std::filesystem::rename(card / "CLIP/\u015f.snd", card / "CLIP/s\u0327.snd");
          },
          2,
-         {"CLIP/s\u0327.wav xxh128 verified"}},
+         {"CLIP/s\u0327.snd xxh128 verified"}},
         {"of what is skipped, too",
          [&] {
-             writeFile(card / "._a.mov", "x");
+             writeFile(card / "._a.dat", "x");
              addList(card, {XXH128});
          },
          2,
-         {"a.mov xxh128 verified"}},
+         {"a.dat xxh128 verified"}},
         {"of three, in many formats",
          [&] {
              addList(card, {MD5, XXH64});
@@ -116,13 +116,13 @@ TEST_F(VerifyProgram, ACopyBringsAValidListThatGoesOnWhereTheCardsEnds) {
              writeFile(card / "new", "later");
          },
          4,
-         {"a.mov c4 verified", "a.mov md5 verified", "a.mov sha1 verified", "a.mov xxh128 verified",
-          "a.mov xxh64 verified", "new xxh128 original"}},
+         {"a.dat c4 verified", "a.dat md5 verified", "a.dat sha1 verified", "a.dat xxh128 verified",
+          "a.dat xxh64 verified", "new xxh128 original"}},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
         std::filesystem::remove_all(card);
-        writeFile(card / "a.mov", bytesOf(1'234'567));
+        writeFile(card / "a.dat", bytesOf(1'234'567));
         each.prepare();
         const auto root = offload("--mhl");
         expectValidLists(root);
@@ -159,13 +159,13 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
     };
     const Case cases[] = {
         {"changed",
-         [&] { writeFile(card / "CLIP/b.wav", "B"); },
-         "CLIP/b.wav on the card is not what",
-         {"a.mov md5 verified", "a.mov xxh128 verified"},
-         {"b.wav md5 failed", "b.wav sha1 failed", "b.wav xxh128 verified"}},
+         [&] { writeFile(card / "CLIP/b.snd", "B"); },
+         "CLIP/b.snd on the card is not what",
+         {"a.dat md5 verified", "a.dat xxh128 verified"},
+         {"b.snd md5 failed", "b.snd sha1 failed", "b.snd xxh128 verified"}},
         {.name = "changed, and no list is wanted",
-         .spoil = [&] { writeFile(card / "CLIP/b.wav", "B"); },
-         .told = "CLIP/b.wav on the card is not what",
+         .spoil = [&] { writeFile(card / "CLIP/b.snd", "B"); },
+         .told = "CLIP/b.snd on the card is not what",
          .option = "--no-mhl"},
         {.name = "a damaged list, and none is wanted",
          .spoil = [&] { writeFile(card / "CLIP/ascmhl/ascmhl_chain.xml", "<"); },
@@ -173,12 +173,12 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
          .option = "--no-mhl",
          .exitCode = 0},
         {"missing",
-         [&] { std::filesystem::remove(card / "CLIP/b.wav"); },
-         "CLIP/b.wav is in the card's own hash list, but not on the card",
-         {"a.mov md5 verified", "a.mov xxh128 verified"}},
+         [&] { std::filesystem::remove(card / "CLIP/b.snd"); },
+         "CLIP/b.snd is in the card's own hash list, but not on the card",
+         {"a.dat md5 verified", "a.dat xxh128 verified"}},
         {"missing, and many that are not listed",
          [&] {
-             std::filesystem::remove(card / "CLIP/b.wav");
+             std::filesystem::remove(card / "CLIP/b.snd");
              for (int number = 0; number < 25; ++number)
                  writeFile(card / ("new" + std::to_string(number)), "x");
          },
@@ -188,10 +188,10 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
          "5 more files are on the card, but not in the card's own hash list"},
         {"a folder in its place",
          [&] {
-             std::filesystem::remove(card / "CLIP/b.wav");
-             writeFile(card / "CLIP/b.wav/x", "x");
+             std::filesystem::remove(card / "CLIP/b.snd");
+             writeFile(card / "CLIP/b.snd/x", "x");
          },
-         "CLIP/b.wav is in the card's own hash list, but not on the card"},
+         "CLIP/b.snd is in the card's own hash list, but not on the card"},
         {"another history below",
          [&] {
              std::filesystem::remove_all(card / "CLIP/ascmhl");
@@ -202,20 +202,20 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
          [&] {
              std::filesystem::remove_all(card / "ascmhl");
              Generation bad;
-             bad.files = {{"a.mov", 1, {}, {}}};
+             bad.files = {{"a.dat", 1, {}, {}}};
              (void)History(RootFolder(card)).append(bad);
          },
-         "has no value that proves a.mov"},
+         "has no value that proves a.dat"},
         {"a listed file in a folder that is named as a history is",
          [&] {
-             writeFile(card / "DCIM/ascmhl/x.mov", "x");
+             writeFile(card / "DCIM/ascmhl/x.dat", "x");
              std::filesystem::remove_all(card / "ascmhl");
              Generation other;
              other.files = {
-                 {"DCIM/ascmhl/x.mov", 1, {}, {{HashFormat::MD5, std::string(32, '0'), {}, {}}}}};
+                 {"DCIM/ascmhl/x.dat", 1, {}, {{HashFormat::MD5, std::string(32, '0'), {}, {}}}}};
              (void)History(RootFolder(card)).append(other);
          },
-         "has no value that proves DCIM/ascmhl/x.mov"},
+         "has no value that proves DCIM/ascmhl/x.dat"},
         {"a damaged list", [&] { writeFile(card / "CLIP/ascmhl/ascmhl_chain.xml", "<"); },
          "could not be read"},
         {"a list that its chain does not name",
@@ -226,8 +226,8 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
         std::filesystem::remove_all(card);
-        writeFile(card / "a.mov", "a");
-        writeFile(card / "CLIP/b.wav", "b");
+        writeFile(card / "a.dat", "a");
+        writeFile(card / "CLIP/b.snd", "b");
         addList(card / "CLIP", {HashFormat::SHA1});
         addList(card, {HashFormat::MD5});
         each.spoil();
@@ -261,7 +261,7 @@ TEST_F(VerifyProgram, ACardThatIsNotWhatItsOwnListsSayFails) {
 TEST_F(VerifyProgram, WhatARunLeftOutOfACopyIsNotMissedThere) {
     const auto card = folder / "A001";
     writeFile(card / ".Trashes/x", "x");
-    writeFile(card / "PROXY/y.mov", "y");
+    writeFile(card / "PROXY/y.dat", "y");
     addList(card / "PROXY", {HashFormat::MD5});
     addList(card, {HashFormat::MD5});
     const auto root = offload("--exclude=PROXY");
@@ -273,18 +273,18 @@ TEST_F(VerifyProgram, WhatARunLeftOutOfACopyIsNotMissedThere) {
         EXPECT_THAT(result.standardError, HasSubstr(note));
     }
     // Whoever made a list later has found there what it names.
-    writeFile(root / "PROXY/y.mov", "y");
+    writeFile(root / "PROXY/y.dat", "y");
     addList(root, {HashFormat::MD5});
-    for (const auto* const name : {"CLIP/a.mov", "PROXY/y.mov"})
+    for (const auto* const name : {"CLIP/a.dat", "PROXY/y.dat"})
         std::filesystem::remove(root / name);
     EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
-              "missing\tCLIP/a.mov\nmissing\tPROXY/y.mov\n");
+              "missing\tCLIP/a.dat\nmissing\tPROXY/y.dat\n");
 }
 
 TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {
     const auto tree = folder / "tree";
     const auto chain = tree / "ascmhl/ascmhl_chain.xml";
-    writeFile(tree / "a.mov", "a");
+    writeFile(tree / "a.dat", "a");
     addList(tree, {HashFormat::MD5});
     const auto verify = [&](std::vector<std::string> words, const std::filesystem::path& path) {
         words.push_back(path);
@@ -303,10 +303,10 @@ TEST_F(VerifyProgram, AListWhoseWriterWasKilledIsEnteredOnceItIsProvedAgain) {
         const auto damaged = verify({"--quiet"}, tree);
         EXPECT_EQ(damaged.standardOutput, "damaged\t" + list.native() + "\n");
         EXPECT_THAT(damaged.standardError, HasSubstr("--mhl reads the files again"));
-        writeFile(tree / "a.mov", "b");
+        writeFile(tree / "a.dat", "b");
         const auto changed = verify({"--quiet", "--mhl"}, tree);
-        EXPECT_EQ(changed.standardOutput, "changed\ta.mov\ndamaged\t" + list.native() + "\n");
-        writeFile(tree / "a.mov", "a");
+        EXPECT_EQ(changed.standardOutput, "changed\ta.dat\ndamaged\t" + list.native() + "\n");
+        writeFile(tree / "a.dat", "a");
         const auto entered = verify({"--quiet", "--mhl"}, tree);
         EXPECT_EQ(entered.exitCode, 0) << entered.standardOutput << entered.standardError;
         EXPECT_EQ(History::load(RootFolder(tree)).generations().size(), generations + 1);
@@ -337,10 +337,10 @@ TEST_F(VerifyProgram, AGenerationSaysWhatItCouldNotHold) {
     const auto creator = History::load(RootFolder(root)).generations().front().creator;
     EXPECT_EQ(creator.authors, (std::vector<MediaHashList::Author>{{"Ayşe", "DIT"}}));
     EXPECT_EQ(creator.location, "Set 3");
-    const MappedFile mapped(root / "CLIP/a.mov", 2'000'001);
+    const MappedFile mapped(root / "CLIP/a.dat", 2'000'001);
     const auto second = program("slatewise-verify", {"--mhl", "--quiet", root});
     EXPECT_EQ(second.exitCode, 0);
-    EXPECT_THAT(second.standardError, HasSubstr("may come from there (1): CLIP/a.mov"));
+    EXPECT_THAT(second.standardError, HasSubstr("may come from there (1): CLIP/a.dat"));
     const auto counted =
         run({"sh", "-c", "cat \"$0\"/ascmhl/0002_*.mhl | grep -c 'verified'", root});
     EXPECT_EQ(counted.standardOutput, "3\n");

@@ -111,7 +111,7 @@ TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
 
 TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
     std::filesystem::remove_all(offload());
-    std::filesystem::remove(folder / "A001/CLIP/a.mov");
+    std::filesystem::remove(folder / "A001/CLIP/a.dat");
     // The clock is set back a century.
     auto first = readFile(reports / "manifest.json");
     for (const std::string field : {"\"started_at\": \"", "\"finished_at\": \""})
@@ -121,7 +121,7 @@ TEST_F(VerifyProgram, AFolderThatWasWrittenAgainIsWhatItsNewestManifestSays) {
     std::filesystem::path deep;
     while ((folder / "A001" / deep).native().size() < PATH_MAX - 20)
         deep /= "level";
-    writeFile(folder / "A001" / deep / "clip.mov", "deep");
+    writeFile(folder / "A001" / deep / "clip.dat", "deep");
     const auto root = offload();
     const auto result = program("slatewise-verify", {"--quiet", root});
     EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
@@ -218,12 +218,12 @@ TEST_F(VerifyProgram, ReportsThatACardBringsAreItsFootage) {
 }
 
 TEST_F(VerifyProgram, KnowsANameInWhateverFormEachListerHasIt) {
-    writeFile(folder / "A001/Ş/é.mov", "e");
+    writeFile(folder / "A001/Ş/é.dat", "e");
     Generation ofCard;
-    ofCard.files = {{"é.mov", 1, {}, {{HashFormat::MD5, hashOf(HashFormat::MD5, "e"), {}, {}}}}};
+    ofCard.files = {{"é.dat", 1, {}, {{HashFormat::MD5, hashOf(HashFormat::MD5, "e"), {}, {}}}}};
     (void)History(RootFolder(folder / "A001/Ş")).append(ofCard);
     // The sign for kelvin, which other systems make a K of.
-    writeFile(folder / "A001/\u212a.mov", "k");
+    writeFile(folder / "A001/\u212a.dat", "k");
     const auto root = offload();
     const auto disk = folder / "Disk";
     const auto expectSame = [&](const char* option, const std::filesystem::path& path) {
@@ -234,9 +234,9 @@ TEST_F(VerifyProgram, KnowsANameInWhateverFormEachListerHasIt) {
     const auto nfd = root / "S\u0327";
     expectSame("--mhl", disk / *root.lexically_relative(disk).begin());
     std::filesystem::rename(root / "Ş", nfd);
-    std::filesystem::rename(root / "\u212a.mov", root / "K.mov");
+    std::filesystem::rename(root / "\u212a.dat", root / "K.dat");
     expectSame("--mhl", root);
-    std::filesystem::rename(nfd / "é.mov", nfd / "e\u0301.mov");
+    std::filesystem::rename(nfd / "é.dat", nfd / "e\u0301.dat");
     std::vector<std::filesystem::path> lists;
     for (const auto& item : std::filesystem::directory_iterator(nfd / "ascmhl"))
         lists.push_back(item.path());
@@ -249,12 +249,12 @@ TEST_F(VerifyProgram, KnowsANameInWhateverFormEachListerHasIt) {
         expectSame(option, root);
         expectSame(option, disk / *root.lexically_relative(disk).begin());
     }
-    writeFile(nfd / "e\u0301.mov", "E");
+    writeFile(nfd / "e\u0301.dat", "E");
     EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
-              "changed\tS\u0327/e\u0301.mov\n");
-    std::filesystem::remove(nfd / "e\u0301.mov");
+              "changed\tS\u0327/e\u0301.dat\n");
+    std::filesystem::remove(nfd / "e\u0301.dat");
     EXPECT_THAT(program("slatewise-verify", {"--quiet", root}).standardOutput,
-                HasSubstr("missing\tS\u0327/e\u0301.mov\n"));
+                HasSubstr("missing\tS\u0327/e\u0301.dat\n"));
 }
 
 TEST_F(VerifyProgram, MissesAListOfASetAndNothingInATrash) {
@@ -263,7 +263,7 @@ TEST_F(VerifyProgram, MissesAListOfASetAndNothingInATrash) {
     std::filesystem::create_directories(disk / ".Trashes/501");
     std::filesystem::copy(root / "ascmhl", disk / ".Trashes/501/ascmhl");
     for (const auto* const trash : {".Trash/1000", ".Trash-1000/files", "$RECYCLE.BIN/S-1-5"}) {
-        writeFile(disk / trash / "x.mov", "x");
+        writeFile(disk / trash / "x.dat", "x");
         std::filesystem::copy(root / "ascmhl", disk / trash / "ascmhl");
     }
     for (const auto* const words : {"--quiet", "--mhl", "--quiet"}) {
@@ -273,13 +273,13 @@ TEST_F(VerifyProgram, MissesAListOfASetAndNothingInATrash) {
     EXPECT_THAT(History::load(RootFolder(disk)).generations().back().ignored,
                 ::testing::IsSupersetOf({"/.Trash/", "/.Trash-1000/", "/$RECYCLE.BIN/"}));
     // A file at the top, a folder named almost so, and what lies in a copy, is what it seems.
-    for (const auto* const name : {".Trash-/x.mov", ".Trash-1000.mov", ".Trash-12takes/x.mov"})
+    for (const auto* const name : {".Trash-/x.dat", ".Trash-1000.dat", ".Trash-12takes/x.dat"})
         writeFile(disk / name, "x");
     EXPECT_EQ(program("slatewise-verify", {"--quiet", disk}).standardOutput,
-              "new\t.Trash-/x.mov\nnew\t.Trash-1000.mov\nnew\t.Trash-12takes/x.mov\n");
-    writeFile(root / ".Trash-1000/x.mov", "x");
+              "new\t.Trash-/x.dat\nnew\t.Trash-1000.dat\nnew\t.Trash-12takes/x.dat\n");
+    writeFile(root / ".Trash-1000/x.dat", "x");
     EXPECT_EQ(program("slatewise-verify", {"--quiet", root}).standardOutput,
-              "new\t.Trash-1000/x.mov\n");
+              "new\t.Trash-1000/x.dat\n");
     std::filesystem::remove_all(root / ".Trash-1000");
     const auto list = reports / "checksums.sha256";
     std::filesystem::remove(list);

@@ -56,7 +56,7 @@ TEST_F(OffloadProgram, AnInterruptStopsCleanlyAndSaysWhatStays) {
     EXPECT_EQ(pairs[0].status, "failed");
     EXPECT_LT(std::filesystem::file_size(copy), kLongClip);
     EXPECT_THAT(readFile(pairs[0].reportFolder / "inventory.csv"),
-                AllOf(HasSubstr("clip 1.mov"), HasSubstr("COPY,copied_unverified"),
+                AllOf(HasSubstr("clip 1.dat"), HasSubstr("COPY,copied_unverified"),
                       HasSubstr("FAIL,failed")));
     EXPECT_EQ(readFile(pairs[0].reportFolder / "checksums.sha256"), "");
 }

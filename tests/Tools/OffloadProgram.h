@@ -31,9 +31,10 @@ protected:
     OffloadProgram() {
         for (const auto* name : {"A001", "B002", "Disk1", "Disk2"})
             std::filesystem::create_directory(folder / name);
-        writeFile(folder / "A001/DCIM/clip 1.mov", bytesOf(3'000'001));
+        writeFile(folder / "A001/DCIM/clip 1.dat", bytesOf(3'000'001));
         writeFile(folder / "A001/.DS_Store", "junk");
         writeFile(folder / "A001/bad \xff name", "x");
+        // The one clip by its name: each has programs started that look for its facts.
         writeFile(folder / "B002/new\nline.wav", "y");
         writeFile(folder / "B002/MISC/notes.txt", "z");
     }

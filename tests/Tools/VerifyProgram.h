@@ -23,8 +23,8 @@ protected:
     using History = MediaHashList::History;
 
     VerifyProgram() {
-        writeFile(folder / "A001/CLIP/a.mov", bytesOf(2'000'001));
-        writeFile(folder / "A001/CLIP/Şarkı ğ.wav", "ses");
+        writeFile(folder / "A001/CLIP/a.dat", bytesOf(2'000'001));
+        writeFile(folder / "A001/CLIP/Şarkı ğ.snd", "ses");
         writeFile(folder / "A001/line\nend", "odd");
         writeFile(folder / "A001/bad \xff", "bytes");
         std::filesystem::create_directory(folder / "Disk");

@@ -35,38 +35,38 @@ TEST_F(VerifyProgram, TellsWhatIsNoLongerAsItWasByEveryList) {
          [](const auto& root) {
              auto bytes = bytesOf(2'000'001);
              bytes[1'234'567] = static_cast<char>(bytes[1'234'567] ^ 1);
-             writeFile(root / "CLIP/a.mov", bytes);
+             writeFile(root / "CLIP/a.dat", bytes);
          },
-         "changed\tCLIP/a.mov\n"},
-        {"missing", [](const auto& root) { std::filesystem::remove(root / "CLIP/Şarkı ğ.wav"); },
-         "missing\tCLIP/Şarkı ğ.wav\n"},
-        {"added", [](const auto& root) { writeFile(root / "new.mov", "x"); }, "new\tnew.mov\n"},
+         "changed\tCLIP/a.dat\n"},
+        {"missing", [](const auto& root) { std::filesystem::remove(root / "CLIP/Şarkı ğ.snd"); },
+         "missing\tCLIP/Şarkı ğ.snd\n"},
+        {"added", [](const auto& root) { writeFile(root / "new.dat", "x"); }, "new\tnew.dat\n"},
         {"renamed",
          [](const auto& root) {
-             std::filesystem::rename(root / "CLIP/a.mov", root / "CLIP/b.mov");
+             std::filesystem::rename(root / "CLIP/a.dat", root / "CLIP/b.dat");
          },
-         "missing\tCLIP/a.mov\nnew\tCLIP/b.mov\n"},
+         "missing\tCLIP/a.dat\nnew\tCLIP/b.dat\n"},
         {"in another Unicode form",
          [](const auto& root) {
-             std::filesystem::rename(root / "CLIP/Şarkı ğ.wav",
-                                     root / "CLIP/S\u0327arkı g\u0306.wav");
+             std::filesystem::rename(root / "CLIP/Şarkı ğ.snd",
+                                     root / "CLIP/S\u0327arkı g\u0306.snd");
          },
          ""},
         {"in another form, and changed",
          [](const auto& root) {
-             std::filesystem::remove(root / "CLIP/Şarkı ğ.wav");
-             writeFile(root / "CLIP/S\u0327arkı g\u0306.wav", "SES");
+             std::filesystem::remove(root / "CLIP/Şarkı ğ.snd");
+             writeFile(root / "CLIP/S\u0327arkı g\u0306.snd", "SES");
          },
-         "changed\tCLIP/S\u0327arkı g\u0306.wav\n"},
+         "changed\tCLIP/S\u0327arkı g\u0306.snd\n"},
         {"beside its other form",
-         [](const auto& root) { writeFile(root / "CLIP/S\u0327arkı g\u0306.wav", "ses"); },
-         "new\tCLIP/S\u0327arkı g\u0306.wav\n"},
+         [](const auto& root) { writeFile(root / "CLIP/S\u0327arkı g\u0306.snd", "ses"); },
+         "new\tCLIP/S\u0327arkı g\u0306.snd\n"},
         {"a link in its place",
          [this](const auto& root) {
-             std::filesystem::remove(root / "CLIP/a.mov");
-             std::filesystem::create_symlink(folder / "A001/CLIP/a.mov", root / "CLIP/a.mov");
+             std::filesystem::remove(root / "CLIP/a.dat");
+             std::filesystem::create_symlink(folder / "A001/CLIP/a.dat", root / "CLIP/a.dat");
          },
-         "changed\tCLIP/a.mov\n"},
+         "changed\tCLIP/a.dat\n"},
     };
     for (const auto& each : cases) {
         const auto root = offloadedAnew();
@@ -107,11 +107,11 @@ TEST_F(VerifyProgram, RefusesWhatWouldLeadElsewhere) {
     for (const auto* const name : {"archived", "beside", "both", "listed"}) {
         std::filesystem::copy(reports, folder / name);
         const bool hasFootage = std::string(name) != "archived";
-        writeFile(folder / name / (hasFootage ? "clip.mov" : "._manifest.json"), "x");
+        writeFile(folder / name / (hasFootage ? "clip.dat" : "._manifest.json"), "x");
     }
     std::filesystem::remove(folder / "beside/checksums.sha256");
     Generation other;
-    other.files = {{"clip.mov", 1, {}, {{HashFormat::MD5, std::string(32, '0'), {}, {}}}}};
+    other.files = {{"clip.dat", 1, {}, {{HashFormat::MD5, std::string(32, '0'), {}, {}}}}};
     (void)History(RootFolder(folder / "listed")).append(other);
     const std::pair<std::vector<std::string>, int> cases[] = {
         {{}, 2},
@@ -230,12 +230,12 @@ TEST_F(VerifyProgram, SaysOnWhichReportsItCannotRestAndChecksTheRest) {
              less.ignored.push_back("PROXY");
              std::filesystem::remove_all(copy / "ascmhl");
              (void)History(handle).append(less);
-             writeFile(copy / "PROXY/new.mov", "x");
+             writeFile(copy / "PROXY/new.dat", "x");
              std::filesystem::create_symlink("nowhere", copy / "CLIP/link");
              writeFile(copy / "ascmhl/new.tmp", "x");
              writeFile(copy / "ascmhl/01234567-89ab-4cde-8123-456789abcdef.tmp", "left over");
          },
-         "new\tCLIP/link\nnew\tPROXY/new.mov\nnew\tascmhl/new.tmp\n"},
+         "new\tCLIP/link\nnew\tPROXY/new.dat\nnew\tascmhl/new.tmp\n"},
         {"reports of nobody's, further up",
          [this](const auto&) { writeFile(folder / "reports/A001/manifest.json", "{"); }, ""},
         {"a hash list that is gone",
@@ -311,17 +311,17 @@ TEST_F(VerifyProgram, SaysOnWhichHistoriesItCannotRestAndChecksTheRest) {
              other.files.front().values.front().value = hashOf(HashFormat::XXH3, "other");
              (void)history.append(other);
          },
-         "changed\tCLIP/b.wav\n"},
+         "changed\tCLIP/b.snd\n"},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name);
         const auto root = folder / "histories" / each.name;
-        writeFile(root / "CLIP/b.wav", "b");
+        writeFile(root / "CLIP/b.snd", "b");
         writeFile(root / "CLIP/x.tmp", "x");
         Generation inner;
         inner.ignored = {"*.tmp", "!wanted.tmp"};
         inner.files = {
-            {"b.wav", 1, {}, {{HashFormat::XXH3, hashOf(HashFormat::XXH3, "b"), {}, {}}}}};
+            {"b.snd", 1, {}, {{HashFormat::XXH3, hashOf(HashFormat::XXH3, "b"), {}, {}}}}};
         const RootFolder handle(root);
         auto reference = History(handle, "CLIP").append(inner);
         reference.path = "CLIP/" + reference.path;
@@ -333,9 +333,9 @@ TEST_F(VerifyProgram, SaysOnWhichHistoriesItCannotRestAndChecksTheRest) {
         (void)History(handle).append(outer);
         each.spoil(root);
         expectToldFirst(Text::replaced(each.told, "@", root.native()), root);
-        writeFile(root / "CLIP/b.wav", "B");
+        writeFile(root / "CLIP/b.snd", "B");
         EXPECT_THAT(program("slatewise-verify", {"--quiet", root}).standardOutput,
-                    HasSubstr("changed\tCLIP/b.wav\n"));
+                    HasSubstr("changed\tCLIP/b.snd\n"));
     }
 }
 
@@ -351,10 +351,10 @@ TEST_F(VerifyProgram, TellsOfWhatBecomesAnotherBeforeTheEnd) {
         if (!reading || reading->file != "line\nend" || std::filesystem::exists(aside))
             return;
         // All the others have been read.
-        const auto date = std::filesystem::last_write_time(root / "CLIP/a.mov");
-        writeFile(root / "CLIP/a.mov", bytesOf(2'000'001, 2));
-        std::filesystem::last_write_time(root / "CLIP/a.mov", date);
-        std::filesystem::remove(root / "CLIP/Şarkı ğ.wav");
+        const auto date = std::filesystem::last_write_time(root / "CLIP/a.dat");
+        writeFile(root / "CLIP/a.dat", bytesOf(2'000'001, 2));
+        std::filesystem::last_write_time(root / "CLIP/a.dat", date);
+        std::filesystem::remove(root / "CLIP/Şarkı ğ.snd");
         writeFile(root / "later", "x");
         std::filesystem::rename(root, aside);
         writeFile(root / "another", "disk");
@@ -367,8 +367,8 @@ TEST_F(VerifyProgram, TellsOfWhatBecomesAnotherBeforeTheEnd) {
     const auto result = Verify::check(tree, Verify::Keep::Nothing, {meddle, note}, {});
     EXPECT_EQ(result.filesEqual, 2);
     const std::string meanwhile = " while the check was going on";
-    EXPECT_THAT(findings, ::testing::UnorderedElementsAre("changed CLIP/a.mov" + meanwhile,
-                                                          "missing CLIP/Şarkı ğ.wav" + meanwhile,
+    EXPECT_THAT(findings, ::testing::UnorderedElementsAre("changed CLIP/a.dat" + meanwhile,
+                                                          "missing CLIP/Şarkı ğ.snd" + meanwhile,
                                                           "new later" + meanwhile,
                                                           "missing " + root.native() + " "));
 }

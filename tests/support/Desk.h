@@ -30,9 +30,10 @@ public:
     AppModel& model() { return *model_; }
 
     /// Mounts a card or a disk, which is a folder of that name. The model learns at the next
-    /// `applyVolumes`. Gives its id.
+    /// `applyVolumes`. Gives its id. A file that is named as a clip has programs started that look
+    /// for its facts.
     QString mountCard(const std::string& name,
-                      const std::map<std::string, std::string>& files = {{"A.mov", "a"}});
+                      const std::map<std::string, std::string>& files = {{"A.dat", "a"}});
     QString mountDisk(const std::string& name);
     ClassifiedVolume& volume(const QString& id);
     void unmount(const QString& id);
