@@ -131,8 +131,10 @@ void MountedVolume::mount(bool isLocked) {
         runPrivileged({"mount", "-o", options, image_.native(), mountPoint_.native()});
     }
     isMounted_ = true;
-    // A disk is none of the files that the system remembers.
-    runPrivileged({"losetup", "--direct-io=on", BlockDevices::pathUnder(mountPoint_)});
+    // A disk is none of the files that the system remembers. One in memory is nothing else, and not
+    // every kernel can do without that memory there.
+    if (!image_.native().starts_with(scratchFolderInMemory().native()))
+        runPrivileged({"losetup", "--direct-io=on", BlockDevices::pathUnder(mountPoint_)});
 }
 
 void MountedVolume::turnReadOnly() const {
