@@ -157,7 +157,7 @@ TEST(OffloadTrouble, ACardThatIsPulledFailsAndLeavesTheList) {
 
 TEST(OffloadTrouble, StopEndsTheCopyAndTheNextOneGoesThrough) {
     Person person;
-    person.makeReady(6, 96 * kMiB);
+    person.makeReady(6, 64 * kMiB);
     person.click(person.see("copy"));
     Person::wait("stop", [&] { return person.see("stop") != nullptr; });
     EXPECT_FALSE(person.see("copy"));
@@ -251,7 +251,7 @@ TEST(Shell, AsksForFoldersWithADialogOfItsOwnOtherwise) {
 TEST(Shell, TellsTheDesktopHowItGoesAndHowItEnded) {
     StagedDesktop desktop;
     Person person;
-    person.makeReady(4, 24 * kMiB);
+    person.makeReady(3, 16 * kMiB);
     for (const bool isWatching : {true, false}) {
         if (!isWatching) {
             person.choose("A001", "CamA");
@@ -270,7 +270,7 @@ TEST(Shell, TellsTheDesktopHowItGoesAndHowItEnded) {
         }
     }
     Person::wait("notification", [&] { return !desktop.notifications.isEmpty(); });
-    EXPECT_THAT(shown(desktop.notifications.first()), StartsWith("Verified — 4 files"));
+    EXPECT_THAT(shown(desktop.notifications.first()), StartsWith("Verified — 3 files"));
     EXPECT_THAT(shown(desktop.notifications.first()), HasSubstr("A001 → SHUTTLE: verified"));
 }
 

@@ -6,18 +6,19 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QQuickWindow>
+#include <QStyleHints>
 #include <QtTest/QTest>
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 namespace slatewise::test {
 
 namespace {
 
-constexpr auto kSettled = std::chrono::duration<int, std::milli>(500);
 constexpr auto kLookAgain = std::chrono::duration<int, std::milli>(20);
 
 void collect(QQuickItem* item, const std::function<bool(QQuickItem*)>& wanted,
@@ -65,9 +66,10 @@ MountedVolume& Person::plugInCard(const std::string& label, int clips, std::size
     const auto size = static_cast<std::int64_t>(clips) * static_cast<std::int64_t>(clipBytes);
     // What the file system keeps for itself comes on top.
     auto& card = plugIn(label, size + size / 4 + (32 << 20));
+    const auto bytes = bytesOf(clipBytes);
     for (int clip = 1; clip <= clips; ++clip) {
         const auto name = "C00" + std::to_string(clip) + (clip == 1 ? ".MOV" : ".DAT");
-        writeFile(card / "DCIM" / name, bytesOf(clipBytes));
+        writeFile(card / "DCIM" / name, bytes);
     }
     return card;
 }
@@ -103,17 +105,24 @@ QQuickItem* Person::sees(const char* column, const QString& name) {
 }
 
 QQuickItem* Person::row(const char* column, const QString& name) {
+    // An animation that is yet to begin has not moved it at the next look either.
+    constexpr int kLooksAlike = 3;
     QQuickItem* row = nullptr;
-    wait("row", [&] {
-        row = sees(column, name);
-        return row != nullptr;
+    QPointF place;
+    int alike = 0;
+    wait("row that has come to rest", [&] {
+        auto* const before = std::exchange(row, sees(column, name));
+        const auto placeBefore = std::exchange(place, row ? row->mapToScene({}) : QPointF());
+        const bool rests = row && row == before && place == placeBefore && row->opacity() >= 1;
+        alike = rests ? alike + 1 : 0;
+        return alike >= kLooksAlike;
     });
-    settle();
     return row;
 }
 
 void Person::settle() {
-    QTest::qWait(kSettled.count());
+    constexpr int kBeyond = 50;
+    QTest::qWait(QGuiApplication::styleHints()->mouseDoubleClickInterval() + kBeyond);
 }
 
 QString Person::text(QQuickItem* item) {

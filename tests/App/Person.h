@@ -32,7 +32,8 @@ public:
     MountedVolume& plugInCard(const std::string& label, int clips = 2,
                               std::size_t clipBytes = 200'000);
 
-    /// Waits until the row of that volume is there, in "cards" or "disks".
+    /// Waits until the row of that volume is there, in "cards" or "disks", and moves and fades in
+    /// no more: a person does not hit what is still coming in.
     QQuickItem* row(const char* column, const QString& name);
     /// The row if it is there now.
     QQuickItem* sees(const char* column, const QString& name);
@@ -60,7 +61,7 @@ public:
     static void wait(const char* what, const std::function<bool()>& condition,
                      std::chrono::seconds limit = kLongestWait);
 
-    /// A person does not hit what is still coming in, nor what has just taken another's place.
+    /// A person does not hit what has just taken another's place, as Copy and Stop do.
     static void settle();
 
     /// Waits until the copy has ended one way or the other, and gives the line that tells.
