@@ -54,7 +54,14 @@ std::string readFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file)
         throw std::runtime_error("not readable: " + path.native());
-    return {std::istreambuf_iterator<char>(file), {}};
+    constexpr std::size_t kPiece = 65'536;
+    std::string content;
+    std::string piece(kPiece, '\0');
+    while (file.read(piece.data(), kPiece) || file.gcount() > 0)
+        content.append(piece, 0, static_cast<std::size_t>(file.gcount()));
+    if (file.bad())
+        throw std::runtime_error("not read: " + path.native());
+    return content;
 }
 
 void touchRights(const std::filesystem::path& path) {

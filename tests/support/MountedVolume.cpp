@@ -3,10 +3,12 @@
 #include "support/Process.h"
 
 #include "Platform/Disks/BlockDevices.h"
+#include "Platform/FileDescriptor.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -80,18 +82,29 @@ MountedVolume::~MountedVolume() {
 }
 
 int MountedVolume::flipBitIn(std::string_view content) const {
-    const auto device = readFile(image_);
-    const int file = ::open(image_.c_str(), O_WRONLY | O_CLOEXEC);
+    const FileDescriptor image(::open(image_.c_str(), O_RDWR | O_CLOEXEC));
+    // Most of a device was never written. Nothing stands across such a gap: it is zeros, a whole
+    // block at least.
     int places = 0;
-    for (auto at = device.find(content); at != std::string::npos;
-         at = device.find(content, at + content.size())) {
-        const auto flipped = static_cast<char>(device[at] ^ 1);
-        if (::pwrite(file, &flipped, 1, static_cast<off_t>(at)) != 1)
-            throw std::runtime_error("not written: " + image_.native());
-        ++places;
+    std::string written;
+    for (off_t end = 0;;) {
+        const auto begin = ::lseek(image.get(), end, SEEK_DATA);
+        if (begin < 0 && errno == ENXIO)
+            return places;
+        end = begin < 0 ? begin : ::lseek(image.get(), begin, SEEK_HOLE);
+        if (end < 0)
+            throw std::runtime_error("not looked through: " + image_.native());
+        written.resize(static_cast<std::size_t>(end - begin));
+        if (::pread(image.get(), written.data(), written.size(), begin) != end - begin)
+            throw std::runtime_error("not read: " + image_.native());
+        for (auto at = written.find(content); at != std::string::npos;
+             at = written.find(content, at + content.size())) {
+            const auto flipped = static_cast<char>(written[at] ^ 1);
+            if (::pwrite(image.get(), &flipped, 1, begin + static_cast<off_t>(at)) != 1)
+                throw std::runtime_error("not written: " + image_.native());
+            ++places;
+        }
     }
-    ::close(file);
-    return places;
 }
 
 std::string MountedVolume::programID() const {
