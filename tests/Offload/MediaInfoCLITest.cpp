@@ -20,9 +20,12 @@ std::vector<std::string> texts(const std::vector<std::filesystem::path>& paths) 
 
 class MediaInfoCLITest : public ::testing::Test {
 protected:
-    std::optional<std::string> run(const std::string& script) {
+    std::optional<std::string> run(const std::string& script,
+                                   std::chrono::milliseconds limit = std::chrono::seconds(3)) {
         fake.says(script);
-        return MediaInfoCLI::runJSON({folder / "A001.mxf", "A001.mxf"}, fake.tool(),
+        auto tool = fake.tool();
+        tool.limits.run = limit;
+        return MediaInfoCLI::runJSON({folder / "A001.mxf", "A001.mxf"}, tool,
                                      [this](const std::string& line) { log.push_back(line); });
     }
 
@@ -38,7 +41,9 @@ TEST_F(MediaInfoCLITest, UsesWhateverJSONComesOut) {
         const char* script;
         std::optional<std::string> json;
         std::vector<std::string> log;
+        std::chrono::milliseconds limit = std::chrono::seconds(3);
     };
+    constexpr std::chrono::milliseconds kWaitedOut{300};
     const Case cases[] = {
         {"echo banner; echo; printf '{\"a\": {}}'", "{\"a\": {}}", {}},
         {"printf '{}'; exit 1", "{}", {"MediaInfo CLI exit 1 for A001.mxf (2 bytes)"}},
@@ -48,14 +53,17 @@ TEST_F(MediaInfoCLITest, UsesWhateverJSONComesOut) {
         {"echo no braces; exit 2", std::nullopt, {"MediaInfo CLI exit 2 for A001.mxf (10 bytes)"}},
         {"echo no braces", std::nullopt, {}},
         {"head -c 50000000 /dev/zero >&2; printf '{}'", "{}", {}},
-        {"sleep 60", std::nullopt, {"MediaInfo CLI timed out: A001.mxf"}},
-        {"exec >&- 2>&-; sleep 60", std::nullopt, {"MediaInfo CLI timed out: A001.mxf"}},
+        {"sleep 60", std::nullopt, {"MediaInfo CLI timed out: A001.mxf"}, kWaitedOut},
+        {"exec >&- 2>&-; sleep 60",
+         std::nullopt,
+         {"MediaInfo CLI timed out: A001.mxf"},
+         kWaitedOut},
     };
     run("printf '{}'");
     EXPECT_THAT(log, ElementsAre("MediaInfo CLI " + fake.path().native()));
-    for (const auto& [script, json, lines] : cases) {
+    for (const auto& [script, json, lines, limit] : cases) {
         log.clear();
-        EXPECT_EQ(run(script), json) << script;
+        EXPECT_EQ(run(script, limit), json) << script;
         EXPECT_EQ(log, lines) << script;
     }
 }

@@ -21,6 +21,9 @@ namespace {
 
 constexpr auto kNone = std::nullopt;
 
+/// All of it is waited out.
+constexpr std::chrono::milliseconds kForWhatHangs{300};
+
 const MediaInfoCLI::Tool kNoTool{.candidates = {}, .limits = {}, .noted = &MediaInfoCLI::noted()};
 
 /// What ffprobe says of the first stream chosen by `streams`, or of the whole file.
@@ -109,6 +112,9 @@ TEST(MediaProbe, CountsTheFramesThatAClipWasMadeOf) {
     for (const auto& [rate, start, frames, expected] : cases) {
         makeClips(folder.path(), rate, frames, start);
         for (const auto* name : {"clip.mov", "clip.mp4", "clip.mxf"}) {
+            // Told as a .mov tells it: one rate is enough, dropping numbers and not.
+            if (name == std::string("clip.mp4") && rate != std::string("60000/1001"))
+                continue;
             const auto withTool = probe(folder / name);
             EXPECT_EQ(told(withTool), expected) << name;
             EXPECT_EQ(told(probe(folder / name, contextWith(kNoTool))), expected)
@@ -273,6 +279,8 @@ TEST_F(MediaPassTest, NoToolCanChangeTheVerdict) {
         SCOPED_TRACE(script);
         fake.says(script);
         request.mediaInfo = fake.tool();
+        if (script == std::string("sleep 60"))
+            request.mediaInfo.limits.run = kForWhatHangs;
         const auto outcome = run();
         EXPECT_EQ(outcome.status, OutcomeStatus::Verified);
         EXPECT_THAT(verdicts(outcome), Contains(std::pair("a.mov", "COPY/verified")));
@@ -323,6 +331,7 @@ TEST(ClipReader, WhatAProgramBreaksOnCostsItsFactsAlone) {
         const char* script;
         MediaTiming timing;
         const char* log;
+        std::chrono::milliseconds limit = std::chrono::seconds(3);
     };
     const std::vector<Case> cases = {
         {"echo 'duration 2.5'; echo 'rate 24000/1001'; echo 'frames 60'; echo 'timecode "
@@ -337,17 +346,17 @@ TEST(ClipReader, WhatAProgramBreaksOnCostsItsFactsAlone) {
          {},
          nullptr},
         {"kill -SEGV $$", {}, "Clip reader ended with 11: clip.mov"},
-        {"sleep 30", {}, "Clip reader timed out: clip.mov"},
+        {"sleep 30", {}, "Clip reader timed out: clip.mov", kForWhatHangs},
     };
     const TemporaryFolder folder;
-    for (const auto& [script, timing, log] : cases) {
+    for (const auto& [script, timing, log, limit] : cases) {
         SCOPED_TRACE(script);
         writeFile(folder / "reader", std::string("#!/bin/sh\n") + script + "\n");
         std::filesystem::permissions(folder / "reader", std::filesystem::perms::owner_all);
         auto program = ClipReader::Program::usual();
         EXPECT_TRUE(program.executable) << "built with this test, in a folder that is ours alone";
         program.executable = folder / "reader";
-        program.limits.run = std::chrono::seconds(3);
+        program.limits.run = limit;
         std::vector<std::string> lines;
         EXPECT_EQ(ClipReader::timing({"/card/clip.mov", "clip.mov"}, program,
                                      [&](const auto& line) { lines.push_back(line); }),

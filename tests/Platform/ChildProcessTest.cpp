@@ -23,7 +23,7 @@ using ::testing::HasSubstr;
 
 namespace {
 
-constexpr ChildProcess::Limits kShort{.run = 1s, .grace = 200ms};
+constexpr ChildProcess::Limits kShort{.run = 400ms, .grace = 200ms};
 
 ChildProcess::Result shell(const std::string& script, const ChildProcess::Limits& limits = {},
                            const std::stop_token& stop = {}) {
