@@ -29,6 +29,9 @@ struct Surroundings : BatchSurroundings {
     std::function<std::vector<ClassifiedVolume>()> currentVolumes;
     /// Looks at once. Blocks, as long as a volume does that does not answer; any thread.
     std::function<void()> lookAtVolumes;
+    /// How long the start waits for volumes before it goes on without them. One that answers needs
+    /// milliseconds.
+    std::chrono::milliseconds patienceAtStart = std::chrono::seconds(2);
     /// Goes on looking by itself; from then on `onChange` is called on the GUI thread. Called once.
     std::function<void(std::function<void()> onChange)> watchVolumes;
     /// Facts of the volume that holds a folder. Blocks; any thread.

@@ -17,7 +17,6 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPeriod{4};
 constexpr std::chrono::seconds kPatience{2};
 
 /// Whether the application would show both in the same way. Free space changes all the time.
@@ -130,7 +129,7 @@ void VolumeMonitor::run(const std::stop_token& stop, MountEvents& events) {
         refresh();
         // Ticks that a slow read has missed are not made up for.
         while (tick <= SteadyClock::now())
-            tick += kPeriod;
+            tick += options_.period;
         events.waitUntil(tick);
     }
 }

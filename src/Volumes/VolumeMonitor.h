@@ -7,6 +7,7 @@
 #include "Volumes/VolumeRecords.h"
 #include "Volumes/VolumesRoot.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -22,7 +23,7 @@ class DiskInfo;
 /// way that matters. Made, started, stopped and destroyed on the GUI thread, before the application
 /// object ends.
 ///
-/// A thread of its own reads everything anew every 4 seconds, the first time at once, and also when
+/// A thread of its own reads everything anew once a period, the first time at once, and also when
 /// the kernel says that something was mounted or unmounted. It does one read after the other: what
 /// falls due while one is under way is done once, right after it.
 ///
@@ -36,6 +37,8 @@ public:
     struct Options {
         DiskSources sources;
         MountEvents::Source events = MountEvents::Source::Kernel;
+        /// From the beginning of a read to that of the next. A read asks every disk.
+        std::chrono::milliseconds period = std::chrono::seconds(4);
     };
 
     explicit VolumeMonitor(VolumesRoot volumesRoot);

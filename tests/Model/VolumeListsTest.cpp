@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <QTimer>
+
 #include <atomic>
 #include <future>
 
@@ -97,6 +99,12 @@ TEST_F(Application, APickedMountPointFollowsItsDisk) {
     EXPECT_EQ(row().subtitle, "No disk is mounted here");
     desk.start();
     EXPECT_TRUE(row().warns && !row().selected) << "nobody ticked it this time";
+    // It is looked at again and again, here faster than a user would wait.
+    auto* again = model().volumes().findChild<QTimer*>();
+    ASSERT_NE(again, nullptr);
+    EXPECT_TRUE(again->isActive());
+    EXPECT_EQ(again->intervalAsDuration(), std::chrono::seconds(5));
+    again->start(std::chrono::milliseconds(20));
 
     for (const bool isMounted : {true, false}) {
         SCOPED_TRACE(isMounted);
@@ -136,6 +144,7 @@ TEST_F(Application, StartsWithoutVolumesThatDoNotAnswer) {
                 answered.wait();
             };
         }
+        own.surroundings.patienceAtStart = std::chrono::milliseconds(300);
         const auto begin = std::chrono::steady_clock::now();
         own.start();
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));

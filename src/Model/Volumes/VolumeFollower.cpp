@@ -18,9 +18,6 @@ namespace slatewise {
 
 namespace {
 
-/// How long the start waits for volumes before it goes on without them. One that answers needs
-/// milliseconds.
-constexpr std::chrono::seconds kPatience{2};
 constexpr std::chrono::seconds kFreeSpaceInterval{5};
 
 const ClassifiedVolume* findPlace(const std::vector<ClassifiedVolume>& volumes,
@@ -65,7 +62,7 @@ VolumeFollower::VolumeFollower(ModelState& state) : state_(state), pickedFolders
 }
 
 void VolumeFollower::begin() {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
+    const auto end = std::chrono::steady_clock::now() + state_.surroundings.patienceAtStart;
     pickedFolders_.forgetCards();
     state_.board.treatAsDestinations(DestinationMemory::loadWanted(state_.defaults));
     // Each by itself: a folder on a share that is gone must not keep back the volumes.

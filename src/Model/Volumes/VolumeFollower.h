@@ -84,7 +84,8 @@ private:
     /// Remembered ones that have not answered since the start. They stay remembered.
     std::vector<std::filesystem::path> awaitedFolders_;
     FolderPresence folderPresence_;
-    QTimer freeSpaceTimer_;
+    /// Also for picked folders. A child, so that it can be found and hurried.
+    QTimer freeSpaceTimer_{this};
     /// Picked folders that have not answered yet what they are now.
     std::set<std::filesystem::path> askedFolders_;
     /// Disks that have not answered yet how much is free.
