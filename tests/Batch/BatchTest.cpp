@@ -53,6 +53,8 @@ TEST_F(BatchOfCards, TheFourthOfSixPairsFails) {
                 ElementsAre("verified", "verified", "verified", "failed", "failed", "failed"));
     EXPECT_EQ(runs, 4) << "no pair runs behind a failed one";
     EXPECT_EQ(result().pairs[5].message, "C003 → SSD2 was not begun.");
+    EXPECT_TRUE(std::filesystem::is_directory(result().pairs[3].sessionRoot));
+    EXPECT_EQ(result().pairs[5].sessionRoot, "");
     // Four sets of reports in the archive, two on each disk; the last is shown all the same.
     EXPECT_EQ(reportsIn(desk.folder / "user/documents/SlatewiseDIT"), 4);
     EXPECT_EQ(reportsIn(desk.folder / "SSD1/reports"), 2);
@@ -232,6 +234,8 @@ TEST_F(BatchOfCards, AnEjectThatDoesNotHappenIsTold) {
         std::latch mayEnd(1);
         std::atomic<bool> hasEnded = false;
         desk.surroundings.eject = [&](const auto&) {
+            // The disk with the archive may be away by the time its page is to be opened.
+            std::filesystem::remove_all(desk.folder / "user/documents/SlatewiseDIT");
             isEjecting = true;
             mayEnd.wait();
             hasEnded = true;
@@ -239,6 +243,8 @@ TEST_F(BatchOfCards, AnEjectThatDoesNotHappenIsTold) {
         };
         start();
         auto& batch = *desk.model().batch();
+        bool isFinished = false;
+        QObject::connect(&batch, &BatchControl::finished, [&] { isFinished = true; });
         desk.model().settings()->setEjectAfterSuccess(true);
         desk.selectCard(card, "CamA");
         batch.start();
@@ -246,9 +252,10 @@ TEST_F(BatchOfCards, AnEjectThatDoesNotHappenIsTold) {
             Desk::waitUntil([&] { return isEjecting.load(); });
             batch.cancel();
         }
-        Desk::waitUntil([&] { return !batch.isBusy(); });
+        Desk::waitUntil([&] { return isFinished; });
         EXPECT_EQ(result().pairs.at(0).status, OutcomeStatus::Verified);
         EXPECT_EQ(isEjecting, !isGone);
+        EXPECT_THAT(desk.opened, SizeIs(isGone ? 1 : 0)) << "no page that is gone";
         EXPECT_THAT(batch.doNotPull().toStdString(),
                     StartsWith(isGone ? "A001 was not ejected: it is not there any more"
                                       : "A001 may or may not be ejected yet: stopped"));
