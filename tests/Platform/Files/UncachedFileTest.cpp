@@ -7,9 +7,11 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/syscall.h>
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 using namespace slatewise;
 using slatewise::test::TemporaryFolder;
@@ -34,6 +36,26 @@ TEST(UncachedFile, GoesThroughTheCacheWhereATransferIsRefused) {
     EXPECT_EQ(read.read(misaligned), content.size());
     EXPECT_EQ(read.access(), FileAccess::CacheDropped);
     EXPECT_EQ(std::memcmp(misaligned.data(), content.data(), content.size()), 0);
+
+    // Any other failure is the device's own, and the cache must not gloss over it.
+    const auto aligned = buffer.bytes().first(content.size());
+    for (const auto& [call, code] : {std::pair(SYS_read, EIO), std::pair(SYS_write, ENOSPC)}) {
+        auto file = call == SYS_read ? UncachedFile::openForReading({root, "file"})
+                                     : UncachedFile::createForWriting({root, "full"});
+        int met = 0;
+        test::runWithout(call, code, [&] {
+            try {
+                if (call == SYS_read)
+                    (void)file.read(aligned);
+                else
+                    file.write(aligned);
+            } catch (const PosixError& failure) {
+                met = failure.code();
+            }
+        });
+        EXPECT_EQ(met, code);
+        EXPECT_EQ(file.access(), FileAccess::Direct) << code;
+    }
 }
 
 TEST(UncachedFile, KnowsWhatStaysInMemory) {
