@@ -280,6 +280,8 @@ TEST(VolumeBoard, ListsWhatCannotBeWrittenToAndNeverTicksIt) {
                                     L10n(AppLanguage::English)),
               L10n(AppLanguage::English).mayNotWriteToDisk());
     EXPECT_THAT(board.selection(VolumeSide::Destination).ids, IsEmpty());
+    EXPECT_TRUE(pickedFolder(locked.facts, "/x/3", VolumeKind::CameraCard).facts.isWritable())
+        << "nothing is written to a card";
 }
 
 TEST(VolumeBoard, RemovingMovesTheFocus) {

@@ -130,6 +130,7 @@ TEST(ReadBack, SaysSoWhereAFileLiesAmongTheRecordsOfTheFileSystem) {
                 EXPECT_GE(disk.flipBitIn(content), 1);
             }),
             {});
+        EXPECT_TRUE(isFlipped);
         using Kind = OffloadProblem::Kind;
         ASSERT_EQ(outcome.problems.size(), 1u);
         EXPECT_EQ(outcome.problems[0].kind,

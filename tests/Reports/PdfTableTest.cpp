@@ -1,5 +1,7 @@
 #include "Reports/PdfReports.h"
 
+#include "Platform/AppInfo.h"
+
 #include <gmock/gmock.h>
 
 #include <map>
@@ -81,16 +83,17 @@ TEST_F(PdfReports, CellsStandWhereTheirColumnsAre) {
     media.essence.emplace().codec = "ProRes";
     add("clip2.mov").sourceSHA256.reset();
     using Edges = std::map<std::string, double>;
+    const auto address = AppInfo::linkText(AppInfo::websiteURL);
     const Edges standardRight = {{"1,234,567", 214},   {"COPY", 250},        {"verified", 292},
                                  {"01:00:00:00", 400}, {"00:00:10:12", 460}, {"NDF", 528},
-                                 {kWideHash, 830}};
+                                 {kWideHash, 830},     {address, 832}};
     const Edges detailedLeft = {{"clip.mov", 11},     {"2026-03-01", 11}, {"ProRes", 211},
                                 {"01:00:00:00", 329}, {"COPY", 461},      {"verified", 461},
                                 {kWideHash, 513}};
     constexpr double kTolerance = 0.3;
     for (const auto& [report, left, right, rowHeight] :
          {std::tuple(kStandard, Edges{{"clip.mov", 12}}, standardRight, 18.0),
-          std::tuple(kDetailed, detailedLeft, Edges{{"1,234,567", 203}}, 29.6)}) {
+          std::tuple(kDetailed, detailedLeft, Edges{{"1,234,567", 203}, {address, 833}}, 29.6)}) {
         SCOPED_TRACE(report.name);
         const auto words = pdfWords(write(report));
         const auto first = [words](const std::string& text) {

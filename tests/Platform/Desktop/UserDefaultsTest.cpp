@@ -66,6 +66,7 @@ TEST(Language, IsEnglishUnlessTurkishIsStored) {
         stored.defaults.setValue("appLanguage", value);
         EXPECT_EQ(Language::load(stored.defaults), language) << value;
     }
+    EXPECT_EQ(Language::displayName(AppLanguage::English), "English");
 }
 
 TEST(L10n, SetsArgumentsIntoBothLanguages) {
