@@ -9,6 +9,7 @@
 #include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QStyleHints>
 #include <QtQml/QQmlExtensionPlugin>
 #include <QtQuickTest/quicktest.h>
 
@@ -58,6 +59,11 @@ public:
     Setup() { QQuickStyle::setStyle("Basic"); }
 
 public Q_SLOTS:
+    static void applicationAvailable() {
+        // Copy and Stop take no click for as long after they changed places.
+        constexpr int kMilliseconds = 100;
+        QGuiApplication::styleHints()->setMouseDoubleClickInterval(kMilliseconds);
+    }
     void qmlEngineAvailable(QQmlEngine* engine) {
         engine->addImportPath("qrc:/qt/qml");
         engine->rootContext()->setContextProperty("desktop", &desktop_);
