@@ -111,10 +111,6 @@ struct Shape {
     std::optional<VolumeKind> kindWithoutService = std::nullopt;
 };
 
-void PrintTo(const Shape& shape, std::ostream* out) {
-    *out << shape.name;
-}
-
 /// On USB, as `change` makes it different from others.
 Shape usbDisk(const char* name, const char* fileSystem, const std::function<void(Machine&)>& change,
               const char* facts) {
@@ -190,51 +186,49 @@ std::string described(const VolumeFacts& facts, VolumeKind kind) {
            place + "|" + std::string(rawValue(kind));
 }
 
-class Hardware : public ::testing::TestWithParam<Shape> {
-protected:
-    Hardware() { GetParam().build(machine); }
-
-    /// A share has no device: its size is what its file system says.
-    std::int64_t sizeOf(const VolumeFacts& facts) const {
-        return facts.deviceIdentifier.empty()
-                   ? static_cast<std::int64_t>(
-                         std::filesystem::space(machine.mountPoint()).capacity)
-                   : kBytes;
-    }
-
-    Machine machine;
-};
+/// A share has no device: its size is what its file system says.
+std::int64_t sizeOf(const VolumeFacts& facts, const Machine& machine) {
+    return facts.deviceIdentifier.empty()
+               ? static_cast<std::int64_t>(std::filesystem::space(machine.mountPoint()).capacity)
+               : kBytes;
+}
 
 } // namespace
 
-TEST_P(Hardware, IsWhatTheServiceSays) {
-    const auto& shape = GetParam();
-    const MockUDisks service(machine.objects());
-    auto sources = machine.sources();
-    sources.busAddress = service.address();
-    const auto facts = DiskUtilClient::facts(machine.mountPoint(), sources);
-    EXPECT_EQ(service.timesAskedForObjects(), 1);
-    EXPECT_EQ(described(facts, VolumeClassifier::classify(facts).kind), shape.facts);
-    EXPECT_EQ(facts.totalBytes, sizeOf(facts));
+TEST(Hardware, IsWhatTheServiceSays) {
+    for (const auto& shape : kShapes) {
+        SCOPED_TRACE(shape.name);
+        Machine machine;
+        shape.build(machine);
+        const MockUDisks service(machine.objects());
+        auto sources = machine.sources();
+        sources.busAddress = service.address();
+        const auto facts = DiskUtilClient::facts(machine.mountPoint(), sources);
+        EXPECT_EQ(service.timesAskedForObjects(), 1);
+        EXPECT_EQ(described(facts, VolumeClassifier::classify(facts).kind), shape.facts);
+        EXPECT_EQ(facts.totalBytes, sizeOf(facts, machine));
+    }
 }
 
-TEST_P(Hardware, IsTheSameWithoutTheService) {
-    const auto& shape = GetParam();
-    const auto facts = DiskUtilClient::facts(machine.mountPoint(), machine.sources());
-    EXPECT_EQ(facts.totalBytes, sizeOf(facts));
-    // The kernel tells what is connected how; which of it is made to be taken out it does not.
-    const auto fields = Text::pieces(shape.facts, '|');
-    EXPECT_THAT(shape.facts, testing::StartsWith(facts.deviceIdentifier + "|" + facts.fileSystem +
-                                                 "|" + facts.protocolName + "|"));
-    const auto kind = rawValue(VolumeClassifier::classify(facts).kind);
-    if (shape.kindWithoutService)
-        EXPECT_EQ(kind, rawValue(*shape.kindWithoutService));
-    else
-        EXPECT_EQ(kind, fields.back());
+TEST(Hardware, IsTheSameWithoutTheService) {
+    for (const auto& shape : kShapes) {
+        SCOPED_TRACE(shape.name);
+        Machine machine;
+        shape.build(machine);
+        const auto facts = DiskUtilClient::facts(machine.mountPoint(), machine.sources());
+        EXPECT_EQ(facts.totalBytes, sizeOf(facts, machine));
+        // The kernel tells what is connected how; which of it is made to be taken out it does not.
+        const auto fields = Text::pieces(shape.facts, '|');
+        EXPECT_THAT(shape.facts,
+                    testing::StartsWith(facts.deviceIdentifier + "|" + facts.fileSystem + "|" +
+                                        facts.protocolName + "|"));
+        const auto kind = rawValue(VolumeClassifier::classify(facts).kind);
+        if (shape.kindWithoutService)
+            EXPECT_EQ(kind, rawValue(*shape.kindWithoutService));
+        else
+            EXPECT_EQ(kind, fields.back());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Shapes, Hardware, ::testing::ValuesIn(kShapes),
-                         [](const auto& shape) { return std::string(shape.param.name); });
 
 TEST(DiskService, IsNotBelievedWhileItIsBehindEvents) {
     struct Case {
