@@ -20,8 +20,10 @@ public:
         timer_.start(1);
     }
 
+    /// With the one that may have lasted since the last beat. GUI thread.
     std::chrono::milliseconds longest() const {
-        return std::chrono::duration_cast<std::chrono::milliseconds>(longest_);
+        const auto stall = std::max(longest_, sinceLastBeat(Clock::now(), waitedForProcessor()));
+        return std::chrono::duration_cast<std::chrono::milliseconds>(stall);
     }
 
 private:
@@ -35,10 +37,14 @@ private:
         return std::chrono::nanoseconds(waiting);
     }
 
+    Clock::duration sinceLastBeat(Clock::time_point now, Clock::duration waited) const {
+        return (now - last_) - (waited - lastWaited_);
+    }
+
     void beat() {
         const auto now = Clock::now();
         const auto waited = waitedForProcessor();
-        longest_ = std::max(longest_, (now - last_) - (waited - lastWaited_));
+        longest_ = std::max(longest_, sinceLastBeat(now, waited));
         last_ = now;
         lastWaited_ = waited;
     }
