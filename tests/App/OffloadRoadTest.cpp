@@ -77,8 +77,9 @@ TEST_P(OffloadRoad, FromThePluggedInCardToTheOpenedReport) {
     EXPECT_EQ(shown(Person::text(badge)), "Ekip2");
     // By keyboard from here on: Tab leads to the disk's row, and Space ticks it. As the only disk
     // it came ticked.
+    auto* shuttle = person.row("disks", "SHUTTLE");
     EXPECT_TRUE(person.see("copy")->isEnabled());
-    person.row("disks", "SHUTTLE")->forceActiveFocus(Qt::TabFocusReason);
+    shuttle->forceActiveFocus(Qt::TabFocusReason);
     person.press(Qt::Key_Space);
     EXPECT_FALSE(person.see("copy")->isEnabled());
     person.press(Qt::Key_Space);
