@@ -11,7 +11,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <utility>
 
 using namespace slatewise;
 using slatewise::test::TemporaryFolder;
@@ -39,13 +38,14 @@ TEST(UncachedFile, GoesThroughTheCacheWhereATransferIsRefused) {
 
     // Any other failure is the device's own, and the cache must not gloss over it.
     const auto aligned = buffer.bytes().first(content.size());
-    for (const auto& [call, code] : {std::pair(SYS_read, EIO), std::pair(SYS_write, ENOSPC)}) {
-        auto file = call == SYS_read ? UncachedFile::openForReading({root, "file"})
-                                     : UncachedFile::createForWriting({root, "full"});
+    for (const bool reads : {true, false}) {
+        const int code = reads ? EIO : ENOSPC;
+        auto file = reads ? UncachedFile::openForReading({root, "file"})
+                          : UncachedFile::createForWriting({root, "full"});
         int met = 0;
-        test::runWithout(call, code, [&] {
+        test::runWithout(reads ? SYS_read : SYS_write, code, [&] {
             try {
-                if (call == SYS_read)
+                if (reads)
                     (void)file.read(aligned);
                 else
                     file.write(aligned);
