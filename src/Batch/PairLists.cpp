@@ -42,9 +42,16 @@ void PairLists::settle(const BatchPair& pair, OffloadOutcome& outcome,
     };
     for (auto& problem : OffloadProblem::shortened(lists_.differences(outcome)))
         add(std::move(problem));
-    // What lies beneath a disk that is gone is none of ours.
-    if (!writes_ || !pair.destinationFolder || pair.findMissingFolder())
+    if (!writes_ || !pair.destinationFolder)
         return;
+    // What lies beneath a disk that is gone is none of ours, and a copy without the list that was
+    // wanted is told.
+    if (auto missing = pair.findMissingFolder()) {
+        const auto& known = outcome.problems;
+        if (std::find(known.begin(), known.end(), *missing) == known.end())
+            add(std::move(*missing));
+        return;
+    }
     try {
         const auto& disk = *pair.destinationFolder;
         auto added =
