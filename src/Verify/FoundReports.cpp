@@ -98,12 +98,13 @@ std::string nameOf(const ReportSet& set, const SaidPlace& listed,
     return name;
 }
 
-/// Whether a set is named after a folder whose name its manifest cannot hold. `place` ends in "/".
+/// Whether a set is named after a folder on the way to `place` whose name its manifest cannot hold.
 bool isNamedAfter(const std::filesystem::path& place, const ReportSet& set) {
-    const auto folder = place.parent_path().filename().native();
-    return Text::displayable(folder) != folder &&
-           set.folder.filename().native().find(Text::replaced(folder, " ", "_")) !=
-               std::string::npos;
+    const auto name = set.folder.filename().native();
+    return std::any_of(place.begin(), place.end(), [&](const std::filesystem::path& part) {
+        return Text::displayable(part.native()) != part.native() &&
+               name.find(Text::replaced(part.native(), " ", "_")) != std::string::npos;
+    });
 }
 
 /// Any file of a set shows that there was one, whatever it has lost. Fails as `typeOf` does.
@@ -266,7 +267,7 @@ private:
     }
 
     /// Where sessions of two names would be one folder, one of them is gone, and the other is only
-    /// named almost so: neither is taken for the other.
+    /// named almost so: neither is taken for the other, if it is known whose the folder is.
     void tellApart() {
         for (auto& [place, candidates] : std::exchange(sets_, {})) {
             const auto listed = [](const Candidate& each) {
@@ -275,9 +276,15 @@ private:
             std::set<std::string> names;
             for (const auto& each : candidates)
                 names.insert(nameOf(each.set, listed(each), tree_.root));
+            const auto isOwner = [&, &place = place](const Candidate& each) {
+                return isNamedAfter(tree_.root / place, each.set) ||
+                       placeIn(tree_.root, *each.set.manifest, listed(each)) == place;
+            };
+            const bool isKnown =
+                names.size() > 1 && std::any_of(candidates.begin(), candidates.end(), isOwner);
             for (auto& each : candidates) {
                 auto own = std::optional(place);
-                if (names.size() > 1 && !isNamedAfter(tree_.root / place / "", each.set))
+                if (isKnown && !isOwner(each))
                     own = placeIn(tree_.root, *each.set.manifest, listed(each));
                 if (own)
                     sets_[*own].push_back(std::move(each));

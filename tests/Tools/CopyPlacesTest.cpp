@@ -196,6 +196,18 @@ TEST_F(VerifyProgram, NoSessionStandsForAnotherThatIsGone) {
         const auto one = program("slatewise-verify", {"--quiet", disk / kept});
         EXPECT_EQ(one.exitCode, 0) << one.standardOutput << one.standardError;
     }
+    // Of one name, whoever shot it and wherever that name stands, the copy that is there counts.
+    std::filesystem::remove_all(disk);
+    std::filesystem::create_directory(disk);
+    for (const auto* crew : {"Unit 1", "Unit 2"}) {
+        std::filesystem::remove_all(disk / "bad \xff");
+        const auto copied = program("slatewise-offload",
+                                    {"--quiet", "--crew", crew, "--template",
+                                     "{Dest}/{CardName}/{Cam}", "--to", disk, folder / "bad \xff"});
+        ASSERT_EQ(copied.exitCode, 0) << copied.standardError;
+    }
+    const auto again = program("slatewise-verify", {"--quiet", disk});
+    EXPECT_EQ(again.exitCode, 0) << again.standardOutput << again.standardError;
 }
 
 TEST_F(VerifyProgram, ReportsThatACardBringsAreItsFootage) {
