@@ -5,10 +5,12 @@
 #include "Offload/ReportNames.h"
 #include "Platform/Disks/MountTable.h"
 #include "Platform/Files/FileSystem.h"
+#include "Platform/NameForms.h"
 #include "Platform/Text.h"
 #include "Storage/SupportPaths.h"
 
 #include <algorithm>
+#include <array>
 
 namespace slatewise::FolderOverlap {
 
@@ -22,11 +24,25 @@ struct Place {
     std::filesystem::path path;
 };
 
+/// Whether the folder knows it by other names, too. To list it would cost all that lies there.
+bool answersToOthers(const std::filesystem::path& folder, const std::string& name) {
+    // Of other letters nobody knows all that may be taken for the same.
+    if (NameForms::mayHaveForms(name))
+        return true;
+    auto upper = name;
+    for (char& letter : upper)
+        letter = letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+    const std::array<std::string, 2> others = {std::move(upper), Text::asciiLowercased(name)};
+    return std::any_of(others.begin(), others.end(), [&](const std::string& other) {
+        return other != name && FileSystem::exists(folder / other);
+    });
+}
+
 /// The name by which its folder lists it, where it may be called by others: some file systems take
 /// letters of either case for the same, and Unicode forms.
 std::filesystem::path asListed(const std::filesystem::path& folder,
                                const std::filesystem::path& name) {
-    if (!FileSystem::exists(folder / name))
+    if (!FileSystem::exists(folder / name) || !answersToOthers(folder, name.native()))
         return name;
     const auto form = [](const std::filesystem::path& any) {
         return Text::caseFolded(Text::composed(any.native()));
