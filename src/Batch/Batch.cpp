@@ -315,10 +315,11 @@ void Batch::giveUp(PairWork& work, OffloadProblem::Kind why) {
     // A set may stand by now that says otherwise, and the program may end before it is corrected.
     if (stand != PairWork::Stand::AtWork) {
         const auto disk = work.pair.destination.facts.mountPoint;
-        const auto archive = work.pair.archiveFolder->path();
+        const auto archive = work.pair.archiveFolder->path().lexically_normal();
+        const auto reports = (disk / ReportNames::folder).lexically_normal();
         tell({OffloadProblem::Kind::ReportsOutdated, archive.native()});
-        if (disk != archive)
-            tell({OffloadProblem::Kind::ReportsOutdated, (disk / ReportNames::folder).native()});
+        if (archive != disk && archive != reports)
+            tell({OffloadProblem::Kind::ReportsOutdated, reports.native()});
     }
     throw CancellationError();
 }

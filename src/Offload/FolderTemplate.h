@@ -90,7 +90,8 @@ bool leadsOut(std::string_view pathTemplate);
 
 /// The path, which is relative to the disk, if it is free there, else the first free of "<path>_2"
 /// to "<path>_99", else one with a random ending. What only looks the same beside it (another
-/// Unicode form, other bytes that are no UTF-8) takes its name, too. Never fails; blocks.
+/// Unicode form, other bytes that are no UTF-8) takes its name, too, and "ascmhl" is never free.
+/// Never fails; blocks.
 std::filesystem::path uniqueExisting(const std::filesystem::path& path, const RootFolder& disk);
 
 /// Without blanks around it; the default template when nothing is left.
