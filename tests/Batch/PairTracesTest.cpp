@@ -1,5 +1,6 @@
 #include "Batch/PairTraces.h"
 #include "Batch/BatchOfCards.h"
+#include "Batch/PairLists.h"
 #include "Platform/Error.h"
 #include "Storage/AppDatabase.h"
 #include "Storage/UserStore.h"
@@ -89,6 +90,26 @@ TEST_F(BatchOfCards, NoSetStandsAnywhereBeforeAllIsKnown) {
         for (const auto* root : {"archive", "SSD1"})
             std::filesystem::remove_all(desk.folder / root);
     }
+}
+
+// A look that fails between the run and its traces.
+TEST_F(BatchOfCards, AListThatIsNotWrittenSinceTheCardIsGoneIsTold) {
+    for (const auto* folder : {"A001", "SSD1"})
+        std::filesystem::create_directories(desk.folder / folder);
+    BatchPair pair;
+    pair.cardFolder = std::make_shared<const RootFolder>(desk.folder / "A001");
+    pair.destinationFolder = std::make_shared<const RootFolder>(desk.folder / "SSD1");
+    std::filesystem::rename(desk.folder / "A001", desk.folder / "gone");
+    OffloadSettings settings;
+    settings.writesHashList = true;
+    const PairLists lists(settings);
+    OffloadOutcome outcome;
+    outcome.status = OutcomeStatus::Verified;
+    std::vector<OffloadProblem::Kind> told;
+    for (int time = 0; time < 2; ++time)
+        lists.settle(pair, outcome, [&](const auto& problem) { told.push_back(problem.kind); });
+    EXPECT_THAT(told, ElementsAre(OffloadProblem::Kind::CardGone));
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
 }
 
 TEST_F(BatchOfCards, TheServiceIsToldWhatBecameOfTheReportsInTheEnd) {

@@ -40,14 +40,18 @@ bool waitUntilBlocked(pid_t process) {
 TEST_F(OffloadProgram, AnInterruptStopsCleanlyAndSaysWhatStays) {
     addLongClip("long.mov");
     const auto copy = folder / "Disk1/session/DCIM/long.mov";
+    // As for a program that is to outlive its terminal.
+    std::signal(SIGHUP, SIG_IGN);
     const auto result = offload({"--template", "session", "--to", folder / "Disk1", "--to",
                                  folder / "Disk2", folder / "A001"},
                                 130, [&](pid_t process) {
                                     EXPECT_TRUE(waitForFile(copy));
+                                    ::kill(process, SIGHUP);
                                     // As people ask some programs how far they are.
                                     ::kill(process, SIGUSR1);
                                     ::kill(process, SIGINT);
                                 });
+    std::signal(SIGHUP, SIG_DFL);
     EXPECT_THAT(result.standardError,
                 AllOf(HasSubstr("Cancelled."), HasSubstr(folder / "Disk1/session"),
                       Not(HasSubstr("Verification did not finish"))));
