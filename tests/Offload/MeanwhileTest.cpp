@@ -56,6 +56,9 @@ TEST_F(CopyEngineTest, WhatWasExchangedWhileItWasReadAndPutBackIsNotVerified) {
     const TemporaryFolder aside;
     writeFile(card / "DCIM/a", "content");
     writeFile(aside / "other/a", "CONTENT");
+    // Both may have been written in one tick of the clock.
+    std::filesystem::last_write_time(
+        aside / "other/a", std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
     const auto exchange = [&](const char* in, const char* out) {
         std::filesystem::rename(card / "DCIM", aside / out);
         std::filesystem::rename(aside / in, card / "DCIM");
