@@ -289,7 +289,7 @@ void History::complainOfStrays(bool isElseWhole, const Complaint& complain) {
 
 History History::toGoOn(const RootFolder& root, std::filesystem::path below) {
     auto lock = lockToAppend(root, below);
-    auto history = hasLists(root, below) ? load(root, below) : History(root, below);
+    auto history = hasLists(root, below) ? load(root, below) : History(root, std::move(below));
     history.lock_ = std::move(lock);
     return history;
 }

@@ -136,7 +136,7 @@ std::shared_ptr<StoreConnection> StoreConnection::waitingFor(const std::filesyst
                                                              std::chrono::milliseconds interval,
                                                              const std::string& failure) {
     AppLog::append("Store not opened, kept in memory until it can be: " + failure);
-    const auto connection = std::make_shared<StoreConnection>(InMemory());
+    auto connection = std::make_shared<StoreConnection>(InMemory());
     // A check may be of a session that only the file holds.
     connection->database_->exec("PRAGMA foreign_keys = OFF");
     connection->awaited_ = file;
@@ -210,7 +210,7 @@ std::int64_t StoreConnection::currentOutboxID(std::int64_t id) const {
     return moved == movedOutboxIDs_.end() ? id : moved->second;
 }
 
-void StoreConnection::keepTrying(std::weak_ptr<StoreConnection> waiting,
+void StoreConnection::keepTrying(const std::weak_ptr<StoreConnection>& waiting,
                                  std::chrono::milliseconds interval) {
     for (;;) {
         std::this_thread::sleep_for(interval);

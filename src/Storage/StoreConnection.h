@@ -94,7 +94,7 @@ private:
     /// is on the disk. Where that fails, all is written all the same, and only the log is told: as
     /// a failure of the transaction it would make somebody write everything twice.
     static void settle(const std::filesystem::path& file) noexcept;
-    static void keepTrying(std::weak_ptr<StoreConnection> waiting,
+    static void keepTrying(const std::weak_ptr<StoreConnection>& waiting,
                            std::chrono::milliseconds interval);
 
     mutable std::mutex lock_;

@@ -306,14 +306,14 @@ private:
             chooseFrom(place, candidates);
         }
         const auto& names = ReportWriter::fileNames;
-        for (auto* const unread : {&found_.damaged, &found_.unknown}) {
-            std::erase_if(*unread, [&](const UnreadReports& each) {
-                const auto set = each.path.parent_path();
-                return each.isOfSet() &&
-                       std::any_of(names.begin(), names.end(),
-                                   [&](std::string_view name) { return footage.has(set / name); });
-            });
-        }
+        const auto isFootage = [&](const UnreadReports& each) {
+            const auto set = each.path.parent_path();
+            return each.isOfSet() &&
+                   std::any_of(names.begin(), names.end(),
+                               [&](std::string_view name) { return footage.has(set / name); });
+        };
+        std::erase_if(found_.damaged, isFootage);
+        std::erase_if(found_.unknown, isFootage);
     }
 
     void chooseFrom(const std::string& place, std::vector<Candidate>& candidates) {
