@@ -7,13 +7,13 @@
 #include "Platform/Files/RootFolder.h"
 #include "Platform/Text.h"
 #include "Reports/ReportWriter.h"
+#include "Verify/Footage.h"
 #include "Verify/SessionFolder.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <optional>
-#include <unordered_set>
 #include <utility>
 
 namespace slatewise::Verify {
@@ -153,34 +153,6 @@ std::filesystem::path reportsOf(const ReportSet& set, const std::filesystem::pat
         disk = disk.parent_path();
     return disk / ReportNames::folder;
 }
-
-/// Which of the files below a root are the footage of its own session: a card may bring sets of
-/// reports, which speak of what lay elsewhere.
-class Footage {
-public:
-    /// `own` may be null, when nothing is; it must outlive this.
-    Footage(const SessionManifest* own, std::filesystem::path root)
-        : own_(own), root_(std::move(root)) {}
-
-    bool has(const std::filesystem::path& file) {
-        const auto below = file.lexically_relative(root_).native();
-        if (!own_ || !MediaHashList::leadsDown(below))
-            return false;
-        // Most sessions have no folder of reports, and a million files.
-        if (names_.empty()) {
-            for (const auto& each : own_->files) {
-                if (each.action != RowAction::Skip)
-                    names_.insert(Text::composed(each.relativePath));
-            }
-        }
-        return names_.contains(Text::composed(Text::displayable(below)));
-    }
-
-private:
-    const SessionManifest* own_;
-    std::filesystem::path root_;
-    std::unordered_set<std::string> names_;
-};
 
 class Search {
 public:
