@@ -23,7 +23,7 @@ void tell(const std::string& sentence) {
     // What a library says may be of any length.
     constexpr std::size_t kLongestSentence = 400;
     const auto shown = Text::shortened(Text::visible(sentence), kLongestSentence);
-    std::fprintf(stderr, "slatewise-dit: %s\n", shown.c_str());
+    (void)std::fprintf(stderr, "slatewise-dit: %s\n", shown.c_str());
 }
 
 void tellOfFailure(const std::string& reason) {
@@ -34,7 +34,7 @@ void tellOfFailure(const std::string& reason) {
 /// The toolkit aborts where it finds no display, as if it had crashed.
 void endWithoutDisplay(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     if (type != QtFatalMsg) {
-        std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+        (void)std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
         return;
     }
     tellOfFailure(L10n::current().cannotStart(message.simplified().toStdString()));
@@ -79,7 +79,7 @@ int runWithDisplay(int count, char** words) {
 
 int main(int count, char** words) {
     // Whoever started this from a terminal may close it.
-    std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGPIPE, SIG_IGN);
     sayWhatEndsIt("slatewise-dit");
     endProcess(runWithDisplay(count, words));
 }

@@ -70,10 +70,10 @@ void withdrawIfMoved(const BatchPair& pair, OffloadOutcome& outcome, RunMailbox&
 
 } // namespace
 
-Batch::Batch(BatchPlan plan, const BatchSurroundings& surroundings,
-             std::shared_ptr<AppDatabase> database, BatchListener& listener)
-    : plan_(std::move(plan)), surroundings_(surroundings), database_(std::move(database)),
-      listener_(&listener) {}
+Batch::Batch(BatchPlan plan, BatchSurroundings surroundings, std::shared_ptr<AppDatabase> database,
+             BatchListener& listener)
+    : plan_(std::move(plan)), surroundings_(std::move(surroundings)),
+      database_(std::move(database)), listener_(&listener) {}
 
 void Batch::start() {
     QTimer::singleShot(0, [self = shared_from_this()] { run(self); });

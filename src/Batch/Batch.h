@@ -50,8 +50,8 @@ public:
 /// a worker that the batch awaits.
 class Batch : public std::enable_shared_from_this<Batch> {
 public:
-    Batch(BatchPlan plan, const BatchSurroundings& surroundings,
-          std::shared_ptr<AppDatabase> database, BatchListener& listener);
+    Batch(BatchPlan plan, BatchSurroundings surroundings, std::shared_ptr<AppDatabase> database,
+          BatchListener& listener);
 
     /// Begins once the event loop is back: the listener hears of nothing, and of no end, within
     /// this call. The batch keeps itself alive to its end.

@@ -9,7 +9,7 @@
 namespace slatewise::BatchObstacle {
 
 std::optional<std::string> find(const BatchPlan& plan) {
-    if (const auto overlap = FolderOverlap::find(plan, Clock::now()))
+    if (auto overlap = FolderOverlap::find(plan, Clock::now()))
         return overlap;
     const auto freeBytes = [](const auto& folder) -> std::optional<std::int64_t> {
         const auto capacity = PathSize::volumeBytes(folder);

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace slatewise::MediaHashList {
@@ -22,7 +23,7 @@ namespace slatewise::MediaHashList {
 /// holds now, and the generations that are written of what was proved. One thread at a time.
 class TransferLists {
 public:
-    explicit TransferLists(const OffloadSettings& settings) : settings_(settings) {}
+    explicit TransferLists(OffloadSettings settings) : settings_(std::move(settings)) {}
 
     /// Whether a card brings any that would be copied.
     static bool areAmong(std::span<const InventoryEntry> entries);

@@ -93,6 +93,7 @@ void AppModel::setLanguageCode(const QString& code) {
 
 void AppModel::showLanguages() {
     std::vector<Choice> rows;
+    rows.reserve(Language::allCases.size());
     for (const auto language : Language::allCases) {
         rows.push_back({toQString(Language::rawValue(language)),
                         toQString(Language::displayName(language)),

@@ -114,6 +114,7 @@ std::vector<OffloadProblem> findLost(const RootFolder& disk, const std::filesyst
     if (lost.empty())
         return problems;
     std::vector<std::string> names;
+    names.reserve(lost.size());
     for (const auto& [name, row] : lost)
         names.push_back(name);
     for (const auto& same : NameForms::inOtherForms(names, listing.namesBeside(rows))) {

@@ -235,9 +235,10 @@ class Transfer::Stages {
 public:
     explicit Stages(std::size_t size)
         : exchange_(std::make_shared<Exchange>(size)),
-          writer_([exchange = exchange_](std::stop_token end) { writeChunks(*exchange, end); }) {
+          writer_(
+              [exchange = exchange_](const std::stop_token& end) { writeChunks(*exchange, end); }) {
         std::packaged_task<void(std::stop_token)> reading(
-            [exchange = exchange_](std::stop_token end) { readFiles(*exchange, end); });
+            [exchange = exchange_](const std::stop_token& end) { readFiles(*exchange, end); });
         readerEnd_ = reading.get_future();
         reader_ = std::jthread(std::move(reading));
     }

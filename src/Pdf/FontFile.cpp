@@ -31,7 +31,7 @@ constexpr hb_tag_t kCff = HB_TAG('C', 'F', 'F', ' ');
 std::string bytes(hb_blob_t* blob) {
     unsigned size = 0;
     const char* data = hb_blob_get_data(blob, &size);
-    return std::string(data, size);
+    return {data, size};
 }
 
 Blob table(hb_face_t* face, hb_tag_t tag) {

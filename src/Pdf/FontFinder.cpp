@@ -99,7 +99,7 @@ std::optional<FontFinder::Place> FontFinder::findFor(char32_t character) {
         if (FcPatternGetCharSet(font, FC_CHARSET, 0, &characters) != FcResultMatch ||
             !FcCharSetHasChar(characters, character))
             continue;
-        if (const auto place = placeOf(font))
+        if (auto place = placeOf(font))
             return place;
     }
     return std::nullopt;

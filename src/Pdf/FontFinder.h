@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-struct _FcFontSet;
+struct _FcFontSet; // NOLINT(bugprone-reserved-identifier): not our name
 
 namespace slatewise {
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace slatewise {
 
@@ -56,8 +57,8 @@ std::size_t breakBefore(std::string_view text, std::size_t end) {
 
 } // namespace
 
-PdfCanvas::PdfCanvas(const FileBeneath& file, const Description& description)
-    : file_(file), description_(description), pageTree_(file_.reserve()),
+PdfCanvas::PdfCanvas(const FileBeneath& file, Description description)
+    : file_(file), description_(std::move(description)), pageTree_(file_.reserve()),
       resources_(file_.reserve()) {}
 
 void PdfCanvas::beginPage() {

@@ -81,7 +81,7 @@ public:
     };
 
     /// Creates the file, in place of one that is there.
-    PdfCanvas(const FileBeneath& file, const Description& description);
+    PdfCanvas(const FileBeneath& file, Description description);
 
     void beginPage();
     void endPage();

@@ -8,6 +8,7 @@
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -15,8 +16,6 @@
 #include <csignal>
 #include <string_view>
 #include <thread>
-
-extern char** environ;
 
 namespace slatewise::ChildProcess {
 
@@ -109,12 +108,13 @@ std::vector<std::string> environmentFor(const Command& command) {
             entries.emplace_back(text);
     }
     for (const auto& [name, value] : command.environment)
-        entries.push_back(name + "=" + value);
+        entries.push_back(std::string(name).append("=").append(value));
     return entries;
 }
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (auto& text : texts)
         result.push_back(text.data());
     result.push_back(nullptr);

@@ -19,7 +19,7 @@ namespace slatewise::HttpSession {
 namespace {
 
 /// More than any answer we know how to read.
-constexpr std::size_t kLargestAnswerBytes = 1024 * 1024;
+constexpr std::size_t kLargestAnswerBytes = std::size_t{1024} * 1024;
 
 /// A body that can be read once. A body that can be rewound would be sent again, without a word,
 /// when a connection breaks before the answer. Behind the answer rewinding does no harm, and some
@@ -69,7 +69,7 @@ QNetworkAccessManager& session() {
 }
 
 QUrl addressFrom(const std::string& text) {
-    const QUrl url(QString::fromStdString(text), QUrl::StrictMode);
+    QUrl url(QString::fromStdString(text), QUrl::StrictMode);
     const bool isWeb = url.scheme() == "http" || url.scheme() == "https";
     if (!url.isValid() || !isWeb || url.host().isEmpty())
         throw Error("not a web address");

@@ -69,7 +69,7 @@ std::string prettyText(const Value& value) {
 void prettyText(Value object, const char* listKey, std::size_t itemCount,
                 const std::function<Value(std::size_t)>& item,
                 const std::function<void(std::string_view)>& put) {
-    constexpr std::size_t kDepth = 2 * kIndent;
+    constexpr std::size_t kDepth = std::size_t{2} * kIndent;
     object[listKey] = Value::array();
     std::string piece = "{";
     bool isFirst = true;

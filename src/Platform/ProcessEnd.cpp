@@ -16,7 +16,7 @@ namespace slatewise {
 void endProcess(int exitCode) {
     std::cout.flush();
     std::cerr.flush();
-    std::fflush(nullptr);
+    (void)std::fflush(nullptr);
     std::_Exit(exitCode);
 }
 
@@ -67,7 +67,7 @@ void print(const char* text) {
 void sayWhatEndsIt(const char* program) {
     programName = program;
     std::set_terminate(endWithASentence);
-    std::signal(SIGXFSZ, SIG_IGN);
+    (void)std::signal(SIGXFSZ, SIG_IGN);
 }
 
 } // namespace slatewise

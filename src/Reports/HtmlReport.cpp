@@ -117,11 +117,11 @@ void HtmlReport::renderHeader(HtmlText& page, const SessionManifest& manifest) c
     // There may be very many: what was copied where is said before them.
     renderSentences(page, "failure", l10n_.reportProblems(), manifest.problems);
     renderSentences(page, "note", l10n_.reportNotes(), manifest.notes);
-    page.raw("<div class=\"toolbar\"><button type=\"button\" onclick=\"")
+    page.raw(R"(<div class="toolbar"><button type="button" onclick=")")
         .raw(kOpenAll)
         .raw("\">")
         .escaped(l10n_.expandAll())
-        .raw("</button><button type=\"button\" onclick=\"")
+        .raw(R"(</button><button type="button" onclick=")")
         .raw(kCloseAll)
         .raw("\">")
         .escaped(l10n_.collapseAll())

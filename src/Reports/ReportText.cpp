@@ -56,11 +56,13 @@ std::string fileModified(Instant moment) {
 }
 
 std::string number(std::string plain, AppLanguage language) {
-    return language == AppLanguage::Turkish ? Text::replaced(plain, ".", ",") : plain;
+    if (language == AppLanguage::Turkish)
+        plain = Text::replaced(plain, ".", ",");
+    return plain;
 }
 
 std::string formatClipDate(std::string_view text, AppLanguage language) {
-    const auto trimmed = Text::trimmed(text);
+    auto trimmed = Text::trimmed(text);
     const auto [date, zone] = withoutZone(trimmed);
     if (isZero(date))
         return "";

@@ -21,7 +21,7 @@ constexpr int kMargin = 4;
 
 using Lines = std::vector<std::string>;
 
-Lines orDash(Lines lines) {
+Lines orDash(const Lines& lines) {
     return lines.empty() ? Lines{"—"} : lines;
 }
 
@@ -46,7 +46,7 @@ protected:
     }
 
     void renderHead(HtmlText& page, const SessionManifest& manifest) const override {
-        page.raw("<div class=\"heads\"><div class=\"head\">");
+        page.raw(R"(<div class="heads"><div class="head">)");
         for (const auto title : columnTitles())
             page.raw("<span>").escaped(title).raw("</span>");
         page.raw("</div></div>\n<div class=\"card-row\"><span class=\"card-name\">")
@@ -69,11 +69,11 @@ protected:
 
     void renderFile(HtmlText& page, const ReportNode& node, int depth) const override {
         const auto& file = *node.file;
-        page.raw("<li><div class=\"file row\" style=\"--d:")
+        page.raw(R"(<li><div class="file row" style="--d:)")
             .number(depth)
             .raw("\">\n<span class=\"name\" style=\"padding-left:")
             .number(depth * kIndent + kMargin)
-            .raw("px\"><span class=\"file-id\"><span class=\"label\">")
+            .raw(R"(px"><span class="file-id"><span class="label">)")
             .escaped(node.name)
             .raw("</span>");
         if (file.mtime)

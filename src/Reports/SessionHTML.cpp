@@ -49,7 +49,7 @@ protected:
     }
 
     void renderHead(HtmlText& page, const SessionManifest&) const override {
-        page.raw("<div class=\"heads\"><div class=\"head\">");
+        page.raw(R"(<div class="heads"><div class="head">)");
         std::string_view opening = "<span class=\"n\">";
         for (const auto title : columnTitles()) {
             page.raw(opening).escaped(title).raw("</span>");
@@ -67,20 +67,20 @@ protected:
 
     void renderFile(HtmlText& page, const ReportNode& node, int depth) const override {
         const auto& file = *node.file;
-        page.raw("<li><div class=\"file row\" style=\"--d:")
+        page.raw(R"(<li><div class="file row" style="--d:)")
             .number(depth)
             .raw("\" title=\"")
             .raw(file.mtime ? Clock::iso8601(*file.mtime) : "")
-            .raw("\"><span class=\"name\" style=\"padding-left:")
+            .raw(R"("><span class="name" style="padding-left:)")
             .number(depth * kIndent + kMargin)
-            .raw("px\"><span class=\"label\">")
+            .raw(R"(px"><span class="label">)")
             .escaped(node.name)
             .raw("</span></span>");
         sizeCell(page, file.sizeBytes);
         renderFate(page, file);
         renderTiming(page, file);
         const auto hash = file.sourceSHA256.value_or("");
-        page.raw("<span class=\"hash\" title=\"")
+        page.raw(R"(<span class="hash" title=")")
             .escaped(hash)
             .raw("\">")
             .escaped(hash)

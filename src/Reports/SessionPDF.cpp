@@ -134,8 +134,12 @@ public:
             const double x = colX(column, widths_);
             lines.push_back({x, top_, x, bottom_});
         }
-        for (double y = top_ - kHeadHeight; y > bottom_ + kRuleWidth; y -= kRowHeight)
+        const double first = top_ - kHeadHeight;
+        const auto rows = std::ceil((first - bottom_ - kRuleWidth) / kRowHeight);
+        for (int row = 0; row < rows; ++row) {
+            const double y = first - row * kRowHeight;
             lines.push_back({kTableLeft, y, kTableRight, y});
+        }
         canvas_.stroke(lines, kRule, kRuleWidth);
         canvas_.stroke({kTableLeft, bottom_, kTableWidth, top_ - bottom_}, kRule, kRuleWidth);
     }

@@ -70,7 +70,7 @@ QCoro::Task<void> DirectSaaSClient::presence() const {
     return postAndForget(*this, "/api/presence", ServiceMessages::presence(profile, hostname));
 }
 
-QCoro::Task<void> DirectSaaSClient::notifyDetected(std::string driveName) const {
+QCoro::Task<void> DirectSaaSClient::notifyDetected(const std::string& driveName) const {
     return postAndForget(*this, "/api/session/notify_event",
                          ServiceMessages::detected(profile, driveName));
 }

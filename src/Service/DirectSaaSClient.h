@@ -31,7 +31,7 @@ struct DirectSaaSClient {
     QCoro::Task<void> presence() const;
 
     /// Says that a card was inserted. A failure is dropped.
-    QCoro::Task<void> notifyDetected(std::string driveName) const;
+    QCoro::Task<void> notifyDetected(const std::string& driveName) const;
 
     /// Reports one session, one request after the other; the first that fails ends it.
     QCoro::Task<void> flush(std::shared_ptr<const OutboxPayload> payload) const;

@@ -17,7 +17,7 @@ namespace slatewise {
 
 namespace {
 
-constexpr std::size_t kLargestProfileBytes = 64 * 1024;
+constexpr std::size_t kLargestProfileBytes = std::size_t{64} * 1024;
 
 using Kind = ProfileRefusal::Kind;
 

@@ -277,12 +277,12 @@ private:
             });
             chooseFrom(place, candidates);
         }
-        const auto& names = ReportWriter::fileNames;
         const auto isFootage = [&](const UnreadReports& each) {
             const auto set = each.path.parent_path();
             return each.isOfSet() &&
-                   std::any_of(names.begin(), names.end(),
-                               [&](std::string_view name) { return footage.has(set / name); });
+                   std::ranges::any_of(ReportWriter::fileNames, [&](std::string_view name) {
+                       return footage.has(set / name);
+                   });
         };
         std::erase_if(found_.damaged, isFootage);
         std::erase_if(found_.unknown, isFootage);

@@ -159,6 +159,7 @@ std::vector<ClassifiedVolume> VolumeMonitor::read() {
         return {};
     const auto disks = lookAtDisks(mountPoints);
     std::vector<PatientReader::Subject> subjects;
+    subjects.reserve(mountPoints.size());
     for (const auto& mountPoint : mountPoints)
         subjects.push_back(subject(*disks, mountPoint));
     const auto facts =

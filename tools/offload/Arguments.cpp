@@ -25,6 +25,7 @@ constexpr const char* kFooter =
 
 std::vector<std::string> rawLanguages() {
     std::vector<std::string> values;
+    values.reserve(Language::allCases.size());
     for (const auto language : Language::allCases)
         values.emplace_back(Language::rawValue(language));
     return values;

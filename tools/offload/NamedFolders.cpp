@@ -118,7 +118,7 @@ struct Board {
 
 /// `list` is one of the two lists of what is seen, which keep their length.
 void lookAside(const std::shared_ptr<Board>& board, std::vector<NamedFolder> NamedFolders::*list,
-               std::size_t index, std::string typed, L10n l10n) {
+               std::size_t index, const std::string& typed, L10n l10n) {
     const bool isCard = list == &NamedFolders::cards;
     WorkerPool::start([=] {
         auto folder = isCard ? cardNamed(typed) : unseen(typed, VolumeKind::Destination);

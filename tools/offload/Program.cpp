@@ -17,9 +17,9 @@
 namespace slatewise::tool {
 
 void runProgram(std::string_view name, int count, char** words, const Work& work) {
-    std::setlocale(LC_ALL, "");
+    (void)std::setlocale(LC_ALL, "");
     // Whoever watched the progress may go; the work goes on.
-    std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGPIPE, SIG_IGN);
     sayWhatEndsIt(name.data());
     // They outlive what fails, and end with the process.
     std::optional<Interruption> interruption;

@@ -126,7 +126,7 @@ ProgressDisplay::ProgressDisplay(const Texts& texts, Output output)
     : texts_(texts), isSilent_(output == Output::ErrorsOnly), isTerminal_(::isatty(STDERR_FILENO)),
       shownKind_(std::variant_npos) {}
 
-void ProgressDisplay::setLabel(std::string label) {
+void ProgressDisplay::setLabel(const std::string& label) {
     const std::lock_guard guard(lock_);
     label_ = Text::visible(label);
     shownKind_ = std::variant_npos;

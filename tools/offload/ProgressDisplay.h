@@ -21,7 +21,7 @@ public:
     ProgressDisplay(const Texts& texts, Output output);
 
     /// Text before every line from here on, such as which pair of a batch is at work.
-    void setLabel(std::string label);
+    void setLabel(const std::string& label);
 
     void show(const OffloadPhase& phase);
 

@@ -29,13 +29,14 @@ void useDarkPalette() {
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): whoever takes pictures may see it end.
 int main(int count, char** words) {
     QQuickStyle::setStyle("Basic");
     QGuiApplication application(count, words);
     const auto arguments = QGuiApplication::arguments();
     if (arguments.size() != 5 && arguments.size() != 7) {
-        std::fputs("usage: slatewise-screenshots SCENE LANGUAGE light|dark FILE [WIDTH HEIGHT]\n",
-                   stderr);
+        (void)std::fputs(
+            "usage: slatewise-screenshots SCENE LANGUAGE light|dark FILE [WIDTH HEIGHT]\n", stderr);
         return 2;
     }
     if (arguments.at(3) == "dark")

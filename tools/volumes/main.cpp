@@ -88,7 +88,7 @@ int run(int count, char** words) {
 } // namespace
 
 int main(int count, char** words) {
-    std::setlocale(LC_ALL, "");
+    (void)std::setlocale(LC_ALL, "");
     sayWhatEndsIt("slatewise-volumes");
     endProcess(run(count, words));
 }

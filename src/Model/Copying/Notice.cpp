@@ -6,7 +6,7 @@
 namespace slatewise {
 
 std::string Notice::text(L10n l10n) const {
-    const auto about = Text::displayable(subject);
+    auto about = Text::displayable(subject);
     switch (kind) {
     case Kind::CardWithoutUnit:
         return l10n.cardHasNoUnit(about);

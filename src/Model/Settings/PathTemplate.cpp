@@ -46,6 +46,7 @@ void PathTemplate::showChoices() {
         add(entry.token);
     tokens_.setRows(std::move(tokens));
     std::vector<Choice> presets;
+    presets.reserve(std::size(FolderTemplate::choices));
     for (const auto& choice : FolderTemplate::choices) {
         presets.push_back({toQString(choice.pathTemplate),
                            toQString(TemplatePreview::choiceName(choice, state_.language)),

@@ -120,7 +120,7 @@ private:
 };
 
 std::optional<std::string> recordedStamp(const Track& general, const CameraFacts& camera) {
-    const auto date = camera.string("UserDate");
+    auto date = camera.string("UserDate");
     const auto time = camera.string("UserTime");
     if (date && time)
         return *date + " " + *time;

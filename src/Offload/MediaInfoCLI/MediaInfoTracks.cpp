@@ -120,8 +120,10 @@ std::vector<Track> tracksIn(std::string_view bytes) {
         return {};
     auto& list = root["media"]["track"];
     std::vector<Track> tracks;
-    if (list.is_object())
+    if (list.is_object()) {
         tracks.emplace_back(std::move(list));
+        return tracks;
+    }
     if (!list.is_array())
         return tracks;
     for (auto& element : list) {

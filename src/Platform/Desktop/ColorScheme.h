@@ -22,10 +22,10 @@ Q_SIGNALS:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-private Q_SLOTS:
-    void portalSettingChanged(const QString& space, const QString& key, const QDBusVariant& value);
-
 private:
+    Q_SLOT void portalSettingChanged(const QString& space, const QString& key,
+                                     const QDBusVariant& value);
+
     /// As the portal numbers them.
     enum class Preference { None = 0, Dark = 1, Light = 2 };
 

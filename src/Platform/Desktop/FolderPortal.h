@@ -34,10 +34,9 @@ public:
     /// Takes the dialog away; its question gets no answer any more.
     void close();
 
-private Q_SLOTS:
-    void responded(uint response, const QVariantMap& results);
-
 private:
+    Q_SLOT void responded(uint response, const QVariantMap& results);
+
     void askWith(const Question& question);
     void give(End end, std::filesystem::path folder = {});
 

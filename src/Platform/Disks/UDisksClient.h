@@ -14,8 +14,8 @@ class UDisksError : public Error {
 public:
     /// `name` is the error's own, as the service has it:
     /// "org.freedesktop.UDisks2.Error.DeviceBusy".
-    UDisksError(std::string description, std::string name)
-        : Error(std::move(description)), name_(std::move(name)) {}
+    UDisksError(const std::string& description, std::string name)
+        : Error(description), name_(std::move(name)) {}
 
     const std::string& name() const noexcept { return name_; }
 

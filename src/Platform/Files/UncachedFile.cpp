@@ -193,8 +193,8 @@ UncachedFile UncachedFile::createForWriting(const FileBeneath& file) {
     // attempt could not tell that file from a stranger's. So it is made first and asked then.
     auto descriptor = file.folder.open(file.relative, kNewFile);
     const bool isDirect = ::fcntl(descriptor.get(), F_SETFL, O_DIRECT) == 0;
-    return UncachedFile(std::move(descriptor), file.path(),
-                        isDirect ? FileAccess::Direct : FileAccess::CacheDropped);
+    return {std::move(descriptor), file.path(),
+            isDirect ? FileAccess::Direct : FileAccess::CacheDropped};
 }
 
 bool UncachedFile::isKeptInMemory() const noexcept {
