@@ -31,20 +31,23 @@ void collect(QQuickItem* item, const std::function<bool(QQuickItem*)>& wanted,
         collect(child, wanted, found);
 }
 
-/// A program in the user's PATH that notes the files it is asked to open.
-void installStandIn(const std::filesystem::path& folder, const std::filesystem::path& notes) {
-    const auto program = folder / "xdg-open";
-    writeFile(program, "#!/bin/sh\nprintf '%s\\n' \"$1\" >> '" + notes.native() + "'\n");
+/// Puts a program into the PATH that notes in the folder of the user what it is asked to open. Qt
+/// remembers the first that it finds, so one serves every person.
+void installStandIn() {
+    static const TemporaryFolder programs;
+    const auto program = programs / "xdg-open";
+    if (std::filesystem::exists(program))
+        return;
+    writeFile(program, "#!/bin/sh\nprintf '%s\\n' \"$1\" >> \"${XDG_DATA_HOME%/*}/opened\"\n");
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    ::setenv("PATH", (programs.path().native() + ":" + std::getenv("PATH")).c_str(), 1);
 }
 
 } // namespace
 
 Person::Home::Home(const TemporaryFolder& folder) {
     becomeUserIn(folder.path());
-    installStandIn(folder / "bin", folder / "opened");
-    static const std::string path = std::getenv("PATH");
-    ::setenv("PATH", ((folder / "bin").native() + ":" + path).c_str(), 1);
+    installStandIn();
 }
 
 Person::Person() : home_(folder_), defaults_(folder_ / "config/settings.ini") {
