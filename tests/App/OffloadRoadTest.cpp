@@ -11,6 +11,7 @@
 #include <QFileDialog>
 #include <QPushButton>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QToolButton>
 
 #include <map>
@@ -64,6 +65,8 @@ TEST_P(OffloadRoad, FromThePluggedInCardToTheOpenedReport) {
         person.click(person.see("done"));
         Person::wait("closed settings", [&] { return person.see("languages") == nullptr; });
     }
+    EXPECT_EQ(person.see("copy")->window()->height(),
+              QGuiApplication::primaryScreen()->availableGeometry().height());
     EXPECT_EQ(shown(Person::text(person.see("copy"))), words.copy);
     EXPECT_FALSE(person.see("copy")->isEnabled());
 

@@ -212,6 +212,10 @@ TEST(MediaHashListTest, AHistoryGrowsAndSaysWhatEachValueIsToIt) {
         History::loadReadable(handle, {}, [&](const auto&, const Error&) { ++complaints; });
     EXPECT_EQ(complaints, 1);
     EXPECT_EQ(readable.generations().size(), 3U);
+
+    const auto longest = folder / std::string(255, 'x');
+    std::filesystem::create_directory(longest);
+    EXPECT_NO_THROW((void)History(RootFolder(longest)).append(older)) << "a name of its own length";
 }
 
 TEST(MediaHashListTest, HistoriesFurtherDownGrowFirstAndAreNamedAbove) {
@@ -344,7 +348,9 @@ TEST(MediaHashListTest, RefusesWhatIsNoListOrWouldDoHarm) {
         return "<hash><path>" + path + "</path>" + value + "</hash>";
     };
     const std::string good = "<md5>5d41402abc4b2a76b9719d911017c592</md5>";
-    EXPECT_NO_THROW((void)readGeneration(listOf(hash("a/b", good))));
+    const std::string strange =
+        "<directoryhash><path>a</path><odd><path>/</path></odd></directoryhash>";
+    EXPECT_NO_THROW((void)readGeneration(listOf(hash("a/b", good) + strange)));
     const std::vector<std::string> bad = {"",
                                           "{}",
                                           "<hashlist/>",

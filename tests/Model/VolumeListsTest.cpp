@@ -185,6 +185,11 @@ TEST_F(Application, MeasuresInTheBackgroundAndAnewWhenRulesChange) {
     EXPECT_EQ(resets, 0) << "lines that stay keep their delegates";
     // A card that is ticked only now must not show what it held under other rules.
     Desk::waitUntil([&] { return model().cards()->rows()[1].subtitle == "2 bytes"; });
+    // Nor what it held before it was used again.
+    model().cards()->toggle(card);
+    writeFile(model().cards()->rows()[0].path.toStdString() + "/late.mov", "1");
+    model().cards()->toggle(card);
+    Desk::waitUntil([&] { return model().cards()->totalText() == "6 bytes"; });
     model().settings()->addSkipName("  ");
     EXPECT_EQ(model().settings()->extraExcludes()->rowCount(), 1);
 }

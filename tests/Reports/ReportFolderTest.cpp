@@ -123,6 +123,9 @@ TEST_F(ReportFolders, OneNameIsClaimedOnBothSides) {
     EXPECT_EQ(ReportFolder::claim("same", kID, RootFolder(reports), &root), "same");
     EXPECT_EQ(ReportFolder::claim("alone", kID, RootFolder(archive), nullptr), "alone");
     EXPECT_FALSE(std::filesystem::exists(reports / "alone"));
+    writeFile(folder / "no place/reports", "");
+    const RootFolder noPlace(folder / "no place");
+    EXPECT_EQ(ReportFolder::claim("kept", kID, RootFolder(archive), &noPlace), "kept");
 }
 
 TEST_F(ReportFolders, ASetIsPutWholeOrNotAtAll) {

@@ -2,11 +2,13 @@
 
 #include "Offload/OffloadSettings.h"
 #include "Platform/Error.h"
+#include "Platform/FileDescriptor.h"
 #include "Platform/Files/FileSystem.h"
 #include "Storage/SupportPaths.h"
 #include "support/Files.h"
 #include "support/Process.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -58,6 +60,11 @@ TEST_F(SupportFolders, ALogThatCannotBeWrittenCostsTheLineAlone) {
     const auto pipe = folder / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_THROW(FileSystem::append(pipe, "held up for ever"), PosixError);
+    const FileDescriptor reader(::open(pipe.c_str(), O_RDWR));
+    std::filesystem::permissions(pipe, std::filesystem::perms(0620));
+    FileSystem::append(pipe, "read");
+    EXPECT_EQ(std::filesystem::status(pipe).permissions(), std::filesystem::perms(0620))
+        << "not ours";
 }
 
 TEST(AppLog, PrunesDayFilesPastTheirTimeOnly) {

@@ -64,9 +64,14 @@ TEST_F(VerifyProgram, ReadsTheDiskThatTheSessionWentToAndNoOther) {
     const auto stored = storedAs(archived());
     EXPECT_EQ(Verify::findListsOf(stored).files.size(), 4U);
     EXPECT_TRUE(Verify::findListsOf(stored).troubles.empty());
+    const auto gone = folder / "archive that is gone";
+    EXPECT_EQ(Verify::findListsOf({stored.id, gone, stored.root}).files.size(), 4U);
     const auto sums = readFile(reports / "checksums.sha256");
-    writeFile(reports / "checksums.sha256", sums.substr(sums.find('\n') + 1));
+    const auto end = sums.find('\n') + 1;
+    writeFile(reports / "checksums.sha256", sums.substr(end));
     EXPECT_EQ(Verify::findListsOf(stored).troubles.size(), 1U) << "the archive's is whole";
+    writeFile(reports / "checksums.sha256", sums.substr(end) + sums.substr(0, end));
+    EXPECT_TRUE(Verify::findListsOf(stored).troubles.empty()) << "the same in another order";
     writeFile(reports / "checksums.sha256", sums);
     const auto text = readFile(reports / "manifest.json");
     writeFile(reports / "manifest.json", Text::replaced(text, stored.id, session.id));
