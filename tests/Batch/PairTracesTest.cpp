@@ -113,32 +113,27 @@ TEST_F(BatchOfCards, AListThatIsNotWrittenSinceTheCardIsGoneIsTold) {
 }
 
 TEST_F(BatchOfCards, TheServiceIsToldWhatBecameOfTheReportsInTheEnd) {
-    using PairTraces::Step;
     start();
-    // The last moments at which all is well.
-    const PairTraces::Waiter waiters[] = {
-        {[&](Step step) {
-             if (step == Step::Placing)
-                 std::filesystem::rename(desk.folder / "SSD1/reports", desk.folder / "SSD1/gone");
-             return true;
-         },
-         {}},
-        {[](Step step) { return step != Step::Ended; }, {}}};
-    for (const auto& waiter : waiters) {
-        for (const auto* folder : {"A001", "SSD1/reports"})
-            std::filesystem::create_directories(desk.folder / folder);
-        BatchPair pair;
-        pair.cardFolder = std::make_shared<const RootFolder>(desk.folder / "A001");
-        pair.destinationFolder = std::make_shared<const RootFolder>(desk.folder / "SSD1");
-        pair.archiveFolder = std::make_shared<const RootFolder>(desk.folder / "SSD1/reports");
-        OffloadOutcome outcome;
-        outcome.sessionID = Uuid::random();
-        outcome.status = OutcomeStatus::Verified;
-        PairTraces::leave({}, pair, outcome, nullptr, *openUserStore(), {}, {}, waiter);
-        EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
-        EXPECT_THAT(openUserStore()->pendingOutbox().back().payload,
-                    AllOf(HasSubstr("\"failed\""), Not(HasSubstr("\"verified\""))));
-    }
+    for (const auto* folder : {"A001", "SSD1/reports"})
+        std::filesystem::create_directories(desk.folder / folder);
+    BatchPlan plan;
+    BatchPair pair;
+    pair.cardFolder = std::make_shared<const RootFolder>(desk.folder / "A001");
+    pair.destinationFolder = std::make_shared<const RootFolder>(desk.folder / "SSD1");
+    pair.archiveFolder = std::make_shared<const RootFolder>(desk.folder / "SSD1/reports");
+    OffloadOutcome outcome;
+    outcome.sessionID = Uuid::random();
+    outcome.status = OutcomeStatus::Verified;
+    // The last moment at which all is well.
+    const auto goAway = [&](PairTraces::Step step) {
+        if (step == PairTraces::Step::Placing)
+            std::filesystem::rename(desk.folder / "SSD1/reports", desk.folder / "SSD1/gone");
+        return true;
+    };
+    PairTraces::leave(plan, pair, outcome, nullptr, *openUserStore(), {}, {}, {goAway});
+    EXPECT_EQ(outcome.status, OutcomeStatus::Failed);
+    EXPECT_THAT(openUserStore()->pendingOutbox().back().payload,
+                AllOf(HasSubstr("\"failed\""), Not(HasSubstr("\"verified\""))));
 }
 
 TEST_F(BatchOfCards, WhoStopsWhileTheHistoryIsHeldUpKeepsWhatWasProved) {

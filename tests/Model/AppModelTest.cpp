@@ -204,6 +204,7 @@ TEST_F(Application, AsksForAUnitAsLongAsThereIsACardToGiveItTo) {
         {"unticked", [&] { model().cards()->toggle(card); }},
         {"all put aside", [&] { model().cards()->clear(); }},
         {"removed", [&] { model().cards()->remove(card); }},
+        {"made a disk", [&] { model().volumes().treatAs(VolumeSide::Destination, card.toStdString()); }},
         {"pulled", [&] { desk.unmount(card); model().volumes().apply(); }},
         {"exchanged", [&] { desk.volume(card).facts.volumeUUID = "another"; model().volumes().apply(); }},
     };
@@ -217,6 +218,7 @@ TEST_F(Application, AsksForAUnitAsLongAsThereIsACardToGiveItTo) {
         model().batch()->start();
         EXPECT_EQ(model().state().cardUnits.cardsNeedingUnit, VolumeIDs{"dev-A001"});
         EXPECT_EQ(model().batch()->title(), "A001 has no unit yet");
+        EXPECT_TRUE(model().cards()->rows()[0].focused) << "where the unit goes";
         happens();
         EXPECT_THAT(model().state().cardUnits.cardsNeedingUnit, IsEmpty());
         EXPECT_FALSE(model().batch()->isRefused()) << model().batch()->title().toStdString();

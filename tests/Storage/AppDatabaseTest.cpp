@@ -244,8 +244,10 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     ASSERT_THAT(pending, SizeIs(2));
     EXPECT_THAT(database.recentSessions(20), SizeIs(1));
 
+    std::filesystem::permissions(file, std::filesystem::perms(0644));
     holder.reset();
     ASSERT_TRUE(waitUntil([&] { return !database.file().empty(); }));
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0600));
     EXPECT_EQ(ask(file, "SELECT cardName, count(*) FROM sessions JOIN files ON sessionID = "
                         "sessions.id"),
               "A001|2\n");

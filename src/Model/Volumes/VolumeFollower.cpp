@@ -243,6 +243,7 @@ void VolumeFollower::clear(VolumeSide side) {
 void VolumeFollower::treatAs(VolumeSide side, const std::string& id) {
     state_.dropRefusal();
     state_.board.treatAs(side, id);
+    state_.cardUnits.cardsNeedingUnit.erase(id);
     // Not what is ticked, which a disk that is not there now may have been.
     DestinationMemory::saveWanted(state_.board.wantedDestIDs(), state_.defaults);
     apply();
