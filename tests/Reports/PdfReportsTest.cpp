@@ -216,9 +216,9 @@ TEST_P(EachPdfReport, ShowNamesInAnyScriptAndSignsInPlaceOfWhatCannotBeSeen) {
     for (const auto& name : names)
         EXPECT_THAT(text, HasSubstr(name));
     EXPECT_EQ(QString::fromStdString(text).count(QChar(0xFFFD)), 2) << "in place of the bad ones";
+    // A name's and the route's, and in the standard table that of a column's title.
     const int arrows = GetParam().rateColumn == kStandard.rateColumn ? 3 : 2;
-    EXPECT_EQ(QString::fromStdString(text).count(QChar(0x2192)), arrows)
-        << "a name's and a route's";
+    EXPECT_EQ(QString::fromStdString(text).count(QChar(0x2192)), arrows);
     const auto fonts = pdfFonts(file);
     EXPECT_GE(fonts.all, 5);
     EXPECT_EQ(fonts.embedded, fonts.all);
