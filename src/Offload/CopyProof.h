@@ -5,10 +5,12 @@
 #include "Offload/ProvedCopies.h"
 #include "Offload/RunReporter.h"
 #include "Offload/RunTransfer.h"
+#include "Offload/SHA256Hasher.h"
 #include "Platform/Disks/FileSystemErrors.h"
 #include "Platform/Files/VolumeWatch.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -52,8 +54,11 @@ public:
     const std::shared_ptr<ProvedCopies>& copies() const { return copies_; }
 
 private:
+    FileBeneath copyOf(const FileCopyResult& row) const;
+    using Read = std::function<Verifier::ReadBack(const TransferWatch&)>;
     /// Gives what the file was like that was read.
-    FileSystem::Attributes readBack(FileCopyResult& row, int position, CopyProgress& progress);
+    FileSystem::Attributes readBack(FileCopyResult& row, int position, CopyProgress& progress,
+                                    const Read& read);
     void noteWhatMemoryKept();
     /// Gives whether there is nothing to report.
     bool reportAll(const std::vector<OffloadProblem>& problems);

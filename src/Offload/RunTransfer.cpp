@@ -10,7 +10,7 @@ TransferWatch RunTransfer::watch(const std::string& relative,
     return {.onBytes = std::move(onBytes),
             .onAccess = [this](const auto& file, FileAccess access) { noteAccess(file, access); },
             .stop = stop_,
-            .furtherFormats = formatsOf_ ? formatsOf_(relative) : std::vector<HashFormat>()};
+            .furtherFormats = furtherFormats(relative)};
 }
 
 void RunTransfer::throwIfCancelled() const {

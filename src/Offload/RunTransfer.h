@@ -11,6 +11,7 @@
 #include <stop_token>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace slatewise {
 
@@ -27,6 +28,11 @@ public:
     }
 
     Transfer& transfer() { return transfer_; }
+
+    /// Those of the file that has this path on the card.
+    std::vector<HashFormat> furtherFormats(const std::string& relative) const {
+        return formatsOf_ ? formatsOf_(relative) : std::vector<HashFormat>();
+    }
 
     /// For one pass over the file that has this path on the card. The watch refers to this object.
     TransferWatch watch(const std::string& relative, std::function<void(std::size_t)> onBytes);

@@ -103,18 +103,19 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
     };
     const std::string differs = "The copy of DCIM/a differs from the card.";
     const std::string isElsewhere = "The copy of DCIM/a is no longer where it was written.";
-    // Seen while the second file is read back. An empty sentence: nothing is wrong.
-    const std::pair<std::function<void()>, std::string> cases[] = {
-        {[&] { rewriteWithItsDate("CONTENT"); }, differs},
-        {[&] { rewriteWithItsDate("content"); }, ""},
-        {[&] { std::filesystem::remove(session / "DCIM/b"); },
+    // Done when the first file is to be read back or when it was. An empty sentence: nothing is
+    // wrong.
+    const std::tuple<const char*, std::function<void()>, std::string> cases[] = {
+        {"DCIM/b", [&] { rewriteWithItsDate("CONTENT"); }, differs},
+        {"DCIM/b", [&] { rewriteWithItsDate("content"); }, ""},
+        {"DCIM/a", [&] { std::filesystem::remove(session / "DCIM/b"); },
          "The copy of DCIM/b could not be read back: "},
-        {[&] { std::filesystem::remove(session / "DCIM/a"); }, isElsewhere},
-        {[&] { writeFile(session / "DCIM/a", "longer than it was"); }, isElsewhere},
-        {[&] { writeFile(session / "DCIM/a", "CONTENT"); }, differs},
-        {moveSessionAway,
+        {"DCIM/b", [&] { std::filesystem::remove(session / "DCIM/a"); }, isElsewhere},
+        {"DCIM/b", [&] { writeFile(session / "DCIM/a", "longer than it was"); }, isElsewhere},
+        {"DCIM/b", [&] { writeFile(session / "DCIM/a", "CONTENT"); }, differs},
+        {"DCIM/b", moveSessionAway,
          "The copy of " + session.native() + " is no longer where it was written."},
-        {exchangeFolder, differs},
+        {"DCIM/b", exchangeFolder, differs},
     };
     const auto before = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
     for (const auto* name : {"a", "b", "c"}) {
@@ -124,12 +125,12 @@ TEST_F(CopyEngineTest, WhatBecomesOfCopiesMeanwhileIsSeen) {
         std::filesystem::last_write_time(card / "DCIM" / name, before);
         std::filesystem::last_write_time(destination / "other" / name, before);
     }
-    for (const auto& [happens, problem] : cases) {
+    for (const auto& [file, happens, problem] : cases) {
         SCOPED_TRACE(problem);
         for (const auto* name : {"session", "moved", "away"})
             std::filesystem::remove_all(destination / name);
         record = {};
-        const auto outcome = run(atFirst<Phase::Verifying>(happens, "DCIM/b"));
+        const auto outcome = run(atFirst<Phase::Verifying>(happens, file));
         EXPECT_EQ(outcome.status == OutcomeStatus::Failed, !problem.empty());
         // What was copied only now may not be on the disk when it is read back.
         EXPECT_THAT(record.problems, problem.empty()

@@ -1,5 +1,6 @@
 #include "Offload/Transfer.h"
 
+#include "Offload/ReadBackAhead.h"
 #include "Offload/SHA256Hasher.h"
 #include "Platform/Error.h"
 #include "support/Files.h"
@@ -13,6 +14,7 @@
 #include <csignal>
 #include <future>
 #include <thread>
+#include <utility>
 
 using namespace slatewise;
 using namespace slatewise::test;
@@ -184,6 +186,33 @@ TEST(Transfer, WhatIsReadAheadIsAsIfItWereReadInItsTurn) {
     copy("3", "4");
     copy("1", "gone");
     EXPECT_THROW(SHA256Hasher::hashFile(transfer, {root, "gone"}), PosixError);
+
+    // Nor when it is read back ahead of its turn, one that is gone among them.
+    std::stop_source stop;
+    const auto ahead = ReadBackAhead::start(stop.get_token());
+    ASSERT_TRUE(ahead);
+    std::size_t told = 0;
+    const TransferWatch watch = {.onBytes = [&](auto count) { told += count; },
+                                 .onAccess = [](const auto&, auto) {},
+                                 .stop = {}};
+    const char* const names[] = {"2", "gone", "0", "4", "3", "1"};
+    for (const auto* name : names)
+        ahead->begin({root, name}, {});
+    EXPECT_FALSE(ahead->take({root, "4"}, watch)) << "not its turn";
+    for (const auto* name : names) {
+        if (name == std::string_view("gone")) {
+            EXPECT_THROW(ahead->take({root, name}, watch), PosixError);
+            continue;
+        }
+        const auto read = ahead->take({root, name}, watch);
+        ASSERT_TRUE(read);
+        EXPECT_EQ(read->digests.sha256, independentSha256(folder / name));
+        EXPECT_EQ(std::exchange(told, 0), std::filesystem::file_size(folder / name));
+    }
+    EXPECT_FALSE(ahead->take({root, "2"}, watch)) << "taken already";
+    stop.request_stop();
+    ahead->begin({root, "2"}, {});
+    EXPECT_THROW(ahead->take({root, "2"}, watch), CancellationError);
 }
 
 TEST(Transfer, DoesNotWaitForADiskThatDoesNotAnswer) {
