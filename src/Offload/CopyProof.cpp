@@ -1,22 +1,15 @@
 #include "Offload/CopyProof.h"
 
 #include "Offload/KeptNames.h"
-#include "Offload/ReadBackAhead.h"
 #include "Offload/SHA256Hasher.h"
 #include "Platform/Disks/DeviceCache.h"
 #include "Platform/Error.h"
-
-#include <algorithm>
 
 namespace slatewise {
 
 namespace {
 
 using Kind = OffloadProblem::Kind;
-
-bool isReadAhead(const FileCopyResult& row) {
-    return row.sizeBytes <= ReadBackAhead::largestBytes;
-}
 
 } // namespace
 
@@ -49,24 +42,13 @@ bool CopyProof::prove(std::span<FileCopyResult> rows) {
     }
     bool allProved = true;
     CopyProgress progress(static_cast<int>(toProve.size()), bytes);
-    const auto ahead = ReadBackAhead::start(transfer_.stop());
-    std::size_t begun = 0;
+    ReadBackAhead copies(transfer_, copies_->folder(), rows, toProve);
     for (std::size_t position = 0; position < toProve.size(); ++position) {
         transfer_.throwIfCancelled();
         const auto index = toProve[position];
         auto& row = rows[index];
-        const auto read = [&](const TransferWatch& watch) {
-            const auto end = std::min(toProve.size(), position + ReadBackAhead::mostAhead);
-            for (; ahead && begun < end; ++begun) {
-                if (const auto& next = rows[toProve[begun]]; isReadAhead(next))
-                    ahead->begin(copyOf(next), transfer_.furtherFormats(next.relativePath));
-            }
-            auto copy = ahead ? ahead->take(copyOf(row), watch) : std::nullopt;
-            return copy ? *std::move(copy)
-                        : Verifier::readDestination(transfer_.transfer(), copyOf(row), watch);
-        };
         try {
-            copies_->note(index, readBack(row, static_cast<int>(position), progress, read));
+            copies_->note(index, readBack(row, position, progress, copies));
         } catch (const std::exception& failure) {
             reporter_.reportFailure(Kind::NotReadBack, row.relativePath, failure,
                                     disk_.path() / session_ / row.relativePath);
@@ -99,15 +81,12 @@ bool CopyProof::findsDiskUndamaged() {
     return !hasErrors;
 }
 
-FileBeneath CopyProof::copyOf(const FileCopyResult& row) const {
-    return {copies_->folder(), row.relativePath};
-}
-
-FileSystem::Attributes CopyProof::readBack(FileCopyResult& row, int position,
-                                           CopyProgress& progress, const Read& read) {
+FileSystem::Attributes CopyProof::readBack(FileCopyResult& row, std::size_t position,
+                                           CopyProgress& progress, ReadBackAhead& copies) {
     std::int64_t bytesRead = 0;
     const auto publishFigures = [&] {
-        reporter_.publish(progress.verifying(row.relativePath, position, bytesRead, row.sizeBytes,
+        reporter_.publish(progress.verifying(row.relativePath, static_cast<int>(position),
+                                             bytesRead, row.sizeBytes,
                                              SpeedMeter::Time::clock::now()));
     };
     publishFigures();
@@ -117,7 +96,7 @@ FileSystem::Attributes CopyProof::readBack(FileCopyResult& row, int position,
         progress.add(bytes, SpeedMeter::Time::clock::now());
         publishFigures();
     });
-    auto proof = read(watch);
+    auto proof = copies.read(position, watch);
     if (proof.mayComeFromMemory)
         keptInMemory_.push_back(row.relativePath);
     row.destSHA256 = std::move(proof.digests.sha256);

@@ -3,14 +3,14 @@
 #include "Offload/CopyProgress.h"
 #include "Offload/OffloadRows.h"
 #include "Offload/ProvedCopies.h"
+#include "Offload/ReadBackAhead.h"
 #include "Offload/RunReporter.h"
 #include "Offload/RunTransfer.h"
-#include "Offload/SHA256Hasher.h"
 #include "Platform/Disks/FileSystemErrors.h"
 #include "Platform/Files/VolumeWatch.h"
 
+#include <cstddef>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -54,11 +54,9 @@ public:
     const std::shared_ptr<ProvedCopies>& copies() const { return copies_; }
 
 private:
-    FileBeneath copyOf(const FileCopyResult& row) const;
-    using Read = std::function<Verifier::ReadBack(const TransferWatch&)>;
     /// Gives what the file was like that was read.
-    FileSystem::Attributes readBack(FileCopyResult& row, int position, CopyProgress& progress,
-                                    const Read& read);
+    FileSystem::Attributes readBack(FileCopyResult& row, std::size_t position,
+                                    CopyProgress& progress, ReadBackAhead& copies);
     void noteWhatMemoryKept();
     /// Gives whether there is nothing to report.
     bool reportAll(const std::vector<OffloadProblem>& problems);

@@ -1,70 +1,69 @@
 #pragma once
 
+#include "Offload/OffloadRows.h"
+#include "Offload/RunTransfer.h"
 #include "Offload/SHA256Hasher.h"
-#include "Offload/Transfer.h"
-#include "Platform/Mailbox.h"
 
-#include <array>
 #include <cstddef>
-#include <cstdint>
 #include <deque>
-#include <filesystem>
 #include <future>
 #include <memory>
 #include <optional>
-#include <stop_token>
-#include <thread>
+#include <span>
 #include <vector>
 
 namespace slatewise {
 
-/// Reads small copies back a few ahead of their turn, on threads of its own: a disk answers several
-/// readers sooner than one after the other, and hashes are computed on several cores.
+/// Reads the copies of a run back, one after the other, as far as anybody can tell: of small ones
+/// that follow each other a few are read ahead, on threads of its own. A disk answers several
+/// readers sooner than one that asks, hashes and asks again.
 ///
-/// What is told is as if each were read in its turn, failures included. Begun and taken on one
-/// thread, which waits in the end for the files that are being read.
+/// Where the system is short of threads, memory or descriptors, all are read in their turn. On the
+/// run's thread; its end waits for the files that are being read.
 class ReadBackAhead {
 public:
-    /// A larger file keeps a disk busy alone.
-    static constexpr std::int64_t largestBytes = Transfer::chunkBytes;
-    /// How many are worth to be under way: so many that no reader waits for the one who takes.
-    static constexpr std::size_t mostAhead = 8;
-
-    /// Null when the system has no thread to spare. `stop` is looked at before each file.
-    static std::unique_ptr<ReadBackAhead> start(std::stop_token stop);
-
+    /// Those among `rows` that `order` gives the places of are copies below `folder`. All of it
+    /// must outlive this, and `order` and the copies' names and sizes stay as they are.
+    ReadBackAhead(RunTransfer& transfer, const RootFolder& folder,
+                  std::span<const FileCopyResult> rows, std::span<const std::size_t> order);
     ~ReadBackAhead();
     ReadBackAhead(const ReadBackAhead&) = delete;
     ReadBackAhead& operator=(const ReadBackAhead&) = delete;
 
-    /// Has that copy read when those begun before it are.
-    void begin(FileBeneath copy, std::vector<HashFormat> furtherFormats);
-
-    /// What `Verifier::readDestination` gives of that copy; fails as it does. Waits for it, and
-    /// tells `watch` once it is read. Empty when it is not the first that was begun and not taken.
-    std::optional<Verifier::ReadBack> take(const FileBeneath& copy, const TransferWatch& watch);
+    /// What `Verifier::readDestination` gives of the copy at `position` in the order; fails as it
+    /// does. Each is asked for once, from 0 on.
+    Verifier::ReadBack read(std::size_t position, const TransferWatch& watch);
 
 private:
-    static constexpr std::size_t kReaders = 3;
-
-    explicit ReadBackAhead(std::stop_token stop);
-
+    class Readers;
     struct Read {
         Verifier::ReadBack copy;
         /// Byte counts of its chunks.
         std::vector<std::size_t> chunks;
         FileAccess access = FileAccess::Direct;
     };
-    using Job = std::packaged_task<Read(Transfer&)>;
     struct Begun {
-        std::filesystem::path relative;
+        std::size_t position;
         std::future<Read> read;
     };
 
-    std::stop_token stop_;
-    Mailbox<Job> jobs_;
+    FileBeneath copyAt(std::size_t position) const;
+    bool isSmall(std::size_t position) const;
+    void beginAhead(std::size_t position);
+    void begin(std::size_t position);
+    std::optional<Read> takeIfBegun(std::size_t position);
+    void giveUp();
+
+    RunTransfer& transfer_;
+    const RootFolder& folder_;
+    const std::span<const FileCopyResult> rows_;
+    const std::span<const std::size_t> order_;
+    /// Null until there is something to read ahead.
+    std::unique_ptr<Readers> readers_;
+    bool hasGivenUp_ = false;
     std::deque<Begun> begun_;
-    std::array<std::jthread, kReaders> readers_;
+    /// The first that was not begun.
+    std::size_t next_ = 0;
 };
 
 } // namespace slatewise

@@ -195,6 +195,12 @@ TEST(MediaProbe, LaterSourcesOnlyFillGaps) {
     EXPECT_EQ(clip.durationTC, "00:00:02:00");
     EXPECT_EQ(clip.timecodeEnd, "01:00:01:24");
 
+    // A folder by a clip's name is no clip, whatever a tool says of it.
+    std::filesystem::create_directory(folder / "A001.mov");
+    EXPECT_EQ(probe(folder / "A001.mov", context), MediaMetadata());
+    EXPECT_THAT(log.back(), StartsWith("Media probe failed for A001.mov: "));
+    log.pop_back();
+
     // Without the tool, of a container that rounds the rate of its timecode.
     const auto reader = folder / "reader";
     writeFile(reader, "#!/bin/sh\necho rate 24000/1001; echo timecode-rate 24/1; echo frames 14400;"

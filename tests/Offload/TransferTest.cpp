@@ -1,12 +1,16 @@
 #include "Offload/Transfer.h"
 
 #include "Offload/ReadBackAhead.h"
+#include "Offload/RunReporter.h"
+#include "Offload/RunTransfer.h"
 #include "Offload/SHA256Hasher.h"
 #include "Platform/Error.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
+#include "support/Offloads.h"
 #include "support/Process.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -14,7 +18,6 @@
 #include <csignal>
 #include <future>
 #include <thread>
-#include <utility>
 
 using namespace slatewise;
 using namespace slatewise::test;
@@ -24,24 +27,31 @@ namespace {
 constexpr std::size_t kChunk = Transfer::chunkBytes;
 constexpr int kChunks = 8;
 
-/// While it lives, no file of this process may grow beyond some chunks: the write that would make
-/// it fails.
-class FilesNoLongerThan {
+/// While it lives, this process gets no more of it.
+class Limit {
 public:
-    explicit FilesNoLongerThan(int chunks) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        ::getrlimit(RLIMIT_FSIZE, &before_);
-        auto limit = before_;
-        limit.rlim_cur = static_cast<rlim_t>(chunks) * kChunk;
-        ::setrlimit(RLIMIT_FSIZE, &limit);
+    Limit(__rlimit_resource of, rlim_t most) : of_(of) {
+        ::getrlimit(of, &before_);
+        const rlimit now = {most, before_.rlim_max};
+        ::setrlimit(of, &now);
     }
-    ~FilesNoLongerThan() { ::setrlimit(RLIMIT_FSIZE, &before_); }
-    FilesNoLongerThan(const FilesNoLongerThan&) = delete;
-    FilesNoLongerThan& operator=(const FilesNoLongerThan&) = delete;
+    ~Limit() { ::setrlimit(of_, &before_); }
+    Limit(const Limit&) = delete;
+    Limit& operator=(const Limit&) = delete;
 
 private:
+    __rlimit_resource of_;
     rlimit before_{};
 };
+
+std::vector<FileDescriptor> allDescriptorsButOne() {
+    std::vector<FileDescriptor> taken;
+    do
+        taken.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    while (taken.back());
+    taken.resize(taken.size() - 2);
+    return taken;
+}
 
 } // namespace
 
@@ -52,6 +62,7 @@ TEST(Transfer, FailuresComeInTheOrderOfTheFile) {
     writeFile(card / "clip", content);
     card.remount();
     const auto image = readFile(card.image());
+    std::signal(SIGXFSZ, SIG_IGN);
     const RootFolder from(card.path());
     const RootFolder to(folder.path());
     Transfer transfer;
@@ -72,7 +83,8 @@ TEST(Transfer, FailuresComeInTheOrderOfTheFile) {
         ASSERT_NE(end, std::string::npos);
         std::filesystem::resize_file(card.image(), end);
         to.removeFile("copy");
-        const FilesNoLongerThan limit(write - 1);
+        // The write that would make a file longer fails.
+        const Limit length(RLIMIT_FSIZE, static_cast<rlim_t>(write - 1) * kChunk);
         std::size_t told = 0;
         if (read % 2 == 1)
             transfer.prepare({from, "clip"});
@@ -186,33 +198,50 @@ TEST(Transfer, WhatIsReadAheadIsAsIfItWereReadInItsTurn) {
     copy("3", "4");
     copy("1", "gone");
     EXPECT_THROW(SHA256Hasher::hashFile(transfer, {root, "gone"}), PosixError);
+}
 
-    // Nor when it is read back ahead of its turn, one that is gone among them.
-    std::stop_source stop;
-    const auto ahead = ReadBackAhead::start(stop.get_token());
-    ASSERT_TRUE(ahead);
-    std::size_t told = 0;
-    const TransferWatch watch = {.onBytes = [&](auto count) { told += count; },
-                                 .onAccess = [](const auto&, auto) {},
-                                 .stop = {}};
-    const char* const names[] = {"2", "gone", "0", "4", "3", "1"};
-    for (const auto* name : names)
-        ahead->begin({root, name}, {});
-    EXPECT_FALSE(ahead->take({root, "4"}, watch)) << "not its turn";
-    for (const auto* name : names) {
-        if (name == std::string_view("gone")) {
-            EXPECT_THROW(ahead->take({root, name}, watch), PosixError);
-            continue;
-        }
-        const auto read = ahead->take({root, name}, watch);
-        ASSERT_TRUE(read);
-        EXPECT_EQ(read->digests.sha256, independentSha256(folder / name));
-        EXPECT_EQ(std::exchange(told, 0), std::filesystem::file_size(folder / name));
+TEST(ReadBackAhead, GivesEachCopyInItsTurnHoweverShortTheSystemIs) {
+    const TemporaryFolder folder;
+    const RootFolder root(folder.path());
+    std::vector<FileCopyResult> rows;
+    std::vector<std::size_t> order;
+    for (const auto size :
+         std::vector<std::size_t>{0, 1, 5, 4097, 65'536, kChunk, kChunk + 1, 7, 8, 9, 10, 11}) {
+        auto& row = rows.emplace_back();
+        row.relativePath = std::to_string(rows.size());
+        row.sizeBytes = static_cast<std::int64_t>(size);
+        writeFile(folder / row.relativePath, bytesOf(size, static_cast<std::uint32_t>(size)));
+        order.insert(order.begin(), rows.size() - 1);
     }
-    EXPECT_FALSE(ahead->take({root, "2"}, watch)) << "taken already";
-    stop.request_stop();
-    ahead->begin({root, "2"}, {});
-    EXPECT_THROW(ahead->take({root, "2"}, watch), CancellationError);
+    // One that grew, and one that is gone.
+    writeFile(folder / "1", bytesOf(2 * kChunk));
+    std::filesystem::remove(folder / "3");
+    const CopyEngine::Observer observer = RunRecord().observer();
+    const RunReporter reporter(observer);
+    for (const bool isShort : {false, true}) {
+        const Limit files(RLIMIT_NOFILE, 256);
+        RunTransfer transfer(reporter, {});
+        ReadBackAhead copies(transfer, root, rows, order);
+        std::vector<FileDescriptor> taken;
+        if (isShort)
+            taken = allDescriptorsButOne();
+        for (std::size_t position = 0; position < order.size(); ++position) {
+            const auto& name = rows[order[position]].relativePath;
+            std::size_t told = 0;
+            const TransferWatch watch = {
+                .onBytes = [&](auto count) { told += count; }, .onAccess = {}, .stop = {}};
+            if (!std::filesystem::exists(folder / name)) {
+                EXPECT_THROW((void)copies.read(position, watch), PosixError);
+                continue;
+            }
+            const auto digest = copies.read(position, watch).digests.sha256;
+            EXPECT_EQ(told, std::filesystem::file_size(folder / name));
+            taken.clear();
+            EXPECT_EQ(digest, independentSha256(folder / name)) << name;
+            if (isShort)
+                taken = allDescriptorsButOne();
+        }
+    }
 }
 
 TEST(Transfer, DoesNotWaitForADiskThatDoesNotAnswer) {

@@ -98,6 +98,10 @@ TEST_F(WavFileTest, ReadsFilesWhoseSizesStandInAChunkOfTheirOwn) {
         EXPECT_EQ(facts.timecodeEnd, "10:00:01:24") << kind;
         EXPECT_EQ(facts.durationSeconds, 2.0) << kind;
     }
+    // Where that chunk is too short nobody knows.
+    const auto cut = wavFile({wavChunk("ds64", sizes.substr(0, 12)), format, wavIXML("25"),
+                              wavChunk("data", "", kToldBefore)});
+    EXPECT_EQ(timingOf("RF64" + cut.substr(4)).durationSeconds, kNone);
 }
 
 TEST_F(WavFileTest, SaysNothingThatItCannotKnow) {

@@ -1,5 +1,6 @@
 #include "Reports/PdfReports.h"
 
+#include "Pdf/ShapedText.h"
 #include "Platform/AppInfo.h"
 
 #include <gmock/gmock.h>
@@ -36,6 +37,13 @@ TEST_F(PdfReports, PagesTakeTheRowsThatHaveRoom) {
     add("b.mov").media.edit().essence.emplace().codec = tall;
     add("c.mov");
     EXPECT_THAT(rowsByPage(write(kDetailed)), ElementsAre(1, 1, 1)) << "no row is split";
+}
+
+TEST(ShapedText, AnEllipsisStandsWhereReadingEnds) {
+    const std::pair<std::u16string, std::u16string> cases[] = {
+        {u"", u"…"}, {u"a1", u"a1…"}, {u"1", u"1…"}, {u"ש1", u"ש1…\u200F"}, {u"ש1a", u"ש1a…"}};
+    for (const auto& [text, shown] : cases)
+        EXPECT_EQ(ShapedText::withEllipsis(text), shown);
 }
 
 TEST_F(PdfReports, DetailedRowsAreAsHighAsTheirLines) {

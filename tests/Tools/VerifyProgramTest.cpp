@@ -264,6 +264,13 @@ TEST_F(VerifyProgram, SaysOnWhichReportsItCannotRestAndChecksTheRest) {
             root);
         const auto above = program("slatewise-verify", {"--quiet", root.parent_path()});
         EXPECT_EQ(above.exitCode, each.told.empty() ? 0 : 1) << above.standardOutput;
+        const bool isNoted = std::filesystem::exists(folder / "reports");
+        EXPECT_EQ(
+            program("slatewise-verify", {root})
+                    .standardError.find("Reports that are not this folder's could not be read") !=
+                std::string::npos,
+            isNoted);
+        std::filesystem::remove_all(folder / "reports");
     }
 }
 

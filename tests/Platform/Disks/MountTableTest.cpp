@@ -3,6 +3,7 @@
 #include "Platform/Disks/BlockDevices.h"
 #include "Platform/Disks/DeviceCache.h"
 #include "Platform/Disks/DeviceErrors.h"
+#include "Platform/Disks/FileSystemProbe.h"
 #include "Platform/Disks/MountPoints.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
@@ -138,6 +139,11 @@ TEST(BlockDevices, AreFoundUnderAnyFileSystem) {
     constexpr std::int64_t kSmallestBtrfs = 128 * 1'048'576;
     for (const auto kind : {MountedVolume::FileSystem::Btrfs, MountedVolume::FileSystem::ExFat}) {
         const MountedVolume volume(kind, kSmallestBtrfs);
+        DiskFacts facts;
+        FileSystemProbe::addTo(facts, volume.image());
+        const bool isBtrfs = kind == MountedVolume::FileSystem::Btrfs;
+        EXPECT_EQ(facts.fileSystem, isBtrfs ? "btrfs" : "exfat");
+        EXPECT_EQ(facts.fileSystemVersion, isBtrfs ? "" : "1.0");
         const auto device = BlockDevices::pathUnder(volume.path());
         EXPECT_TRUE(std::filesystem::is_block_file(device)) << device;
         const auto mounts = MountTable::read();
