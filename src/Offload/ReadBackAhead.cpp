@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <new>
 #include <stop_token>
 #include <system_error>
@@ -21,13 +22,18 @@ constexpr std::size_t kReaders = 3;
 constexpr std::size_t kMostBegun = 8;
 
 /// Whether one reader might have got what several did not.
-bool isOurShortage(const std::exception& failure) {
-    if (const auto* ofSystem = dynamic_cast<const PosixError*>(&failure)) {
-        const int code = ofSystem->code();
-        return code == EMFILE || code == ENFILE || code == ENOMEM;
+bool isOurShortage(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const PosixError& ofSystem) {
+        return ofSystem.code() == EMFILE || ofSystem.code() == ENFILE || ofSystem.code() == ENOMEM;
+    } catch (const std::bad_alloc&) {
+        return true;
+    } catch (const std::system_error&) {
+        return true;
+    } catch (...) {
+        return false;
     }
-    return dynamic_cast<const std::bad_alloc*>(&failure) ||
-           dynamic_cast<const std::system_error*>(&failure);
 }
 
 } // namespace
@@ -90,6 +96,8 @@ Verifier::ReadBack ReadBackAhead::read(std::size_t position, const TransferWatch
             watch.onBytes(chunk);
         transfer_.throwIfCancelled();
     }
+    if (read->failure)
+        std::rethrow_exception(read->failure);
     if (watch.onAccess)
         watch.onAccess(copyAt(position), read->access);
     return std::move(read->copy);
@@ -132,23 +140,26 @@ void ReadBackAhead::begin(std::size_t position) {
             .onAccess = [&](const FileBeneath&, FileAccess access) { read.access = access; },
             .stop = stop,
             .furtherFormats = formats};
-        read.copy = Verifier::readDestination(transfer, copy, watch);
+        try {
+            read.copy = Verifier::readDestination(transfer, copy, watch);
+        } catch (...) {
+            read.failure = std::current_exception();
+        }
         return read;
     });
     begun_.push_back({position, readers_->put(std::move(job))});
 }
 
 std::optional<ReadBackAhead::Read> ReadBackAhead::takeIfBegun(std::size_t position) {
+    // One that nobody asked for, since its row had failed before.
+    while (!begun_.empty() && begun_.front().position < position)
+        begun_.pop_front();
     if (begun_.empty() || begun_.front().position != position)
         return std::nullopt;
-    auto reading = std::move(begun_.front().read);
+    auto read = begun_.front().read.get();
     begun_.pop_front();
-    try {
-        return reading.get();
-    } catch (const std::exception& failure) {
-        if (!isOurShortage(failure))
-            throw;
-    }
+    if (!read.failure || !isOurShortage(read.failure))
+        return read;
     giveUp();
     return std::nullopt;
 }

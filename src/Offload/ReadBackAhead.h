@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <exception>
 #include <future>
 #include <memory>
 #include <optional>
@@ -37,7 +38,9 @@ public:
 private:
     class Readers;
     struct Read {
+        /// Unless it failed.
         Verifier::ReadBack copy;
+        std::exception_ptr failure;
         /// Byte counts of its chunks.
         std::vector<std::size_t> chunks;
         FileAccess access = FileAccess::Direct;

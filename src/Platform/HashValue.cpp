@@ -6,6 +6,7 @@
 #include <xxhash.h>
 
 #include <algorithm>
+#include <new>
 
 namespace slatewise {
 
@@ -121,6 +122,8 @@ struct Hasher::State {
             isReady = digest && EVP_DigestInit_ex(digest, digestOf(format), nullptr) == 1;
         }
         if (!isReady) {
+            if (!digest && !xxh3 && !xxh64)
+                throw std::bad_alloc();
             release();
             throw Error(std::string(rawValue(format)) + " is not available");
         }

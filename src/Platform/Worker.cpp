@@ -1,6 +1,7 @@
 #include "Platform/Worker.h"
 
 #include <QPromise>
+#include <QRunnable>
 #include <QThreadPool>
 
 #ifdef __SANITIZE_THREAD__
@@ -8,6 +9,8 @@
 #endif
 
 #include <limits>
+#include <memory>
+#include <utility>
 
 namespace slatewise::WorkerPool {
 
@@ -24,32 +27,40 @@ QThreadPool& pool() {
     return *pool;
 }
 
-/// Tells the sanitizer of threads what it cannot see, Qt not being built with it: that whoever
-/// takes over by that address sees all that was done before it was handed over.
-void handOver([[maybe_unused]] void* by) {
+/// A piece of work on its way to its thread.
+class Carrier : public QRunnable {
+public:
+    Carrier(std::shared_ptr<QPromise<void>> done, std::function<void()> work)
+        : done_(std::move(done)), work_(std::move(work)) {
 #ifdef __SANITIZE_THREAD__
-    __tsan_release(by);
+        // The pool is Qt's, which is not built so that its locks can be seen.
+        __tsan_release(this);
 #endif
-}
-void takeOver([[maybe_unused]] void* by) {
+    }
+
+    void run() override {
 #ifdef __SANITIZE_THREAD__
-    __tsan_acquire(by);
+        __tsan_acquire(this);
 #endif
-}
+        work_();
+        work_ = nullptr;
+        done_->finish();
+    }
+
+private:
+    std::shared_ptr<QPromise<void>> done_;
+    std::function<void()> work_;
+};
 
 } // namespace
 
 QFuture<void> start(std::function<void()> work) {
-    auto promise = std::make_shared<QPromise<void>>();
-    promise->start();
-    handOver(promise.get());
-    pool().start([promise, work = std::move(work)]() mutable {
-        takeOver(promise.get());
-        work();
-        work = nullptr;
-        promise->finish();
-    });
-    return promise->future();
+    auto done = std::make_shared<QPromise<void>>();
+    done->start();
+    auto future = done->future();
+    // The pool owns it and destroys it on the thread on which it ran.
+    pool().start(new Carrier(std::move(done), std::move(work)));
+    return future;
 }
 
 } // namespace slatewise::WorkerPool

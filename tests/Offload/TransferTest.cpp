@@ -7,7 +7,6 @@
 #include "Platform/Error.h"
 #include "support/Files.h"
 #include "support/MountedVolume.h"
-#include "support/Offloads.h"
 #include "support/Process.h"
 
 #include <fcntl.h>
@@ -17,6 +16,7 @@
 
 #include <csignal>
 #include <future>
+#include <map>
 #include <thread>
 
 using namespace slatewise;
@@ -44,12 +44,11 @@ private:
     rlimit before_{};
 };
 
-std::vector<FileDescriptor> allDescriptorsButOne() {
+std::vector<FileDescriptor> allDescriptors() {
     std::vector<FileDescriptor> taken;
     do
         taken.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     while (taken.back());
-    taken.resize(taken.size() - 2);
     return taken;
 }
 
@@ -200,13 +199,13 @@ TEST(Transfer, WhatIsReadAheadIsAsIfItWereReadInItsTurn) {
     EXPECT_THROW(SHA256Hasher::hashFile(transfer, {root, "gone"}), PosixError);
 }
 
-TEST(ReadBackAhead, GivesEachCopyInItsTurnHoweverShortTheSystemIs) {
+TEST(ReadBackAhead, GivesEachCopyInItsTurnHoweverShortTheSystemIsAndStopsAtAnyMoment) {
     const TemporaryFolder folder;
     const RootFolder root(folder.path());
     std::vector<FileCopyResult> rows;
     std::vector<std::size_t> order;
-    for (const auto size :
-         std::vector<std::size_t>{0, 1, 5, 4097, 65'536, kChunk, kChunk + 1, 7, 8, 9, 10, 11}) {
+    const std::size_t sizes[] = {0, 1, 5, 4097, 65'536, kChunk, kChunk + 1, 7, 8, 9, 10, 11};
+    for (const auto size : sizes) {
         auto& row = rows.emplace_back();
         row.relativePath = std::to_string(rows.size());
         row.sizeBytes = static_cast<std::int64_t>(size);
@@ -216,30 +215,56 @@ TEST(ReadBackAhead, GivesEachCopyInItsTurnHoweverShortTheSystemIs) {
     // One that grew, and one that is gone.
     writeFile(folder / "1", bytesOf(2 * kChunk));
     std::filesystem::remove(folder / "3");
-    const CopyEngine::Observer observer = RunRecord().observer();
+    std::map<std::string, std::string> digests;
+    for (const auto& row : rows) {
+        if (row.relativePath != "3")
+            digests[row.relativePath] = independentSha256(folder / row.relativePath);
+    }
+    const CopyEngine::Observer observer{};
     const RunReporter reporter(observer);
+    const auto expectAll = [&](ReadBackAhead& copies, std::size_t from) {
+        for (auto position = from; position < order.size(); ++position) {
+            const auto& name = rows[order[position]].relativePath;
+            std::size_t told = 0;
+            std::vector<std::filesystem::path> ended;
+            const TransferWatch watch = {
+                .onBytes = [&](auto count) { told += count; },
+                .onAccess = [&](const auto& file, auto) { ended.push_back(file.relative); },
+                .stop = {}};
+            if (!digests.contains(name)) {
+                try {
+                    (void)copies.read(position, watch);
+                    ADD_FAILURE() << "read what is gone";
+                } catch (const PosixError&) {
+                }
+                continue;
+            }
+            EXPECT_EQ(copies.read(position, watch).digests.sha256, digests[name]) << name;
+            EXPECT_EQ(told, std::filesystem::file_size(folder / name));
+            EXPECT_EQ(ended, std::vector<std::filesystem::path>{name});
+        }
+    };
     for (const bool isShort : {false, true}) {
         const Limit files(RLIMIT_NOFILE, 256);
         RunTransfer transfer(reporter, {});
         ReadBackAhead copies(transfer, root, rows, order);
-        std::vector<FileDescriptor> taken;
-        if (isShort)
-            taken = allDescriptorsButOne();
-        for (std::size_t position = 0; position < order.size(); ++position) {
-            const auto& name = rows[order[position]].relativePath;
-            std::size_t told = 0;
-            const TransferWatch watch = {
-                .onBytes = [&](auto count) { told += count; }, .onAccess = {}, .stop = {}};
-            if (!std::filesystem::exists(folder / name)) {
-                EXPECT_THROW((void)copies.read(position, watch), PosixError);
-                continue;
-            }
-            const auto digest = copies.read(position, watch).digests.sha256;
-            EXPECT_EQ(told, std::filesystem::file_size(folder / name));
-            taken.clear();
-            EXPECT_EQ(digest, independentSha256(folder / name)) << name;
-            if (isShort)
-                taken = allDescriptorsButOne();
+        if (isShort) {
+            const auto taken = allDescriptors();
+            EXPECT_THROW((void)copies.read(0, {}), PosixError);
+        }
+        expectAll(copies, isShort ? 1 : 0);
+    }
+    for (int moment = 0; moment < 30; ++moment) {
+        std::stop_source stop;
+        RunTransfer transfer(reporter, stop.get_token());
+        ReadBackAhead copies(transfer, root, rows, order);
+        const std::jthread stopping([&] {
+            std::this_thread::sleep_for(std::chrono::microseconds(20 * moment));
+            stop.request_stop();
+        });
+        try {
+            expectAll(copies, 0);
+        } catch (const CancellationError&) {
         }
     }
 }

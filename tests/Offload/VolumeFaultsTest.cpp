@@ -65,7 +65,8 @@ protected:
 
 TEST_P(EveryFileSystem, AFlippedBitOnTheDiskIsFound) {
     for (const std::uint32_t file : {0u, 1u, 2u})
-        writeFile(card / std::to_string(file), bytesOf(2 * kMiB + 5, 100 + file));
+        writeFile(card / std::to_string(file),
+                  bytesOf(file == 0 ? 2 * kMiB + 5 : 65'541, 100 + file));
     const auto marker = bytesOf(4096, 101);
     const auto flip = [&] {
         // As an indexer does; outside the kernel it would fill the cache of the whole device again.

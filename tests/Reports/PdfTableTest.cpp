@@ -100,7 +100,7 @@ TEST_F(PdfReports, CellsStandWhereTheirColumnsAre) {
                                 {kWideHash, 513}};
     constexpr double kTolerance = 0.3;
     for (const auto& [report, left, right, rowHeight] :
-         {std::tuple(kStandard, Edges{{"clip.mov", 12}}, standardRight, 18.0),
+         {std::tuple(kStandard, Edges{{"clip.mov", 12}, {"1,234,567", 187.4}}, standardRight, 18.0),
           std::tuple(kDetailed, detailedLeft, Edges{{"1,234,567", 203}, {address, 833}}, 29.6)}) {
         SCOPED_TRACE(report.name);
         const auto words = pdfWords(write(report));

@@ -18,7 +18,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
-#include <vector>
 
 namespace slatewise {
 
@@ -62,23 +61,23 @@ struct CachedPages {
 /// As the kernel's own count, for kernels and file systems that do not know it. A file that cannot
 /// be looked at counts as kept.
 bool hasMappedPagesInMemory(int descriptor) noexcept {
-    constexpr std::size_t kWindow = std::size_t{1} << 30;
+    constexpr std::size_t kWindow = std::size_t{64} << 20;
     struct stat facts {};
     if (::fstat(descriptor, &facts) != 0)
         return true;
-    std::vector<unsigned char> pages;
+    std::array<unsigned char, kWindow / kBlockSize> pages{};
     for (off_t at = 0; at < facts.st_size; at += static_cast<off_t>(kWindow)) {
         const auto length = std::min(kWindow, static_cast<std::size_t>(facts.st_size - at));
         void* const window = ::mmap(nullptr, length, PROT_READ, MAP_SHARED, descriptor, at);
         if (window == MAP_FAILED)
             return true;
-        pages.resize((length + kBlockSize - 1) / kBlockSize);
         const bool isKnown = ::mincore(window, length, pages.data()) == 0;
         ::munmap(window, length);
         const auto isKept = [](unsigned char page) {
             return (page & 1) != 0;
         };
-        if (!isKnown || std::any_of(pages.begin(), pages.end(), isKept))
+        const auto count = (length + kBlockSize - 1) / kBlockSize;
+        if (!isKnown || std::any_of(pages.begin(), pages.begin() + count, isKept))
             return true;
     }
     return false;
