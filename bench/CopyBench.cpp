@@ -156,12 +156,11 @@ Cost costOf(const std::filesystem::path& folder, const std::vector<std::string>&
     return {seconds, static_cast<double>(usage.ru_maxrss) / 1e3};
 }
 
-Cost costOfOneFile(const std::filesystem::path& folder, std::int64_t sizeBytes) {
-    const auto card = folder / "card";
+double megabytesFor(const std::filesystem::path& folder, int files, std::int64_t fileBytes,
+                    int filesPerFolder) {
     std::filesystem::create_directories(folder / "disk");
-    makeFiles(card, 1, 1, 1);
-    std::filesystem::resize_file(card / "00000/00000.bin", static_cast<std::uintmax_t>(sizeBytes));
-    return costOf(folder, {"--to", folder / "disk"});
+    makeFiles(folder / "card", files, fileBytes, filesPerFolder);
+    return costOf(folder, {"--to", folder / "disk"}).megabytes;
 }
 
 } // namespace
@@ -175,12 +174,15 @@ void benchSmall(const std::filesystem::path& folder) {
 }
 
 void benchMemory(const std::filesystem::path& folder) {
-    fmt::print("Most memory held for one file\n");
-    for (const std::int64_t mebibytes : {1, 256, 2048}) {
-        const auto cost = costOfOneFile(folder, mebibytes * kMebibyte);
-        record("most memory held", fmt::format("one file of {} MiB", mebibytes), "megabytes",
-               cost.megabytes);
-        fmt::print("  {:>5} MiB {:>16.1f} MB\n", mebibytes, cost.megabytes);
+    fmt::print("Most memory held\n");
+    const Case cases[] = {{"one file of 1 MiB", 1, kMebibyte, 1},
+                          {"one file of 256 MiB", 1, 256 * kMebibyte, 1},
+                          {"one file of 2 GiB", 1, 2048 * kMebibyte, 1},
+                          {"5,000 files of 64 KiB", 5000, kMebibyte / 16, 100}};
+    for (const auto& [name, files, fileBytes, filesPerFolder] : cases) {
+        const double held = megabytesFor(folder, files, fileBytes, filesPerFolder);
+        record("most memory held", name, "megabytes", held);
+        fmt::print("  {:<22}{:>8.1f} MB\n", name, held);
     }
     fmt::print("\n");
 }
