@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <iterator>
+#include <new>
 #include <string_view>
 #include <system_error>
 
@@ -98,6 +99,8 @@ std::string describe(const std::exception& failure, L10n l10n) {
         return Text::legible(ofLibrary->path1().native()) + ": " +
                reasonOf(ofLibrary->code().value(), l10n);
     }
+    if (dynamic_cast<const std::bad_alloc*>(&failure))
+        return reasonOf(ENOMEM, l10n);
     return describe(failure);
 }
 

@@ -204,7 +204,13 @@ TEST_F(Application, AsksForAUnitAsLongAsThereIsACardToGiveItTo) {
         {"unticked", [&] { model().cards()->toggle(card); }},
         {"all put aside", [&] { model().cards()->clear(); }},
         {"removed", [&] { model().cards()->remove(card); }},
-        {"made a disk", [&] { model().volumes().treatAs(VolumeSide::Destination, card.toStdString()); }},
+        {"made a disk", [&] {
+            desk.volume(card).kind = VolumeKind::Unknown;
+            for (const auto side : {VolumeSide::Card, VolumeSide::Destination}) {
+                model().volumes().treatAs(side, card.toStdString());
+                EXPECT_FALSE(model().batch()->isRefused());
+            }
+        }},
         {"pulled", [&] { desk.unmount(card); model().volumes().apply(); }},
         {"exchanged", [&] { desk.volume(card).facts.volumeUUID = "another"; model().volumes().apply(); }},
     };

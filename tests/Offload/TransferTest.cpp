@@ -6,13 +6,13 @@
 #include "Offload/SHA256Hasher.h"
 #include "Platform/Error.h"
 #include "support/Files.h"
+#include "support/Limit.h"
 #include "support/MountedVolume.h"
 #include "support/Process.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <csignal>
 #include <future>
@@ -27,23 +27,6 @@ namespace {
 constexpr std::size_t kChunk = Transfer::chunkBytes;
 constexpr int kChunks = 8;
 
-/// While it lives, this process gets no more of it.
-class Limit {
-public:
-    Limit(__rlimit_resource of, rlim_t most) : of_(of) {
-        ::getrlimit(of, &before_);
-        const rlimit now = {most, before_.rlim_max};
-        ::setrlimit(of, &now);
-    }
-    ~Limit() { ::setrlimit(of_, &before_); }
-    Limit(const Limit&) = delete;
-    Limit& operator=(const Limit&) = delete;
-
-private:
-    __rlimit_resource of_;
-    rlimit before_{};
-};
-
 std::vector<FileDescriptor> allDescriptors() {
     std::vector<FileDescriptor> taken;
     do
@@ -51,6 +34,58 @@ std::vector<FileDescriptor> allDescriptors() {
     while (taken.back());
     return taken;
 }
+
+/// Copies of many sizes, most of them small; one has grown since, and one is gone.
+class ReadBackAheadTest : public ::testing::Test {
+protected:
+    ReadBackAheadTest() {
+        const std::size_t sizes[] = {0, 1, 5, 4097, 65'536, kChunk, kChunk + 1, 7, 8, 9, 10, 11};
+        for (const auto size : sizes) {
+            auto& row = rows.emplace_back();
+            row.relativePath = std::to_string(rows.size());
+            row.sizeBytes = static_cast<std::int64_t>(size);
+            order.insert(order.begin(), rows.size() - 1);
+            const auto file = folder / row.relativePath;
+            writeFile(file, bytesOf(size == 0 ? 2 * kChunk : size, 1));
+            if (size == 5)
+                std::filesystem::remove(file);
+            else
+                digests[row.relativePath] = independentSha256(file);
+        }
+    }
+
+    /// Reads those from that position on. Whoever stops that is told so.
+    void expectAll(ReadBackAhead& copies, std::size_t from) {
+        for (auto position = from; position < order.size(); ++position) {
+            const auto& name = rows[order[position]].relativePath;
+            std::size_t told = 0;
+            std::vector<std::filesystem::path> ended;
+            const TransferWatch watch = {
+                .onBytes = [&](auto count) { told += count; },
+                .onAccess = [&](const auto& file, auto) { ended.push_back(file.relative); },
+                .stop = {}};
+            if (!digests.contains(name)) {
+                try {
+                    (void)copies.read(position, watch);
+                    ADD_FAILURE() << "read what is gone";
+                } catch (const PosixError&) {
+                }
+                continue;
+            }
+            EXPECT_EQ(copies.read(position, watch).digests.sha256, digests[name]) << name;
+            EXPECT_EQ(told, std::filesystem::file_size(folder / name));
+            EXPECT_EQ(ended, std::vector<std::filesystem::path>{name});
+        }
+    }
+
+    const TemporaryFolder folder;
+    const RootFolder root{folder.path()};
+    std::vector<FileCopyResult> rows;
+    std::vector<std::size_t> order;
+    std::map<std::string, std::string> digests;
+    const CopyEngine::Observer observer{};
+    const RunReporter reporter{observer};
+};
 
 } // namespace
 
@@ -199,51 +234,7 @@ TEST(Transfer, WhatIsReadAheadIsAsIfItWereReadInItsTurn) {
     EXPECT_THROW(SHA256Hasher::hashFile(transfer, {root, "gone"}), PosixError);
 }
 
-TEST(ReadBackAhead, GivesEachCopyInItsTurnHoweverShortTheSystemIsAndStopsAtAnyMoment) {
-    const TemporaryFolder folder;
-    const RootFolder root(folder.path());
-    std::vector<FileCopyResult> rows;
-    std::vector<std::size_t> order;
-    const std::size_t sizes[] = {0, 1, 5, 4097, 65'536, kChunk, kChunk + 1, 7, 8, 9, 10, 11};
-    for (const auto size : sizes) {
-        auto& row = rows.emplace_back();
-        row.relativePath = std::to_string(rows.size());
-        row.sizeBytes = static_cast<std::int64_t>(size);
-        writeFile(folder / row.relativePath, bytesOf(size, static_cast<std::uint32_t>(size)));
-        order.insert(order.begin(), rows.size() - 1);
-    }
-    // One that grew, and one that is gone.
-    writeFile(folder / "1", bytesOf(2 * kChunk));
-    std::filesystem::remove(folder / "3");
-    std::map<std::string, std::string> digests;
-    for (const auto& row : rows) {
-        if (row.relativePath != "3")
-            digests[row.relativePath] = independentSha256(folder / row.relativePath);
-    }
-    const CopyEngine::Observer observer{};
-    const RunReporter reporter(observer);
-    const auto expectAll = [&](ReadBackAhead& copies, std::size_t from) {
-        for (auto position = from; position < order.size(); ++position) {
-            const auto& name = rows[order[position]].relativePath;
-            std::size_t told = 0;
-            std::vector<std::filesystem::path> ended;
-            const TransferWatch watch = {
-                .onBytes = [&](auto count) { told += count; },
-                .onAccess = [&](const auto& file, auto) { ended.push_back(file.relative); },
-                .stop = {}};
-            if (!digests.contains(name)) {
-                try {
-                    (void)copies.read(position, watch);
-                    ADD_FAILURE() << "read what is gone";
-                } catch (const PosixError&) {
-                }
-                continue;
-            }
-            EXPECT_EQ(copies.read(position, watch).digests.sha256, digests[name]) << name;
-            EXPECT_EQ(told, std::filesystem::file_size(folder / name));
-            EXPECT_EQ(ended, std::vector<std::filesystem::path>{name});
-        }
-    };
+TEST_F(ReadBackAheadTest, GivesEachCopyInItsTurnHoweverShortTheSystemIs) {
     for (const bool isShort : {false, true}) {
         const Limit files(RLIMIT_NOFILE, 256);
         RunTransfer transfer(reporter, {});
@@ -254,6 +245,9 @@ TEST(ReadBackAhead, GivesEachCopyInItsTurnHoweverShortTheSystemIsAndStopsAtAnyMo
         }
         expectAll(copies, isShort ? 1 : 0);
     }
+}
+
+TEST_F(ReadBackAheadTest, StopsAtAnyMoment) {
     for (int moment = 0; moment < 30; ++moment) {
         std::stop_source stop;
         RunTransfer transfer(reporter, stop.get_token());

@@ -2,10 +2,10 @@
 
 #include "Platform/Error.h"
 #include "support/Files.h"
+#include "support/Limit.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -186,13 +186,8 @@ TEST(TreeWalker, ATreeMayBeDeeperThanFilesMayBeOpen) {
     for (int level = 0; level < kLevels; ++level)
         deep /= "d";
     writeFile(deep / "clip.mov", "1");
-    rlimit limit{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
-    const rlimit few{.rlim_cur = kLevels / 2, .rlim_max = limit.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    const auto listed = TreeWalker::walk(RootFolder(card.path()), {});
-    ::setrlimit(RLIMIT_NOFILE, &limit);
-    EXPECT_EQ(listed.size(), kLevels + 1u);
+    const Limit files(RLIMIT_NOFILE, kLevels / 2);
+    EXPECT_EQ(TreeWalker::walk(RootFolder(card.path()), {}).size(), kLevels + 1u);
 }
 
 TEST(TreeWalker, NormalizesWhatAUserTypes) {

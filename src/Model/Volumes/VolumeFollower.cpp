@@ -134,7 +134,9 @@ void VolumeFollower::apply() {
                !findVolume(state_.board.list(VolumeSide::Card), card);
     };
     std::erase_if(state_.pastOffloads, [&](const auto& past) { return isGone(past.first); });
-    std::erase_if(state_.cardUnits.cardsNeedingUnit, isGone);
+    std::erase_if(state_.cardUnits.cardsNeedingUnit, [&](const auto& card) {
+        return isGone(card) || !state_.board.selection(VolumeSide::Card).contains(card);
+    });
     if (state_.notice && !state_.notice->cardID.empty() && isGone(state_.notice->cardID))
         state_.notice.reset();
     measure(applied.appeared);
@@ -221,9 +223,7 @@ void VolumeFollower::remove(VolumeSide side, const std::string& id) {
         return;
     state_.dropRefusal();
     state_.board.remove(side, ClassifiedVolume(*listed));
-    if (side == VolumeSide::Card)
-        state_.cardUnits.cardsNeedingUnit.erase(id);
-    else
+    if (side == VolumeSide::Destination)
         persistDestinations();
     apply();
 }
@@ -234,8 +234,6 @@ void VolumeFollower::clear(VolumeSide side) {
     if (side == VolumeSide::Destination) {
         awaitedFolders_.clear();
         persistDestinations();
-    } else {
-        state_.cardUnits.cardsNeedingUnit.clear();
     }
     apply();
 }
@@ -243,7 +241,6 @@ void VolumeFollower::clear(VolumeSide side) {
 void VolumeFollower::treatAs(VolumeSide side, const std::string& id) {
     state_.dropRefusal();
     state_.board.treatAs(side, id);
-    state_.cardUnits.cardsNeedingUnit.erase(id);
     // Not what is ticked, which a disk that is not there now may have been.
     DestinationMemory::saveWanted(state_.board.wantedDestIDs(), state_.defaults);
     apply();
