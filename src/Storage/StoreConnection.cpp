@@ -191,6 +191,17 @@ std::filesystem::path StoreConnection::file() const {
     return name == kInMemory ? std::filesystem::path() : std::filesystem::path(name);
 }
 
+void StoreConnection::commit(SQLite::Transaction& transaction) {
+    try {
+        transaction.commit();
+    } catch (const SQLite::Exception& failure) {
+        const auto code = failure.getExtendedErrorCode();
+        if (code != SQLITE_IOERR_UNLOCK && code != SQLITE_IOERR_RDLOCK)
+            throw;
+        AppLog::append("Store's lock not given back: " + describe(failure));
+    }
+}
+
 void StoreConnection::settle(const std::filesystem::path& file) noexcept {
     if (file == kInMemory)
         return;
@@ -269,7 +280,7 @@ void StoreConnection::moveRows(const std::filesystem::path& file) {
             pieces.exec();
             pieces.reset();
         }
-        transaction.commit();
+        commit(transaction);
     } catch (...) {
         database.exec("DETACH kept");
         throw;

@@ -61,7 +61,7 @@ public:
         const std::lock_guard guard(lock_);
         SQLite::Transaction transaction(*database_, SQLite::TransactionBehavior::IMMEDIATE);
         work(*database_);
-        transaction.commit();
+        commit(transaction);
         settle(database_->getFilename());
     }
 
@@ -90,9 +90,11 @@ private:
     /// Fails while the file cannot be had; does nothing when everything is in it.
     void moveToFile(std::chrono::milliseconds patience);
     void moveRows(const std::filesystem::path& file);
+    /// Fails only where nothing was written: locks are given back once all is, and one that is not
+    /// would make somebody write everything twice.
+    static void commit(SQLite::Transaction& transaction);
     /// A transaction ends with a file that is deleted, which outlives a power cut once the folder
-    /// is on the disk. Where that fails, all is written all the same, and only the log is told: as
-    /// a failure of the transaction it would make somebody write everything twice.
+    /// is on the disk. Where that fails, all is written all the same, too, and only the log is told.
     static void settle(const std::filesystem::path& file) noexcept;
     static void keepTrying(const std::weak_ptr<StoreConnection>& waiting,
                            std::chrono::milliseconds interval);

@@ -7,6 +7,9 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
+#include <sqlite3.h>
+
 #include <atomic>
 #include <ctime>
 #include <thread>
@@ -53,6 +56,37 @@ class StoreFile : public ::testing::Test {
 protected:
     TemporaryFolder folder;
     std::filesystem::path file = folder / "dit.sqlite";
+};
+
+/// Lets one of the store's calls for a lock fail, the nth from when it is made.
+class FailingLock {
+public:
+    FailingLock(int position, int error) {
+        left_ = position;
+        error_ = error;
+        set(reinterpret_cast<sqlite3_syscall_ptr>(call));
+    }
+    ~FailingLock() { set(nullptr); }
+    FailingLock(const FailingLock&) = delete;
+    FailingLock& operator=(const FailingLock&) = delete;
+
+    bool hasFailed() const { return left_ <= 0; }
+
+private:
+    static int call(int descriptor, int command, struct flock* lock) {
+        if (command == F_SETLK && --left_ == 0) {
+            errno = error_;
+            return -1;
+        }
+        return ::fcntl(descriptor, command, lock);
+    }
+    static void set(sqlite3_syscall_ptr function) {
+        auto* files = sqlite3_vfs_find(nullptr);
+        files->xSetSystemCall(files, "fcntl", function);
+    }
+
+    static inline int left_ = 0;
+    static inline int error_ = 0;
 };
 
 /// The store as its first version left it, with one session.
@@ -288,6 +322,59 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     EXPECT_EQ(database.outboxRow(last)->payload, large + "0" + large + "1" + large + "2");
     database.deleteOutbox(last);
     EXPECT_EQ(ask(file, "SELECT count(*) FROM outbox_pieces"), "0\n");
+}
+
+TEST_F(StoreFile, AFailingLockLeavesNothingOrAllOnce) {
+    using namespace std::chrono_literals;
+    { const AppDatabase database(file); }
+    const auto fresh = readFile(file);
+    const QueuedReport report = {"session", [](const auto& put) {
+                                     put("{}");
+                                 }};
+    const auto save = [&](AppDatabase& database) {
+        database.save(outcomeAt("2026-03-01T09:30:15Z"), {}, "A001", "SSD", "", {}, &report);
+    };
+    const auto stored = [&] {
+        return ask(file, "SELECT (SELECT count(*) FROM sessions), (SELECT count(*) FROM outbox)");
+    };
+    for (const int error : {EACCES, EIO}) {
+        int position = 0;
+        for (bool isReached = true; isReached;) {
+            writeFile(file, fresh);
+            AppDatabase database(file);
+            const FailingLock lock(++position, error);
+            bool isSaved = true;
+            try {
+                save(database);
+            } catch (const SQLite::Exception&) {
+                isSaved = false;
+            }
+            isReached = lock.hasFailed();
+            EXPECT_EQ(stored(), isSaved ? "1|1\n" : "0|0\n") << position;
+        }
+        EXPECT_GT(position, 5);
+
+        // The same of what is kept and moved.
+        position = 0;
+        for (bool isReached = true; isReached;) {
+            writeFile(file, fresh);
+            std::optional<SQLite::Database> holder(std::in_place, file.native(),
+                                                   SQLite::OPEN_READWRITE);
+            holder->exec("BEGIN EXCLUSIVE");
+            auto database = AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 1h});
+            save(database);
+            holder.reset();
+            const L10n english(AppLanguage::English);
+            {
+                const FailingLock lock(++position, error);
+                database.writeWhatIsKept(english);
+                isReached = lock.hasFailed();
+            }
+            EXPECT_EQ(database.writeWhatIsKept(english), std::nullopt) << position;
+            EXPECT_EQ(stored(), "1|1\n") << position;
+        }
+        EXPECT_GT(position, 5);
+    }
 }
 
 TEST_F(StoreFile, WhatIsNoStoreIsSetAsideAndANewOneBegun) {
