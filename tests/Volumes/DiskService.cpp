@@ -99,8 +99,9 @@ void LoopDisk::mount(const std::filesystem::path& folder, const std::vector<std:
 }
 
 void LoopDisk::exchange(std::vector<std::string> format) {
-    runPrivileged({"losetup", "--detach", device_});
-    runPrivileged({"losetup", device_, makeImage(std::move(format))});
+    // A test beside this one takes a slot as soon as it is free.
+    const auto image = makeImage(std::move(format));
+    runPrivileged({"sh", "-c", "losetup --detach \"$0\" && losetup \"$0\" \"$1\"", device_, image});
     settleDevices();
 }
 
