@@ -59,6 +59,9 @@ std::list<WaitingDrain>& waitingDrains() {
 std::shared_ptr<FileLock> lockStore(const AppDatabase& database,
                                     std::chrono::milliseconds patience) {
     auto file = database.file();
+    // What is in memory is moved to a file at any time.
+    if (file.empty())
+        file = database.awaited();
     if (file.empty())
         return nullptr;
     file += "-outbox.lock";
@@ -72,6 +75,22 @@ std::shared_ptr<FileLock> lockStore(const AppDatabase& database,
     }
 }
 
+/// A report that the service has.
+struct DeliveredReport {
+    AppDatabase database;
+    std::int64_t id;
+
+    bool operator==(const DeliveredReport& other) const {
+        return id == other.id && database.isSame(other.database);
+    }
+};
+
+/// Those that could not be taken off their store yet. GUI thread.
+std::list<DeliveredReport>& deliveredReports() {
+    static std::list<DeliveredReport> reports;
+    return reports;
+}
+
 /// The stored report, empty when the row is gone.
 std::shared_ptr<const OutboxPayload> readPayload(const AppDatabase& database, std::int64_t id) {
     const auto row = database.outboxRow(id);
@@ -82,16 +101,24 @@ std::shared_ptr<const OutboxPayload> readPayload(const AppDatabase& database, st
 
 /// Delivers one report and takes it off the store.
 QCoro::Task<void> deliver(AppDatabase database, DirectSaaSClient client, std::int64_t id) {
-    const auto reading = onWorker([=] { return readPayload(database, id); });
-    auto payload = co_await reading;
-    if (!payload)
-        co_return;
-    co_await client.flush(payload);
+    const DeliveredReport report = {database, id};
+    auto& delivered = deliveredReports();
+    std::shared_ptr<const OutboxPayload> payload;
+    if (std::find(delivered.begin(), delivered.end(), report) == delivered.end()) {
+        const auto reading = onWorker([=] { return readPayload(database, id); });
+        payload = co_await reading;
+        if (!payload)
+            co_return;
+        co_await client.flush(payload);
+        delivered.push_back(report);
+    }
+    // A large one ends on the worker.
     const auto deleting =
-        onWorker([database, id, delivered = std::exchange(payload, nullptr)]() mutable {
+        onWorker([database, id, done = std::exchange(payload, nullptr)]() mutable {
             database.deleteOutbox(id);
         });
     co_await deleting;
+    delivered.remove(report);
 }
 
 QCoro::Task<void> tryToDeliver(AppDatabase database, DirectSaaSClient client, std::int64_t id) {

@@ -168,7 +168,9 @@ void AppDatabase::writeOrKeep(
         const auto kept = connection_->kept();
         writeTo(kept ? *kept : *connection_);
     } catch (const SQLite::Exception& failure) {
-        if (failure.getErrorCode() != SQLITE_BUSY)
+        // A file that is another now was set aside or put there by somebody else.
+        if (failure.getErrorCode() != SQLITE_BUSY &&
+            failure.getExtendedErrorCode() != SQLITE_READONLY_DBMOVED)
             throw;
         writeTo(*connection_->whileBusy(describe(failure)));
     }
@@ -196,6 +198,10 @@ std::optional<std::string> AppDatabase::writeWhatIsKept(L10n l10n,
 
 std::filesystem::path AppDatabase::file() const {
     return connection_->file();
+}
+
+std::filesystem::path AppDatabase::awaited() const {
+    return connection_->awaited();
 }
 
 void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,

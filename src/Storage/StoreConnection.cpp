@@ -9,7 +9,9 @@
 
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <thread>
 #include <utility>
 
@@ -33,12 +35,38 @@ void makePrivate(const std::filesystem::path& file) {
         std::filesystem::permissions(file, kOthers, std::filesystem::perm_options::remove, ignored);
 }
 
+std::unique_ptr<SQLite::Database> connect(const std::string& name,
+                                          std::chrono::milliseconds patience) {
+    return std::make_unique<SQLite::Database>(name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE,
+                                              static_cast<int>(patience.count()));
+}
+
+/// A file that could not be opened for writing, for whatever moment, is opened for reading.
+bool isReadOnlyByMistake(SQLite::Database& database) {
+    return sqlite3_db_readonly(database.getHandle(), "main") == 1 &&
+           ::access(database.getFilename().c_str(), W_OK) == 0;
+}
+
+/// Pages that a disk does not give are told as damage.
+bool isUnreadable(SQLite::Database& database) noexcept {
+    int error = 0;
+    (void)sqlite3_file_control(database.getHandle(), "main", SQLITE_FCNTL_LAST_ERRNO, &error);
+    return error == EIO;
+}
+
 std::unique_ptr<SQLite::Database> open(const std::string& name,
                                        std::chrono::milliseconds patience) {
-    auto database = std::make_unique<SQLite::Database>(
-        name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, static_cast<int>(patience.count()));
-    database->exec("PRAGMA foreign_keys = ON");
-    Migrations::apply(*database);
+    auto database = connect(name, patience);
+    if (isReadOnlyByMistake(*database))
+        database = connect(name, patience);
+    try {
+        database->exec("PRAGMA foreign_keys = ON");
+        Migrations::apply(*database);
+    } catch (const SQLite::Exception& failure) {
+        if (failure.getErrorCode() == SQLITE_CORRUPT && isUnreadable(*database))
+            throw SQLite::Exception("its disk does not give all of it", SQLITE_IOERR);
+        throw;
+    }
     // Nobody waits for the program to begin any more.
     database->setBusyTimeout(static_cast<int>(StoreConnection::kPatience.count()));
     return database;
@@ -76,6 +104,11 @@ std::filesystem::path putAside(const std::filesystem::path& file) {
     return aside;
 }
 
+/// Without memory it could not be detached.
+bool isKeptAttached(SQLite::Database& database) {
+    return sqlite3_db_readonly(database.getHandle(), "kept") != -1;
+}
+
 /// The columns of a table but those that number its rows.
 std::string columnsOf(SQLite::Database& database, const std::string& table) {
     SQLite::Statement query(database, "SELECT group_concat(name) FROM pragma_table_info(?) "
@@ -83,6 +116,15 @@ std::string columnsOf(SQLite::Database& database, const std::string& table) {
     query.bind(1, table);
     query.executeStep();
     return query.getColumn(0).getString();
+}
+
+/// Nothing may fail any more.
+void logAfterCommit(const std::exception& failure) noexcept {
+    try {
+        AppLog::append("Store written, but: " + describe(failure));
+    } catch (const std::exception&) {
+        // There is no memory for a line of the log.
+    }
 }
 
 void copyRows(SQLite::Database& database, const std::string& table) {
@@ -107,6 +149,7 @@ std::shared_ptr<StoreConnection> StoreConnection::openOrWait(const std::filesyst
     const auto open = [&] {
         return std::make_shared<StoreConnection>(file, patience);
     };
+    std::filesystem::path aside;
     try {
         try {
             return open();
@@ -122,24 +165,25 @@ std::shared_ptr<StoreConnection> StoreConnection::openOrWait(const std::filesyst
             if (!isDamage(failure))
                 throw;
         }
-        const auto aside = putAside(file);
+        aside = putAside(file);
         AppLog::append("Store set aside: " + aside.native());
         auto connection = open();
         connection->setAside_ = aside;
         return connection;
     } catch (const std::exception& failure) {
-        return waitingFor(file, interval, describe(failure));
+        return waitingFor(file, interval, describe(failure), aside);
     }
 }
 
-std::shared_ptr<StoreConnection> StoreConnection::waitingFor(const std::filesystem::path& file,
-                                                             std::chrono::milliseconds interval,
-                                                             const std::string& failure) {
+std::shared_ptr<StoreConnection>
+StoreConnection::waitingFor(const std::filesystem::path& file, std::chrono::milliseconds interval,
+                            const std::string& failure, const std::filesystem::path& setAside) {
     AppLog::append("Store not opened, kept in memory until it can be: " + failure);
     auto connection = std::make_shared<StoreConnection>(InMemory());
     // A check may be of a session that only the file holds.
     connection->database_->exec("PRAGMA foreign_keys = OFF");
     connection->awaited_ = file;
+    connection->setAside_ = setAside;
     std::thread(keepTrying, std::weak_ptr(connection), interval).detach();
     return connection;
 }
@@ -191,24 +235,40 @@ std::filesystem::path StoreConnection::file() const {
     return name == kInMemory ? std::filesystem::path() : std::filesystem::path(name);
 }
 
+std::filesystem::path StoreConnection::awaited() const {
+    const std::lock_guard guard(lock_);
+    return awaited_;
+}
+
+void StoreConnection::endWhatIsLeft() {
+    if (sqlite3_get_autocommit(database_->getHandle()) == 0)
+        database_->exec("ROLLBACK");
+}
+
 void StoreConnection::commit(SQLite::Transaction& transaction) {
     try {
         transaction.commit();
     } catch (const SQLite::Exception& failure) {
-        const auto code = failure.getExtendedErrorCode();
-        if (code != SQLITE_IOERR_UNLOCK && code != SQLITE_IOERR_RDLOCK)
+        switch (failure.getExtendedErrorCode()) {
+        // Locks are given back last.
+        case SQLITE_IOERR_UNLOCK:
+        case SQLITE_IOERR_RDLOCK:
+        // What would undo it all is gone, whoever deleted it.
+        case SQLITE_IOERR_DELETE_NOENT:
+            return logAfterCommit(failure);
+        default:
             throw;
-        AppLog::append("Store's lock not given back: " + describe(failure));
+        }
     }
 }
 
-void StoreConnection::settle(const std::filesystem::path& file) noexcept {
+void StoreConnection::settle(const std::string& file) noexcept {
     if (file == kInMemory)
         return;
     try {
-        FileSystem::syncFolder(file.parent_path());
+        FileSystem::syncFolder(std::filesystem::path(file).parent_path());
     } catch (const std::exception& failure) {
-        AppLog::append("Store's folder not synced: " + describe(failure));
+        logAfterCommit(failure);
     }
 }
 
@@ -250,6 +310,9 @@ void StoreConnection::moveToFile(std::chrono::milliseconds patience) {
 
 void StoreConnection::moveRows(const std::filesystem::path& file) {
     auto& database = *database_;
+    endWhatIsLeft();
+    if (isKeptAttached(database))
+        database.exec("DETACH kept");
     SQLite::Statement attach(database, "ATTACH ? AS kept");
     attach.bind(1, file.native());
     attach.exec();
@@ -285,7 +348,7 @@ void StoreConnection::moveRows(const std::filesystem::path& file) {
         database.exec("DETACH kept");
         throw;
     }
-    settle(file);
+    settle(file.native());
     movedOutboxIDs_ = std::move(moved);
 }
 

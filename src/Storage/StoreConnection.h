@@ -44,6 +44,9 @@ public:
     /// Empty while everything is in memory.
     std::filesystem::path file() const;
 
+    /// The file that is waited for; empty once everything is in it.
+    std::filesystem::path awaited() const;
+
     /// One that waits for the same file, for what cannot be written now because of `failure`.
     std::shared_ptr<StoreConnection> whileBusy(const std::string& failure);
 
@@ -59,6 +62,7 @@ public:
     template <typename Work>
     void write(Work&& work) {
         const std::lock_guard guard(lock_);
+        endWhatIsLeft();
         SQLite::Transaction transaction(*database_, SQLite::TransactionBehavior::IMMEDIATE);
         work(*database_);
         commit(transaction);
@@ -68,6 +72,7 @@ public:
     template <typename Work>
     auto read(Work&& work) {
         const std::lock_guard guard(lock_);
+        endWhatIsLeft();
         SQLite::Transaction transaction(*database_);
         auto result = work(*database_);
         transaction.commit();
@@ -84,18 +89,21 @@ public:
 private:
     static std::shared_ptr<StoreConnection> waitingFor(const std::filesystem::path& file,
                                                        std::chrono::milliseconds interval,
-                                                       const std::string& failure);
+                                                       const std::string& failure,
+                                                       const std::filesystem::path& setAside = {});
     /// With `moving_` held.
     bool isKeeping() const;
     /// Fails while the file cannot be had; does nothing when everything is in it.
     void moveToFile(std::chrono::milliseconds patience);
     void moveRows(const std::filesystem::path& file);
-    /// Fails only where nothing was written: locks are given back once all is, and one that is not
+    /// Without memory a transaction that failed could not be rolled back, and none could begin.
+    void endWhatIsLeft();
+    /// Fails only where nothing was written: what happens once all is, such as giving back a lock,
     /// would make somebody write everything twice.
     static void commit(SQLite::Transaction& transaction);
     /// A transaction ends with a file that is deleted, which outlives a power cut once the folder
-    /// is on the disk. Where that fails, all is written all the same, too, and only the log is told.
-    static void settle(const std::filesystem::path& file) noexcept;
+    /// is on the disk. Where that fails, all is written all the same, and only the log is told.
+    static void settle(const std::string& file) noexcept;
     static void keepTrying(const std::weak_ptr<StoreConnection>& waiting,
                            std::chrono::milliseconds interval);
 
@@ -103,7 +111,7 @@ private:
     std::unique_ptr<SQLite::Database> database_;
     /// Held by whoever moves everything to the file.
     std::mutex moving_;
-    /// The file that is waited for.
+    /// Set under both locks.
     std::filesystem::path awaited_;
     std::filesystem::path setAside_;
     /// Somebody has been told.

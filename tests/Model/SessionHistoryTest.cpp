@@ -181,6 +181,16 @@ TEST_F(SessionHistoryTest, AStoreThatIsHeldMakesNoDamagedCopyGood) {
     EXPECT_FALSE(desk.model().state().database->history().back().lastCheck->isGood());
 
     desk.quit();
+    holder.emplace(file.native(), SQLite::OPEN_READWRITE);
+    holder->exec("BEGIN EXCLUSIVE");
+    desk.start();
+    present(0);
+    Desk::waitUntil([&] { return history->isUnread(); });
+    holder.reset();
+    EXPECT_FALSE(desk.model().state().database->writeWhatIsKept(L10n(AppLanguage::English)));
+    Desk::waitUntil([&] { return !history->isUnread() && history->rowCount() == 2; });
+
+    desk.quit();
     writeFile(file, std::string(8192, 'x'));
     desk.start();
     present(0);

@@ -10,6 +10,7 @@
 #include "support/RecordingServer.h"
 #include "support/Reports.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 
 using namespace slatewise;
@@ -354,6 +355,23 @@ TEST(OutboxOfTwoPrograms, IsDrainedByOneAtATime) {
     QCoro::waitFor(impatient.drain(profileOf(server.url())));
     EXPECT_THAT(ours.pendingOutboxIDs(), SizeIs(1)) << "left to whoever holds the outbox";
     EXPECT_EQ(server.paths().size(), paths.size());
+}
+
+TEST(OutboxOfTwoPrograms, WhatTheStoreDoesNotLetGoOfIsSentOnce) {
+    const TemporaryFolder folder;
+    AppDatabase database(folder / "dit.sqlite");
+    SQLite::Database other((folder / "dit.sqlite").native(), SQLite::OPEN_READWRITE);
+    other.exec("CREATE TRIGGER full BEFORE DELETE ON outbox BEGIN SELECT RAISE(FAIL, ''); END");
+    enqueueReport(reportedOutcome(OutcomeStatus::Verified, 0), database);
+    RecordingServer server;
+    for (const int left : {1, 1, 0}) {
+        if (left == 0)
+            other.exec("DROP TRIGGER full");
+        QCoro::waitFor(OutboxDrainer(database).drain(profileOf(server.url())));
+        EXPECT_THAT(database.pendingOutboxIDs(), SizeIs(left));
+    }
+    const auto paths = server.paths();
+    EXPECT_EQ(std::count(paths.begin(), paths.end(), "session/start"), 1);
 }
 
 TEST_F(Outbox, AStoreThatIsGoneMeanwhileIsNoMatter) {

@@ -58,35 +58,56 @@ protected:
     std::filesystem::path file = folder / "dit.sqlite";
 };
 
-/// Lets one of the store's calls for a lock fail, the nth from when it is made.
-class FailingLock {
+/// Lets one of the store's calls fail, the nth from when it is made.
+class FailingCall {
 public:
-    FailingLock(int position, int error) {
+    struct Kind {
+        const char* name;
+        sqlite3_syscall_ptr function;
+        int error;
+        /// As a server does to which the call came twice.
+        bool isDoneAllTheSame = false;
+    };
+
+    FailingCall(const Kind& kind, int position) : name_(kind.name) {
         left_ = position;
-        error_ = error;
-        set(reinterpret_cast<sqlite3_syscall_ptr>(call));
+        error_ = kind.error;
+        isDoneAllTheSame_ = kind.isDoneAllTheSame;
+        real_ = files()->xGetSystemCall(files(), name_);
+        files()->xSetSystemCall(files(), name_, kind.function);
     }
-    ~FailingLock() { set(nullptr); }
-    FailingLock(const FailingLock&) = delete;
-    FailingLock& operator=(const FailingLock&) = delete;
+    ~FailingCall() { files()->xSetSystemCall(files(), name_, nullptr); }
+    FailingCall(const FailingCall&) = delete;
+    FailingCall& operator=(const FailingCall&) = delete;
 
     bool hasFailed() const { return left_ <= 0; }
 
-private:
-    static int call(int descriptor, int command, struct flock* lock) {
-        if (command == F_SETLK && --left_ == 0) {
-            errno = error_;
-            return -1;
-        }
-        return ::fcntl(descriptor, command, lock);
-    }
-    static void set(sqlite3_syscall_ptr function) {
-        auto* files = sqlite3_vfs_find(nullptr);
-        files->xSetSystemCall(files, "fcntl", function);
+    template <typename First, typename... Others>
+    static Kind of(const char* name, int error, bool isDoneAllTheSame = false) {
+        return {name, reinterpret_cast<sqlite3_syscall_ptr>(call<First, Others...>), error,
+                isDoneAllTheSame};
     }
 
+private:
+    template <typename First, typename... Others>
+    static int call(First first, Others... others) {
+        const bool fails = --left_ == 0;
+        const auto real = reinterpret_cast<int (*)(First, ...)>(real_);
+        if (!fails || isDoneAllTheSame_) {
+            const int result = real(first, others...);
+            if (!fails)
+                return result;
+        }
+        errno = error_;
+        return -1;
+    }
+    static sqlite3_vfs* files() { return sqlite3_vfs_find(nullptr); }
+
+    const char* name_;
     static inline int left_ = 0;
     static inline int error_ = 0;
+    static inline bool isDoneAllTheSame_ = false;
+    static inline sqlite3_syscall_ptr real_ = nullptr;
 };
 
 /// The store as its first version left it, with one session.
@@ -324,7 +345,7 @@ TEST_F(StoreFile, WhatHappensWhileTheFileIsHeldIsMovedThere) {
     EXPECT_EQ(ask(file, "SELECT count(*) FROM outbox_pieces"), "0\n");
 }
 
-TEST_F(StoreFile, AFailingLockLeavesNothingOrAllOnce) {
+TEST_F(StoreFile, AFailingCallLeavesNothingOrAllOnceAndAStoreThatGoesOn) {
     using namespace std::chrono_literals;
     { const AppDatabase database(file); }
     const auto fresh = readFile(file);
@@ -337,26 +358,35 @@ TEST_F(StoreFile, AFailingLockLeavesNothingOrAllOnce) {
     const auto stored = [&] {
         return ask(file, "SELECT (SELECT count(*) FROM sessions), (SELECT count(*) FROM outbox)");
     };
-    for (const int error : {EACCES, EIO}) {
+    for (const auto& kind : {FailingCall::of<int, int, struct flock*>("fcntl", EIO),
+                             FailingCall::of<const char*>("unlink", ENOENT, true),
+                             FailingCall::of<const char*, int, int>("open", EMFILE)}) {
         int position = 0;
         for (bool isReached = true; isReached;) {
+            SCOPED_TRACE(kind.name + std::to_string(++position));
             writeFile(file, fresh);
-            AppDatabase database(file);
-            const FailingLock lock(++position, error);
-            bool isSaved = true;
-            try {
-                save(database);
-            } catch (const SQLite::Exception&) {
-                isSaved = false;
+            std::optional<AppDatabase> database;
+            bool isSaved = false;
+            {
+                const FailingCall failing(kind, position);
+                try {
+                    save(database.emplace(file));
+                    isSaved = true;
+                } catch (const SQLite::Exception&) {
+                    // Nobody may take that for a session that is stored.
+                }
+                isReached = failing.hasFailed();
             }
-            isReached = lock.hasFailed();
-            EXPECT_EQ(stored(), isSaved ? "1|1\n" : "0|0\n") << position;
+            EXPECT_EQ(stored(), isSaved ? "1|1\n" : "0|0\n");
+            if (database) {
+                EXPECT_NO_THROW(save(*database));
+            }
         }
-        EXPECT_GT(position, 5);
 
         // The same of what is kept and moved.
         position = 0;
         for (bool isReached = true; isReached;) {
+            SCOPED_TRACE(kind.name + std::to_string(++position));
             writeFile(file, fresh);
             std::optional<SQLite::Database> holder(std::in_place, file.native(),
                                                    SQLite::OPEN_READWRITE);
@@ -366,15 +396,33 @@ TEST_F(StoreFile, AFailingLockLeavesNothingOrAllOnce) {
             holder.reset();
             const L10n english(AppLanguage::English);
             {
-                const FailingLock lock(++position, error);
+                const FailingCall failing(kind, position);
                 database.writeWhatIsKept(english);
-                isReached = lock.hasFailed();
+                isReached = failing.hasFailed();
             }
-            EXPECT_EQ(database.writeWhatIsKept(english), std::nullopt) << position;
-            EXPECT_EQ(stored(), "1|1\n") << position;
+            EXPECT_EQ(database.writeWhatIsKept(english), std::nullopt);
+            EXPECT_EQ(stored(), "1|1\n");
+            EXPECT_NO_THROW(save(database));
         }
-        EXPECT_GT(position, 5);
     }
+}
+
+TEST_F(StoreFile, GoesOnOnceThereIsMemoryAgain) {
+    AppDatabase database(file);
+    const auto outcome = outcomeAt("2026-03-01T09:30:15Z", 200);
+    int shortages = 0;
+    for (bool isSaved = false; !isSaved; ++shortages) {
+        sqlite3_hard_heap_limit64(sqlite3_memory_used() + 2048 * shortages);
+        try {
+            save(database, outcome, "A001", "SSD", "CamA");
+            isSaved = true;
+        } catch (const SQLite::Exception&) {
+            // There was none.
+        }
+        sqlite3_hard_heap_limit64(0);
+        EXPECT_THAT(database.recentSessions(20), SizeIs(isSaved ? 1 : 0)) << shortages;
+    }
+    EXPECT_GT(shortages, 3);
 }
 
 TEST_F(StoreFile, WhatIsNoStoreIsSetAsideAndANewOneBegun) {

@@ -25,13 +25,16 @@ constexpr std::chrono::seconds kUntilNextTry{2};
 struct WhatIsStored {
     std::vector<HistoryRecord> records;
     std::filesystem::path setAside;
+    /// The file cannot be had: it is what happened since the start.
+    bool isPart = false;
 };
 
 /// Nothing when the store cannot be read. One that could not be the last time either is in the log
 /// already.
 std::optional<WhatIsStored> historyOf(const AppDatabase& database, bool wasUnread) {
     try {
-        return WhatIsStored{database.history(), database.setAside()};
+        const bool isPart = !database.awaited().empty();
+        return WhatIsStored{database.history(), database.setAside(), isPart};
     } catch (const std::exception& failure) {
         if (!wasUnread)
             AppLog::append("History not read: " + describe(failure));
@@ -108,15 +111,15 @@ QCoro::Task<> SessionHistory::readAgain(QPointer<SessionHistory> self) {
     auto stored = co_await reading;
     if (!self)
         co_return;
-    self->isUnread_ = !stored;
+    self->isUnread_ = !stored || stored->isPart;
+    self->nextTry_.stop();
+    if (self->isUnread_ && self->isPresented_)
+        self->nextTry_.start();
     if (stored) {
-        self->nextTry_.stop();
         self->records_ = std::move(stored->records);
         self->setAside_ = std::move(stored->setAside);
         self->takeChecks();
         self->show();
-    } else if (self->isPresented_) {
-        self->nextTry_.start();
     }
     Q_EMIT self->changed();
     if (!self->isUnread_)

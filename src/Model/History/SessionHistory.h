@@ -137,7 +137,7 @@ private:
     QString note_;
     /// Runs while the store cannot be read.
     QTimer nextTry_;
-    /// The store could not be read the last time.
+    /// The store, or its file, could not be read the last time.
     bool isUnread_ = false;
     bool isPresented_ = false;
     bool hasMore_ = false;
