@@ -106,7 +106,8 @@ void VolumeMonitor::stop() {
 }
 
 void VolumeMonitor::refresh() {
-    publish(read());
+    const auto number = ++reads_;
+    publish(read(), number);
 }
 
 std::vector<ClassifiedVolume> VolumeMonitor::currentVolumes() const {
@@ -175,9 +176,12 @@ std::vector<ClassifiedVolume> VolumeMonitor::read() {
     return volumes;
 }
 
-void VolumeMonitor::publish(std::vector<ClassifiedVolume> volumes) {
+void VolumeMonitor::publish(std::vector<ClassifiedVolume> volumes, std::uint64_t number) {
     {
         const std::lock_guard guard(lock_);
+        if (number < latest_)
+            return;
+        latest_ = number;
         if (std::equal(volumes.begin(), volumes.end(), volumes_.begin(), volumes_.end(),
                        looksTheSame))
             return;

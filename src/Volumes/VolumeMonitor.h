@@ -7,7 +7,9 @@
 #include "Volumes/VolumeRecords.h"
 #include "Volumes/VolumesRoot.h"
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -58,7 +60,7 @@ public:
     void stop();
 
     /// One full read on the caller's thread, which it blocks: none for the GUI thread. When several
-    /// threads do it, the last to finish wins.
+    /// threads do it, the last to begin wins.
     void refresh();
 
     /// By name. Any thread.
@@ -72,7 +74,8 @@ private:
     std::shared_ptr<const DiskInfo>
     lookAtDisks(const std::vector<std::filesystem::path>& mountPoints);
     std::vector<ClassifiedVolume> read();
-    void publish(std::vector<ClassifiedVolume> volumes);
+    /// Drops what was read before what is there already.
+    void publish(std::vector<ClassifiedVolume> volumes, std::uint64_t number);
     void postChange();
 
     VolumesRoot volumesRoot_;
@@ -82,6 +85,9 @@ private:
     /// Guards the list, held only to compare, swap or copy it.
     mutable std::mutex lock_;
     std::vector<ClassifiedVolume> volumes_;
+    /// The read that the list is of; reads are numbered as they begin.
+    std::uint64_t latest_ = 0;
+    std::atomic<std::uint64_t> reads_ = 0;
     /// Leads calls that are on their way back to us, as long as there is anyone to lead to.
     std::shared_ptr<VolumeMonitor*> self_;
     std::jthread thread_;

@@ -121,7 +121,12 @@ TEST(ChildProcess, HasNoMoreMemoryThanItIsGiven) {
          {std::pair(256u << 20, ""), std::pair(2048u << 20, "had\n")}) {
         const auto result = ChildProcess::run(
             {.executable = "/usr/bin/python3",
-             .arguments = {"-c", "import mmap; mmap.mmap(-1, 512 << 20); print('had')"},
+             // The limit is set once the program runs.
+             .arguments = {"-c", "import mmap, resource, time\n"
+                                 "while resource.getrlimit(resource.RLIMIT_AS)[0] < 0:\n"
+                                 "    time.sleep(0.001)\n"
+                                 "mmap.mmap(-1, 512 << 20)\n"
+                                 "print('had')"},
              .environment = {}},
             {.memoryBytes = memory});
         EXPECT_EQ(result.end, End::Exited);

@@ -48,6 +48,8 @@ TEST(OutboxOfAProgramThatIsKilled, ArrivesWholeAndOldestFirst) {
     RecordingServer server([&](const ReceivedRequest&, std::size_t number) {
         if (number >= deadline) {
             deadline = number + requestsToLive(random);
+            // It may ask before this test knows its number. Nobody's is everybody's.
+            program.wait(0);
             ::kill(program.exchange(0), SIGKILL);
         }
         return WireAnswer::of(200);
@@ -56,7 +58,10 @@ TEST(OutboxOfAProgramThatIsKilled, ArrivesWholeAndOldestFirst) {
     int kills = 0;
     for (; !database.pendingOutboxIDs().empty() && kills < kReports; ++kills) {
         const auto result = run({programsFolder() / "slatewise-drain-once", store, server.url()},
-                                {}, [&](pid_t process) { program = process; });
+                                {}, [&](pid_t process) {
+                                    program = process;
+                                    program.notify_all();
+                                });
         if (result.exitCode == 0)
             break;
         ASSERT_EQ(result.exitCode, 128 + SIGKILL) << result.standardError;

@@ -44,7 +44,7 @@ public:
     }
     ~MountedImage() {
         try {
-            runPrivileged({"umount", place_.native()});
+            unmountOnceFree(place_);
         } catch (const std::exception& failure) {
             ADD_FAILURE() << failure.what();
         }

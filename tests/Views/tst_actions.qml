@@ -18,9 +18,12 @@ ViewCase {
         mouseClick(find("copy"))
         verify(model.batch.isBusy)
         verify(!find("copy").visible && find("stop").visible)
+        const turn = find("copy").parent.turn
+        turn.duration = 60000
         mouseClick(find("stop"))
-        wait(Qt.styleHints.mouseDoubleClickInterval + 50)
         verify(model.batch.isBusy, "the second click of two was meant for Copy")
+        turn.duration = 0
+        tryVerify(() => turn.isOver())
         mouseClick(find("stop"))
         tryCompare(model.batch, "standing", BatchControl.Failed)
     }

@@ -23,6 +23,8 @@ void expect(const char* what, const std::function<bool()>& condition) {
         throw std::runtime_error(what);
 }
 
+constexpr auto* kService = "/usr/libexec/udisks2/udisksd";
+
 /// Goes on with what else is to be undone when this fails.
 void undo(const std::vector<std::string>& words) {
     try {
@@ -40,7 +42,8 @@ void settleDevices() {
 
 class DiskService::Turn {
 public:
-    Turn() : lock_(::open("/tmp/slatewise-disk-service.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+    /// Whoever runs tests can open this one.
+    Turn() : lock_(::open(kService, O_RDONLY | O_CLOEXEC)) {
         if (::flock(lock_.get(), LOCK_EX) != 0)
             throw std::runtime_error("no turn");
     }
@@ -71,8 +74,7 @@ void DiskService::end() {
 
 void DiskService::start() {
     service_ = std::make_unique<Daemon>(
-        std::vector<std::string>{"env", "DBUS_SYSTEM_BUS_ADDRESS=" + bus_.address(),
-                                 "/usr/libexec/udisks2/udisksd"},
+        std::vector<std::string>{"env", "DBUS_SYSTEM_BUS_ADDRESS=" + bus_.address(), kService},
         Daemon::Owner::Root);
     expect("no disk service", [&] { return UDisksClient(bus_.address()).objects().has_value(); });
 }

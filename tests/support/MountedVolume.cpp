@@ -1,6 +1,7 @@
 #include "support/MountedVolume.h"
 
 #include "support/Process.h"
+#include "support/Waiting.h"
 
 #include "Platform/Disks/BlockDevices.h"
 #include "Platform/FileDescriptor.h"
@@ -45,6 +46,21 @@ void makeImage(const std::filesystem::path& image, std::int64_t sizeBytes) {
 }
 
 } // namespace
+
+void unmountOnceFree(const std::filesystem::path& place) {
+    std::string refusal;
+    waitUntil([&] {
+        refusal.clear();
+        try {
+            runPrivileged({"umount", place.native()});
+        } catch (const std::runtime_error& failure) {
+            refusal = failure.what();
+        }
+        return refusal.find("busy") == std::string::npos;
+    });
+    if (!refusal.empty())
+        throw std::runtime_error(refusal);
+}
 
 MountedVolume::MountedVolume(FileSystem fileSystem, std::int64_t sizeBytes,
                              const std::string& mountOptions)
@@ -155,7 +171,7 @@ void MountedVolume::turnReadOnly() const {
 }
 
 void MountedVolume::unmount() {
-    runPrivileged({"umount", mountPoint_.native()});
+    unmountOnceFree(mountPoint_);
     isMounted_ = false;
 }
 

@@ -9,6 +9,9 @@
 
 namespace slatewise::test {
 
+/// Whoever looks into it at that moment is waited for.
+void unmountOnceFree(const std::filesystem::path& place);
+
 /// A real file system in an image file, mounted over a loop device. Unmounted at the end of its
 /// life. The test's user may write at its root.
 class MountedVolume {
