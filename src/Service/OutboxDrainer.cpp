@@ -58,10 +58,10 @@ std::list<WaitingDrain>& waitingDrains() {
 /// when another program does not let go of it.
 std::shared_ptr<FileLock> lockStore(const AppDatabase& database,
                                     std::chrono::milliseconds patience) {
-    auto file = database.file();
-    // What is in memory is moved to a file at any time.
+    // Asked first: what is in memory is moved to the file at any time.
+    auto file = database.awaited();
     if (file.empty())
-        file = database.awaited();
+        file = database.file();
     if (file.empty())
         return nullptr;
     file += "-outbox.lock";
@@ -99,17 +99,35 @@ std::shared_ptr<const OutboxPayload> readPayload(const AppDatabase& database, st
     return std::make_shared<const OutboxPayload>(OutboxPayload::decode(row->payload));
 }
 
-/// Delivers one report and takes it off the store.
+/// Sends one report and gives what was sent, null when the row is gone.
+QCoro::Task<std::shared_ptr<const OutboxPayload>> send(AppDatabase database,
+                                                       DirectSaaSClient client, std::int64_t id) {
+    const auto reading = onWorker([=] { return readPayload(database, id); });
+    auto payload = co_await reading;
+    if (payload)
+        co_await client.flush(payload);
+    co_return payload;
+}
+
+/// Fails where the store takes no note of what became of it.
 QCoro::Task<void> deliver(AppDatabase database, DirectSaaSClient client, std::int64_t id) {
     const DeliveredReport report = {database, id};
     auto& delivered = deliveredReports();
     std::shared_ptr<const OutboxPayload> payload;
     if (std::find(delivered.begin(), delivered.end(), report) == delivered.end()) {
-        const auto reading = onWorker([=] { return readPayload(database, id); });
-        payload = co_await reading;
-        if (!payload)
+        std::string failure;
+        try {
+            payload = co_await send(database, client, id);
+            if (!payload)
+                co_return;
+        } catch (const std::exception& thrown) {
+            failure = describe(thrown);
+        }
+        if (!payload) {
+            const auto counting = onWorker([=]() mutable { database.bumpOutbox(id, failure); });
+            co_await counting;
             co_return;
-        co_await client.flush(payload);
+        }
         delivered.push_back(report);
     }
     // A large one ends on the worker.
@@ -119,18 +137,6 @@ QCoro::Task<void> deliver(AppDatabase database, DirectSaaSClient client, std::in
         });
     co_await deleting;
     delivered.remove(report);
-}
-
-QCoro::Task<void> tryToDeliver(AppDatabase database, DirectSaaSClient client, std::int64_t id) {
-    std::string failure;
-    try {
-        co_await deliver(database, client, id);
-        co_return;
-    } catch (const std::exception& thrown) {
-        failure = describe(thrown);
-    }
-    const auto counting = onWorker([=]() mutable { database.bumpOutbox(id, failure); });
-    co_await counting;
 }
 
 /// Never fails.
@@ -150,10 +156,10 @@ QCoro::Task<void> deliverAll(AppDatabase database, DirectSaaSClient client,
     }
     for (const auto id : pending) {
         try {
-            co_await tryToDeliver(database, client, id);
+            co_await deliver(database, client, id);
         } catch (const std::exception& failure) {
             // The report is still there.
-            AppLog::append("Outbox: a failure could not be counted: " + describe(failure));
+            AppLog::append("Outbox not brought up to date: " + describe(failure));
         }
     }
 }

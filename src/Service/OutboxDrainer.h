@@ -29,7 +29,8 @@ public:
     /// Drains take turns, those of all drainers and of other programs on the same store: one that
     /// is asked for while another runs starts anew after it, and those that wait for the same turn
     /// are one. So no report is sent twice but for a failure on the way. One that the service has
-    /// and that the store does not let go of is only taken off at the next drain. Never fails.
+    /// and that the store does not let go of is only taken off at the next drain of this
+    /// program. Never fails.
     QCoro::Task<void> drain(std::optional<SaaSProfile> profile) const;
 
     /// Waits for the drains of this program that are under way or wait for their turn, no longer

@@ -168,9 +168,7 @@ void AppDatabase::writeOrKeep(
         const auto kept = connection_->kept();
         writeTo(kept ? *kept : *connection_);
     } catch (const SQLite::Exception& failure) {
-        // A file that is another now was set aside or put there by somebody else.
-        if (failure.getErrorCode() != SQLITE_BUSY &&
-            failure.getExtendedErrorCode() != SQLITE_READONLY_DBMOVED)
+        if (failure.getErrorCode() != SQLITE_BUSY)
             throw;
         writeTo(*connection_->whileBusy(describe(failure)));
     }
@@ -201,7 +199,8 @@ std::filesystem::path AppDatabase::file() const {
 }
 
 std::filesystem::path AppDatabase::awaited() const {
-    return connection_->awaited();
+    const auto kept = connection_->kept();
+    return kept ? kept->awaited() : connection_->awaited();
 }
 
 void AppDatabase::save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,

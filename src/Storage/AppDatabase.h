@@ -63,7 +63,7 @@ public:
     /// The file, empty while the store is in memory.
     std::filesystem::path file() const;
 
-    /// The file that the store is to be in and is not yet; else empty.
+    /// The file that some of the store is to be in and is not yet; else empty.
     std::filesystem::path awaited() const;
 
     /// Whether both share one connection.
@@ -71,9 +71,9 @@ public:
 
     /// Stores the session, its files and an activity row, all or nothing. A session that is stored
     /// already is a failure. The outcome's rows are those of `files`, whoever holds them. While
-    /// another program holds the file, or has put another in its place, it is kept as `openOrWait`
-    /// says, and so is a report that is queued, a check and an activity. A report that is given is
-    /// queued with it, or neither is kept.
+    /// another program holds the file, it is kept as `openOrWait` says, and so is a report that is
+    /// queued, a check and an activity. A report that is given is queued with it, or neither is
+    /// kept.
     void save(const OffloadOutcome& outcome, std::span<const FileCopyResult> files,
               const std::string& cardName, const std::string& destName, const std::string& camera,
               const SessionFacts& facts = {}, const QueuedReport* report = nullptr);

@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -47,26 +48,13 @@ bool isReadOnlyByMistake(SQLite::Database& database) {
            ::access(database.getFilename().c_str(), W_OK) == 0;
 }
 
-/// Pages that a disk does not give are told as damage.
-bool isUnreadable(SQLite::Database& database) noexcept {
-    int error = 0;
-    (void)sqlite3_file_control(database.getHandle(), "main", SQLITE_FCNTL_LAST_ERRNO, &error);
-    return error == EIO;
-}
-
 std::unique_ptr<SQLite::Database> open(const std::string& name,
                                        std::chrono::milliseconds patience) {
     auto database = connect(name, patience);
     if (isReadOnlyByMistake(*database))
         database = connect(name, patience);
-    try {
-        database->exec("PRAGMA foreign_keys = ON");
-        Migrations::apply(*database);
-    } catch (const SQLite::Exception& failure) {
-        if (failure.getErrorCode() == SQLITE_CORRUPT && isUnreadable(*database))
-            throw SQLite::Exception("its disk does not give all of it", SQLITE_IOERR);
-        throw;
-    }
+    database->exec("PRAGMA foreign_keys = ON");
+    Migrations::apply(*database);
     // Nobody waits for the program to begin any more.
     database->setBusyTimeout(static_cast<int>(StoreConnection::kPatience.count()));
     return database;
@@ -102,6 +90,16 @@ std::filesystem::path putAside(const std::filesystem::path& file) {
             std::filesystem::rename(from, aside.native() + suffix);
     }
     return aside;
+}
+
+/// Whether another file is in its place, or none.
+bool isPutAside(SQLite::Database& database) {
+    int hasMoved = 0;
+    (void)sqlite3_file_control(database.getHandle(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    // It says so as well where nobody could look.
+    struct stat there {};
+    return hasMoved != 0 &&
+           (::stat(database.getFilename().c_str(), &there) == 0 || errno == ENOENT);
 }
 
 /// Without memory it could not be detached.
@@ -240,7 +238,9 @@ std::filesystem::path StoreConnection::awaited() const {
     return awaited_;
 }
 
-void StoreConnection::endWhatIsLeft() {
+void StoreConnection::makeReady() {
+    if (isPutAside(*database_))
+        throw SQLite::Exception("another program has put its file aside", SQLITE_CANTOPEN);
     if (sqlite3_get_autocommit(database_->getHandle()) == 0)
         database_->exec("ROLLBACK");
 }
@@ -310,7 +310,7 @@ void StoreConnection::moveToFile(std::chrono::milliseconds patience) {
 
 void StoreConnection::moveRows(const std::filesystem::path& file) {
     auto& database = *database_;
-    endWhatIsLeft();
+    makeReady();
     if (isKeptAttached(database))
         database.exec("DETACH kept");
     SQLite::Statement attach(database, "ATTACH ? AS kept");

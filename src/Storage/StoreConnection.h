@@ -62,7 +62,7 @@ public:
     template <typename Work>
     void write(Work&& work) {
         const std::lock_guard guard(lock_);
-        endWhatIsLeft();
+        makeReady();
         SQLite::Transaction transaction(*database_, SQLite::TransactionBehavior::IMMEDIATE);
         work(*database_);
         commit(transaction);
@@ -72,7 +72,7 @@ public:
     template <typename Work>
     auto read(Work&& work) {
         const std::lock_guard guard(lock_);
-        endWhatIsLeft();
+        makeReady();
         SQLite::Transaction transaction(*database_);
         auto result = work(*database_);
         transaction.commit();
@@ -96,8 +96,9 @@ private:
     /// Fails while the file cannot be had; does nothing when everything is in it.
     void moveToFile(std::chrono::milliseconds patience);
     void moveRows(const std::filesystem::path& file);
-    /// Without memory a transaction that failed could not be rolled back, and none could begin.
-    void endWhatIsLeft();
+    /// Fails where another program has put the file aside: the next journal beside it is that of
+    /// another one. Ends a transaction that could not be rolled back for want of memory.
+    void makeReady();
     /// Fails only where nothing was written: what happens once all is, such as giving back a lock,
     /// would make somebody write everything twice.
     static void commit(SQLite::Transaction& transaction);

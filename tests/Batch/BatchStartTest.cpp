@@ -71,7 +71,7 @@ TEST_F(BatchOfCards, StopIsHeardWhileADiskDoesNotAnswer) {
         hasAnswered = true;
         return found;
     };
-    desk.surroundings.patience = std::chrono::milliseconds(300);
+    desk.surroundings.patience = std::chrono::milliseconds(700);
     start();
     desk.selectCard(card, "CamA");
     desk.model().batch()->start();
@@ -141,7 +141,7 @@ TEST_F(BatchOfCards, ADeadOrSilentVolumeFailsItsPairWithASentence) {
         MountedVolume volume(MountedVolume::FileSystem::ExFat, 32 << 20,
                              desk.folder / testCase.name, "");
         writeFile(desk.folder / "A001/A.dat", bytesOf(4'000'000));
-        desk.surroundings.patience = std::chrono::milliseconds(500);
+        desk.surroundings.patience = std::chrono::milliseconds(800);
         desk.surroundings.runEngine = [&](const auto& request, auto observer, auto stop) {
             const auto hit = [&] {
                 volume.signalItsProgram(testCase.signal);

@@ -174,10 +174,10 @@ TEST_F(SessionHistoryTest, AStoreThatIsHeldMakesNoDamagedCopyGood) {
     EXPECT_TRUE(history->hasChosen());
     EXPECT_FALSE(history->note().isEmpty());
     holder.reset();
+    EXPECT_FALSE(desk.model().state().database->writeWhatIsKept(L10n(AppLanguage::English)));
     Desk::waitUntil([&] { return !history->isUnread(); });
     EXPECT_TRUE(history->note().isEmpty());
     EXPECT_FALSE(history->rows()[0].isCheckGood);
-    EXPECT_FALSE(desk.model().state().database->writeWhatIsKept(L10n(AppLanguage::English)));
     EXPECT_FALSE(desk.model().state().database->history().back().lastCheck->isGood());
 
     desk.quit();

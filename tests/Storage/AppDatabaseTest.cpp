@@ -382,6 +382,7 @@ TEST_F(StoreFile, AFailingCallLeavesNothingOrAllOnceAndAStoreThatGoesOn) {
                 EXPECT_NO_THROW(save(*database));
             }
         }
+        EXPECT_GT(position, 1) << kind.name;
 
         // The same of what is kept and moved.
         position = 0;
@@ -404,7 +405,18 @@ TEST_F(StoreFile, AFailingCallLeavesNothingOrAllOnceAndAStoreThatGoesOn) {
             EXPECT_EQ(stored(), "1|1\n");
             EXPECT_NO_THROW(save(database));
         }
+        EXPECT_GT(position, 1) << kind.name;
     }
+}
+
+TEST_F(StoreFile, OneThatAnotherProgramPutAsideIsNotTouched) {
+    AppDatabase database(file);
+    save(database, outcomeAt("2026-03-01T09:30:15Z"), "A001", "SSD", "CamA");
+    std::filesystem::rename(file, folder / "aside");
+    const AppDatabase theirs(file);
+    EXPECT_ANY_THROW(database.recentSessions(20));
+    EXPECT_ANY_THROW(save(database, outcomeAt("2026-03-02T09:30:15Z"), "B002", "SSD", "CamA"));
+    EXPECT_EQ(ask(folder / "aside", "SELECT cardName FROM sessions"), "A001\n");
 }
 
 TEST_F(StoreFile, GoesOnOnceThereIsMemoryAgain) {
@@ -449,6 +461,23 @@ TEST_F(StoreFile, WhatIsNoStoreIsSetAsideAndANewOneBegun) {
         save(database, outcomeAt("2026-03-01T09:30:15Z"), "A001", "SSD", "CamA");
         EXPECT_THAT(database.recentSessions(20), SizeIs(1));
     }
+}
+
+TEST_F(StoreFile, WhatIsSetAsideIsToldThoughNoNewOneCanBeBegun) {
+    const auto kind = FailingCall::of<const char*, int, int>("open", EMFILE);
+    int setAside = 0;
+    int position = 0;
+    for (bool isReached = true; isReached;) {
+        const TemporaryFolder of;
+        writeFile(of / "store", std::string(8192, 'x'));
+        const FailingCall failing(kind, ++position);
+        auto database = AppDatabase::openOrWait(of / "store", {.interval = std::chrono::hours(1)});
+        isReached = failing.hasFailed();
+        const auto aside = database.takeSetAside();
+        EXPECT_EQ(aside.has_value(), readFile(of / "store") != std::string(8192, 'x')) << position;
+        setAside += aside && database.file().empty();
+    }
+    EXPECT_GT(setAside, 0);
 }
 
 TEST_F(StoreFile, WhatIsNoStoreIsRefusedAndKept) {

@@ -21,6 +21,7 @@ ViewCase {
         const turn = find("copy").parent.turn
         turn.duration = 60000
         mouseClick(find("stop"))
+        wait(Qt.styleHints.mouseDoubleClickInterval + 50)
         verify(model.batch.isBusy, "the second click of two was meant for Copy")
         turn.duration = 0
         tryVerify(() => turn.isOver())

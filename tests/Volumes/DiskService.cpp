@@ -13,6 +13,7 @@
 #include <functional>
 #include <iostream>
 #include <stdexcept>
+#include <utility>
 
 namespace slatewise::test {
 
@@ -88,7 +89,8 @@ LoopDisk::LoopDisk(std::vector<std::string> format)
 LoopDisk::~LoopDisk() {
     for (const auto& folder : mountPoints_)
         undo({"umount", "--lazy", folder.native()});
-    undo({"losetup", "--detach", device_.native()});
+    if (!device_.empty())
+        undo({"losetup", "--detach", device_.native()});
 }
 
 void LoopDisk::mount(const std::filesystem::path& folder, const std::vector<std::string>& options) {
@@ -101,9 +103,12 @@ void LoopDisk::mount(const std::filesystem::path& folder, const std::vector<std:
 }
 
 void LoopDisk::exchange(std::vector<std::string> format) {
-    // A test beside this one takes a slot as soon as it is free.
+    // Hardly a moment in which a test beside this one could take the slot.
     const auto image = makeImage(std::move(format));
-    runPrivileged({"sh", "-c", "losetup --detach \"$0\" && losetup \"$0\" \"$1\"", device_, image});
+    // Should one do so, the device is its own.
+    const auto device = std::exchange(device_, {});
+    runPrivileged({"sh", "-c", "losetup --detach \"$0\" && losetup \"$0\" \"$1\"", device, image});
+    device_ = device;
     settleDevices();
 }
 

@@ -193,12 +193,14 @@ bool SessionHistory::wasCopied() const {
 }
 
 QString SessionHistory::note() const {
+    if (!note_.isEmpty())
+        return note_;
     if (isUnread_)
         return toQString(state_.l10n().historyNotRead());
     // Else nobody knows why what was offloaded before is missing.
-    if (note_.isEmpty() && !setAside_.empty())
+    if (!setAside_.empty())
         return toQString(state_.l10n().historySetAside(Text::legible(setAside_.native())));
-    return note_;
+    return {};
 }
 
 QString SessionHistory::rest() const {

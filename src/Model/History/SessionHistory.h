@@ -137,7 +137,7 @@ private:
     QString note_;
     /// Runs while the store cannot be read.
     QTimer nextTry_;
-    /// The store, or its file, could not be read the last time.
+    /// The store could not be read the last time, or some of it is not in its file yet.
     bool isUnread_ = false;
     bool isPresented_ = false;
     bool hasMore_ = false;
