@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <ctime>
+#include <limits>
 #include <thread>
 
 using namespace slatewise;
@@ -108,6 +109,45 @@ private:
     static inline int error_ = 0;
     static inline bool isDoneAllTheSame_ = false;
     static inline sqlite3_syscall_ptr real_ = nullptr;
+};
+
+/// Has the store find as much memory as is left to it, in pieces. No database may be open at its
+/// beginning and its end.
+class ScarceMemory {
+public:
+    ScarceMemory() {
+        sqlite3_shutdown();
+        sqlite3_config(SQLITE_CONFIG_GETMALLOC, &usual_);
+        auto scarce = usual_;
+        scarce.xMalloc = [](int bytes) {
+            return left_-- > 0 ? usual_.xMalloc(bytes) : nullptr;
+        };
+        scarce.xRealloc = [](void* piece, int bytes) {
+            return left_-- > 0 ? usual_.xRealloc(piece, bytes) : nullptr;
+        };
+        use(scarce, 0, 0);
+    }
+    ~ScarceMemory() {
+        sqlite3_shutdown();
+        constexpr int kUsualBytes = 1200;
+        constexpr int kUsualPieces = 40;
+        use(usual_, kUsualBytes, kUsualPieces);
+    }
+    ScarceMemory(const ScarceMemory&) = delete;
+    ScarceMemory& operator=(const ScarceMemory&) = delete;
+
+    static void leave(int pieces) { left_ = pieces; }
+    static void leaveAll() { left_ = std::numeric_limits<int>::max(); }
+
+private:
+    /// Pieces that are put by would be there when all others are gone.
+    static void use(const sqlite3_mem_methods& memory, int bytesPutBy, int piecesPutBy) {
+        sqlite3_config(SQLITE_CONFIG_MALLOC, &memory);
+        sqlite3_config(SQLITE_CONFIG_LOOKASIDE, bytesPutBy, piecesPutBy);
+    }
+
+    static inline sqlite3_mem_methods usual_{};
+    static inline std::atomic<int> left_ = std::numeric_limits<int>::max();
 };
 
 /// The store as its first version left it, with one session.
@@ -420,21 +460,44 @@ TEST_F(StoreFile, OneThatAnotherProgramPutAsideIsNotTouched) {
 }
 
 TEST_F(StoreFile, GoesOnOnceThereIsMemoryAgain) {
+    using namespace std::chrono_literals;
+    const ScarceMemory memory;
+    // Ever more, until it is done.
+    const auto untilDone = [](const std::function<bool()>& work, AppDatabase& database) {
+        constexpr int kPlenty = 5000;
+        int amount = 0;
+        for (bool isDone = false; !isDone && amount < kPlenty; ++amount) {
+            ScarceMemory::leave(amount);
+            isDone = work();
+            ScarceMemory::leaveAll();
+            EXPECT_NO_THROW(database.pendingOutboxIDs()) << amount;
+        }
+        EXPECT_GT(amount, 10);
+        EXPECT_LT(amount, kPlenty);
+    };
     AppDatabase database(file);
-    const auto outcome = outcomeAt("2026-03-01T09:30:15Z", 200);
-    int shortages = 0;
-    for (bool isSaved = false; !isSaved; ++shortages) {
-        sqlite3_hard_heap_limit64(sqlite3_memory_used() + 2048 * shortages);
+    const auto outcome = outcomeAt("2026-03-01T09:30:15Z");
+    const auto isSaved = [&] {
         try {
             save(database, outcome, "A001", "SSD", "CamA");
-            isSaved = true;
+            return true;
         } catch (const SQLite::Exception&) {
-            // There was none.
+            return false;
         }
-        sqlite3_hard_heap_limit64(0);
-        EXPECT_THAT(database.recentSessions(20), SizeIs(isSaved ? 1 : 0)) << shortages;
-    }
-    EXPECT_GT(shortages, 3);
+    };
+    untilDone(isSaved, database);
+    EXPECT_THAT(database.recentSessions(20), SizeIs(1));
+
+    std::optional<SQLite::Database> holder(std::in_place, file.native(), SQLite::OPEN_READWRITE);
+    holder->exec("BEGIN EXCLUSIVE");
+    auto waiting = AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 1h});
+    save(waiting, outcomeAt("2026-03-02T09:30:15Z"), "B002", "SSD", "CamA");
+    holder.reset();
+    const auto isMoved = [&] {
+        return !waiting.writeWhatIsKept(L10n(AppLanguage::English));
+    };
+    untilDone(isMoved, waiting);
+    EXPECT_THAT(database.recentSessions(20), SizeIs(2));
 }
 
 TEST_F(StoreFile, WhatIsNoStoreIsSetAsideAndANewOneBegun) {
