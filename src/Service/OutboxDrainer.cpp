@@ -115,19 +115,18 @@ QCoro::Task<void> deliver(AppDatabase database, DirectSaaSClient client, std::in
     auto& delivered = deliveredReports();
     std::shared_ptr<const OutboxPayload> payload;
     if (std::find(delivered.begin(), delivered.end(), report) == delivered.end()) {
-        std::string failure;
+        std::optional<std::string> failure;
         try {
             payload = co_await send(database, client, id);
-            if (!payload)
-                co_return;
         } catch (const std::exception& thrown) {
             failure = describe(thrown);
         }
-        if (!payload) {
-            const auto counting = onWorker([=]() mutable { database.bumpOutbox(id, failure); });
+        if (failure) {
+            const auto counting = onWorker([=]() mutable { database.bumpOutbox(id, *failure); });
             co_await counting;
-            co_return;
         }
+        if (!payload)
+            co_return;
         delivered.push_back(report);
     }
     // A large one ends on the worker.

@@ -102,7 +102,7 @@ bool isPutAside(SQLite::Database& database) {
            (::stat(database.getFilename().c_str(), &there) == 0 || errno == ENOENT);
 }
 
-/// Without memory it could not be detached.
+/// The file that is waited for, from a move that failed: every transaction would begin there, too.
 bool isKeptAttached(SQLite::Database& database) {
     return sqlite3_db_readonly(database.getHandle(), "kept") != -1;
 }
@@ -243,6 +243,8 @@ void StoreConnection::makeReady() {
         throw SQLite::Exception("another program has put its file aside", SQLITE_CANTOPEN);
     if (sqlite3_get_autocommit(database_->getHandle()) == 0)
         database_->exec("ROLLBACK");
+    if (isKeptAttached(*database_))
+        database_->exec("DETACH kept");
 }
 
 void StoreConnection::commit(SQLite::Transaction& transaction) {
@@ -311,8 +313,6 @@ void StoreConnection::moveToFile(std::chrono::milliseconds patience) {
 void StoreConnection::moveRows(const std::filesystem::path& file) {
     auto& database = *database_;
     makeReady();
-    if (isKeptAttached(database))
-        database.exec("DETACH kept");
     SQLite::Statement attach(database, "ATTACH ? AS kept");
     attach.bind(1, file.native());
     attach.exec();

@@ -97,7 +97,7 @@ private:
     void moveToFile(std::chrono::milliseconds patience);
     void moveRows(const std::filesystem::path& file);
     /// Fails where another program has put the file aside: the next journal beside it is that of
-    /// another one. Ends a transaction that could not be rolled back for want of memory.
+    /// another one. Undoes what a failure has left for which there was no memory to undo it.
     void makeReady();
     /// Fails only where nothing was written: what happens once all is, such as giving back a lock,
     /// would make somebody write everything twice.

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <functional>
 #include <limits>
 
 // What becomes of the store when the system refuses it something for a moment.
@@ -17,57 +18,64 @@ using ::testing::SizeIs;
 
 namespace {
 
-/// Lets one of the store's calls fail, the nth from when it is made.
+/// A call of the store's, and how it fails.
+struct CallKind {
+    const char* name;
+    sqlite3_syscall_ptr function;
+    int error;
+    /// As a server does to which the call came twice.
+    bool isDoneAllTheSame = false;
+};
+
+/// While it lives, one of the store's calls fails.
 class FailingCall {
 public:
-    struct Kind {
-        const char* name;
-        sqlite3_syscall_ptr function;
-        int error;
-        /// As a server does to which the call came twice.
-        bool isDoneAllTheSame = false;
-    };
-
-    FailingCall(const Kind& kind, int position) : name_(kind.name) {
-        left_ = position;
-        error_ = kind.error;
-        isDoneAllTheSame_ = kind.isDoneAllTheSame;
-        real_ = files()->xGetSystemCall(files(), name_);
-        files()->xSetSystemCall(files(), name_, kind.function);
-    }
-    ~FailingCall() { files()->xSetSystemCall(files(), name_, nullptr); }
-    FailingCall(const FailingCall&) = delete;
-    FailingCall& operator=(const FailingCall&) = delete;
-
-    bool hasFailed() const { return left_ <= 0; }
-
     template <typename First, typename... Others>
-    static Kind of(const char* name, int error, bool isDoneAllTheSame = false) {
+    static CallKind of(const char* name, int error, bool isDoneAllTheSame = false) {
         return {name, reinterpret_cast<sqlite3_syscall_ptr>(call<First, Others...>), error,
                 isDoneAllTheSame};
     }
+
+    /// Has `work`, which makes one of these, done again and again, until all calls have failed.
+    static void atEach(const CallKind& kind, const std::function<void()>& work) {
+        kind_ = kind;
+        int position = 0;
+        do {
+            SCOPED_TRACE(kind.name + std::to_string(++position));
+            left_ = position;
+            work();
+        } while (left_ <= 0);
+        EXPECT_GT(position, 1) << kind.name;
+    }
+
+    FailingCall() {
+        real_ = files()->xGetSystemCall(files(), kind_.name);
+        files()->xSetSystemCall(files(), kind_.name, kind_.function);
+    }
+    ~FailingCall() { files()->xSetSystemCall(files(), kind_.name, nullptr); }
+    FailingCall(const FailingCall&) = delete;
+    FailingCall& operator=(const FailingCall&) = delete;
 
 private:
     template <typename First, typename... Others>
     static int call(First first, Others... others) {
         const bool fails = --left_ == 0;
         const auto real = reinterpret_cast<int (*)(First, ...)>(real_);
-        if (!fails || isDoneAllTheSame_) {
-            const int result = real(first, others...);
-            if (!fails)
-                return result;
-        }
-        errno = error_;
+        if (!fails)
+            return real(first, others...);
+        if (kind_.isDoneAllTheSame)
+            real(first, others...);
+        errno = kind_.error;
         return -1;
     }
     static sqlite3_vfs* files() { return sqlite3_vfs_find(nullptr); }
 
-    const char* name_;
+    static inline CallKind kind_{};
     static inline int left_ = 0;
-    static inline int error_ = 0;
-    static inline bool isDoneAllTheSame_ = false;
     static inline sqlite3_syscall_ptr real_ = nullptr;
 };
+
+const auto kOpen = FailingCall::of<const char*, int, int>("open", EMFILE);
 
 /// Has the store find as much memory as is left to it, in pieces. No database may be open at its
 /// beginning and its end.
@@ -123,54 +131,47 @@ TEST_F(StoreFile, AFailingCallLeavesNothingOrAllOnceAndAStoreThatGoesOn) {
     const auto stored = [&] {
         return ask(file, "SELECT (SELECT count(*) FROM sessions), (SELECT count(*) FROM outbox)");
     };
+    const auto saveUnlessItFails = [&] {
+        std::optional<AppDatabase> database;
+        bool isSaved = false;
+        {
+            const FailingCall failing;
+            try {
+                save(database.emplace(file));
+                isSaved = true;
+            } catch (const SQLite::Exception&) {
+                // Nobody may take that for a session that is stored.
+            }
+        }
+        EXPECT_EQ(stored(), isSaved ? "1|1\n" : "0|0\n");
+        if (database) {
+            EXPECT_NO_THROW(save(*database));
+        }
+    };
+    const auto keepAndMove = [&] {
+        std::optional<SQLite::Database> holder(std::in_place, file.native(),
+                                               SQLite::OPEN_READWRITE);
+        holder->exec("BEGIN EXCLUSIVE");
+        auto database = AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 1h});
+        save(database);
+        holder.reset();
+        const L10n english(AppLanguage::English);
+        {
+            const FailingCall failing;
+            database.writeWhatIsKept(english);
+        }
+        EXPECT_EQ(database.writeWhatIsKept(english), std::nullopt);
+        EXPECT_EQ(stored(), "1|1\n");
+        EXPECT_NO_THROW(save(database));
+    };
     for (const auto& kind : {FailingCall::of<int, int, struct flock*>("fcntl", EIO),
-                             FailingCall::of<const char*>("unlink", ENOENT, true),
-                             FailingCall::of<const char*, int, int>("open", EMFILE)}) {
-        int position = 0;
-        for (bool isReached = true; isReached;) {
-            SCOPED_TRACE(kind.name + std::to_string(++position));
-            writeFile(file, fresh);
-            std::optional<AppDatabase> database;
-            bool isSaved = false;
-            {
-                const FailingCall failing(kind, position);
-                try {
-                    save(database.emplace(file));
-                    isSaved = true;
-                } catch (const SQLite::Exception&) {
-                    // Nobody may take that for a session that is stored.
-                }
-                isReached = failing.hasFailed();
-            }
-            EXPECT_EQ(stored(), isSaved ? "1|1\n" : "0|0\n");
-            if (database) {
-                EXPECT_NO_THROW(save(*database));
-            }
+                             FailingCall::of<const char*>("unlink", ENOENT, true), kOpen}) {
+        for (const auto& work : {std::function(saveUnlessItFails), std::function(keepAndMove)}) {
+            FailingCall::atEach(kind, [&] {
+                writeFile(file, fresh);
+                work();
+            });
         }
-        EXPECT_GT(position, 1) << kind.name;
-
-        // The same of what is kept and moved.
-        position = 0;
-        for (bool isReached = true; isReached;) {
-            SCOPED_TRACE(kind.name + std::to_string(++position));
-            writeFile(file, fresh);
-            std::optional<SQLite::Database> holder(std::in_place, file.native(),
-                                                   SQLite::OPEN_READWRITE);
-            holder->exec("BEGIN EXCLUSIVE");
-            auto database = AppDatabase::openOrWait(file, {.patience = 1ms, .interval = 1h});
-            save(database);
-            holder.reset();
-            const L10n english(AppLanguage::English);
-            {
-                const FailingCall failing(kind, position);
-                database.writeWhatIsKept(english);
-                isReached = failing.hasFailed();
-            }
-            EXPECT_EQ(database.writeWhatIsKept(english), std::nullopt);
-            EXPECT_EQ(stored(), "1|1\n");
-            EXPECT_NO_THROW(save(database));
-        }
-        EXPECT_GT(position, 1) << kind.name;
     }
 }
 
@@ -216,18 +217,16 @@ TEST_F(StoreFile, GoesOnOnceThereIsMemoryAgain) {
 }
 
 TEST_F(StoreFile, WhatIsSetAsideIsToldThoughNoNewOneCanBeBegun) {
-    const auto kind = FailingCall::of<const char*, int, int>("open", EMFILE);
-    int setAside = 0;
-    int position = 0;
-    for (bool isReached = true; isReached;) {
+    const std::string damaged(8192, 'x');
+    int waiting = 0;
+    FailingCall::atEach(kOpen, [&] {
         const TemporaryFolder of;
-        writeFile(of / "store", std::string(8192, 'x'));
-        const FailingCall failing(kind, ++position);
+        writeFile(of / "store", damaged);
+        const FailingCall failing;
         auto database = AppDatabase::openOrWait(of / "store", {.interval = std::chrono::hours(1)});
-        isReached = failing.hasFailed();
         const auto aside = database.takeSetAside();
-        EXPECT_EQ(aside.has_value(), readFile(of / "store") != std::string(8192, 'x')) << position;
-        setAside += aside && database.file().empty();
-    }
-    EXPECT_GT(setAside, 0);
+        EXPECT_EQ(aside.has_value(), readFile(of / "store") != damaged);
+        waiting += aside && database.file().empty();
+    });
+    EXPECT_GT(waiting, 0);
 }
